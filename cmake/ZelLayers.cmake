@@ -1,0 +1,38 @@
+# The layers of src/ and how targets name them.
+find_package(Boost 1.74 REQUIRED COMPONENTS serialization filesystem date_time)
+find_package(Eigen3 3.4 REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(CRYPTOPP REQUIRED IMPORTED_TARGET libcrypto++)
+pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
+
+# Top to bottom: dependencies flow downwards only (tools/check_layers holds the arrows).
+set(ZEL_LAYERS api solver project calculator metamodel design optimizer doe stochastics variant
+  archive foundation)
+set(ZEL_THIRD_PARTY Boost::serialization Boost::filesystem Boost::date_time Eigen3::Eigen
+  PkgConfig::CRYPTOPP PkgConfig::JSONCPP)
+
+# zel_layer(<name> file.cpp ...): the OBJECT library zel_<name> of this folder.
+function(zel_layer name)
+  add_library(zel_${name} OBJECT ${ARGN})
+  target_include_directories(zel_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/include)
+  target_link_libraries(zel_${name} PUBLIC ${ZEL_THIRD_PARTY} PRIVATE zel_warnings)
+endfunction()
+
+# zel_link_layers(<target> layer ...): the objects of these layers. Object files do not travel along
+# links, so each target names all that it needs; layers that the tree does not have are an error.
+function(zel_link_layers target)
+  foreach(layer ${ARGN})
+    target_link_libraries(${target} PRIVATE zel_${layer})
+  endforeach()
+endfunction()
+
+# zel_test(<name> SOURCES file.cpp ... LAYERS layer ... [LIBRARIES lib ...]): one test program.
+function(zel_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LAYERS;LIBRARIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  zel_link_layers(${name} ${ARG_LAYERS})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main
+    zel_warnings)
+  add_test(NAME ${name} COMMAND ${name})
+endfunction()
