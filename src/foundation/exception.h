@@ -24,22 +24,22 @@ std::string NarrowForWhat(const std::wstring& message);
 class runtime_error : public std::runtime_error, public exception {
  public:
   explicit runtime_error(const std::wstring& message)
-      : std::runtime_error(NarrowForWhat(message)), exception(message) {}
+      : std::runtime_error(NarrowForWhat(message)), utils::exception(message) {}
 };
 class logic_error : public std::logic_error, public exception {
  public:
   explicit logic_error(const std::wstring& message)
-      : std::logic_error(NarrowForWhat(message)), exception(message) {}
+      : std::logic_error(NarrowForWhat(message)), utils::exception(message) {}
 };
 class out_of_range : public std::out_of_range, public exception {
  public:
   explicit out_of_range(const std::wstring& message)
-      : std::out_of_range(NarrowForWhat(message)), exception(message) {}
+      : std::out_of_range(NarrowForWhat(message)), utils::exception(message) {}
 };
 class invalid_argument : public std::invalid_argument, public exception {
  public:
   explicit invalid_argument(const std::wstring& message)
-      : std::invalid_argument(NarrowForWhat(message)), exception(message) {}
+      : std::invalid_argument(NarrowForWhat(message)), utils::exception(message) {}
 };
 
 }  // namespace corvath::utils
