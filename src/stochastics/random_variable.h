@@ -1,0 +1,181 @@
+#pragma once
+
+#include "archive/serialization.h"
+
+#include <Eigen/Core>
+#include <boost/make_shared.hpp>
+#include <boost/shared_ptr.hpp>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace corvath::enums::RandomVariable {
+
+/// Ids of the distributions; the numbers are stored in projects.
+enum eType : int {
+  UNIFORM = 3,
+  NORMAL = 4,
+  TRUNCATEDNORMAL = 5,
+  LOGNORMAL = 6,
+  EXPONENTIAL = 7,
+  TRIANGULAR = 15,
+  BETA = 16,
+  WEIBULL = 22,
+  GUMBEL = 30,
+  FRECHET = 36,
+  POLYMAP = 38,
+  KERNEL = 39,
+  BERNOULLI = 40,
+  LOGUNIFORM = 41,
+  DISCRETE = 42,
+  MULTIUNIFORM = 43,
+  LAMBDA = 44,
+  POISSON = 45
+};
+
+/// "UNIFORM" for 3 and so on.
+/// @throws corvath::utils::runtime_error  an id that is not in the list
+const std::wstring& ToText(int type);
+
+/// The id of a text such as "UNIFORM".
+/// @throws corvath::utils::runtime_error  an unknown text
+eType FromText(const std::wstring& text);
+
+}  // namespace corvath::enums::RandomVariable
+
+namespace corvath::algorithm {
+
+/// A random variable of one dimension, defined by its distribution parameters or by its statistical
+/// moments (mean, standard deviation, ...); setting one recalculates the other.
+///
+///  - SetParameters takes any finite values: one outside its domain is moved to the nearest allowed
+///    value, and a spread that is too small for the moments to be told from a constant (standard
+///    deviation 2^-52, coefficient of variation 1e-6, unless a type says otherwise) is raised.
+///    The tabulated types and the kernel density refuse tables that mean nothing.
+///  - SetStats refuses moments outside the domain.
+///  - Both refuse NaN, infinities and a wrong number of elements. What is refused leaves the object
+///    as it was. A refusal is a corvath::utils::runtime_error whose text names variable and type.
+///
+/// Functions of x and p let NaN pass. Const operations may run in several threads, except GetStat
+/// and GetParameter, which build the table of names at their first call.
+class RV {
+ public:
+  virtual ~RV();
+  /// Ends of the support; infinite where there is none.
+  virtual double GetLowerBound() const;
+  virtual double GetUpperBound() const;
+  /// Density at x; of a discrete variable a marker: NaN at a state, 0 elsewhere.
+  virtual double PDF(double x) const = 0;
+  /// Probability of a value at or below x.
+  virtual double CDF(double x) const = 0;
+  /// Probability of the single point x: 0 for a continuous variable.
+  virtual double PMF(double x) const;
+  /// The states of a discrete variable, one row of value and probability each; else empty.
+  virtual Eigen::MatrixXd GetStates() const;
+  /// Whether the variable is defined through parameters, or through samples.
+  virtual bool IsParametric() const = 0;
+  virtual bool IsNonParametric() const = 0;
+  virtual bool HasLowerBound() const = 0;
+  virtual bool HasUpperBound() const = 0;
+  virtual bool IsDiscrete() const = 0;
+  virtual boost::shared_ptr<RV> Clone() const = 0;
+  virtual enums::RandomVariable::eType GetTypeId() const = 0;
+  /// Names of the elements of GetStats() and GetParameters(), in their order.
+  virtual std::vector<std::wstring> GetMomentNames() const = 0;
+  virtual std::vector<std::wstring> GetParameterNames() const = 0;
+  /// The smallest x with CDF(x) >= p. Where the support is unbounded, p is held in
+  /// [1e-10, 1 - 1e-10].
+  virtual double InverseCDF(double p) const = 0;
+  virtual void SetParameters(const Eigen::VectorXd& parameters) = 0;
+  virtual void SetStats(const Eigen::VectorXd& moments) = 0;
+  /// Determines the variable from samples, one per row.
+  /// @throws corvath::utils::runtime_error  the type cannot be fitted, or the data do not fit it
+  virtual void Fit(const Eigen::MatrixXd& data);
+  /// Back to the default of the type; the name stays.
+  virtual void Reset() = 0;
+  /// Same type, and parameters and moments equal up to a relative 2^-52; names do not count.
+  virtual bool operator==(const RV& other) const;
+  virtual std::wstring GetTypeName() const;
+
+  bool operator!=(const RV& other) const { return !(*this == other); }
+
+  /// Instance name, used in messages; "RV" unless set, and not stored in a project.
+  const std::wstring& GetName() const { return name_; }
+  void SetName(const std::wstring& name) { name_ = name; }
+
+  const Eigen::VectorXd& GetParameters() const { return RV_Parameter; }
+  const Eigen::VectorXd& GetStats() const { return RV_Statistical_Moments; }
+
+  /// One parameter or moment by its name. Setting a value close to the present one does nothing;
+  /// a refused one leaves the variable as it was.
+  /// @throws corvath::utils::runtime_error  no such name, names that are not unique, or a refusal
+  double GetParameter(const std::wstring& ident) const;
+  void SetParameter(const std::wstring& ident, double value);
+  double GetStat(const std::wstring& ident) const;
+  void SetStat(const std::wstring& ident, double value);
+  double GetMean() const { return GetStat(L"Mean value"); }
+
+ protected:
+  using IdentMap = std::map<std::wstring, std::uint64_t>;
+
+  RV() = default;
+  RV(const RV&) = default;
+  RV& operator=(const RV&) = default;
+
+  /// Raises "RV '<name>' of type '<type>'" followed by `text`.
+  [[noreturn]] void Raise(const std::wstring& text) const;
+  /// Checks shared by SetParameters and SetStats: `expected` elements, else `text` and the number
+  /// obtained; then none of them NaN or infinite.
+  void RequireCount(const Eigen::VectorXd& values, Eigen::Index expected,
+                    const std::wstring& text) const;
+  void RequireFinite(const Eigen::VectorXd& values) const;
+  /// Checks shared by SetStats: the standard deviation and the coefficient of variation.
+  void RequireSpread(double mean, double sd) const;
+  /// The spread that RequireSpread accepts next to `mean`: `sd`, or the smallest above it.
+  static double RaiseToFloor(double mean, double sd);
+  /// After loading: a file may hold anything, but evaluation relies on the sizes.
+  void RequireSizes(Eigen::Index parameters, Eigen::Index moments) const;
+  static std::wstring ToText(double number);
+
+  // The keys of the persisted form are the members' names.
+  Eigen::VectorXd RV_Parameter;            ///< in the order of GetParameterNames()
+  Eigen::VectorXd RV_Statistical_Moments;  ///< in the order of GetMomentNames()
+
+ private:
+  friend class boost::serialization::access;
+  template <class Archive>
+  void serialize(Archive& ar, unsigned int version);
+
+  Eigen::Index Position(IdentMap& map, const std::vector<std::wstring>& names,
+                        const std::wstring& ident, Eigen::Index size) const;
+
+  std::wstring name_ = L"RV";
+  // Position by name, built when first needed.
+  mutable IdentMap RV_internal_parameter_map;
+  mutable IdentMap RV_internal_moments_map;
+};
+
+/// Bounds of a type's support, as the flags tell them.
+enum class Support { kLine, kLowerBound, kInterval };
+
+/// What every type says about itself in the same way.
+template <class Derived, enums::RandomVariable::eType kId, Support kSupport, bool kDiscrete = false>
+class RVType : public RV {
+ public:
+  bool IsParametric() const override { return kId != enums::RandomVariable::KERNEL; }
+  bool IsNonParametric() const override { return kId == enums::RandomVariable::KERNEL; }
+  bool HasLowerBound() const override { return kSupport != Support::kLine; }
+  bool HasUpperBound() const override { return kSupport == Support::kInterval; }
+  bool IsDiscrete() const override { return kDiscrete; }
+  boost::shared_ptr<RV> Clone() const override {
+    return boost::make_shared<Derived>(static_cast<const Derived&>(*this));
+  }
+  enums::RandomVariable::eType GetTypeId() const override { return kId; }
+  std::vector<std::wstring> GetMomentNames() const override {
+    return {L"Mean value", L"Standard deviation"};
+  }
+};
+
+}  // namespace corvath::algorithm

@@ -1,0 +1,18 @@
+#pragma once
+
+/// The special functions of the distributions, from Boost.Math in plain double precision. Outside
+/// their domains they give NaN or infinity instead of raising an exception.
+namespace corvath::math {
+
+double Erfc(double x);
+double ErfcInverse(double p);
+double Gamma(double x);
+double LogGamma(double x);
+double Beta(double a, double b);
+/// Regularised incomplete beta function I_x(a, b), and the x at which it is p.
+double IncompleteBeta(double a, double b, double x);
+double IncompleteBetaInverse(double a, double b, double p);
+/// Regularised upper incomplete gamma function Q(a, x).
+double IncompleteGammaUpper(double a, double x);
+
+}  // namespace corvath::math
