@@ -81,11 +81,13 @@ class Variant {
   void swap(Variant& other) noexcept { std::swap(*this, other); }
 
   /// A SIGNAL of `data` (channels x n) over `timeline` (n); an empty timeline gives an
-  /// UNINITIALIZED value. @throws CTypeException the timeline is not real, CDimensionException n
-  /// differs
-  static Variant Signal(Vector timeline, Matrix data);
+  /// UNINITIALIZED value. Rvalues give their storage.
+  /// @throws CTypeException the timeline is not real, CDimensionException the columns are not n
+  static Variant Signal(Vector&& timeline, Matrix&& data);
+  static Variant Signal(const Vector& timeline, Matrix&& data);
+  static Variant Signal(const Vector& timeline, const Matrix& data);
   /// An XYDATA of one channel; an empty `x` gives an UNINITIALIZED value. Throws like Signal.
-  static Variant XYData(Vector x, const Vector& y);
+  static Variant XYData(const Vector& x, const Vector& y);
 
   Kind GetKind() const noexcept;
   /// The kind's name, "VECTOR" for example.
@@ -219,7 +221,9 @@ class Variant {
   void MoveStorage(Variant& other) noexcept;
   void FreeStorage() noexcept;
   bool ComplexFlag() const noexcept;
-  bool OrderedFlag() const noexcept;
+  void InstallVector(Vector& value) noexcept;
+  void InstallMatrix(Matrix& value) noexcept;
+  void InstallRecord(TimelineRecord* record) noexcept;
 
   union Body {
     Body() noexcept {}
