@@ -22,6 +22,9 @@
 /// Every object of T carries an object id, whether pointers to T are stored or not.
 #define ZEL_TRACK_ALWAYS(T) BOOST_CLASS_TRACKING(T, boost::serialization::track_always)
 
+/// No object of T carries an object id, although T has an export key.
+#define ZEL_TRACK_NEVER(T) BOOST_CLASS_TRACKING(T, boost::serialization::track_never)
+
 /// The name under which T is stored through pointers to its bases; part of the file format. Stands
 /// in the header, so that every file sees the same definition.
 #define ZEL_EXPORT_KEY(T, K)                  \
