@@ -6,9 +6,10 @@
 ///  - `friend class boost::serialization::access;`
 ///  - `template <class Archive> void serialize(Archive& ar, unsigned int version);`, or `load` and
 ///    `save` (const) with `ZEL_SPLIT_SERIALIZE()` in the class;
-///  - outside all namespaces ZEL_CLASS_VERSION, ZEL_TRACK_ALWAYS, ZEL_EXPORT_KEY as the class needs.
-/// In its .cpp: include "archive/instantiate.h", write the bodies, then ZEL_INSTANTIATE_SERIALIZE or
-/// ZEL_INSTANTIATE_LOAD_SAVE, and ZEL_EXPORT_IMPLEMENT for each class that has an export key.
+///  - outside all namespaces ZEL_CLASS_VERSION, ZEL_TRACK_ALWAYS, ZEL_EXPORT_KEY as the class
+///  needs.
+/// In its .cpp: include "archive/instantiate.h", write the bodies, then ZEL_INSTANTIATE_SERIALIZE
+/// or ZEL_INSTANTIATE_LOAD_SAVE, and ZEL_EXPORT_IMPLEMENT for each class that has an export key.
 
 #include <boost/serialization/access.hpp>
 #include <boost/serialization/extended_type_info.hpp>
@@ -27,14 +28,14 @@
 
 /// The name under which T is stored through pointers to its bases; part of the file format. Stands
 /// in the header, so that every file sees the same definition.
-#define ZEL_EXPORT_KEY(T, K)                  \
-  namespace boost::serialization {            \
-  template <>                                 \
+#define ZEL_EXPORT_KEY(T, K)                     \
+  namespace boost::serialization {               \
+  template <>                                    \
   struct guid_defined<T> : boost::mpl::true_ {}; \
-  template <>                                 \
-  inline const char* guid<T>() {              \
-    return K;                                 \
-  }                                           \
+  template <>                                    \
+  inline const char* guid<T>() {                 \
+    return K;                                    \
+  }                                              \
   }
 
 /// Inside a class with `load` and `save`: the `serialize` that picks one of them.

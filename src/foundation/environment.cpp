@@ -1,11 +1,11 @@
 #include "foundation/environment.h"
 
+#include "foundation/exception.h"
+#include "foundation/text.h"
+
 #include <cstdlib>
 #include <optional>
 #include <stdexcept>
-
-#include "foundation/exception.h"
-#include "foundation/text.h"
 
 namespace corvath::utils {
 namespace {

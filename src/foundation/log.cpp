@@ -1,11 +1,11 @@
 #include "foundation/log.h"
 
+#include "foundation/text.h"
+
 #include <boost/make_shared.hpp>
 
 #include <iostream>
 #include <streambuf>
-
-#include "foundation/text.h"
 
 namespace corvath::utils::log {
 namespace {
@@ -19,8 +19,7 @@ class Utf8Buffer : public std::wstreambuf {
 
  protected:
   int_type overflow(int_type c) override {
-    if (!traits_type::eq_int_type(c, traits_type::eof()))
-      pending_ += traits_type::to_char_type(c);
+    if (!traits_type::eq_int_type(c, traits_type::eof())) pending_ += traits_type::to_char_type(c);
     return traits_type::not_eof(c);
   }
   std::streamsize xsputn(const wchar_t* text, std::streamsize n) override {
@@ -59,13 +58,20 @@ std::wostream& StandardError() {
 
 std::wstring GetLevelName(std::uint32_t level) {
   switch (level) {
-    case kError: return L"ERROR";
-    case kDebug: return L"DEBUG";
-    case kWarning: return L"WARNING";
-    case kInfo: return L"INFO";
-    case kTrace: return L"TRACE";
-    case kInfoDetail: return L"INFO_DETAIL";
-    default: return L"UNDEFINED";
+    case kError:
+      return L"ERROR";
+    case kDebug:
+      return L"DEBUG";
+    case kWarning:
+      return L"WARNING";
+    case kInfo:
+      return L"INFO";
+    case kTrace:
+      return L"TRACE";
+    case kInfoDetail:
+      return L"INFO_DETAIL";
+    default:
+      return L"UNDEFINED";
   }
 }
 

@@ -16,7 +16,9 @@ LogLine::~LogLine() {
   }
 }
 
-LogLine& LogLine::operator<<(const std::string& text) { return Append(FromUtf8(text)); }
+LogLine& LogLine::operator<<(const std::string& text) {
+  return Append(FromUtf8(text));
+}
 
 LogLine& LogLine::Append(const std::wstring& text) {
   if (!text_) text_.emplace();

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "foundation/log.h"
+
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <sstream>
 #include <string>
-
-#include "foundation/log.h"
 
 namespace corvath::utils::log {
 

@@ -8,12 +8,12 @@ namespace {
 
 constexpr wchar_t kReplacement = 0xFFFD;
 
-bool IsScalarValue(std::uint32_t c) { return c < 0xD800 || (c > 0xDFFF && c <= 0x10FFFF); }
+bool IsScalarValue(std::uint32_t c) {
+  return c < 0xD800 || (c > 0xDFFF && c <= 0x10FFFF);
+}
 
 void AppendUtf8(std::uint32_t c, std::string& out) {
-  const auto trail = [&](int shift) {
-    out += static_cast<char>(0x80 | ((c >> shift) & 0x3F));
-  };
+  const auto trail = [&](int shift) { out += static_cast<char>(0x80 | ((c >> shift) & 0x3F)); };
   if (c < 0x80) {
     out += static_cast<char>(c);
   } else if (c < 0x800) {

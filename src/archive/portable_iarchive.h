@@ -1,0 +1,173 @@
+#pragma once
+
+#include "archive/annotation.h"
+#include "archive/archive_flags.h"
+#include "archive/integer_code.h"
+#include "archive/pointer_guard.h"
+
+#include <boost/archive/basic_binary_iprimitive.hpp>
+#include <boost/archive/detail/common_iarchive.hpp>
+#include <boost/archive/detail/register_archive.hpp>
+#include <boost/serialization/collection_size_type.hpp>
+#include <boost/serialization/item_version_type.hpp>
+#include <boost/serialization/library_version_type.hpp>
+#include <boost/serialization/nvp.hpp>
+#include <boost/serialization/string.hpp>
+#include <boost/uuid/uuid.hpp>
+
+#include <istream>
+#include <string>
+#include <type_traits>
+
+namespace corvath {
+
+/// What the portable archive itself finds wrong, beside Boost's own archive_exception codes.
+class portable_binary_iarchive_exception : public boost::archive::archive_exception {
+ public:
+  enum portable_code { integer_out_of_range = 0, annotation_mismatch = 1 };
+
+  explicit portable_binary_iarchive_exception(portable_code what_is_wrong)
+      : archive_exception(other_exception), portable_code_(what_is_wrong) {}
+  portable_code GetCode() const { return portable_code_; }
+  const char* what() const noexcept override;
+
+ private:
+  portable_code portable_code_;
+};
+
+/// Reads objects in the byte format of project files, format versions 0 to 4.
+///
+/// Every failure is an exception derived from boost::archive::archive_exception: a stream that ends
+/// (`input_stream_error`), a wrong signature or format version (`invalid_signature`), a newer
+/// library version (`unsupported_version`), an integer that its target cannot hold or a mismatch of
+/// annotations (portable_binary_iarchive_exception). After an exception the archive is of no
+/// further use. Memory stays within a small multiple of the stream's length.
+class portable_binary_iarchive
+    : public boost::archive::basic_binary_iprimitive<portable_binary_iarchive, char,
+                                                     std::char_traits<char>>,
+      public boost::archive::detail::common_iarchive<portable_binary_iarchive>,
+      public portable_binary_archive_annotate_control {
+ public:
+  /// Reads the header at once.
+  /// @param stream  binary; must outlive the archive
+  /// @param flags   archive/archive_flags.h, together with Boost's own
+  explicit portable_binary_iarchive(std::istream& stream, unsigned int flags = 0);
+  ~portable_binary_iarchive();
+
+  void DisableAnnotations() override { ++suspended_; }
+  void EnableAnnotations() override { --suspended_; }
+
+  /// Upper bound of the bytes that the stream still holds; SIZE_MAX if it cannot tell.
+  std::size_t Remaining();
+
+  /// Refuses a count of values, each of at least `min_bytes`, that the stream cannot hold.
+  void CheckCount(std::uint64_t count, std::size_t min_bytes = 1);
+
+  /// An object behind the pointer in work stands constructed at `object`.
+  void OnConstructed(void* object, void (*destroy)(void*)) {
+    guard_.OnConstructed(object, destroy);
+  }
+
+  // Primitive values, called by Boost.Serialization.
+  void load(bool& value);
+  void load(double& value) { load_binary(&value, sizeof value); }
+  void load(std::string& value);
+  void load(std::wstring& value);
+  void load(boost::uuids::uuid& value) { load_binary(value.data, sizeof value.data); }
+  void load(boost::serialization::collection_size_type& value);
+  void load(boost::serialization::item_version_type& value);
+  void load(boost::serialization::library_version_type& value);
+  template <class Integer>
+  std::enable_if_t<std::is_integral_v<Integer>> load(Integer& value) {
+    if (!archive::Narrow(ReadInteger(), value))
+      throw portable_binary_iarchive_exception(
+          portable_binary_iarchive_exception::integer_out_of_range);
+  }
+
+ private:
+  friend class boost::archive::detail::interface_iarchive<portable_binary_iarchive>;
+  friend class boost::archive::load_access;
+  using Base = boost::archive::detail::common_iarchive<portable_binary_iarchive>;
+
+  template <class T>
+  using TypeInfoOf = boost::serialization::singleton<
+      typename boost::serialization::type_info_implementation<T>::type>;
+
+  /// Whether Boost keeps a class record for T, so that T takes a class id.
+  template <class T>
+  static constexpr bool HasClassRecord() {
+    using boost::serialization::implementation_level;
+    using boost::serialization::tracking_level;
+    if constexpr (std::is_enum_v<T> || std::is_array_v<T>)
+      return false;
+    else if constexpr (implementation_level<T>::value == boost::serialization::primitive_type)
+      return false;
+    else
+      return implementation_level<T>::value >= boost::serialization::object_class_info ||
+             tracking_level<T>::value != boost::serialization::track_never;
+  }
+
+  template <class T>
+  void load_override(T& t) {
+    using Plain = std::remove_cv_t<T>;
+    if constexpr (std::is_pointer_v<Plain>) {
+      LoadPointer(t);
+    } else {
+      if constexpr (HasClassRecord<Plain>())
+        guard_.NoteClass(TypeInfoOf<Plain>::get_const_instance());
+      guard_.BeginValue();
+      Base::load_override(t);
+    }
+  }
+  template <class T>
+  void load_override(const boost::serialization::nvp<T>& t) {
+    ReadAnnotation(t.name());
+    load_override(t.value());
+  }
+  void load_override(boost::archive::class_id_optional_type&) {}  // not stored
+  void load_override(boost::archive::class_id_type& id);
+  void load_override(boost::archive::class_name_type& name);
+  void load_override(boost::archive::object_id_type& id);
+  void load_override(boost::archive::tracking_type& tracking);
+  void load_override(boost::archive::version_type& version);
+
+  template <class T>
+  void LoadPointer(T*& t) {
+    using Plain = std::remove_cv_t<T>;
+    const auto& type = TypeInfoOf<Plain>::get_const_instance();
+    if constexpr (!std::is_abstract_v<Plain>) guard_.NoteClass(type);
+    archive::PointerGuard::Pointer pointer(guard_, type, std::is_polymorphic_v<Plain>);
+    Base::load_override(t);
+    pointer.Complete();
+  }
+
+  archive::WideInteger ReadInteger();
+  std::uint16_t ReadWord();
+  void ReadHeader();
+  void ReadAnnotation(const char* name);
+  void OnMismatch(const std::string& message) const;
+
+  archive::PointerGuard guard_;
+  std::streamoff end_ = -1;  ///< of the stream, -1 if it cannot seek
+  unsigned int suspended_ = 0;
+  archive::AnnotationForm form_ = archive::AnnotationForm::kNone;
+  bool throw_on_mismatch_;
+  bool silent_on_mismatch_;
+  bool unsigned_class_ids_ = false;  ///< format versions 0 to 2
+  archive::AnnotationNames names_;
+};
+
+/// Constructs the object behind a pointer, and makes sure that it does not leak if its loading
+/// fails. Boost finds this overload by the archive's namespace. A class without default constructor
+/// overloads it for this archive and calls OnConstructed itself.
+template <class T>
+void load_construct_data(portable_binary_iarchive& ar, T* object, const unsigned int) {
+  ::new (static_cast<void*>(object)) T;
+  ar.OnConstructed(object, [](void* p) { delete static_cast<T*>(p); });
+}
+
+}  // namespace corvath
+
+extern template class boost::archive::basic_binary_iprimitive<corvath::portable_binary_iarchive,
+                                                              char, std::char_traits<char>>;
+BOOST_SERIALIZATION_REGISTER_ARCHIVE(corvath::portable_binary_iarchive)
