@@ -1,0 +1,61 @@
+#include "foundation/text.h"
+
+#include "foundation/closeness.h"
+#include "support/message_of.h"
+
+#include <gtest/gtest.h>
+
+namespace corvath {
+namespace {
+
+TEST(Text, EachUndecodableSequenceBecomesOneReplacement) {
+  // Sequences and counts after the Unicode Standard, section 3.9, tables 3-8 to 3-11.
+  const struct {
+    const char* utf8;
+    const wchar_t* wide;
+  } cases[] = {
+      {"", L""},
+      {"a\xc3\xa9\xe2\x82\xac\xf0\x9f\x98\x80", L"a\u00e9\u20ac\U0001F600"},
+      {"\xc0\xaf", L"\ufffd\ufffd"},                      // overlong
+      {"\xe0\x9f\xbf", L"\ufffd\ufffd\ufffd"},            // overlong, three bytes
+      {"\xed\xa0\x80", L"\ufffd\ufffd\ufffd"},            // surrogate
+      {"\xf4\x90\x80\x80", L"\ufffd\ufffd\ufffd\ufffd"},  // beyond U+10FFFF
+      {"\xe1\x80\xe2\xf0\x91\x92\xf1\xbf\x41", L"\ufffd\ufffd\ufffd\ufffdA"},  // cut short
+      {"x\x80y", L"x\ufffdy"},
+      {"\xf0\x9f\x98", L"\ufffd"},
+  };
+  for (const auto& [utf8, wide] : cases) EXPECT_EQ(utils::FromUtf8(utf8), wide) << utf8;
+}
+
+TEST(Text, WideTextThatIsNoUnicodeIsReplacedOrRefused) {
+  const std::wstring text{L'a', static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0x110000), L'b'};
+  EXPECT_EQ(utils::ToUtf8(text), "a??b");
+  EXPECT_EQ(support::MessageOf([&] { utils::ToUtf8Strict(text); }), "invalid input character");
+  for (const wchar_t c : {L'\u007f', L'\u0080', L'\u07ff', L'\u0800', L'\uffff', L'\U0010ffff'})
+    EXPECT_EQ(utils::FromUtf8(utils::ToUtf8Strict(std::wstring(1, c))), std::wstring(1, c));
+}
+
+TEST(Closeness, FollowsItsCases) {
+  const double eps = math::kEps;
+  const double inf = HUGE_VAL;
+  const double nan = std::nan("");
+  const struct {
+    double x, y;
+    bool close;
+  } cases[] = {
+      {1.0, 1.0, true},   {1.0, 1.0 + 2 * eps, false}, {0.0, 0.5 * eps, true},
+      {0.0, eps, false},  {-eps / 2, 0.0, true},       {-1.0, -1.0, true},
+      {1.0, -1.0, false}, {1e-300, -1e-300, false},    {nan, nan, true},
+      {nan, 1.0, false},  {inf, -inf, true},           {inf, 1e308, false},
+  };
+  for (const auto& [x, y, close] : cases) {
+    EXPECT_EQ(math::IsClose(x, y), close) << x << ' ' << y;
+    EXPECT_EQ(math::IsClose(y, x), close) << y << ' ' << x;
+  }
+  EXPECT_TRUE(math::IsClose(-100.0, -101.0, 0.02));
+  EXPECT_FALSE(math::IsClose(-100.0, -101.0, 0.005));
+  EXPECT_FALSE(math::IsClose(nan, nan, 0.1));  // the form with a tolerance knows no NaN
+}
+
+}  // namespace
+}  // namespace corvath
