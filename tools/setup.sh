@@ -1,0 +1,47 @@
+# Sourced by demo.sh and test.sh: installs the packages of tools/packages that are missing, and
+# builds. Needs Debian 12 (or a later release with the same packages).
+
+# Lists the packages that are not installed.
+zel_missing_packages() {
+  local package
+  grep -v '^#' tools/packages | while read -r package; do
+    [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] ||
+      echo "$package"
+  done
+}
+
+# Installs them, as root or through sudo; otherwise says what is missing and stops.
+zel_install() {
+  local missing
+  missing=$(zel_missing_packages | tr '\n' ' ')
+  [ -n "$missing" ] || return 0
+  local as_root=""
+  if [ "$(id -u)" -ne 0 ]; then
+    if command -v sudo >/dev/null && sudo -n true 2>/dev/null; then
+      as_root="sudo"
+    else
+      echo "These Debian packages are missing; please have them installed, then run this again:" >&2
+      echo "  apt-get install $missing" >&2
+      exit 1
+    fi
+  fi
+  echo "Installing: $missing" >&2
+  $as_root apt-get update -qq >&2
+  # shellcheck disable=SC2086
+  $as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends $missing >&2
+}
+
+# zel_build PRESET [target ...]: configures build/PRESET and builds all, or these targets.
+zel_build() {
+  local preset=$1
+  shift
+  local log
+  log=$(mktemp)
+  if ! cmake --preset "$preset" >"$log" 2>&1; then
+    cat "$log" >&2
+    exit 1
+  fi
+  rm -f "$log"
+  cmake --build --preset "$preset" ${1:+--target "$@"} >&2
+}
