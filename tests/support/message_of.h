@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <string>
+#include <typeinfo>
 
 namespace support {
 
@@ -14,6 +15,19 @@ std::string MessageOf(Action&& action) {
     return error.what();
   }
   return "";
+}
+
+/// The same, where the exception must be an E itself, no class derived from it; otherwise a note
+/// that no expected text equals.
+template <class E, class Action>
+std::string MessageOfExactly(Action&& action) {
+  try {
+    action();
+  } catch (const std::exception& error) {
+    if (typeid(error) == typeid(E)) return error.what();
+    return std::string("<another exception, ") + typeid(error).name() + ": " + error.what() + ">";
+  }
+  return "<no exception>";
 }
 
 }  // namespace support

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "foundation/text.h"
+#include "variant/variant.h"
+
+#include <algorithm>
+#include <complex>
+#include <initializer_list>
+#include <ostream>
+#include <sstream>
+#include <vector>
+
+/// Short builders of values of the numeric side.
+namespace support {
+
+using Value = corvath::math::Value;
+using Complex = Value::Complex;
+
+inline Value Scalar(double re, double im = 0.0) {
+  return Value(re, im);
+}
+
+inline Value::Vector RawVector(const std::vector<Complex>& entries) {
+  Value::Vector vector(entries.size());
+  std::copy(entries.begin(), entries.end(), vector.begin());
+  return vector;
+}
+
+inline Value::Matrix RawMatrix(const std::vector<std::vector<Complex>>& rows) {
+  Value::Matrix matrix(rows.size(), rows.empty() ? 0 : rows.front().size());
+  for (std::size_t i = 0; i < rows.size(); ++i)
+    for (std::size_t j = 0; j < rows[i].size(); ++j) matrix(i, j) = rows[i][j];
+  return matrix;
+}
+
+inline Value Vec(const std::vector<Complex>& entries) {
+  return Value(RawVector(entries));
+}
+
+inline Value Mat(const std::vector<std::vector<Complex>>& rows) {
+  return Value(RawMatrix(rows));
+}
+
+inline Value Sig(const std::vector<Complex>& timeline,
+                 const std::vector<std::vector<Complex>>& channels) {
+  return Value::Signal(RawVector(timeline), RawMatrix(channels));
+}
+
+inline Value XY(const std::vector<Complex>& x, const std::vector<Complex>& y) {
+  return Value::XYData(RawVector(x), RawVector(y));
+}
+
+/// The readable form, for messages and for comparing values that hold NaN.
+inline std::string Text(const Value& value) {
+  std::wostringstream stream;
+  stream << value;
+  return corvath::utils::ToUtf8(stream.str());
+}
+
+}  // namespace support
+
+namespace corvath::math {
+/// How GoogleTest shows a value.
+inline void PrintTo(const Value& value, std::ostream* stream) {
+  *stream << support::Text(value);
+}
+}  // namespace corvath::math

@@ -1,0 +1,326 @@
+#include "variant/variant.h"
+
+#include "foundation/math_exception.h"
+#include "support/message_of.h"
+#include "support/values.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <limits>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace corvath::math {
+namespace {
+
+using namespace support;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+template <class E>
+void ExpectError(const std::string& text, const std::function<void()>& call) {
+  EXPECT_EQ(MessageOfExactly<E>(call), text);
+}
+
+/// One value of every kind, in the order of the kinds' numbers.
+std::vector<Value> EveryKind() {
+  return {Value(),
+          Value(true),
+          Scalar(2.5),
+          Vec({1, 2, 3}),
+          Mat({{1, 2}, {3, 4}, {5, 6}}),
+          Sig({0, 1, 2}, {{1, 2, 3}, {4, 5, 6}}),
+          XY({0, 1}, {7, 8})};
+}
+
+TEST(Variant, TellsKindNameAndSizesOfEveryKind) {
+  const char* const names[] = {"UNINITIALIZED", "BOOLEAN", "SCALAR", "VECTOR",
+                               "MATRIX",        "SIGNAL",  "XYDATA"};
+  const std::size_t sizes[][3] = {{0, 0, 0}, {1, 1, 1}, {1, 1, 1}, {3, 1, 3},
+                                  {3, 2, 6}, {2, 3, 6}, {1, 2, 2}};
+  const std::vector<Value> values = EveryKind();
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const Value& v = values[i];
+    EXPECT_EQ(v.GetKind(), static_cast<int>(i) - 1);
+    EXPECT_EQ(v.GetKindName(), names[i]);
+    std::wstring wide;
+    v.GetKindName(wide);
+    EXPECT_EQ(utils::ToUtf8(wide), names[i]);
+    const bool is[] = {v.IsUninitialized(), v.IsBoolean(), v.IsScalar(), v.IsVector(),
+                       v.IsMatrix(),        v.IsSignal(),  v.IsXYData()};
+    for (std::size_t kind = 0; kind < 7; ++kind) EXPECT_EQ(is[kind], kind == i) << names[i];
+    EXPECT_FALSE(v.IsComplex());
+    EXPECT_TRUE(v.IsOrdered());
+    if (i == 0) continue;
+    EXPECT_EQ(v.Size1(), sizes[i][0]) << names[i];
+    EXPECT_EQ(v.Size2(), sizes[i][1]) << names[i];
+    EXPECT_EQ(v.Size(), sizes[i][2]) << names[i];
+  }
+  ExpectError<CTypeException>("Invalid type.", [] { Value().Size1(); });
+  ExpectError<CTypeException>("Invalid type.", [] { Value().Size2(); });
+  ExpectError<CTypeException>("Invalid type.", [] { Value().Size(); });
+  ExpectError<CTypeException>("Input object has invalid datatype.",
+                              [] { Value::GetKindName(static_cast<Value::Kind>(6)); });
+}
+
+TEST(Variant, CopiesAreDeepAndMovesLeaveNothing) {
+  for (const Value& original : EveryKind()) {
+    Value copy(original);
+    EXPECT_EQ(copy, original);
+    if (original.IsVector() || original.HasTimeline()) {
+      EXPECT_NE(&copy.GetVector()(0), &original.GetVector()(0));
+    }
+    if (original.HasTimeline()) {
+      EXPECT_NE(&copy.GetMatrix()(0, 0), &original.GetMatrix()(0, 0));
+    }
+    for (Value target : EveryKind()) {  // each kind over each other
+      target = original;
+      EXPECT_EQ(target, original);
+      target = std::move(copy);
+      EXPECT_EQ(target, original);
+      EXPECT_TRUE(copy.IsUninitialized());
+      copy = std::move(target);
+      EXPECT_TRUE(target.IsUninitialized());
+    }
+    Value& self = copy;
+    copy = self;
+    EXPECT_EQ(copy, original);
+  }
+  EXPECT_TRUE(std::is_nothrow_move_constructible_v<Value>);
+  EXPECT_FALSE((std::is_constructible_v<Value, const wchar_t*>));  // would become true
+}
+
+TEST(Variant, FlagsFollowTheData) {
+  EXPECT_TRUE(Vec({1, {2, kNaN}}).IsComplex());
+  EXPECT_TRUE(Mat({{1, {0, 1e-300}}}).IsComplex());
+  EXPECT_TRUE(Sig({0, 1}, {{1, {2, 1}}}).IsComplex());
+  EXPECT_FALSE(Vec({1, {2, -0.0}}).IsComplex());
+  // A scalar judges the square of its imaginary part by 2^-52.
+  EXPECT_TRUE(Scalar(1, kNaN).IsComplex());
+  EXPECT_TRUE(Scalar(1, 0x1p-26).IsComplex());
+  EXPECT_FALSE(Scalar(1, 0x1p-27).IsComplex());
+
+  const std::pair<std::vector<Complex>, bool> sequences[] = {
+      {{}, true},         {{5}, true},          {{1, 1, 2}, true},     {{3, 2, 2}, true},
+      {{1, 3, 2}, false}, {{3, 1, 2}, false},   {{1, 2, kNaN}, false}, {{2, 2, 2}, true},
+      {{1, 3, 1}, false}, {{1, kNaN, 2}, true},  // no element is greater than its successor
+  };
+  for (const auto& [entries, ordered] : sequences) {
+    EXPECT_EQ(Vec(entries).IsOrdered(), ordered) << Text(Vec(entries));
+    if (entries.empty()) continue;
+    EXPECT_EQ(Sig(entries, {entries}).IsOrdered(), ordered) << Text(Vec(entries));
+    EXPECT_EQ(XY(entries, entries).IsOrdered(), ordered) << Text(Vec(entries));
+  }
+  EXPECT_TRUE(Sig({2, 1}, {{0, 0}}).IsFlipped());
+  EXPECT_TRUE(XY({2, 5, 1}, {0, 0, 0}).IsFlipped());
+  EXPECT_FALSE(XY({2}, {0}).IsFlipped());
+  ExpectError<CTypeException>("IsFlipped: Input object has invalid datatype.", [] {
+    Vec({2, 1}).IsFlipped();
+  });
+}
+
+TEST(Variant, SignalsCheckTimelineAndSizes) {
+  EXPECT_TRUE(Sig({}, {{1, 2}}).IsUninitialized());
+  EXPECT_TRUE(XY({}, {1}).IsUninitialized());
+  EXPECT_EQ(Sig({0, 1}, {{1, 2}, {3, 4}}).Size1(), 2u);
+  ExpectError<CTypeException>("Timeline of signal may not be complex.", [] {
+    Sig({{0, 1}, 1}, {{1, 2}});
+  });
+  ExpectError<CDimensionException>(
+      "Timeline of signal and data-matrix have to be of same dimension.", [] {
+        Sig({0, 1}, {{1, 2, 3}});
+      });
+  ExpectError<CTypeException>("Timeline of XYDATA may not be complex.", [] {
+    XY({{0, kNaN}}, {1});
+  });
+  ExpectError<CDimensionException>("X- and Y-data have to be of same dimension.", [] {
+    XY({0, 1}, {1});
+  });
+}
+
+TEST(Variant, AccessorsRefuseEveryOtherKind) {
+  for (const Value& v : EveryKind()) {
+    Value copy = v;
+    if (!v.IsBoolean())
+      ExpectError<CTypeException>("Input object not of type BOOLEAN.", [&] { v.GetBoolean(); });
+    if (!v.IsScalar())
+      ExpectError<CTypeException>("Input object not of type SCALAR.", [&] { v.GetScalar(); });
+    if (!v.IsVector() && !v.HasTimeline())
+      ExpectError<CTypeException>("Input object not of type VECTOR.", [&] { v.GetVector(); });
+    if (!v.IsMatrix() && !v.HasTimeline())
+      ExpectError<CTypeException>("Input object not of type MATRIX.", [&] { v.GetMatrix(); });
+  }
+  Value signal = Sig({0, 1}, {{1, 2}});
+  const Complex* const storage = &signal.GetMatrix()(0, 0);
+  Value::Matrix data(1, 1);
+  signal.TakeMatrix(data);
+  EXPECT_EQ(&data(0, 0), storage);
+  EXPECT_EQ(signal.Size(), 0u);
+  EXPECT_TRUE(signal.IsSignal());
+  Value::Vector timeline;
+  signal.TakeVector(timeline);
+  EXPECT_EQ(timeline.size(), 2u);
+  EXPECT_EQ(signal.GetVector().size(), 0u);
+}
+
+TEST(Variant, SettersChangeTheFormAndKeepFlags) {
+  Value v = Vec({{1, 1}, 3, 2});
+  v.SetKind(Value::VECTOR);  // no change of form
+  EXPECT_EQ(v.Size(), 3u);
+  v.SetKind(Value::SIGNAL);
+  EXPECT_TRUE(v.IsSignal());
+  EXPECT_EQ(v.Size(), 0u);
+  EXPECT_TRUE(v.IsComplex());
+  EXPECT_FALSE(v.IsOrdered());
+  v.SetKind(Value::MATRIX);
+  EXPECT_TRUE(v.IsComplex());
+  v.SetKind(17);
+  EXPECT_TRUE(v.IsUninitialized());
+  v.SetComplex(true);
+  EXPECT_FALSE(v.IsComplex());
+
+  Value signal = Sig({0, 1}, {{1, 2}});
+  signal.SetKind(Value::XYDATA);
+  EXPECT_EQ(signal, XY({0, 1}, {1, 2}));
+  Value::Vector timeline = RawVector({5, 3});
+  signal.SetVector(timeline);
+  EXPECT_EQ(signal, XY({5, 3}, {1, 2}));
+  EXPECT_EQ(timeline(1), 1.0);  // swapped out
+  Value::Matrix data = RawMatrix({{{1, 1}, 2}});
+  signal.SetMatrix(data);
+  EXPECT_EQ(signal, XY({5, 3}, {{1, 1}, 2}));
+  EXPECT_TRUE(signal.IsComplex());
+  signal.SetScalar(3.0);
+  EXPECT_EQ(signal, Scalar(3));
+  signal.SetBoolean(true);
+  EXPECT_EQ(signal, Value(true));
+  signal.SetMatrix(data);
+  EXPECT_EQ(signal, Mat({{1, 2}}));
+}
+
+TEST(Variant, IndexReadsElements) {
+  const Value v = Vec({10, {20, 2}, 30});
+  const Value m = Mat({{1, 2, 3}, {4, 5, 6}});
+  const Value s = Sig({0.5, 1.5}, {{1, 2}, {3, 4}});
+  EXPECT_EQ(v[Scalar(-0.4)], Scalar(10));
+  EXPECT_EQ(v[Scalar(0.5)], Scalar(20, 2));
+  EXPECT_EQ(s[Scalar(1)], Vec({1.5, 2, 4}));
+  EXPECT_EQ((XY({1, 2}, {3, 4}))[Scalar(0)], Vec({1, 3}));
+  EXPECT_EQ(v(Scalar(2), Scalar(0)), Scalar(30));
+  EXPECT_EQ(m(Scalar(1), Scalar(1.5)), Scalar(6));
+  EXPECT_EQ(s(Scalar(1), Scalar(0)), Scalar(3));
+  EXPECT_EQ(m.GetColumn(Scalar(2)), Vec({3, 6}));
+  EXPECT_EQ(s.GetColumn(Scalar(0)), Vec({1, 3}));
+  EXPECT_EQ(m.GetRow(Scalar(1)), Vec({4, 5, 6}));
+  EXPECT_EQ(s.GetRow(Scalar(0)), Vec({1, 2}));
+
+  for (const double bad : {-0.6, -1e300, kNaN})
+    ExpectError<CTypeException>("Index must be positive & real.", [&] { v[Scalar(bad)]; });
+  ExpectError<CTypeException>("Index must be positive & real.", [&] { v[Scalar(0, 1)]; });
+  ExpectError<CTypeException>("Index must be positive & real.", [&] { v[v]; });
+  for (const double bad : {2.0, 1e300, kInf})
+    ExpectError<CDomainException>("Index out of bounds.", [&] { s[Scalar(bad)]; });
+  ExpectError<CDomainException>("Index out of bounds.", [&] { v[Scalar(3)]; });
+  ExpectError<CTypeException>("Type doesn't support access by (only one) index.",
+                              [&] { m[Scalar(0)]; });
+
+  ExpectError<CTypeException>("Index must be real.", [&] { m(Scalar(0, 1), Scalar(0)); });
+  ExpectError<CTypeException>("Index must be real.", [&] { m(Scalar(0), Scalar(0, 1)); });
+  ExpectError<CDomainException>("Index out of vector bounds.", [&] { v(Scalar(0), Scalar(1)); });
+  ExpectError<CDomainException>("Index out of vector bounds.", [&] { v(Scalar(3), Scalar(0)); });
+  for (const double bad : {-1.0, 2.0, 1e300, kNaN})
+    ExpectError<CDomainException>("Index out of matrix bounds.",
+                                  [&] { m(Scalar(bad), Scalar(0)); });
+  ExpectError<CTypeException>("Type doesn't support access by index.",
+                              [] { Scalar(1)(Scalar(0), Scalar(0)); });
+
+  ExpectError<CTypeException>("Index must be real. \n", [&] { m.GetColumn(Scalar(0, 1)); });
+  ExpectError<CDomainException>("This column index doesn't exist in this matrix. \n",
+                                [&] { m.GetColumn(Scalar(3)); });
+  ExpectError<CDomainException>("This row index doesn't exist in this matrix. \n",
+                                [&] { m.GetRow(Scalar(2)); });
+  const char* const only = "Invalid type. Only types MATRIX, SIGNAL and XYDATA allowed. \n";
+  ExpectError<CTypeException>(only, [&] { v.GetColumn(Scalar(0)); });
+  ExpectError<CTypeException>(only, [&] { v.GetRow(Scalar(0)); });
+}
+
+TEST(Variant, AddChannelsAppendsRows) {
+  Value s = XY({0, 1}, {1, 2});
+  s.addChannels(Vec({3, 4}));
+  EXPECT_EQ(s, Sig({0, 1}, {{1, 2}, {3, 4}}));  // no longer XYDATA
+  s.addChannels(Mat({{5, 6}, {{7, 1}, 8}}));
+  EXPECT_TRUE(s.IsComplex());
+  s.addChannels(s);
+  EXPECT_EQ(s.Size1(), 8u);
+  EXPECT_EQ(s.GetRow(Scalar(7)), Vec({{7, 1}, 8}));
+  Value no_channels = Value::Signal(RawVector({0, 1}), Value::Matrix(0, 2));
+  no_channels.addChannels(Vec({3, 4}));
+  EXPECT_EQ(no_channels, Sig({0, 1}, {{3, 4}}));
+
+  const char* const dimensions = "addChannels: dimensions do not match.";
+  ExpectError<CDimensionException>(dimensions, [&] { s.addChannels(Vec({1})); });
+  ExpectError<CDimensionException>(dimensions, [&] { s.addChannels(XY({0}, {1})); });
+  ExpectError<CTypeException>("addChannels: object type not supported: SCALAR",
+                              [&] { s.addChannels(Scalar(1)); });
+  ExpectError<CTypeException>("Channels can be added to signal objects only",
+                              [] { Vec({1}).addChannels(Vec({1})); });
+  EXPECT_EQ(s.Size1(), 8u);
+}
+
+TEST(Variant, EqualityIsExact) {
+  const std::vector<Value> values = EveryKind();
+  for (std::size_t i = 0; i < values.size(); ++i)
+    for (std::size_t j = 0; j < values.size(); ++j) {
+      EXPECT_EQ(values[i] == values[j], i == j) << i << ", " << j;
+      EXPECT_EQ(IsClose(values[i], values[j]), i == j) << i << ", " << j;
+    }
+  EXPECT_EQ(Value(true), Scalar(1));
+  EXPECT_EQ(Scalar(1, 0), Value(true));
+  EXPECT_EQ(Value(false), Scalar(0));
+  EXPECT_NE(Value(true), Scalar(1, 1));
+  EXPECT_NE(Value(true), Vec({1}));
+  EXPECT_NE(Vec({1, 2}), Vec({1, 2, 3}));
+  EXPECT_NE(Mat({{1, 2}}), Mat({{1}, {2}}));
+  EXPECT_NE(Vec({kNaN}), Vec({kNaN}));
+  EXPECT_NE(Scalar(kInf), Scalar(-kInf));
+  EXPECT_NE(Sig({0, 1}, {{1, 2}}), Sig({0, 2}, {{1, 2}}));
+}
+
+TEST(Variant, ClosenessFollowsTheNumbers) {
+  EXPECT_TRUE(IsClose(Scalar(1), Scalar(1 + 0x1p-53)));
+  EXPECT_FALSE(IsClose(Scalar(1), Scalar(1 + 0x1p-50)));
+  EXPECT_TRUE(IsClose(Scalar(1), Scalar(1 + 0x1p-50), 1e-12));
+  EXPECT_FALSE(IsClose(Scalar(1e-9), Scalar(-1e-9), 10.0));  // opposite sign
+  EXPECT_TRUE(IsClose(Scalar(0), Scalar(1e-16)));
+  EXPECT_TRUE(IsClose(Vec({kNaN, kInf}), Vec({kNaN, -kInf})));
+  EXPECT_FALSE(IsClose(Vec({kNaN}), Vec({kNaN}), 1e-3));
+  EXPECT_FALSE(IsClose(Scalar(kInf), Scalar(1)));
+  EXPECT_TRUE(IsClose(Value(true), Scalar(1 + 1e-16)));
+  EXPECT_FALSE(IsClose(XY({0, 1}, {1, 2}), XY({0, 1.1}, {1, 2})));
+
+  EXPECT_TRUE(IsZero(Value(false)));
+  EXPECT_FALSE(IsZero(Value(true)));
+  EXPECT_TRUE(IsZero(Vec({1e-9, {0, 1e-9}})));  // squares below 2^-52
+  EXPECT_FALSE(IsZero(Vec({0, 1e-7})));
+  EXPECT_FALSE(IsZero(Scalar(kNaN)));
+  EXPECT_TRUE(IsZero(XY({5, 6}, {0, 0})));  // the timeline does not count
+  ExpectError<CTypeException>("Input object has invalid datatype.", [] { IsZero(Value()); });
+}
+
+TEST(Variant, TextShowsEveryKind) {
+  EXPECT_EQ(Text(Value()), "UNINITIALIZEDUninitialized variant");
+  EXPECT_EQ(Text(Value(true)), "BOOLEAN1");
+  EXPECT_EQ(Text(Scalar(1.0 / 3)), "SCALAR\nReal 0.3333333333333333");
+  EXPECT_EQ(Text(Scalar(1, -2)), "SCALAR\nComplex (1,-2)");
+  EXPECT_EQ(Text(Vec({1, 2.5})), "VECTOR [2]\n 1\n 2.5\n");
+  EXPECT_EQ(Text(Mat({{1, 2}, {3, {4, 1}}})), "MATRIX [2,2]\n(1,0)\t(2,0)\n(3,0)\t(4,1)\n");
+  EXPECT_EQ(Text(Sig({0, 1}, {{1, 2}, {3, 4}})), "SIGNAL [2,2]\n0\t1\t3\n1\t2\t4\n");
+  EXPECT_EQ(Text(XY({0, 1}, {5, 6})), "XYDATA [1,2]\n0\t5\n1\t6\n");
+}
+
+}  // namespace
+}  // namespace corvath::math
