@@ -4,7 +4,6 @@
 
 #include <Eigen/Core>
 
-#include <list>
 #include <vector>
 
 namespace corvath::algorithm::datatypes {
@@ -16,7 +15,7 @@ Eigen::MatrixXd DesignsToMatrix(const std::vector<Design>& designs,
 
 /// One parameter sequence per row of a matrix with one column per property.
 /// @throws see InputColumns::ToSequences
-std::vector<ParameterSequence> MatrixToDesigns(const Eigen::Ref<const Eigen::MatrixXd>& matrix,
-                                               const NamedProperties& properties);
+std::vector<EntrySequence> MatrixToDesigns(const Eigen::Ref<const Eigen::MatrixXd>& matrix,
+                                           const NamedProperties& properties);
 
 }  // namespace corvath::algorithm::datatypes

@@ -9,15 +9,19 @@
 #include <utility>
 #include <vector>
 
-namespace corvath::enums::DeterministicProperties {
+namespace corvath::enums {
+
 /// Kinds of a domain; the numbers are stored.
-enum eKind : std::int32_t {
-  CONTINUOUS = 0,        ///< any number between two REAL bounds
-  ORDINAL_BY_VALUE = 1,  ///< the state nearest to a number; bounds: smallest and largest state
-  ORDINAL_BY_INDEX = 2,  ///< the state at a position; bounds: INTEGER positions
-  NOMINAL_BY_INDEX = 3   ///< behaves as ORDINAL_BY_INDEX
+struct DeterministicProperties {
+  enum eKind : std::int32_t {
+    CONTINUOUS = 0,        ///< any number between two REAL bounds
+    ORDINAL_BY_VALUE = 1,  ///< the state nearest to a number; bounds: smallest and largest state
+    ORDINAL_BY_INDEX = 2,  ///< the state at a position; bounds: INTEGER positions
+    NOMINAL_BY_INDEX = 3   ///< behaves as ORDINAL_BY_INDEX
+  };
 };
-}  // namespace corvath::enums::DeterministicProperties
+
+}  // namespace corvath::enums
 
 namespace corvath::algorithm::datatypes {
 
@@ -71,9 +75,8 @@ class DeterministicProperties {
   /// Stores the states ascending and without doubles; the bounds span them all.
   /// @param convert  convert each state to the data type; an empty list and a continuous domain are
   ///                 then accepted, too, and leave the bounds alone
-  /// @throws std::invalid_argument  without `convert`: no states, a continuous domain, or a state
-  /// of
-  ///                                another type
+  /// @throws corvath::utils::runtime_error  without `convert`: no states, a continuous domain, or a
+  ///                                        state of another type
   void SetDiscreteStates(std::vector<CDesignEntry> states, bool convert);
 
   bool operator==(const DeterministicProperties& other) const;
@@ -84,8 +87,11 @@ class DeterministicProperties {
   template <class Archive>
   void serialize(Archive& ar, unsigned int version);
 
+  void ChangeKind(Kind kind);
+  void ChangeDataType(DataType type);
   void ConvertBounds();
   void ConvertStates();
+  void SpanStates();
 
   Kind ordered_flag_ = enums::DeterministicProperties::CONTINUOUS;
   DataType domain_flag_ = enums::DesignEntry::REAL;

@@ -17,24 +17,34 @@ std::int64_t RoundToInteger(double value);
 /// order.
 void SortStates(std::vector<CDesignEntry>& states);
 
-/// The state nearest to `value`; exactly between two it is the upper one. The first state's type
-/// decides: BOOL takes a REAL value, true when it rounds to 1; INTEGER a REAL value, which is
-/// rounded first, or an INTEGER one; REAL a REAL one. Copies and sorts `states`; for many values
-/// see DiscreteStates.
-/// @throws std::logic_error  no states, STRING or VARIANT states, or a value of another type
+/// The states of a domain by value, sorted for many searches.
+class StatesByValue {
+ public:
+  explicit StatesByValue(std::vector<CDesignEntry> states = {});
+
+  /// The state nearest to `value`; exactly between two it is the upper one. The first state's type
+  /// decides: BOOL takes a REAL value, true when it rounds to 1; INTEGER a REAL value, which is
+  /// rounded first, or an INTEGER one; REAL a REAL one. Takes O(log n) comparisons.
+  /// @throws std::logic_error  no states, STRING or VARIANT states, or a value of another type
+  CDesignEntry Nearest(const CDesignEntry& value) const;
+
+ private:
+  CDesignEntry NearestOfSameType(const CDesignEntry& value) const;
+
+  std::vector<CDesignEntry> states_;  ///< ascending
+};
+
+/// StatesByValue::Nearest for one search.
 CDesignEntry NearestDiscreteState(const CDesignEntry& value,
                                   const std::vector<CDesignEntry>& states);
 
-/// The states of one domain, prepared for many searches.
-class DiscreteStates {
+/// The states of a domain by index, in the order given.
+class StatesByIndex {
  public:
-  explicit DiscreteStates(std::vector<CDesignEntry> states);
+  explicit StatesByIndex(std::vector<CDesignEntry> states = {});
 
-  /// As NearestDiscreteState, in O(log n) comparisons.
-  CDesignEntry Nearest(const CDesignEntry& value) const;
-
-  /// Position of the first state equal to `value`, in the order given. O(log n) comparisons if the
-  /// states are ascending and one is equal, else O(n).
+  /// Position of the first state equal to `value`. Takes O(log n) comparisons if the states are
+  /// ascending and one is equal, else O(n).
   std::optional<std::size_t> Find(const CDesignEntry& value) const;
 
   /// The state at `position`, rounded and clamped to the positions that exist.
@@ -42,11 +52,8 @@ class DiscreteStates {
   const CDesignEntry& At(double position) const;
 
  private:
-  bool IsAscending() const { return sorted_.empty(); }
-  CDesignEntry NearestOfSameType(const CDesignEntry& value) const;
-
   std::vector<CDesignEntry> states_;
-  std::vector<CDesignEntry> sorted_;  ///< empty if states_ is ascending
+  bool is_ascending_;
 };
 
 }  // namespace corvath::algorithm::datatypes

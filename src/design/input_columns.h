@@ -2,18 +2,17 @@
 
 #include "design/design.h"
 #include "design/deterministic_properties.h"
+#include "design/discrete_states.h"
 #include "design/parameter_manager.h"
 
 #include <Eigen/Core>
 
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace corvath::algorithm::datatypes {
-
-/// Parameter values of a design, by name.
-using ParameterSequence = CNVPSequence<CDesignEntry>;
 
 /// Which side of the parameters a matrix of designs runs over.
 enum class InputSide { kDeterministic, kRandom };
@@ -27,10 +26,6 @@ enum class InputSide { kDeterministic, kRandom };
 /// number (by value), or the position of the state (by index); on the random side it is the value.
 class InputColumns {
  public:
-  ~InputColumns();
-  InputColumns(const InputColumns&);
-  InputColumns& operator=(const InputColumns&);
-
   /// One column per property, in their order.
   explicit InputColumns(const NamedProperties& properties);
 
@@ -54,12 +49,25 @@ class InputColumns {
 
   /// One sequence per row of `matrix`, its entries in the order of the columns.
   /// @throws std::runtime_error  `matrix` does not have GetSize() columns
-  std::vector<ParameterSequence> ToSequences(const Eigen::Ref<const Eigen::MatrixXd>& matrix) const;
+  std::vector<EntrySequence> ToSequences(const Eigen::Ref<const Eigen::MatrixXd>& matrix) const;
 
  private:
-  struct Column;
+  struct Column {
+    std::wstring name;
+    enums::DeterministicProperties::eKind kind = enums::DeterministicProperties::CONTINUOUS;
+    StatesByValue by_value;  ///< filled for the kind by value
+    StatesByIndex by_index;  ///< filled for the kinds by index
 
-  InputColumns();
+    explicit Column(std::wstring plain_name) : name(std::move(plain_name)) {}
+    Column(std::wstring property_name, const DeterministicProperties& property);
+    double ToNumber(const CDesignEntry& value) const;
+    CDesignEntry ToEntry(double cell) const;
+  };
+
+  InputColumns() = default;
+
+  template <class GetDesign>
+  Eigen::MatrixXd Fill(std::size_t num_designs, const GetDesign& design) const;
 
   std::vector<Column> columns_;
 };

@@ -47,7 +47,7 @@ Eigen::MatrixXd DesignsToMatrix(const std::vector<Design>& designs, const RVSet&
 /// One parameter sequence per row of a matrix with one column per variable, in the order of the
 /// set; every value is REAL.
 /// @throws std::runtime_error  another number of columns
-std::vector<ParameterSequence> MatrixToDesigns(const Eigen::Ref<const Eigen::MatrixXd>& matrix,
-                                               const RVSet& rvset);
+std::vector<EntrySequence> MatrixToDesigns(const Eigen::Ref<const Eigen::MatrixXd>& matrix,
+                                           const RVSet& rvset);
 
 }  // namespace corvath::algorithm::datatypes
