@@ -36,7 +36,8 @@ struct SubspaceResults {
   /// Copies share no settings: each owns a clone.
   SubspaceResults(const SubspaceResults& other);
   SubspaceResults(SubspaceResults&&) = default;
-  SubspaceResults& operator=(SubspaceResults other);
+  SubspaceResults& operator=(const SubspaceResults& other);
+  SubspaceResults& operator=(SubspaceResults&&) = default;
 
   template <class Archive>
   void save(Archive& ar, unsigned int version) const;

@@ -6,9 +6,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include <cstddef>
 #include <cstdint>
-#include <list>
 #include <map>
 #include <string>
 #include <vector>
@@ -27,7 +25,7 @@ namespace corvath::algorithm::datatypes {
 class SurrogateInfo {
  public:
   using SurrogatePointer = boost::shared_ptr<math::metamodel::SurrogateBase>;
-  using HidVector = std::vector<utils::CHierachicalId<std::uint64_t>>;
+  using HidVector = std::vector<DesignId>;
   using ParameterLookupMap = std::map<std::wstring, std::uint64_t>;
 
   SurrogateInfo() = default;

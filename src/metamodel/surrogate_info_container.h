@@ -6,7 +6,6 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <list>
@@ -35,7 +34,8 @@ class SurrogateInfoContainer {
   /// A copy shares the models; see Clone().
   SurrogateInfoContainer(const SurrogateInfoContainer& other);
   SurrogateInfoContainer(SurrogateInfoContainer&& other) noexcept;
-  SurrogateInfoContainer& operator=(SurrogateInfoContainer other) noexcept;
+  SurrogateInfoContainer& operator=(const SurrogateInfoContainer& other);
+  SurrogateInfoContainer& operator=(SurrogateInfoContainer&& other) noexcept;
   ~SurrogateInfoContainer() = default;
 
   /// A container with models of its own. Records that share a model share its copy.
@@ -114,16 +114,5 @@ class SurrogateInfoContainer {
   std::unordered_map<std::wstring, std::unordered_map<std::uint64_t, SurrogateInfo*>> by_name_;
   std::unordered_map<std::wstring, SurrogateInfo*> by_full_name_;
 };
-
-/// The parts of a full name "name[index]". Without a "[" and a "]" behind it the whole text is the
-/// name and the index is 0. `valid` tells whether the text between is a number; if it is not, the
-/// index is 0.
-struct IndexedResponseName {
-  std::wstring name;
-  std::uint64_t index = 0;
-  bool has_index = false;
-  bool valid = true;
-};
-IndexedResponseName SplitResponseName(const std::wstring& full_name);
 
 }  // namespace corvath::algorithm::datatypes
