@@ -1,0 +1,202 @@
+#include "project/project_file.h"
+
+#include "archive/portable_iarchive.h"
+#include "archive/portable_oarchive.h"
+#include "foundation/text.h"
+#include "project/file_lock.h"
+#include "project/vrdb.h"
+
+#include <boost/filesystem/operations.hpp>
+#include <boost/format.hpp>
+#include <boost/interprocess/exceptions.hpp>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <system_error>
+#include <vector>
+
+namespace corvath::algorithm::datatypes {
+namespace {
+
+namespace fs = boost::filesystem;
+
+constexpr std::size_t kStreamBuffer = std::size_t{1} << 18;  // larger ones read no faster
+
+/// Null where there can be no lock; work then goes on without.
+std::unique_ptr<FileLock> TryLock(const fs::path& path, FileLock::Mode mode) {
+  try {
+    return std::make_unique<FileLock>(path, mode);
+  } catch (const boost::interprocess::interprocess_exception&) {
+    return nullptr;
+  }
+}
+
+[[noreturn]] void ThrowWriteError(const fs::path& path, const std::string& reason) {
+  throw std::runtime_error(str(boost::format("Error while writing \"%1%\": %2%") % path % reason));
+}
+
+[[noreturn]] void ThrowErrno(const fs::path& path) {
+  ThrowWriteError(path, std::system_category().message(errno));
+}
+
+/// A file of its own under a name that nobody else uses, beside `target`; removed again unless it
+/// took the target's place.
+class TemporaryFile {
+ public:
+  explicit TemporaryFile(const fs::path& target) : target_(target) {
+    name_ = target.native() + ".XXXXXX";
+    file_ = ::mkstemp(name_.data());
+    if (file_ < 0) ThrowErrno(target_);
+    ::fcntl(file_, F_SETFD, FD_CLOEXEC);
+    GiveMode();
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile() {
+    ::close(file_);
+    if (!renamed_) ::unlink(name_.c_str());
+  }
+
+  const std::string& GetName() const { return name_; }
+
+  /// Brings the content to the disk, then puts the file in the target's place.
+  void Commit() {
+    if (::fsync(file_) != 0) ThrowErrno(target_);
+    if (::rename(name_.c_str(), target_.c_str()) != 0) ThrowErrno(target_);
+    renamed_ = true;
+    SyncDirectory();
+  }
+
+ private:
+  /// mkstemp makes a private file; this one takes the mode of the file that it replaces, or what a
+  /// new file would have.
+  void GiveMode() {
+    struct stat old {};
+    mode_t mode = 0666;
+    if (::stat(target_.c_str(), &old) == 0) {
+      mode = old.st_mode & 07777u;
+    } else {
+      const mode_t mask = ::umask(0);
+      ::umask(mask);
+      mode &= ~mask;
+    }
+    ::fchmod(file_, mode);
+  }
+
+  /// Brings the new name to the disk. The file itself is safe already: failures do not count.
+  void SyncDirectory() const {
+    const fs::path parent = target_.parent_path();
+    const int directory = ::open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_CLOEXEC);
+    if (directory < 0) return;
+    ::fsync(directory);
+    ::close(directory);
+  }
+
+  fs::path target_;
+  std::string name_;
+  int file_ = -1;
+  bool renamed_ = false;
+};
+
+/// The file that `path` names in the end: the target of a symbolic link.
+fs::path ResolveLink(const fs::path& path) {
+  boost::system::error_code error;
+  if (!fs::is_symlink(fs::symlink_status(path, error))) return path;
+  const fs::path target = fs::canonical(path, error);
+  return error ? path : target;
+}
+
+void WriteContent(std::ostream& stream, const VRDB& project, const fs::path& path,
+                  const ProjectFileForm& form) {
+  project.StampMetaData();  // the header shows the same time as the archive
+  if (form.outer_header)
+    WriteFileHeader(stream, {form.header_flag, BuildHeaderText(project, path)});
+  portable_binary_oarchive archive(stream, form.archive_flags);
+  archive << project;
+}
+
+}  // namespace
+
+const char* GetStatusText(int code) {
+  switch (code) {
+    case FileStatus::kSuccessful:
+      return "successful";
+    case FileStatus::kIncompatibleFileVersion:
+      return "incompatible file version";
+    case FileStatus::kIncompatibleProductVersion:
+      return "incompatible product version";
+    case FileStatus::kFileNotFound:
+      return "file not found";
+    case FileStatus::kInvalidStreamWhileReading:
+      return "invalid stream state while reading";
+    case FileStatus::kInvalidStreamWhileWriting:
+      return "invalid stream state while writing";
+    case FileStatus::kInvalidHeader:
+      return "invalid header found";
+    default:
+      return "unknown";
+  }
+}
+
+fs::path ToNativePath(const std::wstring& path) {
+  return utils::ToUtf8(path);
+}
+
+bool ProjectFileReader::Read(VRDB& project, std::string& header, FileStatus& status) const {
+  const std::unique_ptr<FileLock> lock = TryLock(path_, FileLock::Mode::kShared);
+  return ReadUnlocked(project, header, status);
+}
+
+bool ProjectFileReader::ReadUnlocked(VRDB& project, std::string& header, FileStatus& status) const {
+  const auto report = [&](FileStatus::Code code) {
+    status = {code, path_, GetStatusText(code)};
+    return code == FileStatus::kSuccessful;
+  };
+  std::vector<char> buffer(kStreamBuffer);
+  std::ifstream stream;
+  stream.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+  boost::system::error_code error;
+  const bool is_directory = fs::is_directory(path_, error);  // opens, but cannot be read
+  if (!is_directory) stream.open(path_.c_str(), std::ios::in | std::ios::binary);
+  if (is_directory || !stream.good()) return report(FileStatus::kInvalidStreamWhileReading);
+
+  const FileHeader outer = ReadFileHeader(stream);
+  portable_binary_iarchive archive(stream);
+  archive >> project;
+  header =
+      outer.flag != 0 ? CompleteHeaderText(outer.text, path_) : BuildHeaderText(project, path_);
+  return report(FileStatus::kSuccessful);
+}
+
+void SaveProjectFile(const VRDB& project, const fs::path& path, const ProjectFileForm& form) {
+  const fs::path target = ResolveLink(path);
+  TemporaryFile temporary(target);
+  std::vector<char> buffer(kStreamBuffer);
+  std::ofstream stream;
+  stream.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+  stream.open(temporary.GetName(), std::ios::out | std::ios::binary | std::ios::trunc);
+  const auto throw_stream_error = [&path] {
+    ThrowWriteError(path, GetStatusText(FileStatus::kInvalidStreamWhileWriting));
+  };
+  try {
+    WriteContent(stream, project, path, form);
+  } catch (const boost::archive::archive_exception& failure) {
+    if (failure.code != boost::archive::archive_exception::output_stream_error) throw;
+    throw_stream_error();
+  }
+  stream.close();
+  if (!stream) throw_stream_error();
+
+  const std::unique_ptr<FileLock> lock = TryLock(path, FileLock::Mode::kExclusive);
+  temporary.Commit();
+}
+
+}  // namespace corvath::algorithm::datatypes
