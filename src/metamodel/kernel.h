@@ -5,6 +5,7 @@
 
 #include <Eigen/Core>
 
+#include <cmath>
 #include <cstdint>
 #include <list>
 #include <string>
@@ -18,6 +19,19 @@ enum class KernelType : std::int32_t {
   kConstInflIsoReg = 102,
   kNodalInflExp = 201
 };
+
+/// Squared Euclidean distances from `x` (d) to the rows of `points` (N x d): N. By differences, so
+/// that a point is at distance exactly 0 from itself.
+void SquaredDistancesTo(const ConstPoint& x, const ConstPoints& points,
+                        Eigen::Ref<Eigen::VectorXd> squared);
+
+/// exp of each entry; exp(-inf) is 0 and NaN passes.
+void ExpInPlace(Eigen::Ref<Eigen::VectorXd> values);
+
+/// c = 1 / sqrt(-ln 0.001): exp(-d^2 / (c D)^2) is 0.001 at the influence radius D.
+inline double InfluenceScale() {
+  return 1.0 / std::sqrt(-std::log(0.001));
+}
 
 /// Turns distances to support points into weights. An exponential kernel weighs 1 at the point and
 /// 0.001 at its influence radius. A kernel without parameters is not usable yet.

@@ -25,6 +25,7 @@ class KernelConstInflExp : public KernelConstInfl {
 
   void Weights(Eigen::Ref<Eigen::VectorXd> weights, const ConstPoint& x,
                const ConstPoints& points) const override;
+  /// @throws std::domain_error  another number of inputs than radii
   double EvaluateVector(const ConstPoint& d) const override;
   KernelConstInflExp* Clone() const override { return new KernelConstInflExp(*this); }
   KernelType GetType() const override { return KernelType::kConstInflExp; }
@@ -35,6 +36,8 @@ class KernelConstInflExp : public KernelConstInfl {
     return static_cast<std::uint64_t>(parameters_.size());
   }
   void SetParameters(const Eigen::VectorXd& parameters) override;
+  /// ln(0.001) / D_j^2 of each input.
+  const Eigen::VectorXd& GetHelperTerm() const { return helper_term_; }
 
  private:
   friend class boost::serialization::access;
@@ -61,7 +64,6 @@ class KernelConstInflIso : public KernelConstInfl {
   bool IsIsotropic() const override { return true; }
   std::uint64_t GetParameterCount() const override { return 1; }
 
- protected:
   /// Replaces an array of squared distances by the weights.
   virtual void ToWeights(Eigen::Ref<Eigen::VectorXd> squared) const = 0;
 
@@ -83,12 +85,10 @@ class KernelConstInflIsoExp : public KernelConstInflIso {
   bool IsCorrelation() const override { return true; }
   bool IsKernelOfSurrogate() const override { return true; }
   void SetParameters(const Eigen::VectorXd& parameters) override;
+  void ToWeights(Eigen::Ref<Eigen::VectorXd> squared) const override;
 
   /// ln(0.001) / D^2: what a caller with its own loop over squared distances needs.
   double GetHelperTerm() const { return helper_term_; }
-
- protected:
-  void ToWeights(Eigen::Ref<Eigen::VectorXd> squared) const override;
 
  private:
   friend class boost::serialization::access;
@@ -111,8 +111,6 @@ class KernelConstInflIsoReg : public KernelConstInflIso {
   bool IsCorrelation() const override { return false; }
   bool IsKernelOfSurrogate() const override { return true; }
   void SetParameters(const Eigen::VectorXd& parameters) override;
-
- protected:
   void ToWeights(Eigen::Ref<Eigen::VectorXd> squared) const override;
 
  private:

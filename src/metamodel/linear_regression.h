@@ -8,6 +8,7 @@ namespace corvath::math::metamodel {
 /// Polynomial least-squares model with terms chosen one by one, solved by the normal equations.
 class LinearRegression : public SurrogateBase {
  public:
+  LinearRegression() = default;  ///< for loading: no support points
   /// @param points   N x m
   /// @param values   N
   /// @param weights  N, or empty for equal weights
@@ -53,7 +54,6 @@ class LinearRegression : public SurrogateBase {
 
  private:
   friend class boost::serialization::access;
-  LinearRegression() = default;
   template <class Archive>
   void save(Archive& ar, unsigned int version) const;
   template <class Archive>

@@ -39,6 +39,11 @@ class PolynomialBasis {
     Eigen::Index second;
   };
 
+  /// Sum for `Rows` rows from `row` on.
+  template <int Rows>
+  void SumTile(const ConstPoints& points, Eigen::Index row, const double* coefficient,
+               double* values) const;
+
   Eigen::Index num_inputs_;
   std::vector<Power> powers_;
   std::vector<Product> products_;

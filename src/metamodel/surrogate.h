@@ -157,7 +157,11 @@ class SurrogateBase {
   static bool NeedsBuild(const boost::shared_ptr<transform::Transform>& trans) {
     return trans && trans->NeedBuild();
   }
+  /// Writes the parameters of the transforms that exist into `settings`.
   void WriteTransformParameters(SurrogateSettingsBase& settings) const;
+  /// Number of inputs, and types and parameters of coordinate and value transform where they exist:
+  /// for models from files that stored no settings.
+  void RebuildSettings(SurrogateSettingsBase& settings) const;
   void PassInterruptionPoint() const {
     if (interruption_point_) interruption_point_();
   }

@@ -1,0 +1,168 @@
+#include "foundation/exception.h"
+#include "metamodel/kernels_constant.h"
+#include "metamodel/surrogate.h"
+#include "stochastics/sample_statistics.h"
+
+#include <algorithm>
+#include <cmath>
+#include <sstream>
+#include <stdexcept>
+
+/// What SurrogateBase says about its own quality: residuals, density and local errors.
+namespace corvath::math::metamodel {
+
+namespace {
+
+/// Rows worked on at once: a block of transformed points stays in the cache.
+constexpr Eigen::Index kBlockRows = 256;
+
+/// A support point at the density radius counts this much.
+constexpr double kDensityAtRadius = 0.01;
+
+/// Below this part of the total variation the residuals count as rounding noise.
+constexpr double kPerfectFit = 1e-12;
+
+bool IsConstant(const Eigen::VectorXd& values) {
+  return values.size() == 0 || (values.array() == values(0)).all();
+}
+
+double SumOfSquaresAboutMean(const Eigen::VectorXd& values) {
+  return (values.array() - values.mean()).square().sum();
+}
+
+/// Averages of the residuals: over all of them, or weighted by nearness.
+class ResidualAverages {
+ public:
+  ResidualAverages(const Eigen::VectorXd& residuals, double sum_of_squares_total)
+      : sst_(sum_of_squares_total), residuals_(residuals.size(), 3) {
+    residuals_.col(0) = residuals.array().square();
+    residuals_.col(1) = residuals;
+    residuals_.col(2) = residuals.array().abs();
+  }
+
+  double GetSumOfSquares() const { return residuals_.col(0).sum(); }
+
+  /// Columns 0 to 3 of the errors, with `weights` of the support points.
+  Eigen::RowVector4d At(const Eigen::VectorXd& weights) const {
+    const Eigen::RowVector3d mean = (weights.transpose() * residuals_) / weights.sum();
+    const double unexplained = mean(0) / sst_ * static_cast<double>(residuals_.rows());
+    const double cop = 1.0 - unexplained;
+    return {cop < 0.0 ? 0.0 : cop, std::sqrt(mean(0)), mean(1), mean(2)};
+  }
+
+  /// The same without weights, one row for all points.
+  Eigen::RowVector4d Everywhere() const {
+    const auto n = static_cast<double>(residuals_.rows());
+    const Eigen::RowVector3d sum = residuals_.colwise().sum();
+    const double cop = 1.0 - sum(0) / sst_;
+    return {cop < 0.0 ? 0.0 : cop, std::sqrt(sum(0) / n), sum(1) / n, sum(2) / n};
+  }
+
+ private:
+  double sst_;
+  Eigen::MatrixX3d residuals_;  ///< squares, values, magnitudes
+};
+
+}  // namespace
+
+Eigen::VectorXd SurrogateBase::ApproximatePrognosis() const {
+  if (points_.size() == 0 || values_.size() == 0)
+    throw std::logic_error("Surrogate: support point data is missing");
+  if (residuals_.size() == values_.size()) return values_ - residuals_;
+  if (subsets_.size() == values_.size()) return ApproximateCrossValidation(subsets_);
+  return ApproximateLeaveOneOut();
+}
+
+void SurrogateBase::BuildRadii() {
+  const Eigen::MatrixXd& points = points_trans_reduced_;
+  if (points.rows() == 0 || points.cols() == 0) return;
+  const Eigen::Index nearest = 2 * points.cols() + 1;
+  const Eigen::Index local = std::min<Eigen::Index>(points.rows(), 50);
+  const double gap = statistics::LargestGaps(points).maxCoeff();
+  points_radii_mean_ = std::max(statistics::KthNearest(points, nearest).mean(), 0.1 * gap);
+  weight_error_radius_ = std::max(statistics::KthNearest(points, local).mean(), gap);
+}
+
+void SurrogateBase::BeginBuildErrors() {
+  if (need_build_ || NeedsBuild(trans_coord_) || NeedsBuild(trans_value_))
+    throw std::logic_error("Surrogate::BuildErrors - need build first");
+  if (points_radii_mean_ == 0.0 || weight_error_radius_ == 0.0) BuildRadii();
+}
+
+bool SurrogateBase::BuildErrors() {
+  BeginBuildErrors();
+  if (residuals_.size() != values_.size()) residuals_ = values_ - ApproximatePrognosis();
+  return true;
+}
+
+bool SurrogateBase::BuildErrors(const IndexVector& subsets) {
+  BeginBuildErrors();
+  const bool same_groups = subsets.size() == subsets_.size() && subsets == subsets_ &&
+                           (subsets.size() == 0 || subsets.size() == values_.size());
+  if (residuals_.size() == values_.size() && same_groups) return true;
+  // Computed first: a refused request leaves the stored groups and residuals alone.
+  Eigen::VectorXd residuals = values_ - ApproximateCrossValidation(subsets);
+  subsets_ = subsets;
+  residuals_ = std::move(residuals);
+  return true;
+}
+
+Eigen::MatrixXd SurrogateBase::ApproximateErrors(const ConstPoints& points) const {
+  if (points.cols() != GetNumberInputs()) {
+    std::wostringstream message;
+    message << L"Surrogate approximate errors needs same number of input dimension ("
+            << points.cols() << L") as support points (" << GetNumberInputs() << L")";
+    throw utils::runtime_error(message.str());
+  }
+  if (residuals_.size() != values_.size())
+    throw utils::runtime_error(L"Surrogate ApproximateErrors needs BuildErrors first");
+  const BitVector selection = GetVariableSelection();
+  const Eigen::MatrixXd& support = points_trans_reduced_;
+  const Eigen::Index r = support.cols();
+  const Eigen::Index num_support = support.rows();
+  if (CountBits(selection) != static_cast<std::uint64_t>(r) ||
+      (r > 0 && num_support != values_.size()))
+    throw utils::runtime_error(
+        L"Surrogate ApproximateErrors: internal support point table has wrong dimension");
+
+  Eigen::MatrixXd errors = Eigen::MatrixXd::Zero(points.rows(), kNumErrorColumns);
+  errors.col(kLocalCoP).setOnes();
+  if (r == 0) errors.col(kDensity).setOnes();
+
+  bool has_errors = !IsConstant(values_);
+  const double sst = has_errors ? SumOfSquaresAboutMean(values_) : 0.0;
+  const ResidualAverages averages(residuals_, sst);
+  if (sst * kPerfectFit > averages.GetSumOfSquares()) has_errors = false;
+  const bool local = has_errors && r >= 1 && weight_error_radius_ > 0.0;
+  if (has_errors && !local) errors.leftCols<4>().rowwise() = averages.Everywhere();
+  if (r == 0) return errors;
+
+  const auto n = static_cast<double>(num_support);
+  const double bandwidth =
+      std::max(points_radii_mean_ * points_radii_mean_, static_cast<double>(r) / n / n);
+  const double density_factor = std::log(kDensityAtRadius) / bandwidth;
+  KernelConstInflIsoExp kernel;
+  if (local) kernel.SetParameters(Eigen::VectorXd::Constant(1, weight_error_radius_));
+
+  Eigen::VectorXd squared(num_support);
+  Eigen::VectorXd weights(num_support);
+  for (Eigen::Index begin = 0; begin < points.rows(); begin += kBlockRows) {
+    const Eigen::Index rows = std::min(kBlockRows, points.rows() - begin);
+    Eigen::MatrixXd block = points.middleRows(begin, rows);
+    if (trans_coord_) trans_coord_->ForwardInPlace(block);
+    const Eigen::MatrixXd x = ReduceColumns(block, selection);
+    for (Eigen::Index row = 0; row < rows; ++row) {
+      SquaredDistancesTo(x.row(row).transpose(), support, squared);
+      weights = squared * density_factor;
+      ExpInPlace(weights);
+      errors(begin + row, kDensity) = weights.sum();
+      if (!local) continue;
+      weights = squared;
+      kernel.ToWeights(weights);
+      errors.row(begin + row).head<4>() = averages.At(weights);
+    }
+  }
+  return errors;
+}
+
+}  // namespace corvath::math::metamodel
