@@ -7,6 +7,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <cstdint>
+#include <initializer_list>
 #include <map>
 #include <string>
 #include <vector>
@@ -137,7 +138,9 @@ class RV {
   static double RaiseToFloor(double mean, double sd);
   /// After loading: a file may hold anything, but evaluation relies on the sizes.
   void RequireSizes(Eigen::Index parameters, Eigen::Index moments) const;
-  static std::wstring ToText(double number);
+  void Store(std::initializer_list<double> parameters, std::initializer_list<double> moments);
+  /// A number as all messages show it: six significant digits.
+  static std::wstring Format(double number);
 
   // The keys of the persisted form are the members' names.
   Eigen::VectorXd RV_Parameter;            ///< in the order of GetParameterNames()

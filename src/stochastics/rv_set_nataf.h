@@ -31,6 +31,9 @@ class RVSet_Nataf : public RVSet {
   ///   correlation, or the adjusted matrix is not positive definite
   void SetCorrelationMatrix(const Eigen::MatrixXd& matrix) override;
 
+  /// Density at z of the n correlated standard normal variables.
+  double JointNormalDensity(const Eigen::VectorXd& z) const;
+
  private:
   friend class boost::serialization::access;
   template <class Archive>
@@ -38,7 +41,6 @@ class RVSet_Nataf : public RVSet {
 
   /// Whether the square root matches the variables; false for a file that is out of step as well.
   bool HasModel() const;
-  double JointNormalDensity(const Eigen::VectorXd& z) const;
 };
 
 }  // namespace corvath::algorithm

@@ -1,0 +1,98 @@
+// The persisted forms of this folder's classes and their registration under the export keys.
+
+#include "archive/instantiate.h"
+#include "foundation/exception.h"
+#include "stochastics/rv_beta.h"
+#include "stochastics/rv_exponential.h"
+#include "stochastics/rv_gumbel.h"
+#include "stochastics/rv_lognormal.h"
+#include "stochastics/rv_normal.h"
+#include "stochastics/rv_set_nataf.h"
+#include "stochastics/rv_uniform.h"
+
+namespace corvath::algorithm {
+
+template <class Archive>
+void RV::serialize(Archive& ar, const unsigned int) {
+  ar& BOOST_SERIALIZATION_NVP(RV_Parameter);
+  ar& BOOST_SERIALIZATION_NVP(RV_Statistical_Moments);
+  ar& BOOST_SERIALIZATION_NVP(RV_internal_parameter_map);
+  ar& BOOST_SERIALIZATION_NVP(RV_internal_moments_map);
+}
+
+template <class Archive>
+void RV_Normal::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(2, 2);
+}
+
+template <class Archive>
+void RV_Uniform::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(2, 2);
+}
+
+template <class Archive>
+void RV_Lognormal::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  ar& BOOST_SERIALIZATION_NVP(RV_Gauss);
+  if (Archive::is_loading::value) RequireSizes(2, 2);
+}
+
+template <class Archive>
+void RV_Exponential::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(2, 2);
+}
+
+template <class Archive>
+void RV_Gumbel::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(2, 2);
+}
+
+template <class Archive>
+void RV_Beta::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(4, 4);
+}
+
+template <class Archive>
+void RVSet::serialize(Archive& ar, const unsigned int) {
+  ar& BOOST_SERIALIZATION_NVP(Ident);
+  ar& BOOST_SERIALIZATION_NVP(Correlation_matrix);
+  ar& BOOST_SERIALIZATION_NVP(m_c_sq);
+  ar& BOOST_SERIALIZATION_NVP(m_c_sq_inv);
+  ar& BOOST_SERIALIZATION_NVP(Correlation_determinant);
+  ar& BOOST_SERIALIZATION_NVP(RVs);
+  if (Archive::is_loading::value)
+    for (const boost::shared_ptr<RV>& variable : RVs)
+      if (!variable) throw utils::runtime_error(L"A random variable of a stored RVSet is missing.");
+}
+
+template <class Archive>
+void RVSet_Independent::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RVSet", boost::serialization::base_object<RVSet>(*this));
+}
+
+template <class Archive>
+void RVSet_Nataf::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RVSet", boost::serialization::base_object<RVSet>(*this));
+}
+
+}  // namespace corvath::algorithm
+
+#define ZEL_IMPLEMENT(T)       \
+  ZEL_INSTANTIATE_SERIALIZE(T) \
+  ZEL_EXPORT_IMPLEMENT(T)
+
+ZEL_INSTANTIATE_SERIALIZE(corvath::algorithm::RV)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Normal)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Uniform)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Lognormal)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Exponential)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Gumbel)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Beta)
+ZEL_INSTANTIATE_SERIALIZE(corvath::algorithm::RVSet)
+ZEL_IMPLEMENT(corvath::algorithm::RVSet_Independent)
+ZEL_IMPLEMENT(corvath::algorithm::RVSet_Nataf)

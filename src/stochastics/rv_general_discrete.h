@@ -1,0 +1,38 @@
+#pragma once
+
+#include "stochastics/random_variable.h"
+
+namespace corvath::algorithm {
+
+/// Table of values with their probabilities. The parameters alternate: value, probability, value,
+/// ... Probabilities are scaled to the sum 1 (equal ones if all are 0), values are kept sorted.
+class RV_GeneralDiscrete
+    : public RVType<RV_GeneralDiscrete, enums::RandomVariable::DISCRETE, Support::kInterval, true> {
+ public:
+  RV_GeneralDiscrete() { RV_GeneralDiscrete::Reset(); }
+  double GetLowerBound() const override;
+  double GetUpperBound() const override;
+  double PDF(double x) const override;
+  double CDF(double x) const override;
+  double PMF(double x) const override;
+  Eigen::MatrixXd GetStates() const override;
+  double InverseCDF(double p) const override;
+  std::vector<std::wstring> GetParameterNames() const override;
+  void SetParameters(const Eigen::VectorXd& parameters) override;
+  void SetStats(const Eigen::VectorXd& moments) override;
+  void Fit(const Eigen::MatrixXd& data) override;
+  void Reset() override;
+
+ private:
+  friend class boost::serialization::access;
+  template <class Archive>
+  void serialize(Archive& ar, unsigned int version);
+
+  Eigen::Index NumStates() const { return RV_Parameter.size() / 2; }
+  double Value(Eigen::Index i) const { return RV_Parameter(2 * i); }
+  double Probability(Eigen::Index i) const { return RV_Parameter(2 * i + 1); }
+};
+
+}  // namespace corvath::algorithm
+
+ZEL_EXPORT_KEY(corvath::algorithm::RV_GeneralDiscrete, "corvath::algorithm::RV_GeneralDiscrete")

@@ -1,0 +1,127 @@
+#include "stochastics/rv_set.h"
+
+#include "foundation/exception.h"
+#include "stochastics/marginal_transform.h"
+#include "stochastics/rv_set_nataf.h"
+
+#include <cmath>
+
+namespace corvath::algorithm {
+
+namespace {
+
+/// Applies a marginal transform to each row.
+template <class Transform>
+Eigen::MatrixXd Transformed(const std::vector<boost::shared_ptr<RV>>& variables,
+                            const Eigen::MatrixXd& samples, Transform transform) {
+  Eigen::MatrixXd result(samples.rows(), samples.cols());
+  for (Eigen::Index sample = 0; sample < samples.cols(); ++sample)
+    for (Eigen::Index i = 0; i < samples.rows(); ++i)
+      result(i, sample) = transform(*variables[static_cast<std::size_t>(i)], samples(i, sample));
+  return result;
+}
+
+std::wstring SizeMessage(const wchar_t* function, Eigen::Index size, std::size_t n) {
+  return std::wstring(L"The RVSet can not compute the ") + function +
+         L": Vector size of input variables (=" + std::to_wstring(size) +
+         L") must match the number of random variables (=" + std::to_wstring(n) +
+         L") within this set.";
+}
+
+}  // namespace
+
+RVSet::~RVSet() = default;
+
+Eigen::MatrixXd RVSet::GetCorrelationMatrix() const {
+  return Correlation_matrix;
+}
+
+Eigen::MatrixXd RVSet::GetStandardCorrelationMatrix() const {
+  return Correlation_matrix;
+}
+
+double RVSet::PDF(const Eigen::VectorXd& x) const {
+  if (x.size() != Size()) throw utils::runtime_error(SizeMessage(L"PDF", x.size(), RVs.size()));
+  return ProductOfDensities(x);
+}
+
+double RVSet::CDF(const Eigen::VectorXd& x) const {
+  if (x.size() != Size()) throw utils::runtime_error(SizeMessage(L"CDF", x.size(), RVs.size()));
+  double product = 1.0;
+  for (Eigen::Index i = 0; i < Size(); ++i) product *= RVs[static_cast<std::size_t>(i)]->CDF(x(i));
+  return product;
+}
+
+double RVSet::ProductOfDensities(const Eigen::VectorXd& x) const {
+  double product = 1.0;
+  for (Eigen::Index i = 0; i < Size(); ++i) product *= RVs[static_cast<std::size_t>(i)]->PDF(x(i));
+  return product;
+}
+
+Eigen::MatrixXd RVSet::ToStandardGauss(const Eigen::MatrixXd& x) const {
+  if (x.rows() != Size())
+    throw utils::runtime_error(
+        L"ToStandardGauss: Matrix rows must match number of random variables in this set.");
+  return Transformed(RVs, x, MarginalToGauss);
+}
+
+Eigen::MatrixXd RVSet::FromStandardGauss(const Eigen::MatrixXd& u) const {
+  if (u.rows() != Size())
+    throw utils::runtime_error(
+        L"Got a rows x cols: " + std::to_wstring(u.rows()) + L" x " + std::to_wstring(u.cols()) +
+        L" matrix. But the rows of the matrix given must match the number of random variables,"
+        L" which is " +
+        std::to_wstring(RVs.size()) + L", in this set.");
+  return Transformed(RVs, u, MarginalFromGauss);
+}
+
+Eigen::MatrixXd RVSet::CorrelateStandardGauss(const Eigen::MatrixXd& u) const {
+  return u;
+}
+
+std::size_t RVSet::AddRV(const boost::shared_ptr<RV>& variable) {
+  if (!variable) throw utils::runtime_error(L"Cannot add a missing random variable to the RVSet.");
+  RVs.push_back(variable);
+  return RVs.size();
+}
+
+void RVSet::CloneVariables() {
+  for (boost::shared_ptr<RV>& variable : RVs) variable = variable->Clone();
+}
+
+Eigen::MatrixXd RVSet_Independent::GetCorrelationMatrix() const {
+  return Eigen::MatrixXd::Identity(Size(), Size());
+}
+
+Eigen::MatrixXd RVSet_Independent::GetStandardCorrelationMatrix() const {
+  return GetCorrelationMatrix();
+}
+
+boost::shared_ptr<RVSet> RVSet_Independent::Clone() const {
+  auto copy = boost::make_shared<RVSet_Independent>(*this);
+  copy->CloneVariables();
+  return copy;
+}
+
+void RVSet_Independent::SetCorrelationMatrix(const Eigen::MatrixXd&) {
+  throw utils::runtime_error(L"Cannot specify correlation matrix for independent variables.");
+}
+
+RVSetFactory& RVSetFactory::GetInstance() {
+  static RVSetFactory instance;
+  return instance;
+}
+
+RVSetFactory::RVSetFactory()
+    : prototypes_{{RVSet::kIndependent, boost::make_shared<RVSet_Independent>()},
+                  {RVSet::kNataf, boost::make_shared<RVSet_Nataf>()}} {}
+
+boost::shared_ptr<RVSet> RVSetFactory::Create(int kind) const {
+  const auto found = prototypes_.find(kind);
+  if (found == prototypes_.end())
+    throw utils::runtime_error(L"Asking for RVset type with ident '" + std::to_wstring(kind) +
+                               L"' that is not existing.");
+  return found->second->Clone();
+}
+
+}  // namespace corvath::algorithm
