@@ -1,0 +1,18 @@
+#include <exception>
+#include <iostream>
+
+#include "commands.h"
+#include "foundation/text.h"
+#include "solver/file_signature.h"
+
+namespace cli {
+
+void RunHash(const std::string& file) {
+  try {
+    std::cout << corvath::zel::FileSignature(corvath::utils::FromUtf8(file)) << '\n';
+  } catch (const std::exception& error) {
+    throw Refusal(file + ": " + error.what());
+  }
+}
+
+}  // namespace cli

@@ -1,0 +1,219 @@
+#include <zelsolver/zelsolver.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "csv_reader.h"
+#include "csv_writer.h"
+#include "output_file.h"
+#include "progress_line.h"
+#include "project.h"
+
+namespace cli {
+namespace {
+
+/// Designs of one call of the library: enough to make the cost of a call vanish, few enough to keep
+/// a block of any project in a few megabytes.
+constexpr std::size_t kBlock = 4096;
+constexpr const char* kErrorNames[] = {"local_cop", "rmse", "mean_error", "mean_abs_error"};
+constexpr std::size_t kNumErrors = 4;
+
+std::string Quoted(const std::string& name) { return '"' + name + '"'; }
+
+std::string Number(double value) {
+  char text[32];
+  return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
+}
+
+/// The rows of one block, and where they came from.
+class Designs {
+ public:
+  Designs(const CsvReader& reader, const std::vector<std::string>& inputs)
+      : reader_(reader), inputs_(inputs), rows_(kBlock * inputs.size()) {}
+
+  /// Finds the column of each input. @throws Refusal  an input has none, or two
+  void ReadHeader(const CsvReader::Record& header) {
+    num_columns_ = header.size();
+    for (const std::string& input : inputs_) {
+      const auto found = std::find(header.begin(), header.end(), input);
+      if (found == header.end())
+        throw Refusal(reader_.GetName() + ": row 1: no column for the input " + Quoted(input) +
+                      Hint(header));
+      if (std::find(found + 1, header.end(), input) != header.end())
+        throw Refusal(reader_.GetName() + ": row 1: two columns " + Quoted(input));
+      columns_.push_back(static_cast<std::size_t>(found - header.begin()));
+    }
+  }
+
+  void Add(std::uint64_t row, const CsvReader::Record& record) {
+    if (record.size() != num_columns_)
+      throw Refusal(reader_.GetName() + ": row " + std::to_string(row) + ": " +
+                    std::to_string(record.size()) + " cells, but the header has " +
+                    std::to_string(num_columns_));
+    if (size_ == 0) first_row_ = row;
+    for (std::size_t i = 0; i < inputs_.size(); ++i)
+      rows_[size_ * inputs_.size() + i] = Parse(row, i, record[columns_[i]]);
+    ++size_;
+  }
+
+  std::size_t GetSize() const { return size_; }
+  bool IsFull() const { return size_ == kBlock; }
+  void Clear() { size_ = 0; }
+
+  /// The block input after input, as the library takes it.
+  const std::vector<double>& ByInput() {
+    by_input_.resize(size_ * inputs_.size());
+    for (std::size_t d = 0; d < size_; ++d)
+      for (std::size_t i = 0; i < inputs_.size(); ++i)
+        by_input_[i * size_ + d] = rows_[d * inputs_.size() + i];
+    return by_input_;
+  }
+
+  /// Names the row and column of the first value outside `bounds`, as the library looks for it.
+  std::string FirstOutside(const std::vector<double>& bounds) const {
+    constexpr double kTolerance = 1e-8;
+    for (std::size_t d = 0; d < size_; ++d)
+      for (std::size_t i = 0; i < inputs_.size(); ++i) {
+        const double value = rows_[d * inputs_.size() + i];
+        if (value < bounds[2 * i] - kTolerance || value > bounds[2 * i + 1] + kTolerance)
+          return Place(first_row_ + d, i) + ": " + Number(value) + " is outside [" +
+                 Number(bounds[2 * i]) + ", " + Number(bounds[2 * i + 1]) +
+                 "]; --extrapolate predicts there too";
+      }
+    return "";
+  }
+
+ private:
+  std::string Place(std::uint64_t row, std::size_t input) const {
+    return reader_.GetName() + ": row " + std::to_string(row) + ", column " +
+           Quoted(inputs_[input]);
+  }
+
+  static std::string Hint(const CsvReader::Record& header) {
+    if (header.size() == 1 && header[0].find_first_of(";\t") != std::string::npos)
+      return " (columns are separated by commas)";
+    return "";
+  }
+
+  double Parse(std::uint64_t row, std::size_t input, const std::string& cell) const {
+    const char* begin = cell.data();
+    const char* const end = begin + cell.size();
+    if (begin != end && *begin == '+') ++begin;  // from_chars knows no plus sign
+    double value = 0.0;
+    const auto result = std::from_chars(begin, end, value);
+    if (result.ec == std::errc::result_out_of_range)
+      throw Refusal(Place(row, input) + ": " + Quoted(cell) + " is beyond the range of doubles");
+    if (result.ec != std::errc() || result.ptr != end || begin == end)
+      throw Refusal(Place(row, input) + ": " + Quoted(cell) + " is not a number");
+    return value;
+  }
+
+  const CsvReader& reader_;
+  const std::vector<std::string>& inputs_;
+  std::size_t num_columns_ = 0;
+  std::vector<std::size_t> columns_;  ///< of each input in the file
+  std::vector<double> rows_;          ///< design after design
+  std::vector<double> by_input_;
+  std::size_t size_ = 0;
+  std::uint64_t first_row_ = 0;
+};
+
+class Solver {
+ public:
+  explicit Solver(const SolveOptions& options)
+      : options_(options),
+        project_(options.file, options.hash),
+        reader_(options.in),
+        designs_(reader_, project_.GetInputs()),
+        file_(options.out),
+        writer_(file_) {
+    flags_ = ZEL_SOLVE_RESPONSES;
+    if (options.extrapolate) flags_ |= ZEL_SOLVE_EXTRAPOLATE;
+    if (options.criteria) flags_ |= ZEL_SOLVE_CRITERIA;
+    if (options.density) flags_ |= ZEL_SOLVE_DENSITIES;
+    if (options.errors) flags_ |= ZEL_SOLVE_ERRORS;
+  }
+
+  void Run() {
+    bool has_header = false;
+    reader_.ReadAll([&](std::uint64_t row, const CsvReader::Record& record) {
+      if (!has_header) {
+        designs_.ReadHeader(record);
+        WriteHeader();
+        has_header = true;
+        return;
+      }
+      designs_.Add(row, record);
+      if (designs_.IsFull()) SolveBlock();
+    });
+    if (!has_header) throw Refusal(reader_.GetName() + ": no header row");
+    if (designs_.GetSize() > 0) SolveBlock();
+    writer_.Flush();
+    file_.Commit();
+  }
+
+ private:
+  void WriteHeader() {
+    const auto& outputs = project_.GetOutputs();
+    for (const auto& name : outputs) writer_.Add(name);
+    if (options_.criteria)
+      for (const auto& name : project_.GetCriteria()) writer_.Add(name);
+    if (options_.density)
+      for (const auto& name : outputs) writer_.Add(name + ":density");
+    if (options_.errors)
+      for (const auto& name : outputs)
+        for (const char* error : kErrorNames) writer_.Add(name + ':' + error);
+    writer_.EndRecord();
+  }
+
+  void SolveBlock() {
+    std::string error;
+    const std::size_t n = designs_.GetSize();
+    if (!project_.Solve(static_cast<unsigned int>(n), designs_.ByInput(), flags_, values_, error)) {
+      const std::string outside =
+          options_.extrapolate ? "" : designs_.FirstOutside(project_.GetBounds());
+      throw Refusal(outside.empty() ? options_.file + ": " + error : outside);
+    }
+    const std::size_t num_outputs = project_.GetOutputs().size();
+    const std::size_t num_criteria = options_.criteria ? project_.GetCriteria().size() : 0;
+    const double* const criteria = values_.data() + num_outputs * n;
+    const double* const densities = criteria + num_criteria * n;
+    const double* const errors = densities + (options_.density ? num_outputs * n : 0);
+    for (std::size_t d = 0; d < n; ++d) {
+      for (std::size_t k = 0; k < num_outputs; ++k) writer_.Add(values_[k * n + d]);
+      for (std::size_t k = 0; k < num_criteria; ++k) writer_.Add(criteria[d * num_criteria + k]);
+      if (options_.density)
+        for (std::size_t k = 0; k < num_outputs; ++k) writer_.Add(densities[k * n + d]);
+      if (options_.errors)
+        for (std::size_t k = 0; k < num_outputs; ++k)
+          for (std::size_t e = 0; e < kNumErrors; ++e)
+            writer_.Add(errors[kNumErrors * (k * n + d) + e]);
+      writer_.EndRecord();
+    }
+    num_solved_ += n;
+    progress_.Update(num_solved_, reader_.GetProgress());
+    designs_.Clear();
+  }
+
+  const SolveOptions& options_;
+  Project project_;
+  CsvReader reader_;
+  Designs designs_;
+  OutputFile file_;
+  CsvWriter writer_;
+  ProgressLine progress_;
+  unsigned int flags_ = 0;
+  std::vector<double> values_;
+  std::uint64_t num_solved_ = 0;
+};
+
+}  // namespace
+
+void RunSolve(const SolveOptions& options) { Solver(options).Run(); }
+
+}  // namespace cli

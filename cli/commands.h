@@ -1,0 +1,35 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace cli {
+
+/// An input that a command refuses: one line for standard error, exit status 1.
+class Refusal : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Prints inputs with bounds and reference values, responses with CoP, model and used inputs, and
+/// criteria of the project `file`.
+void RunInfo(const std::string& file, const std::string& hash);
+
+struct SolveOptions {
+  std::string file;
+  std::string in = "-";   ///< CSV with a header row; "-" is standard input
+  std::string out = "-";  ///< CSV; "-" is standard output
+  std::string hash;       ///< expected signature of `file`; empty: not checked
+  bool extrapolate = false;
+  bool errors = false;
+  bool density = false;
+  bool criteria = false;
+};
+
+/// Predicts at each row of a CSV. Works in blocks, so that memory does not grow with the rows.
+void RunSolve(const SolveOptions& options);
+
+/// Prints the SHA-512 signature of `file`.
+void RunHash(const std::string& file);
+
+}  // namespace cli

@@ -1,0 +1,74 @@
+#include <zelsolver/zelsolver.h>
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+
+#include "commands.h"
+
+namespace {
+
+constexpr int kRefused = 1;
+constexpr int kUsage = 2;
+
+void AddInfo(CLI::App& app) {
+  auto* const command = app.add_subcommand("info", "Show what a project holds");
+  static std::string file;
+  static std::string hash;
+  command->add_option("FILE", file, "Project file (.vrdb)")->required();
+  command->add_option("--hash", hash, "Refuse FILE unless this is its signature (see zel hash)");
+  command->callback([] { cli::RunInfo(file, hash); });
+}
+
+void AddSolve(CLI::App& app) {
+  auto* const command = app.add_subcommand(
+      "solve",
+      "Predict responses at designs\n\n"
+      "Reads a CSV whose header row names the inputs, in any order; other columns are ignored.\n"
+      "Writes a CSV with one row for each design: the responses, then what the options add.\n"
+      "A response that its model cannot predict is nan.");
+  static cli::SolveOptions options;
+  command->add_option("FILE", options.file, "Project file (.vrdb)")->required();
+  command->add_option("--in", options.in, "Designs to predict at; - is standard input")
+      ->required();
+  command->add_option("--out", options.out, "Result; - is standard output")->capture_default_str();
+  command->add_flag("--extrapolate", options.extrapolate,
+                    "Predict outside the bounds of the project's designs too");
+  command->add_flag("--errors", options.errors,
+                    "Add for each response the local CoP, and the root mean square, mean and mean "
+                    "absolute error around the design");
+  command->add_flag("--density", options.density,
+                    "Add for each response the density of support points at the design");
+  command->add_flag("--criteria", options.criteria, "Add the criteria");
+  command->add_option("--hash", options.hash,
+                      "Refuse FILE unless this is its signature (see zel hash)");
+  command->callback([] { cli::RunSolve(options); });
+}
+
+void AddHash(CLI::App& app) {
+  auto* const command = app.add_subcommand("hash", "Print the SHA-512 signature of a file");
+  static std::string file;
+  command->add_option("FILE", file, "Any file")->required();
+  command->callback([] { cli::RunHash(file); });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("Predictions from the trained metamodels of a project file (.vrdb)", "zel");
+  app.set_version_flag("--version", dzel2_get_version_str());
+  app.require_subcommand(1);
+  app.footer("Exit status: 0, 1 when an input is refused, 2 for a wrong command line.");
+  AddInfo(app);
+  AddSolve(app);
+  AddHash(app);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kUsage;
+  } catch (const std::exception& error) {
+    std::cerr << "zel: " << error.what() << '\n';
+    return kRefused;
+  }
+  return 0;
+}
