@@ -9,6 +9,9 @@
 namespace corvath::archive {
 namespace {
 
+/// Far above what any project nests (a handful of levels; identifiers of designs a few more).
+constexpr int kMaxDepth = 1000;
+
 [[noreturn]] void Refuse() {
   using boost::archive::archive_exception;
   throw archive_exception(archive_exception::unregistered_class);
@@ -78,8 +81,10 @@ PointerGuard::Pointer::Pointer(PointerGuard& guard, const TypeInfo& expected, bo
     : guard_(guard),
       outer_(guard.pointer_),
       expected_(expected),
+      depth_(outer_ == nullptr ? 1 : outer_->depth_ + 1),
       polymorphic_(polymorphic),
       num_orphans_(guard.orphans_.size()) {
+  if (depth_ > kMaxDepth) Refuse();
   guard_.pointer_ = this;
 }
 

@@ -18,6 +18,8 @@ namespace corvath::archive {
 /// classes and objects from the outside, refuses what does not fit before Boost sees it, and owns
 /// each object behind a pointer until its loading is complete.
 ///
+/// Pointers behind pointers have a limit of depth, so that no chain exhausts the stack.
+///
 /// All refusals are boost::archive::archive_exception `unregistered_class`.
 class PointerGuard {
  public:
@@ -50,6 +52,7 @@ class PointerGuard {
     PointerGuard& guard_;
     Pointer* outer_;
     const TypeInfo& expected_;
+    int depth_;  ///< 1 for a pointer that is not behind another one
     bool polymorphic_;
     bool constructs_ = true;  ///< no object of this pointer was constructed yet
     std::size_t num_orphans_;

@@ -79,6 +79,16 @@ struct Zoo {
   }
 };
 
+/// A chain of any length.
+struct Link {
+  Counted counted;
+  boost::shared_ptr<Link> next_;
+  template <class Archive>
+  void serialize(Archive& ar, unsigned int) {
+    ar& BOOST_SERIALIZATION_NVP(next_);
+  }
+};
+
 }  // namespace corvath::test
 
 ZEL_EXPORT_KEY(corvath::test::Circle, "test::Circle")
@@ -158,6 +168,24 @@ TEST(DamagedArchive, NoRunOfRandomBytesDoesHarm) {
           static_cast<char>(random() % 8 == 0 ? random() : random() % 12);
     TryToRead(damaged);
   }
+}
+
+TEST(DamagedArchive, AnEndlessChainOfPointersIsRefused) {
+  const auto read_back = [](int length) {
+    Link head;
+    for (Link* last = &head; length > 0; --length) {
+      last->next_ = boost::make_shared<Link>();
+      last = last->next_.get();
+    }
+    Link read;
+    support::LoadInto(support::Save(head), read);
+    int links = 0;
+    for (const Link* link = &read; link->next_; link = link->next_.get()) ++links;
+    return links;
+  };
+  EXPECT_EQ(read_back(900), 900);
+  EXPECT_THROW(read_back(1100), boost::archive::archive_exception);
+  EXPECT_EQ(Counted::alive, 0);
 }
 
 TEST(DamagedArchive, AbsurdCountsAreRefusedBeforeAllocation) {
