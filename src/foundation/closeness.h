@@ -13,6 +13,7 @@ constexpr double kEps = std::numeric_limits<double>::epsilon();
 /// magnitude is below kEps, or both have the same sign and |1 - min / max| < tolerance. Numbers of
 /// opposite sign are never close, nor is a NaN to anything.
 inline bool IsClose(double x, double y, double tolerance) {
+  if (std::isnan(x) || std::isnan(y)) return false;  // min and max would drop one that comes second
   if (x == 0.0) return std::abs(y) < kEps;
   if (y == 0.0) return std::abs(x) < kEps;
   if ((x < 0.0) != (y < 0.0)) return false;
