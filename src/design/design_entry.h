@@ -3,6 +3,7 @@
 #include "archive/serialization.h"
 #include "variant/variant.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <type_traits>
@@ -108,6 +109,9 @@ class CDesignEntry {
   std::wstring ToString() const;
   /// As GetVariant(); a text becomes the SCALAR of its number.
   Variant ToVariant() const;
+  /// One element as a number: of a VECTOR or MATRIX (row by row) its real part, of a single value
+  /// at index 0 the value. NaN for all others, signals among them.
+  double GetElement(std::size_t index) const;
 
   /// Takes `value` over, converted to this entry's type; an uninitialised entry takes `forced_type`
   /// or, without one, the value as it is. With `parse_strings` a text must read as a value of the

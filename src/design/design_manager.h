@@ -41,6 +41,7 @@ class DesignManager {
     Stats() = default;
     Stats(const Stats& other) { *this = other; }
     Stats& operator=(const Stats& other);
+    bool operator==(const Stats& other) const;
 
     std::atomic<std::uint64_t> total_{0};
     std::atomic<std::uint64_t> succeeded_{0};
