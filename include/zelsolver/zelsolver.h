@@ -50,10 +50,11 @@
  * or a selector is invalid
  *
  * Last error. One text for the whole process. Every call empties it on entry and every failing call
- * sets it, so that after a success it is null. dzel2_getLastError() returns it; the text is UTF-8
- * and lives until the next call into the library. The exceptions: the getLastError, get_version_str
+ * sets it, so that after a success it is null. dzel2_getLastError() returns it; the text lives
+ * until the next call into the library. It is UTF-8, but a quoted name may show "?" for a character
+ * that the process's C++ locale can't express. The exceptions: the getLastError, get_version_str
  * and set_paths functions leave it as it is. More about the cause of a failed opening stands in the
- * log, on the process's standard output and (errors) standard error.
+ * log, on the process's standard output and (errors) standard error, in UTF-8.
  *
  * Outputs after a failure. Memory that the caller passes is written only after everything
  * succeeded, so that a failing call leaves it as it was. dzel2_solve() and dzel2_get_per_response()

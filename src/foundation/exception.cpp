@@ -1,5 +1,7 @@
 #include "foundation/exception.h"
 
+#include "foundation/text.h"
+
 #include <cwchar>
 #include <locale>
 
@@ -24,6 +26,11 @@ std::string NarrowForWhat(const std::wstring& message) {
       narrow += '?';
   }
   return narrow;
+}
+
+std::wstring MessageOf(const std::exception& error) {
+  const auto* const wide = dynamic_cast<const utils::exception*>(&error);
+  return wide != nullptr ? wide->GetMessage() : FromUtf8(error.what());
 }
 
 }  // namespace corvath::utils

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -41,5 +42,8 @@ class invalid_argument : public std::invalid_argument, public exception {
   explicit invalid_argument(const std::wstring& message)
       : std::invalid_argument(NarrowForWhat(message)), utils::exception(message) {}
 };
+
+/// The text of any exception for a log line: GetMessage() where it has one, else what() as UTF-8.
+std::wstring MessageOf(const std::exception& error);
 
 }  // namespace corvath::utils

@@ -1,0 +1,43 @@
+#include "api/call_frame.h"
+#include "api/result_buffers.h"
+#include "foundation/build_version.h"
+#include "solver/solver_provider.h"
+
+#include <cstdlib>
+
+namespace api = corvath::zel::api;
+
+const char* dzel2_getLastError() {
+  return api::GetLastError();
+}
+const char* dzel_getLastError() {
+  return api::GetLastError();
+}
+
+const char* dzel2_get_version_str() {
+  return corvath::utils::GetBuildVersion().full_text.c_str();
+}
+const char* dzel_get_version_str() {
+  return dzel2_get_version_str();
+}
+
+int dzel2_free(void* ptr) {
+  return api::Call([&] { std::free(ptr); });
+}
+
+int dzel2_cleanup() {
+  return api::Call([] {
+    api::GetResultBuffers().Release();
+    api::GetSolverProvider().Clear();
+  });
+}
+int dzel_cleanup() {
+  return api::Collapse(dzel2_cleanup());
+}
+
+int dzel2_set_paths_for_custom_interface() {
+  return ZEL_UNSUPPORTED;
+}
+int dzel_set_paths_for_custom_interface() {
+  return ZEL_FAILED;
+}

@@ -1,0 +1,102 @@
+#include "foundation/log_line.h"
+#include "solver/model_points.h"
+#include "solver/zel_solver.h"
+
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
+
+namespace corvath::zel {
+namespace {
+
+using utils::log::kError;
+using utils::log::LogLine;
+using RowMajor = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
+
+/// The rows one after the other.
+std::vector<double> Flatten(const Eigen::MatrixXd& matrix) {
+  std::vector<double> flat(static_cast<std::size_t>(matrix.size()));
+  Eigen::Map<RowMajor>(flat.data(), matrix.rows(), matrix.cols()) = matrix;
+  return flat;
+}
+
+Eigen::MatrixXd Errors(const ZELSolver::VRDB&, const std::wstring&,
+                       const ZELSolver::SurrogatePointer& surrogate,
+                       const ZELSolver::ConstPoints& points) {
+  return surrogate->ApproximateErrors(points);
+}
+
+}  // namespace
+
+std::vector<double> ZELSolver::EvaluateResponse(const std::wstring& response,
+                                                const Evaluator& evaluator,
+                                                const ConstPoints& matrix, ExtrapolationType type,
+                                                bool throw_on_error) {
+  if (CheckBounds(matrix, type, throw_on_error)) return {};
+  try {
+    const Model& model = GetModel(response);
+    if (!model.surrogate) {
+      LogLine(GetLogger(), kError) << L"Evaluation impossible. No metamodel initialized.";
+      return {};
+    }
+    if (!model.is_solvable) LogLine(GetLogger(), kError) << L"Evaluation impossible. Check failed.";
+    return Flatten(
+        evaluator(vrdb_, response, model.surrogate, ModelPoints(matrix, model.columns).Get()));
+  } catch (const std::exception&) {
+    if (throw_on_error) throw;
+    return {};
+  }
+}
+
+std::vector<double> ZELSolver::EvaluateAllResponses(const Evaluator& evaluator,
+                                                    const ConstPoints& matrix,
+                                                    ExtrapolationType type, bool throw_on_error) {
+  if (CheckBounds(matrix, type, throw_on_error)) return {};
+  const auto& outputs = GetOutputs();
+  std::vector<double> result;
+  std::size_t block = 0;  // values of one response, known from the first that has some
+  for (std::size_t k = 0; k < outputs.size(); ++k) {
+    if (!outputs[k].is_complete) continue;
+    const auto values = EvaluateResponse(outputs[k].name, evaluator, matrix,
+                                         ExtrapolationType::kUnbounded, throw_on_error);
+    if (values.empty()) continue;
+    if (result.empty()) {
+      block = values.size();
+      result.assign(outputs.size() * block, std::numeric_limits<double>::quiet_NaN());
+    }
+    if (values.size() != block)
+      throw std::logic_error("EvaluateAllResponses: responses with different numbers of values.");
+    std::copy(values.begin(), values.end(),
+              result.begin() + static_cast<std::ptrdiff_t>(k * block));
+  }
+  return result;
+}
+
+std::vector<double> ZELSolver::ErrorsPerResponse(const std::wstring& response,
+                                                 const ConstPoints& matrix, ExtrapolationType type,
+                                                 bool throw_on_error) {
+  return EvaluateResponse(response, Errors, matrix, type, throw_on_error);
+}
+
+std::vector<double> ZELSolver::ErrorsAllResponses(const ConstPoints& matrix, ExtrapolationType type,
+                                                  bool throw_on_error) {
+  return EvaluateAllResponses(Errors, matrix, type, throw_on_error);
+}
+
+std::vector<double> ZELSolver::GradientsPerResponse(const std::wstring& response,
+                                                    const ConstPoints& matrix,
+                                                    ExtrapolationType type, bool throw_on_error) {
+  const auto gradients = [this](const VRDB&, const std::wstring& name,
+                                const SurrogatePointer& surrogate, const ConstPoints& points) {
+    const Columns& columns = GetModel(name).columns;
+    const Eigen::MatrixXd by_column = surrogate->ApproximateGradients(points);
+    if (columns.empty()) return by_column;
+    Eigen::MatrixXd by_input(by_column.rows(), by_column.cols());
+    for (std::size_t c = 0; c < columns.size(); ++c)
+      by_input.col(columns[c]) = by_column.col(static_cast<Eigen::Index>(c));
+    return by_input;
+  };
+  return EvaluateResponse(response, gradients, matrix, type, throw_on_error);
+}
+
+}  // namespace corvath::zel
