@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and shows the sample project: what it holds, what it predicts,
+# and how that compares with the finite element analysis at designs that it was not trained on.
+set -euo pipefail
+cd "$(dirname "$0")"
+source tools/setup.sh
+
+zel_install
+zel_build release zel zelsolver compare_tenbar c_caller
+
+sample=examples/zel_tenbar.vrdb
+zel=build/release/cli/zel
+
+echo "\$ zel info $sample"
+"$zel" info "$sample"
+
+echo
+echo "Predictions beside the finite element analysis, at designs not used for training"
+echo
+build/release/examples/compare_tenbar "$sample"
+
+echo
+echo "\$ zel solve $sample --in examples/points.csv --density"
+"$zel" solve "$sample" --in examples/points.csv --density

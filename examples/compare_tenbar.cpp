@@ -1,0 +1,102 @@
+// Predictions of the sample project beside the finite element analysis, at designs that no model
+// has seen.
+//
+//     compare_tenbar [zel_tenbar.vrdb]
+
+#include "truss_study.h"
+#include "zelsolver/zelsolver.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr unsigned int kNumDesigns = 500;
+constexpr unsigned int kNumShown = 3;
+constexpr std::uint32_t kSeed = 2026;  // not the seed of the training designs
+constexpr double kMargin = 0.02;       // of the range: keeps the designs inside the trained ones
+
+[[noreturn]] void Fail() {
+  std::fprintf(stderr, "compare_tenbar: %s\n", dzel2_getLastError());
+  std::exit(1);
+}
+
+std::vector<std::string> OutputNames(const char* path) {
+  char* block = nullptr;
+  if (dzel2_getNames(path, ZEL_OUTPUTS, &block) != ZEL_OK) Fail();
+  std::vector<std::string> names;
+  for (const char* name = block; *name != '\0'; name += names.back().size() + 1)
+    names.emplace_back(name);
+  dzel2_free(block);
+  return names;
+}
+
+/// Outputs of the analysis, in the order of the project: mass, displacement, stresses.
+std::vector<double> Analyse(const Eigen::RowVectorXd& areas) {
+  std::array<double, examples::kNumBars> bars{};
+  for (int i = 0; i < examples::kNumBars; ++i) bars[static_cast<std::size_t>(i)] = areas(i);
+  const auto truss = examples::AnalyseTenBarTruss(bars);
+  std::vector<double> outputs{truss.mass, truss.displacement};
+  outputs.insert(outputs.end(), truss.stresses.begin(), truss.stresses.end());
+  return outputs;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const char* const path = argc > 1 ? argv[1] : nullptr;  // null: zel_tenbar.vrdb in this folder
+  const auto names = OutputNames(path);
+  const std::size_t num_outputs = names.size();
+
+  const double middle = 0.5 * (examples::kSmallestArea + examples::kLargestArea);
+  const Eigen::MatrixXd areas =
+      middle + (1.0 - 2.0 * kMargin) * (examples::SampleAreas(kNumDesigns, kSeed).array() - middle);
+
+  // Column-major, one row per design: just the layout that the library takes.
+  std::vector<double> out(5 * num_outputs * kNumDesigns);
+  if (dzel2_solve(path, kNumDesigns, areas.data(), static_cast<unsigned int>(areas.size()),
+                  ZEL_SOLVE_RESPONSES | ZEL_SOLVE_ERRORS, out.data(),
+                  static_cast<unsigned int>(out.size())) != ZEL_OK)
+    Fail();
+  const double* const errors = out.data() + num_outputs * kNumDesigns;
+
+  std::vector<std::vector<double>> analysed;
+  for (unsigned int d = 0; d < kNumDesigns; ++d) analysed.push_back(Analyse(areas.row(d)));
+
+  for (unsigned int d = 0; d < kNumShown; ++d) {
+    std::printf("Design %u, areas in in^2:", d + 1);
+    for (int i = 0; i < examples::kNumBars; ++i) std::printf(" %.2f", areas(d, i));
+    std::printf("\n  %-13s %12s %12s %12s %12s\n", "response", "analysis", "predicted", "difference",
+                "local RMSE");
+    for (std::size_t k = 0; k < num_outputs; ++k) {
+      const double predicted = out[k * kNumDesigns + d];
+      std::printf("  %-13s %12.4f %12.4f %12.4f %12.4f\n", names[k].c_str(), analysed[d][k],
+                  predicted, predicted - analysed[d][k], errors[4 * (k * kNumDesigns + d) + 1]);
+    }
+  }
+
+  std::printf("\nAll %u fresh designs\n  %-13s %12s %12s %14s\n", kNumDesigns, "response", "CoP",
+              "1 - SSE/SST", "largest error");
+  for (std::size_t k = 0; k < num_outputs; ++k) {
+    double mean = 0.0;
+    for (const auto& outputs : analysed) mean += outputs[k] / kNumDesigns;
+    double total = 0.0;
+    double squares = 0.0;
+    double largest = 0.0;
+    for (unsigned int d = 0; d < kNumDesigns; ++d) {
+      const double error = out[k * kNumDesigns + d] - analysed[d][k];
+      total += (analysed[d][k] - mean) * (analysed[d][k] - mean);
+      squares += error * error;
+      largest = std::fmax(largest, std::fabs(error));
+    }
+    std::vector<double> cops(examples::kNumBars + 1);
+    if (dzel2_getCoPValuesPerResponse(path, names[k].c_str(), cops.data()) != ZEL_OK) Fail();
+    std::printf("  %-13s %12.4f %12.4f %14.4f\n", names[k].c_str(), cops.back(),
+                1.0 - squares / total, largest);
+  }
+  dzel2_cleanup();
+  return 0;
+}
