@@ -41,6 +41,7 @@ class AlgorithmInfo {
     kSensitivityStochastic = 6,
     kZEL = 18,
     kDefault = 22,
+    kSensitivityDeterministic2 = 23,
     kZEL3 = 28
   };
 

@@ -57,10 +57,11 @@ boost::shared_ptr<ReliabilityDesignSet> ToReliabilityDesignSet(
 boost::shared_ptr<ReliabilityInformation> ToReliabilityInformation(
     const ReliabilityDesignSetInfo& total,
     const std::map<std::uint64_t, ReliabilityDesignSetInfo>& iterations,
-    const IterationMap& designs, const std::pair<std::uint64_t, std::uint64_t>& directions);
+    const IterationMap& designs);
 
-/// Design sets of a reliability analysis that stored none, from its designs: all, those whose run
-/// failed, and those on the two sides of the limit states.
+/// Design sets of a reliability analysis that stored none, from its designs: all, and those that
+/// lie on the safe or the unsafe side of the limit states or have no value there. The set of all is
+/// then the preferred one, unless another is named.
 void RepairReliabilityInformation(ReliabilityInformation& information,
                                   const DesignManager& designs);
 

@@ -28,6 +28,8 @@ class SurrogateInfo;
 
 /// Class version of a new file.
 constexpr unsigned int kVRDBClassVersion = 14;
+/// From this class version on the models' support data stand in the designs alone.
+constexpr unsigned int kFirstWithoutSupportData = 14;
 
 /// One project in memory: its parameters and designs, the algorithm that produced them with the
 /// trained models, and a dictionary of texts. A project file holds exactly one.
@@ -114,9 +116,11 @@ class VRDB {
   void save(Archive& ar, unsigned int version) const;
   ZEL_SPLIT_SERIALIZE()
 
-  // Steps of loading, by what they bring up to date.
-  void ReadDeactivatedDesigns();
-  void RepairParameters(bool has_surrogates);
+  /// The value of the meta data that holds the designs that are switched off: an archive.
+  std::string PackDeactivatedDesigns() const;
+  void UnpackDeactivatedDesigns();
+  // Steps of loading an old file.
+  void RepairParameters();
   void TakeSurrogateInfos(const std::list<SurrogateInfo>& surrogate_infos);
 
   ParameterManager parameter_manager_;
