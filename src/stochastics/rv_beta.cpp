@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kMinShape = 10.0 * math::kEps;
 constexpr double kMaxShape = 1e100;  // beyond, squares overflow; the spread is at its floor by then
-constexpr double kMaxSkewness = 1e100;  // for the same reason
+constexpr double kMaxSkewness = 1e6;  // beyond, both shapes are below their floor
 
 /// One factor of the density, distance^(shape - 1): flat at shape 1, cut off next to the bound.
 double Factor(double distance, double shape) {

@@ -39,9 +39,12 @@ void RV_Lognormal::SetParameters(const Eigen::VectorXd& parameters) {
   RequireCount(parameters, 2, L": Obtained wrong number of parameters. Expected: 2, obtained: ");
   TakeParameters(parameters(0), parameters(1));
   const double mean = std::max(RV_Statistical_Moments(0), math::kEps);
-  const double sd =
-      std::min(RaiseToFloor(mean, RV_Statistical_Moments(1)), mean * kMaxCoefficientOfVariation);
-  if (mean != RV_Statistical_Moments(0) || sd != RV_Statistical_Moments(1)) TakeStats(mean, sd);
+  const double sd = RaiseToFloor(mean, RV_Statistical_Moments(1));
+  const double cap = mean * kMaxCoefficientOfVariation;
+  if (mean > RV_Statistical_Moments(0) || sd > RV_Statistical_Moments(1))
+    TakeStats(mean, std::min(sd, cap));
+  else if (sd > cap)
+    RV_Statistical_Moments(1) = cap;  // the shape stays as it was asked for
 }
 
 void RV_Lognormal::SetStats(const Eigen::VectorXd& moments) {

@@ -1,0 +1,124 @@
+#include "foundation/exception.h"
+#include "stochastics/rv_factory.h"
+#include "stochastics/rv_set_nataf.h"
+#include "support/archive_round_trip.h"
+#include "support/message_of.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+namespace {
+
+using namespace corvath::algorithm;
+namespace types = corvath::enums::RandomVariable;
+using Eigen::VectorXd;
+
+const int kTypes[] = {types::UNIFORM,     types::NORMAL, types::LOGNORMAL,
+                      types::EXPONENTIAL, types::BETA,   types::GUMBEL};
+
+TEST(RandomVariableArchive, EveryTypeComesBackThroughAPointer) {
+  RVSet_Nataf set;
+  for (const int type : kTypes) {
+    const auto rv = RVFactory::GetInstance().Create(type);
+    if (type != types::KERNEL && type != types::BERNOULLI) {
+      VectorXd moments = rv->GetStats();
+      moments.head(2) << 3.0, 0.5;
+      rv->SetStats(moments);
+    }
+    rv->GetMean();  // builds the table of names, which is stored
+    set.AddRV(rv);
+  }
+  const auto n = static_cast<Eigen::Index>(set.GetNumRVs());
+  set.SetCorrelationMatrix(Eigen::MatrixXd::Identity(n, n));
+  const auto loaded = support::Load<RVSet_Nataf>(support::Save(set));
+  ASSERT_EQ(loaded.GetNumRVs(), set.GetNumRVs());
+  for (std::size_t i = 0; i < set.GetNumRVs(); ++i) {
+    const RV& before = *set.GetRVs()[i];
+    const RV& after = *loaded.GetRVs()[i];
+    EXPECT_EQ(before, after) << before.GetTypeId();
+    for (const double p : {0.1, 0.6})
+      EXPECT_EQ(before.InverseCDF(p), after.InverseCDF(p)) << before.GetTypeId();
+    EXPECT_EQ(before.CDF(2.9), after.CDF(2.9)) << before.GetTypeId();
+  }
+  EXPECT_EQ(loaded.GetIdent(), L"Nataf set");
+  EXPECT_EQ(loaded.GetCorrelationMatrix(), set.GetCorrelationMatrix());
+  EXPECT_EQ(loaded.GetStandardCorrelationMatrix(), set.GetStandardCorrelationMatrix());
+}
+
+TEST(RandomVariableArchive, KeysStandInTheirOrder) {
+  // String annotations, so that the keys can be read off the bytes.
+  boost::shared_ptr<RVSet> set = RVSetFactory::GetInstance().Create(RVSet::kIndependent);
+  set->AddRV(RVFactory::GetInstance().Create(types::LOGNORMAL));
+  const std::string bytes = support::Save(set, 0x2000);
+  std::size_t position = 0;
+  for (const char* key :
+       {"corvath::algorithm::RVSet_Independent", "RVSet", "Ident", "Correlation_matrix", "m_c_sq",
+        "m_c_sq_inv", "Correlation_determinant", "RVs", "corvath::algorithm::RV_Lognormal", "RV",
+        "RV_Parameter", "RV_Statistical_Moments", "RV_internal_parameter_map",
+        "RV_internal_moments_map", "RV_Gauss"}) {
+    const std::size_t found = bytes.find(key, position);
+    ASSERT_NE(found, std::string::npos) << key;
+    position = found + std::string(key).size();
+  }
+}
+
+/// Everything that evaluation takes from the members.
+void Visit(const RVSet& set) {
+  const auto n = static_cast<Eigen::Index>(set.GetNumRVs());
+  set.FromStandardGauss(Eigen::MatrixXd::Constant(n, 2, 0.3));
+  set.ToStandardGauss(Eigen::MatrixXd::Constant(n, 2, 0.3));
+  set.CDF(VectorXd::Constant(n, 0.5));
+  set.PDF(VectorXd::Constant(n, 0.5));
+  set.GetStandardCorrelationMatrix();
+  for (const auto& rv : set.GetRVs()) {
+    rv->GetMean();
+    rv->GetStates();
+    rv->GetLowerBound();
+    rv->GetUpperBound();
+    for (const double p : {0.0, 0.4, 1.0}) rv->InverseCDF(p);
+  }
+}
+
+TEST(RandomVariableArchive, DamagedFilesEndInAnErrorOrInUsableObjects) {
+  boost::shared_ptr<RVSet> set = RVSetFactory::GetInstance().Create(RVSet::kNataf);
+  for (const int type : kTypes) set->AddRV(RVFactory::GetInstance().Create(type));
+  const auto n = static_cast<Eigen::Index>(set->GetNumRVs());
+  set->SetCorrelationMatrix(Eigen::MatrixXd::Identity(n, n));
+  set->GetRVs()[0]->GetMean();
+  const std::string bytes = support::Save(set, 0x3000);  // without annotations, which would tell
+  std::mt19937 engine(11);
+  testing::internal::CaptureStdout();  // warnings of sets whose matrix was hit
+  int refused = 0;
+  for (int round = 0; round < 3000; ++round) {
+    std::string damaged = bytes;
+    for (int hits = 1 + static_cast<int>(engine() % 3); hits > 0; --hits)
+      damaged[engine() % bytes.size()] = static_cast<char>(engine());
+    if (round % 10 == 0) damaged.resize(engine() % bytes.size());
+    boost::shared_ptr<RVSet> loaded;
+    try {
+      support::LoadInto(damaged, loaded);
+      if (loaded) Visit(*loaded);
+    } catch (const std::exception&) {
+      ++refused;
+    }
+  }
+  testing::internal::GetCapturedStdout();
+  EXPECT_GT(refused, 300);
+}
+
+TEST(RandomVariableArchive, WrongNumberOfParametersIsRefused) {
+  // A beta variable under the name of a Gumbel variable.
+  boost::shared_ptr<RV> rv = RVFactory::GetInstance().Create(types::BETA);
+  std::string bytes = support::Save(rv);
+  const std::string beta = "corvath::algorithm::RV_Beta";
+  bytes.replace(bytes.find(beta) - 2, beta.size() + 2,
+                std::string("\x1d\0", 2) + "corvath::algorithm::RV_Gumbel");
+  EXPECT_EQ(support::MessageOfExactly<corvath::utils::runtime_error>(
+                [&] { support::LoadInto(bytes, rv); }),
+            "RV 'RV' of type 'GUMBEL': The stored variable has 4 parameters and 4 moments, "
+            "expected: 2 and 2");
+}
+
+}  // namespace

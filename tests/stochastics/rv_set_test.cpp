@@ -1,0 +1,263 @@
+#include "foundation/exception.h"
+#include "stochastics/marginal_transform.h"
+#include "stochastics/nataf_adjustment.h"
+#include "stochastics/normal_quantile.h"
+#include "stochastics/rv_factory.h"
+#include "stochastics/rv_set_nataf.h"
+#include "stochastics/sample_statistics.h"
+#include "support/message_of.h"
+
+#include <boost/math/quadrature/gauss_kronrod.hpp>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace corvath::algorithm;
+namespace types = corvath::enums::RandomVariable;
+using Eigen::MatrixXd;
+using Eigen::VectorXd;
+
+boost::shared_ptr<RV> Make(int type, double mean, double sd) {
+  const auto rv = RVFactory::GetInstance().Create(type);
+  VectorXd moments = rv->GetStats();
+  moments.head(2) << mean, sd;
+  rv->SetStats(moments);
+  return rv;
+}
+
+RVSet_Nataf SetOf(const std::vector<boost::shared_ptr<RV>>& variables) {
+  RVSet_Nataf set;
+  for (const auto& variable : variables) set.AddRV(variable);
+  return set;
+}
+
+MatrixXd PairMatrix(double rho) {
+  MatrixXd matrix(2, 2);
+  matrix << 1.0, rho, rho, 1.0;
+  return matrix;
+}
+
+MatrixXd StandardNormalSamples(Eigen::Index n, Eigen::Index m, unsigned seed) {
+  std::mt19937 engine(seed);
+  std::normal_distribution<double> normal;
+  MatrixXd result(n, m);
+  for (double& value : result.reshaped()) value = normal(engine);
+  return result;
+}
+
+/// Correlation of the physical variables for the standard normal correlation rho, by adaptive
+/// quadrature of E[x1 x2] over independent u and v with u2 = rho u + sqrt(1 - rho^2) v.
+double PhysicalCorrelation(const RV& first, const RV& second, double rho) {
+  using Quadrature = boost::math::quadrature::gauss_kronrod<double, 61>;
+  const auto standardised = [](const RV& rv, double u) {
+    return (MarginalFromGauss(rv, u) - rv.GetStats()(0)) / rv.GetStats()(1);
+  };
+  const double rest = std::sqrt(1.0 - rho * rho);
+  const auto inner = [&](double u) {
+    return Quadrature::integrate(
+        [&](double v) {
+          return standardised(second, rho * u + rest * v) * corvath::math::NormalPdf(v);
+        },
+        -9.0, 9.0, 4, 1e-10);
+  };
+  return Quadrature::integrate(
+      [&](double u) { return standardised(first, u) * inner(u) * corvath::math::NormalPdf(u); },
+      -9.0, 9.0, 4, 1e-10);
+}
+
+double Adjusted(int first, int second, double rho, double variation = 0.3) {
+  auto set = SetOf({Make(first, 2.0, 2.0 * variation), Make(second, 5.0, 5.0 * variation)});
+  set.SetCorrelationMatrix(PairMatrix(rho));
+  return set.GetStandardCorrelationMatrix()(0, 1);
+}
+
+TEST(NatafModel, ClosedFormsGiveTheRequestedCorrelation) {
+  // The exact ones to quadrature accuracy, the polynomial fits to the errors that are known of
+  // them.
+  const int simple[] = {types::NORMAL, types::LOGNORMAL, types::UNIFORM, types::EXPONENTIAL,
+                        types::GUMBEL};
+  for (const int first : simple) {
+    for (const int second : simple) {
+      const bool exact = first <= types::LOGNORMAL && second <= types::LOGNORMAL &&
+                         first != types::UNIFORM && second != types::UNIFORM;
+      const bool widest =
+          std::minmax(first, second) == std::minmax<int>(types::UNIFORM, types::EXPONENTIAL);
+      for (const double rho : {0.1, 0.6, -0.3}) {
+        if ((first == types::LOGNORMAL) != (second == types::LOGNORMAL) && !exact) continue;
+        const double adjusted = Adjusted(first, second, rho);
+        EXPECT_NEAR(PhysicalCorrelation(*Make(first, 2.0, 0.6), *Make(second, 5.0, 1.5), adjusted),
+                    rho,
+                    (exact    ? 1e-6
+                     : widest ? 0.02
+                              : 0.005) *
+                        std::abs(rho))
+            << first << " " << second;
+      }
+    }
+  }
+  EXPECT_NEAR(Adjusted(types::UNIFORM, types::UNIFORM, 0.5), 0.5 * (1.04706351 - 0.0471729 * 0.25),
+              1e-14);
+  EXPECT_NEAR(Adjusted(types::GUMBEL, types::EXPONENTIAL, -0.4),
+              -0.4 * (1.14182991 + 0.15003895 * 0.4 + 0.03303221 * 0.16 - 0.0073382 * 0.064),
+              1e-14);
+}
+
+TEST(NatafModel, NumericAdjustmentGivesTheRequestedCorrelation) {
+  // The 50 x 50 mid-point rule is good to a few digits beyond the smooth middle.
+  for (const int second : {types::NORMAL, types::LOGNORMAL, types::UNIFORM, types::BETA}) {
+    for (const double rho : {0.2, 0.8, -0.5}) {
+      const double adjusted = Adjusted(types::BETA, second, rho);
+      EXPECT_EQ(adjusted, Adjusted(types::BETA, second, rho));
+      const auto beta = Make(types::BETA, 2.0, 0.6);
+      EXPECT_NEAR(PhysicalCorrelation(*beta, *Make(second, 5.0, 1.5), adjusted), rho, 2e-5)
+          << second;
+    }
+  }
+}
+
+TEST(NatafModel, SampledCorrelationIsTheRequestedOne) {
+  auto set = SetOf({Make(types::NORMAL, 1.0, 0.2), Make(types::LOGNORMAL, 3.0, 1.0),
+                    Make(types::GUMBEL, 2.0, 0.5), Make(types::BETA, 4.0, 1.0)});
+  MatrixXd target(4, 4);
+  target << 1.0, 0.5, -0.3, 0.2, 0.5, 1.0, 0.1, 0.0, -0.3, 0.1, 1.0, 0.6, 0.2, 0.0, 0.6, 1.0;
+  set.SetCorrelationMatrix(target);
+  const Eigen::Index samples = 100000;
+  const MatrixXd x = set.FromStandardGauss(StandardNormalSamples(4, samples, 7));
+  const MatrixXd sampled = corvath::math::statistics::CorrelationMatrix(x.transpose());
+  // Standard error below 2 / sqrt(samples) for these tails; four of them, and the fits' error.
+  EXPECT_LT((sampled - target).cwiseAbs().maxCoeff(),
+            4.0 * 2.0 / std::sqrt(double(samples)) + 5e-3);
+  for (Eigen::Index i = 0; i < 4; ++i)
+    EXPECT_NEAR(x.row(i).mean(), set.GetRVs()[static_cast<std::size_t>(i)]->GetMean(), 0.02);
+  EXPECT_EQ(set.GetCorrelationMatrix(), target);
+}
+
+TEST(NatafModel, TransformsAreInverseAndTheRootIsOne) {
+  auto set = SetOf({Make(types::NORMAL, 1.0, 0.2), Make(types::LOGNORMAL, 3.0, 1.0),
+                    Make(types::UNIFORM, 2.0, 0.5)});
+  MatrixXd target(3, 3);
+  target << 1.0, 0.5, -0.3, 0.5, 1.0, 0.4, -0.3, 0.4, 1.0;
+  set.SetCorrelationMatrix(target);
+  const MatrixXd u = 0.9 * StandardNormalSamples(3, 50, 3);
+  EXPECT_LT((set.ToStandardGauss(set.FromStandardGauss(u)) - u).cwiseAbs().maxCoeff(), 1e-8);
+  const MatrixXd adjusted = set.GetStandardCorrelationMatrix();
+  EXPECT_LT((adjusted.diagonal() - VectorXd::Ones(3)).cwiseAbs().maxCoeff(), 1e-14);
+  // Correlating twice is the same as the whole matrix once: the root is symmetric.
+  EXPECT_LT((set.CorrelateStandardGauss(set.CorrelateStandardGauss(u)) - adjusted * u)
+                .cwiseAbs()
+                .maxCoeff(),
+            1e-13);
+  EXPECT_NEAR(adjusted(0, 2), -0.3 * 1.0233267, 1e-14);
+
+  const auto copy = set.Clone();
+  EXPECT_EQ(copy->FromStandardGauss(u), set.FromStandardGauss(u));
+  copy->GetRVs()[0]->SetStat(L"Mean value", 9.0);
+  EXPECT_EQ(set.GetRVs()[0]->GetMean(), 1.0);
+}
+
+TEST(NatafModel, DensityMatchesTheBivariateNormalFormula) {
+  auto set = SetOf({Make(types::NORMAL, 1.0, 2.0), Make(types::NORMAL, -1.0, 0.5)});
+  set.SetCorrelationMatrix(PairMatrix(0.7));
+  const VectorXd x = Eigen::Vector2d(2.5, -1.2);
+  const double z1 = 0.75, z2 = -0.4, rho = 0.7;
+  const double q = (z1 * z1 - 2 * rho * z1 * z2 + z2 * z2) / (1 - rho * rho);
+  const double expected = std::exp(-q / 2) / (2 * M_PI * std::sqrt(1 - rho * rho)) / (2.0 * 0.5);
+  EXPECT_NEAR(set.PDF(x), expected, 1e-14);
+  EXPECT_NEAR(set.JointNormalDensity(Eigen::Vector2d(z1, z2)), expected, 1e-14);
+  EXPECT_NEAR(BivariateNormalPdf(z1, z2, rho), expected, 1e-14);
+
+  set.SetCorrelationMatrix(MatrixXd::Identity(2, 2));
+  EXPECT_NEAR(set.PDF(x), set.GetRVs()[0]->PDF(2.5) * set.GetRVs()[1]->PDF(-1.2), 1e-15);
+  EXPECT_NEAR(set.CDF(x), set.GetRVs()[0]->CDF(2.5) * set.GetRVs()[1]->CDF(-1.2), 1e-15);
+  EXPECT_EQ(support::MessageOfExactly<std::domain_error>([] { BivariateNormalPdf(0, 0, 1.5); }),
+            "_rho (1.5) is outside of its domain");
+}
+
+TEST(NatafModel, WithoutAMatrixItIsIndependentAndSaysSo) {
+  const auto set = SetOf({Make(types::NORMAL, 0.0, 1.0), Make(types::UNIFORM, 0.0, 1.0)});
+  testing::internal::CaptureStdout();
+  EXPECT_NEAR(set.PDF(Eigen::Vector2d(0.5, 0.5)),
+              set.GetRVs()[0]->PDF(0.5) * set.GetRVs()[1]->PDF(0.5), 1e-15);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "WARNING: You missed defining/updating the correlation matrix for the Nataf model. "
+            "Assuming an independent set definition for the returned PDF value.\n");
+  RVSet_Independent independent;
+  for (const auto& rv : set.GetRVs()) independent.AddRV(rv);
+  const MatrixXd u = StandardNormalSamples(2, 10, 1);
+  EXPECT_EQ(set.FromStandardGauss(u), independent.FromStandardGauss(u));
+  EXPECT_EQ(set.ToStandardGauss(u), independent.ToStandardGauss(u));
+  EXPECT_EQ(independent.GetCorrelationMatrix(), MatrixXd::Identity(2, 2));
+  EXPECT_EQ(independent.CorrelateStandardGauss(u), u);
+}
+
+TEST(RVSet, RefusalsNameTheProblemAndChangeNothing) {
+  using support::MessageOfExactly;
+  auto set = SetOf({Make(types::EXPONENTIAL, 1.0, 1.0), Make(types::EXPONENTIAL, 1.0, 1.0)});
+  set.SetCorrelationMatrix(PairMatrix(0.3));
+  const auto refusal = [&](const MatrixXd& matrix) {
+    return MessageOfExactly<corvath::utils::runtime_error>(
+        [&] { set.SetCorrelationMatrix(matrix); });
+  };
+  const std::string start = "Can not set correlation matrix for Nataf model: ";
+  EXPECT_EQ(refusal(MatrixXd(2, 3)),
+            start + "Correlation matrix must be square, obtained a 2 x 3 matrix.");
+  EXPECT_EQ(refusal(MatrixXd::Identity(3, 3)),
+            start +
+                "Dimensions of correlation matrix (=3) must match number of random variables "
+                "(=2)");
+  MatrixXd skew = PairMatrix(0.1);
+  skew(0, 1) = 0.2;
+  for (const MatrixXd& matrix :
+       {skew, PairMatrix(1.1), PairMatrix(std::nan("")), MatrixXd(2.0 * PairMatrix(0.1))})
+    EXPECT_EQ(refusal(matrix), start + "invalid correlation matrix used.");
+  EXPECT_EQ(refusal(PairMatrix(-0.99)),
+            start + "Correlations can not be calculated in standard normal space.");
+  EXPECT_EQ(set.GetCorrelationMatrix(), PairMatrix(0.3));
+  EXPECT_NEAR(set.GetStandardCorrelationMatrix()(0, 1),
+              0.3 * (1.2210871 - 0.3371724 * 0.3 + 0.20027882 * 0.09 - 0.0882202 * 0.027), 1e-14);
+
+  set = SetOf(std::vector<boost::shared_ptr<RV>>(3, Make(types::NORMAL, 0.0, 1.0)));
+  MatrixXd indefinite = MatrixXd::Ones(3, 3);
+  indefinite(0, 1) = indefinite(1, 0) = indefinite(0, 2) = indefinite(2, 0) = 0.99;
+  indefinite(1, 2) = indefinite(2, 1) = -0.99;
+  EXPECT_EQ(refusal(indefinite), start + "Correlation matrix is not positive definite.");
+  EXPECT_EQ(refusal(MatrixXd::Ones(3, 3)), start + "Correlation matrix is not positive definite.");
+
+  const auto message = [&](auto action) {
+    return MessageOfExactly<corvath::utils::runtime_error>(action);
+  };
+  RVSet_Independent independent;
+  independent.AddRV(Make(types::NORMAL, 0.0, 1.0));
+  const VectorXd two = VectorXd::Zero(2);
+  const std::string sizes =
+      ": Vector size of input variables (=2) must match the number of random variables (=1) within "
+      "this set.";
+  EXPECT_EQ(message([&] { independent.SetCorrelationMatrix(MatrixXd::Identity(1, 1)); }),
+            "Cannot specify correlation matrix for independent variables.");
+  EXPECT_EQ(message([&] { independent.PDF(two); }), "The RVSet can not compute the PDF" + sizes);
+  EXPECT_EQ(message([&] { independent.CDF(two); }), "The RVSet can not compute the CDF" + sizes);
+  const std::string nataf =
+      " by Nataf model: Vector size of input design (=2) must match number of random variables "
+      "(=3)";
+  EXPECT_EQ(message([&] { set.PDF(two); }), "Can not compute joint PDF" + nataf);
+  EXPECT_EQ(message([&] { set.CDF(two); }), "Can not compute joint CDF" + nataf);
+  EXPECT_EQ(message([&] { set.JointNormalDensity(two); }),
+            "The size of the input vector must match the number of random variables defining this "
+            "RVSet. Obtained a vector of size '2', expected a vector of size '3'");
+  EXPECT_EQ(message([&] { set.ToStandardGauss(MatrixXd(2, 5)); }),
+            "ToStandardGauss: Matrix rows must match number of random variables in this set.");
+  EXPECT_EQ(message([&] { set.FromStandardGauss(MatrixXd(2, 5)); }),
+            "Got a rows x cols: 2 x 5 matrix. But the rows of the matrix given must match the "
+            "number of random variables, which is 3, in this set.");
+  EXPECT_EQ(message([&] { RVSetFactory::GetInstance().Create(2); }),
+            "Asking for RVset type with ident '2' that is not existing.");
+  EXPECT_EQ(RVSetFactory::GetInstance().Create(1)->GetIdent(), L"Nataf set");
+  EXPECT_EQ(RVSetFactory::GetInstance().Create(0)->GetIdent(), L"Independent set");
+}
+
+}  // namespace

@@ -1,0 +1,138 @@
+#include "stochastics/sample_statistics.h"
+
+#include "support/message_of.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using namespace corvath::math::statistics;
+using Eigen::MatrixXd;
+using Eigen::VectorXd;
+
+const double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+VectorXd Vector(std::initializer_list<double> values) {
+  return Eigen::Map<const VectorXd>(values.begin(), static_cast<Eigen::Index>(values.size()));
+}
+
+TEST(SampleStatistics, MeanAndVarianceSkipNaNOnlyWhenTold) {
+  const VectorXd x = Vector({1.0, kNaN, 2.0, 6.0});
+  EXPECT_EQ(Mean(x, true), 3.0);
+  EXPECT_EQ(Variance(x, 3.0, true), 7.0);  // (4 + 1 + 9) / 2
+  EXPECT_EQ(StandardDeviation(x, 3.0, true), std::sqrt(7.0));
+  EXPECT_TRUE(std::isnan(Mean(x, false)));
+  EXPECT_TRUE(std::isnan(Variance(x, 3.0, false)));
+  EXPECT_TRUE(std::isnan(Mean(Vector({kNaN}), true)));
+  EXPECT_TRUE(std::isnan(Variance(Vector({kNaN}), 0.0, true)));
+
+  MatrixXd matrix(3, 2);
+  matrix << 1.0, kNaN, 2.0, 5.0, 6.0, 7.0;
+  EXPECT_EQ(ContainsNaN(matrix), std::vector<bool>({false, true}));
+  EXPECT_EQ(MeanVector(matrix), Vector({3.0, 6.0}));
+  EXPECT_EQ(SigmaVector(matrix, Vector({3.0, 6.0})), Vector({std::sqrt(7.0), std::sqrt(2.0)}));
+}
+
+TEST(SampleStatistics, CorrelationMatchesHandComputedValues) {
+  const VectorXd x = Vector({1.0, 2.0, 3.0, 4.0});
+  const VectorXd y = Vector({2.0, 1.0, 4.0, 3.0});
+  // Sums of squares 5 and 5, sum of products 3.
+  EXPECT_NEAR(LinearCorrelation(x, y, false, false), 0.6, 1e-15);
+  EXPECT_NEAR(LinearCorrelation(x, x, false, false), 1.0, 1e-15);
+  EXPECT_NEAR(LinearCorrelation(x, -x, false, false), -1.0, 1e-15);
+  EXPECT_EQ(LinearCorrelation(Vector({1.0, -1.0, 1.0, -1.0}), Vector({1.0, 1.0, -1.0, -1.0}), false,
+                              false),
+            0.0);
+  // 1e9 added: the plain sum of products would have lost all digits of the deviations.
+  EXPECT_NEAR(LinearCorrelation(x.array() + 1e9, y.array() + 1e9, false, false), 0.6, 1e-12);
+}
+
+TEST(SampleStatistics, HolesDropTheirRowFromThePairAlone) {
+  MatrixXd matrix(6, 3);
+  matrix << 1.0, 2.0, 1.0,  //
+      2.0, 1.0, kNaN,       //
+      3.0, 4.0, 2.0,        //
+      4.0, 3.0, 5.0,        //
+      kNaN, 9.0, kNaN,      //
+      kNaN, -7.0, kNaN;
+  const MatrixXd r = CorrelationMatrix(matrix);
+  EXPECT_EQ(r, r.transpose());
+  EXPECT_EQ(VectorXd(r.diagonal()), VectorXd::Ones(3));
+  EXPECT_NEAR(r(0, 1), 0.6, 1e-15);  // rows 0 to 3, as above
+  // Rows 0, 2, 3: x = 1, 3, 4 and z = 1, 2, 5; sums about 8/3: xx 14/3, zz 26/3, xz 17/3.
+  EXPECT_NEAR(r(0, 2), 17.0 / std::sqrt(14.0 * 26.0), 1e-15);
+  EXPECT_EQ(LinearCorrelation(matrix.col(0), matrix.col(1), true, false), r(0, 1));
+  EXPECT_EQ(LinearCorrelation(matrix.col(0), matrix.col(1), false, false), 1.0);  // NaN, clamped
+
+  matrix.col(1) << kNaN, kNaN, kNaN, kNaN, 1.0, 2.0;
+  EXPECT_TRUE(std::isnan(CorrelationMatrix(matrix)(0, 1)));  // no row in common
+}
+
+TEST(SampleStatistics, DistancesAndNeighbours) {
+  MatrixXd points(4, 2);
+  points << 0.0, 0.0, 3.0, 4.0, 0.0, 0.0, 0.0, 1.0;
+  MatrixXd expected(4, 4);
+  expected << 0, 25, 0, 1, 25, 0, 25, 18, 0, 25, 0, 1, 1, 18, 1, 0;
+  EXPECT_EQ(SquaredDistances(points), expected);
+  EXPECT_EQ(SmallestSignificant(expected), 1.0);  // two equal points do not make it 0
+  EXPECT_EQ(SmallestSignificant(Vector({1e-11, 1e-13, 1.0})), 1e-11);
+  EXPECT_EQ(KthNearest(points, 1), VectorXd::Zero(4));
+  EXPECT_EQ(KthNearest(points, 0), VectorXd::Zero(4));
+  EXPECT_EQ(KthNearest(points, 3), Vector({1.0, 5.0, 1.0, 1.0}));
+  EXPECT_EQ(KthNearest(points, 99), Vector({5.0, 5.0, 5.0, std::sqrt(18.0)}));
+  // A point that is not finite is infinitely far or nowhere, and the sort survives it.
+  points(3, 0) = kNaN;
+  EXPECT_EQ(KthNearest(points, 2).head(3), Vector({0.0, 5.0, 0.0}));
+  EXPECT_TRUE(std::isnan(KthNearest(points, 2)(3)));
+}
+
+TEST(SampleStatistics, SortingKeepsEqualRowsAndGapsFollowTheOrder) {
+  MatrixXd matrix(4, 2);
+  matrix << 2.0, 0.0, 1.0, 1.0, 2.0, 2.0, -3.0, 3.0;
+  MatrixXd sorted(4, 2);
+  sorted << -3.0, 3.0, 1.0, 1.0, 2.0, 0.0, 2.0, 2.0;
+  EXPECT_EQ(SortRows(matrix, 0), sorted);
+  EXPECT_EQ(SortRows(sorted, 1).col(0), matrix.col(0));
+  EXPECT_EQ(LargestGaps(matrix), Vector({4.0, 1.0}));
+  EXPECT_EQ(SmallestGaps(matrix), Vector({1.0, 1.0}));  // the gap 0 in column 0 does not count
+  const MatrixXd constant = MatrixXd::Ones(3, 1);
+  EXPECT_EQ(LargestGaps(constant)(0), 0.0);
+  EXPECT_EQ(SmallestGaps(constant)(0), std::numeric_limits<double>::max());
+}
+
+TEST(SampleStatistics, MisuseIsNamed) {
+  using support::MessageOfExactly;
+  const VectorXd none;
+  const VectorXd one = Vector({1.0});
+  const VectorXd two = Vector({1.0, 2.0});
+  const MatrixXd matrix = MatrixXd::Ones(3, 2);
+  const auto pair = [&](const MatrixXd& m, const VectorXd& mean, const VectorXd& sigma,
+                        Eigen::Index i) {
+    return MessageOfExactly<std::logic_error>([&] { PairCorrelation(m, mean, sigma, i, 1); });
+  };
+  EXPECT_EQ(pair(MatrixXd(0, 2), two, two, 0), "Empty design matrix");
+  EXPECT_EQ(pair(matrix, one, two, 0), "Sizes of input matrix and mean-vector not consistent");
+  EXPECT_EQ(pair(matrix, two, one, 0), "Sizes of input matrix and sigma-vector not consistent");
+  EXPECT_EQ(pair(matrix, two, two, 2), "Indices and sizes of input matrix not consistent");
+  EXPECT_EQ(pair(matrix, two, two, -1), "Indices and sizes of input matrix not consistent");
+  const auto linear = [&](const VectorXd& x, const VectorXd& y) {
+    return MessageOfExactly<std::logic_error>([&] { LinearCorrelation(x, y, true, false); });
+  };
+  EXPECT_EQ(linear(none, one), "Empty data vector");
+  EXPECT_EQ(linear(two, one), "Sizes of input vectors for linear correlation not consistent");
+  const auto message = [](auto action) { return MessageOfExactly<std::logic_error>(action); };
+  EXPECT_EQ(message([&] { Mean(none, true); }), "Empty design vector");
+  EXPECT_EQ(message([&] { Variance(none, 0.0, true); }), "Empty design vector");
+  EXPECT_EQ(message([&] { MeanVector(matrix, {true}); }),
+            "Sizes of input matrix and Contains-NaN-vector not consistent");
+  EXPECT_EQ(message([&] { SigmaVector(matrix, one); }),
+            "Sizes of input matrix and mean-vector not consistent");
+  EXPECT_EQ(message([&] { SigmaVector(matrix, two, {true}); }),
+            "Sizes of input matrix and mean-vector and/or Contains-NaN-vector not consistent");
+  EXPECT_EQ(message([&] { SquaredDistances(MatrixXd(0, 2)); }), "Empty data matrix");
+}
+
+}  // namespace
