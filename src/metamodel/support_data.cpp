@@ -116,7 +116,10 @@ void SurrogateInfoContainer::RestoreSupportData(const DesignManager& designs,
       info.GetSurrogate()->SetSupportData(support.GetPoints(),
                                           ResponseValues(support.GetDesigns(), info));
     } catch (const std::exception& error) {
-      // The model still predicts; what needs its support data says that they are missing.
+      // No support points, but their width: the model still predicts, and what needs the points
+      // says that they are missing.
+      const auto num_inputs = static_cast<Eigen::Index>(info.GetParameterNameLookupMap().size());
+      info.GetSurrogate()->SetSupportData(Eigen::MatrixXd(0, num_inputs), Eigen::VectorXd());
       utils::log::LogLine(utils::log::GetSharedStreamLog(), utils::log::kError)
           << L"not able to restore support data of response '" << info.GetFullName() << L"': "
           << error.what();
