@@ -17,6 +17,7 @@ namespace corvath::math::metamodel {
 /// factorisation that costs O(N^3).
 class OrdinaryKriging : public SurrogateBase {
  public:
+  OrdinaryKriging() = default;  ///< for loading: no support points
   /// With default settings. They hold no kernel parameter: see BuildOptimal and SetSettings.
   /// @throws corvath::utils::runtime_error  sizes that do not fit, or no input
   OrdinaryKriging(const Eigen::MatrixXd& points, const Eigen::VectorXd& values);
@@ -79,7 +80,6 @@ class OrdinaryKriging : public SurrogateBase {
 
  private:
   friend class boost::serialization::access;
-  OrdinaryKriging() = default;
   template <class Archive>
   void save(Archive& ar, unsigned int version) const;
   template <class Archive>
@@ -100,9 +100,8 @@ class OrdinaryKriging : public SurrogateBase {
 
   /// The parts of a loaded model must fit each other before anything is computed with them.
   void RequireConsistent() const;
-  /// @throws std::logic_error  leave-one-out and cross-validation lack a built model
-  void RequireCrossValidation() const;
-  Eigen::VectorXd PredictWithoutGroups(const IndexVector& subsets) const;
+  /// @throws std::logic_error  there is no built model, or another number of groups than points
+  void RequireCrossValidation(const IndexVector& subsets) const;
 
   double mean_ = 0.0;
   double sigma2_ = 0.0;

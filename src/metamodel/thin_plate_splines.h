@@ -15,6 +15,7 @@ namespace corvath::math::metamodel {
 /// limits play no part in it.
 class SurrogateTPS : public SurrogateBase {
  public:
+  SurrogateTPS() = default;  ///< for loading: no support points
   /// @throws corvath::utils::runtime_error  the numbers of points and values differ
   SurrogateTPS(const Eigen::MatrixXd& points, const Eigen::VectorXd& values);
 
@@ -50,7 +51,6 @@ class SurrogateTPS : public SurrogateBase {
 
  private:
   friend class boost::serialization::access;
-  SurrogateTPS() = default;
   template <class Archive>
   void serialize(Archive& ar, unsigned int version);
 

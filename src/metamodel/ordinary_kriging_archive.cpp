@@ -1,0 +1,58 @@
+#include "archive/instantiate.h"
+#include "metamodel/ordinary_kriging.h"
+
+namespace corvath::math::metamodel {
+
+template <class Archive>
+void OrdinaryKriging::save(Archive& ar, unsigned int /*version*/) const {
+  ar << boost::serialization::make_nvp("SurrogateBase",
+                                       boost::serialization::base_object<SurrogateBase>(*this));
+  ar << BOOST_SERIALIZATION_NVP(mean_) << BOOST_SERIALIZATION_NVP(sigma2_);
+  ar << BOOST_SERIALIZATION_NVP(kernel_weights_) << BOOST_SERIALIZATION_NVP(settings_);
+  ar << BOOST_SERIALIZATION_NVP(values_trans_);
+}
+
+template <class Archive>
+void OrdinaryKriging::load(Archive& ar, unsigned int version) {
+  ar >> boost::serialization::make_nvp("SurrogateBase",
+                                       boost::serialization::base_object<SurrogateBase>(*this));
+  if (version == 0) {
+    LoadVersion0(ar);
+    return;
+  }
+  ar >> BOOST_SERIALIZATION_NVP(mean_) >> BOOST_SERIALIZATION_NVP(sigma2_);
+  ar >> BOOST_SERIALIZATION_NVP(kernel_weights_) >> BOOST_SERIALIZATION_NVP(settings_);
+  if (version == 1) ar >> BOOST_SERIALIZATION_NVP(points_trans_reduced_);
+  ar >> BOOST_SERIALIZATION_NVP(values_trans_);
+}
+
+/// The oldest form held its kernel as an object, and neither settings nor transformed values.
+template <class Archive>
+void OrdinaryKriging::LoadVersion0(Archive& ar) {
+  namespace bs = boost::serialization;
+  KernelBase* kernel_ = nullptr;
+  ar >> BOOST_SERIALIZATION_NVP(kernel_);
+  // Other models may point to the kernel too; the archive's helper keeps one count for it.
+  boost::shared_ptr<KernelBase> kernel;
+  ar.template get_helper<bs::shared_ptr_helper<boost::shared_ptr>>(bs::shared_ptr_helper_id)
+      .reset(kernel, kernel_);
+  double nugget_ = 0.0;
+  ar >> BOOST_SERIALIZATION_NVP(mean_) >> BOOST_SERIALIZATION_NVP(sigma2_);
+  ar >> BOOST_SERIALIZATION_NVP(nugget_) >> BOOST_SERIALIZATION_NVP(kernel_weights_);
+  settings_ = OrdinaryKrigingSettings(static_cast<std::uint64_t>(GetNumberInputs()));
+  RebuildSettings(settings_);
+  settings_.SetNugget(nugget_);
+  if (kernel) {
+    settings_.SetKernelType(kernel->GetType());
+    settings_.SetKernelParameter(kernel->GetParameters());
+  }
+  values_trans_.resize(0);
+  // The base did not store them either; predictions rest on them.
+  if (points_trans_reduced_.size() == 0 && !NeedsBuild(trans_coord_))
+    points_trans_reduced_ = trans_coord_ ? trans_coord_->Forward(points_) : points_;
+}
+
+}  // namespace corvath::math::metamodel
+
+ZEL_INSTANTIATE_LOAD_SAVE(corvath::math::metamodel::OrdinaryKriging)
+ZEL_EXPORT_IMPLEMENT(corvath::math::metamodel::OrdinaryKriging)
