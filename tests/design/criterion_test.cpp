@@ -1,0 +1,166 @@
+#include "design/criterion.h"
+
+#include "support/archive_round_trip.h"
+#include "support/message_of.h"
+#include "support/values.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace {
+
+using corvath::algorithm::datatypes::CDesignEntry;
+using corvath::algorithm::datatypes::Criterion;
+using corvath::algorithm::datatypes::CriterionDescription;
+using corvath::algorithm::datatypes::CriterionValue;
+using support::Scalar;
+using support::Vec;
+
+Criterion Make(int type, const std::wstring& lhs, const std::wstring& rhs) {
+  return Criterion(static_cast<CriterionDescription::eType>(type), lhs, rhs);
+}
+
+/// A criterion of `type` whose value is `value`.
+Criterion WithValue(int type, const CDesignEntry& value) {
+  Criterion criterion = Make(type, L"", L"");
+  criterion.SetValues(CDesignEntry(), CDesignEntry(), value, /*combine=*/false);
+  return criterion;
+}
+
+/// The flat records of class versions 0 to 2.
+template <unsigned int V>
+struct OldCriterion {
+  CriterionDescription::eType type_ = CriterionDescription::RHS_MINUS_LHS;
+  CDesignEntry value_ = CDesignEntry(1.0);
+  std::wstring lhs_ = L"a";
+  std::wstring rhs_ = L"b";
+  bool needeval_ = false;
+  bool skv3_converted_ = true;
+  CDesignEntry lhs_value_ = CDesignEntry(2.0);
+  CDesignEntry rhs_value_ = CDesignEntry(3.0);
+
+  template <class Archive>
+  void serialize(Archive& ar, unsigned int) {
+    ar& BOOST_SERIALIZATION_NVP(type_);
+    ar& BOOST_SERIALIZATION_NVP(value_);
+    ar& BOOST_SERIALIZATION_NVP(lhs_);
+    ar& BOOST_SERIALIZATION_NVP(rhs_);
+    ar& BOOST_SERIALIZATION_NVP(needeval_);
+    if (V >= 1) ar& BOOST_SERIALIZATION_NVP(skv3_converted_);
+    if (V >= 2) {
+      ar& BOOST_SERIALIZATION_NVP(lhs_value_);
+      ar& BOOST_SERIALIZATION_NVP(rhs_value_);
+    }
+  }
+};
+
+/// The record of class version 3, its two parts under their class names.
+struct NewCriterion {
+  CriterionDescription description;
+  CriterionValue value;
+
+  template <class Archive>
+  void serialize(Archive& ar, unsigned int) {
+    ar& boost::serialization::make_nvp("CriterionDescription", description);
+    ar& boost::serialization::make_nvp("CriterionValue", value);
+  }
+};
+
+}  // namespace
+
+ZEL_CLASS_VERSION(OldCriterion<0>, 0)
+ZEL_CLASS_VERSION(OldCriterion<1>, 1)
+ZEL_CLASS_VERSION(OldCriterion<2>, 2)
+ZEL_CLASS_VERSION(NewCriterion, 3)
+
+TEST(Criterion, ExpressionAndValueFollowTheType) {
+  const struct {
+    const wchar_t* expression;
+    double value;  // with 10 on the left and 3 on the right
+  } types[] = {{L"(b)", 3.0},     {L"(b)", 3.0},     {L"-(b)", -3.0},    {L"(b)-(a)", -7.0},
+               {L"(a)-(b)", 7.0}, {L"(a)-(b)", 7.0}, {L"(b)-(a)", -7.0}, {L"(a)-(b)", 7.0}};
+  for (int type = 0; type < 8; ++type) {
+    Criterion criterion = Make(type, L"a", L"b");
+    EXPECT_EQ(criterion.GetExpression(), types[type].expression) << type;
+    criterion.SetValues(CDesignEntry(Scalar(10.0)), CDesignEntry(Scalar(3.0)), CDesignEntry(0.5),
+                        /*combine=*/true);
+    EXPECT_EQ(criterion.GetValue(), CDesignEntry(types[type].value)) << type;
+    EXPECT_FALSE(criterion.NeedsEvaluation());
+    criterion.SetValues(CDesignEntry(), CDesignEntry(), CDesignEntry(0.5), /*combine=*/false);
+    EXPECT_EQ(criterion.GetValue(), CDesignEntry(0.5)) << type;
+  }
+  EXPECT_EQ(Make(1, L"", L"").GetExpression(), L"(0)");
+  EXPECT_EQ(Make(3, L"", L"%1% x").GetExpression(), L"(%1% x)-(0)");
+  for (const int type : {-1, 8})
+    EXPECT_EQ(support::MessageOfExactly<std::logic_error>(
+                  [type] { Make(type, L"a", L"b").GetExpression(); }),
+              "Unhandled type to get expression");
+}
+
+TEST(Criterion, KeepsItsValuesWhenTheSidesDoNotCombine) {
+  Criterion criterion = Make(4, L"a", L"b");
+  criterion.SetValues(CDesignEntry(1.0), CDesignEntry(2.0), CDesignEntry(), true);
+  const Criterion before = criterion;
+  EXPECT_THROW(criterion.SetValues(CDesignEntry(Vec({1.0})), CDesignEntry(Vec({1.0, 2.0})),
+                                   CDesignEntry(), true),
+               std::exception);
+  EXPECT_EQ(criterion, before);
+  Criterion negative = Make(2, L"", L"b");
+  negative.SetValues(CDesignEntry(), CDesignEntry(), CDesignEntry(1.0), true);
+  EXPECT_TRUE(negative.GetValue().IsUninitialized());
+  negative.Invalidate();
+  EXPECT_TRUE(negative.NeedsEvaluation());
+  EXPECT_EQ(negative.GetRhs(), L"b");
+}
+
+TEST(Criterion, JudgesEvaluatedValuesOnly) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const struct {
+    CDesignEntry value;
+    bool is_invalid;
+    bool is_violated;  // as a limit
+  } cases[] = {{CDesignEntry(), true, false},
+               {CDesignEntry(Scalar(nan)), true, false},
+               {CDesignEntry(-HUGE_VAL), true, true},
+               {CDesignEntry(L"text"), true, false},
+               {CDesignEntry(-1), false, true},
+               {CDesignEntry(Scalar(-1.0)), false, true},
+               {CDesignEntry(-1e-16), false, false},
+               {CDesignEntry(0.5), false, false},
+               {CDesignEntry(Vec({-1.0, -2.0})), false, false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(&c - cases);
+    EXPECT_EQ(WithValue(0, c.value).IsValueInvalid(), c.is_invalid);
+    for (int type = 0; type < 8; ++type)
+      EXPECT_EQ(WithValue(type, c.value).IsViolated(), type >= 6 && c.is_violated);
+    Criterion stale = WithValue(6, c.value);
+    stale.Invalidate();
+    EXPECT_FALSE(stale.IsValueInvalid());
+    EXPECT_FALSE(stale.IsViolated());
+  }
+}
+
+TEST(Criterion, ReadsAllRecords) {
+  const auto check = [](const Criterion& loaded, bool has_sides) {
+    EXPECT_EQ(loaded.GetExpression(), L"(b)-(a)");
+    EXPECT_EQ(loaded.GetValue(), CDesignEntry(1.0));
+    EXPECT_EQ(loaded.GetLhsValue(), has_sides ? CDesignEntry(2.0) : CDesignEntry());
+    EXPECT_EQ(loaded.GetRhsValue(), has_sides ? CDesignEntry(3.0) : CDesignEntry());
+    EXPECT_FALSE(loaded.NeedsEvaluation());
+  };
+  check(support::Load<Criterion>(support::Save(OldCriterion<0>())), false);
+  check(support::Load<Criterion>(support::Save(OldCriterion<1>())), false);
+  check(support::Load<Criterion>(support::Save(OldCriterion<2>())), true);
+
+  Criterion criterion = Make(3, L"a", L"b");
+  criterion.SetValues(CDesignEntry(2.0), CDesignEntry(3.0), CDesignEntry(1.0), false);
+  NewCriterion stored;
+  stored.description = criterion.GetDescription();
+  stored.value = criterion.GetValues();
+  EXPECT_EQ(support::Save(criterion), support::Save(stored));
+  check(support::Load<Criterion>(support::Save(stored)), true);
+}
