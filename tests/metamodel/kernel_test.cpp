@@ -1,0 +1,156 @@
+#include "metamodel/factories.h"
+#include "metamodel/kernels_constant.h"
+#include "metamodel/kernels_nodal.h"
+#include "support/message_of.h"
+#include "support/points.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace corvath::math::metamodel {
+namespace {
+
+using support::MessageOfExactly;
+
+Eigen::VectorXd Radius(double radius) {
+  return Eigen::VectorXd::Constant(1, radius);
+}
+
+Eigen::VectorXd WeightsOf(const KernelBase& kernel, const Eigen::VectorXd& x,
+                          const Eigen::MatrixXd& points) {
+  Eigen::VectorXd weights(points.rows());
+  kernel.Weights(weights, x, points);
+  return weights;
+}
+
+TEST(Kernel, ExponentialsWeighOneAtThePointAndAThousandthAtTheRadius) {
+  const KernelConstInflIsoExp iso(Radius(3.0));
+  const KernelConstInflExp aniso(Eigen::Vector2d(3.0, 0.5));
+  EXPECT_EQ(iso.EvaluateDistance(0.0), 1.0);
+  EXPECT_EQ(aniso.EvaluateVector(Eigen::Vector2d(0.0, 0.0)), 1.0);
+  EXPECT_NEAR(iso.EvaluateDistance(9.0), 0.001, 1e-16);
+  EXPECT_NEAR(aniso.EvaluateVector(Eigen::Vector2d(-3.0, 0.0)), 0.001, 1e-16);
+  EXPECT_NEAR(aniso.EvaluateVector(Eigen::Vector2d(0.0, 0.5)), 0.001, 1e-16);
+  // The exponents of both axes add up.
+  EXPECT_NEAR(aniso.EvaluateVector(Eigen::Vector2d(3.0, 0.5)), 1e-6, 1e-19);
+  EXPECT_EQ(iso.EvaluateDistance(HUGE_VAL), 0.0);
+  EXPECT_TRUE(std::isnan(iso.EvaluateDistance(std::nan(""))));
+}
+
+TEST(Kernel, RegularisedIsPeakedAndCompact) {
+  const KernelConstInflIsoReg kernel(Radius(2.0));
+  EXPECT_NEAR(kernel.EvaluateDistance(0.0), 1e10 - 1.0 / (1.00001 * 1.00001), 1e-5);
+  EXPECT_NEAR(kernel.EvaluateDistance(1.0), 1.0 / (0.25001 * 0.25001) - 1.0 / (1.00001 * 1.00001),
+              1e-13);
+  for (const double squared : {4.0, 4.5, 1e300, HUGE_VAL})
+    EXPECT_EQ(kernel.EvaluateDistance(squared), 0.0) << squared;
+  EXPECT_TRUE(std::isnan(kernel.EvaluateDistance(std::nan(""))));
+}
+
+TEST(Kernel, NodalWeighsTheNthNearestAThousandth) {
+  const Eigen::VectorXd squared{{4.0, 0.0, 25.0, 1.0}};
+  const double cases[][2] = {{2.0, 1.0}, {2.9, 1.0}, {3.0, 4.0}, {4.0, 25.0}, {1e300, 25.0}};
+  for (const auto& [parameter, reference] : cases) {
+    const Eigen::VectorXd weights =
+        KernelNodalInflExp(Radius(parameter)).EvaluateDistances(squared);
+    for (Eigen::Index i = 0; i < squared.size(); ++i)
+      EXPECT_NEAR(weights(i), std::pow(0.001, squared(i) / reference), 1e-15) << parameter;
+  }
+}
+
+TEST(Kernel, WeightsOfAPointSetAreThoseOfItsRows) {
+  const Eigen::MatrixXd points = support::UniformPoints(37, 3, 1);
+  const Eigen::MatrixXd x = support::UniformPoints(2, 3, 2);
+  const KernelConstInflExp aniso(Eigen::Vector3d(0.3, 1.0, 2.0));
+  const KernelConstInflIsoExp iso(Radius(0.4));
+  const KernelConstInflIsoReg reg(Radius(0.4));
+  for (const KernelConstInfl* kernel :
+       {static_cast<const KernelConstInfl*>(&aniso), static_cast<const KernelConstInfl*>(&iso),
+        static_cast<const KernelConstInfl*>(&reg)}) {
+    Eigen::VectorXd weights(points.rows());
+    kernel->Weights(weights, x.row(1).transpose(), points);
+    for (Eigen::Index i = 0; i < points.rows(); ++i) {
+      const double expected = kernel->EvaluateVector((x.row(1) - points.row(i)).transpose());
+      EXPECT_NEAR(weights(i), expected, 1e-14 * (1.0 + expected));
+    }
+    // On a support point the distance is exactly 0.
+    EXPECT_EQ(WeightsOf(*kernel, points.row(5), points)(5),
+              kernel->EvaluateVector(Eigen::Vector3d::Zero()));
+  }
+  const KernelNodalInflExp nodal(Radius(7.0));
+  const Eigen::VectorXd squared = (points.rowwise() - x.row(0)).rowwise().squaredNorm();
+  EXPECT_LT(
+      support::Deviation(WeightsOf(nodal, x.row(0), points), nodal.EvaluateDistances(squared)),
+      1e-14);
+  // A NaN in the point makes every weight NaN, and never harms the selection.
+  EXPECT_TRUE(
+      WeightsOf(nodal, Eigen::Vector3d(0.0, std::nan(""), 0.0), points).array().isNaN().all());
+}
+
+TEST(Kernel, TellsWhatItCanServeFor) {
+  struct Case {
+    int type;
+    bool correlation, constant, isotropic;
+    std::uint64_t count;
+  };
+  for (const Case& c : {Case{1, true, true, false, 2}, Case{101, true, true, true, 1},
+                        Case{102, false, true, true, 1}, Case{201, true, false, false, 1}}) {
+    const Eigen::VectorXd parameters = Eigen::VectorXd::Ones(c.type == 1 ? 2 : 1);
+    const auto kernel = MakeKernel(static_cast<KernelType>(c.type), parameters);
+    EXPECT_EQ(static_cast<int>(kernel->GetType()), c.type);
+    EXPECT_EQ(kernel->IsCorrelation(), c.correlation) << c.type;
+    EXPECT_EQ(kernel->IsConstantInfluence(), c.constant) << c.type;
+    EXPECT_EQ(kernel->IsIsotropic(), c.isotropic) << c.type;
+    EXPECT_EQ(kernel->GetParameterCount(), c.count) << c.type;
+    EXPECT_TRUE(kernel->IsKernelOfSurrogate());
+    EXPECT_EQ(kernel->GetParameterNames(), std::list<std::wstring>{L"Influence radius"});
+    const std::unique_ptr<KernelBase> copy(kernel->Clone());
+    EXPECT_EQ(copy->GetParameters(), parameters);
+    EXPECT_EQ(MakeKernel(static_cast<KernelType>(c.type), {})->GetParameters().size(), 0);
+  }
+  EXPECT_EQ(MessageOfExactly<std::logic_error>([] { MakeKernel(KernelType(7), {}); }),
+            "Unknown kernel type.");
+}
+
+TEST(Kernel, RefusesBadParametersAndWrongUse) {
+  using Domain = std::domain_error;
+  const auto refusal = [](int type, const Eigen::VectorXd& parameters) {
+    const auto kernel = MakeKernel(static_cast<KernelType>(type), Eigen::VectorXd());
+    const std::string message =
+        MessageOfExactly<Domain>([&] { kernel->SetParameters(parameters); });
+    EXPECT_EQ(kernel->GetParameters().size(), 0);
+    return message;
+  };
+  for (const int type : {1, 101, 102, 201})
+    EXPECT_EQ(refusal(type, {}), "KernelConstInflExp: undefined parameter");
+  const std::string greater_zero = ": parameter must be greater zero";
+  for (const double bad : {0.0, -1.0, std::nan("")}) {
+    EXPECT_EQ(refusal(1, Eigen::Vector2d(1.0, bad)), "KernelConstInflExp" + greater_zero);
+    EXPECT_EQ(refusal(101, Radius(bad)), "KernelConstInflIsoExp" + greater_zero);
+    EXPECT_EQ(refusal(102, Radius(bad)), "KernelConstInflIsoReg" + greater_zero);
+    EXPECT_EQ(refusal(201, Radius(bad)),
+              "KernelNodalInflExp: parameter must be greater or equal one");
+  }
+  const Eigen::VectorXd two = Eigen::VectorXd::Ones(2);
+  EXPECT_EQ(refusal(101, two), "Kernel: Invalid size of parameter vector");
+  EXPECT_EQ(refusal(102, two), "Kernel: Invalid size of parameter vector");
+
+  const KernelConstInflExp aniso(two);
+  const KernelNodalInflExp nodal(two);
+  EXPECT_EQ(MessageOfExactly<Domain>([&] { aniso.EvaluateDistance(1.0); }),
+            "EvaluateDistance works only for isotropic kernels");
+  EXPECT_EQ(MessageOfExactly<Domain>([&] { nodal.EvaluateDistance(1.0); }),
+            "EvaluateDistance works only for isotropic kernels");
+  EXPECT_EQ(MessageOfExactly<Domain>([&] { aniso.EvaluateDistances(two); }),
+            "EvaluateDistances works only for isotropic kernels");
+  EXPECT_EQ(MessageOfExactly<Domain>(
+                [&] { WeightsOf(aniso, Eigen::Vector3d::Zero(), Eigen::MatrixXd::Zero(2, 3)); }),
+            "Kernel: Invalid size of parameter vector");
+  EXPECT_EQ(MessageOfExactly<Domain>([&] { KernelConstInflIsoExp().EvaluateDistance(1.0); }),
+            "KernelConstInflExp: undefined parameter");
+}
+
+}  // namespace
+}  // namespace corvath::math::metamodel
