@@ -16,4 +16,9 @@ bool LessEqual(const Value& left, const Value& right);
 bool Greater(const Value& left, const Value& right);
 bool GreaterEqual(const Value& left, const Value& right);
 
+/// Logic of BOOLEANs. @throws CTypeException another kind
+void And(Value& result, const Value& left, const Value& right);
+void Or(Value& result, const Value& left, const Value& right);
+void Not(Value& result, const Value& x);
+
 }  // namespace corvath::math
