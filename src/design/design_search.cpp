@@ -55,24 +55,31 @@ class Cells {
   std::vector<bool> is_complete_;
 };
 
-/// A number per row, the same for rows whose values in `column` are equal within the tolerance.
-/// Values are sorted, and a new number begins where a neighbour is too far away: between two equal
-/// values there is no such gap. Twice the tolerance leaves room for rounding.
-std::vector<std::size_t> GroupReals(const Cells& cells, std::size_t column,
-                                    const std::vector<std::size_t>& rows) {
+/// Whether equality of this entry with others of its kind is closeness of their ToDouble().
+bool IsNumber(const CDesignEntry& entry) {
+  const auto* variant = entry.Peek<CDesignEntry::Variant>();
+  if (variant) return variant->IsScalar() || variant->IsBoolean();
+  return !entry.IsUninitialized() && !entry.Peek<std::wstring>();
+}
+
+/// A number per row, the same for rows whose numbers in `column` are equal within the tolerance.
+/// The numbers are sorted, and a new group begins where a neighbour is too far away: between two
+/// equal ones there is no such gap. Twice the tolerance leaves room for rounding.
+std::vector<std::size_t> GroupNumbers(const Cells& cells, std::size_t column,
+                                      const std::vector<std::size_t>& rows) {
   std::vector<std::pair<double, std::size_t>> sorted;
   std::vector<std::size_t> groups(cells.NumRows(), 0);
   for (const std::size_t row : rows) {
-    const double value = *cells.At(row, column)->Peek<double>();
-    if (std::isfinite(value)) sorted.emplace_back(value, row);  // others equal nothing: group 0
+    const double number = cells.At(row, column)->ToDouble();
+    if (std::isfinite(number)) sorted.emplace_back(number, row);  // others equal nothing
   }
   std::sort(sorted.begin(), sorted.end());
   const auto is_tiny = [](double x) { return std::abs(x) < 2.0 * math::kEps; };
   std::size_t group = 1;
   for (std::size_t i = 0; i < sorted.size(); ++i) {
-    const double value = sorted[i].first;
-    if (i > 0 && !math::IsClose(sorted[i - 1].first, value, 2.0 * kTolerance) &&
-        !(is_tiny(sorted[i - 1].first) && is_tiny(value)))
+    const double number = sorted[i].first;
+    if (i > 0 && !math::IsClose(sorted[i - 1].first, number, 2.0 * kTolerance) &&
+        !(is_tiny(sorted[i - 1].first) && is_tiny(number)))
       ++group;
     groups[sorted[i].second] = group;
   }
@@ -80,25 +87,24 @@ std::vector<std::size_t> GroupReals(const Cells& cells, std::size_t column,
 }
 
 /// A key per row: rows that match have the same key. A column takes part when all its entries are
-/// of one type whose equality sorts or hashes; the comparison of the rows decides in the end.
+/// numbers or all are texts; the comparison of the rows decides in the end.
 std::vector<std::size_t> MakeKeys(const Cells& cells) {
-  using enums::DesignEntry;
   std::vector<std::size_t> rows;
   for (std::size_t row = 0; row < cells.NumRows(); ++row)
     if (cells.IsComplete(row)) rows.push_back(row);
   std::vector<std::size_t> keys(cells.NumRows(), 0);
-  if (rows.empty()) return keys;
   for (std::size_t k = 0; k < cells.NumColumns(); ++k) {
-    const auto type = cells.At(rows.front(), k)->GetType();
-    if (std::any_of(rows.begin(), rows.end(),
-                    [&](std::size_t row) { return cells.At(row, k)->GetType() != type; }))
-      continue;
-    if (type == DesignEntry::REAL) {
-      const std::vector<std::size_t> groups = GroupReals(cells, k, rows);
+    const auto all_are = [&](auto test) {
+      return std::all_of(rows.begin(), rows.end(),
+                         [&](std::size_t row) { return test(*cells.At(row, k)); });
+    };
+    if (all_are(IsNumber)) {
+      const std::vector<std::size_t> groups = GroupNumbers(cells, k, rows);
       for (const std::size_t row : rows) boost::hash_combine(keys[row], groups[row]);
-    } else if (type != DesignEntry::VARIANT) {  // exact equality
+    } else if (all_are([](const CDesignEntry& entry) { return entry.Peek<std::wstring>(); })) {
       for (const std::size_t row : rows)
-        boost::hash_combine(keys[row], std::hash<std::wstring>()(cells.At(row, k)->ToString()));
+        boost::hash_combine(keys[row],
+                            std::hash<std::wstring>()(*cells.At(row, k)->Peek<std::wstring>()));
     }
   }
   return keys;

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
 #include <random>
 #include <set>
@@ -80,15 +81,25 @@ TEST(DesignSearch, ComparesByNameAndType) {
 }
 
 TEST(DesignSearch, AgreesWithAComparisonOfAllPairs) {
-  // Values on a coarse grid around zero, moved by steps next to the tolerance: groups of neighbours
-  // that chain together, values of both signs near zero, infinities and NaN.
+  // A few values moved by steps just within the tolerance, so that neighbours chain together; values
+  // near zero, infinities and NaN; numbers of all types.
   std::mt19937 random(7);
   const auto pick = [&random](int n) {
     return std::uniform_int_distribution<int>(0, n - 1)(random);
   };
   const auto value = [&] {
-    const double bases[] = {0.0, 1.0, -1.0, 3.0, 1e-16, -2e-16, HUGE_VAL, std::nan("")};
-    return CDesignEntry(bases[pick(8)] * (1.0 + 0.7e-14 * pick(6)));
+    const double bases[] = {0.0, 1.0, -1.0, 3.0, 1e-16, 1e-17, HUGE_VAL, std::nan("")};
+    const double number = bases[pick(8)] * (1.0 + 2.1e-14 * pick(3));
+    switch (pick(6)) {
+      case 0:
+        return CDesignEntry(pick(4));
+      case 1:
+        return CDesignEntry(Scalar(number, pick(2)));
+      case 2:
+        return CDesignEntry(pick(2) == 0);
+      default:
+        return CDesignEntry(number);
+    }
   };
   const auto design = [&](std::uint64_t id) {
     return MakeDesign(id, {{L"x", value()}, {L"y", value()}});
