@@ -1,0 +1,342 @@
+#include "design/parameter.h"
+
+#include "design/random_uuid.h"
+#include "foundation/exception.h"
+#include "support/message_of.h"
+
+#include <boost/uuid/entropy_error.hpp>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+
+using namespace corvath::algorithm::datatypes;
+using Kind = corvath::enums::DeterministicProperties;
+using Type = corvath::enums::DesignEntry;
+
+namespace {
+
+std::vector<CDesignEntry> Texts(std::initializer_list<const wchar_t*> texts) {
+  std::vector<CDesignEntry> result;
+  for (const wchar_t* text : texts) result.emplace_back(text);
+  return result;
+}
+
+std::vector<CDesignEntry> Reals(std::initializer_list<double> numbers) {
+  std::vector<CDesignEntry> result;
+  for (const double number : numbers) result.emplace_back(number);
+  return result;
+}
+
+RandomProperties Scatter() {
+  RandomProperties properties;
+  properties.SetKind(1);
+  properties.SetMoments({10.0, 2.0});
+  return properties;
+}
+
+Parameter Optimization() {
+  Parameter parameter(L"p");
+  parameter.SetDeterministicProperty(DeterministicProperties::Continuous(0.0, 9.0));
+  parameter.SetReferenceValue(CDesignEntry(4.0), false);
+  return parameter;
+}
+
+}  // namespace
+
+TEST(RandomUuid, SetsVersionAndVariantOverTheSource) {
+  const auto uuid =
+      NewRandomUuid([](void* data, std::size_t size) { std::memset(data, 0xff, size); });
+  for (std::size_t i = 0; i < 16; ++i)
+    EXPECT_EQ(uuid.data[i], i == 6 ? 0x4f : i == 8 ? 0xbf : 0xff) << i;
+  const auto zero = NewRandomUuid([](void* data, std::size_t size) { std::memset(data, 0, size); });
+  EXPECT_EQ(zero.data[6], 0x40);
+  EXPECT_EQ(zero.data[8], 0x80);
+  EXPECT_NE(NewRandomUuid(), NewRandomUuid());
+  EXPECT_THROW(
+      NewRandomUuid([](void*, std::size_t) { throw boost::uuids::entropy_error(5, "source"); }),
+      boost::uuids::entropy_error);
+}
+
+TEST(RandomProperties, ComparesNumbersUpToRounding) {
+  const RandomProperties base = Scatter();
+  const auto differs = [&base](auto change) {
+    RandomProperties other = base;
+    change(other);
+    return base != other;
+  };
+  const double nan = std::nan("");
+  EXPECT_FALSE(differs([](auto& p) { p.SetValidated(false); }));
+  EXPECT_FALSE(differs([](auto& p) { p.SetMoments({10.0 * (1.0 + 1e-13), 2.0}); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetMoments({10.0 * (1.0 + 1e-12), 2.0}); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetMoments({10.0, 2.1}); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetMoments({10.0}); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetParams({1.0}); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetKind(2); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetType(corvath::enums::RandomVariable::GUMBEL); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetCov(0.0); }));
+  EXPECT_TRUE(differs([nan](auto& p) { p.SetMoments({nan, 2.0}); }));
+
+  RandomProperties with_cov = base;
+  with_cov.SetCov(0.2);
+  with_cov.SetMoments({nan, 2.0});
+  RandomProperties other = with_cov;
+  other.SetMoments({nan, 3.0});  // the standard deviation follows from the coefficient
+  EXPECT_EQ(with_cov, other);
+  other.SetCov(0.3);
+  EXPECT_NE(with_cov, other);
+  other.ClearCov();
+  EXPECT_EQ(support::MessageOf([&] { other.GetCov(); }),
+            "The random property doesn't have a Coefficient of variation (COV) defined.");
+  EXPECT_EQ(GetMomentName(2), L"Standard deviation");
+  EXPECT_EQ(GetMomentName(5), L"5-th moment");
+}
+
+TEST(DeterministicProperties, ChecksBoundsByKind) {
+  const auto refusal = [](const DeterministicProperties& property, auto lower, auto upper,
+                          bool allow_equal) {
+    return support::MessageOf(
+        [&] { property.CheckBounds(CDesignEntry(lower), CDesignEntry(upper), allow_equal); });
+  };
+  const DeterministicProperties continuous;
+  EXPECT_EQ(refusal(continuous, 1.0, 2.0, false), "");
+  EXPECT_EQ(refusal(continuous, 1.0, 1.0, true), "");
+  for (const double upper : {1.0, 1.0 + 2e-14})
+    EXPECT_EQ(refusal(continuous, 1.0, upper, false),
+              "Lower and Upper bounds may not have the same value.");
+  EXPECT_EQ(refusal(continuous, 1.0, 1.0 + 3e-14, false), "");
+  EXPECT_EQ(refusal(continuous, 1.0, 2, false),
+            "Boundaries of continuous parameters may only be float type values.");
+
+  const auto by_value = DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, Reals({1, 2}));
+  EXPECT_EQ(refusal(by_value, L"anything", 7, false), "");
+
+  for (const auto kind : {Kind::ORDINAL_BY_INDEX, Kind::NOMINAL_BY_INDEX}) {
+    const auto by_index = DeterministicProperties::Discrete(kind, Texts({L"a", L"b", L"c"}));
+    EXPECT_EQ(refusal(by_index, 1, 1, false), "");
+    EXPECT_EQ(refusal(by_index, 0.0, 2, false),
+              "Boundaries of discrete parameters may only be integer index types.");
+    const std::string outside =
+        "One or both boundaries are outside the accepted discrete state map index range.";
+    EXPECT_EQ(refusal(by_index, -1, 2, false), outside);
+    EXPECT_EQ(refusal(by_index, 0, 3, false), outside);
+  }
+  DeterministicProperties unknown;
+  unknown.SetKind(static_cast<Kind::eKind>(4));
+  EXPECT_EQ(refusal(unknown, 1.0, 2.0, false), "Unknown domain type");
+}
+
+TEST(DeterministicProperties, SortsStatesAndSpansThem) {
+  const auto by_value =
+      DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, Reals({3, 1, 3, 2}));
+  EXPECT_EQ(by_value.GetDiscreteStates(), Reals({1, 2, 3}));
+  EXPECT_EQ(by_value.GetLowerBound(), CDesignEntry(1.0));
+  EXPECT_EQ(by_value.GetUpperBound(), CDesignEntry(3.0));
+
+  auto by_index =
+      DeterministicProperties::Discrete(Kind::ORDINAL_BY_INDEX, Texts({L"c", L"a", L"b"}));
+  EXPECT_EQ(by_index.GetDiscreteStates(), Texts({L"a", L"b", L"c"}));
+  EXPECT_EQ(by_index.GetLowerBound().GetType(), Type::INTEGER);
+  EXPECT_EQ(by_index.GetLowerBound(), CDesignEntry(0));
+  EXPECT_EQ(by_index.GetUpperBound(), CDesignEntry(2));
+
+  EXPECT_EQ(support::MessageOf([&] { by_index.SetDiscreteStates({}, false); }),
+            "A discrete deterministic property requires at least one discrete state but you passed "
+            "an empty discrete states vector.");
+  EXPECT_EQ(support::MessageOf([&] { by_index.SetDiscreteStates(Reals({1}), false); }),
+            "The data type of each discrete state of a deterministic property must match the data "
+            "type of the parameter");
+  DeterministicProperties continuous;
+  EXPECT_EQ(support::MessageOf([&] { continuous.SetDiscreteStates(Reals({1}), false); }),
+            "Cannot set discrete states for a continuous deterministic property");
+  EXPECT_EQ(by_index.GetDiscreteStates().size(), 3u);
+
+  by_index.SetDiscreteStates(Reals({1.5, 0.5}), true);
+  EXPECT_EQ(by_index.GetDiscreteStates(), Texts({L"0.5", L"1.5"}));
+  EXPECT_EQ(by_index.GetUpperBound(), CDesignEntry(1));
+}
+
+TEST(DeterministicProperties, BringsBoundsAndStatesInLineWithKindAndType) {
+  DeterministicProperties property;
+  property.SetBounds(CDesignEntry(5.7), CDesignEntry(2.1));
+  property.SetDataType(Type::INTEGER);
+  EXPECT_EQ(property.GetKind(), Kind::ORDINAL_BY_VALUE);
+  EXPECT_EQ(property.GetLowerBound(), CDesignEntry(2));
+  EXPECT_EQ(property.GetUpperBound(), CDesignEntry(5));
+  EXPECT_EQ(property.GetLowerBound().GetType(), Type::INTEGER);
+  property.SetKind(Kind::CONTINUOUS);
+  EXPECT_EQ(property.GetDataType(), Type::REAL);
+  EXPECT_EQ(property.GetUpperBound().GetType(), Type::REAL);
+
+  auto states = DeterministicProperties::Discrete(Kind::NOMINAL_BY_INDEX, Reals({2, 10, 10.5}));
+  states.SetKind(Kind::ORDINAL_BY_VALUE);
+  EXPECT_EQ(states.GetLowerBound(), CDesignEntry(2.0));
+  EXPECT_EQ(states.GetUpperBound(), CDesignEntry(10.5));
+  states.SetKind(Kind::ORDINAL_BY_INDEX);
+  EXPECT_EQ(states.GetUpperBound(), CDesignEntry(2));
+  states.SetDataType(Type::INTEGER);  // 10 and 10.5 become one state
+  EXPECT_EQ(states.GetDiscreteStates().size(), 2u);
+  EXPECT_EQ(states.GetUpperBound(), CDesignEntry(1));
+  states.SetDataType(Type::STRING);  // as texts, "10" stands before "2"
+  EXPECT_EQ(states.GetDiscreteStates(), Texts({L"10", L"2"}));
+  EXPECT_THROW(states.SetDataType(Type::VARIANT), std::invalid_argument);
+
+  // A NaN or a mixture of types must not lead the sort astray.
+  std::vector<CDesignEntry> odd;
+  for (int i = 0; i < 100; ++i) {
+    odd.emplace_back(i % 3 == 0 ? std::nan("") : 100.0 - i);
+    odd.emplace_back(L"text");
+    odd.emplace_back(i % 2 == 0);
+  }
+  property.SetKind(Kind::ORDINAL_BY_VALUE);
+  property.SetDiscreteStates(odd, true);
+  EXPECT_EQ(property.GetLowerBound(), CDesignEntry(0.0));
+  EXPECT_TRUE(std::isnan(property.GetDiscreteStates().back().ToDouble()));
+}
+
+TEST(Parameter, TellsWhatItIsFromItsTwoSides) {
+  Parameter parameter;
+  EXPECT_EQ(parameter.GetName(), L"unnamed");
+  EXPECT_TRUE(parameter.IsActive() && parameter.IsRemovable());
+  EXPECT_FALSE(parameter.IsConst() || parameter.IsModifiable() || parameter.IsDependent());
+  EXPECT_EQ(parameter.GetRandomProperties().GetType(), corvath::enums::RandomVariable::NORMAL);
+  EXPECT_EQ(parameter.GetOrigin(), parameter.GetId());
+  EXPECT_NE(parameter.GetId(), Parameter().GetId());
+  EXPECT_FALSE(parameter.IsOptimization() || parameter.IsStochastic() || parameter.IsMixed());
+
+  parameter.SetRandomProperties(Scatter());
+  EXPECT_TRUE(parameter.IsStochastic() && !parameter.IsMixed());
+  parameter.SetDeterministicProperty(DeterministicProperties::Continuous(0.0, 1.0));
+  EXPECT_TRUE(parameter.IsMixed() && parameter.IsOptimization() && !parameter.IsStochastic());
+  parameter.SetRandomProperties(RandomProperties());
+  EXPECT_TRUE(parameter.IsOptimization() && !parameter.IsMixed());
+
+  parameter.SetName(L"width");
+  EXPECT_EQ(parameter.GetDeterministicPropertyName(0), L"width");
+}
+
+TEST(Parameter, KeepsItsReferenceValueInTheTypeOfItsSides) {
+  Parameter stochastic(L"s");
+  stochastic.SetRandomProperties(Scatter());
+  EXPECT_EQ(
+      support::MessageOf([&] { stochastic.SetReferenceValue(CDesignEntry(1), false); }),
+      "Cannot set reference value for stochastic parameter \"s\". Data type needs to be REAL, "
+      "got INTEGER");
+  stochastic.SetReferenceValue(CDesignEntry(1), true);
+  EXPECT_EQ(stochastic.GetReferenceValue(), CDesignEntry(1.0));
+  EXPECT_EQ(stochastic.GetReferenceValue().GetType(), Type::REAL);
+
+  Parameter optimization(L"o");
+  optimization.SetDeterministicProperty(
+      DeterministicProperties::Discrete(Kind::ORDINAL_BY_INDEX, Texts({L"a", L"1"})));
+  EXPECT_EQ(support::MessageOf([&] { optimization.SetReferenceValue(CDesignEntry(true), false); }),
+            "Cannot set reference value for optimization parameter \"o\". Data type doesn't match. "
+            "Awaited STRING, got BOOL");
+  optimization.SetReferenceValue(CDesignEntry(true), true);
+  EXPECT_EQ(optimization.GetReferenceValue(), CDesignEntry(L"1"));
+
+  Parameter mixed(L"m");
+  mixed.SetRandomProperties(Scatter());
+  mixed.SetDeterministicProperty(
+      DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, {CDesignEntry(1)}));
+  // An INTEGER domain has no value that is REAL as well.
+  for (const CDesignEntry& value : {CDesignEntry(1), CDesignEntry(1.0)})
+    EXPECT_NE(support::MessageOf([&] { mixed.SetReferenceValue(value, false); })
+                  .find("Cannot set reference value for mixed parameter \"m\". Data type needs to "
+                        "be INTEGER, got "),
+              std::string::npos);
+}
+
+TEST(Parameter, ChangesTheKindOnlyWhereItCan) {
+  Parameter parameter = Optimization();
+  parameter.SetDeterministicProperty(L"q", DeterministicProperties::Continuous(1.5, 2.5));
+  auto first =
+      DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, {CDesignEntry(1), CDesignEntry(4)});
+  parameter.SetDeterministicProperty(L"p", first);
+  parameter.SetKind(Kind::ORDINAL_BY_INDEX);
+  EXPECT_EQ(parameter.GetReferenceValue().GetType(), Type::INTEGER);
+  EXPECT_EQ(parameter.GetReferenceValue(), CDesignEntry(4));
+  EXPECT_EQ(parameter.GetDeterministicProperty(L"q").GetDataType(), Type::INTEGER);
+  EXPECT_EQ(parameter.GetDeterministicProperty(L"q").GetUpperBound(), CDesignEntry(2));
+  CDesignEntry lower;
+  CDesignEntry upper;
+  parameter.GetBounds(lower, upper);
+  EXPECT_EQ(upper, CDesignEntry(1));
+
+  const std::string refused =
+      "Cannot set the deterministic property \"kind\" for the non optimization parameter ";
+  Parameter mixed = Optimization();
+  mixed.SetRandomProperties(Scatter());
+  EXPECT_EQ(support::MessageOf([&] { mixed.SetKind(Kind::ORDINAL_BY_INDEX); }), refused + "\"p\"");
+  EXPECT_EQ(mixed, [] {
+    Parameter same = Optimization();
+    same.SetRandomProperties(Scatter());
+    return same;
+  }());
+  mixed.SetKind(Kind::ORDINAL_BY_VALUE);
+  EXPECT_EQ(support::MessageOf([] { Parameter().SetKind(Kind::CONTINUOUS); }),
+            refused + "\"unnamed\"");
+}
+
+TEST(Parameter, NamesTheMissingProperty) {
+  const Parameter plain(L"p");
+  const Parameter optimization = Optimization();
+  EXPECT_EQ(support::MessageOf([&] { plain.GetDeterministicProperty(L"x"); }),
+            "Cannot return the the requested deterministic property x for the non optimization "
+            "parameter \"p");
+  EXPECT_EQ(support::MessageOf([&] { optimization.GetDeterministicProperty(L"x"); }),
+            "Cannot find the determinsitic property \"x\" of the parameter \"p\"");
+  EXPECT_EQ(support::MessageOf([&] { plain.GetDeterministicPropertyName(3); }),
+            "Cannot return the name of the requested deterministic property at index 3 for the non "
+            "optimization parameter \"p");
+  EXPECT_EQ(support::MessageOf([&] { optimization.GetDeterministicProperty(1); })
+                .rfind("The index given for the requested deterministic property of the parameter "
+                       "\"p\" is out of range: ",
+                       0),
+            0u);
+}
+
+TEST(Parameter, ComparesAllButIdentity) {
+  const Parameter base = Optimization();
+  const Parameter twin = Optimization();  // another identity, hence another origin
+  EXPECT_TRUE(base == twin);
+  EXPECT_FALSE(base.IsEqual(twin, true));
+  Parameter relative = twin;
+  relative.SetOrigin(base.GetOrigin());
+  EXPECT_TRUE(base.IsEqual(relative, true));
+
+  const auto differs = [&base](auto change) {
+    Parameter other = base;
+    change(other);
+    return base != other;
+  };
+  const MutableMember second = static_cast<MutableMember>(1);
+  EXPECT_TRUE(differs([](auto& p) { p.SetName(L"q"); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetActive(false); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetConst(true); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetMutable(kFirstMutableMember, true); }));
+  EXPECT_FALSE(differs([](auto& p) { p.SetMutable(kFirstMutableMember, false); }));
+  EXPECT_FALSE(differs([second](auto& p) { p.SetMutable(second, true); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetDependencyExpression(L"q"); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetModifiable(true); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetUnit(L"mm"); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetRemovable(false); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetRandomProperties(Scatter()); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetDeterministicProperty(L"q", {}); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetDeterministicProperty({}); }));
+  // Reference values: 4 and nearly 4.
+  EXPECT_FALSE(
+      differs([](auto& p) { p.SetReferenceValue(CDesignEntry(4.0 * (1.0 + 1e-14)), false); }));
+  EXPECT_TRUE(
+      differs([](auto& p) { p.SetReferenceValue(CDesignEntry(4.0 * (1.0 + 1e-13)), false); }));
+
+  const auto with_reference = [](const CDesignEntry& value) {
+    Parameter parameter(L"free");  // without sides: any type
+    parameter.SetReferenceValue(value, false);
+    return parameter;
+  };
+  EXPECT_EQ(with_reference(CDesignEntry(2)), with_reference(CDesignEntry(2.0)));
+  EXPECT_NE(with_reference(CDesignEntry(2)), with_reference(CDesignEntry(L"2")));
+}

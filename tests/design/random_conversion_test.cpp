@@ -1,0 +1,235 @@
+#include "design/random_conversion.h"
+
+#include "foundation/exception.h"
+#include "stochastics/rv_factory.h"
+#include "support/message_of.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <stdexcept>
+
+using namespace corvath::algorithm;
+using namespace corvath::algorithm::datatypes;
+namespace RandomVariable = corvath::enums::RandomVariable;
+using Names = std::vector<std::wstring>;
+
+namespace {
+
+constexpr double kNone = -1e99;  // no reference value
+
+RandomProperties Scatter(RandomVariable::eType type = RandomVariable::NORMAL) {
+  RandomProperties properties;
+  properties.SetType(type);
+  properties.SetKind(1);
+  return properties;
+}
+
+Parameter Stochastic(const std::wstring& name, const RandomProperties& properties,
+                     double reference = kNone) {
+  Parameter parameter(name);
+  parameter.SetRandomProperties(properties);
+  if (reference != kNone) parameter.SetReferenceValue(CDesignEntry(reference), false);
+  return parameter;
+}
+
+Parameter Mixed(const std::wstring& name, const RandomProperties& properties,
+                double reference = kNone) {
+  Parameter parameter = Stochastic(name, properties, reference);
+  parameter.SetDeterministicProperty(DeterministicProperties::Continuous(0.0, 100.0));
+  return parameter;
+}
+
+RandomProperties Normal(double mean, double sd) {
+  RandomProperties properties = Scatter();
+  properties.SetMoments({mean, sd});
+  return properties;
+}
+
+/// Parameters in an order that differs from that of the set (mixed first) and from that of names.
+ParameterManager BothOrders() {
+  ParameterManager manager;
+  manager.AddParameter(Stochastic(L"s2", Normal(1.0, 0.1)));
+  manager.AddParameter(Mixed(L"m2", Normal(-7.0, 0.2), 2.0));
+  manager.AddParameter(Stochastic(L"s1", Normal(3.0, 0.3)));
+  Parameter constant = Stochastic(L"constant", Normal(9.0, 0.9));
+  constant.SetConst(true);
+  manager.AddParameter(constant);
+  manager.AddParameter(Mixed(L"m1", Normal(-8.0, 0.4), 4.0));
+  Parameter plain(L"plain");
+  plain.SetDeterministicProperty(DeterministicProperties::Continuous(0.0, 1.0));
+  manager.AddParameter(plain);
+  return manager;
+}
+
+Design DesignOf(EntrySequence parameters) {
+  return Design(std::move(parameters), DesignId(1));
+}
+
+double Mean(const RV& variable) {
+  return variable.GetStat(L"Mean value");
+}
+double Deviation(const RV& variable) {
+  return variable.GetStat(L"Standard deviation");
+}
+
+}  // namespace
+
+TEST(ParameterToRV, TakesCoefficientThenParametersThenMoments) {
+  RandomProperties properties = Normal(10.0, 3.0);
+  properties.SetParams({1.0, 2.0});
+  properties.SetCov(0.1);
+  for (const double mean : {10.0, -10.0}) {
+    properties.SetMoments({mean, 3.0});
+    const auto variable = ParameterToRV(Stochastic(L"x", properties));
+    EXPECT_EQ(variable->GetName(), L"x");
+    EXPECT_DOUBLE_EQ(Mean(*variable), mean);
+    EXPECT_DOUBLE_EQ(Deviation(*variable), 1.0);
+  }
+  properties.ClearCov();
+  EXPECT_DOUBLE_EQ(Mean(*ParameterToRV(Stochastic(L"x", properties))), 1.0);
+  EXPECT_DOUBLE_EQ(Deviation(*ParameterToRV(Stochastic(L"x", properties))), 2.0);
+
+  RandomProperties uniform = Scatter(RandomVariable::UNIFORM);
+  uniform.SetMoments({5.0, 1.0});
+  const auto by_moments = ParameterToRV(Stochastic(L"x", uniform));
+  EXPECT_NEAR(by_moments->GetLowerBound(), 5.0 - std::sqrt(3.0), 1e-14);  // mean - sqrt(12) sd / 2
+
+  const RandomProperties nothing = Scatter(RandomVariable::GUMBEL);
+  EXPECT_EQ(*ParameterToRV(Stochastic(L"x", nothing)),
+            *RVFactory::GetInstance().Create(RandomVariable::GUMBEL));
+}
+
+TEST(ParameterToRV, CentresAMixedParameterAtItsReferenceValue) {
+  const auto mixed = ParameterToRV(Mixed(L"x", Normal(10.0, 3.0), 4.0));
+  EXPECT_DOUBLE_EQ(Mean(*mixed), 4.0);
+  EXPECT_DOUBLE_EQ(Deviation(*mixed), 3.0);
+  EXPECT_DOUBLE_EQ(Mean(*ParameterToRV(Stochastic(L"x", Normal(10.0, 3.0), 4.0))), 10.0);
+
+  RandomProperties only_cov = Scatter();
+  only_cov.SetCov(0.5);
+  const auto by_cov = ParameterToRV(Stochastic(L"x", only_cov, 8.0));
+  EXPECT_DOUBLE_EQ(Mean(*by_cov), 8.0);
+  EXPECT_DOUBLE_EQ(Deviation(*by_cov), 4.0);
+}
+
+TEST(ParameterToRV, NamesTheParameterThatFails) {
+  const std::string text =
+      "An error occured while transforming the parameter \"x\" to the appropriate rv-type.";
+  const std::string prefix =
+      "An error occured during transformation from a design point to a rvset: ";
+  const auto rvset = RVSetFactory::GetInstance().Create(RVSet::kIndependent);
+  RandomProperties short_list = Scatter();
+  short_list.SetMoments({1.0});
+  for (const Parameter& bad : {Stochastic(L"x", Scatter(static_cast<RandomVariable::eType>(8))),
+                               Stochastic(L"x", Normal(1.0, -1.0)), Stochastic(L"x", short_list)}) {
+    EXPECT_EQ(support::MessageOf([&] { ParameterToRV(bad); }), text);
+    EXPECT_EQ(support::MessageOf([&] { AddParameterToRVSet(*rvset, bad); }), prefix + text);
+  }
+  EXPECT_EQ(rvset->GetNumRVs(), 0u);
+  AddParameterToRVSet(*rvset, Stochastic(L"y", Normal(1.0, 1.0)));
+  EXPECT_EQ(GetVariableNames(*rvset), (Names{L"y"}));
+}
+
+TEST(BuildCorrelationMatrix, FollowsTheNamesAndIgnoresOthers) {
+  ParameterManager manager;
+  manager.GetCoherences().Set(L"a", L"c", 0.25);
+  manager.GetCoherences().Set(L"c", L"b", -0.5);
+  manager.GetCoherences().Set(L"a", L"elsewhere", 0.75);
+  Eigen::Matrix3d expected;
+  expected << 1.0, 0.25, -0.5, 0.25, 1.0, 0.0, -0.5, 0.0, 1.0;
+  EXPECT_EQ(BuildCorrelationMatrix(manager, {L"c", L"a", L"b"}), expected);
+  EXPECT_EQ(support::MessageOf([&] {
+              BuildCorrelationMatrix(manager, {L"a", L"b", L"a"});
+            }),
+            "Build correlation matrix impossible with not unique names");
+}
+
+TEST(ParameterManagerToRVSet, PutsMixedBeforeStochasticParameters) {
+  ParameterManager manager = BothOrders();
+  const auto independent = ParameterManagerToRVSet(manager, Design());
+  EXPECT_EQ(independent->GetKind(), RVSet::kIndependent);
+  EXPECT_EQ(GetVariableNames(*independent), (Names{L"m2", L"m1", L"s2", L"s1"}));
+  const double means[] = {2.0, 4.0, 1.0, 3.0};
+  const double deviations[] = {0.2, 0.4, 0.1, 0.3};
+  for (std::size_t i = 0; i < 4; ++i) {
+    EXPECT_DOUBLE_EQ(Mean(*independent->GetRVs()[i]), means[i]) << i;
+    EXPECT_DOUBLE_EQ(Deviation(*independent->GetRVs()[i]), deviations[i]) << i;
+  }
+
+  manager.GetCoherences().Set(L"s1", L"m2", 0.5);
+  manager.GetCoherences().Set(L"plain", L"m2", 0.9);
+  const auto correlated = ParameterManagerToRVSet(manager, Design());
+  EXPECT_EQ(correlated->GetKind(), RVSet::kNataf);
+  Eigen::Matrix4d expected = Eigen::Matrix4d::Identity();
+  expected(0, 3) = expected(3, 0) = 0.5;
+  EXPECT_EQ(correlated->GetCorrelationMatrix(), expected);
+
+  ParameterManager nobody;
+  nobody.GetCoherences().Set(L"a", L"b", 0.5);
+  EXPECT_EQ(ParameterManagerToRVSet(nobody, Design())->GetNumRVs(), 0u);
+}
+
+TEST(ParameterManagerToRVSet, FollowsTheDesignAndTakesItsValuesAsMeans) {
+  ParameterManager manager = BothOrders();
+  RandomProperties with_cov = Normal(1.0, 0.1);
+  with_cov.SetCov(0.25);
+  manager.ReplaceParameter(Stochastic(L"s2", with_cov));
+  manager.GetCoherences().Set(L"m1", L"s1", -0.25);
+  const auto rvset = ParameterManagerToRVSet(
+      manager, DesignOf({{L"plain", CDesignEntry(0.5)},
+                         {L"s1", CDesignEntry(30.0)},
+                         {L"m1", CDesignEntry()},  // not initialised: as if not mentioned
+                         {L"s2#$#inner", CDesignEntry(-12.0)},
+                         {L"s1", CDesignEntry(33.0)}}));
+  EXPECT_EQ(GetVariableNames(*rvset), (Names{L"s1", L"s2", L"m1", L"m2"}));
+  EXPECT_DOUBLE_EQ(Mean(*rvset->GetRVs()[0]), 33.0);
+  EXPECT_DOUBLE_EQ(Deviation(*rvset->GetRVs()[0]), 0.3);
+  EXPECT_DOUBLE_EQ(Mean(*rvset->GetRVs()[1]), -12.0);
+  EXPECT_DOUBLE_EQ(Deviation(*rvset->GetRVs()[1]), 3.0);
+  EXPECT_DOUBLE_EQ(Mean(*rvset->GetRVs()[2]), 4.0);
+  EXPECT_EQ(rvset->GetCorrelationMatrix()(0, 2), -0.25);
+
+  RandomProperties positive = Scatter(RandomVariable::LOGNORMAL);
+  positive.SetMoments({1.0, 0.5});
+  manager.ReplaceParameter(Stochastic(L"s1", positive));
+  EXPECT_NE(support::MessageOf([&] {
+              ParameterManagerToRVSet(manager, DesignOf({{L"s1", CDesignEntry(-1.0)}}));
+            }).find("Mean value must be strictly positive."),
+            std::string::npos);
+}
+
+TEST(RandomConversion, ValuesGoToTheirOwnNamesInEveryOrder) {
+  const ParameterManager manager = BothOrders();
+  const auto rvset = ParameterManagerToRVSet(manager, Design());
+  const std::vector<Design> designs{DesignOf({{L"s1", CDesignEntry(10.0)},
+                                              {L"s2", CDesignEntry(20.0)},
+                                              {L"plain", CDesignEntry(30.0)},
+                                              {L"m1", CDesignEntry(40.0)},
+                                              {L"m2", CDesignEntry(50.0)}}),
+                                    DesignOf({{L"m2", CDesignEntry(51.0)},
+                                              {L"m1", CDesignEntry(41.0)},
+                                              {L"s2", CDesignEntry(21.0)},
+                                              {L"s1", CDesignEntry(11.0)}})};
+  Eigen::MatrixXd in_set_order(2, 4);  // m2, m1, s2, s1
+  in_set_order << 50, 40, 20, 10, 51, 41, 21, 11;
+  EXPECT_EQ(DesignsToMatrix(designs, *rvset), in_set_order);
+
+  // A model's columns have an order of their own.
+  const Names columns{L"s1", L"m2", L"s2", L"m1"};
+  const InputColumns inputs = InputColumns::Of(manager, columns, InputSide::kRandom);
+  Eigen::MatrixXd in_model_order(2, 4);
+  in_model_order << 10, 50, 20, 40, 11, 51, 21, 41;
+  EXPECT_EQ(inputs.ToMatrix(designs), in_model_order);
+
+  const auto from_set = MatrixToDesigns(in_set_order, *rvset);
+  const auto from_model = inputs.ToSequences(in_model_order);
+  for (std::size_t row = 0; row < 2; ++row)
+    for (const std::wstring& name : columns) {
+      const CDesignEntry& value = designs[row].GetParameters().Get(name);
+      EXPECT_EQ(from_set[row].Get(name), value);
+      EXPECT_EQ(from_model[row].Get(name), value);
+    }
+  EXPECT_EQ(support::MessageOf([&] { MatrixToDesigns(Eigen::MatrixXd::Zero(1, 3), *rvset); }),
+            "Exactly as many random properties as design point elements needed!");
+}
