@@ -1,0 +1,221 @@
+#!/usr/bin/env python3
+"""Runs the program zel as a user would.   zel_test.py ZEL LIBZELSOLVER SAMPLE"""
+import csv
+import ctypes
+import hashlib
+import io
+import math
+import os
+import pathlib
+import pty
+import random
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ZEL, LIBRARY, SAMPLE = (str(pathlib.Path(argument).resolve()) for argument in sys.argv[1:4])
+INPUTS = [f"area_{i}" for i in range(1, 11)]
+OUTPUTS = ["mass", "displacement"] + [f"stress[{i}]" for i in range(10)]
+
+
+def zel(*arguments, stdin=b"", **options):
+    return subprocess.run([ZEL, *arguments], input=stdin, capture_output=True, timeout=60, **options)
+
+
+def designs(n, seed=1):
+    source = random.Random(seed)
+    return [[source.uniform(6.0, 24.0) for _ in INPUTS] for _ in range(n)]
+
+
+def table(rows, header=None):
+    text = io.StringIO()
+    writer = csv.writer(text, lineterminator="\n")
+    writer.writerow(INPUTS if header is None else header)
+    writer.writerows([[repr(value) for value in row] for row in rows])
+    return text.getvalue().encode()
+
+
+def predict(rows):
+    """The same predictions straight from the C interface."""
+    library = ctypes.CDLL(LIBRARY)
+    n = len(rows)
+    inputs = (ctypes.c_double * (10 * n))(*[row[i] for i in range(10) for row in rows])
+    out = (ctypes.c_double * (12 * n))()
+    assert library.dzel2_solve(SAMPLE.encode(), n, inputs, len(inputs), 2, out, len(out)) == 0
+    return [[out[k * n + d] for k in range(12)] for d in range(n)]
+
+
+class Zel(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.addCleanup(self.folder.cleanup)
+        self.path = pathlib.Path(self.folder.name)
+
+    def refused(self, result, *texts, status=1):
+        """One line on standard error that holds the texts, and nothing else."""
+        self.assertEqual(result.returncode, status, result.stderr)
+        error = result.stderr.decode()
+        self.assertEqual(error.count("\n"), 1, error)
+        for text in texts:
+            self.assertIn(text, error)
+
+    def test_solve_gives_what_the_library_gives_in_blocks_and_any_column_order(self):
+        rows = designs(9000)  # more than two blocks
+        order = random.Random(3).sample(range(10), 10)
+        shuffled = table([[row[i] for i in order] + [0.5] for row in rows],
+                         [INPUTS[i] for i in order] + ["not an input"])
+        result = zel("solve", SAMPLE, "--in", "-", stdin=shuffled)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        records = list(csv.reader(io.StringIO(result.stdout.decode())))
+        self.assertEqual(records[0], OUTPUTS)
+        # The shortest text of a double reads back exactly.
+        self.assertEqual([[float(cell) for cell in record] for record in records[1:]], predict(rows))
+        self.assertEqual(result.stderr, b"")  # no progress line without a terminal
+
+    def test_solve_adds_what_the_options_ask_for(self):
+        result = zel("solve", SAMPLE, "--in", "-", "--criteria", "--density", "--errors",
+                     stdin=table(designs(3)))
+        self.assertEqual(result.returncode, 0, result.stderr)
+        records = list(csv.DictReader(io.StringIO(result.stdout.decode())))
+        self.assertEqual(len(records), 3)
+        for record in records:
+            self.assertGreater(float(record["mass:density"]), 0.0)
+            self.assertGreater(float(record["stress[9]:rmse"]), 0.0)
+            self.assertLessEqual(float(record["displacement:local_cop"]), 1.0)
+            self.assertIn("stress_limit", record)
+
+    def test_values_out_of_bounds_are_named_unless_extrapolated(self):
+        rows = designs(5000)
+        rows[4500][2] = 99.5
+        points = self.path / "points.csv"
+        points.write_bytes(table(rows))
+        result = zel("solve", SAMPLE, "--in", str(points))
+        self.refused(result, str(points), "row 4502", '"area_3"', "99.5", "--extrapolate")
+        result = zel("solve", SAMPLE, "--in", str(points), "--extrapolate")
+        self.assertEqual(result.returncode, 0, result.stderr)
+
+    def test_accepts_what_spreadsheets_write(self):
+        rows = designs(2)
+        expected = zel("solve", SAMPLE, "--in", "-", stdin=table(rows)).stdout
+        text = table(rows).decode()
+        variants = {
+            "byte order mark": "\ufeff" + text,
+            "CR LF": text.replace("\n", "\r\n"),
+            "quoted": "\n".join(",".join(f'"{cell}"' for cell in line.split(","))
+                                for line in text.splitlines()),
+            "no line end at the end": text.rstrip("\n"),
+            "blank line at the end": text + "\n",
+            "blanks around": text.replace(",", " , "),
+            "plus signs": text.splitlines()[0] + "\n" +
+                          "\n".join("+" + line.replace(",", ",+") for line in text.splitlines()[1:]),
+        }
+        for name, variant in variants.items():
+            with self.subTest(name):
+                result = zel("solve", SAMPLE, "--in", "-", stdin=variant.encode())
+                self.assertEqual(result.stdout, expected, result.stderr)
+
+    def test_refuses_bad_tables_and_says_where(self):
+        good = [repr(12.0)] * 10
+        header = ",".join(INPUTS)
+        line = ",".join(good)
+
+        def cell(text):
+            return f"{header}\n{line}\n{','.join(good[:4] + [text] + good[5:])}\n"
+
+        cases = {
+            "": ["no header row"],
+            header.replace("area_7", "area_X") + "\n": ["row 1", '"area_7"'],
+            header + ",area_2\n": ["row 1", "two columns", '"area_2"'],
+            header.replace(",", ";") + "\n": ["row 1", "separated by commas"],
+            f"{header}\n{line},1\n": ["row 2", "11 cells", "10"],
+            cell("twelve"): ["row 3", '"area_5"', '"twelve"'],
+            cell(""): ["row 3", '"area_5"', "not a number"],
+            cell("1e999"): ["row 3", '"area_5"', "range"],
+            cell("12 3"): ["row 3", '"area_5"'],
+            f'{header}\n"12': ["row 2", "quotation"],
+        }
+        for text, parts in cases.items():
+            with self.subTest(text[:200]):
+                result = zel("solve", SAMPLE, "--in", "-", stdin=text.encode())
+                self.refused(result, "standard input", *parts)
+
+    def test_nan_passes_and_is_nan(self):
+        rows = [["nan"] + ["12.0"] * 9]
+        text = ",".join(INPUTS) + "\n" + ",".join(rows[0]) + "\n"
+        result = zel("solve", SAMPLE, "--in", "-", stdin=text.encode())
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual(result.stdout.decode().splitlines()[1].split(",")[0], "nan")
+
+    def test_a_failure_leaves_an_old_result_alone(self):
+        old = self.path / "result.csv"
+        old.write_text("precious")
+        self.refused(zel("solve", SAMPLE, "--in", "-", "--out", str(old), stdin=b"no\n"), "area_1")
+        self.assertEqual(old.read_text(), "precious")
+        self.assertEqual(os.listdir(self.path), ["result.csv"])
+        result = zel("solve", SAMPLE, "--in", "-", "--out", str(old), stdin=table(designs(1)))
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertIn("mass", old.read_text())
+        result = zel("solve", SAMPLE, "--in", "-", "--out", str(self.path / "no" / "folder.csv"),
+                     stdin=table(designs(1)))
+        self.refused(result, "folder.csv")
+
+    def test_a_full_disk_is_an_error(self):
+        with open("/dev/full", "wb") as full:
+            result = subprocess.run([ZEL, "solve", SAMPLE, "--in", "-"], input=table(designs(5)),
+                                    stdout=full, stderr=subprocess.PIPE, timeout=60)
+        self.refused(result, "standard output", "No space left")
+
+    def test_hash_is_the_sha512_and_ties_calls_to_the_file(self):
+        digest = hashlib.sha512(pathlib.Path(SAMPLE).read_bytes()).hexdigest()
+        self.assertEqual(zel("hash", SAMPLE).stdout.decode(), digest + "\n")
+        points = table(designs(1))
+        self.assertEqual(zel("solve", SAMPLE, "--in", "-", "--hash", digest, stdin=points).returncode, 0)
+        result = zel("solve", SAMPLE, "--in", "-", "--hash", "0" * 128, stdin=points)
+        self.refused(result, SAMPLE, "Signature is invalid or missing")
+        self.refused(zel("hash", str(self.path / "none")), "none")
+
+    def test_info_shows_inputs_responses_and_criteria(self):
+        text = zel("info", SAMPLE).stdout.decode()
+        for word in INPUTS + OUTPUTS + ["stress_limit", "in^2"][:1]:
+            self.assertIn(word, text)
+
+    def test_missing_and_damaged_projects_are_refused(self):
+        none = str(self.path / "none.vrdb")
+        result = zel("info", none)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(f"zel: {none}: Initializing new solver failed.", result.stderr.decode())
+        self.assertIn("does not exist", result.stderr.decode())  # from the log
+        cut = self.path / "cut.vrdb"
+        cut.write_bytes(pathlib.Path(SAMPLE).read_bytes()[:5000])
+        self.assertEqual(zel("info", str(cut)).returncode, 1)
+        self.assertEqual(zel("info", str(self.path)).returncode, 1)
+
+    def test_wrong_command_lines_end_with_status_2(self):
+        for arguments in ([], ["solve"], ["solve", SAMPLE], ["info"], ["info", SAMPLE, "--no-such"],
+                          ["fly", SAMPLE]):
+            with self.subTest(arguments):
+                self.assertEqual(zel(*arguments).returncode, 2)
+        for arguments in (["--help"], ["solve", "--help"], ["--version"]):
+            self.assertEqual(zel(*arguments).returncode, 0)
+
+    def test_progress_shows_on_a_terminal(self):
+        points = self.path / "points.csv"
+        points.write_bytes(table(designs(20000)))
+        controller, terminal = pty.openpty()
+        subprocess.run([ZEL, "solve", SAMPLE, "--in", str(points), "--out",
+                        str(self.path / "out.csv")], stderr=terminal, timeout=60, check=True)
+        os.close(terminal)
+        seen = os.read(controller, 65536)
+        os.close(controller)
+        self.assertIn(b"designs", seen)
+
+    def test_file_names_need_not_be_ascii(self):
+        copy = self.path / "br\u00fccke.vrdb"
+        shutil.copy(SAMPLE, copy)
+        self.assertEqual(zel("info", str(copy)).returncode, 0)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], "-v"])
