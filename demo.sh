@@ -6,7 +6,7 @@ cd "$(dirname "$0")"
 source tools/setup.sh
 
 zel_install
-zel_build release zel zelsolver compare_tenbar c_caller
+zel_build release zel compare_tenbar
 
 sample=examples/zel_tenbar.vrdb
 zel=build/release/cli/zel

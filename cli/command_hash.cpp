@@ -1,9 +1,9 @@
-#include <exception>
-#include <iostream>
-
 #include "commands.h"
 #include "foundation/text.h"
 #include "solver/file_signature.h"
+
+#include <exception>
+#include <iostream>
 
 namespace cli {
 

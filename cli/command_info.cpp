@@ -1,6 +1,3 @@
-#include <cmath>
-#include <iostream>
-
 #include "api/call_frame.h"
 #include "commands.h"
 #include "foundation/text.h"
@@ -9,6 +6,12 @@
 #include "project.h"
 #include "solver/zel_solver.h"
 #include "text_table.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <iostream>
+#include <limits>
 
 namespace cli {
 namespace {
@@ -22,7 +25,28 @@ std::string ValueText(double value) {
 }
 
 /// A coefficient of prognosis; "-" where the project has none.
-std::string CoPText(double cop) { return cop == -1.0 ? "-" : Short(cop); }
+std::string CoPText(double cop, int digits) {
+  if (cop == -1.0) return "-";
+  char text[32];
+  const auto end = std::to_chars(text, text + sizeof text, cop, std::chars_format::fixed, digits);
+  return std::string(text, end.ptr);
+}
+
+/// The inputs that a model uses with their CoPs, the most important first.
+std::string UsedInputs(const std::vector<std::string>& inputs, const std::vector<bool>& filtered,
+                       const std::vector<double>& cops) {
+  std::vector<std::size_t> order;
+  for (std::size_t i = 0; i < inputs.size(); ++i)
+    if (!filtered[i]) order.push_back(i);
+  std::stable_sort(order.begin(), order.end(),
+                   [&](std::size_t a, std::size_t b) { return cops[a] > cops[b]; });
+  std::string text;
+  for (const std::size_t i : order) {
+    text += (text.empty() ? "" : ", ") + inputs[i];
+    if (cops[i] != -1.0) text += ' ' + CoPText(cops[i], 2);
+  }
+  return text;
+}
 
 void PrintInputs(const Project& project) {
   const std::vector<double> bounds = project.GetBounds();
@@ -46,22 +70,17 @@ void PrintOutputs(const Project& project, const std::string& hash) {
   table.AddColumn("name", TextTable::Align::kLeft);
   table.AddColumn("CoP", TextTable::Align::kRight);
   table.AddColumn("model", TextTable::Align::kLeft);
-  table.AddColumn("inputs used (CoP)", TextTable::Align::kLeft);
+  table.AddColumn("inputs that it uses, with the loss of CoP without each",
+                  TextTable::Align::kLeft);
   for (const std::string& name : project.GetOutputs()) {
     const std::vector<double> cops = project.GetCoPs(name);
     const std::vector<bool> filtered = project.GetFiltered(name);
-    std::string used;
-    for (std::size_t i = 0; i < filtered.size(); ++i) {
-      if (filtered[i]) continue;
-      used += (used.empty() ? "" : ", ") + project.GetInputs()[i];
-      if (cops[i] != -1.0) used += " (" + CoPText(cops[i]) + ")";
-    }
-    const auto& model =
-        solver->GetSurrogateInfos().GetSurrogateInfo(FromUtf8(name)).GetSurrogate();
-    table.AddRow({name, CoPText(cops.back()), model ? ToUtf8(model->GetName(false)) : "-", used});
+    const auto& model = solver->GetSurrogateInfos().GetSurrogateInfo(FromUtf8(name)).GetSurrogate();
+    table.AddRow({name, CoPText(cops.back(), 4), model ? ToUtf8(model->GetName(false)) : "-",
+                  UsedInputs(project.GetInputs(), filtered, cops)});
   }
   std::cout << "\nResponses (" << project.GetOutputs().size()
-            << "), with the coefficient of prognosis of the model and of each input in it\n";
+            << "), with the coefficient of prognosis (CoP) of the model\n";
   table.Print(std::cout, "  ");
 }
 
@@ -74,7 +93,8 @@ void PrintCriteria(const Project& project, const std::string& hash) {
   table.AddColumn("kind", TextTable::Align::kLeft);
   table.AddColumn("value", TextTable::Align::kLeft);
   for (const auto& [name, criterion] : solver->GetCriteriaList())
-    table.AddRow({ToUtf8(name), criterion.IsLimitState() ? "limit, kept when not negative" : "value",
+    table.AddRow({ToUtf8(name),
+                  criterion.IsLimitState() ? "limit, kept when not negative" : "value",
                   ToUtf8(criterion.GetExpression())});
   std::cout << "\nCriteria (" << project.GetCriteria().size() << ")\n";
   table.Print(std::cout, "  ");

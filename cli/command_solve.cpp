@@ -1,3 +1,10 @@
+#include "commands.h"
+#include "csv_reader.h"
+#include "csv_writer.h"
+#include "output_file.h"
+#include "progress_line.h"
+#include "project.h"
+
 #include <zelsolver/zelsolver.h>
 
 #include <algorithm>
@@ -6,13 +13,6 @@
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "commands.h"
-#include "csv_reader.h"
-#include "csv_writer.h"
-#include "output_file.h"
-#include "progress_line.h"
-#include "project.h"
 
 namespace cli {
 namespace {
@@ -23,7 +23,9 @@ constexpr std::size_t kBlock = 4096;
 constexpr const char* kErrorNames[] = {"local_cop", "rmse", "mean_error", "mean_abs_error"};
 constexpr std::size_t kNumErrors = 4;
 
-std::string Quoted(const std::string& name) { return '"' + name + '"'; }
+std::string Quoted(const std::string& name) {
+  return '"' + name + '"';
+}
 
 std::string Number(double value) {
   char text[32];
@@ -74,18 +76,17 @@ class Designs {
     return by_input_;
   }
 
-  /// Names the row and column of the first value outside `bounds`, as the library looks for it.
-  std::string FirstOutside(const std::vector<double>& bounds) const {
+  /// @throws Refusal  a value is outside, as the library counts it
+  void CheckBounds(const std::vector<double>& bounds) const {
     constexpr double kTolerance = 1e-8;
     for (std::size_t d = 0; d < size_; ++d)
       for (std::size_t i = 0; i < inputs_.size(); ++i) {
         const double value = rows_[d * inputs_.size() + i];
         if (value < bounds[2 * i] - kTolerance || value > bounds[2 * i + 1] + kTolerance)
-          return Place(first_row_ + d, i) + ": " + Number(value) + " is outside [" +
-                 Number(bounds[2 * i]) + ", " + Number(bounds[2 * i + 1]) +
-                 "]; --extrapolate predicts there too";
+          throw Refusal(Place(first_row_ + d, i) + ": " + Number(value) + " is outside [" +
+                        Number(bounds[2 * i]) + ", " + Number(bounds[2 * i + 1]) +
+                        "]; --extrapolate predicts there too");
       }
-    return "";
   }
 
  private:
@@ -128,6 +129,7 @@ class Solver {
   explicit Solver(const SolveOptions& options)
       : options_(options),
         project_(options.file, options.hash),
+        bounds_(project_.GetBounds()),
         reader_(options.in),
         designs_(reader_, project_.GetInputs()),
         file_(options.out),
@@ -172,13 +174,10 @@ class Solver {
   }
 
   void SolveBlock() {
-    std::string error;
+    // The library checks bounds, too, but knows no rows.
+    if (!options_.extrapolate) designs_.CheckBounds(bounds_);
     const std::size_t n = designs_.GetSize();
-    if (!project_.Solve(static_cast<unsigned int>(n), designs_.ByInput(), flags_, values_, error)) {
-      const std::string outside =
-          options_.extrapolate ? "" : designs_.FirstOutside(project_.GetBounds());
-      throw Refusal(outside.empty() ? options_.file + ": " + error : outside);
-    }
+    project_.Solve(static_cast<unsigned int>(n), designs_.ByInput(), flags_, values_);
     const std::size_t num_outputs = project_.GetOutputs().size();
     const std::size_t num_criteria = options_.criteria ? project_.GetCriteria().size() : 0;
     const double* const criteria = values_.data() + num_outputs * n;
@@ -202,6 +201,7 @@ class Solver {
 
   const SolveOptions& options_;
   Project project_;
+  std::vector<double> bounds_;
   CsvReader reader_;
   Designs designs_;
   OutputFile file_;
@@ -214,6 +214,8 @@ class Solver {
 
 }  // namespace
 
-void RunSolve(const SolveOptions& options) { Solver(options).Run(); }
+void RunSolve(const SolveOptions& options) {
+  Solver(options).Run();
+}
 
 }  // namespace cli

@@ -1,18 +1,19 @@
 #include "csv_reader.h"
 
+#include "commands.h"
+
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <cstring>
 #include <exception>
 
-#include "commands.h"
-
 namespace cli {
 namespace {
 
 constexpr std::size_t kChunk = 1 << 16;
 constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
+constexpr std::size_t kMarkSize = sizeof kByteOrderMark - 1;
 
 }  // namespace
 
@@ -90,7 +91,10 @@ void CsvReader::ReadAll(const Handler& handler) {
     if (size == 0) break;
     bytes_read_ += size;
     const char* begin = chunk.data();
-    if (first && size >= 3 && std::memcmp(begin, kByteOrderMark, 3) == 0) begin += 3, size -= 3;
+    if (first && size >= kMarkSize && std::memcmp(begin, kByteOrderMark, kMarkSize) == 0) {
+      begin += kMarkSize;
+      size -= kMarkSize;
+    }
     check(csv_parse(&parser_, begin, size, on_field, on_record, &context) == size);
   }
   if (std::ferror(file_) != 0) throw Refusal(name_ + ": " + std::strerror(errno));

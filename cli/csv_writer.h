@@ -1,9 +1,9 @@
 #pragma once
 
+#include "output_file.h"
+
 #include <string>
 #include <string_view>
-
-#include "output_file.h"
 
 namespace cli {
 

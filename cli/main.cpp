@@ -1,10 +1,10 @@
-#include <zelsolver/zelsolver.h>
+#include "commands.h"
 
 #include <CLI/CLI.hpp>
+#include <zelsolver/zelsolver.h>
+
 #include <exception>
 #include <iostream>
-
-#include "commands.h"
 
 namespace {
 
@@ -29,8 +29,7 @@ void AddSolve(CLI::App& app) {
       "A response that its model cannot predict is nan.");
   static cli::SolveOptions options;
   command->add_option("FILE", options.file, "Project file (.vrdb)")->required();
-  command->add_option("--in", options.in, "Designs to predict at; - is standard input")
-      ->required();
+  command->add_option("--in", options.in, "Designs to predict at; - is standard input")->required();
   command->add_option("--out", options.out, "Result; - is standard output")->capture_default_str();
   command->add_flag("--extrapolate", options.extrapolate,
                     "Predict outside the bounds of the project's designs too");

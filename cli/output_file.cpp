@@ -1,11 +1,11 @@
 #include "output_file.h"
 
+#include "commands.h"
+
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-
-#include "commands.h"
 
 namespace cli {
 

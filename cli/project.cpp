@@ -1,10 +1,13 @@
 #include "project.h"
 
+#include "commands.h"
+
+#include <sys/stat.h>
 #include <zelsolver/zelsolver.h>
 
+#include <cerrno>
+#include <cstring>
 #include <memory>
-
-#include "commands.h"
 
 namespace cli {
 namespace {
@@ -18,6 +21,10 @@ std::string LastError() {
 
 Project::Project(std::string file, std::string hash)
     : file_(std::move(file)), hash_(std::move(hash)) {
+  // The library tells the reason of a failed opening in its log alone.
+  struct stat status {};
+  if (stat(file_.c_str(), &status) != 0) throw Refusal(file_ + ": " + std::strerror(errno));
+  if (S_ISDIR(status.st_mode)) throw Refusal(file_ + ": is a directory");
   inputs_ = GetNames(ZEL_INPUTS);
   outputs_ = GetNames(ZEL_OUTPUTS);
   criteria_ = GetNames(ZEL_CRITERIA);
@@ -62,19 +69,17 @@ std::vector<bool> Project::GetFiltered(const std::string& output) const {
   return std::vector<bool>(states.begin(), states.end() - 1);
 }
 
-bool Project::Solve(unsigned int n_designs, const std::vector<double>& inputs, unsigned int flags,
-                    std::vector<double>& out, std::string& error) const {
+void Project::Solve(unsigned int n_designs, const std::vector<double>& inputs, unsigned int flags,
+                    std::vector<double>& out) const {
   std::size_t values = 0;  // per design
   if ((flags & ZEL_SOLVE_RESPONSES) != 0) values += outputs_.size();
   if ((flags & ZEL_SOLVE_CRITERIA) != 0) values += criteria_.size();
   if ((flags & ZEL_SOLVE_DENSITIES) != 0) values += outputs_.size();
   if ((flags & ZEL_SOLVE_ERRORS) != 0) values += 4 * outputs_.size();
   out.resize(values * n_designs);
-  const int status = dzel2_solve_hash(
-      file_.c_str(), n_designs, inputs.data(), static_cast<unsigned int>(inputs.size()), flags,
-      out.data(), static_cast<unsigned int>(out.size()), Hash());
-  if (status != ZEL_OK) error = LastError();
-  return status == ZEL_OK;
+  Check(dzel2_solve_hash(file_.c_str(), n_designs, inputs.data(),
+                         static_cast<unsigned int>(inputs.size()), flags, out.data(),
+                         static_cast<unsigned int>(out.size()), Hash()));
 }
 
 }  // namespace cli

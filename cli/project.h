@@ -25,9 +25,8 @@ class Project {
   std::vector<bool> GetFiltered(const std::string& output) const;
 
   /// dzel2_solve(): `inputs` input after input; resizes `out` to what `flags` select.
-  /// @return false with the library's text in `error`
-  bool Solve(unsigned int n_designs, const std::vector<double>& inputs, unsigned int flags,
-             std::vector<double>& out, std::string& error) const;
+  void Solve(unsigned int n_designs, const std::vector<double>& inputs, unsigned int flags,
+             std::vector<double>& out) const;
 
  private:
   std::vector<std::string> GetNames(unsigned int flag) const;

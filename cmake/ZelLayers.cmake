@@ -8,6 +8,12 @@ pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
 # Top to bottom: dependencies flow downwards only (tools/check_layers holds the arrows).
 set(ZEL_LAYERS api solver project calculator metamodel design optimizer doe stochastics variant
   archive foundation)
+set(ZEL_PRESENT_LAYERS "")
+foreach(layer ${ZEL_LAYERS})
+  if(EXISTS ${CMAKE_SOURCE_DIR}/src/${layer}/CMakeLists.txt)
+    list(APPEND ZEL_PRESENT_LAYERS ${layer})
+  endif()
+endforeach()
 set(ZEL_THIRD_PARTY Boost::serialization Boost::filesystem Boost::date_time Eigen3::Eigen
   PkgConfig::CRYPTOPP PkgConfig::JSONCPP)
 

@@ -69,8 +69,8 @@ int main(int argc, char** argv) {
   for (unsigned int d = 0; d < kNumShown; ++d) {
     std::printf("Design %u, areas in in^2:", d + 1);
     for (int i = 0; i < examples::kNumBars; ++i) std::printf(" %.2f", areas(d, i));
-    std::printf("\n  %-13s %12s %12s %12s %12s\n", "response", "analysis", "predicted", "difference",
-                "local RMSE");
+    std::printf("\n  %-13s %12s %12s %12s %12s\n", "response", "analysis", "predicted",
+                "difference", "local RMSE");
     for (std::size_t k = 0; k < num_outputs; ++k) {
       const double predicted = out[k * kNumDesigns + d];
       std::printf("  %-13s %12.4f %12.4f %12.4f %12.4f\n", names[k].c_str(), analysed[d][k],

@@ -39,8 +39,7 @@ ParameterManager MakeParameters() {
   for (int i = 0; i < kNumBars; ++i) {
     Parameter area(AreaName(i));
     area.SetUnit(L"in^2");
-    area.SetDeterministicProperty(
-        DeterministicProperties::Continuous(kSmallestArea, kLargestArea));
+    area.SetDeterministicProperty(DeterministicProperties::Continuous(kSmallestArea, kLargestArea));
     area.SetReferenceValue(CDesignEntry(kReferenceArea), true);
     parameters.AddParameter(area);
   }
@@ -127,8 +126,7 @@ class Study {
  private:
   void AddModel(SurrogateInfo info, const std::vector<std::wstring>& names,
                 const Eigen::MatrixXd& responses) {
-    const auto column =
-        std::find(names.begin(), names.end(), info.GetFullName()) - names.begin();
+    const auto column = std::find(names.begin(), names.end(), info.GetFullName()) - names.begin();
     const TrainedModel trained = TrainPolynomial(areas_, responses.col(column), groups_);
     std::vector<std::wstring> inputs;
     for (int i = 0; i < kNumBars; ++i) inputs.push_back(AreaName(i));

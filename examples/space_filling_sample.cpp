@@ -9,7 +9,9 @@ namespace examples {
 namespace {
 
 /// std::uniform_real_distribution may differ between standard libraries.
-double Uniform(std::mt19937& random) { return (random() + 0.5) / 4294967296.0; }
+double Uniform(std::mt19937& random) {
+  return (static_cast<double>(random()) + 0.5) / 4294967296.0;
+}
 
 Eigen::Index Below(std::mt19937& random, Eigen::Index n) {
   return static_cast<Eigen::Index>(Uniform(random) * static_cast<double>(n));
@@ -33,7 +35,8 @@ Eigen::MatrixXd SpaceFillingSample(Eigen::Index n, Eigen::Index d, std::uint32_t
   for (Eigen::Index k = 0; k < d; ++k) {
     for (Eigen::Index i = 0; i < n; ++i)
       points(i, k) = (static_cast<double>(i) + 0.5) / static_cast<double>(n);
-    for (Eigen::Index i = n - 1; i > 0; --i) std::swap(points(i, k), points(Below(random, i + 1), k));
+    for (Eigen::Index i = n - 1; i > 0; --i)
+      std::swap(points(i, k), points(Below(random, i + 1), k));
   }
   for (int step = 0; step < kExchanges; ++step) {
     const Eigen::Index k = Below(random, d);

@@ -9,11 +9,11 @@
 namespace examples {
 namespace {
 
-constexpr double kBay = 360.0;       // in
-constexpr double kModulus = 1e4;     // ksi
-constexpr double kDensity = 0.1;     // lb / in^3
-constexpr double kLoad = 100.0;      // kips
-constexpr int kNumFreeNodes = 4;     // the last two nodes are supports
+constexpr double kBay = 360.0;    // in
+constexpr double kModulus = 1e4;  // ksi
+constexpr double kDensity = 0.1;  // lb / in^3
+constexpr double kLoad = 100.0;   // kips
+constexpr int kNumFreeNodes = 4;  // the last two nodes are supports
 constexpr int kNumFree = 2 * kNumFreeNodes;
 
 struct Node {
@@ -32,7 +32,8 @@ struct Bar {
 
 Bar MakeBar(int index) {
   const auto [first, second] = kBars[index];
-  const Eigen::Vector2d axis(kNodes[second].x - kNodes[first].x, kNodes[second].y - kNodes[first].y);
+  const Eigen::Vector2d axis(kNodes[second].x - kNodes[first].x,
+                             kNodes[second].y - kNodes[first].y);
   Bar bar{axis.norm(), Eigen::Matrix<double, kNumFree, 1>::Zero()};
   const Eigen::Vector2d direction = axis / bar.length;
   if (first < kNumFreeNodes) bar.elongation.segment<2>(2 * first) -= direction;

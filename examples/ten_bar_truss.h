@@ -8,8 +8,8 @@ constexpr int kNumBars = 10;
 
 /// Response of the truss to its loads.
 struct TrussResponse {
-  double mass;                            ///< lb (as weight, in the units of the sources)
-  double displacement;                    ///< in, largest magnitude of a nodal displacement component
+  double mass;          ///< lb (as weight, in the units of the sources)
+  double displacement;  ///< in, largest magnitude of a nodal displacement component
   std::array<double, kNumBars> stresses;  ///< ksi, tension positive
 };
 

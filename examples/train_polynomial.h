@@ -2,9 +2,8 @@
 
 #include "metamodel/linear_regression.h"
 
-#include <boost/shared_ptr.hpp>
-
 #include <Eigen/Core>
+#include <boost/shared_ptr.hpp>
 
 #include <vector>
 
@@ -13,10 +12,10 @@ namespace examples {
 /// A chosen model with its quality figures.
 struct TrainedModel {
   boost::shared_ptr<corvath::math::metamodel::LinearRegression> model;
-  std::vector<bool> subspace;  ///< the inputs that it uses
-  double cop = 0.0;            ///< 1 - SSE / SST of the cross-validated predictions
-  double cod = 0.0;            ///< the same of the fitted values
-  double cod_adjusted = 0.0;   ///< for the number of coefficients
+  std::vector<bool> subspace;   ///< the inputs that it uses
+  double cop = 0.0;             ///< 1 - SSE / SST of the cross-validated predictions
+  double cod = 0.0;             ///< the same of the fitted values
+  double cod_adjusted = 0.0;    ///< for the number of coefficients
   Eigen::VectorXd single_cops;  ///< m: loss of CoP without the input; 0 for one that is not used
 };
 

@@ -15,7 +15,9 @@ constexpr double kSmallestArea = 5.0;
 constexpr double kLargestArea = 25.0;
 
 /// "area_1" for the first bar.
-inline std::wstring AreaName(int bar) { return L"area_" + std::to_wstring(bar + 1); }
+inline std::wstring AreaName(int bar) {
+  return L"area_" + std::to_wstring(bar + 1);
+}
 
 /// A space-filling sample of `n` designs: n x 10 areas.
 inline Eigen::MatrixXd SampleAreas(Eigen::Index n, std::uint32_t seed) {

@@ -1,5 +1,6 @@
 #include "project/file_lock.h"
 
+#include <boost/functional/hash.hpp>
 #include <boost/interprocess/sync/file_lock.hpp>
 #include <fcntl.h>
 #include <sys/stat.h>
