@@ -1,0 +1,527 @@
+#include "metamodel/ordinary_kriging.h"
+
+#include "foundation/exception.h"
+#include "metamodel/kernels_constant.h"
+#include "metamodel/kernels_nodal.h"
+#include "metamodel/linear_regression.h"
+#include "metamodel/trans_box_cox.h"
+#include "metamodel/trans_min_max.h"
+#include "support/archive_round_trip.h"
+#include "support/message_of.h"
+
+#include <Eigen/Dense>
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <string>
+#include <vector>
+
+using namespace corvath::math::metamodel;
+using corvath::math::transform::TransBoxCox;
+using corvath::math::transform::TransformType;
+using corvath::math::transform::TransMinMax;
+using corvath::utils::log::VectorLog;
+
+namespace {
+
+/// Kriging from the textbook: one dense system by QR, one pair of points at a time.
+class PlainKriging {
+ public:
+  PlainKriging(const Eigen::MatrixXd& x, const Eigen::VectorXd& y, const Eigen::VectorXd& radii,
+               double nugget)
+      : x_(x), radii_(radii) {
+    Eigen::MatrixXd c(x.rows(), x.rows());
+    for (Eigen::Index i = 0; i < x.rows(); ++i)
+      for (Eigen::Index j = 0; j < x.rows(); ++j) c(i, j) = Correlation(x.row(i), j);
+    c.diagonal().array() += nugget;
+    const Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(c);
+    const Eigen::VectorXd ones = Eigen::VectorXd::Ones(x.rows());
+    mean_ = ones.dot(qr.solve(y)) / ones.dot(qr.solve(ones));
+    const Eigen::VectorXd centred = y.array() - mean_;
+    weights_ = qr.solve(centred);
+    const auto n = static_cast<double>(x.rows());
+    sigma2_ = centred.dot(weights_) / n;
+    likelihood_ = 0.5 * (n * std::log(sigma2_) + qr.logAbsDeterminant());
+  }
+
+  double Predict(const Eigen::RowVectorXd& x) const {
+    double sum = mean_;
+    for (Eigen::Index j = 0; j < x_.rows(); ++j) sum += Correlation(x, j) * weights_(j);
+    return sum;
+  }
+
+  double mean_, sigma2_, likelihood_;
+
+ private:
+  double Correlation(const Eigen::RowVectorXd& x, Eigen::Index j) const {
+    double scaled = 0.0;
+    for (Eigen::Index k = 0; k < x.size(); ++k)
+      scaled += std::pow((x(k) - x_(j, k)) / radii_(radii_.size() == 1 ? 0 : k), 2);
+    return std::pow(0.001, scaled);
+  }
+
+  Eigen::MatrixXd x_;
+  Eigen::VectorXd radii_;
+  Eigen::VectorXd weights_;
+};
+
+Eigen::VectorXd One(double value) {
+  return Eigen::VectorXd::Constant(1, value);
+}
+
+/// A smooth positive function of three inputs on points of different scales.
+struct Sample {
+  explicit Sample(Eigen::Index n = 40) : points(n, 3), values(n) {
+    std::srand(7);
+    points = (Eigen::MatrixXd::Random(n, 3).array() + 1.0) * 0.5;
+    points.col(1) = points.col(1) * 20.0 - Eigen::VectorXd::Constant(n, 5.0);
+    for (Eigen::Index i = 0; i < n; ++i)
+      values(i) = 3.0 + std::sin(3.0 * points(i, 0)) + 0.1 * points(i, 1) + std::exp(points(i, 2));
+  }
+  Eigen::MatrixXd points;
+  Eigen::VectorXd values;
+};
+
+/// Inputs to 0..1 as the default coordinate transform does.
+Eigen::MatrixXd Scaled(const Eigen::MatrixXd& reference, const Eigen::MatrixXd& points) {
+  const Eigen::RowVectorXd low = reference.colwise().minCoeff();
+  const Eigen::RowVectorXd range = reference.colwise().maxCoeff() - low;
+  return (points.rowwise() - low).array().rowwise() / range.array();
+}
+
+OrdinaryKrigingSettings Settings(KernelType type, const Eigen::VectorXd& parameter, double nugget) {
+  OrdinaryKrigingSettings settings(3);
+  settings.SetKernelType(type);
+  settings.SetKernelParameter(parameter);
+  settings.SetNugget(nugget);
+  return settings;
+}
+
+struct Case {
+  KernelType type;
+  Eigen::VectorXd radii;
+  double nugget;
+};
+std::vector<Case> BothKernels() {
+  return {{KernelType::kConstInflIsoExp, One(1.2), 1e-4},
+          {KernelType::kConstInflExp, Eigen::Vector3d(0.8, 2.0, 1.1), 1e-3}};
+}
+
+Eigen::MatrixXd WithoutRows(const Eigen::MatrixXd& matrix, const std::vector<Eigen::Index>& rows) {
+  std::vector<Eigen::Index> kept;
+  for (Eigen::Index i = 0; i < matrix.rows(); ++i)
+    if (std::find(rows.begin(), rows.end(), i) == rows.end()) kept.push_back(i);
+  return matrix(kept, Eigen::all);
+}
+
+}  // namespace
+
+TEST(OrdinaryKriging, MatchesTheDenseSystem) {
+  const Sample sample;
+  const Eigen::MatrixXd x = Sample(300).points;  // more rows than a block
+  for (const Case& c : BothKernels()) {
+    OrdinaryKriging model(sample.points, sample.values, Settings(c.type, c.radii, c.nugget));
+    ASSERT_TRUE(model.Build());
+    const PlainKriging plain(Scaled(sample.points, sample.points), sample.values, c.radii,
+                             c.nugget);
+    const Eigen::VectorXd predicted = model.Approximate(x);
+    const Eigen::MatrixXd scaled = Scaled(sample.points, x);
+    // The condition of the system, up to 1e5 with these nuggets, times the rounding.
+    for (Eigen::Index i = 0; i < x.rows(); ++i)
+      ASSERT_NEAR(predicted(i), plain.Predict(scaled.row(i)), 1e-9);
+    EXPECT_NEAR(model.GetMean(), plain.mean_, 1e-9);
+    EXPECT_NEAR(model.GetSigma2(), plain.sigma2_, 1e-9 * plain.sigma2_);
+    EXPECT_NEAR(model.GetLikelihood(), plain.likelihood_, 1e-7);
+  }
+}
+
+TEST(OrdinaryKriging, PredictsRowsIndependentlyAndPassesNaNOn) {
+  const Sample sample;
+  OrdinaryKriging model(sample.points, sample.values,
+                        Settings(KernelType::kConstInflIsoExp, One(1.0), 1e-6));
+  ASSERT_TRUE(model.Build());
+  Eigen::MatrixXd x = Sample(600).points;
+  x(10, 1) = std::nan("");
+  x(11, 2) = HUGE_VAL;
+  x.row(12).setConstant(1e6);
+  const Eigen::VectorXd all = model.Approximate(x);
+  EXPECT_TRUE(std::isnan(all(10)));
+  EXPECT_EQ(all(11), model.GetMean());
+  EXPECT_EQ(all(12), model.GetMean());  // out of reach of every support point
+  for (const Eigen::Index i : {0, 9, 255, 256, 257, 599})
+    EXPECT_EQ(model.Approximate(x.row(i))(0), all(i)) << i;
+  EXPECT_EQ(model.Approximate(x.topRows(0)).size(), 0);
+}
+
+TEST(OrdinaryKriging, LeaveOneOutAndGroupsEqualRefitting) {
+  const Sample sample;
+  const Eigen::Index n = sample.values.size();
+  const Eigen::MatrixXd scaled = Scaled(sample.points, sample.points);
+  IndexVector groups(n);  // of different sizes, numbers with gaps, one of a single point
+  for (Eigen::Index i = 0; i < n; ++i)
+    groups(i) = i == 3 ? 900 : static_cast<std::uint64_t>(i * i % 7);
+  for (const Case& c : BothKernels()) {
+    OrdinaryKriging model(sample.points, sample.values, Settings(c.type, c.radii, c.nugget));
+    ASSERT_TRUE(model.Build());
+    for (const IndexVector& subsets : {IndexVector(), groups}) {
+      const Eigen::VectorXd predicted = model.ApproximateCrossValidation(subsets);
+      const Eigen::VectorXd direct = model.ApproximateCrossValidationDirect(subsets);
+      for (Eigen::Index i = 0; i < n; ++i) {
+        std::vector<Eigen::Index> left_out;
+        for (Eigen::Index k = 0; k < n; ++k)
+          if (subsets.size() == 0 ? k == i : subsets(k) == subsets(i)) left_out.push_back(k);
+        const PlainKriging refit(WithoutRows(scaled, left_out),
+                                 WithoutRows(sample.values, left_out), c.radii, c.nugget);
+        const double expected = refit.Predict(scaled.row(i));
+        ASSERT_NEAR(predicted(i), expected, 1e-8);
+        ASSERT_NEAR(direct(i), expected, 1e-8);
+      }
+    }
+    EXPECT_EQ(model.ApproximateLeaveOneOut(), model.ApproximateCrossValidation(IndexVector()));
+  }
+}
+
+TEST(OrdinaryKriging, CrossValidationWorksInTransformedValues) {
+  const Sample sample;
+  OrdinaryKrigingSettings settings = Settings(KernelType::kConstInflIsoExp, One(1.2), 1e-4);
+  settings.SetValueTransform(TransformType::kBoxCox);
+  settings.SetValueTransformParameter({0.0, 0.1, 10.1});  // the logarithm
+  settings.SetLimitTransform(TransformType::kLimits);
+  settings.SetLimitTransformParameter({-1e3, 5.0});
+  OrdinaryKriging model(sample.points, sample.values, settings);
+  ASSERT_TRUE(model.Build());
+  TransBoxCox log_transform(0, 0.1, 10.1);
+  log_transform.Build(sample.values);
+  const Eigen::VectorXd y = log_transform.Forward(sample.values);
+  const Eigen::MatrixXd scaled = Scaled(sample.points, sample.points);
+  const Eigen::VectorXd predicted = model.ApproximateLeaveOneOut();
+  bool limited = false;
+  for (Eigen::Index i = 0; i < y.size(); ++i) {
+    const PlainKriging refit(WithoutRows(scaled, {i}), WithoutRows(y, {i}), One(1.2), 1e-4);
+    const double back = log_transform.Backward(One(refit.Predict(scaled.row(i))))(0);
+    EXPECT_NEAR(predicted(i), std::min(back, 5.0), 1e-7);
+    limited = limited || back > 5.0;
+  }
+  EXPECT_TRUE(limited);  // or the limit was not put to the test
+}
+
+TEST(OrdinaryKriging, NothingPredictsAGroupOfAllPoints) {
+  const Sample sample(5);
+  OrdinaryKriging model(sample.points, sample.values,
+                        Settings(KernelType::kConstInflIsoExp, One(1.0), 1e-6));
+  ASSERT_TRUE(model.Build());
+  const IndexVector one_group = IndexVector::Constant(5, 4);
+  EXPECT_TRUE(model.ApproximateCrossValidation(one_group).array().isNaN().all());
+  EXPECT_TRUE(model.ApproximateCrossValidationDirect(one_group).array().isNaN().all());
+}
+
+TEST(OrdinaryKriging, LikelihoodGradientMatchesExtrapolatedDifferences) {
+  const Sample sample(25);
+  for (const Case& c : BothKernels()) {
+    OrdinaryKriging model(sample.points, sample.values, Settings(c.type, c.radii, c.nugget));
+    const Eigen::VectorXd gradient = model.LikelihoodGradient();  // builds first
+    ASSERT_EQ(gradient.size(), 1 + c.radii.size());
+    for (Eigen::Index k = 0; k < gradient.size(); ++k) {
+      const auto likelihood_at = [&](double step) {
+        Eigen::VectorXd radii = c.radii;
+        double nugget = c.nugget;
+        (k == 0 ? nugget : radii(k - 1)) *= std::pow(10.0, step);
+        OrdinaryKriging moved(sample.points, sample.values, Settings(c.type, radii, nugget));
+        EXPECT_TRUE(moved.Build());
+        return moved.GetLikelihood();
+      };
+      const auto difference = [&](double h) {
+        return (likelihood_at(h) - likelihood_at(-h)) / (2.0 * h);
+      };
+      const double h = 0.01;  // Richardson: the error is of fourth order in h
+      const double expected = (4.0 * difference(h / 2.0) - difference(h)) / 3.0;
+      EXPECT_NEAR(gradient(k), expected, 1e-6 * (1.0 + std::abs(expected))) << k;
+    }
+  }
+}
+
+TEST(OrdinaryKriging, SingleCoPsAreTheLossWithoutAnInput) {
+  const Sample sample;
+  IndexVector groups(sample.values.size());
+  for (Eigen::Index i = 0; i < groups.size(); ++i) groups(i) = static_cast<std::uint64_t>(i % 5);
+  const double total = (sample.values.array() - sample.values.mean()).square().sum();
+  OrdinaryKrigingSettings settings =
+      Settings(KernelType::kConstInflExp, Eigen::Vector2d(0.8, 1.1), 1e-3);
+  settings.SetVariableSelection({true, false, true});
+  OrdinaryKriging model(sample.points, sample.values, settings);
+  ASSERT_TRUE(model.Build());
+  const auto error_with = [&](const BitVector& bits, const Eigen::VectorXd& radii) {
+    OrdinaryKrigingSettings other = Settings(KernelType::kConstInflExp, radii, 1e-3);
+    other.SetVariableSelection(bits);
+    OrdinaryKriging refit(sample.points, sample.values, other);
+    EXPECT_TRUE(refit.Build());
+    return (sample.values - refit.ApproximateCrossValidationDirect(groups)).squaredNorm();
+  };
+  const double error = error_with({true, false, true}, Eigen::Vector2d(0.8, 1.1));
+  const Eigen::VectorXd single = model.ComputeSingleCoPs(groups);
+  ASSERT_EQ(single.size(), 3);
+  EXPECT_NEAR(single(0), (error_with({false, false, true}, One(1.1)) - error) / total, 1e-8);
+  EXPECT_EQ(single(1), 0.0);
+  EXPECT_NEAR(single(2), (error_with({true, false, false}, One(0.8)) - error) / total, 1e-8);
+
+  settings.SetVariableSelection({false, true, false});
+  settings.SetKernelParameter(One(0.7));
+  OrdinaryKriging alone(sample.points, sample.values, settings);
+  ASSERT_TRUE(alone.Build());
+  const double own = error_with({false, true, false}, One(0.7));
+  EXPECT_NEAR(alone.ComputeSingleCoPs(groups)(1), 1.0 - own / total, 1e-8);
+}
+
+TEST(OrdinaryKriging, RefusesASingularSystemAndKeepsWhatItHad) {
+  Sample sample(10);
+  OrdinaryKriging model(sample.points, sample.values,
+                        Settings(KernelType::kConstInflIsoExp, One(1.0), 1e-6));
+  ASSERT_TRUE(model.Build());
+  const Eigen::VectorXd weights = model.GetKernelWeights();
+  sample.points.row(4) = sample.points.row(2);
+  model.SetSupportData(sample.points, sample.values);
+  model.SetSettings(Settings(KernelType::kConstInflIsoExp, One(1.0), 0.0));
+  EXPECT_FALSE(model.Build());
+  EXPECT_FALSE(model.IsBuilt());
+  EXPECT_EQ(model.GetKernelWeights(), weights);
+  EXPECT_TRUE(model.IsSolvable());
+}
+
+TEST(OrdinaryKriging, AConstantResponseHasNoVariance) {
+  const Sample sample(12);
+  OrdinaryKriging model(sample.points, Eigen::VectorXd::Zero(12),
+                        Settings(KernelType::kConstInflIsoExp, One(1.0), 1e-6));
+  ASSERT_TRUE(model.Build());
+  EXPECT_EQ(model.GetSigma2(), 0.0);
+  EXPECT_TRUE(std::isfinite(model.GetLikelihood()));
+  EXPECT_TRUE(model.LikelihoodGradient().allFinite());
+  EXPECT_EQ(model.Approximate(sample.points), Eigen::VectorXd::Zero(12));
+}
+
+TEST(OrdinaryKriging, BoxCoxParametersAreThoseOfAQuadraticRegression) {
+  const Sample sample;
+  OrdinaryKriging model(sample.points, sample.values.array().pow(3),
+                        Settings(KernelType::kConstInflIsoExp, One(1.2), 1e-4));
+  model.SetValueTransform(TransformType::kBoxCox, {});
+  LinearRegressionSettings quadratic(3);
+  quadratic.SetOrder(2);
+  LinearRegression regression(sample.points, sample.values.array().pow(3), quadratic);
+  regression.SetValueTransform(TransformType::kBoxCox, {});
+  ASSERT_TRUE(regression.BuildBoxCox());
+  ASSERT_TRUE(model.BuildBoxCox());
+  EXPECT_TRUE(model.IsBuilt());
+  EXPECT_EQ(model.GetTransValue()->GetParameters(), regression.GetTransValue()->GetParameters());
+  EXPECT_EQ(model.GetSettingsBase().GetValueTransformParameter(),
+            regression.GetTransValue()->GetParameters());
+  EXPECT_EQ(model.GetSettingsBase().GetState(), SettingsState::kOptimized);
+}
+
+TEST(OrdinaryKriging, SaysWhatIsWrong) {
+  const Sample sample(10);
+  OrdinaryKriging model(sample.points, sample.values);
+  const auto log = boost::make_shared<VectorLog>();
+  model.SetLogger(log);
+  EXPECT_FALSE(model.Build());  // no kernel parameter
+  EXPECT_FALSE(model.BuildOptimal());
+  EXPECT_EQ(log->GetLines().size(), 2u);
+  const auto message = [](auto action) { return support::MessageOf(action); };
+  EXPECT_EQ(message([&] { model.Approximate(sample.points); }),
+            "can not approximate - build first");
+  EXPECT_EQ(message([&] { model.ApproximateLeaveOneOut(); }),
+            "can not approximate CV - build first");
+  EXPECT_EQ(message([&] {
+              model.SetSettings(LinearRegressionSettings(3));
+            }).find("Initialize Kriging failed. Could not convert surrogate setting : "),
+            0u);
+  model.SetSettings(Settings(KernelType::kConstInflIsoExp, One(1.0), 1e-6));
+  ASSERT_TRUE(model.Build());
+  EXPECT_EQ(message([&] { model.Approximate(sample.points.leftCols(2)); }),
+            "Surrogate approximate needs same number of input dimension (2) as support points (3)");
+  EXPECT_EQ(message([&] { model.ApproximateCrossValidation(IndexVector::Zero(9)); }),
+            "subset vector has wrong length");
+  EXPECT_EQ(message([&] { model.ApproximateCrossValidationDirect(IndexVector::Zero(11)); }),
+            "subset vector has wrong length");
+}
+
+TEST(OrdinaryKrigingSettings, AreCheckedAndCounted) {
+  VectorLog log;
+  const auto message = [&](const OrdinaryKrigingSettings& settings) {
+    return support::MessageOfExactly<corvath::utils::runtime_error>([&] { settings.Check(&log); });
+  };
+  EXPECT_EQ(message(OrdinaryKrigingSettings()), "Number of inputs can not be 0.");
+  EXPECT_EQ(message(Settings(KernelType::kConstInflIsoReg, One(1.0), 0.0)),
+            "Kernel is not of type correlation");
+  EXPECT_EQ(message(Settings(KernelType::kConstInflExp, Eigen::Vector2d(1, 1), 0.0)),
+            "Wrong number of dimensions in anisotropic kernel");
+  EXPECT_EQ(message(Settings(KernelType::kConstInflExp, Eigen::VectorXd(), 0.0)), "<no exception>");
+  EXPECT_EQ(log.GetLines().back().second, L"Wrong number of dimensions in anisotropic kernel");
+  EXPECT_EQ(support::MessageOf([&] { Settings(KernelType(7), One(1.0), 0.0).Check(&log); }),
+            "Unknown kernel type.");
+
+  OrdinaryKrigingSettings settings = Settings(KernelType::kConstInflExp, Eigen::VectorXd(), 0.0);
+  settings.SetVariableSelection({true, true, false});
+  EXPECT_EQ(settings.GetNumberParameters(), 1u + 2u + 2u);
+  settings.SetValueTransformParameter({0.5, 0.1, 10.1});
+  EXPECT_EQ(settings.GetNumberParameters(), 1u + 1u + 2u + 2u);
+  EXPECT_EQ(settings.GetComplexity(), 11u);
+  settings.SetKernelParameter(Eigen::Vector3d(1, 2, 3));
+  EXPECT_EQ(settings.GetNumberParameters(), 1u + 1u + 3u + 2u);
+  settings.SetKernelType(KernelType::kNodalInflExp);
+  EXPECT_EQ(settings.GetKernelParameter().size(), 0);
+  EXPECT_EQ(settings.GetNumberParameters(), 1u + 1u + 1u + 2u);
+  EXPECT_EQ(settings.GetComplexity(), 10u);
+  EXPECT_FALSE(settings.Equals(OrdinaryKrigingSettings(3)));
+  settings.ResetToLinear();
+  EXPECT_TRUE(settings.Equals(OrdinaryKrigingSettings(3)));
+}
+
+TEST(OrdinaryKriging, IsNamedByItsKernel) {
+  const Sample sample(5);
+  const auto name = [&](KernelType type, bool short_form) {
+    return OrdinaryKriging(sample.points, sample.values, Settings(type, Eigen::VectorXd(), 0.0))
+        .GetName(short_form);
+  };
+  EXPECT_EQ(name(KernelType::kConstInflExp, true), L"Anisotropic Kriging");
+  EXPECT_EQ(name(KernelType::kConstInflIsoExp, false), L"Isotropic Kriging | 0");
+  EXPECT_EQ(name(KernelType::kNodalInflExp, false), L"Isotropic Kriging | 0");
+}
+
+namespace {
+
+/// The stored forms before the present one, field by field. The base of the oldest models had
+/// neither transformed points nor errors; its own forms are tested with it.
+struct Version1 {
+  const OrdinaryKriging* model = nullptr;
+  const SurrogateBase* base = nullptr;
+  double mean_ = 0.0, sigma2_ = 0.0;
+  Eigen::VectorXd kernel_weights_, values_trans_;
+  OrdinaryKrigingSettings settings_;
+  Eigen::MatrixXd points_trans_reduced_;
+
+  template <class Archive>
+  void serialize(Archive& ar, unsigned int) {
+    ar& boost::serialization::make_nvp("SurrogateBase", const_cast<SurrogateBase&>(*base));
+    ar& BOOST_SERIALIZATION_NVP(mean_) & BOOST_SERIALIZATION_NVP(sigma2_);
+    ar& BOOST_SERIALIZATION_NVP(kernel_weights_) & BOOST_SERIALIZATION_NVP(settings_);
+    ar& BOOST_SERIALIZATION_NVP(points_trans_reduced_) & BOOST_SERIALIZATION_NVP(values_trans_);
+  }
+};
+
+struct Version0 {
+  const SurrogateBase* base = nullptr;
+  KernelBase* kernel_ = nullptr;
+  double mean_ = 0.0, sigma2_ = 0.0, nugget_ = 0.0;
+  Eigen::VectorXd kernel_weights_;
+
+  template <class Archive>
+  void serialize(Archive& ar, unsigned int) {
+    ar& boost::serialization::make_nvp("SurrogateBase", const_cast<SurrogateBase&>(*base));
+    ar& BOOST_SERIALIZATION_NVP(kernel_);
+    ar& BOOST_SERIALIZATION_NVP(mean_) & BOOST_SERIALIZATION_NVP(sigma2_);
+    ar& BOOST_SERIALIZATION_NVP(nugget_) & BOOST_SERIALIZATION_NVP(kernel_weights_);
+  }
+};
+
+}  // namespace
+
+ZEL_CLASS_VERSION(Version1, 1)
+ZEL_TRACK_ALWAYS(Version0)
+ZEL_TRACK_ALWAYS(Version1)
+
+TEST(OrdinaryKriging, SurvivesTheArchive) {
+  const Sample sample;
+  for (const Case& c : BothKernels()) {
+    auto model = boost::make_shared<OrdinaryKriging>(sample.points, sample.values,
+                                                     Settings(c.type, c.radii, c.nugget));
+    ASSERT_TRUE(model->Build());
+    ASSERT_TRUE(model->BuildErrors());
+    const boost::shared_ptr<SurrogateBase> base = model;
+    const auto read = support::Load<boost::shared_ptr<SurrogateBase>>(support::Save(base));
+    EXPECT_TRUE(read->Equals(*model));
+    EXPECT_EQ(read->Approximate(sample.points), model->Approximate(sample.points));
+    EXPECT_TRUE(read->Build());  // nothing to be done
+    EXPECT_TRUE(read->Equals(*model));
+    // What stands in the file suffices for a prediction.
+    read->SetSupportData({}, {});
+    EXPECT_EQ(read->Approximate(sample.points), model->Approximate(sample.points));
+  }
+}
+
+TEST(OrdinaryKriging, ReadsItsOlderForms) {
+  const Sample sample;
+  for (const Case& c : BothKernels()) {
+    OrdinaryKriging model(sample.points, sample.values, Settings(c.type, c.radii, c.nugget));
+    ASSERT_TRUE(model.Build());
+    const Eigen::VectorXd predicted = model.Approximate(sample.points);
+    const Eigen::VectorXd left_out = model.ApproximateLeaveOneOut();
+
+    Version1 old1;
+    old1.base = &model;
+    old1.mean_ = model.GetMean();
+    old1.sigma2_ = model.GetSigma2();
+    old1.kernel_weights_ = model.GetKernelWeights();
+    old1.settings_ = model.GetSettingsBase();
+    old1.points_trans_reduced_ = Scaled(sample.points, sample.points);
+    old1.values_trans_ = sample.values;
+    const auto read1 = support::Load<OrdinaryKriging>(support::Save(old1));
+    EXPECT_TRUE(read1.Approximate(sample.points).isApprox(predicted, 1e-12));
+    EXPECT_TRUE(read1.ApproximateLeaveOneOut().isApprox(left_out, 1e-8));
+
+    std::unique_ptr<KernelBase> kernel;
+    if (c.type == KernelType::kConstInflExp)
+      kernel = std::make_unique<KernelConstInflExp>(c.radii);
+    else
+      kernel = std::make_unique<KernelConstInflIsoExp>(c.radii);
+    Version0 old0;
+    old0.base = &model;
+    old0.kernel_ = kernel.get();
+    old0.mean_ = model.GetMean();
+    old0.sigma2_ = model.GetSigma2();
+    old0.nugget_ = c.nugget;
+    old0.kernel_weights_ = model.GetKernelWeights();
+    auto read0 = support::Load<OrdinaryKriging>(support::Save(old0));
+    EXPECT_TRUE(read0.GetSettingsBase().Equals(model.GetSettingsBase()));
+    EXPECT_EQ(read0.Approximate(sample.points), predicted);
+    EXPECT_THROW(read0.ApproximateLeaveOneOut(), std::logic_error);
+    EXPECT_TRUE(read0.Build());
+    EXPECT_EQ(read0.GetKernelWeights(), model.GetKernelWeights());
+    EXPECT_EQ(read0.ApproximateLeaveOneOut(), left_out);
+  }
+}
+
+TEST(OrdinaryKriging, AStoredModelThatContradictsItselfIsRefusedAtUse) {
+  const Sample sample;
+  OrdinaryKriging model(sample.points, sample.values,
+                        Settings(KernelType::kConstInflIsoExp, One(1.0), 1e-6));
+  ASSERT_TRUE(model.Build());
+  Version1 stored;
+  stored.base = &model;
+  stored.kernel_weights_ = model.GetKernelWeights();
+  stored.settings_ = model.GetSettingsBase();
+  stored.points_trans_reduced_ = Scaled(sample.points, sample.points);
+  stored.values_trans_ = sample.values;
+  const auto message = [&](const Version1& form) {
+    const auto read = support::Load<OrdinaryKriging>(support::Save(form));
+    return support::MessageOf([&] { read.Approximate(sample.points); });
+  };
+  EXPECT_EQ(message(stored), "");
+  Version1 bad = stored;
+  bad.kernel_weights_ = stored.kernel_weights_.head(7);
+  EXPECT_EQ(message(bad), "can not approximate - build first");
+  bad = stored;
+  bad.points_trans_reduced_ = stored.points_trans_reduced_.leftCols(2);
+  EXPECT_EQ(message(bad),
+            "Kriging: support points of 2 inputs and 1 kernel parameters for 3 selected inputs");
+  bad = stored;
+  bad.settings_ = Settings(KernelType::kConstInflExp, Eigen::Vector2d(1, 1), 0.0);
+  EXPECT_EQ(message(bad),
+            "Kriging: support points of 3 inputs and 2 kernel parameters for 3 selected inputs");
+  bad = stored;
+  bad.settings_ = Settings(KernelType(7), One(1.0), 0.0);
+  EXPECT_EQ(message(bad), "Unknown kernel type.");
+  bad = stored;
+  bad.settings_.SetKernelParameter(One(-1.0));
+  EXPECT_NE(message(bad), "");
+}

@@ -1,0 +1,137 @@
+#include "metamodel/thin_plate_splines.h"
+
+#include "foundation/exception.h"
+#include "metamodel/linear_regression_settings.h"
+#include "support/archive_round_trip.h"
+#include "support/message_of.h"
+
+#include <Eigen/Dense>
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+using namespace corvath::math::metamodel;
+using corvath::math::transform::TransformType;
+
+namespace {
+
+Eigen::MatrixXd RandomPoints(Eigen::Index n, Eigen::Index m) {
+  std::srand(3);
+  return Eigen::MatrixXd::Random(n, m);
+}
+
+Eigen::VectorXd Wave(const Eigen::MatrixXd& x) {
+  return (2.0 * x.col(0)).array().sin() + x.col(1).array().square();
+}
+
+template <class Action>
+std::string RuntimeMessage(Action action) {
+  return support::MessageOfExactly<corvath::utils::runtime_error>(action);
+}
+
+}  // namespace
+
+TEST(ThinPlateSplines, SolvesTheRegularisedSystem) {
+  // Without a coordinate transform: by QR of the system as the definition states it.
+  const Eigen::MatrixXd p = RandomPoints(25, 2);
+  const Eigen::VectorXd values = Wave(p);
+  SurrogateTPS model(p, values);
+  model.SetCoordTransform(TransformType::kNone, {});
+  ASSERT_TRUE(model.Build());
+  Eigen::MatrixXd system = Eigen::MatrixXd::Zero(28, 28);
+  double sum = 0.0;
+  for (Eigen::Index i = 0; i < 25; ++i)
+    for (Eigen::Index j = 0; j < 25; ++j) {
+      const double r = (p.row(i) - p.row(j)).norm();
+      sum += r;
+      if (r > 0.0) system(i, j) = r * r * std::log(r);
+    }
+  for (Eigen::Index i = 0; i < 25; ++i) system(i, i) = sum * sum * 1e-8;
+  system.block(0, 25, 25, 1).setOnes();
+  system.block(0, 26, 25, 2) = p;
+  system.block(25, 0, 3, 25) = system.block(0, 25, 25, 3).transpose();
+  Eigen::VectorXd right = Eigen::VectorXd::Zero(28);
+  right.head(25) = values;
+  const Eigen::VectorXd c = system.colPivHouseholderQr().solve(right);
+
+  const Eigen::MatrixXd x = 1.5 * RandomPoints(300, 2);
+  const Eigen::VectorXd predicted = model.Approximate(x);
+  for (Eigen::Index k = 0; k < x.rows(); ++k) {
+    double expected = c(25) + x.row(k) * c.tail(2);
+    for (Eigen::Index i = 0; i < 25; ++i)
+      expected += c(i) * model.Phi((x.row(k) - p.row(i)).norm());
+    ASSERT_NEAR(predicted(k), expected, 1e-9);
+  }
+  EXPECT_TRUE(std::isnan(model.Approximate(Eigen::RowVector2d(std::nan(""), 0.0))(0)));
+}
+
+TEST(ThinPlateSplines, NearlyInterpolatesAndReproducesAPlane) {
+  const Eigen::MatrixXd p = RandomPoints(30, 2).array() * 50.0 + 7.0;
+  // The regularisation, about 4e-6 with these points, times weights of order 1 to 10.
+  SurrogateTPS wave(p, Wave(p / 50.0));
+  ASSERT_TRUE(wave.Build());
+  EXPECT_LT((wave.ApproximateSupportPoints() - Wave(p / 50.0)).cwiseAbs().maxCoeff(), 0.05);
+  // A plane has no bending: it is met exactly, everywhere.
+  const Eigen::VectorXd plane = (2.0 * p.col(0) - 3.0 * p.col(1)).array() + 4.0;
+  SurrogateTPS flat(p, plane);
+  ASSERT_TRUE(flat.BuildOptimal());
+  const Eigen::MatrixXd x = RandomPoints(10, 2) * 500.0;
+  EXPECT_TRUE(flat.Approximate(x).isApprox(
+      Eigen::VectorXd((2.0 * x.col(0) - 3.0 * x.col(1)).array() + 4.0), 1e-9));
+}
+
+TEST(ThinPlateSplines, RefusesPointsThatDoNotSpanASystem) {
+  SurrogateTPS equal(Eigen::MatrixXd::Ones(5, 2), Eigen::VectorXd::LinSpaced(5, 0, 1));
+  EXPECT_FALSE(equal.IsSolvable());
+  EXPECT_EQ(RuntimeMessage([&] { equal.Build(); }),
+            "Surrogate can not compute the internal coefficients. The support points correlate and "
+            "lead to a non-invertible matrix (rank 2, matrix dimension 8).");
+  EXPECT_FALSE(equal.IsBuilt());
+  EXPECT_EQ(RuntimeMessage([&] { equal.Approximate(Eigen::RowVector2d(0, 0)); }),
+            "Surrogate can not approximate any values before the regression was performed.");
+  SurrogateTPS good(RandomPoints(8, 2), Eigen::VectorXd::Ones(8));
+  EXPECT_TRUE(good.IsSolvable());
+  ASSERT_TRUE(good.Build());
+  EXPECT_EQ(RuntimeMessage([&] { good.Approximate(Eigen::RowVector3d(0, 0, 0)); }),
+            "Surrogate expected another dimension of points (obtained 3, expected 2).");
+  good.SetSupportData(RandomPoints(8, 2), Eigen::VectorXd::Ones(7));
+  good.SetCoordTransform(TransformType::kNone, {});
+  EXPECT_EQ(RuntimeMessage([&] { good.Build(); }),
+            "Surrogate needs the same number of support points (=8) and values (=7).");
+}
+
+TEST(ThinPlateSplines, HasNoSettingsAndNoCrossValidation) {
+  SurrogateTPS model(RandomPoints(8, 2), Eigen::VectorXd::Ones(8));
+  EXPECT_EQ(model.Phi(0.0), 0.0);
+  EXPECT_NEAR(model.Phi(std::exp(1.0)), std::exp(2.0), 1e-14);
+  EXPECT_EQ(model.GetName(true), L"Thin Plate Splines");
+  EXPECT_EQ(model.GetDescription(), model.GetName(false));
+  EXPECT_EQ(RuntimeMessage([&] { model.ApproximateLeaveOneOut(); }),
+            "The method ApproximateLeaveOneOut is not implemented for surrogate model 'Thin Plate "
+            "Splines'.");
+  EXPECT_EQ(RuntimeMessage([&] { model.ApproximateCrossValidation({}); }),
+            "The method ApproximateCrossValidation is not implemented for surrogate model 'Thin "
+            "Plate Splines'.");
+  const auto message = [](auto action) {
+    return support::MessageOfExactly<std::logic_error>(action);
+  };
+  EXPECT_EQ(message([&] { model.GetVariableSelection(); }),
+            "GetVariableSelection not implemented for SurrogateTPS");
+  EXPECT_EQ(message([&] { model.GetNumberCoefficients(); }),
+            "GetNumberCoefficients not implemented for SurrogateTPS");
+  EXPECT_EQ(message([&] { model.GetSettingsBase(); }),
+            "GetSettingsBase not implemented for SurrogateTPS");
+  model.SetSettings(LinearRegressionSettings(2));  // any are taken, none are kept
+}
+
+TEST(ThinPlateSplines, SurvivesTheArchive) {
+  const Eigen::MatrixXd p = RandomPoints(12, 2);
+  const auto model = boost::make_shared<SurrogateTPS>(p, Wave(p));
+  ASSERT_TRUE(model->Build());
+  const boost::shared_ptr<SurrogateBase> base = model;
+  const auto read = support::Load<boost::shared_ptr<SurrogateBase>>(support::Save(base));
+  EXPECT_TRUE(read->Equals(*model));
+  EXPECT_EQ(read->Approximate(p), model->Approximate(p));
+}
