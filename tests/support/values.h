@@ -1,13 +1,14 @@
 #pragma once
 
+#include "foundation/math_exception.h"
 #include "foundation/text.h"
 #include "variant/variant.h"
 
 #include <algorithm>
 #include <complex>
-#include <initializer_list>
 #include <ostream>
 #include <sstream>
+#include <string>
 #include <vector>
 
 /// Short builders of values of the numeric side.
@@ -55,6 +56,37 @@ inline std::string Text(const Value& value) {
   std::wostringstream stream;
   stream << value;
   return corvath::utils::ToUtf8(stream.str());
+}
+
+/// The readable form of what `compute(result)` leaves in its out-parameter, or "CType: text" of the
+/// exception of the numeric side that it throws, so that a table can hold both. A failure must leave
+/// the out-parameter alone.
+template <class Compute>
+std::string Outcome(Compute&& compute) {
+  using namespace corvath::math;
+  Value result = Vec({-77, 77});
+  const auto failure = [&result](const char* type, const std::exception& e) {
+    return (result == Vec({-77, 77}) ? "" : "<result changed> ") + std::string(type) + ": " +
+           e.what();
+  };
+  try {
+    compute(result);
+    return Text(result);
+  } catch (const CTypeException& e) {
+    return failure("CType", e);
+  } catch (const CDomainException& e) {
+    return failure("CDomain", e);
+  } catch (const CDimensionException& e) {
+    return failure("CDimension", e);
+  } catch (const CComputationException& e) {
+    return failure("CComputation", e);
+  } catch (const CCompatibilityException& e) {
+    return failure("CCompatibility", e);
+  } catch (const CDivideByZeroException& e) {
+    return failure("CDivideByZero", e);
+  } catch (const CVariantException& e) {
+    return failure("CVariant", e);
+  }
 }
 
 }  // namespace support
