@@ -10,8 +10,6 @@
 
 namespace corvath::algorithm::datatypes {
 
-const std::wstring kPropertySeparator = L"#$#";
-
 std::pair<std::wstring, std::wstring> SplitKey(const std::wstring& key,
                                                const std::wstring& separator) {
   const std::size_t position = key.rfind(separator);

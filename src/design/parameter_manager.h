@@ -13,7 +13,7 @@
 namespace corvath::algorithm::datatypes {
 
 /// Stands between the names of parameter and property in a compound key.
-extern const std::wstring kPropertySeparator;
+inline constexpr wchar_t kPropertySeparator[] = L"#$#";
 
 /// (text before, text behind) the last `separator` in `key`; without one, (key, empty text).
 std::pair<std::wstring, std::wstring> SplitKey(const std::wstring& key,
