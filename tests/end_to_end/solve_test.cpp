@@ -1,0 +1,271 @@
+#include "end_to_end.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+
+namespace end_to_end {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+
+constexpr double kUntouched = -77.0;
+constexpr unsigned int kN = kDesigns;
+
+class Solve : public EndToEnd {
+ protected:
+  /// Solves with an array that is `spare` elements longer than `size` says; they must stay.
+  int Call(unsigned int flags, unsigned int size, const std::vector<double>& inputs = kInside) {
+    out_.assign(size + 3, kUntouched);
+    const int status =
+        dzel2_solve(path_, kN, inputs.data(), static_cast<unsigned int>(inputs.size()), flags,
+                    out_.data(), size);
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(out_[size + i], kUntouched);
+    out_.resize(size);
+    return status;
+  }
+  int CallResponse(const char* response, unsigned int flags, unsigned int size,
+                   const std::vector<double>& inputs = kInside) {
+    out_.assign(size + 3, kUntouched);
+    const int status =
+        dzel2_get_per_response(path_, kN, inputs.data(), static_cast<unsigned int>(inputs.size()),
+                               response, flags, out_.data(), size);
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(out_[size + i], kUntouched);
+    out_.resize(size);
+    return status;
+  }
+  std::vector<double> Slice(std::size_t begin, std::size_t size) const {
+    return std::vector<double>(out_.begin() + static_cast<long>(begin),
+                               out_.begin() + static_cast<long>(begin + size));
+  }
+  void ExpectResponses(const double* values, const std::vector<double>& inputs = kInside) {
+    for (std::size_t k = 0; k < kOutputs; ++k)
+      for (std::size_t d = 0; d < kN; ++d)
+        EXPECT_NEAR(values[k * kN + d], Expected(k, inputs[d], inputs[kN + d], inputs[2 * kN + d]),
+                    kFit);
+  }
+
+  std::vector<double> out_;
+};
+
+TEST_F(Solve, Responses) {
+  EXPECT_EQ(Call(2, 10), 0);
+  ExpectResponses(out_.data());
+
+  std::vector<double> longer = kInside;
+  longer.resize(20, kUntouched);
+  EXPECT_EQ(Call(2, 15, longer), 0) << "more values and more room than needed";
+  ExpectResponses(out_.data());
+  EXPECT_EQ(out_[10], kUntouched);
+
+  out_.assign(10, kUntouched);
+  EXPECT_EQ(dzel_solve(path_, kN, kInside.data(), out_.data()), 0);
+  ExpectResponses(out_.data());
+  double* buffer = nullptr;
+  EXPECT_EQ(dzel_allocate_and_solve(path_, kN, kInside.data(), &buffer), 0);
+  ExpectResponses(buffer);
+}
+
+TEST_F(Solve, BlocksStandInOrderWithoutGaps) {
+  // Each block alone, then all of them: the same numbers, one after the other.
+  std::vector<double> expected;
+  for (const auto& [flag, size] : {std::pair(2u, 10u), {4u, 4u}, {8u, 10u}, {16u, 40u}}) {
+    EXPECT_EQ(Call(flag, size), 0) << LastError();
+    expected.insert(expected.end(), out_.begin(), out_.end());
+  }
+  EXPECT_EQ(Call(2 + 4 + 8 + 16, 64), 0);
+  for (std::size_t i = 0; i < 64; ++i) {
+    if (i >= 10 && i < 14)
+      EXPECT_TRUE(std::isnan(out_[i])) << "criteria";
+    else
+      EXPECT_EQ(out_[i], expected[i]) << i;
+  }
+  EXPECT_EQ(Call(8 + 16, 50), 0);
+  EXPECT_EQ(Slice(0, 50), std::vector<double>(expected.begin() + 14, expected.end()));
+}
+
+TEST_F(Solve, DensitiesAndErrorsStandOutputByOutput) {
+  EXPECT_EQ(Call(8 + 16, 50), 0);
+  const std::vector<double> all = out_;
+  const char* const outputs[] = {"mass", "flat", "stress[0]", "stress[1]", "stress[2]"};
+  for (std::size_t k = 0; k < kOutputs; ++k) {
+    ASSERT_EQ(CallResponse(outputs[k], 4 + 8, 5 * kN), 0) << LastError();
+    EXPECT_EQ(Slice(0, kN), std::vector<double>(all.begin() + static_cast<long>(k * kN),
+                                                all.begin() + static_cast<long>((k + 1) * kN)));
+    EXPECT_TRUE(std::equal(out_.begin() + kN, out_.end(),
+                           all.begin() + static_cast<long>(kOutputs * kN + 4 * kN * k)));
+    for (std::size_t d = 0; d < kN; ++d) EXPECT_GT(out_[d], 0.0) << "a density";
+    for (std::size_t d = 0; d < kN; ++d) EXPECT_NEAR(out_[kN + 4 * d], 1.0, 1e-9) << "exact fit";
+  }
+}
+
+TEST_F(Solve, ChecksSizesAndSaysBoth) {
+  struct Case {
+    unsigned int flags;
+    unsigned int size;
+    const char* numbers;
+  };
+  const Case cases[] = {{2, 9, "Is 9 and should be 10."},
+                        {4, 3, "Is 3 and should be 4."},
+                        {8, 9, "Is 9 and should be 10."},
+                        {30, 63, "Is 63 and should be 64."},
+                        {18, 2, "Is 2 and should be 50."}};
+  for (const Case& c : cases) {
+    EXPECT_EQ(Call(c.flags, c.size), 41);
+    EXPECT_EQ(LastError(),
+              std::string("Error in Zelsolver API: The preallocated uint array is too small. ") +
+                  c.numbers);
+    EXPECT_THAT(out_, Each(kUntouched));
+  }
+  EXPECT_EQ(Call(2, 10, std::vector<double>(5)), 41);
+  EXPECT_EQ(LastError(),
+            "Error in Zelsolver API: There are too few inputs for the specified amount of designs. "
+            "Is 5 and should be 6.");
+  EXPECT_THAT(out_, Each(kUntouched));
+  EXPECT_EQ(Call(2, 9, kOutside), 2) << "bounds before sizes";
+  // 2^32 - 1 designs: the product doesn't wrap.
+  EXPECT_EQ(dzel2_solve(path_, 4294967295u, kInside.data(), 6, 2, out_.data(), 10), 41);
+  EXPECT_THAT(LastError(), testing::HasSubstr("should be 12884901885."));
+}
+
+TEST_F(Solve, NothingAskedForIsNothingDone) {
+  for (const unsigned int flags : {0u, 1u, 32u}) {
+    EXPECT_EQ(Call(flags, 5, kOutside), 0) << LastError();
+    EXPECT_THAT(out_, Each(kUntouched));
+  }
+  EXPECT_EQ(dzel2_solve(path_, kN, kInside.data(), 6, 0, nullptr, 0), 0);
+  EXPECT_EQ(dzel2_solve(path_, 0, nullptr, 0, 2, nullptr, 0), 0);
+  EXPECT_EQ(dzel2_solve(path_, kN, kInside.data(), 5, 0, nullptr, 0), 41);
+}
+
+TEST_F(Solve, ExtrapolatesOnRequest) {
+  for (const unsigned int block : {2u, 4u, 8u, 16u}) {
+    EXPECT_EQ(Call(block, 40, kOutside), 2);
+    EXPECT_EQ(LastError(), kViolation);
+    EXPECT_THAT(out_, Each(kUntouched));
+    EXPECT_EQ(Call(block + 1, 40, kOutside), 0);
+  }
+  out_.assign(10, kUntouched);
+  EXPECT_EQ(dzel_solve(path_, kN, kOutside.data(), out_.data()), 1);
+  EXPECT_EQ(LastError(), kViolation);
+  EXPECT_EQ(dzel_solve_extrapolate(path_, kN, kOutside.data(), out_.data(), 0), 1);
+  EXPECT_THAT(out_, Each(kUntouched));
+  EXPECT_EQ(dzel_solve_extrapolate(path_, kN, kOutside.data(), out_.data(), 5), 0);
+  ExpectResponses(out_.data(), kOutside);
+  double* buffer = nullptr;
+  EXPECT_EQ(dzel_allocate_and_solve(path_, kN, kOutside.data(), &buffer), 1);
+  EXPECT_EQ(buffer, nullptr);
+  EXPECT_EQ(dzel_allocate_and_solve_extrapolate(path_, kN, kOutside.data(), &buffer, 1), 0);
+  ExpectResponses(buffer, kOutside);
+  EXPECT_EQ(dzel_allocate_and_solve(path_, 0, kInside.data(), &buffer), 1);
+  EXPECT_EQ(LastError(), "Approximation failed. No results returned.");
+}
+
+TEST_F(Solve, OneResponseHasTheLayoutOfOne) {
+  const std::string project = Project("one_response.vrdb");
+  std::vector<double> out(2 + 4 + 2 + 8);
+  ASSERT_EQ(dzel2_solve(project.c_str(), kN, kInside.data(), 6, 30, out.data(), 16), 0);
+  EXPECT_NEAR(out[1], 0.5, kFit);
+  EXPECT_TRUE(std::isnan(out[2]));
+  EXPECT_GT(out[6], 0.0);
+  EXPECT_NEAR(out[8], 1.0, 1e-9);
+}
+
+TEST_F(Solve, SaysWhenThereAreNoErrorsToDeliver) {
+  // The only model is that of one element of a vector: the response isn't covered.
+  const std::string project = Project("one_element.vrdb");
+  std::vector<double> out(4, kUntouched);
+  EXPECT_EQ(dzel2_solve(project.c_str(), kN, kInside.data(), 6, 2 + 8, out.data(), 4), 1);
+  EXPECT_EQ(LastError(), "Error extracting densities and errors.");
+  EXPECT_NEAR(out[0], Expected(3, 0.0, 0.5, 12.0), kFit) << "the responses stay";
+  EXPECT_EQ(out[2], kUntouched);
+  EXPECT_EQ(dzel2_solve(path_, 0, nullptr, 0, 8, nullptr, 0), 1);
+}
+
+TEST_F(Solve, AMissingModelCostsOnlyItsResponse) {
+  const std::string project = Project("missing_model.vrdb");
+  std::vector<double> out(60);
+  ASSERT_EQ(dzel2_solve(project.c_str(), kN, kInside.data(), 6, 2 + 8 + 16, out.data(), 60), 0)
+      << LastError();
+  for (std::size_t k = 0; k < kOutputs; ++k) {
+    EXPECT_EQ(std::isnan(out[kN * k]), k == 0);
+    EXPECT_EQ(std::isnan(out[10 + kN * k]), k == 0);
+    EXPECT_EQ(std::isnan(out[20 + 4 * kN * k]), k == 0);
+  }
+}
+
+TEST_F(Solve, NaNPassesTheBoundsAndStaysInItsDesign) {
+  std::vector<double> inputs = kInside;
+  inputs[2] = std::numeric_limits<double>::quiet_NaN();  // y of the first design
+  EXPECT_EQ(Call(2, 10, inputs), 0);
+  EXPECT_TRUE(std::isnan(out_[0]));
+  EXPECT_NEAR(out_[1], Expected(0, 1.5, -0.25, 18.0), kFit);
+}
+
+TEST_F(Solve, OneResponseAtATime) {
+  // stress[2] = 0.1 z^2 - x z: gradients (-z, 0, 0.2 z - x), by central differences over 1e-4 of
+  // the range at values near 60.
+  const double tolerance = 1e-6;
+  ASSERT_EQ(CallResponse("stress[2]", 2 + 4 + 8, 6 + 2 + 8), 0) << LastError();
+  const double gradients[] = {-12.0, 0.0, 2.4, -18.0, 0.0, 2.1};
+  for (std::size_t i = 0; i < 6; ++i) EXPECT_NEAR(out_[i], gradients[i], tolerance);
+  const std::vector<double> densities = Slice(6, 2);
+  const std::vector<double> errors = Slice(8, 8);
+
+  out_.assign(6, kUntouched);
+  EXPECT_EQ(dzel_gradients_per_response(path_, kN, kInside.data(), "stress[2]", out_.data()), 0);
+  for (std::size_t i = 0; i < 6; ++i) EXPECT_NEAR(out_[i], gradients[i], tolerance);
+  out_.assign(8, kUntouched);
+  EXPECT_EQ(dzel_errors_per_response(path_, kN, kInside.data(), "stress[2]", out_.data()), 0);
+  EXPECT_EQ(out_, errors);
+  out_.assign(2, kUntouched);
+  EXPECT_EQ(dzel_density_per_response(path_, kN, kInside.data(), "stress[2]", out_.data(), 2), 0);
+  EXPECT_EQ(out_, densities);
+  EXPECT_EQ(dzel_density_per_response(path_, kN, kInside.data(), "stress[2]", out_.data(), 1), 1);
+  EXPECT_EQ(LastError(),
+            "Error in Zelsolver API: The preallocated response array is too small. Is 1 and should "
+            "be 2.");
+
+  for (const unsigned int flags : {0u, 1u}) {
+    EXPECT_EQ(CallResponse("mass", flags, 4, kOutside), 0);
+    EXPECT_THAT(out_, Each(kUntouched));
+  }
+  EXPECT_EQ(CallResponse("mass", 12, 9), 41);
+  EXPECT_EQ(LastError(),
+            "Error in Zelsolver API: The preallocated response array is too small. Is 9 and should "
+            "be 10.");
+  EXPECT_EQ(CallResponse("mass", 2, 6, std::vector<double>(5)), 41);
+  EXPECT_EQ(CallResponse("none", 2, 6), 2);
+  EXPECT_EQ(LastError(), "Surrogate info with name \"none\" does not exist.");
+  EXPECT_EQ(dzel2_get_per_response(path_, 0, nullptr, 0, "mass", 12, nullptr, 0), 1);
+  EXPECT_EQ(LastError(), "Error extracting densities and Errors.");
+}
+
+TEST_F(Solve, OneResponseKeepsTheBounds) {
+  std::vector<double> out(8, kUntouched);
+  for (const unsigned int block : {2u, 4u, 8u}) {
+    EXPECT_EQ(CallResponse("mass", block, 8, kOutside), 2);
+    EXPECT_EQ(LastError(), kViolation);
+    EXPECT_THAT(out_, Each(kUntouched));
+    EXPECT_EQ(CallResponse("mass", block + 1, 8, kOutside), 0);
+  }
+  const double* const in = kOutside.data();
+  for (const unsigned int extrapolate : {0u, 1u}) {
+    const int expected = extrapolate == 0 ? 1 : 0;
+    EXPECT_EQ(
+        dzel_gradients_per_response_extrapolate(path_, kN, in, "mass", out.data(), extrapolate),
+        expected);
+    EXPECT_EQ(dzel_errors_per_response_extrapolate(path_, kN, in, "mass", out.data(), extrapolate),
+              expected);
+    EXPECT_EQ(
+        dzel_density_per_response_extrapolate(path_, kN, in, "mass", out.data(), 2, extrapolate),
+        expected);
+  }
+}
+
+}  // namespace
+}  // namespace end_to_end
