@@ -2,15 +2,38 @@
 
 #include "archive/instantiate.h"
 #include "foundation/exception.h"
+#include "stochastics/rv_bernoulli.h"
 #include "stochastics/rv_beta.h"
 #include "stochastics/rv_exponential.h"
+#include "stochastics/rv_frechet.h"
+#include "stochastics/rv_general_discrete.h"
 #include "stochastics/rv_gumbel.h"
+#include "stochastics/rv_kernel.h"
+#include "stochastics/rv_lambda.h"
 #include "stochastics/rv_lognormal.h"
+#include "stochastics/rv_loguniform.h"
+#include "stochastics/rv_multi_uniform.h"
 #include "stochastics/rv_normal.h"
+#include "stochastics/rv_poisson.h"
+#include "stochastics/rv_polymap.h"
 #include "stochastics/rv_set_nataf.h"
+#include "stochastics/rv_triangular.h"
+#include "stochastics/rv_truncated_normal.h"
 #include "stochastics/rv_uniform.h"
+#include "stochastics/rv_weibull.h"
+
+#include <algorithm>
 
 namespace corvath::algorithm {
+
+namespace {
+
+/// The size that a stored table of `size` numbers must have: pairs, at least two of them.
+Eigen::Index WholeTable(Eigen::Index size) {
+  return std::max<Eigen::Index>(size - size % 2, 4);
+}
+
+}  // namespace
 
 template <class Archive>
 void RV::serialize(Archive& ar, const unsigned int) {
@@ -21,15 +44,23 @@ void RV::serialize(Archive& ar, const unsigned int) {
 }
 
 template <class Archive>
+void RV_Uniform::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(2, 2);
+}
+
+template <class Archive>
 void RV_Normal::serialize(Archive& ar, const unsigned int) {
   ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
   if (Archive::is_loading::value) RequireSizes(2, 2);
 }
 
 template <class Archive>
-void RV_Uniform::serialize(Archive& ar, const unsigned int) {
+void RV_Truncatednormal::serialize(Archive& ar, const unsigned int) {
   ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
-  if (Archive::is_loading::value) RequireSizes(2, 2);
+  ar& BOOST_SERIALIZATION_NVP(RV_Gauss);
+  ar& BOOST_SERIALIZATION_NVP(RV_area);
+  if (Archive::is_loading::value) RequireSizes(4, 4);
 }
 
 template <class Archive>
@@ -46,15 +77,84 @@ void RV_Exponential::serialize(Archive& ar, const unsigned int) {
 }
 
 template <class Archive>
+void RV_Triangular::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(3, 3);
+}
+
+template <class Archive>
+void RV_Polymap::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  ar& BOOST_SERIALIZATION_NVP(RV_Gauss);
+  if (Archive::is_loading::value) RequireSizes(5, 4);
+}
+
+template <class Archive>
+void RV_Kernel::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  ar& BOOST_SERIALIZATION_NVP(RV_Gauss);
+  ar& BOOST_SERIALIZATION_NVP(Kernel_width);
+  if (Archive::is_loading::value) RequireSizes(std::max<Eigen::Index>(RV_Parameter.size(), 1), 2);
+}
+
+template <class Archive>
 void RV_Gumbel::serialize(Archive& ar, const unsigned int) {
   ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
   if (Archive::is_loading::value) RequireSizes(2, 2);
 }
 
 template <class Archive>
+void RV_Weibull::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(2, 2);
+}
+
+template <class Archive>
+void RV_Frechet::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(2, 2);
+}
+
+template <class Archive>
+void RV_Bernoulli::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(1, 2);
+}
+
+template <class Archive>
 void RV_Beta::serialize(Archive& ar, const unsigned int) {
   ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
   if (Archive::is_loading::value) RequireSizes(4, 4);
+}
+
+template <class Archive>
+void RV_Loguniform::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(2, 2);
+}
+
+template <class Archive>
+void RV_GeneralDiscrete::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(WholeTable(RV_Parameter.size()), 2);
+}
+
+template <class Archive>
+void RV_MultiUniform::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(WholeTable(RV_Parameter.size()), 2);
+}
+
+template <class Archive>
+void RV_Lambda::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(4, 4);
+}
+
+template <class Archive>
+void RV_Poisson::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RV", boost::serialization::base_object<RV>(*this));
+  if (Archive::is_loading::value) RequireSizes(1, 2);
 }
 
 template <class Archive>
@@ -87,12 +187,24 @@ void RVSet_Nataf::serialize(Archive& ar, const unsigned int) {
   ZEL_EXPORT_IMPLEMENT(T)
 
 ZEL_INSTANTIATE_SERIALIZE(corvath::algorithm::RV)
-ZEL_IMPLEMENT(corvath::algorithm::RV_Normal)
 ZEL_IMPLEMENT(corvath::algorithm::RV_Uniform)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Normal)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Truncatednormal)
 ZEL_IMPLEMENT(corvath::algorithm::RV_Lognormal)
 ZEL_IMPLEMENT(corvath::algorithm::RV_Exponential)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Triangular)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Polymap)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Kernel)
 ZEL_IMPLEMENT(corvath::algorithm::RV_Gumbel)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Weibull)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Frechet)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Bernoulli)
 ZEL_IMPLEMENT(corvath::algorithm::RV_Beta)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Loguniform)
+ZEL_IMPLEMENT(corvath::algorithm::RV_GeneralDiscrete)
+ZEL_IMPLEMENT(corvath::algorithm::RV_MultiUniform)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Lambda)
+ZEL_IMPLEMENT(corvath::algorithm::RV_Poisson)
 ZEL_INSTANTIATE_SERIALIZE(corvath::algorithm::RVSet)
 ZEL_IMPLEMENT(corvath::algorithm::RVSet_Independent)
 ZEL_IMPLEMENT(corvath::algorithm::RVSet_Nataf)

@@ -1,12 +1,24 @@
 #include "stochastics/rv_factory.h"
 
 #include "foundation/exception.h"
+#include "stochastics/rv_bernoulli.h"
 #include "stochastics/rv_beta.h"
 #include "stochastics/rv_exponential.h"
+#include "stochastics/rv_frechet.h"
+#include "stochastics/rv_general_discrete.h"
 #include "stochastics/rv_gumbel.h"
+#include "stochastics/rv_kernel.h"
+#include "stochastics/rv_lambda.h"
 #include "stochastics/rv_lognormal.h"
+#include "stochastics/rv_loguniform.h"
+#include "stochastics/rv_multi_uniform.h"
 #include "stochastics/rv_normal.h"
+#include "stochastics/rv_poisson.h"
+#include "stochastics/rv_polymap.h"
+#include "stochastics/rv_triangular.h"
+#include "stochastics/rv_truncated_normal.h"
 #include "stochastics/rv_uniform.h"
+#include "stochastics/rv_weibull.h"
 
 #include <iostream>
 
@@ -28,7 +40,10 @@ RVFactory& RVFactory::GetInstance() {
 
 RVFactory::RVFactory() {
   try {
-    RegisterAll<RV_Uniform, RV_Normal, RV_Lognormal, RV_Exponential, RV_Gumbel, RV_Beta>(*this);
+    RegisterAll<RV_Uniform, RV_Normal, RV_Truncatednormal, RV_Lognormal, RV_Exponential,
+                RV_Triangular, RV_Polymap, RV_Kernel, RV_Gumbel, RV_Weibull, RV_Frechet,
+                RV_Bernoulli, RV_Beta, RV_Loguniform, RV_GeneralDiscrete, RV_MultiUniform,
+                RV_Lambda, RV_Poisson>(*this);
   } catch (const std::exception& error) {
     std::cerr << "Couldn't create RV Factory: " << error.what() << std::endl;
   } catch (...) {

@@ -70,6 +70,7 @@ bool RVSet_Nataf::HasModel() const {
 }
 
 Eigen::MatrixXd RVSet_Nataf::GetStandardCorrelationMatrix() const {
+  if (!HasModel()) return {};  // a damaged file may hold any shape
   return m_c_sq * m_c_sq.transpose();
 }
 

@@ -41,6 +41,11 @@ double LogGamma(double x) {
   return boost::math::lgamma(x, kPolicy);
 }
 
+double LogGamma1p(double x) {
+  // Where G(1 + x) - 1 is a small number, it is known better than G(1 + x) itself.
+  return std::abs(x) < 0.4 ? std::log1p(boost::math::tgamma1pm1(x, kPolicy)) : LogGamma(1.0 + x);
+}
+
 double Beta(double a, double b) {
   return boost::math::beta(a, b, kPolicy);
 }

@@ -8,6 +8,8 @@ double Erfc(double x);
 double ErfcInverse(double p);
 double Gamma(double x);
 double LogGamma(double x);
+/// ln G(1 + x) for x > -1, with all its digits next to 0.
+double LogGamma1p(double x);
 double Beta(double a, double b);
 /// Regularised incomplete beta function I_x(a, b), and the x at which it is p.
 double IncompleteBeta(double a, double b, double x);

@@ -1,8 +1,11 @@
+#include "foundation/exception.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/rv_factory.h"
+#include "support/message_of.h"
 
 #include <boost/math/distributions.hpp>
 #include <boost/math/quadrature/gauss_kronrod.hpp>
+#include <boost/numeric/conversion/cast.hpp>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -36,10 +39,25 @@ struct Sample {
   std::vector<double> parameters;
 };
 const Sample kContinuous[] = {
-    {types::NORMAL, {-3.0, 2.0}},        {types::UNIFORM, {-1.0, 4.0}},
-    {types::LOGNORMAL, {0.5, 0.4}},      {types::EXPONENTIAL, {2.0, -1.0}},
-    {types::GUMBEL, {10.0, 2.0}},        {types::BETA, {1.0, 5.0, 2.0, 3.5}},
+    {types::NORMAL, {-3.0, 2.0}},
+    {types::UNIFORM, {-1.0, 4.0}},
+    {types::LOGNORMAL, {0.5, 0.4}},
+    {types::EXPONENTIAL, {2.0, -1.0}},
+    {types::GUMBEL, {10.0, 2.0}},
+    {types::BETA, {1.0, 5.0, 2.0, 3.5}},
     {types::BETA, {0.0, 2.0, 1.0, 1.0}},
+    {types::TRUNCATEDNORMAL, {1.0, 2.0, 0.5, 4.0}},
+    {types::TRUNCATEDNORMAL, {0.0, 1.0, 2.5, 8.0}},  // cut in the tail
+    {types::TRIANGULAR, {1.0, 2.0, 5.0}},
+    {types::TRIANGULAR, {1.0, 1.0, 5.0}},
+    {types::WEIBULL, {3.0, 1.7}},
+    {types::FRECHET, {3.0, 9.0}},
+    {types::LOGUNIFORM, {0.5, 20.0}},
+    {types::POLYMAP, {1.0, 2.0, 0.9, 0.05, 0.03}},
+    {types::LAMBDA, {1.0, 2.0, 0.3, 0.05}},
+    {types::LAMBDA, {1.0, 2.0, 1e-6, 0.2}},  // one side logistic
+    {types::MULTIUNIFORM, {0.0, 0.0, 1.0, 0.2, 1.5, 0.7, 4.0, 1.0}},
+    {types::KERNEL, {-1.0, 0.2, 0.3, 2.0, 2.5, 4.0}},
 };
 
 /// Integral of f times the density: between quantiles that get denser towards the tails, and from
@@ -53,11 +71,15 @@ double Expectation(const RV& rv, Function f) {
   const double reach = ends.back() - ends.front();
   ends.push_back(std::min(ends.back() + 4.0 * reach, rv.GetUpperBound()));
   ends.insert(ends.begin(), std::max(ends.front() - 4.0 * reach, rv.GetLowerBound()));
+  // Kinks and jumps would spoil the quadrature.
+  if (rv.GetTypeId() == types::MULTIUNIFORM || rv.GetTypeId() == types::TRIANGULAR)
+    ends.insert(ends.end(), rv.GetParameters().begin(), rv.GetParameters().end());
+  std::sort(ends.begin(), ends.end());
   double sum = 0.0;
   for (std::size_t i = 0; i + 1 < ends.size(); ++i)
     if (ends[i] < ends[i + 1])
       sum += boost::math::quadrature::gauss_kronrod<double, 61>::integrate(
-          [&](double x) { return f(x) * rv.PDF(x); }, ends[i], ends[i + 1], 8, 1e-11);
+          [&](double x) { return f(x) * rv.PDF(x); }, ends[i], ends[i + 1], 2, 1e-9);
   return sum;
 }
 
@@ -140,6 +162,15 @@ TEST(Distributions, AgreeWithBoostWhereTheyCoincide) {
   EXPECT_NEAR(rv->InverseCDF(0.3), 1.0 + 4.0 * quantile(beta, 0.3), 1e-13);
   EXPECT_NEAR(rv->GetStats()(2), skewness(beta), 1e-14);
   EXPECT_NEAR(rv->GetStats()(3), kurtosis_excess(beta), 1e-14);
+  ExpectSame(*WithParameters(types::WEIBULL, {3.0, 1.7}), weibull(1.7, 3.0));
+  ExpectSame(*WithParameters(types::TRIANGULAR, {1.0, 2.0, 5.0}), triangular(1.0, 2.0, 5.0));
+  const poisson_distribution<> poisson(7.3);
+  const auto events = WithParameters(types::POISSON, {7.3});
+  for (int k = 0; k < 40; ++k) {
+    EXPECT_NEAR(events->PMF(k), pdf(poisson, k), 1e-14);
+    EXPECT_NEAR(events->CDF(k + 0.5), cdf(poisson, k), 1e-14);
+    EXPECT_EQ(events->InverseCDF(events->CDF(k)), k <= 29 ? k : events->InverseCDF(1.0));
+  }
   // The lognormal's density begins six standard deviations below the mean, here below 0.
   ExpectSame(*WithParameters(types::LOGNORMAL, {0.5, 0.4}), lognormal(0.5, 0.4));
 }
@@ -163,6 +194,26 @@ TEST(Distributions, FitsReturnToTheGivenMoments) {
       {types::BETA, {3.0, 0.5, 0.3, -0.5}, 1e-12},
       {types::BETA, {3.0, 0.5, -1.2, 1.0}, 1e-12},
       {types::BETA, {-1e3, 1e-3, 0.0, -1.0}, 1e-9},
+      {types::TRUNCATEDNORMAL, {5.0, 2.0, 1.0, 12.0}, 1e-11},
+      {types::TRUNCATEDNORMAL, {0.0, 1.0, -1.8, 2.5}, 1e-11},
+      {types::TRIANGULAR, {5.0, 2.0, 0.3}, 1e-12},
+      {types::TRIANGULAR, {-5.0, 2.0, -0.5656}, 1e-12},  // next to the right-angled one
+      {types::TRIANGULAR, {5.0, 2.0, 0.0}, 1e-12},
+      {types::WEIBULL, {1.0, 1.0}, 1e-12},
+      {types::WEIBULL, {7.0, 7e-6}, 1e-9},
+      {types::WEIBULL, {1e3, 1e6}, 1e-9},
+      {types::FRECHET, {1.0, 1.0}, 1e-12},
+      {types::FRECHET, {7.0, 7e-6}, 1e-9},
+      {types::FRECHET, {7.0, 7e3}, 1e-7},
+      {types::LOGUNIFORM, {1.5, 1.5001e-5}, 1e-9},
+      {types::LOGUNIFORM, {1.5, 1e-3}, 1e-9},
+      {types::LOGUNIFORM, {1.5, 4.5}, 1e-11},
+      {types::POLYMAP, {5.0, 2.0, 0.5, 1.0}, 1e-9},
+      {types::POLYMAP, {5.0, 2.0, -1.0, 3.0}, 1e-9},
+      {types::LAMBDA, {5.0, 2.0, 0.5, 0.5}, 1e-5},  // the search ends at a step of 1e-6
+      {types::LAMBDA, {5.0, 2.0, -2.0, 6.5}, 1e-5},
+      {types::MULTIUNIFORM, {5.0, 2.0}, 1e-12},
+      {types::DISCRETE, {5.0, 2.0}, 1e-12},
   };
   for (const Fit& fit : fits) {
     SCOPED_TRACE(fit.type);
@@ -173,7 +224,8 @@ TEST(Distributions, FitsReturnToTheGivenMoments) {
     rv->SetParameters(parameters);
     for (std::size_t i = 0; i < fit.moments.size(); ++i)
       EXPECT_NEAR(rv->GetStats()(static_cast<Eigen::Index>(i)), fit.moments[i],
-                  (fit.tolerance + 1e-12) * std::max(std::abs(fit.moments[i]), i < 2 ? 0.0 : 1.0))
+                  (fit.tolerance + 1e-12) *
+                      std::max(std::abs(fit.moments[i]), i < 2 ? fit.moments[1] : 1.0))
           << i;
   }
 }
@@ -204,6 +256,171 @@ TEST(Distributions, BetaNextToItsEndsAndLimits) {
     EXPECT_TRUE(extreme->GetParameters().allFinite() && extreme->GetStats().allFinite());
     EXPECT_GT(extreme->GetStats()(2) * skewness, 0.0);
   }
+}
+
+TEST(Distributions, ClosedFormsOfTheIterativeFits) {
+  const auto weibull = WithStats(types::WEIBULL, {1.0, 1.0});  // the exponential distribution
+  EXPECT_NEAR(weibull->GetParameter(L"Shape parameter k"), 1.0, 1e-10);
+  EXPECT_NEAR(weibull->GetParameter(L"Scale parameter lambda"), 1.0, 1e-10);
+  // alpha = 4: mean G(3/4), second moment G(1/2)
+  const auto frechet = WithParameters(types::FRECHET, {1.0, 4.0});
+  EXPECT_NEAR(frechet->GetStats()(0), std::tgamma(0.75), 1e-14);
+  EXPECT_NEAR(frechet->GetStats()(1), std::sqrt(std::sqrt(M_PI) - std::pow(std::tgamma(0.75), 2)),
+              1e-13);
+  // [1, e]: mean e - 1, second moment (e^2 - 1) / 2
+  const auto loguniform = WithParameters(types::LOGUNIFORM, {1.0, std::exp(1.0)});
+  EXPECT_NEAR(loguniform->GetStats()(0), std::exp(1.0) - 1.0, 1e-14);
+  EXPECT_NEAR(loguniform->GetStats()(1),
+              std::sqrt((std::exp(2.0) - 1.0) / 2.0 - std::pow(std::exp(1.0) - 1.0, 2)), 1e-14);
+  const auto right_angled = WithStats(types::TRIANGULAR, {0.0, 1.0, 10.0});
+  EXPECT_EQ(right_angled->GetParameters()(0), right_angled->GetParameters()(1));
+  EXPECT_NEAR(right_angled->GetStats()(2), 0.4 * std::sqrt(2.0), 1e-14);
+  const auto plain = WithStats(types::POLYMAP, {1.0, 2.0, 0.5, 0.0});
+  EXPECT_EQ(plain->GetParameters(), (VectorXd(5) << 1.0, 2.0, 1.0, 0.0, 0.0).finished());
+  EXPECT_NEAR(plain->CDF(3.0), corvath::math::NormalCdf(1.0), 1e-15);
+  // Both shapes 1 are the uniform distribution on l1 -+ 1 / l2, both (almost) 0 the logistic one.
+  const auto uniform = WithParameters(types::LAMBDA, {3.0, 2.0, 1.0, 1.0});
+  EXPECT_NEAR(uniform->GetStats()(1), 1.0 / std::sqrt(12.0), 1e-14);
+  EXPECT_NEAR(uniform->GetStats()(3), -1.2, 1e-12);
+  EXPECT_NEAR(uniform->CDF(3.25), 0.75, 1e-13);
+  const auto logistic = WithParameters(types::LAMBDA, {3.0, 1.0, 0.0, 0.0});
+  EXPECT_NEAR(logistic->GetStats()(1), M_PI / std::sqrt(3.0), 1e-5);
+  EXPECT_NEAR(logistic->GetStats()(3), 1.2, 1e-4);
+  EXPECT_NEAR(logistic->CDF(4.0), 1.0 / (1.0 + std::exp(-1.0)), 1e-6);
+}
+
+TEST(Distributions, TargetsWithoutASolutionEndInFiniteNumbers) {
+  for (const auto& [type, moments] : std::vector<std::pair<int, std::vector<double>>>{
+           {types::TRUNCATEDNORMAL, {0.0, 1.0, -1.05, 1e300}},  // no such variable exists
+           {types::TRUNCATEDNORMAL, {0.0, 1.0, 0.5, 0.4}},
+           {types::FRECHET, {1.0, 1e12}},
+           {types::LAMBDA, {0.0, 1.0, 1e9, -5.0}},
+           {types::LAMBDA, {0.0, 1.0, 0.0, 1e9}},
+           {types::POLYMAP, {0.0, 1.0, 50.0, 1.0}},
+           {types::POLYMAP, {0.0, 1.0, 0.0, 1e9}}}) {
+    const auto rv = WithStats(type, moments);
+    EXPECT_TRUE(rv->GetParameters().allFinite() && rv->GetStats().allFinite()) << type;
+    EXPECT_TRUE(std::isfinite(rv->InverseCDF(0.3))) << type;
+  }
+}
+
+TEST(Distributions, DiscreteStatesAndSteps) {
+  const auto coin = WithParameters(types::BERNOULLI, {0.3});
+  EXPECT_EQ(coin->CDF(-0.1), 0.0);
+  EXPECT_EQ(coin->CDF(0.5), 0.7);
+  EXPECT_EQ(coin->CDF(1.0), 1.0);
+  EXPECT_EQ(coin->PMF(0.5), 0.0);
+  EXPECT_EQ(coin->InverseCDF(0.7), 0.0);
+  EXPECT_EQ(coin->InverseCDF(0.71), 1.0);
+  const auto events = WithParameters(types::POISSON, {1.0});
+  EXPECT_EQ(events->PMF(2.5), 0.0);
+  EXPECT_NEAR(events->PMF(2.0), std::exp(-1.0) / 2.0, 1e-16);
+  const auto table = WithParameters(types::DISCRETE, {4.0, 2.0, -1.0, 1.0, 7.0, 1.0});
+  EXPECT_EQ(table->GetStats()(0), 3.5);
+  EXPECT_NEAR(table->GetStats()(1), std::sqrt(0.25 * 4.5 * 4.5 + 0.5 * 0.25 + 0.25 * 3.5 * 3.5),
+              1e-15);
+  EXPECT_EQ(table->CDF(3.9), 0.25);
+  EXPECT_EQ(table->CDF(4.0), 0.75);
+  EXPECT_EQ(table->InverseCDF(0.25), -1.0);
+  EXPECT_EQ(table->InverseCDF(0.2500001), 4.0);
+  EXPECT_EQ(table->InverseCDF(1.0), 7.0);
+  for (const auto& rv : {coin, events, table}) {
+    const Eigen::MatrixXd states = rv->GetStates();
+    EXPECT_NEAR(states.col(1).sum(), 1.0, 1e-9) << rv->GetTypeId();
+    const double mean = states.col(0).dot(states.col(1));
+    EXPECT_NEAR(mean, rv->GetMean(), 1e-8);
+    EXPECT_NEAR(std::sqrt((states.col(0).array() - mean).square().matrix().dot(states.col(1))),
+                rv->GetStats()(1), 1e-8);
+    for (Eigen::Index i = 0; i < states.rows(); ++i) {
+      EXPECT_EQ(rv->PMF(states(i, 0)), states(i, 1));
+      EXPECT_TRUE(std::isnan(rv->PDF(states(i, 0))));
+      EXPECT_EQ(rv->PDF(states(i, 0) + 0.25), 0.0);
+    }
+  }
+  EXPECT_EQ(WithParameters(types::NORMAL, {0.0, 1.0})->GetStates().size(), 0);
+  // As many events as no table holds, and more than an integer does.
+  EXPECT_EQ(support::MessageOfExactly<corvath::utils::runtime_error>([] {
+              WithParameters(types::POISSON, {1e12})->GetStates();
+            }).substr(0, 62),
+            "RV 'RV' of type 'POISSON': Too many states for a table: 100000");
+  EXPECT_THROW(WithParameters(types::POISSON, {1e30})->GetStates(),
+               boost::numeric::positive_overflow);
+  EXPECT_NEAR(WithParameters(types::POISSON, {1e12})->InverseCDF(0.5), 1e12, 1e3);
+}
+
+TEST(Distributions, TablesAreFittedFromSamples) {
+  const auto fit = [](int type, const std::vector<double>& data) {
+    const auto rv = RVFactory::GetInstance().Create(type);
+    rv->Fit(Eigen::Map<const VectorXd>(data.data(), static_cast<Eigen::Index>(data.size())));
+    return rv;
+  };
+  EXPECT_EQ(fit(types::DISCRETE, {1.0, 2.0, 1.0})->GetParameters(),
+            Eigen::Vector4d(1.0, 2.0 / 3.0, 2.0, 1.0 / 3.0));
+  // 1.001 is as good as 1: a hundredth of the mean gap of 2 / 3 separates states.
+  EXPECT_EQ(fit(types::DISCRETE, {1.0, 1.001, 3.0, 1.0})->GetParameters(),
+            Eigen::Vector4d(1.0, 0.75, 3.0, 0.25));
+  std::vector<double> ten;
+  for (int i = 0; i < 10; ++i) ten.push_back(static_cast<double>((7 * i) % 10));
+  VectorXd expected(10);  // four classes on [0, 9]: ends 2.25, 4.5, 6.75
+  expected << 0.0, 0.0, 2.25, 0.3, 4.5, 0.5, 6.75, 0.7, 9.0, 1.0;
+  EXPECT_LT((fit(types::MULTIUNIFORM, ten)->GetParameters() - expected).norm(), 1e-15);
+
+  for (const int type : {types::DISCRETE, types::MULTIUNIFORM}) {
+    const auto rv = RVFactory::GetInstance().Create(type);
+    const auto before = rv->Clone();
+    const auto refusal = [&](const Eigen::MatrixXd& data) {
+      const std::string message =
+          support::MessageOfExactly<corvath::utils::runtime_error>([&] { rv->Fit(data); });
+      EXPECT_EQ(*rv, *before);
+      return message.substr(message.find(": ") + 2);
+    };
+    EXPECT_EQ(refusal(Eigen::MatrixXd(3, 2)),
+              "Wrong number of data columns. Expected: 1, obtained: 2");
+    EXPECT_EQ(refusal(Eigen::MatrixXd(1, 1)), "Not enough data points available. ");
+    EXPECT_EQ(refusal(Eigen::MatrixXd::Ones(3, 1)),
+              type == types::DISCRETE
+                  ? "Wrong number of statistical parameters. Expected at least 4, obtained: 2"
+                  : "values and probability must be in ascending order ");
+    EXPECT_NE(refusal(Eigen::MatrixXd::Constant(3, 1, std::nan(""))), "");
+  }
+}
+
+TEST(Distributions, TablesThatMeanNothingAreRefused) {
+  const auto refusal = [](int type, const std::vector<double>& values) {
+    const std::string message = support::MessageOfExactly<corvath::utils::runtime_error>(
+        [&] { WithParameters(type, values); });
+    return message.substr(message.find(": ") + 2);
+  };
+  for (const int type : {types::DISCRETE, types::MULTIUNIFORM})
+    EXPECT_EQ(refusal(type, {1.0, 1.0}),
+              "Wrong number of statistical parameters. Expected at least 4, obtained: 2");
+  EXPECT_EQ(refusal(types::DISCRETE, {0.0, 0.5, 1.0, -0.5}),
+            "probability values must not be negative -0.5");
+  EXPECT_EQ(refusal(types::DISCRETE, {1.0, 0.5, 1.0, 0.5}),
+            "Standard deviation  (0) is close to zero.");
+  const char* ascending = "values and probability must be in ascending order ";
+  EXPECT_EQ(refusal(types::MULTIUNIFORM, {0.0, 0.0, 0.0, 1.0}), ascending);
+  EXPECT_EQ(refusal(types::MULTIUNIFORM, {0.0, 1.0, 1.0, 0.5}), ascending);
+  EXPECT_EQ(refusal(types::MULTIUNIFORM, {0.0, 0.5, 1.0, 0.5}), ascending);
+  EXPECT_EQ(refusal(types::MULTIUNIFORM, {1.0, 0.0, 1.0 + 1e-9, 1.0}).substr(0, 20),
+            "Standard deviation  ");
+  EXPECT_EQ(support::MessageOfExactly<corvath::utils::runtime_error>(
+                [] { WithParameters(types::KERNEL, {}); }),
+            "RV RV of type 39: Too few input samples given, expected: 1, obtained: 0");
+}
+
+TEST(Distributions, KernelDensityOfItsSamples) {
+  const auto rv = WithParameters(types::KERNEL, {1.0, 3.0});
+  EXPECT_EQ(rv->GetStats()(0), 2.0);
+  EXPECT_NEAR(rv->GetStats()(1), std::sqrt(2.0), 1e-15);  // so the width is 1
+  EXPECT_NEAR(rv->PDF(1.0), 0.5 * (corvath::math::NormalPdf(0.0) + corvath::math::NormalPdf(2.0)),
+              1e-15);
+  EXPECT_NEAR(rv->CDF(2.0), 0.5, 1e-15);
+  EXPECT_NEAR(rv->InverseCDF(0.5), 2.0, 1e-12);
+  const auto single = WithParameters(types::KERNEL, {5.0});
+  EXPECT_EQ(single->GetStats()(1), 0.0);
+  EXPECT_EQ(support::MessageOfExactly<corvath::utils::runtime_error>([&] { single->CDF(5.0); }),
+            "RV 'RV' of type '39': The samples have no spread, so there is no kernel density.");
 }
 
 }  // namespace

@@ -15,8 +15,12 @@ using namespace corvath::algorithm;
 namespace types = corvath::enums::RandomVariable;
 using Eigen::VectorXd;
 
-const int kTypes[] = {types::UNIFORM,     types::NORMAL, types::LOGNORMAL,
-                      types::EXPONENTIAL, types::BETA,   types::GUMBEL};
+const int kTypes[] = {types::UNIFORM,      types::NORMAL,      types::TRUNCATEDNORMAL,
+                      types::LOGNORMAL,    types::EXPONENTIAL, types::TRIANGULAR,
+                      types::BETA,         types::WEIBULL,     types::GUMBEL,
+                      types::FRECHET,      types::POLYMAP,     types::KERNEL,
+                      types::BERNOULLI,    types::LOGUNIFORM,  types::DISCRETE,
+                      types::MULTIUNIFORM, types::LAMBDA,      types::POISSON};
 
 TEST(RandomVariableArchive, EveryTypeComesBackThroughAPointer) {
   RVSet_Nataf set;

@@ -1,6 +1,7 @@
 #include "stochastics/random_variable.h"
 
 #include "foundation/exception.h"
+#include "foundation/text.h"
 #include "stochastics/rv_factory.h"
 #include "support/message_of.h"
 
@@ -30,14 +31,6 @@ std::string Refusal(Action action) {
   return support::MessageOfExactly<corvath::utils::runtime_error>(action);
 }
 
-std::string RefusalOfParameters(int type, std::initializer_list<double> values) {
-  return Refusal([&] { Make(type)->SetParameters(Vector(values)); });
-}
-
-std::string RefusalOfStats(int type, std::initializer_list<double> values) {
-  return Refusal([&] { Make(type)->SetStats(Vector(values)); });
-}
-
 /// Every type with its text and flags.
 struct TypeFacts {
   int id;
@@ -45,9 +38,15 @@ struct TypeFacts {
   bool lower, upper, discrete;
 };
 const TypeFacts kTypes[] = {
-    {3, L"UNIFORM", true, true, false},    {4, L"NORMAL", false, false, false},
-    {6, L"LOGNORMAL", true, false, false}, {7, L"EXPONENTIAL", true, false, false},
-    {16, L"BETA", true, true, false},      {30, L"GUMBEL", false, false, false},
+    {3, L"UNIFORM", true, true, false},         {4, L"NORMAL", false, false, false},
+    {5, L"TRUNCATEDNORMAL", true, true, false}, {6, L"LOGNORMAL", true, false, false},
+    {7, L"EXPONENTIAL", true, false, false},    {15, L"TRIANGULAR", true, true, false},
+    {16, L"BETA", true, true, false},           {22, L"WEIBULL", true, false, false},
+    {30, L"GUMBEL", false, false, false},       {36, L"FRECHET", true, false, false},
+    {38, L"POLYMAP", false, false, false},      {39, L"KERNEL", false, false, false},
+    {40, L"BERNOULLI", true, true, true},       {41, L"LOGUNIFORM", true, true, false},
+    {42, L"DISCRETE", true, true, true},        {43, L"MULTIUNIFORM", true, true, false},
+    {44, L"LAMBDA", true, true, false},         {45, L"POISSON", true, false, true},
 };
 
 TEST(RandomVariable, FactoryMakesEveryTypeOfTheList) {
@@ -107,64 +106,104 @@ TEST(RandomVariable, CloseValueLeavesTheObjectAlone) {
 }
 
 TEST(RandomVariable, RefusedMomentChangesNothing) {
-  for (const int type : {types::NORMAL, types::LOGNORMAL, types::GUMBEL, types::UNIFORM,
-                         types::EXPONENTIAL, types::BETA}) {
+  for (const TypeFacts& facts : kTypes) {
+    const int type = facts.id;
+    if (type == types::BERNOULLI || type == types::POISSON) continue;  // these ignore it
     const auto rv = Make(type);
     const auto before = rv->Clone();
-    EXPECT_NE(Refusal([&] { rv->SetStat(L"Standard deviation", 0.0); }), "") << type;
-    EXPECT_NE(Refusal([&] { rv->SetStat(L"Mean value", 1e9); }), "<no exception>") << type;
+    EXPECT_NE(Refusal([&] { rv->SetStat(L"Standard deviation", 0.0); }), "<no exception>") << type;
     EXPECT_EQ(*rv, *before) << type;
     EXPECT_EQ(rv->CDF(0.7), before->CDF(0.7)) << type;
   }
 }
 
-TEST(RandomVariable, MessagesOfTheSimpleTypes) {
+TEST(RandomVariable, WrongCountsAreNamedByEachType) {
   struct Case {
     int type;
     const char* parameters;
     const char* moments;
   };
+  const char* parameters_2 = ": Wrong number of statistical parameters. Expected: 2, obtained: 7";
+  const char* parameters_4 = ": Wrong number of statistical parameters. Expected: 4, obtained: 7";
+  const char* obtained_2 = ": Obtained wrong number of parameters. Expected: 2, obtained: 7";
+  const char* obtained_4 = ": Obtained wrong number of parameters. Expected: 4, obtained: 7";
+  const char* moments_2 = ": Wrong number of statistical moments. Expected: 2, obtained: 7";
+  const char* moments_4 = ": Wrong number of statistical moments. Expected: 4, obtained: 7";
+  const char* moments_1_2 = ": Wrong number of statistical moments. Expected: 1 or 2, obtained: 7";
   const Case cases[] = {
-      {types::NORMAL, "NORMAL': Wrong number of statistical parameters. Expected: 2, obtained: 3",
-       "NORMAL': Wrong number of moments. Expected: 2, obtained: 3"},
-      {types::UNIFORM, "UNIFORM': Wrong number of statistical parameters. Expected: 2, obtained: 3",
-       "UNIFORM': Wrong number of statistical moments. Expected: 2, obtained: 3"},
-      {types::LOGNORMAL,
-       "LOGNORMAL': Obtained wrong number of parameters. Expected: 2, obtained: 3",
-       "LOGNORMAL': Wrong number of statistical moments. Expected: 2, obtained: 3"},
-      {types::EXPONENTIAL,
-       "EXPONENTIAL': Obtained wrong number of parameters. Expected: 2, obtained: 3",
-       "EXPONENTIAL': Wrong number of statistical moments. Expected: 2, obtained: 3"},
-      {types::GUMBEL, "GUMBEL': Obtained wrong number of parameters. Expected: 2, obtained: 3",
-       "GUMBEL': Wrong number of statistical moments. Expected: 2, obtained: 3"},
-      {types::BETA, "BETA': Obtained wrong number of parameters. Expected: 4, obtained: 3",
-       "BETA': Wrong number of statistical moments. Expected: 4, obtained: 3"},
+      {types::NORMAL, parameters_2, ": Wrong number of moments. Expected: 2, obtained: 7"},
+      {types::UNIFORM, parameters_2, moments_2},
+      {types::LOGNORMAL, obtained_2, moments_2},
+      {types::EXPONENTIAL, obtained_2, moments_2},
+      {types::GUMBEL, obtained_2, moments_2},
+      {types::BETA, obtained_4, moments_4},
+      {types::TRUNCATEDNORMAL, parameters_4, moments_4},
+      {types::TRIANGULAR, ": Wrong number of statistical parameters. Expected 3, obtained 7",
+       ": Wrong number of statistical moments. Expected 3, obtained :7"},
+      {types::WEIBULL, obtained_2, moments_2},
+      {types::FRECHET, obtained_2, moments_2},
+      {types::LOGUNIFORM, parameters_2, moments_2},
+      {types::POLYMAP, moments_4, moments_4},
+      {types::LAMBDA, obtained_4, moments_4},
+      {types::BERNOULLI, ": Wrong number of statistical parameters. Expected: 1, obtained: 7",
+       moments_1_2},
+      {types::POISSON, ": Wrong number of statistical parameters. Expected 1, obtained: 7",
+       moments_1_2},
+      {types::DISCRETE, ": Number of distribution parameters should be even 7", moments_2},
+      {types::MULTIUNIFORM, ": Number of distribution parameters should be even 7", moments_2},
   };
   for (const Case& c : cases) {
-    const std::string text =
-        std::string(c.parameters).substr(0, std::string(c.parameters).find(':'));
-    EXPECT_EQ(RefusalOfParameters(c.type, {1.0, 2.0, 3.0}),
-              std::string("RV 'RV' of type '") + c.parameters);
-    EXPECT_EQ(RefusalOfStats(c.type, {1.0, 2.0, 3.0}),
-              std::string("RV 'RV' of type '") + c.moments);
-    const auto stats = [&](double mean, double sd) {
-      return Refusal([&] {
-        const auto rv = Make(c.type);
-        VectorXd moments = rv->GetStats();
-        moments.head(2) << mean, sd;
-        rv->SetStats(moments);
-      });
-    };
-    const std::string start = "RV 'RV' of type '" + text;
-    EXPECT_EQ(stats(1.0, 0.0), start + ": Standard deviation must be strictly positive.");
-    EXPECT_EQ(stats(1.0, -1.0), start + ": Standard deviation must be strictly positive.");
-    EXPECT_EQ(stats(1.0, 9e-7), start + ": Coefficient of variation must be larger than 1e-6.");
+    const auto rv = Make(c.type);
+    rv->SetName(L"x");
+    const std::string start = "RV 'x' of type '" + corvath::utils::ToUtf8(rv->GetTypeName()) + "'";
+    const VectorXd seven = VectorXd::LinSpaced(7, 1.0, 7.0);
+    EXPECT_EQ(Refusal([&] { rv->SetParameters(seven); }), start + c.parameters);
+    EXPECT_EQ(Refusal([&] { rv->SetStats(seven); }), start + c.moments);
   }
-  const std::string lognormal = "RV 'RV' of type 'LOGNORMAL': ";
-  EXPECT_EQ(RefusalOfStats(types::LOGNORMAL, {0.0, 1.0}),
-            lognormal + "Mean value must be strictly positive.");
-  EXPECT_EQ(RefusalOfStats(types::LOGNORMAL, {1.0, 2e20}),
-            lognormal + "Coefficient of variation must be smaller than 1e20.");
+}
+
+TEST(RandomVariable, MomentsOutsideTheDomainAreNamedByEachType) {
+  const auto refusal = [](int type, double mean, double sd) {
+    return Refusal([&] {
+      const auto rv = Make(type);
+      VectorXd moments = rv->GetStats();
+      moments.head(2) << mean, sd;
+      rv->SetStats(moments);
+    });
+  };
+  for (const int type : {types::NORMAL, types::UNIFORM, types::LOGNORMAL, types::EXPONENTIAL,
+                         types::GUMBEL, types::BETA, types::TRUNCATEDNORMAL, types::TRIANGULAR,
+                         types::WEIBULL, types::FRECHET, types::LAMBDA, types::MULTIUNIFORM}) {
+    const std::string start =
+        "RV 'RV' of type '" + corvath::utils::ToUtf8(types::ToText(type)) + "': ";
+    for (const double sd : {0.0, -1.0, 1e-16})
+      EXPECT_EQ(refusal(type, 1.0, sd), start + "Standard deviation must be strictly positive.");
+    EXPECT_EQ(refusal(type, 1.0, 9e-7),
+              start + "Coefficient of variation must be larger than 1e-6.");
+    EXPECT_EQ(refusal(type, 1.0, 1e-6), "<no exception>") << start;  // the limit itself is allowed
+  }
+  const auto text = [&](int type, double mean, double sd) {
+    const std::string message = refusal(type, mean, sd);
+    return message.substr(message.find(": ") + 2);
+  };
+  for (const int type : {types::LOGNORMAL, types::WEIBULL, types::FRECHET, types::LOGUNIFORM})
+    EXPECT_EQ(text(type, 0.0, 1.0), "Mean value must be strictly positive.");
+  EXPECT_EQ(text(types::LOGNORMAL, 1.0, 2e20),
+            "Coefficient of variation must be smaller than 1e20.");
+  EXPECT_EQ(text(types::WEIBULL, 1.0, 2e15), "Coefficient of variation must be smaller than 1e15.");
+  EXPECT_EQ(text(types::LOGUNIFORM, 1.0, 0.0), "Standard deviation must be strictly positive.");
+  EXPECT_EQ(text(types::LOGUNIFORM, 1.0, 9e-6),
+            "Coefficient of variation must be larger than 1e-5.");
+  EXPECT_EQ(text(types::LOGUNIFORM, 1.0, 3.1),
+            "Coefficient of variation must be smaller than 3.0.");
+  EXPECT_EQ(text(types::POLYMAP, 1.0, -0.5),
+            "Standard deviation  (-0.5) must be strictly positive.");
+  EXPECT_EQ(text(types::DISCRETE, 1.0, 1e-7), "Standard deviation  (1e-07) is close to zero.");
+  EXPECT_EQ(text(types::BERNOULLI, 0.0, 1.0), "Mean value must be larger than zero.");
+  EXPECT_EQ(text(types::BERNOULLI, 1.0, 1.0), "Mean value must be smaller than one.");
+  EXPECT_EQ(text(types::POISSON, 0.0, 1.0), "Mean value must be strictly positive.");
+  EXPECT_EQ(refusal(types::KERNEL, 0.0, 1.0),
+            "RV RV of type 39: SetStats cannot be used for kernel density.");
   EXPECT_EQ(Refusal([] { Make(types::NORMAL)->Fit(Eigen::MatrixXd::Ones(3, 1)); }),
             "RV 'RV' of type '4' can not be fitted by data. ");
 }
@@ -206,6 +245,26 @@ TEST(RandomVariable, ParametersOutsideTheirDomainAreMoved) {
        {1.0, 0.0},
        {1.0 - 0.57721566490153287 * 1e-6 * std::sqrt(6.0) / M_PI, 1e-6 * std::sqrt(6.0) / M_PI}},
       {types::BETA, {0.0, 1.0, -1.0, 2.0}, {}},
+      {types::TRUNCATEDNORMAL, {0.0, 1.0, -100.0, 100.0}, {0.0, 1.0, -10.0, 10.0}},
+      {types::TRUNCATEDNORMAL, {0.0, 1.0, 2.0, 2.0}, {0.0, 1.0, 2.0, 3.0}},
+      {types::TRUNCATEDNORMAL, {0.0, 1.0, 7.0, 5.0}, {0.0, 1.0, 3.0, 7.0}},
+      {types::TRIANGULAR, {3.0, 1.0, 2.0}, {1.0, 2.0, 3.0}},
+      {types::TRIANGULAR, {2.0, 2.0, 2.0}, {}},
+      {types::WEIBULL, {2.0, 1e-9}, {2.0, 0.02}},
+      {types::WEIBULL, {1.0, 1e9}, {}},
+      {types::FRECHET, {1.0, 1.0}, {1.0, 2.0 + 100.0 * eps}},
+      {types::LOGUNIFORM, {5.0, 2.0}, {2.0, 5.0}},
+      {types::LOGUNIFORM, {7.0, 7.0}, {}},
+      {types::LOGUNIFORM, {-3.0, 1e9}, {}},
+      {types::POLYMAP, {3.0, 2.0, 1.0, 0.5, 0.0}, {3.0, 2.0, 1.0, 0.0, 0.0}},  // not monotone
+      {types::LAMBDA, {0.0, 1.0, 0.0, -1.0}, {0.0, 1.0, 1e-6, -0.249}},
+      {types::LAMBDA, {1e9, 1.0, 0.1, 0.1}, {}},
+      {types::BERNOULLI, {0.0}, {1e-12}},
+      {types::BERNOULLI, {2.0}, {1.0 - 1e-12}},
+      {types::POISSON, {-1.0}, {1e-12}},
+      {types::DISCRETE, {1.0, 1.0, 0.0, 3.0}, {0.0, 0.75, 1.0, 0.25}},
+      {types::DISCRETE, {0.0, 0.0, 1.0, 0.0, 2.0, 0.0}, {0.0, 1.0 / 3, 1.0, 1.0 / 3, 2.0, 1.0 / 3}},
+      {types::MULTIUNIFORM, {0.0, 1.0, 1.0, 2.0, 4.0, 5.0}, {0.0, 0.0, 1.0, 0.25, 4.0, 1.0}},
   };
   for (const Case& c : cases) {
     const auto rv = Make(c.type);
@@ -215,8 +274,35 @@ TEST(RandomVariable, ParametersOutsideTheirDomainAreMoved) {
       EXPECT_NEAR(rv->GetParameters()(static_cast<Eigen::Index>(i)), c.held[i],
                   1e-15 * std::abs(c.held[i]))
           << c.type << " " << i;
-    EXPECT_TRUE(rv->GetParameters().allFinite() && rv->GetStats().allFinite());
-    EXPECT_GE(rv->GetStats()(1), std::abs(rv->GetStats()(0)) * 1e-6 * (1.0 - 1e-9));
+    EXPECT_TRUE(rv->GetParameters().allFinite() && rv->GetStats().allFinite())
+        << c.type << " " << rv->GetParameters().transpose();
+    EXPECT_GE(rv->GetStats()(1), std::abs(rv->GetStats()(0)) * 1e-6 * (1.0 - 1e-4));
+  }
+}
+
+TEST(RandomVariable, EveryUniqueNameCanBeSetAlone) {
+  for (const TypeFacts& facts : kTypes) {
+    if (facts.id == types::DISCRETE || facts.id == types::MULTIUNIFORM) {
+      EXPECT_EQ(Refusal([&] { Make(facts.id)->GetParameter(L"Value"); }),
+                "The random variable instance 'RV' of type '" + corvath::utils::ToUtf8(facts.text) +
+                    "' needs unique idents for the individual Get and Set methods. The ident "
+                    "'Value' is not unique.");
+      continue;
+    }
+    const auto start = Make(facts.id);
+    if (facts.id == types::POLYMAP) start->SetStats(Vector({1.0, 2.0, 0.3, 1.0}));
+    for (const std::wstring& name : start->GetParameterNames()) {
+      const auto rv = start->Clone();
+      const double old = rv->GetParameter(name);
+      const double value = old == 0.0 ? 0.01 : 0.99 * old;
+      rv->SetParameter(name, value);
+      EXPECT_EQ(rv->GetParameter(name), value) << facts.id << " " << corvath::utils::ToUtf8(name);
+      EXPECT_NE(*rv, *start);
+    }
+    if (facts.id == types::KERNEL) continue;
+    const auto rv = Make(facts.id);
+    rv->SetStat(L"Mean value", 0.9 * rv->GetMean());
+    EXPECT_NEAR(rv->GetMean(), 0.9 * Make(facts.id)->GetMean(), 1e-10) << facts.id;
   }
 }
 

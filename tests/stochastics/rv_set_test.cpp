@@ -108,16 +108,61 @@ TEST(NatafModel, ClosedFormsGiveTheRequestedCorrelation) {
 }
 
 TEST(NatafModel, NumericAdjustmentGivesTheRequestedCorrelation) {
-  // The 50 x 50 mid-point rule is good to a few digits beyond the smooth middle.
-  for (const int second : {types::NORMAL, types::LOGNORMAL, types::UNIFORM, types::BETA}) {
-    for (const double rho : {0.2, 0.8, -0.5}) {
-      const double adjusted = Adjusted(types::BETA, second, rho);
-      EXPECT_EQ(adjusted, Adjusted(types::BETA, second, rho));
-      const auto beta = Make(types::BETA, 2.0, 0.6);
-      EXPECT_NEAR(PhysicalCorrelation(*beta, *Make(second, 5.0, 1.5), adjusted), rho, 2e-5)
-          << second;
+  // The mid-point rule of 50 x 50 cells is good to a few digits beyond the smooth middle.
+  const std::pair<int, int> pairs[] = {
+      {types::BETA, types::NORMAL},         {types::BETA, types::BETA},
+      {types::WEIBULL, types::LOGNORMAL},   {types::FRECHET, types::GUMBEL},
+      {types::LOGUNIFORM, types::UNIFORM},  {types::LOGNORMAL, types::EXPONENTIAL},
+      {types::LAMBDA, types::WEIBULL},      {types::TRIANGULAR, types::NORMAL},
+      {types::POLYMAP, types::LOGUNIFORM},  {types::MULTIUNIFORM, types::FRECHET},
+      {types::TRUNCATEDNORMAL, types::BETA}};
+  for (const auto& [first, second] : pairs) {
+    for (const double rho : {0.3, -0.5}) {
+      const double adjusted = Adjusted(first, second, rho);
+      auto swapped = SetOf({Make(second, 5.0, 1.5), Make(first, 2.0, 0.6)});
+      swapped.SetCorrelationMatrix(PairMatrix(rho));
+      EXPECT_NEAR(adjusted, swapped.GetStandardCorrelationMatrix()(0, 1), 1e-12);
+      EXPECT_NEAR(PhysicalCorrelation(*Make(first, 2.0, 0.6), *Make(second, 5.0, 1.5), adjusted),
+                  rho, 3e-4)
+          << first << " " << second;
     }
   }
+}
+
+TEST(NatafModel, NegligibleCorrelationsPassAndDiscreteOnesFail) {
+  for (const int discrete : {types::BERNOULLI, types::DISCRETE, types::POISSON}) {
+    auto set = SetOf({RVFactory::GetInstance().Create(discrete), Make(types::NORMAL, 0.0, 1.0)});
+    set.SetCorrelationMatrix(PairMatrix(0.00005));
+    EXPECT_NEAR(set.GetStandardCorrelationMatrix()(0, 1), 0.00005, 1e-15);
+    EXPECT_EQ(support::MessageOfExactly<corvath::utils::runtime_error>(
+                  [&] { set.SetCorrelationMatrix(PairMatrix(0.2)); }),
+              "Can not set correlation matrix for Nataf model: At least one random variable is not "
+              "continuous (e.g. Bernoulli distribution).");
+    EXPECT_EQ(set.GetCorrelationMatrix(), PairMatrix(0.00005));
+  }
+  const std::string message = support::MessageOfExactly<corvath::utils::runtime_error>(
+      [] { Adjusted(types::FRECHET, types::FRECHET, -0.95, 2.0); });
+  EXPECT_NE(message, "<no exception>");  // not to be had with two long tails to the right
+}
+
+TEST(NatafModel, DiscreteStatesGoToTheMiddleOfTheirStep) {
+  const auto coin = RVFactory::GetInstance().Create(types::BERNOULLI);
+  coin->SetParameter(L"Success probability", 0.3);
+  const auto quantile = [](double p) { return corvath::math::NormalQuantile(p); };
+  EXPECT_NEAR(MarginalToGauss(*coin, 1.0), quantile(0.85), 1e-15);
+  EXPECT_NEAR(MarginalToGauss(*coin, 0.4), quantile(0.35), 1e-15);
+  const auto table = RVFactory::GetInstance().Create(types::DISCRETE);
+  table->SetParameters((VectorXd(6) << 0.0, 0.2, 1.0, 0.5, 3.0, 0.3).finished());
+  EXPECT_NEAR(MarginalToGauss(*table, 0.9), quantile(0.45), 1e-15);
+  EXPECT_NEAR(MarginalToGauss(*table, -5.0), quantile(0.1), 1e-15);
+  EXPECT_NEAR(MarginalToGauss(*table, 2.1), quantile(0.85), 1e-15);
+  for (const auto& rv : {coin, table})
+    for (Eigen::Index i = 0; i < rv->GetStates().rows(); ++i) {
+      const double state = rv->GetStates()(i, 0);
+      EXPECT_EQ(MarginalFromGauss(*rv, MarginalToGauss(*rv, state)), state);
+    }
+  EXPECT_EQ(MarginalFromGauss(*coin, -HUGE_VAL), 0.0);
+  EXPECT_EQ(MarginalFromGauss(*coin, HUGE_VAL), 1.0);
 }
 
 TEST(NatafModel, SampledCorrelationIsTheRequestedOne) {

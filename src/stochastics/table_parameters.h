@@ -1,0 +1,20 @@
+#pragma once
+
+#include <Eigen/Core>
+
+#include <string>
+#include <vector>
+
+namespace corvath::algorithm {
+
+/// Names of the parameters of a table of `rows` rows: "Value", "Probability", "Value", ...
+inline std::vector<std::wstring> TableParameterNames(Eigen::Index rows) {
+  std::vector<std::wstring> names;
+  for (Eigen::Index i = 0; i < rows; ++i) {
+    names.emplace_back(L"Value");
+    names.emplace_back(L"Probability");
+  }
+  return names;
+}
+
+}  // namespace corvath::algorithm
