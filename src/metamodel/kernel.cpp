@@ -1,6 +1,7 @@
 #include "metamodel/kernel.h"
 
 #include "archive/instantiate.h"
+#include "metamodel/simd/kernel_sums.h"
 
 #include <cmath>
 #include <stdexcept>
@@ -17,7 +18,7 @@ void SquaredDistancesTo(const ConstPoint& x, const ConstPoints& points,
 
 void ExpInPlace(Eigen::Ref<Eigen::VectorXd> values) {
   // Not Eigen's vector exponential, which never reaches 0: weights that vanish must be 0.
-  for (double& value : values) value = std::exp(value);
+  simd::GetKernelRoutines().exp(values.data(), values.size());
 }
 
 Eigen::VectorXd KernelBase::EvaluateDistances(const Eigen::Ref<const Eigen::VectorXd>&) const {

@@ -100,6 +100,22 @@ TEST_P(KernelSums, AreExactAtSupportPointsAndVanishFarAway) {
   EXPECT_TRUE(std::isnan(sums(4)));
 }
 
+TEST_P(KernelSums, ExponentialCoversTheWholeRange) {
+  for (const Eigen::Index count : {0, 1, 2, 7, 8, 200}) {
+    const Eigen::VectorXd x = Eigen::VectorXd::LinSpaced(count, -760.0, 700.0);
+    Eigen::VectorXd values(count + 1);
+    values << x, 7.0;
+    routines_->exp(values.data(), count);
+    for (Eigen::Index i = 0; i < count; ++i)
+      ASSERT_NEAR(values(i), std::exp(x(i)), 1e-15 * std::exp(x(i))) << x(i);
+    EXPECT_EQ(values(count), 7.0);
+  }
+  Eigen::Vector4d special(std::nan(""), -HUGE_VAL, HUGE_VAL, 0.0);
+  routines_->exp(special.data(), 4);
+  EXPECT_TRUE(std::isnan(special(0)));
+  EXPECT_EQ(special.tail(3), Eigen::Vector3d(0.0, HUGE_VAL, 1.0));
+}
+
 INSTANTIATE_TEST_SUITE_P(Level, KernelSums, testing::Values(0, 1, 2));
 
 TEST(KernelBlock, AgreesWithEachKernelPointByPoint) {

@@ -31,6 +31,8 @@ struct KernelRoutines {
   void (*weighted_sums)(const ExpKernel& kernel, const double* values, double* sums);
   /// weights[r * stride + i] = weight_ri
   void (*weights)(const ExpKernel& kernel, double* weights, std::int64_t stride);
+  /// exp of each of `count` values: 0 below the smallest double, NaN passes.
+  void (*exp)(double* values, std::int64_t count);
 };
 
 /// The routines for this processor, chosen at the first call.
