@@ -398,7 +398,8 @@ ZEL_API int dzel_allocate_and_getFilteredStatesPerResponse_hash(const char* path
  * @param out_size     elements of `out`, at least their sum; what lies behind is left alone
  * @return 0; 2, for example for an input out of bounds; 41 for a size; 1 when densities or errors
  *         are asked for and no output has any, or n is 0. After a failure `out` is as it was, with
- *         one exception: when densities or errors fail, responses and criteria have been written.
+ *         one exception: when densities or errors fail, or memory runs out, blocks before that
+ *         have been written. `out` may be the memory of `inputs`.
  */
 ZEL_API int dzel2_solve(const char* path, unsigned int n_designs, const double* inputs,
                         unsigned int inputs_size, unsigned int flags, double* out,

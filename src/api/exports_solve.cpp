@@ -3,13 +3,14 @@
 #include "api/result_buffers.h"
 #include "solver/zel_solver.h"
 
+#include <functional>
+
 namespace api = corvath::zel::api;
 
 using corvath::zel::ExtrapolationType;
 using corvath::zel::ZELSolver;
 using corvath::zel::api::Call;
 using corvath::zel::api::Collapse;
-using corvath::zel::api::CopyOut;
 using corvath::zel::api::FillBuffer;
 using corvath::zel::api::InputMatrix;
 using corvath::zel::api::ProvideSolver;
@@ -40,6 +41,28 @@ struct BlockSizes {
   std::uint64_t errors = 0;
 };
 
+/// Whether writing to `out` would change inputs that are still to be read.
+bool Overlap(const InputMatrix& inputs, const double* out, std::uint64_t out_size) {
+  const std::less<const double*> before;
+  return before(inputs.data(), out + out_size) && before(out, inputs.data() + inputs.size());
+}
+
+/// Writes responses and criteria to `out`.
+void Approximate(ZELSolver& solver, const InputMatrix& inputs, ExtrapolationType type,
+                 const BlockSizes& sizes, double* out) {
+  std::vector<double> undelivered;  // responses that the criteria alone need
+  double* responses = out;
+  if (sizes.responses == 0 && sizes.criteria > 0) {
+    undelivered.resize(solver.GetOutputNames().size() * static_cast<std::size_t>(inputs.rows()));
+    responses = undelivered.data();
+  }
+  if (sizes.responses + sizes.criteria == 0)
+    solver.CheckBounds(inputs, type, /*throw_on_error=*/true);
+  else
+    solver.ApproximateInto(inputs, type, /*throw_on_error=*/true, responses,
+                           sizes.criteria > 0 ? out + sizes.responses : nullptr);
+}
+
 void Solve(ZELSolver& solver, const InputMatrix& inputs, unsigned int flags, double* out,
            std::uint64_t out_size) {
   const auto type = ToExtrapolationType((flags & ZEL_SOLVE_EXTRAPOLATE) != 0);
@@ -57,13 +80,13 @@ void Solve(ZELSolver& solver, const InputMatrix& inputs, unsigned int flags, dou
                           std::to_string(sizes.Total()) + ".");
   }
   RequireArray(out, sizes.Total(), "output array");
-
-  if (approximates) {
-    const auto result = solver.ApproximateMatrix(inputs, (flags & ZEL_SOLVE_CRITERIA) != 0, type,
-                                                 /*throw_on_error=*/true);
-    if (sizes.responses > 0) out = CopyOut(result.responses, out, "output array");
-    out = CopyOut(result.criteria, out, "output array");
+  if (Overlap(inputs, out, sizes.Total())) {
+    const Eigen::MatrixXd copy = inputs;
+    return Solve(solver, InputMatrix(copy.data(), copy.rows(), copy.cols()), flags, out, out_size);
   }
+
+  if (approximates) Approximate(solver, inputs, type, sizes, out);
+  out += sizes.responses + sizes.criteria;
   if (!has_errors) return;
 
   const auto groups = solver.ErrorsAllResponses(inputs, type, /*throw_on_error=*/true);

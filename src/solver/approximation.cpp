@@ -60,10 +60,17 @@ ApproximationResult ZELSolver::ApproximateMatrix(const ConstPoints& matrix, bool
   }
   result.responses.assign(GetOutputNames().size() * n, kNaN);
   if (with_criteria) result.criteria.assign(GetCriteriaList().size() * n, kNaN);
+  ApproximateInto(matrix, type, throw_on_error, result.responses.data(), result.criteria.data());
+  return result;
+}
+
+void ZELSolver::ApproximateInto(const ConstPoints& matrix, ExtrapolationType type,
+                                bool throw_on_error, double* responses, double* criteria) {
   try {
-    if (CheckBounds(matrix, type, throw_on_error)) return result;
-    const auto predicted = ApproximateOutputs(matrix, n, result.responses);
-    if (!result.criteria.empty()) EvaluateCriteria(matrix, predicted, result);
+    if (CheckBounds(matrix, type, throw_on_error)) return;
+    const auto predicted =
+        ApproximateOutputs(matrix, static_cast<std::size_t>(matrix.rows()), responses);
+    if (criteria != nullptr) EvaluateCriteria(matrix, responses, predicted, criteria);
   } catch (const std::exception& error) {
     LogLine(GetLogger(), kError) << L"Error in approximation: " << utils::MessageOf(error);
     if (throw_on_error) throw;
@@ -71,48 +78,54 @@ ApproximationResult ZELSolver::ApproximateMatrix(const ConstPoints& matrix, bool
     LogLine(GetLogger(), kError) << L"Unknown error in approximation.";
     if (throw_on_error) throw;
   }
-  return result;
 }
 
-/// Predicts each output at all designs and tells which of them succeeded; the values of the others
-/// stay as they are. `n` values of an output are wanted.
+/// Predicts `n` values of one output, or says in the log why not.
+bool ZELSolver::ApproximateOutput(const Output& output, const ConstPoints& matrix, std::size_t n,
+                                  double* values) {
+  try {
+    const SurrogatePointer& surrogate = output.info->GetSurrogate();
+    if (!surrogate) {
+      LogLine(GetLogger(), kError) << L"Approximation impossible. No metamodel initialized.";
+      return false;
+    }
+    if (!surrogate->IsBuilt()) {
+      LogLine(GetLogger(), kError) << L"Approximation impossible. Check failed.";
+      return false;
+    }
+    const Eigen::VectorXd predicted =
+        surrogate->Approximate(ModelPoints(matrix, output.columns).Get());
+    if (predicted.size() != static_cast<Eigen::Index>(n)) {
+      LogLine(GetLogger(), kError) << L"Approximation for response \"" << output.name
+                                   << L"\" failed with incorrect result size.";
+      return false;
+    }
+    std::copy_n(predicted.data(), n, values);
+    return true;
+  } catch (const std::exception& error) {
+    LogLine(GetLogger(), kError) << L"Approximation for response \"" << output.name
+                                 << L"\" failed: " << utils::MessageOf(error);
+    return false;
+  }
+}
+
+/// Predicts `n` values of each output, one after the other, and tells which of them succeeded; the
+/// values of the others are NaN.
 std::vector<bool> ZELSolver::ApproximateOutputs(const ConstPoints& matrix, std::size_t n,
-                                                std::vector<double>& responses) {
+                                                double* responses) {
   const auto& outputs = GetOutputs();
   std::vector<bool> predicted(outputs.size(), false);
   if (n == 0) return predicted;
   for (std::size_t k = 0; k < outputs.size(); ++k) {
-    const Output& output = outputs[k];
-    try {
-      const SurrogatePointer& surrogate = output.info->GetSurrogate();
-      if (!surrogate) {
-        LogLine(GetLogger(), kError) << L"Approximation impossible. No metamodel initialized.";
-        continue;
-      }
-      if (!surrogate->IsBuilt()) {
-        LogLine(GetLogger(), kError) << L"Approximation impossible. Check failed.";
-        continue;
-      }
-      const Eigen::VectorXd values =
-          surrogate->Approximate(ModelPoints(matrix, output.columns).Get());
-      if (values.size() != static_cast<Eigen::Index>(n)) {
-        LogLine(GetLogger(), kError) << L"Approximation for response \"" << output.name
-                                     << L"\" failed with incorrect result size.";
-        continue;
-      }
-      std::copy_n(values.data(), n, responses.begin() + static_cast<std::ptrdiff_t>(k * n));
-      predicted[k] = true;
-    } catch (const std::exception& error) {
-      LogLine(GetLogger(), kError) << L"Approximation for response \"" << output.name
-                                   << L"\" failed: " << utils::MessageOf(error);
-    }
+    double* const values = responses + k * n;
+    predicted[k] = ApproximateOutput(outputs[k], matrix, n, values);
+    if (!predicted[k]) std::fill_n(values, n, kNaN);
   }
   return predicted;
 }
 
 /// The predicted responses of one design, elements of a vector response merged into one value.
-EntrySequence ZELSolver::GetResponses(std::size_t design, std::size_t n,
-                                      const std::vector<double>& responses,
+EntrySequence ZELSolver::GetResponses(std::size_t design, std::size_t n, const double* responses,
                                       const std::vector<bool>& predicted) {
   const auto& outputs = GetOutputs();
   EntrySequence entries;
@@ -124,9 +137,9 @@ EntrySequence ZELSolver::GetResponses(std::size_t design, std::size_t n,
   return algorithm::datatypes::MergeIndexedResponses(std::move(entries));
 }
 
-/// Fills the criteria of `result`, design by design, from its responses.
-void ZELSolver::EvaluateCriteria(const ConstPoints& matrix, const std::vector<bool>& predicted,
-                                 ApproximationResult& result) {
+/// Evaluates the criteria, design by design, from the predicted responses.
+void ZELSolver::EvaluateCriteria(const ConstPoints& matrix, const double* responses,
+                                 const std::vector<bool>& predicted, double* criteria) {
   const auto& inputs = GetInputNames();
   const auto& templates = GetCriteriaTemplates();
   const auto n = static_cast<std::size_t>(matrix.rows());
@@ -137,11 +150,11 @@ void ZELSolver::EvaluateCriteria(const ConstPoints& matrix, const std::vector<bo
       parameters.Append(inputs[i], CDesignEntry(matrix(static_cast<Eigen::Index>(d),
                                                        static_cast<Eigen::Index>(i))));
     Design design(std::move(parameters), DesignId(d + 1));
-    design.SetResponses(GetResponses(d, n, result.responses, predicted));
+    design.SetResponses(GetResponses(d, n, responses, predicted));
     design.SetCriteria(templates);
     CalculateCriteria(design);
     for (std::size_t k = 0; k < templates.size(); ++k)
-      result.criteria[d * templates.size() + k] = ValueOf(design.GetCriteria()[k].second);
+      criteria[d * templates.size() + k] = ValueOf(design.GetCriteria()[k].second);
   }
 }
 
@@ -155,12 +168,12 @@ ZELSolver::DesignManager ZELSolver::ApproximateDesigns(const DesignManager& desi
 
   const std::size_t n = designs.size();
   std::vector<double> responses(GetOutputNames().size() * n, kNaN);
-  const auto predicted = ApproximateOutputs(matrix, n, responses);
+  const auto predicted = ApproximateOutputs(matrix, n, responses.data());
   std::vector<Design> approximated;
   approximated.reserve(n);
   for (std::size_t d = 0; d < n; ++d) {
     Design design = designs[d];
-    design.GetResponses() = GetResponses(d, n, responses, predicted);
+    design.GetResponses() = GetResponses(d, n, responses.data(), predicted);
     design.GetCriteria().clear();
     design.SetApproximated(true);
     AddMissingResponses(designs[d], design);

@@ -15,7 +15,6 @@
 
 namespace corvath {
 
-/// A solver that is loaded through a pointer takes any project.
 void load_construct_data(portable_binary_iarchive& ar, zel::ZELSolver* solver, unsigned int) {
   ::new (static_cast<void*>(solver)) zel::ZELSolver(/*allow_missing_models=*/true);
   ar.OnConstructed(solver, [](void* p) { delete static_cast<zel::ZELSolver*>(p); });

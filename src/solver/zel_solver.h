@@ -124,6 +124,15 @@ class ZELSolver {
   ApproximationResult ApproximateMatrix(const ConstPoints& matrix, bool with_criteria,
                                         ExtrapolationType type, bool throw_on_error);
 
+  /// ApproximateMatrix into memory of the caller, without a copy in between; a value out of bounds
+  /// is told before anything is written.
+  /// @param matrix     one column per input; must not overlap the results
+  /// @param responses  receives R * n values
+  /// @param criteria   receives n * C values; null: none are evaluated
+  /// @throws as ApproximateMatrix; without `throw_on_error` what failed is left as it is
+  void ApproximateInto(const ConstPoints& matrix, ExtrapolationType type, bool throw_on_error,
+                       double* responses, double* criteria);
+
   /// The designs with predicted responses: elements of vector responses merged into one value,
   /// responses without prediction unset, criteria evaluated if asked for.
   /// @param matrix  the inputs of the designs; empty: they are taken from the designs, and what a
@@ -209,13 +218,14 @@ class ZELSolver {
                     const Bounds& data_bounds) const;
   std::wstring FindViolation(const ConstPoints& matrix, ExtrapolationType type);
 
-  std::vector<bool> ApproximateOutputs(const ConstPoints& matrix, std::size_t n,
-                                       std::vector<double>& responses);
+  bool ApproximateOutput(const Output& output, const ConstPoints& matrix, std::size_t n,
+                         double* values);
+  std::vector<bool> ApproximateOutputs(const ConstPoints& matrix, std::size_t n, double* responses);
   algorithm::datatypes::EntrySequence GetResponses(std::size_t design, std::size_t n,
-                                                   const std::vector<double>& responses,
+                                                   const double* responses,
                                                    const std::vector<bool>& predicted);
-  void EvaluateCriteria(const ConstPoints& matrix, const std::vector<bool>& predicted,
-                        ApproximationResult& result);
+  void EvaluateCriteria(const ConstPoints& matrix, const double* responses,
+                        const std::vector<bool>& predicted, double* criteria);
   Eigen::MatrixXd GetInputs(const DesignManager& designs);
 
   LogPointer log_;
@@ -237,3 +247,12 @@ class ZELSolver {
 }  // namespace corvath::zel
 
 ZEL_EXPORT_KEY(corvath::zel::ZELSolver, "corvath::zel::ZELSolver")
+
+namespace corvath {
+
+class portable_binary_iarchive;
+
+/// A solver that is loaded through a pointer takes any project.
+void load_construct_data(portable_binary_iarchive& ar, zel::ZELSolver* solver, unsigned int);
+
+}  // namespace corvath

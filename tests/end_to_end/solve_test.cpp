@@ -70,6 +70,17 @@ TEST_F(Solve, Responses) {
   ExpectResponses(buffer);
 }
 
+TEST_F(Solve, TheArraysMayShareMemory) {
+  std::vector<double> expected(50);
+  ASSERT_EQ(dzel2_solve(path_, kN, kInside.data(), 6, 2 + 16, expected.data(), 50), 0);
+  for (const std::size_t offset : {0u, 3u, 5u}) {
+    std::vector<double> shared(56);
+    std::copy(kInside.begin(), kInside.end(), shared.begin() + static_cast<long>(offset));
+    EXPECT_EQ(dzel2_solve(path_, kN, shared.data() + offset, 6, 2 + 16, shared.data(), 50), 0);
+    EXPECT_TRUE(std::equal(expected.begin(), expected.end(), shared.begin())) << offset;
+  }
+}
+
 TEST_F(Solve, BlocksStandInOrderWithoutGaps) {
   // Each block alone, then all of them: the same numbers, one after the other.
   std::vector<double> expected;

@@ -4,6 +4,7 @@
 #include "project/algorithm_info.h"
 #include "project/systems_information.h"
 #include "project/zel_information.h"
+#include "support/archive_round_trip.h"
 #include "support/message_of.h"
 #include "support/plate_project.h"
 #include "support/stub_surrogate.h"
@@ -11,6 +12,9 @@
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <sstream>
 
 namespace corvath::zel {
 namespace {
@@ -183,6 +187,22 @@ TEST(ZELSolver, BuildsItsReferenceDesign) {
   EXPECT_TRUE(design.GetCriteria().Has(L"limit"));
   EXPECT_EQ(design.GetStatus().GetMessages().front().GetRunInfo(), 7);
   EXPECT_EQ(&open.solver.GetReferenceDesign(), &design);
+}
+
+TEST(ZELSolver, IsStoredAsItsProject) {
+  VRDB project = MakePlateProject();
+  GetModels(project) = {};
+  const OpenProject original(std::move(project), /*allow_missing_models=*/true);
+  const ZELSolver* const stored = &original.solver;
+  const std::string bytes = support::Save(stored);
+
+  std::istringstream stream(bytes);
+  portable_binary_iarchive archive(stream);
+  ZELSolver* loaded = nullptr;
+  archive >> loaded;
+  const std::unique_ptr<ZELSolver> owner(loaded);
+  ASSERT_TRUE(loaded->Initialize()) << "through a pointer, it takes a project without models";
+  EXPECT_EQ(loaded->GetInputNames(), kPlateInputs);
 }
 
 TEST(ZELSolver, KeepsLinesInMemoryWithoutALogger) {

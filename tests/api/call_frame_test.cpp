@@ -1,0 +1,47 @@
+#include "api/call_frame.h"
+
+#include "foundation/exception.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+
+namespace corvath::zel::api {
+namespace {
+
+TEST(CallFrame, TurnsWhateverIsThrownIntoStatusAndText) {
+  const auto throws = [](auto exception) { return Call([&] { throw exception; }); };
+  EXPECT_EQ(throws(std::runtime_error("no file")), 2);
+  EXPECT_STREQ(GetLastError(), "no file");
+  EXPECT_EQ(throws(StatusError(41, "too small")), 41);
+  EXPECT_STREQ(GetLastError(), "too small");
+  EXPECT_EQ(throws(utils::out_of_range(L"wide")), 2);
+  EXPECT_STREQ(GetLastError(), "wide");
+  EXPECT_EQ(throws(std::bad_alloc()), 2);
+  EXPECT_STREQ(GetLastError(), std::bad_alloc().what());
+  EXPECT_EQ(throws(42), 2) << "no std::exception";
+  EXPECT_STREQ(GetLastError(), "Unknown exception.");
+  EXPECT_EQ(throws(std::runtime_error("")), 2);
+  EXPECT_STRNE(GetLastError(), nullptr) << "a failure always has a text";
+  EXPECT_EQ(Call([] {}), 0);
+  EXPECT_EQ(GetLastError(), nullptr);
+}
+
+TEST(CallFrame, ABufferIsEmptyAfterAFailingCall) {
+  std::vector<double> buffer{1.0, 2.0};
+  double* out = nullptr;
+  const auto fill = [&](double** pointer, const auto& compute) {
+    return Call([&] { FillBuffer(buffer, pointer, "values", compute); });
+  };
+  EXPECT_EQ(fill(&out, []() -> std::vector<double> { throw std::runtime_error("failed"); }), 2);
+  EXPECT_TRUE(buffer.empty());
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(fill(nullptr, [] { return std::vector<double>{3.0}; }), 2);
+  EXPECT_TRUE(buffer.empty());
+  EXPECT_EQ(fill(&out, [] { return std::vector<double>{3.0, 4.0}; }), 0);
+  EXPECT_EQ(out, buffer.data());
+  EXPECT_EQ(out[1], 4.0);
+}
+
+}  // namespace
+}  // namespace corvath::zel::api
