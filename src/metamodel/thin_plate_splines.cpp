@@ -2,6 +2,7 @@
 
 #include "archive/instantiate.h"
 #include "foundation/exception.h"
+#include "metamodel/kernel.h"
 #include "metamodel/same_figures.h"
 
 #include <Eigen/LU>
@@ -21,9 +22,11 @@ constexpr Eigen::Index kBlockRows = 256;
 /// Regularisation per squared sum of all distances.
 constexpr double kRegularisation = 1e-8;
 
-/// phi of the square root of `squared`: s ln(s) / 2 is r^2 ln r without the root.
-double PhiOfSquared(double squared) {
-  return squared > 0.0 ? 0.5 * squared * std::log(squared) : 0.0;
+/// phi of the square roots of `squared`: s ln(s) / 2 is r^2 ln r without the root. Where s is 0, phi
+/// is 0.
+template <class Array>
+auto PhiOfSquared(const Array& squared) {
+  return (squared == 0.0).select(0.0, 0.5 * squared * squared.log());
 }
 
 /// The symmetric system of the coefficients for support points `p` (m x N).
@@ -31,13 +34,14 @@ Eigen::MatrixXd BuildSystem(const Eigen::MatrixXd& p) {
   const Eigen::Index m = p.rows();
   const Eigen::Index n = p.cols();
   Eigen::MatrixXd system = Eigen::MatrixXd::Zero(n + 1 + m, n + 1 + m);
+  const Eigen::MatrixXd support = p.transpose();
   double sum = 0.0;  // over ordered pairs: each distance counts twice
-  for (Eigen::Index j = 0; j < n; ++j)
-    for (Eigen::Index i = 0; i < j; ++i) {
-      const double squared = (p.col(i) - p.col(j)).squaredNorm();
-      system(i, j) = system(j, i) = PhiOfSquared(squared);
-      sum += 2.0 * std::sqrt(squared);
-    }
+  Eigen::VectorXd squared(n);
+  for (Eigen::Index j = 0; j < n; ++j) {
+    SquaredDistancesTo(p.col(j), support, squared);
+    system.col(j).head(n) = PhiOfSquared(squared.array());
+    sum += squared.cwiseSqrt().sum();
+  }
   system.diagonal().head(n).array() += sum * sum * kRegularisation;
   system.col(n).head(n).setOnes();
   system.row(n).head(n).setOnes();
@@ -126,19 +130,19 @@ Eigen::VectorXd SurrogateTPS::Approximate(const ConstPoints& points) const {
             << L" support points and " << m << L" inputs";
     throw utils::runtime_error(message.str());
   }
+  const Eigen::MatrixXd support = scaled_points_.transpose();
   Eigen::VectorXd values(points.rows());
   Eigen::MatrixXd block;
-  Eigen::VectorXd x(m);
+  Eigen::VectorXd squared(n);
   for (Eigen::Index begin = 0; begin < points.rows(); begin += kBlockRows) {
     const Eigen::Index rows = std::min(kBlockRows, points.rows() - begin);
     block = points.middleRows(begin, rows);
     if (trans_coord_) trans_coord_->ForwardInPlace(block);
+    auto result = values.segment(begin, rows);
+    result = (block * coeffs_.tail(m)).array() + coeffs_(n);
     for (Eigen::Index row = 0; row < rows; ++row) {
-      x = block.row(row);
-      double sum = coeffs_(n) + coeffs_.tail(m).dot(x);
-      for (Eigen::Index i = 0; i < n; ++i)
-        sum += coeffs_(i) * PhiOfSquared((x - scaled_points_.col(i)).squaredNorm());
-      values(begin + row) = sum;
+      SquaredDistancesTo(block.row(row).transpose(), support, squared);
+      result(row) += coeffs_.head(n).dot(PhiOfSquared(squared.array()).matrix());
     }
   }
   return values;
