@@ -63,8 +63,15 @@ bool OrdinaryKriging::Build() {
       values_trans_ = trans_value_ ? Eigen::VectorXd(trans_value_->Forward(values_)) : values_;
     return true;
   }
+  need_build_ = true;  // a failure on the way leaves no half-built model behind
   residuals_.resize(0);
   likelihood_ = 0.0;
+  if (values_.size() != GetNumberPoints()) {
+    std::wostringstream message;
+    message << L"Surrogate needs same number of support points (" << GetNumberPoints()
+            << L") and values (" << values_.size() << L")";
+    throw utils::runtime_error(message.str());
+  }
   if (GetNumberPoints() == 0) return false;
   if (settings_.GetKernelParameter().size() == 0) {
     utils::log::LogLine(logger_, utils::log::kError)

@@ -1,6 +1,8 @@
 #include "archive/instantiate.h"
 #include "metamodel/ordinary_kriging.h"
 
+#include <exception>
+
 namespace corvath::math::metamodel {
 
 template <class Archive>
@@ -48,8 +50,12 @@ void OrdinaryKriging::LoadVersion0(Archive& ar) {
   }
   values_trans_.resize(0);
   // The base did not store them either; predictions rest on them.
-  if (points_trans_reduced_.size() == 0 && !NeedsBuild(trans_coord_))
+  if (points_trans_reduced_.size() != 0 || NeedsBuild(trans_coord_)) return;
+  try {
     points_trans_reduced_ = trans_coord_ ? trans_coord_->Forward(points_) : points_;
+  } catch (const std::exception&) {
+    // Points that do not fit their transform: the model is refused when it is used.
+  }
 }
 
 }  // namespace corvath::math::metamodel

@@ -343,6 +343,15 @@ TEST(OrdinaryKriging, SaysWhatIsWrong) {
             "subset vector has wrong length");
   EXPECT_EQ(message([&] { model.ApproximateCrossValidationDirect(IndexVector::Zero(11)); }),
             "subset vector has wrong length");
+
+  model.SetSupportData(sample.points, sample.values.head(7));  // as a damaged file may have it
+  model.SetSettings(model.GetSettingsBase());
+  EXPECT_EQ(message([&] { model.Build(); }),
+            "Surrogate needs same number of support points (10) and values (7)");
+  model.SetSupportData(Eigen::MatrixXd(0, 3), Eigen::VectorXd());
+  EXPECT_FALSE(model.Build());
+  EXPECT_EQ(message([&] { model.ComputeSingleCoPs(); }),
+            "Surrogate: support point data is missing");
 }
 
 TEST(OrdinaryKrigingSettings, AreCheckedAndCounted) {
