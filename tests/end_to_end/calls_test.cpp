@@ -88,7 +88,7 @@ TEST_F(Calls, AHashTiesAPathToItsFile) {
 
   // Every form with a hash takes it to the registry.
   const char* const right = hash.c_str();
-  unsigned int n[3];
+  unsigned int n[4];
   double values[40];
   double* buffer = nullptr;
   unsigned int* states = nullptr;

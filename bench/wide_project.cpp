@@ -1,0 +1,70 @@
+#include "wide_project.h"
+
+#include "design/design_manager.h"
+#include "design/parameter_manager.h"
+#include "metamodel/linear_regression.h"
+#include "metamodel/linear_regression_settings.h"
+#include "metamodel/surrogate_info.h"
+#include "metamodel/surrogate_info_container.h"
+#include "project/algorithm_info.h"
+#include "project/zel_information.h"
+
+#include <boost/make_shared.hpp>
+
+namespace bench {
+
+using namespace corvath::algorithm::datatypes;
+using corvath::math::Variant;
+using corvath::math::metamodel::LinearRegression;
+using corvath::math::metamodel::LinearRegressionSettings;
+
+VRDB MakeWideProject(Eigen::Index num_designs, Eigen::Index num_inputs, Eigen::Index num_models) {
+  VRDB project;
+  project.GetAlgorithmInfo()->SetType(AlgorithmInfo::kZEL);
+  auto& zel = *project.GetAlgorithmInfo()->GetZELInformation();
+  zel.SetSamplingType(DetailedInformationBase::kDeterministicSampling);
+  const Eigen::MatrixXd points = Eigen::MatrixXd::Random(num_designs, num_inputs);
+  const Eigen::MatrixXd values =
+      (points * Eigen::MatrixXd::Random(num_inputs, num_models)).array().sin();
+
+  std::vector<std::wstring> names;
+  for (Eigen::Index i = 0; i < num_inputs; ++i) {
+    names.push_back(L"x" + std::to_wstring(i));
+    Parameter parameter(names.back());
+    parameter.SetDeterministicProperty(DeterministicProperties::Continuous(-1.0, 1.0));
+    parameter.SetReferenceValue(CDesignEntry(0.0), true);
+    project.GetParameterManager().AddParameter(parameter);
+  }
+  SurrogateInfo::HidVector ids;
+  for (Eigen::Index d = 0; d < num_designs; ++d) {
+    EntrySequence parameters;
+    for (Eigen::Index i = 0; i < num_inputs; ++i)
+      parameters.Append(names[static_cast<std::size_t>(i)], CDesignEntry(points(d, i)));
+    ids.emplace_back(static_cast<std::uint64_t>(d) + 1);
+    Design design(std::move(parameters), ids.back());
+    Variant<double>::Vector response(static_cast<std::size_t>(num_models));
+    for (Eigen::Index k = 0; k < num_models; ++k)
+      response[static_cast<std::size_t>(k)] = values(d, k);
+    EntrySequence responses;
+    responses.Append(L"y", CDesignEntry(Variant<double>(std::move(response))));
+    design.SetResponses(std::move(responses));
+    project.GetDesignContainer().Add(std::move(design));
+  }
+
+  LinearRegressionSettings settings(static_cast<std::uint64_t>(num_inputs));
+  settings.SetOrder(2);
+  for (Eigen::Index k = 0; k < num_models; ++k) {
+    const auto model =
+        boost::make_shared<LinearRegression>(points, Eigen::VectorXd(values.col(k)), settings);
+    model->Build();
+    model->BuildErrors();
+    SurrogateInfo info(L"y", static_cast<std::uint64_t>(k));
+    info.SetSurrogate(model);
+    info.SetParameters(names, std::vector<bool>(names.size(), true));
+    info.SetUsedHids(ids);
+    zel.surrogate_infos_.AddOrReplace(std::move(info));
+  }
+  return project;
+}
+
+}  // namespace bench
