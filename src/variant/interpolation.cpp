@@ -103,6 +103,9 @@ Method Lagrange(const Reals& t, const Reals& axis, int degree) {
   if (static_cast<long long>(t.size()) != wanted)
     throw CDimensionException("in object of wrong dimension. Signal must have exactly " +
                               std::to_string(wanted) + " points of time for interpolation.");
+  if (degree > kMaxPolynomialDegree)
+    throw CDimensionException("Degree of interpolation must not exceed " +
+                              std::to_string(kMaxPolynomialDegree) + ".");
   if (!axis.empty() && axis.back() > t.back())
     throw CDimensionException("Can not extrapolate timesignal beyond upper boundaries");
   if (!axis.empty() && axis.front() < t.front())

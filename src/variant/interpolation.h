@@ -13,7 +13,7 @@ enum InterpolationDegree { kSpline = 0, kLinear = 1, kQuadratic = 2 };
 ///  - degree 0: cubic spline with the end slopes `d0` and `d1`; outside, the end segments' cubics
 ///  - degree 1: piecewise linear; outside, the lines through the two end points
 ///  - degree 2: the parabola through three neighbouring points (of two points, their line)
-///  - degree 3 and more: Lagrange; refuses to extrapolate
+///  - degree 3 to kMaxPolynomialDegree: Lagrange; refuses to extrapolate
 ///
 /// Samples of equal abscissa count as one with their mean. A descending signal gives a descending
 /// result, any other an ascending one, in the signal's kind; an empty axis gives UNINITIALIZED.

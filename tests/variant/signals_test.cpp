@@ -100,6 +100,10 @@ TEST(Interpolate, RefusesInOrder) {
   EXPECT_EQ(Interpolated(four, {-1, 3}, 3),
             "CDimension: Can not extrapolate timesignal beyond lower boundaries");
   EXPECT_EQ(Interpolated(four, {1, 7, 2}, 3), "CDomain: Index out of range.");
+  std::vector<Complex> many(5000);
+  for (std::size_t i = 0; i < many.size(); ++i) many[i] = static_cast<double>(i);
+  EXPECT_EQ(Interpolated(XY(many, many), {1}, 4999),
+            "CDimension: Degree of interpolation must not exceed 4096.");
   const Value one_abscissa = XY({1, 1}, {2, 3});
   EXPECT_EQ(Interpolated(one_abscissa, {1}, kSpline),
             "CDimension: Input object of wrong dimension. Signal must have at least length 2 for "
