@@ -1,0 +1,143 @@
+// The sample project, whole and damaged, as a caller meets it.
+
+#include "zelsolver/zelsolver.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr unsigned int kNumInputs = 10;
+constexpr unsigned int kNumOutputs = 12;
+
+std::string Sample() {
+  std::ostringstream bytes;
+  bytes << std::ifstream(TEST_SAMPLE, std::ios::binary).rdbuf();
+  return bytes.str();
+}
+
+/// A file of the test's own that opens anew at each call.
+class DamagedFile {
+ public:
+  DamagedFile() : path_(testing::TempDir() + "damaged_" + std::to_string(getpid()) + ".vrdb") {}
+  ~DamagedFile() { std::remove(path_.c_str()); }
+
+  /// Opens the bytes as a project and asks it everything. @return whether it opened
+  bool Use(const std::string& bytes) {
+    std::ofstream(path_, std::ios::binary | std::ios::trunc) << bytes;
+    const char* const path = path_.c_str();
+    unsigned int dims[3] = {0, 0, 0};
+    const bool opened = dzel2_getDimensions(path, 7, dims, 3) == ZEL_OK;
+    if (opened) {
+      const std::size_t m = dims[0];
+      std::vector<double> bounds(2 * m);
+      if (dzel2_getInputBounds(path, bounds.data()) != ZEL_OK) bounds.assign(2 * m, 10.0);
+      std::vector<double> out(6 * dims[1] + dims[2]);
+      dzel2_solve(path, 1, bounds.data(), static_cast<unsigned int>(bounds.size()), 31, out.data(),
+                  static_cast<unsigned int>(out.size()));
+      char* names = nullptr;
+      if (dzel2_getNames(path, ZEL_OUTPUTS, &names) == ZEL_OK) dzel2_free(names);
+    } else {
+      EXPECT_NE(dzel2_getLastError(), nullptr);
+    }
+    dzel2_cleanup();
+    return opened;
+  }
+
+ private:
+  std::string path_;
+};
+
+/// Keeps the log of hundreds of refused files out of the report.
+class Quiet {
+ public:
+  Quiet() {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+  }
+  ~Quiet() {
+    testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
+  }
+};
+
+long PeakMegabytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss / 1024;
+}
+
+TEST(SampleProject, HasTheShapeOfTheTruss) {
+  unsigned int dims[3] = {0, 0, 0};
+  ASSERT_EQ(dzel2_getDimensions(TEST_SAMPLE, 7, dims, 3), ZEL_OK) << dzel2_getLastError();
+  EXPECT_EQ(dims[0], kNumInputs);
+  EXPECT_EQ(dims[1], kNumOutputs);
+  EXPECT_EQ(dims[2], 5u);
+  char* names = nullptr;
+  ASSERT_EQ(dzel2_getNamesWithDelimiter(TEST_SAMPLE, ZEL_OUTPUTS, &names, ","), ZEL_OK);
+  EXPECT_STREQ(names,
+               "mass,displacement,stress[0],stress[1],stress[2],stress[3],stress[4],stress[5],"
+               "stress[6],stress[7],stress[8],stress[9]");
+  dzel2_free(names);
+}
+
+TEST(SampleProject, PredictsTheMassExactly) {
+  // The mass is linear in the areas: 0.1 lb/in^3, six bars of 360 in, four of 360 sqrt(2) in.
+  std::vector<double> areas;
+  double mass = 0.0;
+  for (unsigned int i = 0; i < kNumInputs; ++i) {
+    areas.push_back(6.0 + 1.7 * i);
+    mass += 0.1 * areas.back() * 360.0 * (i < 6 ? 1.0 : std::sqrt(2.0));
+  }
+  std::vector<double> out(kNumOutputs);
+  ASSERT_EQ(dzel2_solve(TEST_SAMPLE, 1, areas.data(), kNumInputs, ZEL_SOLVE_RESPONSES, out.data(),
+                        kNumOutputs),
+            ZEL_OK)
+      << dzel2_getLastError();
+  EXPECT_NEAR(out[0], mass, 1e-9 * mass);
+  dzel2_cleanup();
+}
+
+TEST(SampleProject, CutAnywhereItIsRefused) {
+  const std::string whole = Sample();
+  DamagedFile file;
+  const Quiet quiet;
+  // Every byte of the header and of the first records, then in steps that are no multiple of a
+  // double's 8 bytes.
+  for (std::size_t size = 0; size < whole.size(); size += size < 600 ? 1 : 4999)
+    EXPECT_FALSE(file.Use(whole.substr(0, size))) << size;
+  EXPECT_FALSE(file.Use(whole.substr(0, whole.size() - 1)));
+  EXPECT_TRUE(file.Use(whole));
+}
+
+TEST(SampleProject, FlippedBytesDoNoHarm) {
+  const std::string whole = Sample();
+  DamagedFile file;
+  std::mt19937 random(11);
+  int refused = 0;
+  const long before = PeakMegabytes();
+  {
+    const Quiet quiet;
+    for (int round = 0; round < 400; ++round) {
+      std::string damaged = whole;
+      // Half of the rounds among the records at the start, where counts and ids are dense.
+      const std::size_t range = round % 2 == 0 ? whole.size() : std::size_t{20000};
+      damaged[random() % range] = static_cast<char>(random());
+      refused += file.Use(damaged) ? 0 : 1;
+    }
+  }
+  EXPECT_GT(refused, 20);
+  // The file has less than 1 MB; a count taken on trust would allocate gigabytes.
+  EXPECT_LT(PeakMegabytes() - before, TEST_SANITIZED ? 1000 : 50);
+}
+
+}  // namespace
