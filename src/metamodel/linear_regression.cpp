@@ -94,8 +94,13 @@ bool LinearRegression::BuildOptimal(const IndexVector&) {
 void LinearRegression::RequireConsistent() const {
   if (!IsBuilt()) throw utils::runtime_error(L"can not approximate - build first");
   const std::uint64_t expected = GetNumberCoefficients();
-  if (static_cast<std::uint64_t>(coefficients_.size()) == expected) return;
   std::wostringstream message;
+  if (settings_.GetNumberInputs() != static_cast<std::uint64_t>(GetNumberInputs())) {
+    message << L"Linear Regression: settings for " << settings_.GetNumberInputs()
+            << L" inputs, support points with " << GetNumberInputs();
+    throw utils::runtime_error(message.str());
+  }
+  if (static_cast<std::uint64_t>(coefficients_.size()) == expected) return;
   message << L"Linear Regression: " << coefficients_.size() << L" coefficients for " << expected
           << L" terms";
   throw utils::runtime_error(message.str());

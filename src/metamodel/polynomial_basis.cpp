@@ -73,7 +73,7 @@ void PolynomialBasis::Sum(const ConstPoints& points,
                           const Eigen::Ref<const Eigen::VectorXd>& coefficients,
                           Eigen::Ref<Eigen::VectorXd> values) const {
   // A tile of rows keeps its sums in registers over all terms.
-  constexpr int kTileRows = 8;
+  constexpr int kTileRows = 16;
   const double* coefficient = coefficients.data();
   Eigen::Index row = 0;
   for (; row + kTileRows <= points.rows(); row += kTileRows)

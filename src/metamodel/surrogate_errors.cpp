@@ -1,4 +1,5 @@
 #include "foundation/exception.h"
+#include "metamodel/kernel_block.h"
 #include "metamodel/kernels_constant.h"
 #include "metamodel/surrogate.h"
 #include "stochastics/sample_statistics.h"
@@ -13,11 +14,13 @@ namespace corvath::math::metamodel {
 
 namespace {
 
-/// Rows worked on at once: a block of transformed points stays in the cache.
-constexpr Eigen::Index kBlockRows = 256;
+/// Weights of one block of rows: 512 KB stay in the second-level cache while they are summed.
+constexpr Eigen::Index kBlockWeights = Eigen::Index{1} << 16;
+constexpr Eigen::Index kMaxBlockRows = 256;
 
-/// A support point at the density radius counts this much.
-constexpr double kDensityAtRadius = 0.01;
+/// A support point at the density radius h counts 0.01; a kernel weighs 0.001 at its own radius,
+/// whose square is then h^2 ln(0.001) / ln(0.01).
+constexpr double kDensityRadiusSquared = 1.5;
 
 /// Below this part of the total variation the residuals count as rounding noise.
 constexpr double kPerfectFit = 1e-12;
@@ -42,23 +45,30 @@ class ResidualAverages {
 
   double GetSumOfSquares() const { return residuals_.col(0).sum(); }
 
-  /// Columns 0 to 3 of the errors, with `weights` of the support points.
-  Eigen::RowVector4d At(const Eigen::VectorXd& weights) const {
-    const Eigen::RowVector3d mean = (weights.transpose() * residuals_) / weights.sum();
-    const double unexplained = mean(0) / sst_ * static_cast<double>(residuals_.rows());
-    const double cop = 1.0 - unexplained;
-    return {cop < 0.0 ? 0.0 : cop, std::sqrt(mean(0)), mean(1), mean(2)};
+  /// Columns 0 to 3 of the errors, one row for each column of `weights` of the support points.
+  Eigen::MatrixX4d At(const Eigen::Ref<const Eigen::MatrixXd>& weights) const {
+    const Eigen::ArrayXd total = weights.colwise().sum().transpose();
+    Eigen::MatrixX3d mean = weights.transpose() * residuals_;
+    mean.array().colwise() /= total;
+    Eigen::MatrixX4d columns(weights.cols(), 4);
+    for (Eigen::Index i = 0; i < columns.rows(); ++i) {
+      const double unexplained = mean(i, 0) / sst_ * static_cast<double>(residuals_.rows());
+      columns.row(i) << NotNegative(1.0 - unexplained), std::sqrt(mean(i, 0)), mean(i, 1),
+          mean(i, 2);
+    }
+    return columns;
   }
 
   /// The same without weights, one row for all points.
   Eigen::RowVector4d Everywhere() const {
     const auto n = static_cast<double>(residuals_.rows());
     const Eigen::RowVector3d sum = residuals_.colwise().sum();
-    const double cop = 1.0 - sum(0) / sst_;
-    return {cop < 0.0 ? 0.0 : cop, std::sqrt(sum(0) / n), sum(1) / n, sum(2) / n};
+    return {NotNegative(1.0 - sum(0) / sst_), std::sqrt(sum(0) / n), sum(1) / n, sum(2) / n};
   }
 
  private:
+  static double NotNegative(double cop) { return cop < 0.0 ? 0.0 : cop; }  // NaN passes
+
   double sst_;
   Eigen::MatrixX3d residuals_;  ///< squares, values, magnitudes
 };
@@ -140,27 +150,27 @@ Eigen::MatrixXd SurrogateBase::ApproximateErrors(const ConstPoints& points) cons
   const auto n = static_cast<double>(num_support);
   const double bandwidth =
       std::max(points_radii_mean_ * points_radii_mean_, static_cast<double>(r) / n / n);
-  const double density_factor = std::log(kDensityAtRadius) / bandwidth;
-  KernelConstInflIsoExp kernel;
-  if (local) kernel.SetParameters(Eigen::VectorXd::Constant(1, weight_error_radius_));
+  const KernelConstInflIsoExp density_kernel(
+      Eigen::VectorXd::Constant(1, std::sqrt(bandwidth * kDensityRadiusSquared)));
+  const KernelBlock density(density_kernel, support);
+  const Eigen::VectorXd ones = Eigen::VectorXd::Ones(num_support);
+  const KernelConstInflIsoExp error_kernel(
+      Eigen::VectorXd::Constant(1, local ? weight_error_radius_ : 1.0));
+  const KernelBlock nearness(error_kernel, support);
 
-  Eigen::VectorXd squared(num_support);
-  Eigen::VectorXd weights(num_support);
-  for (Eigen::Index begin = 0; begin < points.rows(); begin += kBlockRows) {
-    const Eigen::Index rows = std::min(kBlockRows, points.rows() - begin);
-    Eigen::MatrixXd block = points.middleRows(begin, rows);
+  const Eigen::Index block_rows =
+      std::clamp<Eigen::Index>(kBlockWeights / num_support, 1, kMaxBlockRows);
+  Eigen::MatrixXd weights(local ? num_support : 0, block_rows);
+  Eigen::MatrixXd block;
+  for (Eigen::Index begin = 0; begin < points.rows(); begin += block_rows) {
+    const Eigen::Index rows = std::min(block_rows, points.rows() - begin);
+    block = points.middleRows(begin, rows);
     if (trans_coord_) trans_coord_->ForwardInPlace(block);
     const Eigen::MatrixXd x = ReduceColumns(block, selection);
-    for (Eigen::Index row = 0; row < rows; ++row) {
-      SquaredDistancesTo(x.row(row).transpose(), support, squared);
-      weights = squared * density_factor;
-      ExpInPlace(weights);
-      errors(begin + row, kDensity) = weights.sum();
-      if (!local) continue;
-      weights = squared;
-      kernel.ToWeights(weights);
-      errors.row(begin + row).head<4>() = averages.At(weights);
-    }
+    density.WeightedSums(x, ones, errors.col(kDensity).segment(begin, rows));
+    if (!local) continue;
+    nearness.Weights(x, weights.leftCols(rows));
+    errors.middleRows(begin, rows).leftCols<4>() = averages.At(weights.leftCols(rows));
   }
   return errors;
 }

@@ -1,0 +1,110 @@
+#include "metamodel/kernel_block.h"
+#include "metamodel/kernels_constant.h"
+#include "metamodel/moving_least_squares.h"
+#include "support/points.h"
+
+#include <Eigen/Cholesky>
+#include <benchmark/benchmark.h>
+
+/// Linear basis, 500 support points, 5 inputs, 10,000 queries. The model may take 1.5 times the
+/// formulation by one product of weights and table for all queries; the loop that forms one normal
+/// matrix after the other takes about three times as long.
+namespace {
+
+using namespace corvath::math::metamodel;
+
+constexpr Eigen::Index kPoints = 500;
+constexpr Eigen::Index kInputs = 5;
+constexpr Eigen::Index kQueries = 10000;
+constexpr Eigen::Index kTerms = kInputs + 1;
+
+struct Data {
+  Eigen::MatrixXd points = support::UniformPoints(kPoints, kInputs, 1);
+  Eigen::VectorXd values = points.rowwise().sum().array().sin();
+  Eigen::MatrixXd queries = support::UniformPoints(kQueries, kInputs, 2);
+  Eigen::VectorXd radius = Eigen::VectorXd::Constant(1, 1.5);
+};
+
+const Data& GetData() {
+  static const Data data;
+  return data;
+}
+
+Eigen::MatrixXd LinearBasis(const Eigen::MatrixXd& x) {
+  Eigen::MatrixXd basis(x.rows(), kTerms);
+  basis << Eigen::VectorXd::Ones(x.rows()), x;
+  return basis;
+}
+
+void BM_MovingLeastSquares_Approximate(benchmark::State& state) {
+  const Data& data = GetData();
+  MovingLeastSquaresSettings settings(kInputs);
+  settings.SetKernelParameter(data.radius);
+  MovingLeastSquares model(data.points, data.values, settings);
+  model.Build();
+  for (auto _ : state) benchmark::DoNotOptimize(model.Approximate(data.queries));
+}
+
+/// One table for a block of queries, hand-written for this size.
+void BM_MovingLeastSquares_Table(benchmark::State& state) {
+  const Data& data = GetData();
+  const KernelConstInflIsoExp kernel(data.radius);
+  const KernelBlock kernel_block(kernel, data.points);
+  constexpr Eigen::Index kBlock = 128;
+  for (auto _ : state) {
+    const Eigen::MatrixXd basis = LinearBasis(data.points);
+    Eigen::MatrixXd table(kPoints, kTerms * (kTerms + 1) / 2 + kTerms);
+    Eigen::Index next = 0;
+    for (Eigen::Index p = 0; p < kTerms; ++p)
+      for (Eigen::Index q = p; q < kTerms; ++q)
+        table.col(next++) = basis.col(p).cwiseProduct(basis.col(q));
+    for (Eigen::Index p = 0; p < kTerms; ++p)
+      table.col(next++) = basis.col(p).cwiseProduct(data.values);
+    Eigen::VectorXd result(kQueries);
+    Eigen::MatrixXd weights(kPoints, kBlock);
+    Eigen::MatrixXd sums(table.cols(), kBlock);
+    Eigen::Matrix<double, kTerms, kTerms> normal;
+    Eigen::Matrix<double, 1, kTerms> at;
+    for (Eigen::Index begin = 0; begin < kQueries; begin += kBlock) {
+      const Eigen::Index rows = std::min(kBlock, kQueries - begin);
+      kernel_block.Weights(data.queries.middleRows(begin, rows), weights.leftCols(rows));
+      sums.leftCols(rows).noalias() = table.transpose() * weights.leftCols(rows);
+      for (Eigen::Index i = 0; i < rows; ++i) {
+        const double* entry = sums.col(i).data();
+        for (Eigen::Index p = 0; p < kTerms; ++p)
+          for (Eigen::Index q = p; q < kTerms; ++q) normal(q, p) = *entry++;
+        at << 1.0, data.queries.row(begin + i);
+        const Eigen::Map<const Eigen::Matrix<double, kTerms, 1>> right(entry);
+        result(begin + i) = at * normal.ldlt().solve(right);
+      }
+    }
+    benchmark::DoNotOptimize(result);
+  }
+}
+
+/// One normal matrix after the other.
+void BM_MovingLeastSquares_PointByPoint(benchmark::State& state) {
+  const Data& data = GetData();
+  const KernelConstInflIsoExp kernel(data.radius);
+  for (auto _ : state) {
+    const Eigen::MatrixXd basis = LinearBasis(data.points);
+    Eigen::VectorXd result(kQueries);
+    Eigen::VectorXd weights(kPoints);
+    Eigen::MatrixXd weighted(kPoints, kTerms);
+    Eigen::RowVectorXd at(kTerms);
+    for (Eigen::Index i = 0; i < kQueries; ++i) {
+      kernel.Weights(weights, data.queries.row(i).transpose(), data.points);
+      weighted = weights.asDiagonal() * basis;
+      const Eigen::MatrixXd normal = weighted.transpose() * basis;
+      at << 1.0, data.queries.row(i);
+      result(i) = at * normal.ldlt().solve(weighted.transpose() * data.values);
+    }
+    benchmark::DoNotOptimize(result);
+  }
+}
+
+BENCHMARK(BM_MovingLeastSquares_Table)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MovingLeastSquares_Approximate)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MovingLeastSquares_PointByPoint)->Unit(benchmark::kMillisecond);
+
+}  // namespace
