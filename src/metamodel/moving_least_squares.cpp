@@ -137,12 +137,14 @@ Eigen::VectorXd MovingLeastSquares::Approximate(const ConstPoints& points) const
   Eigen::MatrixXd weights(values_trans_.size(), block_size);
   Eigen::MatrixXd basis_at(block_size, basis.GetNumberTerms());
   Eigen::MatrixXd block;
+  Eigen::MatrixXd reduced;
   Eigen::VectorXd values(points.rows());
   for (Eigen::Index begin = 0; begin < points.rows(); begin += block_size) {
     const Eigen::Index rows = std::min(block_size, points.rows() - begin);
     block = points.middleRows(begin, rows);
     if (trans_coord_) trans_coord_->ForwardInPlace(block);
-    kernel_block.Weights(ReduceColumns(block, selection), weights.leftCols(rows));
+    ReduceColumns(block, selection, reduced);
+    kernel_block.Weights(reduced, weights.leftCols(rows));
     basis.Evaluate(block, basis_at.topRows(rows));
     auto result = values.segment(begin, rows);
     fits.Predict(weights.leftCols(rows), basis_at.topRows(rows), true, result);

@@ -4,7 +4,7 @@
 #include "foundation/log_line.h"
 #include "metamodel/factories.h"
 #include "metamodel/kernel_block.h"
-#include "metamodel/linear_regression.h"
+#include "metamodel/quadratic_box_cox.h"
 #include "metamodel/same_figures.h"
 
 #include <algorithm>
@@ -93,28 +93,9 @@ bool OrdinaryKriging::BuildOptimal(const IndexVector& /*subsets*/) {
 
 bool OrdinaryKriging::BuildBoxCox() {
   residuals_.resize(0);
-  LinearRegressionSettings quadratic(static_cast<std::uint64_t>(GetNumberInputs()));
-  quadratic.SetOrder(2);
-  quadratic.SetCoordTransform(settings_.GetCoordTransform());
-  quadratic.SetCoordTransformParameter(settings_.GetCoordTransformParameter());
-  quadratic.SetValueTransform(settings_.GetValueTransform());
-  quadratic.SetValueTransformParameter(settings_.GetValueTransformParameter());
-  quadratic.SetVariableSelection(GetVariableSelection());
-  LinearRegression regression(points_, values_, quadratic);
-  if (!regression.IsSolvable()) {
-    quadratic.SetInteractionSelection({});
-    regression.Initialize(quadratic);
-  }
-  if (!regression.IsSolvable()) {
-    quadratic.SetOrder(1);
-    quadratic.SetVariableSelection(GetVariableSelection());
-    regression.Initialize(quadratic);
-  }
-  PassInterruptionPoint();
-  regression.BuildBoxCox();
-  const transform::Transform* fitted = regression.GetTransValue();
-  SetValueTransform(fitted ? fitted->GetType() : transform::TransformType::kNone,
-                    fitted ? fitted->GetParameters() : std::vector<double>());
+  const ValueTransformChoice choice = FitQuadraticBoxCox(*this, interruption_point_);
+  SetValueTransform(choice.type, choice.parameters);
+  settings_.SetValueTransform(choice.type);
   WriteTransformParameters(settings_);
   settings_.SetState(SettingsState::kOptimized);
   Build();

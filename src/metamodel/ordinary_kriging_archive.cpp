@@ -1,5 +1,6 @@
 #include "archive/instantiate.h"
 #include "metamodel/ordinary_kriging.h"
+#include "metamodel/stored_kernel.h"
 
 #include <exception>
 
@@ -31,13 +32,7 @@ void OrdinaryKriging::load(Archive& ar, unsigned int version) {
 /// The oldest form held its kernel as an object, and neither settings nor transformed values.
 template <class Archive>
 void OrdinaryKriging::LoadVersion0(Archive& ar) {
-  namespace bs = boost::serialization;
-  KernelBase* kernel_ = nullptr;
-  ar >> BOOST_SERIALIZATION_NVP(kernel_);
-  // Other models may point to the kernel too; the archive's helper keeps one count for it.
-  boost::shared_ptr<KernelBase> kernel;
-  ar.template get_helper<bs::shared_ptr_helper<boost::shared_ptr>>(bs::shared_ptr_helper_id)
-      .reset(kernel, kernel_);
+  const boost::shared_ptr<KernelBase> kernel = LoadStoredKernel(ar, "kernel_");
   double nugget_ = 0.0;
   ar >> BOOST_SERIALIZATION_NVP(mean_) >> BOOST_SERIALIZATION_NVP(sigma2_);
   ar >> BOOST_SERIALIZATION_NVP(nugget_) >> BOOST_SERIALIZATION_NVP(kernel_weights_);

@@ -139,18 +139,22 @@ void SurrogateBase::BackTransform(Eigen::Ref<Eigen::MatrixXd> values) const {
 }
 
 Eigen::MatrixXd SurrogateBase::ReduceColumns(const ConstPoints& matrix, const BitVector& filter) {
+  Eigen::MatrixXd reduced;
+  ReduceColumns(matrix, filter, reduced);
+  return reduced;
+}
+
+void SurrogateBase::ReduceColumns(const ConstPoints& matrix, const BitVector& filter,
+                                  Eigen::MatrixXd& reduced) {
   const auto columns = static_cast<std::size_t>(matrix.cols());
   if (filter.size() != columns)
     throw std::logic_error("Surrogate: the variable selection has " +
                            std::to_string(filter.size()) + " bits for " + std::to_string(columns) +
                            " inputs");
-  const std::uint64_t selected = CountBits(filter);
-  if (selected == columns) return matrix;
-  Eigen::MatrixXd reduced(matrix.rows(), static_cast<Eigen::Index>(selected));
+  reduced.resize(matrix.rows(), static_cast<Eigen::Index>(CountBits(filter)));
   Eigen::Index next = 0;
   for (Eigen::Index j = 0; j < matrix.cols(); ++j)
     if (filter[static_cast<std::size_t>(j)]) reduced.col(next++) = matrix.col(j);
-  return reduced;
 }
 
 void SurrogateBase::RequireInputs(Eigen::Index columns) const {

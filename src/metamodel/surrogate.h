@@ -150,6 +150,9 @@ class SurrogateBase {
   /// The columns of `matrix` whose bit is set, in their order.
   /// @throws std::logic_error  another number of bits than columns
   static Eigen::MatrixXd ReduceColumns(const ConstPoints& matrix, const BitVector& filter);
+  /// The same into a matrix that keeps its memory where the size stays.
+  static void ReduceColumns(const ConstPoints& matrix, const BitVector& filter,
+                            Eigen::MatrixXd& reduced);
 
   /// @throws corvath::utils::runtime_error  `columns` is not m
   void RequireInputs(Eigen::Index columns) const;

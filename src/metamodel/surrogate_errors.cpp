@@ -162,11 +162,12 @@ Eigen::MatrixXd SurrogateBase::ApproximateErrors(const ConstPoints& points) cons
       std::clamp<Eigen::Index>(kBlockWeights / num_support, 1, kMaxBlockRows);
   Eigen::MatrixXd weights(local ? num_support : 0, block_rows);
   Eigen::MatrixXd block;
+  Eigen::MatrixXd x;
   for (Eigen::Index begin = 0; begin < points.rows(); begin += block_rows) {
     const Eigen::Index rows = std::min(block_rows, points.rows() - begin);
     block = points.middleRows(begin, rows);
     if (trans_coord_) trans_coord_->ForwardInPlace(block);
-    const Eigen::MatrixXd x = ReduceColumns(block, selection);
+    ReduceColumns(block, selection, x);
     density.WeightedSums(x, ones, errors.col(kDensity).segment(begin, rows));
     if (!local) continue;
     nearness.Weights(x, weights.leftCols(rows));
