@@ -1,18 +1,20 @@
 #include "commands.h"
 #include "foundation/text.h"
 #include "solver/file_signature.h"
+#include "standard_output.h"
 
 #include <exception>
-#include <iostream>
 
 namespace cli {
 
 void RunHash(const std::string& file) {
+  std::string signature;
   try {
-    std::cout << corvath::zel::FileSignature(corvath::utils::FromUtf8(file)) << '\n';
+    signature = corvath::zel::FileSignature(corvath::utils::FromUtf8(file));
   } catch (const std::exception& error) {
     throw Refusal(file + ": " + error.what());
   }
+  PrintResult(signature + '\n');
 }
 
 }  // namespace cli

@@ -5,13 +5,15 @@
 #include "metamodel/surrogate_info_container.h"
 #include "project.h"
 #include "solver/zel_solver.h"
+#include "standard_output.h"
 #include "text_table.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <iostream>
 #include <limits>
+#include <ostream>
+#include <sstream>
 
 namespace cli {
 namespace {
@@ -48,7 +50,7 @@ std::string UsedInputs(const std::vector<std::string>& inputs, const std::vector
   return text;
 }
 
-void PrintInputs(const Project& project) {
+void PrintInputs(const Project& project, std::ostream& out) {
   const std::vector<double> bounds = project.GetBounds();
   TextTable table;
   table.AddColumn("name", TextTable::Align::kLeft);
@@ -59,11 +61,11 @@ void PrintInputs(const Project& project) {
     table.AddRow({name, ValueText(bounds[2 * i]), ValueText(bounds[2 * i + 1]),
                   ValueText(project.GetReferenceValue(name))});
   }
-  std::cout << "Inputs (" << project.GetInputs().size() << "), with the range of the designs\n";
-  table.Print(std::cout, "  ");
+  out << "Inputs (" << project.GetInputs().size() << "), with the range of the designs\n";
+  table.Print(out, "  ");
 }
 
-void PrintOutputs(const Project& project, const std::string& hash) {
+void PrintOutputs(const Project& project, const std::string& hash, std::ostream& out) {
   const auto solver = corvath::zel::api::ProvideSolver(project.GetFile().c_str(),
                                                        hash.empty() ? nullptr : hash.c_str());
   TextTable table;
@@ -72,19 +74,25 @@ void PrintOutputs(const Project& project, const std::string& hash) {
   table.AddColumn("model", TextTable::Align::kLeft);
   table.AddColumn("inputs that it uses, with the loss of CoP without each",
                   TextTable::Align::kLeft);
+  TextTable descriptions;
+  descriptions.AddColumn("name", TextTable::Align::kLeft);
+  descriptions.AddColumn("description", TextTable::Align::kLeft);
   for (const std::string& name : project.GetOutputs()) {
     const std::vector<double> cops = project.GetCoPs(name);
     const std::vector<bool> filtered = project.GetFiltered(name);
     const auto& model = solver->GetSurrogateInfos().GetSurrogateInfo(FromUtf8(name)).GetSurrogate();
     table.AddRow({name, CoPText(cops.back(), 4), model ? ToUtf8(model->GetName(false)) : "-",
                   UsedInputs(project.GetInputs(), filtered, cops)});
+    if (model) descriptions.AddRow({name, ToUtf8(model->GetDescription())});
   }
-  std::cout << "\nResponses (" << project.GetOutputs().size()
-            << "), with the coefficient of prognosis (CoP) of the model\n";
-  table.Print(std::cout, "  ");
+  out << "\nResponses (" << project.GetOutputs().size()
+      << "), with the coefficient of prognosis (CoP) of the model\n";
+  table.Print(out, "  ");
+  out << "\nModels in full\n";
+  descriptions.Print(out, "  ");
 }
 
-void PrintCriteria(const Project& project, const std::string& hash) {
+void PrintCriteria(const Project& project, const std::string& hash, std::ostream& out) {
   if (project.GetCriteria().empty()) return;
   const auto solver = corvath::zel::api::ProvideSolver(project.GetFile().c_str(),
                                                        hash.empty() ? nullptr : hash.c_str());
@@ -96,17 +104,20 @@ void PrintCriteria(const Project& project, const std::string& hash) {
     table.AddRow({ToUtf8(name),
                   criterion.IsLimitState() ? "limit, kept when not negative" : "value",
                   ToUtf8(criterion.GetExpression())});
-  std::cout << "\nCriteria (" << project.GetCriteria().size() << ")\n";
-  table.Print(std::cout, "  ");
+  out << "\nCriteria (" << project.GetCriteria().size() << ")\n";
+  table.Print(out, "  ");
 }
 
 }  // namespace
 
 void RunInfo(const std::string& file, const std::string& hash) {
+  ClaimStandardOutput();  // before the library logs what it meets
   const Project project(file, hash);
-  PrintInputs(project);
-  PrintOutputs(project, hash);
-  PrintCriteria(project, hash);
+  std::ostringstream text;
+  PrintInputs(project, text);
+  PrintOutputs(project, hash, text);
+  PrintCriteria(project, hash, text);
+  PrintResult(text.str());
 }
 
 }  // namespace cli

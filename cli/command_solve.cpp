@@ -4,6 +4,7 @@
 #include "output_file.h"
 #include "progress_line.h"
 #include "project.h"
+#include "standard_output.h"
 
 #include <zelsolver/zelsolver.h>
 
@@ -11,7 +12,9 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace cli {
@@ -22,6 +25,70 @@ namespace {
 constexpr std::size_t kBlock = 4096;
 constexpr const char* kErrorNames[] = {"local_cop", "rmse", "mean_error", "mean_abs_error"};
 constexpr std::size_t kNumErrors = 4;
+
+/// What the options add to one output, as columns: its density, its errors, its gradients.
+class Extras {
+ public:
+  Extras(const Project& project, std::string output, bool density, bool errors, bool gradients)
+      : project_(project), output_(std::move(output)) {
+    if (gradients) Add(ZEL_RESPONSE_GRADIENTS, project.GetInputs().size());
+    if (density) Add(ZEL_RESPONSE_DENSITIES, 1);
+    if (errors) Add(ZEL_RESPONSE_ERRORS, kNumErrors);
+  }
+
+  void WriteHeader(CsvWriter& writer) const {
+    for (const Block& block : blocks_) switch (block.flag) {
+        case ZEL_RESPONSE_GRADIENTS:
+          for (const auto& input : project_.GetInputs()) writer.Add(output_ + ":d/d " + input);
+          break;
+        case ZEL_RESPONSE_DENSITIES:
+          writer.Add(output_ + ":density");
+          break;
+        default:
+          for (const char* error : kErrorNames) writer.Add(output_ + ':' + error);
+      }
+  }
+
+  /// Each quantity by itself: a model without the one may have the other. What it refuses is NaN,
+  /// with one note on standard error.
+  void Solve(unsigned int n, const std::vector<double>& inputs, bool extrapolate) {
+    for (Block& block : blocks_) {
+      if (block.refused) {
+        block.values.assign(n * block.width, std::nan(""));
+        continue;
+      }
+      try {
+        project_.SolveOne(output_, n, inputs,
+                          extrapolate ? block.flag | ZEL_RESPONSE_EXTRAPOLATE : block.flag,
+                          block.values);
+      } catch (const Refusal& refusal) {
+        block.refused = true;
+        block.values.assign(n * block.width, std::nan(""));
+        std::fprintf(stderr, "zel: note: %s (%s)\n", refusal.what(), output_.c_str());
+      }
+    }
+  }
+
+  void WriteRow(std::size_t design, CsvWriter& writer) const {
+    for (const Block& block : blocks_)
+      for (std::size_t i = 0; i < block.width; ++i)
+        writer.Add(block.values[design * block.width + i]);
+  }
+
+ private:
+  struct Block {
+    unsigned int flag;
+    std::size_t width;  ///< values per design
+    bool refused;
+    std::vector<double> values;
+  };
+
+  void Add(unsigned int flag, std::size_t width) { blocks_.push_back({flag, width, false, {}}); }
+
+  const Project& project_;
+  std::string output_;
+  std::vector<Block> blocks_;
+};
 
 std::string Quoted(const std::string& name) {
   return '"' + name + '"';
@@ -137,8 +204,15 @@ class Solver {
     flags_ = ZEL_SOLVE_RESPONSES;
     if (options.extrapolate) flags_ |= ZEL_SOLVE_EXTRAPOLATE;
     if (options.criteria) flags_ |= ZEL_SOLVE_CRITERIA;
-    if (options.density) flags_ |= ZEL_SOLVE_DENSITIES;
-    if (options.errors) flags_ |= ZEL_SOLVE_ERRORS;
+    const auto& outputs = project_.GetOutputs();
+    for (const auto& name : options.gradients)
+      if (std::find(outputs.begin(), outputs.end(), name) == outputs.end())
+        throw Refusal(options.file + ": no response " + Quoted(name));
+    for (const auto& name : outputs) {
+      const bool gradients = std::find(options.gradients.begin(), options.gradients.end(), name) !=
+                             options.gradients.end();
+      extras_.emplace_back(project_, name, options.density, options.errors, gradients);
+    }
   }
 
   void Run() {
@@ -165,11 +239,7 @@ class Solver {
     for (const auto& name : outputs) writer_.Add(name);
     if (options_.criteria)
       for (const auto& name : project_.GetCriteria()) writer_.Add(name);
-    if (options_.density)
-      for (const auto& name : outputs) writer_.Add(name + ":density");
-    if (options_.errors)
-      for (const auto& name : outputs)
-        for (const char* error : kErrorNames) writer_.Add(name + ':' + error);
+    for (const Extras& extras : extras_) extras.WriteHeader(writer_);
     writer_.EndRecord();
   }
 
@@ -177,21 +247,17 @@ class Solver {
     // The library checks bounds, too, but knows no rows.
     if (!options_.extrapolate) designs_.CheckBounds(bounds_);
     const std::size_t n = designs_.GetSize();
-    project_.Solve(static_cast<unsigned int>(n), designs_.ByInput(), flags_, values_);
+    const auto& inputs = designs_.ByInput();
+    project_.Solve(static_cast<unsigned int>(n), inputs, flags_, values_);
+    for (Extras& extras : extras_)
+      extras.Solve(static_cast<unsigned int>(n), inputs, options_.extrapolate);
     const std::size_t num_outputs = project_.GetOutputs().size();
     const std::size_t num_criteria = options_.criteria ? project_.GetCriteria().size() : 0;
     const double* const criteria = values_.data() + num_outputs * n;
-    const double* const densities = criteria + num_criteria * n;
-    const double* const errors = densities + (options_.density ? num_outputs * n : 0);
     for (std::size_t d = 0; d < n; ++d) {
       for (std::size_t k = 0; k < num_outputs; ++k) writer_.Add(values_[k * n + d]);
       for (std::size_t k = 0; k < num_criteria; ++k) writer_.Add(criteria[d * num_criteria + k]);
-      if (options_.density)
-        for (std::size_t k = 0; k < num_outputs; ++k) writer_.Add(densities[k * n + d]);
-      if (options_.errors)
-        for (std::size_t k = 0; k < num_outputs; ++k)
-          for (std::size_t e = 0; e < kNumErrors; ++e)
-            writer_.Add(errors[kNumErrors * (k * n + d) + e]);
+      for (const Extras& extras : extras_) extras.WriteRow(d, writer_);
       writer_.EndRecord();
     }
     num_solved_ += n;
@@ -209,12 +275,14 @@ class Solver {
   ProgressLine progress_;
   unsigned int flags_ = 0;
   std::vector<double> values_;
+  std::vector<Extras> extras_;  ///< one for each output
   std::uint64_t num_solved_ = 0;
 };
 
 }  // namespace
 
 void RunSolve(const SolveOptions& options) {
+  ClaimStandardOutput();  // before the library logs what it meets
   Solver(options).Run();
 }
 

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace cli {
 
@@ -24,6 +25,7 @@ struct SolveOptions {
   bool errors = false;
   bool density = false;
   bool criteria = false;
+  std::vector<std::string> gradients;  ///< responses of which to add the gradients
 };
 
 /// Predicts at each row of a CSV. Works in blocks, so that memory does not grow with the rows.

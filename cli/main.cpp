@@ -1,4 +1,5 @@
 #include "commands.h"
+#include "standard_output.h"
 
 #include <CLI/CLI.hpp>
 #include <zelsolver/zelsolver.h>
@@ -26,7 +27,7 @@ void AddSolve(CLI::App& app) {
       "Predict responses at designs\n\n"
       "Reads a CSV whose header row names the inputs, in any order; other columns are ignored.\n"
       "Writes a CSV with one row for each design: the responses, then what the options add.\n"
-      "A response that its model cannot predict is nan.");
+      "What a model cannot tell is nan.");
   static cli::SolveOptions options;
   command->add_option("FILE", options.file, "Project file (.vrdb)")->required();
   command->add_option("--in", options.in, "Designs to predict at; - is standard input")->required();
@@ -38,6 +39,11 @@ void AddSolve(CLI::App& app) {
                     "absolute error around the design");
   command->add_flag("--density", options.density,
                     "Add for each response the density of support points at the design");
+  command
+      ->add_option("--gradients", options.gradients,
+                   "Add the gradients of this response, one column for each input; may be repeated")
+      ->type_name("RESPONSE")
+      ->allow_extra_args(false);
   command->add_flag("--criteria", options.criteria, "Add the criteria");
   command->add_option("--hash", options.hash,
                       "Refuse FILE unless this is its signature (see zel hash)");
@@ -57,6 +63,9 @@ int main(int argc, char** argv) {
   CLI::App app("Predictions from the trained metamodels of a project file (.vrdb)", "zel");
   app.set_version_flag("--version", dzel2_get_version_str());
   app.require_subcommand(1);
+  app.add_flag_callback(
+      "--log", [] { cli::ShowLog(true); },
+      "Show the library's warnings and notes on standard error");
   app.footer("Exit status: 0, 1 when an input is refused, 2 for a wrong command line.");
   AddInfo(app);
   AddSolve(app);

@@ -1,6 +1,7 @@
 #include "output_file.h"
 
 #include "commands.h"
+#include "standard_output.h"
 
 #include <unistd.h>
 
@@ -9,8 +10,11 @@
 
 namespace cli {
 
-OutputFile::OutputFile(std::string path) : path_(std::move(path)), file_(stdout) {
-  if (path_ == "-") return;
+OutputFile::OutputFile(std::string path) : path_(std::move(path)), file_(nullptr) {
+  if (path_ == "-") {
+    file_ = ClaimStandardOutput();
+    return;
+  }
   temporary_ = path_ + ".part" + std::to_string(getpid());
   file_ = std::fopen(temporary_.c_str(), "wb");
   if (file_ == nullptr) Fail();

@@ -74,12 +74,23 @@ void Project::Solve(unsigned int n_designs, const std::vector<double>& inputs, u
   std::size_t values = 0;  // per design
   if ((flags & ZEL_SOLVE_RESPONSES) != 0) values += outputs_.size();
   if ((flags & ZEL_SOLVE_CRITERIA) != 0) values += criteria_.size();
-  if ((flags & ZEL_SOLVE_DENSITIES) != 0) values += outputs_.size();
-  if ((flags & ZEL_SOLVE_ERRORS) != 0) values += 4 * outputs_.size();
   out.resize(values * n_designs);
   Check(dzel2_solve_hash(file_.c_str(), n_designs, inputs.data(),
                          static_cast<unsigned int>(inputs.size()), flags, out.data(),
                          static_cast<unsigned int>(out.size()), Hash()));
+}
+
+void Project::SolveOne(const std::string& output, unsigned int n_designs,
+                       const std::vector<double>& inputs, unsigned int flags,
+                       std::vector<double>& out) const {
+  std::size_t values = 0;  // per design
+  if ((flags & ZEL_RESPONSE_GRADIENTS) != 0) values += inputs_.size();
+  if ((flags & ZEL_RESPONSE_DENSITIES) != 0) values += 1;
+  if ((flags & ZEL_RESPONSE_ERRORS) != 0) values += 4;
+  out.resize(values * n_designs);
+  Check(dzel2_get_per_response_hash(file_.c_str(), n_designs, inputs.data(),
+                                    static_cast<unsigned int>(inputs.size()), output.c_str(), flags,
+                                    out.data(), static_cast<unsigned int>(out.size()), Hash()));
 }
 
 }  // namespace cli

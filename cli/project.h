@@ -28,6 +28,11 @@ class Project {
   void Solve(unsigned int n_designs, const std::vector<double>& inputs, unsigned int flags,
              std::vector<double>& out) const;
 
+  /// dzel2_get_per_response(): likewise, for one output.
+  void SolveOne(const std::string& output, unsigned int n_designs,
+                const std::vector<double>& inputs, unsigned int flags,
+                std::vector<double>& out) const;
+
  private:
   std::vector<std::string> GetNames(unsigned int flag) const;
   const char* Hash() const { return hash_.empty() ? nullptr : hash_.c_str(); }

@@ -56,12 +56,20 @@ int main(int argc, char** argv) {
       middle + (1.0 - 2.0 * kMargin) * (examples::SampleAreas(kNumDesigns, kSeed).array() - middle);
 
   // Column-major, one row per design: just the layout that the library takes.
-  std::vector<double> out(5 * num_outputs * kNumDesigns);
-  if (dzel2_solve(path, kNumDesigns, areas.data(), static_cast<unsigned int>(areas.size()),
-                  ZEL_SOLVE_RESPONSES | ZEL_SOLVE_ERRORS, out.data(),
+  const auto num_values = static_cast<unsigned int>(areas.size());
+  std::vector<double> out(num_outputs * kNumDesigns);
+  if (dzel2_solve(path, kNumDesigns, areas.data(), num_values, ZEL_SOLVE_RESPONSES, out.data(),
                   static_cast<unsigned int>(out.size())) != ZEL_OK)
     Fail();
-  const double* const errors = out.data() + num_outputs * kNumDesigns;
+  // Density, then errors, of each response; a family may have none.
+  std::vector<std::vector<double>> trust(num_outputs);
+  for (std::size_t k = 0; k < num_outputs; ++k) {
+    trust[k].resize(5 * kNumDesigns);
+    if (dzel2_get_per_response(path, kNumDesigns, areas.data(), num_values, names[k].c_str(),
+                               ZEL_RESPONSE_DENSITIES | ZEL_RESPONSE_ERRORS, trust[k].data(),
+                               5 * kNumDesigns) != ZEL_OK)
+      trust[k].assign(5 * kNumDesigns, std::nan(""));
+  }
 
   std::vector<std::vector<double>> analysed;
   for (unsigned int d = 0; d < kNumDesigns; ++d) analysed.push_back(Analyse(areas.row(d)));
@@ -69,12 +77,13 @@ int main(int argc, char** argv) {
   for (unsigned int d = 0; d < kNumShown; ++d) {
     std::printf("Design %u, areas in in^2:", d + 1);
     for (int i = 0; i < examples::kNumBars; ++i) std::printf(" %.2f", areas(d, i));
-    std::printf("\n  %-13s %12s %12s %12s %12s\n", "response", "analysis", "predicted",
-                "difference", "local RMSE");
+    std::printf("\n  %-13s %12s %12s %12s %12s %10s\n", "response", "analysis", "predicted",
+                "difference", "local RMSE", "density");
     for (std::size_t k = 0; k < num_outputs; ++k) {
       const double predicted = out[k * kNumDesigns + d];
-      std::printf("  %-13s %12.4f %12.4f %12.4f %12.4f\n", names[k].c_str(), analysed[d][k],
-                  predicted, predicted - analysed[d][k], errors[4 * (k * kNumDesigns + d) + 1]);
+      std::printf("  %-13s %12.4f %12.4f %12.4f %12.4f %10.4f\n", names[k].c_str(), analysed[d][k],
+                  predicted, predicted - analysed[d][k], trust[k][kNumDesigns + 4 * d + 1],
+                  trust[k][d]);
     }
   }
 

@@ -1,31 +1,20 @@
-#include "train_polynomial.h"
-
+#include "metamodel/linear_regression.h"
 #include "metamodel/linear_regression_settings.h"
+#include "trained_model.h"
 
 #include <boost/make_shared.hpp>
 
 #include <optional>
+#include <utility>
 
 namespace examples {
 namespace {
 
-using corvath::math::metamodel::IndexVector;
 using corvath::math::metamodel::LinearRegression;
 using corvath::math::metamodel::LinearRegressionSettings;
 using corvath::math::transform::TransformType;
 
 constexpr double kTolerance = 0.002;
-
-struct Data {
-  const Eigen::MatrixXd& points;
-  const Eigen::VectorXd& values;
-  const IndexVector& groups;
-
-  double Determination(const Eigen::VectorXd& predictions) const {
-    const double total = (values.array() - values.mean()).square().sum();
-    return 1.0 - (values - predictions).squaredNorm() / total;
-  }
-};
 
 struct Candidate {
   boost::shared_ptr<LinearRegression> model;
@@ -33,15 +22,15 @@ struct Candidate {
 };
 
 /// Nothing when the points do not suffice for the terms.
-std::optional<Candidate> Fit(const Data& data, const LinearRegressionSettings& settings) {
+std::optional<Candidate> Fit(const TrainingData& data, const LinearRegressionSettings& settings) {
   const auto model = boost::make_shared<LinearRegression>(data.points, data.values);
   model->Initialize(settings);
   if (!model->BuildOptimal(data.groups)) return std::nullopt;
   return Candidate{model, data.Determination(model->ApproximateCrossValidation(data.groups))};
 }
 
-LinearRegressionSettings MakeSettings(const Data& data, std::uint64_t order, bool interactions,
-                                      bool box_cox) {
+LinearRegressionSettings MakeSettings(const TrainingData& data, std::uint64_t order,
+                                      bool interactions, bool box_cox) {
   LinearRegressionSettings settings(static_cast<std::uint64_t>(data.points.cols()));
   settings.SetOrder(order);
   if (order > 1 && !interactions) settings.SetInteractionSelection({});
@@ -56,7 +45,7 @@ LinearRegressionSettings Without(LinearRegressionSettings settings, std::size_t 
   return settings;
 }
 
-Candidate BestForm(const Data& data) {
+Candidate BestForm(const TrainingData& data) {
   std::optional<Candidate> best;
   for (const bool box_cox : {false, true})
     for (const auto& [order, interactions] :
@@ -68,7 +57,7 @@ Candidate BestForm(const Data& data) {
 }
 
 /// Leaves out the least important input as long as that costs less than the tolerance.
-void DropInputs(const Data& data, Candidate& best) {
+void DropInputs(const TrainingData& data, Candidate& best) {
   const double least = best.cop - kTolerance;
   for (;;) {
     std::optional<Candidate> next;
@@ -85,9 +74,7 @@ void DropInputs(const Data& data, Candidate& best) {
 
 }  // namespace
 
-TrainedModel TrainPolynomial(const Eigen::MatrixXd& points, const Eigen::VectorXd& values,
-                             const IndexVector& groups) {
-  const Data data{points, values, groups};
+TrainedModel TrainPolynomial(const TrainingData& data) {
   Candidate best = BestForm(data);
   DropInputs(data, best);
 
@@ -96,15 +83,15 @@ TrainedModel TrainPolynomial(const Eigen::MatrixXd& points, const Eigen::VectorX
   trained.subspace = best.model->GetVariableSelection();
   trained.cop = best.cop;
   trained.cod = data.Determination(best.model->ApproximateSupportPoints());
-  const auto n = static_cast<double>(values.size());
+  const auto n = static_cast<double>(data.values.size());
   const auto p = static_cast<double>(best.model->GetNumberCoefficients());
   trained.cod_adjusted = 1.0 - (n - 1.0) / (n - p) * (1.0 - trained.cod);
-  trained.single_cops = Eigen::VectorXd::Zero(points.cols());
+  trained.single_cops = Eigen::VectorXd::Zero(data.points.cols());
   for (std::size_t i = 0; i < trained.subspace.size(); ++i)
     if (trained.subspace[i])
       trained.single_cops(static_cast<Eigen::Index>(i)) =
           best.cop - Fit(data, Without(best.model->GetSettingsBase(), i))->cop;
-  best.model->BuildErrors(groups);
+  best.model->BuildErrors(data.groups);
   best.model->SetSingleCoPs(trained.single_cops);
   return trained;
 }

@@ -85,6 +85,22 @@ class Zel(unittest.TestCase):
             self.assertGreater(float(record["stress[9]:rmse"]), 0.0)
             self.assertLessEqual(float(record["displacement:local_cop"]), 1.0)
             self.assertIn("stress_limit", record)
+            self.assertEqual(record["stress[8]:rmse"], "nan")  # thin plate splines know no errors
+        # One note for its density, one for its errors; the log's warning only when asked for.
+        self.assertEqual(result.stderr.decode().count("stress[8]"), 2, result.stderr)
+        self.assertIn(b"WARNING", zel("--log", "info", SAMPLE).stderr)
+
+    def test_gradients_of_the_mass_are_the_lengths_of_the_bars(self):
+        result = zel("solve", SAMPLE, "--in", "-", "--gradients", "mass", "--gradients", "stress[7]",
+                     stdin=table(designs(2)))
+        self.assertEqual(result.returncode, 0, result.stderr)
+        for record in csv.DictReader(io.StringIO(result.stdout.decode())):
+            for i, name in enumerate(INPUTS):  # 0.1 lb/in^3, bays of 360 in, four diagonals
+                length = 0.1 * 360.0 * (1.0 if i < 6 else math.sqrt(2.0))
+                self.assertAlmostEqual(float(record[f"mass:d/d {name}"]), length, delta=1e-6)
+            self.assertLess(float(record["stress[7]:d/d area_7"]), 5.0)
+        self.refused(zel("solve", SAMPLE, "--in", "-", "--gradients", "weight",
+                         stdin=table(designs(2))), '"weight"')
 
     def test_values_out_of_bounds_are_named_unless_extrapolated(self):
         rows = designs(5000)

@@ -81,7 +81,12 @@ const std::vector<std::string> kClasses{
     "map from text to uint64",
     "pair of text and uint64",
     "vector of CHierachicalId",
+    "corvath::math::metamodel::OrdinaryKriging",
+    "OrdinaryKrigingSettings",
     "corvath::math::transform::TransBoxCox",
+    "corvath::math::metamodel::MovingLeastSquares",
+    "MovingLeastSquaresSettings",
+    "corvath::math::metamodel::SurrogateTPS",
 };
 
 /// One class record behind a pointer: class id, export key, tracking, class version.
@@ -124,7 +129,10 @@ TEST(ClassRecords, OfTheSampleProjectStandAtTheirPlaces) {
       {"corvath::algorithm::datatypes::AlgorithmInfo::ZELInformation", 9},
       {"corvath::math::metamodel::LinearRegression", 1},
       {"corvath::math::transform::TransMinMax", 0},
-      {"corvath::math::transform::TransBoxCox", 0}};
+      {"corvath::math::metamodel::OrdinaryKriging", 2},
+      {"corvath::math::transform::TransBoxCox", 0},
+      {"corvath::math::metamodel::MovingLeastSquares", 3},
+      {"corvath::math::metamodel::SurrogateTPS", 0}};
   ASSERT_EQ(records.size(), std::size(expected));
   for (std::size_t i = 0; i < records.size(); ++i) {
     EXPECT_EQ(records[i].key, expected[i].first);
