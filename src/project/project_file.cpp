@@ -14,11 +14,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 #include <system_error>
 #include <vector>
@@ -52,11 +49,11 @@ std::unique_ptr<FileLock> TryLock(const fs::path& path, FileLock::Mode mode) {
 class TemporaryFile {
  public:
   explicit TemporaryFile(const fs::path& target) : target_(target) {
-    name_ = target.native() + ".XXXXXX";
-    file_ = ::mkstemp(name_.data());
+    do {
+      name_ = target.native() + fs::unique_path(".%%%%%%%%").native();
+      file_ = ::open(name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFile);
+    } while (file_ < 0 && errno == EEXIST);
     if (file_ < 0) ThrowErrno(target_);
-    ::fcntl(file_, F_SETFD, FD_CLOEXEC);
-    GiveMode();
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -67,8 +64,10 @@ class TemporaryFile {
 
   const std::string& GetName() const { return name_; }
 
-  /// Brings the content to the disk, then puts the file in the target's place.
+  /// Brings the content to the disk, then puts the file in the target's place and under its mode.
   void Commit() {
+    struct stat old {};
+    if (::stat(target_.c_str(), &old) == 0) ::fchmod(file_, old.st_mode & kPermissions);
     if (::fsync(file_) != 0) ThrowErrno(target_);
     if (::rename(name_.c_str(), target_.c_str()) != 0) ThrowErrno(target_);
     renamed_ = true;
@@ -76,20 +75,8 @@ class TemporaryFile {
   }
 
  private:
-  /// mkstemp makes a private file; this one takes the mode of the file that it replaces, or what a
-  /// new file would have.
-  void GiveMode() {
-    struct stat old {};
-    mode_t mode = 0666;
-    if (::stat(target_.c_str(), &old) == 0) {
-      mode = old.st_mode & 07777u;
-    } else {
-      const mode_t mask = ::umask(0);
-      ::umask(mask);
-      mode &= ~mask;
-    }
-    ::fchmod(file_, mode);
-  }
+  static constexpr mode_t kNewFile = 0666;  // less the umask
+  static constexpr mode_t kPermissions = 0777;
 
   /// Brings the new name to the disk. The file itself is safe already: failures do not count.
   void SyncDirectory() const {

@@ -209,14 +209,21 @@ TEST(ProjectFile, SavingKeepsModeAndSymbolicLink) {
   const std::string path = directory.File("p.vrdb");
   const std::string link = directory.File("link");
   WriteFile(path, "old");
-  ::chmod(path.c_str(), 0640);
+  ::chmod(path.c_str(), 0440);
   boost::filesystem::create_symlink("p.vrdb", link);
   SaveProjectFile(VRDB(), link, {/*outer_header=*/false});
   EXPECT_TRUE(boost::filesystem::is_symlink(link));
   struct stat status {};
   ASSERT_EQ(::stat(path.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777u, 0640u);
+  EXPECT_EQ(status.st_mode & 07777u, 0440u);
   EXPECT_EQ(ReadFile(path).substr(0, 3), "KBX");
+
+  const std::string fresh = directory.File("50%.vrdb");
+  const mode_t old_mask = ::umask(027);
+  SaveProjectFile(VRDB(), fresh);
+  ::umask(old_mask);
+  ASSERT_EQ(::stat(fresh.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777u, 0640u);
   EXPECT_EQ(Open(link).GetAlgorithmInfo()->GetType(), 22);
 }
 
