@@ -1,6 +1,7 @@
 #include "project/algorithm_info.h"
 
 #include "metamodel/surrogate.h"
+#include "project/attached_path.h"
 #include "project/optimization_information.h"
 #include "project/reliability_information.h"
 #include "project/systems_information.h"
@@ -493,6 +494,52 @@ TEST(DetailedInformation, RecoversTheDesignsOfModels) {
     expected[5] = Id(100);  // of equal designs the last
     EXPECT_EQ(found.GetSurrogateInfo(name).GetUsedHids(), expected);
   }
+}
+
+TEST(SmallRecords, ReadTheirFirstVersions) {
+  const auto additional = Load<AdditionalDesignContainer>(
+      Save(StandIn<struct AdditionalTag, 0, true>{[](portable_binary_oarchive& ar) {
+        Put(ar, "identifier_", std::wstring(L"extra"));
+        Put(ar, "designs_", DesignManager({Design({}, Id(4))}));
+        Put(ar, "similar_to_system_designs_", true);
+        Put(ar, "design_sets_",
+            std::map<std::wstring, Groups>{{L"s", {{L"g", {IdSet{Id(4)}, eDESIGN_TYPE{2}}}}}});
+        Put(ar, "design_set_position_map_", std::map<std::wstring, std::uint64_t>{{L"s", 1}});
+      }}));
+  EXPECT_EQ(additional.design_sets_.at(L"s")->design_ids_, std::set<DesignId>{Id(4)});
+  EXPECT_EQ(additional.design_set_position_map_.at(L"s"), 1u);
+
+  // Without stored names, those of the map in its order.
+  const auto signal =
+      Load<SignalInfo>(Save(StandIn<struct SignalTag, 0, true>{[](portable_binary_oarchive& ar) {
+        const StandIn<struct PartTag, 0, true> data{[](portable_binary_oarchive& inner) {
+          Put(inner, "data_part_map_",
+              std::map<std::wstring, std::vector<double>>{{L"re", {1.0}}, {L"im", {2.0}}});
+        }};
+        const StandIn<struct ChannelTag, 0, true> channel{[&](portable_binary_oarchive& inner) {
+          Put(inner, "data_info_map_", std::map<std::wstring, decltype(data)>{{L"d", data}});
+        }};
+        Put(ar, "x_data_", std::vector<double>{0.5});
+        Put(ar, "channel_info_map_", std::map<std::wstring, decltype(channel)>{{L"c", channel}});
+      }}));
+  EXPECT_EQ(signal.channel_info_names_, std::list<std::wstring>{L"c"});
+  const DataInfo& data = signal.channel_info_map_.at(L"c").data_info_map_.at(L"d");
+  EXPECT_EQ(data.data_part_names_, (std::list<std::wstring>{L"im", L"re"}));
+  EXPECT_EQ(data.data_part_map_.at(L"re"), std::vector<double>{1.0});
+
+  const auto path = [](auto version) {
+    return Load<VRDBAttachedPath>(Save(
+        StandIn<struct PathTag, decltype(version)::value, true>{[](portable_binary_oarchive& ar) {
+          Put(ar, "path_", boost::filesystem::path("p"));
+          Put(ar, "title_", std::wstring(L"t"));
+          Put(ar, "isPathFix_", true);
+          if (decltype(version)::value >= 1) Put(ar, "arguments_", std::wstring(L"a"));
+        }}));
+  };
+  EXPECT_EQ(path(std::integral_constant<int, 0>()).arguments_, L"");
+  EXPECT_EQ(path(std::integral_constant<int, 1>()).arguments_, L"a");
+  EXPECT_TRUE(path(std::integral_constant<int, 1>()).autoInsertPlaceholders_);
+  EXPECT_TRUE(path(std::integral_constant<int, 0>()).isPathFix_);
 }
 
 }  // namespace
