@@ -322,16 +322,33 @@ TEST_F(SupportData, ComesBackFromTheDesigns) {
 }
 
 TEST_F(SupportData, TakesTheValuesThemselvesOverRandomInputs) {
-  ParameterManager random;
-  Parameter width(L"width");
+  // A set of random variables would put the mixed parameter first; the manager has it last, the
+  // designs and the model in the middle of orders of their own.
   RandomProperties normal;
   normal.SetKind(1);
   normal.SetMoments({2.0, 1.0});
-  width.SetRandomProperties(normal);
-  random.AddParameter(width);
-  AddModel(SurrogateInfo(L"mass"), {2, 3}, {L"width"});
-  infos.RestoreSupportData(designs, random, false);
-  EXPECT_EQ(Model(L"mass").GetPoints(), Eigen::MatrixXd(Eigen::Vector2d(2.5, 3.5)));
+  ParameterManager random;
+  for (const wchar_t* name : {L"width", L"load", L"height"}) {
+    Parameter parameter(name);
+    parameter.SetRandomProperties(normal);
+    if (parameter.GetName() == L"height")
+      parameter.SetDeterministicProperty(DeterministicProperties::Continuous(0.0, 10.0));
+    random.AddParameter(parameter);
+  }
+  DesignManager scattered;
+  for (const std::uint64_t id : {1, 2, 3}) {
+    const double x = static_cast<double>(id);
+    Design design({{L"load", CDesignEntry(10.0 + x)},
+                   {L"height", CDesignEntry(20.0 + x)},
+                   {L"width", CDesignEntry(30.0 + x)}},
+                  DesignId(id));
+    design.GetResponses().Append(L"mass", CDesignEntry(x));
+    scattered.Add(design);
+  }
+  AddModel(SurrogateInfo(L"mass"), {2, 3}, {L"width", L"height", L"load"});
+  infos.RestoreSupportData(scattered, random, false);
+  EXPECT_EQ(Model(L"mass").GetPoints(),
+            (Eigen::MatrixXd(2, 3) << 32, 22, 12, 33, 23, 13).finished());
 }
 
 TEST_F(SupportData, StaysWhereTheDesignsAreNotKnown) {
