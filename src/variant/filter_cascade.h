@@ -1,0 +1,57 @@
+#pragma once
+
+#include "variant/variant.h"
+
+#include <complex>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace corvath::math {
+
+/// What stood in front of the first sample, at the input and the output of each section.
+enum StartCondition : std::int32_t {
+  kStartZero = 0,
+  kStartConstant = 1,  ///< the first sample
+};
+
+/// Recursive filter as a cascade of sections, each
+///
+///     y[k] = b0 w[k] + sum_j (b_j w[k-j] - a_j y[k-j])
+///
+/// whose output is the next one's input. Instantiated for double and std::complex<double>.
+template <class Number>
+class FilterCascade {
+ public:
+  /// @param numerators, denominators  sections x 3 or sections x 5, column j for z^-j; a section is
+  ///        divided by its denominators' first entry. Of complex entries FilterCascade<double> takes
+  ///        the real parts.
+  /// @throws CTypeException  shapes differ or are none of these
+  FilterCascade(const Value::Matrix& numerators, const Value::Matrix& denominators);
+
+  /// Filters `count` samples in place. Takes O(count sections) time and no memory that grows with
+  /// count.
+  /// @param start  a StartCondition
+  /// @throws CFilterException  `start` is none
+  void Run(Number* samples, std::size_t count, int start) const;
+
+ private:
+  template <std::size_t kColumns>
+  void RunSections(Number* samples, std::size_t count, Number before) const;
+
+  std::size_t columns_;
+  std::size_t sections_;
+  std::vector<Number> b_;  ///< sections x columns
+  std::vector<Number> a_;  ///< sections x columns
+};
+
+namespace functions {
+
+/// One forward run of the cascade of two MATRIX, each channel of the real signal for itself, on its
+/// timeline and in its kind. Complex coefficients give a complex signal.
+/// @param start  a StartCondition
+void filter(Value& result, const Value& signal, const Value& numerators, const Value& denominators,
+            int start);
+
+}  // namespace functions
+}  // namespace corvath::math
