@@ -29,7 +29,7 @@ using IterationMap = std::map<DesignId, std::pair<std::uint64_t, eALGOINFO_DESIG
 /// numbers becomes an empty list.
 CvIndexes ToCvIndexes(const EntrySequence& entries);
 
-/// Named groups as the specification of a design set. `groups` is a GroupMap of any set.
+/// Named groups as the roles in a design set. `groups` is a GroupMap of any set.
 template <class IdSet>
 std::multimap<eDESIGN_TYPE, DesignGroup> ToSpecifications(const GroupMap<IdSet>& groups) {
   std::multimap<eDESIGN_TYPE, DesignGroup> result;
