@@ -22,3 +22,9 @@ build/release/examples/compare_tenbar "$sample"
 echo
 echo "\$ zel solve $sample --in examples/points.csv --density"
 "$zel" solve "$sample" --in examples/points.csv --density
+
+random=examples/zel_tenbar_random.vrdb
+echo
+echo "The same truss with random modulus, loads and areas"
+echo "\$ zel info $random"
+"$zel" info "$random" | sed -n '1,/^Responses/p' | sed '$d'

@@ -1,11 +1,14 @@
 #include "api/call_frame.h"
 #include "commands.h"
+#include "design/parameter_manager.h"
+#include "design/random_conversion.h"
 #include "foundation/text.h"
 #include "metamodel/surrogate.h"
 #include "metamodel/surrogate_info_container.h"
 #include "project.h"
 #include "solver/zel_solver.h"
 #include "standard_output.h"
+#include "stochastics/random_variable.h"
 #include "text_table.h"
 
 #include <algorithm>
@@ -65,7 +68,8 @@ void PrintInputs(const Project& project, std::ostream& out) {
   table.Print(out, "  ");
 }
 
-void PrintOutputs(const Project& project, const std::string& hash, std::ostream& out) {
+/// @return the descriptions of the models
+TextTable PrintOutputs(const Project& project, const std::string& hash, std::ostream& out) {
   const auto solver = corvath::zel::api::ProvideSolver(project.GetFile().c_str(),
                                                        hash.empty() ? nullptr : hash.c_str());
   TextTable table;
@@ -88,8 +92,52 @@ void PrintOutputs(const Project& project, const std::string& hash, std::ostream&
   out << "\nResponses (" << project.GetOutputs().size()
       << "), with the coefficient of prognosis (CoP) of the model\n";
   table.Print(out, "  ");
-  out << "\nModels in full\n";
-  descriptions.Print(out, "  ");
+  return descriptions;
+}
+
+/// "mu 12, s 0.6": names of numbers with the numbers.
+std::string Listed(const std::vector<std::wstring>& names, const Eigen::VectorXd& values) {
+  std::string text;
+  for (std::size_t i = 0; i < names.size() && static_cast<Eigen::Index>(i) < values.size(); ++i)
+    text += (text.empty() ? "" : ", ") + ToUtf8(names[i]) + ' ' +
+            Short(values(static_cast<Eigen::Index>(i)));
+  return text;
+}
+
+/// The distributions of random inputs and their correlations.
+void PrintDistributions(const Project& project, const std::string& hash, std::ostream& out) {
+  const auto solver = corvath::zel::api::ProvideSolver(project.GetFile().c_str(),
+                                                       hash.empty() ? nullptr : hash.c_str());
+  const auto& manager = solver->GetProject().GetParameterManager();
+  TextTable table;
+  for (const char* title : {"name", "distribution", "parameters", "moments"})
+    table.AddColumn(title, TextTable::Align::kLeft);
+  bool any = false;
+  for (const std::string& name : project.GetInputs()) {
+    const auto* const parameter = manager.FindParameter(FromUtf8(name));
+    if (parameter == nullptr || !parameter->HasRandom()) continue;
+    any = true;
+    try {
+      const auto variable = corvath::algorithm::datatypes::ParameterToRV(*parameter);
+      table.AddRow({name, ToUtf8(variable->GetTypeName()),
+                    Listed(variable->GetParameterNames(), variable->GetParameters()),
+                    Listed(variable->GetMomentNames(), variable->GetStats())});
+    } catch (const std::exception& error) {
+      table.AddRow({name, error.what(), "-", "-"});
+    }
+  }
+  if (!any) return;
+  out << "\nDistributions of the inputs\n";
+  table.Print(out, "  ");
+  if (manager.GetCoherences().IsEmpty()) return;
+  out << "\nCorrelations\n";
+  TextTable correlations;
+  correlations.AddColumn("inputs", TextTable::Align::kLeft);
+  correlations.AddColumn("coefficient", TextTable::Align::kRight);
+  for (const auto& [pair, coefficient] : manager.GetCoherences().GetEntries())
+    correlations.AddRow(
+        {ToUtf8(pair.GetFirst()) + ", " + ToUtf8(pair.GetSecond()), Short(coefficient)});
+  correlations.Print(out, "  ");
 }
 
 void PrintCriteria(const Project& project, const std::string& hash, std::ostream& out) {
@@ -115,8 +163,11 @@ void RunInfo(const std::string& file, const std::string& hash) {
   const Project project(file, hash);
   std::ostringstream text;
   PrintInputs(project, text);
-  PrintOutputs(project, hash, text);
+  PrintDistributions(project, hash, text);
+  const TextTable descriptions = PrintOutputs(project, hash, text);
   PrintCriteria(project, hash, text);
+  text << "\nModels in full\n";
+  descriptions.Print(text, "  ");
   PrintResult(text.str());
 }
 

@@ -12,8 +12,9 @@ class Refusal : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Prints inputs with bounds and reference values, responses with CoP, model and used inputs, and
-/// criteria of the project `file`.
+/// Prints what the project `file` holds: inputs with bounds, reference values and, where they are
+/// random, distributions and correlations; responses with CoP, model and used inputs; criteria;
+/// descriptions of the models.
 void RunInfo(const std::string& file, const std::string& hash);
 
 struct SolveOptions {

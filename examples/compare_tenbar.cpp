@@ -38,7 +38,7 @@ std::vector<std::string> OutputNames(const char* path) {
 std::vector<double> Analyse(const Eigen::RowVectorXd& areas) {
   std::array<double, examples::kNumBars> bars{};
   for (int i = 0; i < examples::kNumBars; ++i) bars[static_cast<std::size_t>(i)] = areas(i);
-  const auto truss = examples::AnalyseTenBarTruss(bars);
+  const auto truss = examples::AnalyseTenBarTruss({bars});
   std::vector<double> outputs{truss.mass, truss.displacement};
   outputs.insert(outputs.end(), truss.stresses.begin(), truss.stresses.end());
   return outputs;

@@ -10,9 +10,7 @@ namespace examples {
 namespace {
 
 constexpr double kBay = 360.0;    // in
-constexpr double kModulus = 1e4;  // ksi
 constexpr double kDensity = 0.1;  // lb / in^3
-constexpr double kLoad = 100.0;   // kips
 constexpr int kNumFreeNodes = 4;  // the last two nodes are supports
 constexpr int kNumFree = 2 * kNumFreeNodes;
 
@@ -43,27 +41,30 @@ Bar MakeBar(int index) {
 
 }  // namespace
 
-TrussResponse AnalyseTenBarTruss(const std::array<double, kNumBars>& areas) {
+TrussResponse AnalyseTenBarTruss(const Truss& truss) {
+  if (!(truss.modulus > 0.0))
+    throw std::domain_error("AnalyseTenBarTruss: the modulus is not positive.");
   TrussResponse response{};
   Eigen::Matrix<double, kNumFree, kNumFree> stiffness;
   stiffness.setZero();
   for (int i = 0; i < kNumBars; ++i) {
-    const double area = areas[static_cast<std::size_t>(i)];
+    const double area = truss.areas[static_cast<std::size_t>(i)];
     if (!(area > 0.0))
       throw std::domain_error("AnalyseTenBarTruss: the area of bar " + std::to_string(i + 1) +
                               " is not positive.");
     const Bar bar = MakeBar(i);
     response.mass += kDensity * area * bar.length;
-    stiffness += kModulus * area / bar.length * bar.elongation * bar.elongation.transpose();
+    stiffness += truss.modulus * area / bar.length * bar.elongation * bar.elongation.transpose();
   }
   Eigen::Matrix<double, kNumFree, 1> loads = Eigen::Matrix<double, kNumFree, 1>::Zero();
-  for (const int node : kLoadedNodes) loads(2 * node + 1) = -kLoad;
+  for (std::size_t i = 0; i < truss.loads.size(); ++i)
+    loads(2 * kLoadedNodes[i] + 1) = -truss.loads[i];
   const Eigen::Matrix<double, kNumFree, 1> displacements = stiffness.ldlt().solve(loads);
   response.displacement = displacements.cwiseAbs().maxCoeff();
   for (int i = 0; i < kNumBars; ++i) {
     const Bar bar = MakeBar(i);
     response.stresses[static_cast<std::size_t>(i)] =
-        kModulus * bar.elongation.dot(displacements) / bar.length;
+        truss.modulus * bar.elongation.dot(displacements) / bar.length;
   }
   return response;
 }

@@ -197,6 +197,17 @@ class Zel(unittest.TestCase):
         for word in INPUTS + OUTPUTS + ["stress_limit", "Linear Regression"]:
             self.assertIn(word, text)
 
+    def test_info_shows_distributions_and_correlations_of_random_inputs(self):
+        random = str(pathlib.Path(SAMPLE).parent / "zel_tenbar_random.vrdb")
+        lines = zel("info", random).stdout.decode().splitlines()
+
+        def line(name, word):
+            return next(text for text in lines if text.strip().startswith(name) and word in text)
+
+        self.assertIn("100", line("load_outer", "GUMBEL"))
+        self.assertIn("Upper bound b 13.5", line("area_7", "TRUNCATEDNORMAL"))
+        self.assertIn("0.6", line("load_outer, load_inner", "0.6"))
+
     def test_missing_and_damaged_projects_are_refused(self):
         none = str(self.path / "none.vrdb")
         self.refused(zel("info", none), f"zel: {none}: No such file")

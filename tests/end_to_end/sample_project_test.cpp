@@ -107,6 +107,37 @@ TEST(SampleProject, PredictsTheMassExactly) {
   dzel2_cleanup();
 }
 
+TEST(SampleProject, RandomInputsKeepTheirNamesAndColumns) {
+  // The models' columns stand in the order of the random variables (the mixed parameters first), the
+  // inputs in that of the parameters.
+  const char* const path = TEST_SAMPLE_RANDOM;
+  char* names = nullptr;
+  ASSERT_EQ(dzel2_getNamesWithDelimiter(path, ZEL_INPUTS, &names, ","), ZEL_OK)
+      << dzel2_getLastError();
+  EXPECT_STREQ(names, "modulus,load_outer,load_inner,area_1,area_3,area_7");
+  dzel2_free(names);
+  double bounds[2];
+  ASSERT_EQ(dzel2_getInputBoundsPerParameter(path, "modulus", bounds), ZEL_OK);
+  EXPECT_GT(bounds[0], 8000.0);
+  ASSERT_EQ(dzel2_getInputBoundsPerParameter(path, "area_7", bounds), ZEL_OK);
+  EXPECT_TRUE(bounds[0] > 10.5 && bounds[1] < 13.5) << bounds[0] << ' ' << bounds[1];
+  // All other areas are 12 in^2: six bars of 360 in, four of 360 sqrt(2) in, 0.1 lb/in^3.
+  const double inputs[] = {9500.0, 110.0, 95.0, 11.0, 13.0, 12.5};
+  const double mass = 36.0 * (11.0 + 13.0 + 4 * 12.0 + std::sqrt(2.0) * (12.5 + 3 * 12.0));
+  std::vector<double> out(kNumOutputs);
+  ASSERT_EQ(dzel2_solve(path, 1, inputs, 6, ZEL_SOLVE_RESPONSES, out.data(), kNumOutputs), ZEL_OK)
+      << dzel2_getLastError();
+  EXPECT_NEAR(out[0], mass, 1e-9 * mass);
+  std::vector<double> gradients(6);
+  ASSERT_EQ(dzel2_get_per_response(path, 1, inputs, 6, "mass", ZEL_RESPONSE_GRADIENTS,
+                                   gradients.data(), 6),
+            ZEL_OK);
+  EXPECT_EQ(gradients[0], 0.0);
+  EXPECT_NEAR(gradients[3], 36.0, 1e-6);
+  EXPECT_NEAR(gradients[5], 36.0 * std::sqrt(2.0), 1e-6);
+  dzel2_cleanup();
+}
+
 TEST(SampleProject, CutAnywhereItIsRefused) {
   const std::string whole = Sample();
   DamagedFile file;

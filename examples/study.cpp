@@ -1,0 +1,117 @@
+#include "study.h"
+
+#include "design/criterion.h"
+#include "design/design_manager.h"
+#include "metamodel/surrogate_info.h"
+#include "metamodel/surrogate_info_container.h"
+#include "project/algorithm_info.h"
+#include "project/zel_information.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace examples {
+namespace {
+
+using namespace corvath::algorithm::datatypes;
+using corvath::math::Variant;
+using corvath::math::metamodel::AppraisalData;
+using corvath::math::metamodel::IndexVector;
+
+constexpr std::uint64_t kNumGroups = 10;
+
+CriterionSequence MakeCriteria() {
+  CriterionSequence criteria;
+  const auto add = [&](const wchar_t* name, Criterion::eType type, const wchar_t* lhs,
+                       const wchar_t* rhs) { criteria.Append(name, Criterion(type, lhs, rhs)); };
+  add(L"obj_mass", CriterionDescription::RHS, L"", L"mass");
+  add(L"stress_limit", CriterionDescription::LIMIT_LHS_BELOW_RHS, L"max(abs(stress))", L"25");
+  add(L"displacement_limit", CriterionDescription::LIMIT_LHS_BELOW_RHS, L"displacement", L"2");
+  add(L"cost", CriterionDescription::RHS_ANY, L"", L"0.8*mass+150*displacement");
+  add(L"cost_per_mass", CriterionDescription::RHS_ANY, L"", L"cost/obj_mass");
+  return criteria;
+}
+
+/// Groups of nearly equal size, in the random order that the sample already has.
+IndexVector MakeGroups(Eigen::Index n) {
+  IndexVector groups(n);
+  for (Eigen::Index i = 0; i < n; ++i) groups(i) = static_cast<std::uint64_t>(i) % kNumGroups;
+  return groups;
+}
+
+/// The record of a trained model.
+SurrogateInfo Complete(SurrogateInfo info, const Study& study, const TrainedModel& trained) {
+  AppraisalData figures;
+  figures.SetCoP(trained.cop);
+  figures.SetCoD(trained.cod, trained.cod_adjusted);
+  Eigen::VectorXd single = trained.single_cops;
+  for (Eigen::Index i = 0; i < single.size(); ++i)  // an input that is left out has none
+    if (!trained.subspace[static_cast<std::size_t>(i)]) single(i) = std::nan("");
+  figures.SetSingleCoPs(single);
+  info.SetParameters(study.inputs, trained.subspace);
+  info.SetAppraisalData(figures);
+  info.SetSurrogate(trained.model);
+  std::vector<DesignId> used;
+  for (const Design& design : study.project.GetDesignContainer().GetDesigns())
+    used.push_back(design.GetId());
+  info.SetUsedHids(std::move(used));
+  return info;
+}
+
+}  // namespace
+
+Study NewStudy(std::int32_t sampling_type) {
+  Study study;
+  study.project.GetAlgorithmInfo()->SetType(AlgorithmInfo::kZEL);
+  study.project.GetAlgorithmInfo()->GetZELInformation()->SetSamplingType(sampling_type);
+  study.project.GetCriteria() = MakeCriteria();
+  return study;
+}
+
+Design AnalyseDesign(const std::vector<std::pair<std::wstring, double>>& parameters,
+                     const Truss& truss, std::uint64_t id) {
+  EntrySequence entries;
+  for (const auto& [name, value] : parameters) entries.Append(name, CDesignEntry(value));
+  const TrussResponse response = AnalyseTenBarTruss(truss);
+  Variant<double>::Vector stress(kNumBars);
+  std::copy(response.stresses.begin(), response.stresses.end(), stress.begin());
+  EntrySequence responses;
+  responses.Append(L"mass", CDesignEntry(response.mass));
+  responses.Append(L"displacement", CDesignEntry(response.displacement));
+  responses.Append(L"stress", CDesignEntry(Variant<double>(std::move(stress))));
+  Design design(std::move(entries), DesignId(id));
+  design.SetResponses(std::move(responses));
+  design.SetCriteria(MakeCriteria());
+  design.SetRunState(Design::FINISHED);
+  return design;
+}
+
+void AddModels(Study& study,
+               const std::function<TrainedModel(const std::wstring&, const TrainingData&)>& train) {
+  auto& zel = *study.project.GetAlgorithmInfo()->GetZELInformation();
+  const DesignManager& designs = study.project.GetDesignContainer();
+  const auto widths = designs.GetModelResponseWidths();
+  const auto names = DesignManager::GetResponseNames(widths);
+  const Eigen::MatrixXd responses = designs.GetResponseMatrix(widths);
+  const IndexVector groups = MakeGroups(study.points.rows());
+  for (const auto& [response, width] : widths) {
+    zel.response_to_cv_mapping_[response] = response;
+    zel.cv_indexes_[response].assign(groups.begin(), groups.end());
+    for (std::int64_t element = 0; element < std::max<std::int64_t>(width, 1); ++element) {
+      SurrogateInfo info = width == 0
+                               ? SurrogateInfo(response)
+                               : SurrogateInfo(response, static_cast<std::uint64_t>(element));
+      const auto column = std::find(names.begin(), names.end(), info.GetFullName()) - names.begin();
+      const Eigen::VectorXd values = responses.col(column);
+      const TrainedModel trained = train(info.GetFullName(), {study.points, values, groups});
+      zel.surrogate_infos_.AddOrReplace(Complete(std::move(info), study, trained));
+    }
+  }
+  zel.num_samples_ = static_cast<std::uint64_t>(study.points.rows());
+  zel.parameter_names_ = study.inputs;
+  for (Eigen::Index i = 0; i < study.points.cols(); ++i)
+    zel.sampling_limits_.emplace_back(study.points.col(i).minCoeff(),
+                                      study.points.col(i).maxCoeff());
+}
+
+}  // namespace examples
