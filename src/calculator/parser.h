@@ -9,7 +9,7 @@
 namespace corvath::calculator {
 
 /// Longest text that is parsed, in characters: its tree takes some 250 bytes for each of them.
-constexpr std::size_t kMaxTextLength = std::size_t{1} << 22;
+constexpr std::size_t kMaxTextLength = std::size_t{1} << 21;
 /// Deepest nesting of rules inside each other; a pair of parentheses takes two levels.
 constexpr int kMaxNesting = 1000;
 

@@ -1,0 +1,250 @@
+#include "calculator/criteria_evaluation.h"
+
+#include "calculator/dependencies.h"
+#include "calculator/evaluator.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+namespace corvath::calculator {
+
+namespace {
+
+using algorithm::datatypes::CDesignEntry;
+using algorithm::datatypes::Criterion;
+using algorithm::datatypes::Design;
+using algorithm::datatypes::EntrySequence;
+using algorithm::datatypes::RunInfoMeta;
+using math::Value;
+
+void Report(Design& design, RunInfoMeta::eRunInfo code, const std::wstring& name,
+            const std::wstring& message) {
+  design.GetStatus().Add(RunInfoMeta(code, L"", name, {message}));
+}
+
+template <class Inputs>
+bool SameNames(const Inputs& inputs, const EntrySequence& entries) {
+  return std::equal(inputs.begin(), inputs.end(), entries.begin(), entries.end(),
+                    [](const auto& input, const auto& entry) { return input.name == entry.first; });
+}
+
+bool HasText(const EntrySequence& entries) {
+  return std::any_of(entries.begin(), entries.end(), [](const auto& entry) {
+    return entry.second.template Peek<std::wstring>() != nullptr;
+  });
+}
+
+}  // namespace
+
+CriteriaEvaluation::CriteriaEvaluation(CriteriaOptions options,
+                                       const CalculatorTypeTraits::Macros& macros)
+    : options_(options) {
+  calculator_.AddMacros(macros);
+  macros_ = calculator_.GetMacros();
+}
+
+void CriteriaEvaluation::Calculate(Design& design) {
+  if (!IsPlanFor(design)) return MakePlan(design);
+  SetInputs(plan_.parameters, design.GetParameters(), design);
+  CheckResponses(design);
+  SetInputs(plan_.responses, design.GetResponses(), design);
+  for (const Step& step : plan_.steps) Run(step, design);
+}
+
+bool CriteriaEvaluation::IsPlanFor(const Design& design) const {
+  const auto& criteria = design.GetCriteria();
+  return plan_.reusable && SameNames(plan_.parameters, design.GetParameters()) &&
+         SameNames(plan_.responses, design.GetResponses()) && !HasText(design.GetParameters()) &&
+         !HasText(design.GetResponses()) &&
+         std::equal(criteria.begin(), criteria.end(), plan_.criteria.begin(), plan_.criteria.end(),
+                    [](const auto& criterion, const auto& known) {
+                      return criterion.first == known.first &&
+                             criterion.second.GetDescription() == known.second;
+                    });
+}
+
+/// Evaluates the design step by step, each step worked out when it is due: a criterion that has its
+/// value is a plain object for those behind it.
+void CriteriaEvaluation::MakePlan(Design& design) {
+  Workspace& workspace = calculator_.GetWorkspace();
+  plan_ = Plan();
+  workspace.objects.Forget();
+  workspace.assigned_entries = 0;
+  workspace.macros = macros_;
+  for (const auto& [name, entry] : design.GetParameters())
+    plan_.parameters.push_back(PrepareInput(name, entry));
+  for (const auto& [name, entry] : design.GetResponses())
+    plan_.responses.push_back(PrepareInput(name, entry));
+  SetInputs(plan_.parameters, design.GetParameters(), design);
+  CheckResponses(design);
+  SetInputs(plan_.responses, design.GetResponses(), design);
+
+  for (const auto& [name, criterion] : design.GetCriteria())
+    plan_.criteria.emplace_back(name, criterion.GetDescription());
+  for (const std::wstring& name : FindOrder(design)) {
+    const std::size_t position = design.GetCriteria().FindPosition(name);
+    if (position == algorithm::datatypes::CriterionSequence::npos) continue;
+    const Criterion& criterion = design.GetCriteria()[position].second;
+    Object& object = workspace.objects[name];
+    const ObjectState state = ObjectTable::GetState(object);
+    const bool settable =
+        state == kDefined || (state == kUnknown && calculator_.IsValidIdentifier(name, true));
+    plan_.steps.push_back({position, &object, settable, PrepareSide(criterion.GetLhs()),
+                           PrepareSide(criterion.GetRhs())});
+    Run(plan_.steps.back(), design);
+  }
+  plan_.reusable = !workspace.texts.MayDefine() && ReadsOnlyFinished() &&
+                   !HasText(design.GetParameters()) && !HasText(design.GetResponses());
+}
+
+/// Makes each criterion an object of its expression, and lists the criteria and what they depend
+/// on, dependencies first.
+std::vector<std::wstring> CriteriaEvaluation::FindOrder(const Design& design) {
+  std::vector<std::wstring> order;
+  std::set<std::wstring> listed;
+  const auto append = [&](const std::wstring& name) {
+    if (listed.insert(name).second) order.push_back(name);
+  };
+  for (const auto& [name, criterion] : design.GetCriteria()) {
+    try {
+      const std::wstring expression = criterion.GetExpression();
+      for (const std::wstring& dependency : calculator_.GetDependencies(expression))
+        append(dependency);
+      append(name);
+      calculator_.SetObject(name, expression, Value());
+    } catch (const std::exception&) {
+      append(name);  // what is wrong shows when its sides are evaluated
+    }
+  }
+  return order;
+}
+
+CriteriaEvaluation::Side CriteriaEvaluation::PrepareSide(const std::wstring& text) {
+  Side side;
+  if (text.empty()) return side;
+  Workspace& workspace = calculator_.GetWorkspace();
+  try {
+    const ParsedText& parsed = workspace.texts.Parse(text);
+    if (!HasCircularDependency(workspace, parsed)) side.text = &parsed;
+  } catch (const std::exception& error) {
+    side.problem = utils::MessageOf(error);
+  }
+  return side;
+}
+
+/// Whether no step reads a criterion that comes later, nor the expression of one.
+bool CriteriaEvaluation::ReadsOnlyFinished() const {
+  std::map<const Object*, std::size_t> due;  // number of the step that gives an object its value
+  for (std::size_t i = 0; i < plan_.steps.size(); ++i)
+    if (plan_.steps[i].settable) due[plan_.steps[i].object] = i;
+  const auto is_finished = [&](const Side& side, std::size_t step) {
+    if (!side.text) return true;
+    for (ParsedText::Index node = 0; node <= side.text->GetRoot(); ++node) {
+      if (side.text->GetRule(node) != Rule::kObject) continue;
+      const auto found = due.find(&side.text->GetObject(node));
+      if (found != due.end() && found->second >= step) return false;
+    }
+    return true;
+  };
+  for (std::size_t i = 0; i < plan_.steps.size(); ++i)
+    if (!is_finished(plan_.steps[i].lhs, i) || !is_finished(plan_.steps[i].rhs, i)) return false;
+  return true;
+}
+
+CriteriaEvaluation::Input CriteriaEvaluation::PrepareInput(const std::wstring& name,
+                                                           const CDesignEntry& entry) {
+  Input input{name, &calculator_.GetWorkspace().objects[name], L""};
+  try {
+    calculator_.SetObject(name, L"", entry.GetVariant());
+  } catch (const std::exception& error) {
+    input.problem = L"Cannot use object for calculations: " + utils::MessageOf(error);
+  }
+  return input;
+}
+
+void CriteriaEvaluation::SetInputs(const std::vector<Input>& inputs, const Entries& entries,
+                                   Design& design) {
+  for (std::size_t i = 0; i < inputs.size(); ++i) {
+    const Input& input = inputs[i];
+    if (!input.problem.empty())
+      Report(design, RunInfoMeta::UNUSABLE_RESPONSE, input.name, input.problem);
+    else if (const double* number = entries[i].second.Peek<double>())
+      input.object->value = Value(*number);
+    else
+      input.object->value = entries[i].second.GetVariant();
+  }
+}
+
+void CriteriaEvaluation::CheckResponses(Design& design) const {
+  if (options_.allow_invalid_responses) return;
+  for (const auto& [name, entry] : design.GetResponses()) {
+    const auto* variant = entry.Peek<Value>();
+    const double* number = entry.Peek<double>();
+    const bool is_nan =
+        number ? std::isnan(*number)
+               : variant && variant->IsScalar() && std::isnan(variant->GetScalar().real());
+    if (entry.IsUninitialized())
+      Report(design, RunInfoMeta::UNUSABLE_RESPONSE, name, L"\"" + name + L"\" is uninitialized");
+    else if (is_nan)
+      Report(design, RunInfoMeta::UNUSABLE_RESPONSE, name, L"\"" + name + L"\" is not a number");
+  }
+}
+
+void CriteriaEvaluation::Run(const Step& step, Design& design) {
+  auto& [name, criterion] = design.GetCriteria()[step.position];
+  if (criterion.NeedsEvaluation()) {
+    Value last;
+    const auto evaluate = [&](const Side& side) {
+      if (!EvaluateSide(side, name, design, last)) return CDesignEntry();
+      const bool keep = options_.allow_all_kinds || last.IsScalar() ||
+                        criterion.GetType() == algorithm::datatypes::CriterionDescription::RHS_ANY;
+      return keep ? CDesignEntry(last) : CDesignEntry();
+    };
+    const CDesignEntry lhs = evaluate(step.lhs);
+    const CDesignEntry rhs = evaluate(step.rhs);
+    try {
+      criterion.SetValues(lhs, rhs, CDesignEntry(last), true);
+    } catch (const std::exception& error) {
+      Report(design, RunInfoMeta::CRITERION_VALUE_FAILED, name,
+             name + L": " + utils::MessageOf(error));
+      if (options_.keep_partial_values)
+        criterion.SetValues(lhs, rhs, CDesignEntry(last), false);
+      else
+        criterion.Invalidate();
+    }
+  }
+  // Criteria behind this one read the number and do not evaluate the expression again.
+  if (!step.settable) return;
+  const Value* value = criterion.GetValue().Peek<Value>();
+  calculator_.GetWorkspace().objects.Define(*step.object, L"",
+                                            value ? *value : criterion.GetValue().ToVariant());
+}
+
+/// False if the side has no value.
+bool CriteriaEvaluation::EvaluateSide(const Side& side, const std::wstring& name, Design& design,
+                                      Value& value) {
+  std::wstring problem = side.problem;
+  if (side.text) {
+    try {
+      Value result;
+      Evaluator(calculator_.GetWorkspace()).Evaluate(*side.text, result);
+      value = std::move(result);
+      return true;
+    } catch (const std::exception& error) {
+      problem = utils::MessageOf(error);
+    }
+  }
+  if (!problem.empty())
+    Report(design, RunInfoMeta::CRITERION_SIDE_FAILED, name, name + L": " + problem);
+  return false;
+}
+
+Design CalculateCriteria(const Design& design, CriteriaOptions options,
+                         const CalculatorTypeTraits::Macros& macros) {
+  Design result = design;
+  CriteriaEvaluation(options, macros).Calculate(result);
+  return result;
+}
+
+}  // namespace corvath::calculator

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "calculator/calculator.h"
+#include "calculator/workspace.h"
+#include "design/design.h"
+
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace corvath::calculator {
+
+/// What an evaluation of criteria lets pass.
+struct CriteriaOptions {
+  /// Sides of every kind have values, not those of SCALAR kind alone. (The type RHS_ANY takes every
+  /// kind in any case.)
+  bool allow_all_kinds = false;
+  /// Responses without a value or NaN are no problem.
+  bool allow_invalid_responses = false;
+  /// A criterion whose sides do not combine keeps the values that it has.
+  bool keep_partial_values = false;
+};
+
+/// Evaluates the criteria of designs, one after the other, with one calculator: each text is parsed
+/// once, and what the texts of one design define does not show in the next.
+///
+/// A design's parameters and responses are objects under their names; so are its criteria, with
+/// their expressions, and later with their values. What a criterion depends on is evaluated before
+/// it. A side that takes part in a cycle has no value.
+///
+/// The plan (order, trees, cycles) of one design serves the following ones while they hold the same
+/// names and criteria and no text defines anything.
+class CriteriaEvaluation {
+ public:
+  using Design = algorithm::datatypes::Design;
+  using Criterion = algorithm::datatypes::Criterion;
+  using CDesignEntry = algorithm::datatypes::CDesignEntry;
+
+  explicit CriteriaEvaluation(CriteriaOptions options = {},
+                              const CalculatorTypeTraits::Macros& macros = {});
+
+  /// Evaluates the criteria that ask for it. Problems are added to the status of the design, and
+  /// each concerns one response or criterion alone: 103 for a value that cannot be used, 209 for a
+  /// side that fails, 210 for sides that do not combine.
+  void Calculate(Design& design);
+
+ private:
+  using Entries = algorithm::datatypes::EntrySequence;
+
+  /// A parameter or response.
+  struct Input {
+    std::wstring name;
+    Object* object;
+    std::wstring problem;  ///< why it cannot be an object; empty if it can
+  };
+  struct Side {
+    const ParsedText* text = nullptr;  ///< null: nothing to evaluate
+    std::wstring problem;              ///< why it cannot be evaluated
+  };
+  /// A criterion in the order of evaluation.
+  struct Step {
+    std::size_t position;
+    Object* object;
+    bool settable;  ///< others may read its value by its name
+    Side lhs;
+    Side rhs;
+  };
+  struct Plan {
+    bool reusable = false;
+    std::vector<Input> parameters;
+    std::vector<Input> responses;
+    std::vector<std::pair<std::wstring, algorithm::datatypes::CriterionDescription>> criteria;
+    std::vector<Step> steps;
+  };
+
+  bool IsPlanFor(const Design& design) const;
+  void MakePlan(Design& design);
+  std::vector<std::wstring> FindOrder(const Design& design);
+  Side PrepareSide(const std::wstring& text);
+  bool ReadsOnlyFinished() const;
+  Input PrepareInput(const std::wstring& name, const CDesignEntry& entry);
+  void SetInputs(const std::vector<Input>& inputs, const Entries& entries, Design& design);
+  void CheckResponses(Design& design) const;
+  void Run(const Step& step, Design& design);
+  bool EvaluateSide(const Side& side, const std::wstring& name, Design& design, math::Value& value);
+
+  CriteriaOptions options_;
+  CCalculator calculator_;
+  CalculatorTypeTraits::Macros macros_;  ///< those that every design starts with
+  Plan plan_;
+};
+
+/// A copy of the design with its criteria evaluated, see CriteriaEvaluation.
+algorithm::datatypes::Design CalculateCriteria(const algorithm::datatypes::Design& design,
+                                               CriteriaOptions options = {},
+                                               const CalculatorTypeTraits::Macros& macros = {});
+
+}  // namespace corvath::calculator

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "calculator/function_help.h"
+#include "variant/variant.h"
+
+#include <functional>
+#include <initializer_list>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvath::calculator {
+
+class FunctionCall;
+
+/// A function that texts can call.
+struct Function {
+  static constexpr int kAnyCount = -1;
+
+  std::vector<int> counts;  ///< allowed numbers of arguments
+  void (*run)(FunctionCall& call, math::Value& result);
+
+  bool Takes(std::size_t count) const;
+};
+
+/// The functions by name, the same for all calculators. Names are case-sensitive.
+class FunctionTable {
+ public:
+  using Functions = std::map<std::wstring, Function, std::less<>>;
+
+  static const FunctionTable& Get();
+
+  const Function* Find(std::wstring_view name) const;
+  const Functions& GetFunctions() const { return functions_; }
+  void Add(std::initializer_list<const wchar_t*> names, std::vector<int> counts,
+           void (*run)(FunctionCall&, math::Value&));
+
+ private:
+  FunctionTable();
+
+  Functions functions_;
+};
+
+// One function for each group, in the file of its name.
+void AddElementaryFunctions(FunctionTable& table);
+void AddSignalFunctions(FunctionTable& table);
+void AddDataFunctions(FunctionTable& table);
+
+}  // namespace corvath::calculator

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "calculator/macro.h"
+#include "calculator/object_table.h"
+#include "calculator/parsed_text.h"
+#include "variant/limits.h"
+
+#include <boost/random/mersenne_twister.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace corvath::calculator {
+
+// What one evaluation may take. Texts are untrusted: where one asks for more, an exception says so.
+
+/// Deepest evaluation of nodes, objects and macros inside each other; a level takes less than 1 KiB
+/// of stack.
+constexpr int kMaxDepth = 2000;
+/// Most macro calls inside each other.
+constexpr int kMaxMacroDepth = 100;
+/// Most nodes that one call evaluates, objects' expressions included: some seconds.
+constexpr std::uint64_t kMaxSteps = std::uint64_t{1} << 26;
+
+/// What a calculator holds between evaluations.
+struct Workspace {
+  ObjectTable objects;
+  ParseCache texts{objects};
+  CalculatorTypeTraits::Macros macros;
+
+  /// The random numbers of this calculator, seeded at the first call.
+  boost::random::mt19937& GetGenerator();
+
+  // The evaluation under way.
+  int depth = 0;
+  int macro_depth = 0;
+  std::uint64_t steps = 0;
+  /// Numbers of intermediate values that wait for others, and of the values that texts assigned.
+  std::size_t held_entries = 0;
+  std::size_t assigned_entries = 0;
+  std::size_t max_entries = math::kMaxEntries;  ///< most of each of the two
+
+ private:
+  std::optional<boost::random::mt19937> generator_;
+};
+
+}  // namespace corvath::calculator

@@ -1,0 +1,184 @@
+#include "calculator/criteria_evaluation.h"
+
+#include "foundation/text.h"
+#include "support/values.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using corvath::algorithm::datatypes::CDesignEntry;
+using corvath::algorithm::datatypes::Criterion;
+using corvath::algorithm::datatypes::CriterionDescription;
+using corvath::algorithm::datatypes::Design;
+using corvath::calculator::CalculateCriteria;
+using corvath::calculator::CriteriaEvaluation;
+using corvath::calculator::CriteriaOptions;
+using corvath::utils::ToUtf8;
+using support::Scalar;
+using support::Vec;
+
+using Type = CriterionDescription;
+
+Design MakeDesign(double x) {
+  Design design({{L"x", CDesignEntry(x)}, {L"flag", CDesignEntry(true)}}, {});
+  design.SetResponses(
+      {{L"mass", CDesignEntry(Scalar(2.0 * x))}, {L"stress", CDesignEntry(Vec({-x, 3.0 * x, x}))}});
+  return design;
+}
+
+void Add(Design& design, const wchar_t* name, Type::eType type, const wchar_t* lhs,
+         const wchar_t* rhs) {
+  design.GetCriteria().Append(name, Criterion(type, lhs, rhs));
+}
+
+double ValueOf(const Design& design, const wchar_t* name) {
+  return design.GetCriteria().Get(name).GetValue().ToDouble();
+}
+
+/// "code name: message" of each problem.
+std::vector<std::string> Problems(const Design& design) {
+  std::vector<std::string> problems;
+  for (const auto& info : design.GetStatus().GetMessages())
+    problems.push_back(std::to_string(info.GetRunInfo()) + " " + ToUtf8(info.GetResponseName()) +
+                       ": " + ToUtf8(info.GetMessage().front()));
+  return problems;
+}
+
+TEST(CriteriaEvaluation, EvaluatesEachTypeFromItsSides) {
+  Design design = MakeDesign(1.5);
+  const struct {
+    Type::eType type;
+    double expected;  // of the sides mass = 3 and max(abs(stress)) = 4.5
+  } cases[] = {{Type::RHS_ANY, 4.5},
+               {Type::RHS, 4.5},
+               {Type::NEGATIVE_RHS, -4.5},
+               {Type::RHS_MINUS_LHS, 1.5},
+               {Type::LHS_MINUS_RHS_4, -1.5},
+               {Type::LHS_MINUS_RHS_5, -1.5},
+               {Type::LIMIT_LHS_BELOW_RHS, 1.5},
+               {Type::LIMIT_LHS_ABOVE_RHS, -1.5}};
+  for (const auto& [type, expected] : cases)
+    Add(design, (L"c" + std::to_wstring(type)).c_str(), type, L"mass", L"max(abs(stress))");
+  const Design result = CalculateCriteria(design);
+  for (const auto& [type, expected] : cases) {
+    const Criterion& criterion =
+        result.GetCriteria().Get(L"c" + std::to_wstring(static_cast<int>(type)));
+    EXPECT_EQ(criterion.GetValue().ToDouble(), expected) << type;
+    EXPECT_EQ(criterion.GetLhsValue().ToDouble(), 3.0);
+    EXPECT_EQ(criterion.GetRhsValue().ToDouble(), 4.5);
+    EXPECT_FALSE(criterion.NeedsEvaluation());
+  }
+  EXPECT_TRUE(Problems(result).empty());
+  EXPECT_TRUE(design.GetCriteria()[0].second.NeedsEvaluation());  // the given design stays
+}
+
+TEST(CriteriaEvaluation, EvaluatesWhatACriterionDependsOnFirst) {
+  Design design = MakeDesign(2.0);
+  Add(design, L"third", Type::RHS, L"", L"second + first");
+  Add(design, L"second", Type::LIMIT_LHS_BELOW_RHS, L"first", L"10");
+  Add(design, L"first", Type::RHS, L"", L"#if flag #then mass*x #else 0");
+  const Design result = CalculateCriteria(design);
+  EXPECT_EQ(ValueOf(result, L"first"), 8.0);
+  EXPECT_EQ(ValueOf(result, L"second"), 2.0);
+  EXPECT_EQ(ValueOf(result, L"third"), 10.0);  // the value of second, not one of its sides
+  EXPECT_TRUE(Problems(result).empty());
+}
+
+TEST(CriteriaEvaluation, FailuresConcernOneCriterionAlone) {
+  Design design = MakeDesign(2.0);
+  Add(design, L"c1", Type::RHS, L"", L"c2");
+  Add(design, L"c2", Type::RHS, L"", L"c1");
+  Add(design, L"broken", Type::RHS, L"", L"1 +");
+  Add(design, L"unknown", Type::RHS, L"", L"2*nothing");
+  Add(design, L"vector", Type::RHS, L"", L"stress");
+  Add(design, L"any", Type::RHS_ANY, L"", L"stress");
+  Add(design, L"sides", Type::RHS_MINUS_LHS, L"true", L"1");
+  Add(design, L"good", Type::RHS, L"", L"any[1]");
+  const Design result = CalculateCriteria(design);
+  for (const wchar_t* name : {L"c1", L"c2", L"broken", L"unknown", L"vector"})
+    EXPECT_TRUE(result.GetCriteria().Get(name).GetValue().IsUninitialized()) << name;
+  EXPECT_EQ(result.GetCriteria().Get(L"any").GetValue().GetVariant(), Vec({-2.0, 6.0, 2.0}));
+  EXPECT_TRUE(result.GetCriteria().Get(L"sides").NeedsEvaluation());
+  EXPECT_EQ(ValueOf(result, L"good"), 6.0);
+  const auto problems = Problems(result);
+  ASSERT_EQ(problems.size(), 3u);
+  EXPECT_EQ(problems[0], "209 broken: broken: Error while parsing\n1+\n ^");
+  EXPECT_EQ(problems[1], "209 unknown: unknown: Object \"nothing\" not known.");
+  EXPECT_EQ(problems[2].substr(0, 18), "210 sides: sides: ");
+
+  CriteriaOptions options;
+  options.allow_all_kinds = true;
+  const Design all = CalculateCriteria(design, options);
+  EXPECT_EQ(all.GetCriteria().Get(L"vector").GetValue().GetVariant(), Vec({-2.0, 6.0, 2.0}));
+}
+
+TEST(CriteriaEvaluation, ReportsInputsThatAreNoObjects) {
+  Design design({{L"pi", CDesignEntry(3.0)}, {L"text", CDesignEntry(L"steel")}}, {});
+  design.SetResponses({{L"none", CDesignEntry()},
+                       {L"nan", CDesignEntry(std::nan(""))},
+                       {L"2nd", CDesignEntry(1.0)}});
+  Add(design, L"c", Type::RHS, L"", L"pi");
+  const Design result = CalculateCriteria(design);
+  EXPECT_EQ(Problems(result),
+            (std::vector<std::string>{
+                "103 pi: Cannot use object for calculations: Can't overwrite immutable object "
+                "\"pi\"",
+                "103 text: " + Problems(result)[1].substr(10),
+                "103 none: \"none\" is uninitialized", "103 nan: \"nan\" is not a number",
+                "103 2nd: Cannot use object for calculations: Invalid identifier: \"2nd\""}));
+  EXPECT_EQ(ValueOf(result, L"c"), 3.141592653589793);
+}
+
+TEST(CriteriaEvaluation, AnEvaluatedCriterionKeepsItsValueAndOffersIt) {
+  Design design = MakeDesign(2.0);
+  Add(design, L"done", Type::RHS, L"", L"nonsense(");
+  design.GetCriteria()[0].second.SetValues({}, {}, CDesignEntry(42.0), false);
+  Add(design, L"next", Type::RHS, L"", L"done + 1");
+  const Design result = CalculateCriteria(design);
+  EXPECT_EQ(ValueOf(result, L"done"), 42.0);
+  EXPECT_EQ(ValueOf(result, L"next"), 43.0);
+}
+
+TEST(CriteriaEvaluation, OneDesignLeavesNoTraceInTheNext) {
+  // With and without texts that define something, which decides whether a plan serves again.
+  for (const wchar_t* last : {L"mass", L"max(mass, helper = x) + 0*$m(1)"}) {
+    CriteriaEvaluation evaluation;
+    const auto run = [&](double x, bool first) {
+      Design design = MakeDesign(x);
+      Add(design, L"before", Type::RHS, L"", L"helper");
+      Add(design, L"branch", Type::RHS, L"", L"#if x > 2 #then late #else x");
+      Add(design, L"late", Type::RHS, L"", L"10*x");
+      Add(design, L"sum", Type::RHS, L"", L"late + mass");
+      if (first) Add(design, L"macro", Type::RHS, L"", L"isinitialized($m(y) = y)");
+      Add(design, L"last", Type::RHS, L"", last);
+      evaluation.Calculate(design);
+      return design;
+    };
+    for (const double x : {1.0, 3.0, 2.0, 4.0}) {
+      const Design design = run(x, false);
+      EXPECT_EQ(ValueOf(design, L"branch"), x > 2 ? 10 * x : x);
+      EXPECT_EQ(ValueOf(design, L"sum"), 12 * x);
+      EXPECT_TRUE(design.GetCriteria().Get(L"before").GetValue().IsUninitialized());
+      EXPECT_EQ(Problems(design).front(), "209 before: before: Object \"helper\" not known.");
+    }
+  }
+}
+
+TEST(CriteriaEvaluation, APlanServesOnlyDesignsOfItsKind) {
+  CriteriaEvaluation evaluation;
+  Design first = MakeDesign(1.0);
+  Add(first, L"c", Type::RHS, L"", L"mass");
+  evaluation.Calculate(first);
+  EXPECT_EQ(ValueOf(first, L"c"), 2.0);
+
+  Design other({{L"y", CDesignEntry(5.0)}}, {});
+  other.SetResponses({{L"mass", CDesignEntry(7.0)}});
+  Add(other, L"c", Type::RHS, L"", L"mass + y");
+  Add(other, L"d", Type::RHS, L"", L"x");
+  evaluation.Calculate(other);
+  EXPECT_EQ(ValueOf(other, L"c"), 12.0);
+  EXPECT_EQ(Problems(other), std::vector<std::string>{"209 d: d: Object \"x\" not known."});
+}
+
+}  // namespace

@@ -1,0 +1,363 @@
+#include "calculator/calculator.h"
+#include "calculator/parser.h"
+#include "calculator/workspace.h"
+#include "foundation/math_exception.h"
+#include "foundation/text.h"
+#include "support/message_of.h"
+#include "support/values.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using corvath::math::Value;
+using corvath::utils::ToUtf8;
+using support::Mat;
+using support::MessageOf;
+using support::MessageOfExactly;
+using support::Scalar;
+using support::Sig;
+using support::Vec;
+
+class Calculator : public testing::Test {
+ protected:
+  Calculator() {
+    calculator_.SetObject(L"a", L"", Scalar(2.0));
+    calculator_.SetObject(L"b", L"", Scalar(3.0));
+    calculator_.SetObject(L"v", L"", Vec({10.0, 11.0, 12.0, 13.0, 14.0}));
+    calculator_.SetObject(L"m", L"", Mat({{1.0, 2.0, 3.0}, {4.0, 5.0, 6.0}}));
+    calculator_.SetObject(L"S", L"", Sig({0.0, 1.0, 2.0}, {{5.0, 6.0, 7.0}, {8.0, 9.0, 10.0}}));
+  }
+
+  Value Evaluate(const std::wstring& text) { return calculator_.Evaluate(text); }
+  void ExpectValue(const std::wstring& text, const Value& expected) {
+    try {
+      const Value value = Evaluate(text);
+      EXPECT_TRUE(value == expected && value.GetKind() == expected.GetKind())
+          << ToUtf8(text) << " gives " << support::Text(value);
+    } catch (const std::exception& error) {
+      ADD_FAILURE() << ToUtf8(text) << ": " << error.what();
+    }
+  }
+  /// The message with an error's place: "message@offset".
+  std::string Failure(const std::wstring& text) {
+    try {
+      return "gives " + support::Text(Evaluate(text));
+    } catch (const CExpressionPositionException& error) {
+      return ToUtf8(error.GetRawMessage()) + "@" + std::to_string(error.GetOffset());
+    } catch (const std::exception& error) {
+      return error.what();
+    }
+  }
+
+  CCalculator calculator_;
+};
+
+TEST_F(Calculator, GivesTextsTheirValues) {
+  const std::pair<const wchar_t*, Value> cases[] = {
+      // Precedence and grouping.
+      {L"1 + 2*3", Scalar(7.0)},
+      {L"2^3^2", Scalar(64.0)},
+      {L"2**3**2", Scalar(64.0)},
+      {L"-2^2", Scalar(-4.0)},
+      {L"2^-1", Scalar(0.5)},
+      {L"--1", Scalar(1.0)},
+      {L"1--1", Scalar(2.0)},
+      {L"10-4-3", Scalar(3.0)},
+      {L"10-(4-3)", Scalar(9.0)},
+      {L"64/4/2", Scalar(8.0)},
+      {L"7%4*2", Scalar(6.0)},
+      {L"1 2", Scalar(12.0)},
+      {L".5+3.", Scalar(3.5)},
+      {L"1e3", Scalar(1000.0)},
+      {L"1<2==true", Value(true)},
+      {L"true||false&&false", Value(false)},  // one level, from left to right
+      {L"!(1<2)", Value(false)},
+      {L"1!=2", Value(true)},
+      {L"2>=2 && 2<=2", Value(true)},
+      {L"3>2", Value(true)},
+      // Constants in any case.
+      {L"pi", Scalar(3.141592653589793)},
+      {L"Pi+PI", Scalar(2 * 3.141592653589793)},
+      {L"e", Scalar(2.718281828459045)},
+      {L"i*I", Scalar(-1.0)},
+      {L"linear", Scalar(1.0)},
+      {L"reverse_mirror", Scalar(3.0)},
+      {L"Exponential+bandstop", Scalar(8.0)},
+      {L"1/0 == 1/0", Value(false)},
+      // Branches.
+      {L"#if a<b #then 1 #else 2", Scalar(1.0)},
+      {L"#IF a>b : 1 #Else 2", Scalar(2.0)},
+      {L"#if false #then 1 #else #if true #then 2 #else 3", Scalar(2.0)},
+      {L"#switch 2 #case 1: 10 #case 2: 20 #default: 30", Scalar(20.0)},
+      {L"#SWITCH 7: #Case 1: 10 #DEFAULT 30", Scalar(30.0)},
+      {L"#switch true #case 1: 10 #default 30", Scalar(10.0)},
+      // Vectors, matrices and their parts.
+      {L"[1,2][0]", Scalar(1.0)},
+      {L"[1 -2]", Vec({-1.0})},
+      {L"[[1,2] [3,4]]", Mat({{1.0, 2.0}, {3.0, 4.0}})},
+      {L"[[1,2],[3,4]]", Mat({{1.0, 2.0}, {3.0, 4.0}})},
+      {L"[(v[0:2])[0:1]]", Mat({{10.0}})},
+      {L"[m[0,],m[1,]]", Mat({{1.0, 2.0, 3.0}, {4.0, 5.0, 6.0}})},
+      {L"m[1,]", Vec({4.0, 5.0, 6.0})},
+      {L"m[,1]", Vec({2.0, 5.0})},
+      {L"m[1,2]", Scalar(6.0)},
+      {L"S[0]", Vec({0.0, 5.0, 8.0})},
+      {L"(S[2])[1]", Scalar(7.0)},
+      {L"v[(1)(2)]", Value()},
+      {L"v[1:3]", Vec({11.0, 12.0})},
+      {L"v[-2:]", Vec({13.0, 14.0})},
+      {L"v[:-3]", Vec({10.0, 11.0})},
+      {L"v[:]", Vec({10.0, 11.0, 12.0, 13.0, 14.0})},
+      {L"v[::2]", Vec({10.0, 12.0, 14.0})},
+      {L"v[1:4:2]", Vec({11.0, 13.0})},
+      {L"v[::-1]", Vec({14.0, 13.0, 12.0, 11.0, 10.0})},
+      {L"v[1:3:-1]", Vec({13.0, 12.0})},
+      {L"v[true:3.9]", Vec({11.0, 12.0})},
+      {L"v[5:]", Vec({})},
+      {L"v[::-9e18]", Vec({14.0})},
+      // Functions and their arguments.
+      {L"max(1,2,3)", Scalar(3.0)},
+      {L"max([1,2,3])", Scalar(3.0)},
+      {L"max(abs([1,-4,3])) <= 4", Value(true)},
+      {L"vector(1,[2,3],true)", Vec({1.0, 2.0, 3.0, 1.0})},
+      {L"matrix(m,[7,8,9])", Mat({{1.0, 2.0, 3.0}, {4.0, 5.0, 6.0}, {7.0, 8.0, 9.0}})},
+      {L"mat(1,true)", Mat({{1.0}, {1.0}})},
+      {L"round(2.345,2)", Scalar(2.35)},
+      {L"norm([3,4],2)", Scalar(5.0)},
+      {L"size(v)+size1(m)+size2(m)+size(true)", Scalar(11.0)},
+      {L"atan2(1,1)==atan2(1+i)", Value(true)},
+      {L"linspace(0,1,3)", Vec({0.0, 0.5, 1.0})},
+      {L"isfinite(v)&&!isnan(1)&&isnan(0/0)&&isvector(v)&&issignal(S)", Value(true)},
+      {L"isinitialized(v[(1)(2)])", Value(false)},
+      {L"isnormal(0)", Value(false)},
+      {L"interpolate(S,[0.5],LINEAR,0,0)[1,0]", Scalar(8.5)},
+      {L"size2(interpolate(S,0.5))", Scalar(5.0)},
+      {L"size(rand(v,UNIFORM,[0,1]))", Scalar(5.0)},
+  };
+  for (const auto& [text, expected] : cases) ExpectValue(text, expected);
+}
+
+TEST_F(Calculator, ShowsWhereATextFails) {
+  const std::pair<const wchar_t*, const char*> cases[] = {
+      {L"2^-x", "Error while parsing@1"},
+      {L"if", "Error while parsing@2"},
+      {L"@PI", "Error while parsing@0"},
+      {L"a + b\n", "Error while parsing@3"},
+      {L"a[]", "Error while parsing@1"},
+      {L"1 + true", "Invalid type BOOLEAN for operation +.@1"},
+      {L"2 * (1 + true)", "Invalid type BOOLEAN for operation +.@4"},
+      {L"1 - 2 + true - 3", "Invalid type BOOLEAN for operation +.@3"},
+      {L"-true", "Invalid type BOOLEAN for operation: *.@0"},
+      {L"1 + v[true < 1]", "Cannot perform 'BOOLEAN' - 'SCALAR': Incompatible types.@8"},
+      {L"2*sin(true)", "Invalid type BOOLEAN for sine-function.@2"},
+      {L"1e400",
+       "Error in CONSTANT evaluation occurred: bad lexical cast: source type value could "
+       "not be interpreted as target@0"},
+      {L"c + 1", "Object \"c\" not known."},
+      {L"sin(1,2)", "Wrong number of arguments provided to sin@0"},
+      {L"1+sinus(1)", "Function 'sinus' not known.@2"},
+      {L"sin()", "Function '' not known.@4"},
+      {L"max()", "Function '' not known.@4"},
+      {L"\"abc\"", "Error while parsing@0"},
+      {L"sin(\"abc\")", "Internal error: rule not handled"},
+      {L"a[,]", "No index given@0"},
+      {L"1+m[1]", "Index extraction not supported by this type@2"},
+      {L"v[1,]", "Row extraction not supported by this type@0"},
+      {L"v[,1]", "Column extraction not supported by this type@0"},
+      {L"v[1,1]", "Cell extraction not supported by this type@0"},
+      {L"a[1:2]", "Slice operations supported on vectors only@0"},
+      {L"v[3:1]", "Negative range specified@0"},
+      {L"v[::0]", "Slice step cannot be zero@0"},
+      {L"v[7:]", "Start index out of bounds@0"},
+      {L"v[:-6]", "End index out of bounds@0"},
+      {L"v[v:]", "Item number used in slice definitions must be SCALAR or BOOLEAN@0"},
+      {L"v[1e19:]", "bad numeric conversion: positive overflow"},
+      {L"v[0/0:]", "bad numeric conversion: overflow"},
+      {L"[1,true]", "Wrong input type, SCALAR or VECTOR expected@0"},
+      {L"2*[1,v]", "Type inconsistency detected@2"},
+      {L"[v,v[1:]]", "Given vector input must be of same length@0"},
+      {L"[[1,2],[3]]", "Irregular matrix."},
+      {L"matrix([1,2],[3,4,5])", "Irregular size of input object. Vector size of '2' expected.@0"},
+      {L"matrix([1,2],3)", "Irregular size of input object. Size of '2' expected.@0"},
+      {L"matrix([1,2],m)", "Irregular size of input object. '2' columns expected.@0"},
+      {L"vector(m,c)", "Wrong input type - SCALAR or VECTOR expected@0"},
+      {L"matrix(S)", "Wrong input type - BOOLEAN, SCALAR, VECTOR or MATRIX expected@0"},
+      {L"size(matrix([1,2]))", "Wrong argument type. One-dimensional data type expected.@0"},
+      {L"round(1,i)", "2nd argument wrong in function round@0"},
+      {L"1+mapping(S,S,1,0,v)", "5th argument wrong in function mapping@2"},
+      {L"round(1,1e10)", "bad numeric conversion: positive overflow"},
+      {L"interpolate(S,true)", "2nd argument wrong in function interpolate@0"},
+      {L"#if 1 #then 2 #else 3", "Input object not of type BOOLEAN."},
+      {L"1+(#if 1 #then 2 #else 3)", "Input object not of type BOOLEAN.@1"},
+      {L"#switch 1 #case #if true : 1 #else 2 : 3 #default 4", "Unexpected keyword@13"},
+      {L"$nope(1)", "Unknown macro \"$nope\" called"},
+  };
+  for (const auto& [text, expected] : cases) {
+    EXPECT_EQ(Failure(text), expected) << ToUtf8(text);
+  }
+}
+
+TEST_F(Calculator, ErrorsShowTheTextAndACaretUnderThePlace) {
+  EXPECT_EQ(MessageOfExactly<CExpressionPositionException>([&] { Evaluate(L"1 + true"); }),
+            "Invalid type BOOLEAN for operation +.\n1+true\n ^");
+  EXPECT_EQ(MessageOf([&] { Evaluate(L"if"); }), "Error while parsing");  // at the text's end
+  EXPECT_EQ(
+      MessageOfExactly<corvath::math::CTypeException>([&] { Evaluate(L"#if 1 #then 2 #else 3"); }),
+      "Input object not of type BOOLEAN.");
+}
+
+TEST_F(Calculator, AssignedObjectsStayLive) {
+  ExpectValue(L"x = y = a + 1", Scalar(3.0));
+  EXPECT_EQ(calculator_.GetObject(L"x").expression, L"a+1");
+  EXPECT_EQ(calculator_.GetObject(L"y").value, Scalar(3.0));
+  ExpectValue(L"a = 10", Scalar(10.0));
+  ExpectValue(L"x + y", Scalar(22.0));
+  ExpectValue(L"max(z = 4, z)", Scalar(4.0));
+  // The right operand comes first, and keeps its value.
+  ExpectValue(L"sum([a = 1]) + a", Scalar(11.0));
+  ExpectValue(L"a", Scalar(1.0));
+  EXPECT_EQ(Failure(L"a = a + 1"),
+            "Assignment denied because of a circular dependency around \"a\"");
+  EXPECT_EQ(Failure(L"a = x"), "Assignment denied because of a circular dependency around \"a\"");
+  EXPECT_EQ(Failure(L"new = new + 1"), "Object \"new\" not known.");
+  EXPECT_EQ(Failure(L"pi = 3"), "Irregular object assignment: \"pi\" is an immutable object");
+  EXPECT_EQ(calculator_.GetObjectState(L"new"), corvath::calculator::kUnknown);
+}
+
+TEST_F(Calculator, KeepsObjectsByName) {
+  EXPECT_EQ(calculator_.GetObjectState(L"a"), corvath::calculator::kDefined);
+  EXPECT_EQ(calculator_.GetObjectState(L"Pi"), corvath::calculator::kImmutable);
+  EXPECT_EQ(calculator_.GetObject(L"pi").name, L"@PI");
+  EXPECT_FALSE(calculator_.FindObject(L"A"));  // case counts
+  EXPECT_EQ(
+      MessageOfExactly<CCalculatorObjectUnknownException>([&] { calculator_.GetObject(L"A"); }),
+      "Object \"A\" not known.");
+  EXPECT_EQ(MessageOfExactly<CCalculatorException>(
+                [&] { calculator_.SetObject(L"PI", L"", Scalar(3.0)); }),
+            "Can't overwrite immutable object \"PI\"");
+  for (const wchar_t* name : {L"", L"1x", L"if", L"a+b", L"f(1)", L"\"s\"", L"x[1]", L"a=b"})
+    EXPECT_EQ(MessageOf([&] { calculator_.SetObject(name, L"", Scalar(3.0)); }),
+              "Invalid identifier: \"" + ToUtf8(name) + "\"");
+  EXPECT_TRUE(calculator_.IsValidIdentifier(L"pi", false));
+  EXPECT_FALSE(calculator_.IsValidIdentifier(L"pi", true));
+  EXPECT_TRUE(calculator_.IsValidIdentifier(L"größe'.1", true));  // in the C locale, too
+  calculator_.SetObject(L"o", L"a * n", Value());
+  EXPECT_EQ(Failure(L"o"), "Object \"n\" not known.");
+  calculator_.SetObject(L"n", L"", Scalar(5.0));
+  ExpectValue(L"o", Scalar(10.0));
+  EXPECT_EQ(calculator_.GetObject(L"o").value, Scalar(10.0));  // of its last evaluation
+}
+
+TEST_F(Calculator, AnalysesDependencies) {
+  using Names = std::set<std::wstring>;
+  calculator_.SetObject(L"p", L"a + q", Value());
+  calculator_.SetObject(L"q", L"b * pi", Value());
+  EXPECT_EQ(calculator_.GetDependencies(L"p + unknown"), (Names{L"a", L"b", L"p", L"pi", L"q"}));
+  EXPECT_EQ(calculator_.GetDependencies(L"t = a"), (Names{L"a"}));
+  EXPECT_FALSE(calculator_.HasCircularDependency(L"p + q + unknown"));
+  calculator_.SetObject(L"q", L"sin(r)", Value());
+  calculator_.SetObject(L"r", L"2 + p", Value());
+  EXPECT_TRUE(calculator_.HasCircularDependency(L"1 + p"));
+  EXPECT_FALSE(calculator_.HasCircularDependency(L"a"));
+  EXPECT_EQ(
+      MessageOfExactly<CCircularDependencyException>([&] { calculator_.GetDependencies(L"p"); }),
+      "object p depends on expression dependent on p");
+  EXPECT_EQ(MessageOfExactly<CCircularDependencyException>([&] { Evaluate(L"1 + r"); }),
+            "object r depends on expression dependent on r");
+  calculator_.SetObject(L"s", L"s", Value());
+  EXPECT_EQ(MessageOfExactly<CCircularDependencyException>([&] { Evaluate(L"s"); }),
+            "object s depends on expression dependent on s");
+  EXPECT_EQ(Failure(L"s"), Failure(L"s"));
+}
+
+TEST_F(Calculator, MacrosReplaceTheTextsOfTheirParameters) {
+  ExpectValue(L"$m(x) = x*x", Value());
+  ExpectValue(L"$m(3)", Scalar(9.0));
+  ExpectValue(L"$m(1+2)", Scalar(5.0));  // 1+2*1+2
+  ExpectValue(L"$m(x) = x + 1", Value());
+  ExpectValue(L"$m(a)", Scalar(3.0));
+  ExpectValue(L"$n(x, y) = $m(x) * max(x, y)", Value());
+  ExpectValue(L"$n(2, 5)", Scalar(15.0));
+  ExpectValue(L"$max(max) = max(max, 1)", Value());
+  ExpectValue(L"$max(7)", Scalar(7.0));  // the function's name stays
+  ExpectValue(L"$none() = 4", Value());
+  ExpectValue(L"$none()", Scalar(4.0));
+  EXPECT_EQ(Failure(L"$n(1)"), "Invalid number of arguments: \"$n(2)\"");
+  EXPECT_EQ(Failure(L"$d(x, x) = x"),
+            "Macro argument \"x\" erroneously used repeatedly in argument list@0");
+  CalculatorTypeTraits::Macro macro;
+  macro.macro_id_ = L"m";
+  macro.arg_names_ = {L"x"};
+  macro.expression_ = L"0";
+  calculator_.AddMacros({macro});
+  ExpectValue(L"$m(a)", Scalar(3.0));  // the first of a name stays
+  macro.macro_id_ = L"broken";
+  macro.expression_ = L"+ x";
+  calculator_.AddMacros({macro});
+  EXPECT_EQ(Failure(L"$broken(1)"), "Error determining object positions@0");
+}
+
+TEST_F(Calculator, AFailedTextLeavesNothingAndFailsAgain) {
+  const auto size = [&] { return calculator_.GetWorkspace().texts.size(); };
+  const std::size_t before = size();
+  EXPECT_EQ(Failure(L"1 + + x"), Failure(L"1 + + x"));
+  EXPECT_EQ(size(), before);
+  Evaluate(L"v [ 1 ]");
+  Evaluate(L"v[1]");
+  EXPECT_EQ(size(), before + 1);  // one text
+}
+
+TEST_F(Calculator, HostileTextsEndInExceptions) {
+  const auto repeat = [](const std::wstring& text, int n) {
+    std::wstring result;
+    for (int i = 0; i < n; ++i) result += text;
+    return result;
+  };
+  const std::string too_long = "Expression texts of more than ";
+  // Long but harmless.
+  ExpectValue(L"0" + repeat(L"+1", 100000), Scalar(100000.0));
+  ExpectValue(L"size([0" + repeat(L",1", 100000) + L"])", Scalar(100001.0));
+  ExpectValue(repeat(L"(", 400) + L"7" + repeat(L")", 400), Scalar(7.0));
+  ExpectValue(repeat(L"-(", 300) + L"7" + repeat(L")", 300), Scalar(7.0));
+  EXPECT_EQ(Failure(repeat(L"(", 300000) + L"7" + repeat(L")", 300000)).substr(0, 19),
+            "Error while parsing");
+  EXPECT_EQ(Failure(std::wstring(corvath::calculator::kMaxTextLength + 1, L'1')).find(too_long),
+            0u);
+  // Values that grow.
+  calculator_.GetWorkspace().max_entries = 10000;
+  calculator_.SetObject(L"big", L"", Evaluate(L"linspace(1,4000,4000)"));
+  ExpectValue(L"max(big+big+big+big+big)", Scalar(20000.0));  // objects that stay in place
+  for (const wchar_t* text : {L"[big,big,big]", L"vector(big,big,big)", L"-big+-big+-big+-big",
+                              L"((-big+(-big))+(-big))*(-big)", L"x = y = z = big"})
+    EXPECT_EQ(Failure(text), "Values of more than 10000 numbers at a time") << ToUtf8(text);
+  for (const wchar_t* text : {L"linspace(0,1,1e18)", L"outerprod(linspace(0,1,1e5),big)"})
+    EXPECT_EQ(Failure(text).find("gives"), std::string::npos) << ToUtf8(text);
+  // A chain of objects, none of them circular, and one that doubles at each level.
+  for (int i = 0; i < 3000; ++i) {
+    calculator_.SetObject(L"o" + std::to_wstring(i), L"o" + std::to_wstring(i + 1) + L"+1",
+                          Value());
+    calculator_.SetObject(L"d" + std::to_wstring(i),
+                          L"d" + std::to_wstring(i + 1) + L"+d" + std::to_wstring(i + 1), Value());
+  }
+  EXPECT_EQ(Failure(L"o0"), "Expressions are nested too deep inside each other");
+  EXPECT_EQ(MessageOf([&] { calculator_.GetDependencies(L"o0"); }),
+            "Expressions are nested too deep inside each other");
+  calculator_.SetObject(L"d60", L"", Scalar(1.0));
+  EXPECT_EQ(Failure(L"d0"), "Evaluation of more than 67108864 steps");
+  EXPECT_EQ(calculator_.GetDependencies(L"d0").size(), 61u);
+  // Macros that call themselves.
+  for (const wchar_t* text :
+       {L"$r(x) = $r(x)", L"$r(x) = $r(x+x)", L"$r(x) = (1+$r(x))*2", L"$r(x) = $q(x)"}) {
+    Evaluate(L"$q(x) = 1+$r(x)");
+    Evaluate(text);
+    EXPECT_THROW(Evaluate(L"$r(1)"), CCircularDependencyException) << text;
+  }
+  Evaluate(L"$f(n) = #if n<2 #then 1 #else (n)*$f((n)-1)");
+  ExpectValue(L"$f(5)", Scalar(120.0));  // one that ends is none of them
+}
+
+}  // namespace
