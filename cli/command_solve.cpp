@@ -12,7 +12,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <utility>
 #include <vector>
@@ -49,8 +48,8 @@ class Extras {
       }
   }
 
-  /// Each quantity by itself: a model without the one may have the other. What it refuses is NaN,
-  /// with one note on standard error.
+  /// Each quantity by itself: a model without the one may have the other. What it refuses is NaN; the
+  /// library's log says why.
   void Solve(unsigned int n, const std::vector<double>& inputs, bool extrapolate) {
     for (Block& block : blocks_) {
       if (block.refused) {
@@ -61,10 +60,9 @@ class Extras {
         project_.SolveOne(output_, n, inputs,
                           extrapolate ? block.flag | ZEL_RESPONSE_EXTRAPOLATE : block.flag,
                           block.values);
-      } catch (const Refusal& refusal) {
+      } catch (const Refusal&) {
         block.refused = true;
         block.values.assign(n * block.width, std::nan(""));
-        std::fprintf(stderr, "zel: note: %s (%s)\n", refusal.what(), output_.c_str());
       }
     }
   }

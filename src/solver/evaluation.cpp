@@ -1,3 +1,4 @@
+#include "foundation/exception.h"
 #include "foundation/log_line.h"
 #include "solver/model_points.h"
 #include "solver/zel_solver.h"
@@ -42,7 +43,10 @@ std::vector<double> ZELSolver::EvaluateResponse(const std::wstring& response,
     if (!model.is_solvable) LogLine(GetLogger(), kError) << L"Evaluation impossible. Check failed.";
     return Flatten(
         evaluator(vrdb_, response, model.surrogate, ModelPoints(matrix, model.columns).Get()));
-  } catch (const std::exception&) {
+  } catch (const std::exception& error) {
+    // The exception's text does not know which of many responses it belongs to.
+    LogLine(GetLogger(), kError) << L"Evaluation of response \"" << response << L"\" failed: "
+                                 << utils::MessageOf(error);
     if (throw_on_error) throw;
     return {};
   }

@@ -86,7 +86,7 @@ class Zel(unittest.TestCase):
             self.assertLessEqual(float(record["displacement:local_cop"]), 1.0)
             self.assertIn("stress_limit", record)
             self.assertEqual(record["stress[8]:rmse"], "nan")  # thin plate splines know no errors
-        # One note for its density, one for its errors; the log's warning only when asked for.
+        # One line for its density, one for its errors; warnings only when asked for.
         self.assertEqual(result.stderr.decode().count("stress[8]"), 2, result.stderr)
         self.assertIn(b"WARNING", zel("--log", "info", SAMPLE).stderr)
 
