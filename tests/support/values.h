@@ -82,6 +82,8 @@ std::string Outcome(Compute&& compute) {
     return failure("CComputation", e);
   } catch (const CCompatibilityException& e) {
     return failure("CCompatibility", e);
+  } catch (const CFilterException& e) {
+    return failure("CFilter", e);
   } catch (const CDivideByZeroException& e) {
     return failure("CDivideByZero", e);
   } catch (const CVariantException& e) {

@@ -1,0 +1,92 @@
+#include "variant/modal.h"
+
+#include "support/values.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace corvath::math {
+namespace {
+
+using namespace support;
+namespace fn = functions;
+
+using Compare = void (*)(Value&, const Value&, const Value&);
+
+std::string Compared(Compare f, const Value& a, const Value& b) {
+  return Outcome([&](Value& r) { f(r, a, b); });
+}
+
+TEST(Modal, AssuranceIsOneForParallelVectorsOfAnyScale) {
+  const Value a = Mat({{1, Complex(0, 1)}, {2, 1}, {2, Complex(1, 1)}});
+  Value r;
+  fn::mac(r, a, a);
+  EXPECT_EQ(r(Scalar(0), Scalar(0)), Scalar(1));
+  EXPECT_EQ(r(Scalar(1), Scalar(1)), Scalar(1));
+  // <a_0, a_1> = i + 2 + 2 + 2 i: 25 / (9 * 4).
+  EXPECT_NEAR(r.GetMatrix()(0, 1).real(), 25.0 / 36, 1e-15);
+  EXPECT_FALSE(r.IsComplex());
+  fn::mac(r, a, Mat({{Complex(3, -1)}, {Complex(6, -2)}, {Complex(6, -2)}}));  // (3 - i) a_0
+  ASSERT_EQ(r.Size1(), 2u);
+  ASSERT_EQ(r.Size2(), 1u);
+  EXPECT_NEAR(r.GetMatrix()(0, 0).real(), 1, 1e-15);
+  fn::mac(r, Mat({{1, 0}, {0, 0}}), Mat({{0, 1}, {2, 1}}));
+  EXPECT_EQ(Text(r), Text(Mat({{0, 0.5}, {NAN, NAN}})));
+}
+
+TEST(Modal, CoordinatesCompareByRows) {
+  Value r;
+  fn::comac(r, Mat({{1, 2}, {3, 0}, {0, 1}}), Mat({{2, 4}, {0, 1}, {1, 1}}));
+  EXPECT_EQ(Text(r), Text(Mat({{1, 0.8, 0.9}, {0.2, 0, 0.5}, {0.8, 1, 0.5}})));
+}
+
+TEST(Modal, SignatureDifferenceSeesTheScale) {
+  const std::vector<Complex> a = {1, -2, 3};
+  const std::vector<Complex> b = {2, 1, 2};
+  Value r;
+  fn::sdi(r, Mat({{1}, {-2}, {3}}), Mat({{2, 1, 2}, {1, -2, -4}, {2, 3, 6}}));
+  // (1 - |a - b|^2 / (a'a + b'b))^2
+  double difference = 0;
+  double squares = 0;
+  for (int i = 0; i < 3; ++i) {
+    difference += std::norm(a[static_cast<std::size_t>(i)] - b[static_cast<std::size_t>(i)]);
+    squares +=
+        std::norm(a[static_cast<std::size_t>(i)]) + std::norm(b[static_cast<std::size_t>(i)]);
+  }
+  EXPECT_NEAR(r.GetMatrix()(0, 0).real(), std::pow(1 - difference / squares, 2), 1e-15);
+  EXPECT_EQ(r.GetMatrix()(0, 1), Complex(1));
+  EXPECT_NEAR(r.GetMatrix()(0, 2).real(), 0.64, 1e-15);  // b = 2 a: (2 * 2 / (1 + 4))^2
+}
+
+TEST(Modal, PairsTakeTheFirstBestAboveTheLimit) {
+  const auto pairs = [](const Value& a, const Value& b, const Value& limit) {
+    return Outcome([&](Value& r) { fn::modepairs(r, a, b, limit); });
+  };
+  const Value a = Mat({{1, 0, 1, 2}, {0, 1, 0, 1}});
+  const Value b = Mat({{3, 0, 2, 1, 0}, {0, 2, 1, -1, 0}});
+  EXPECT_EQ(pairs(a, b, Scalar(0.7)), Text(Vec({0, 1, 3, NAN, NAN})));
+  EXPECT_EQ(pairs(a, b, Scalar(1)), Text(Vec({NAN, NAN, NAN, NAN, NAN})));
+  EXPECT_EQ(pairs(a, b, Scalar(NAN)), Text(Vec({NAN, NAN, NAN, NAN, NAN})));
+  EXPECT_EQ(pairs(a, Vec({1}), Scalar(0)), "CType: modepairs: Inputs must be matrices.");
+  EXPECT_EQ(pairs(a, b, Scalar(0, 1)), "CType: modepairs: Limit must be a real scalar.");
+  EXPECT_EQ(pairs(a, b, Vec({1})), "CType: modepairs: Limit must be a real scalar.");
+  EXPECT_EQ(pairs(a, Mat({{1}}), Scalar(0)),
+            "CDimension: MAC: Input matrices need the same number of rows.");
+}
+
+TEST(Modal, Refuses) {
+  const Value tall = Mat({{1}, {2}}), wide = Mat({{1, 2}, {3, 4}}), other = Mat({{1}});
+  EXPECT_EQ(Compared(fn::mac, tall, Vec({1, 2})), "CType: MAC: Inputs must be matrices.");
+  EXPECT_EQ(Compared(fn::mac, tall, other),
+            "CDimension: MAC: Input matrices need the same number of rows.");
+  EXPECT_EQ(Compared(fn::comac, Value(), tall), "CType: CoMAC: Inputs must be matrices.");
+  EXPECT_EQ(Compared(fn::comac, tall, wide),
+            "CDimension: CoMAC: Input matrices need the same dimensions.");
+  EXPECT_EQ(Compared(fn::sdi, Scalar(1), tall), "CType: SDI: Input must be a matrices.");
+  EXPECT_EQ(Compared(fn::sdi, tall, other),
+            "CDimension: SDI: Input matrices need the same number of rows.");
+}
+
+}  // namespace
+}  // namespace corvath::math
