@@ -23,6 +23,15 @@ echo
 echo "\$ zel solve $sample --in examples/points.csv --density"
 "$zel" solve "$sample" --in examples/points.csv --density
 
+echo
+echo "The study's criteria at the same designs (limits are kept where they are positive)"
+echo "\$ zel solve $sample --in examples/points.csv --criteria | cut -d, -f13-"
+"$zel" solve "$sample" --in examples/points.csv --criteria | cut -d, -f13-
+
+echo
+echo "\$ zel eval 'max(abs(stress)) <= limit' --set 'stress=[12,-24.5,8]' --set 'limit=25'"
+"$zel" eval 'max(abs(stress)) <= limit' --set 'stress=[12,-24.5,8]' --set 'limit=25'
+
 random=examples/zel_tenbar_random.vrdb
 echo
 echo "The same truss with random modulus, loads and areas"

@@ -35,4 +35,8 @@ void RunSolve(const SolveOptions& options);
 /// Prints the SHA-512 signature of `file`.
 void RunHash(const std::string& file);
 
+/// Prints the value of an expression text.
+/// @param definitions  "NAME=EXPRESSION": objects that the texts may use, in any order
+void RunEval(const std::string& expression, const std::vector<std::string>& definitions);
+
 }  // namespace cli

@@ -6,6 +6,8 @@
 
 #include <exception>
 #include <iostream>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -50,6 +52,23 @@ void AddSolve(CLI::App& app) {
   command->callback([] { cli::RunSolve(options); });
 }
 
+void AddEval(CLI::App& app) {
+  auto* const command = app.add_subcommand(
+      "eval",
+      "Evaluate an expression of the language of criteria\n\n"
+      "Prints the value: its kind, then its numbers. Put -- before an expression that begins with "
+      "a minus sign.");
+  static std::string expression;
+  static std::vector<std::string> definitions;
+  command->add_option("EXPRESSION", expression, "For example 'max(abs(stress)) <= 25'")->required();
+  command
+      ->add_option("--set", definitions,
+                   "Give a name a meaning for this evaluation; may be repeated")
+      ->type_name("NAME=EXPRESSION")
+      ->allow_extra_args(false);
+  command->callback([] { cli::RunEval(expression, definitions); });
+}
+
 void AddHash(CLI::App& app) {
   auto* const command = app.add_subcommand("hash", "Print the SHA-512 signature of a file");
   static std::string file;
@@ -69,6 +88,7 @@ int main(int argc, char** argv) {
   app.footer("Exit status: 0, 1 when an input is refused, 2 for a wrong command line.");
   AddInfo(app);
   AddSolve(app);
+  AddEval(app);
   AddHash(app);
   try {
     app.parse(argc, argv);

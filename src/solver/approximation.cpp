@@ -12,9 +12,7 @@ namespace corvath::zel {
 namespace {
 
 using algorithm::datatypes::CDesignEntry;
-using algorithm::datatypes::Criterion;
 using algorithm::datatypes::Design;
-using algorithm::datatypes::DesignId;
 using algorithm::datatypes::EntrySequence;
 using algorithm::datatypes::InputColumns;
 using algorithm::datatypes::InputSide;
@@ -23,20 +21,6 @@ using utils::log::LogLine;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr std::int32_t kStochasticSampling = 2;
-
-/// Evaluates the criteria that the design has been given. There is no calculator yet: they end
-/// without values.
-void CalculateCriteria(Design& design) {
-  for (auto& criterion : design.GetCriteria()) criterion.second.Invalidate();
-}
-
-double ValueOf(const Criterion& criterion) {
-  try {
-    return criterion.GetValue().ToDouble();
-  } catch (const std::exception&) {
-    return kNaN;  // a vector, for example
-  }
-}
 
 /// Gives `design` the responses that `pattern` has and `design` lacks, without values.
 void AddMissingResponses(const Design& pattern, Design& design) {
@@ -137,27 +121,6 @@ EntrySequence ZELSolver::GetResponses(std::size_t design, std::size_t n, const d
   return algorithm::datatypes::MergeIndexedResponses(std::move(entries));
 }
 
-/// Evaluates the criteria, design by design, from the predicted responses.
-void ZELSolver::EvaluateCriteria(const ConstPoints& matrix, const double* responses,
-                                 const std::vector<bool>& predicted, double* criteria) {
-  const auto& inputs = GetInputNames();
-  const auto& templates = GetCriteriaTemplates();
-  const auto n = static_cast<std::size_t>(matrix.rows());
-  for (std::size_t d = 0; d < n; ++d) {
-    EntrySequence parameters;
-    parameters.reserve(inputs.size());
-    for (std::size_t i = 0; i < inputs.size(); ++i)
-      parameters.Append(inputs[i], CDesignEntry(matrix(static_cast<Eigen::Index>(d),
-                                                       static_cast<Eigen::Index>(i))));
-    Design design(std::move(parameters), DesignId(d + 1));
-    design.SetResponses(GetResponses(d, n, responses, predicted));
-    design.SetCriteria(templates);
-    CalculateCriteria(design);
-    for (std::size_t k = 0; k < templates.size(); ++k)
-      criteria[d * templates.size() + k] = ValueOf(design.GetCriteria()[k].second);
-  }
-}
-
 ZELSolver::DesignManager ZELSolver::ApproximateDesigns(const DesignManager& designs,
                                                        bool with_criteria, ExtrapolationType type,
                                                        bool throw_on_error,
@@ -177,12 +140,9 @@ ZELSolver::DesignManager ZELSolver::ApproximateDesigns(const DesignManager& desi
     design.GetCriteria().clear();
     design.SetApproximated(true);
     AddMissingResponses(designs[d], design);
-    if (with_criteria) {
-      design.SetCriteria(GetCriteriaTemplates());
-      CalculateCriteria(design);
-    }
     approximated.push_back(std::move(design));
   }
+  if (with_criteria) AddCriteria(approximated);
   return DesignManager(std::move(approximated));
 }
 

@@ -226,6 +226,7 @@ class ZELSolver {
                                                    const std::vector<bool>& predicted);
   void EvaluateCriteria(const ConstPoints& matrix, const double* responses,
                         const std::vector<bool>& predicted, double* criteria);
+  void AddCriteria(std::vector<Design>& designs);
   Eigen::MatrixXd GetInputs(const DesignManager& designs);
 
   LogPointer log_;

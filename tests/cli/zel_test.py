@@ -84,7 +84,15 @@ class Zel(unittest.TestCase):
             self.assertGreater(float(record["mass:density"]), 0.0)
             self.assertGreater(float(record["stress[9]:rmse"]), 0.0)
             self.assertLessEqual(float(record["displacement:local_cop"]), 1.0)
-            self.assertIn("stress_limit", record)
+            # The criteria's own texts, from the columns beside them.
+            mass, displacement = float(record["mass"]), float(record["displacement"])
+            stress = max(abs(float(record[f"stress[{i}]"])) for i in range(10))
+            cost = 0.8 * mass + 150 * displacement
+            expected = {"obj_mass": mass, "stress_limit": 25 - stress,
+                        "displacement_limit": 2 - displacement, "cost": cost,
+                        "cost_per_mass": cost / mass}
+            for name, value in expected.items():
+                self.assertAlmostEqual(float(record[name]), value, delta=1e-9 * abs(value), msg=name)
             self.assertEqual(record["stress[8]:rmse"], "nan")  # thin plate splines know no errors
         # One line for its density, one for its errors; warnings only when asked for.
         self.assertEqual(result.stderr.decode().count("stress[8]"), 2, result.stderr)
@@ -101,6 +109,37 @@ class Zel(unittest.TestCase):
             self.assertLess(float(record["stress[7]:d/d area_7"]), 5.0)
         self.refused(zel("solve", SAMPLE, "--in", "-", "--gradients", "weight",
                          stdin=table(designs(2))), '"weight"')
+
+    def test_eval_prints_values_in_their_readable_form(self):
+        cases = {
+            ("2^3^2",): "SCALAR\nReal 64\n",
+            ("--", "-2^2"): "SCALAR\nReal -4\n",
+            ("sqrt(-1)",): "SCALAR\nComplex (0,1)\n",
+            ("a + b", "--set", "a=b*2", "--set", "b=[1,2]"): "VECTOR [2]\n 3\n 6\n",
+            ("größe == 1", "--set", "größe=1"): "BOOLEAN1\n",
+        }
+        for arguments, expected in cases.items():
+            with self.subTest(arguments):
+                result = zel("eval", *arguments)
+                self.assertEqual((result.stdout.decode(), result.stderr, result.returncode),
+                                 (expected, b"", 0))
+
+    def test_eval_shows_where_an_expression_fails(self):
+        cases = {
+            ("1 + true",): "zel: Invalid type BOOLEAN for operation +.\n1+true\n ^\n",
+            ("2*(3",): "zel: Error while parsing\n2*(3\n ^\n",
+            ("x",): 'zel: Object "x" not known.\n',
+            ("x", "--set", "x=x"): "zel: object x depends on expression dependent on x\n",
+            ("x", "--set", "pi=3"): "zel: Can't overwrite immutable object \"pi\"\n",
+            ("x", "--set", "x"): "zel: --set x: expected NAME=EXPRESSION\n",
+            ("1", "--set", "x=1+"): "zel: Error while parsing\n1+\n ^\n",
+        }
+        for arguments, expected in cases.items():
+            with self.subTest(arguments):
+                result = zel("eval", *arguments)
+                self.assertEqual((result.stdout, result.stderr.decode(), result.returncode),
+                                 (b"", expected, 1))
+        self.assertEqual(zel("eval").returncode, 2)
 
     def test_values_out_of_bounds_are_named_unless_extrapolated(self):
         rows = designs(5000)

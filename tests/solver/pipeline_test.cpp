@@ -176,15 +176,31 @@ TEST_F(Pipeline, DesignsGetTheSameNumbersMergedByBaseName) {
     EXPECT_TRUE(std::isnan(stress[1].real())) << "its model is not built";
     EXPECT_EQ(stress[2].real(), expected[8 + d]);
     EXPECT_FALSE(responses.Has(L"stress[0]"));
-    EXPECT_TRUE(result[d].GetCriteria().Has(L"goal"));
+    EXPECT_EQ(result[d].GetCriteria().Get(L"goal").GetValue().ToDouble(), expected[d]);
   }
 }
 
 TEST_F(Pipeline, CriteriaHaveTheirPlacesByDesign) {
   const auto result = Solver().ApproximateMatrix(kDesigns, true, kUnbounded, true);
   ASSERT_EQ(result.criteria.size(), 4u);
-  for (const double value : result.criteria) EXPECT_TRUE(std::isnan(value));
   EXPECT_EQ(result.responses, Responses(kDesigns));
+  for (std::size_t d = 0; d < 2; ++d) {
+    EXPECT_EQ(result.criteria[2 * d], result.responses[d]) << "goal: mass";
+    EXPECT_EQ(result.criteria[2 * d + 1], 3.0 - result.responses[4 + d]) << "limit: stress[0] <= 3";
+  }
+}
+
+TEST_F(Pipeline, ACriterionThatCannotBeEvaluatedIsNaNAlone) {
+  SetModel(0, nullptr);  // mass
+  const auto result = Solver().ApproximateMatrix(kDesigns, true, kUnbounded, true);
+  for (std::size_t d = 0; d < 2; ++d) {
+    EXPECT_TRUE(std::isnan(result.criteria[2 * d]));
+    EXPECT_EQ(result.criteria[2 * d + 1], 3.0 - result.responses[4 + d]);
+  }
+  std::size_t lines = 0;
+  for (const auto& line : log_->GetLines())
+    lines += line.second == L"Error calculating criteria: goal: Object \"mass\" not known.";
+  EXPECT_EQ(lines, 1u);  // not one for each design
 }
 
 TEST_F(Pipeline, ChecksBoundsWithATolerance) {
