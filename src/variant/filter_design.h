@@ -37,7 +37,7 @@ struct AnalogPrototype {
 /// Orders run from 1 to kMaxFilterOrder, of the Bessel filter to 10.
 /// @throws CFilterException the order or the ripple is outside its range
 AnalogPrototype ButterworthPrototype(int order);
-/// Poles from the usual table of Bessel filters, scaled to 3 dB at the cut-off.
+/// Poles from the usual table of Bessel filters, scaled to 3 dB at the cut-off within 1 %.
 AnalogPrototype BesselPrototype(int order);
 /// Chebyshev of the first kind: the squared gain in the pass band stays within
 /// [1/(1 + ripple^2), 1].
