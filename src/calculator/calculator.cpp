@@ -43,6 +43,8 @@ void CCalculator::SetObject(const std::wstring& name, const std::wstring& expres
         throw CCalculatorException(L"Invalid identifier: \"" + name + L"\"");
       break;
     case calculator::kDefined:
+      if (name.front() == L'@')  // a constant by its own name
+        throw CCalculatorException(L"Can't overwrite immutable object \"" + name + L"\"");
       break;
   }
   workspace_->objects.Define(object, expression, value);

@@ -192,7 +192,8 @@ void CriteriaEvaluation::CheckResponses(Design& design) const {
 }
 
 void CriteriaEvaluation::Run(const Step& step, Design& design) {
-  auto& [name, criterion] = design.GetCriteria()[step.position];
+  const std::wstring& name = design.GetCriteria()[step.position].first;
+  Criterion& criterion = design.GetCriteria()[step.position].second;
   if (criterion.NeedsEvaluation()) {
     Value last;
     const auto evaluate = [&](const Side& side) {

@@ -138,7 +138,12 @@ void Evaluator::Raise(const ParsedText& text, Index node, const std::wstring& me
 
 void Evaluator::Evaluate(const ParsedText& text, Index node, Value& result) {
   const Level level(workspace_);
-  const Index core = text.GetCore(node);
+  EvaluateCore(text, text.GetCore(node), result);
+  if (result.IsVector() || result.IsMatrix() || result.HasTimeline())
+    workspace_.steps += result.Size() / kEntriesPerStep;
+}
+
+void Evaluator::EvaluateCore(const ParsedText& text, Index core, Value& result) {
   switch (text.GetRule(core)) {
     case Rule::kConstant:
       return EvaluateConstant(text, core, result);

@@ -41,6 +41,7 @@ class Evaluator {
   class Level;
   class Held;
 
+  void EvaluateCore(const ParsedText& text, Index core, Value& result);
   void EvaluateConstant(const ParsedText& text, Index node, Value& result);
   void EvaluateFunction(const ParsedText& text, Index node, Value& result);
   void EvaluateUnary(const ParsedText& text, Index node, Value& result);

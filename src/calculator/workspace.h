@@ -20,8 +20,10 @@ namespace corvath::calculator {
 constexpr int kMaxDepth = 2000;
 /// Most macro calls inside each other.
 constexpr int kMaxMacroDepth = 100;
-/// Most nodes that one call evaluates, objects' expressions included: some seconds.
-constexpr std::uint64_t kMaxSteps = std::uint64_t{1} << 26;
+/// Most nodes that one call evaluates, objects' expressions included; kEntriesPerStep numbers of a
+/// value count as a node. Takes some seconds.
+constexpr std::uint64_t kMaxSteps = std::uint64_t{1} << 24;
+constexpr std::size_t kEntriesPerStep = 256;
 
 /// What a calculator holds between evaluations.
 struct Workspace {

@@ -236,9 +236,10 @@ TEST_F(Calculator, KeepsObjectsByName) {
   EXPECT_EQ(
       MessageOfExactly<CCalculatorObjectUnknownException>([&] { calculator_.GetObject(L"A"); }),
       "Object \"A\" not known.");
-  EXPECT_EQ(MessageOfExactly<CCalculatorException>(
-                [&] { calculator_.SetObject(L"PI", L"", Scalar(3.0)); }),
-            "Can't overwrite immutable object \"PI\"");
+  for (const wchar_t* name : {L"PI", L"@PI"})
+    EXPECT_EQ(MessageOfExactly<CCalculatorException>(
+                  [&] { calculator_.SetObject(name, L"", Scalar(3.0)); }),
+              "Can't overwrite immutable object \"" + ToUtf8(name) + "\"");
   for (const wchar_t* name : {L"", L"1x", L"if", L"a+b", L"f(1)", L"\"s\"", L"x[1]", L"a=b"})
     EXPECT_EQ(MessageOf([&] { calculator_.SetObject(name, L"", Scalar(3.0)); }),
               "Invalid identifier: \"" + ToUtf8(name) + "\"");
@@ -347,7 +348,11 @@ TEST_F(Calculator, HostileTextsEndInExceptions) {
   EXPECT_EQ(MessageOf([&] { calculator_.GetDependencies(L"o0"); }),
             "Expressions are nested too deep inside each other");
   calculator_.SetObject(L"d60", L"", Scalar(1.0));
-  EXPECT_EQ(Failure(L"d0"), "Evaluation of more than 67108864 steps");
+  const std::string too_many = "Evaluation of more than 16777216 steps";
+  EXPECT_EQ(Failure(L"d0"), too_many);
+  calculator_.SetObject(L"d60", L"", calculator_.GetObject(L"big").value);
+  calculator_.GetWorkspace().max_entries = 1000000;
+  EXPECT_EQ(Failure(L"d0"), too_many);  // after fewer steps of more numbers
   EXPECT_EQ(calculator_.GetDependencies(L"d0").size(), 61u);
   // Macros that call themselves.
   for (const wchar_t* text :
