@@ -80,11 +80,15 @@ void CriteriaEvaluation::MakePlan(Design& design) {
   CheckResponses(design);
   SetInputs(plan_.responses, design.GetResponses(), design);
 
-  for (const auto& [name, criterion] : design.GetCriteria())
+  std::map<std::wstring, std::size_t> positions;
+  for (const auto& [name, criterion] : design.GetCriteria()) {
+    positions.emplace(name, plan_.criteria.size());  // the first of a name counts
     plan_.criteria.emplace_back(name, criterion.GetDescription());
+  }
   for (const std::wstring& name : FindOrder(design)) {
-    const std::size_t position = design.GetCriteria().FindPosition(name);
-    if (position == algorithm::datatypes::CriterionSequence::npos) continue;
+    const auto found = positions.find(name);
+    if (found == positions.end()) continue;
+    const std::size_t position = found->second;
     const Criterion& criterion = design.GetCriteria()[position].second;
     Object& object = workspace.objects[name];
     const ObjectState state = ObjectTable::GetState(object);
