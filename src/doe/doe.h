@@ -76,10 +76,13 @@ class DOE {
   void load(Archive& ar, unsigned int version);
   ZEL_SPLIT_SERIALIZE()
 
+  void BuildSequence(std::int32_t type, std::uint64_t n, bool append);
   void BuildRandom(std::int32_t type, std::uint64_t n);
   void BuildSobol(std::uint64_t n);
   void MapStates(std::uint64_t first_row);
   bool HasStates() const;
+  void CheckNewPoints(std::uint64_t n) const;
+  void SetRows(const Eigen::MatrixXd& matrix);
 
   std::uint64_t numdimensions_ = 0;
   Designs designs_;         ///< each with numdimensions_ numbers

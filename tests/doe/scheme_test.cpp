@@ -1,0 +1,241 @@
+#include "doe/doe.h"
+#include "support/message_of.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <string>
+
+namespace {
+
+using namespace corvath::math;
+using Eigen::VectorXd;
+using support::MessageOfExactly;
+
+constexpr std::uint64_t kMax = std::numeric_limits<std::uint64_t>::max();
+
+StateLists Lists(std::initializer_list<int> sizes) {
+  StateLists lists;
+  for (const int size : sizes) lists.push_back(VectorXd::LinSpaced(size, -1.0, 1.0));
+  return lists;
+}
+
+TEST(Scheme, TextsAndNumbersBelongTogether) {
+  EXPECT_EQ(SamplingTypeText(0), L"Center point");
+  EXPECT_EQ(SamplingTypeText(8), L"Latin Hypercube Sampling Midpoint");
+  EXPECT_EQ(SamplingTypeText(14), L"D-optimal quadratic nomixed");
+  EXPECT_EQ(SamplingTypeText(19), L"Box-Behnken");
+  EXPECT_EQ(SamplingTypeText(22), L"Advanced Latin Hypercube Sampling");
+  for (std::int32_t type = 0; type <= 22; ++type)
+    EXPECT_EQ(SamplingTypeFromText(SamplingTypeText(type)), static_cast<eSamplingType>(type));
+  for (const int none : {-1, 23, 24}) EXPECT_EQ(SamplingTypeText(none), L"");
+  EXPECT_FALSE(SamplingTypeFromText(L""));
+  EXPECT_FALSE(SamplingTypeFromText(L"sobol sequence"));
+}
+
+TEST(Scheme, CountsPoints) {
+  const struct {
+    int type;
+    std::uint64_t d, level;
+    StateLists lists;
+    std::uint64_t count;
+  } cases[] = {
+      {kCenterPoint, 7, 1, {}, 1},
+      {kFullFactorial, 3, 3, {}, 27},
+      {kFullFactorial, 3, 4, Lists({0, 3, 9}), 4 * 3 * 4},
+      {kAxialPoints, 2, 2, {}, 5},
+      {kAxialPoints, 2, 0, {}, 1},
+      {kAxialPoints, 3, 4, Lists({0, 3, 9}), 1 + 4 + 2 + 4},
+      {kStarPoints, 3, 2, {}, 13},
+      {kStarPoints, 3, 2, Lists({0, 3, 9}), 1 + 4 + 2 + 4},
+      {kKoshal, 4, 1, {}, 5},
+      {kKoshal, 4, 2, {}, 9 + 6},
+      {kKoshalLinear, 4, 9, {}, 5},
+      {kKoshalQuadratic, 4, 9, {}, 15},
+      {kCentralComposite, 2, 2, {}, 9},
+      {kMixedTerms, 5, 2, {}, 10},
+      {kSobolSequence, 2, 15, {}, 15},
+      {kSpaceFillingLatinHypercube, 2, 10, {}, 10},
+      {kPlainMonteCarlo, 2, kMax, {}, kMax},
+      {kDOptimalLinear, 4, 1, {}, 8},      // 1.5 * 5 = 7.5, rounded up
+      {kDOptimalLinear, 1, 1, {}, 2},      // all corners
+      {kDOptimalLinear, 200, 1, {}, 302},  // 2^200 corners are more
+      {kDOptimalQuadraticNoMixed, 3, 2, {}, 11},
+      {kDOptimalQuadratic, 3, 2, {}, 15},
+      {kBoxBehnken, 3, 0, {}, 13},
+      {kBoxBehnken, 6, 0, {}, 49},
+      {kBoxBehnken, 7, 0, {}, 57},
+      {kBoxBehnken, 8, 0, {}, 113},
+      {kBoxBehnken, 9, 0, {}, 121},
+      {kBoxBehnken, 10, 0, {}, 161},
+      {kBoxBehnken, 11, 0, {}, 177},
+      {kBoxBehnken, 12, 0, {}, 193},
+      {kBoxBehnken, 16, 0, {}, 385},
+      {kFullCombinatorial, 2, 0, Lists({2, 3}), 6},
+      {kFullCombinatorial, 2, 0, {}, 4},
+      {kNoSampling, 2, 1, {}, 0},
+  };
+  for (const auto& [type, d, level, lists, count] : cases)
+    EXPECT_EQ(NumDesigns(type, d, level, lists), count) << type << ' ' << d << ' ' << level;
+}
+
+TEST(Scheme, LargestLevelsAreTheLastThatCount) {
+  EXPECT_EQ(MaxLevel(kFullFactorial, 2), 4294967295U);
+  EXPECT_EQ(MaxLevel(kFullFactorial, 3), 2642245U);  // its cube is 1.8446724e19
+  EXPECT_EQ(MaxLevel(kFullFactorial, 64), 1U);
+  EXPECT_EQ(MaxLevel(kAxialPoints, 3), (kMax - 1) / 3);
+  EXPECT_EQ(MaxLevel(kStarPoints, 5), kMax / 10);
+  EXPECT_EQ(MaxLevel(kCentralComposite, 5), 2U);
+  EXPECT_EQ(MaxLevel(kDOptimalLinear, 5), 1U);
+  EXPECT_EQ(MaxLevel(kSobolSequence, 5), kMax);
+  for (const int type : {kFullFactorial, kAxialPoints, kStarPoints})
+    for (const std::uint64_t d : {2U, 3U, 7U}) {
+      const std::uint64_t level = MaxLevel(type, d);
+      EXPECT_GT(NumDesigns(type, d, level), level);
+      EXPECT_EQ(MessageOfExactly<std::domain_error>([&] { NumDesigns(type, d, level + 1); }),
+                "Discretisation level (" + std::to_string(level + 1) +
+                    ") does not fit the maximum value for the choosen DOE method (" +
+                    std::to_string(level) + ").");
+    }
+}
+
+TEST(Scheme, SaysWhatDoesNotFit) {
+  const struct {
+    int type;
+    std::uint64_t d, level;
+    StateLists lists;
+    const char* message;
+  } cases[] = {
+      {kFullFactorial,
+       2,
+       1,
+       {},
+       "Discretisation level(1) does not fit the minimum value for the choosen DOE method (2)."},
+      {kSobolSequence,
+       2,
+       14,
+       {},
+       "Discretisation level(14) does not fit the minimum value for the choosen DOE method (15)."},
+      {kAdvancedLatinHypercube,
+       2,
+       9,
+       {},
+       "Discretisation level(9) does not fit the minimum value for the choosen DOE method (10)."},
+      {kKoshal,
+       2,
+       3,
+       {},
+       "Discretisation level (3) does not fit the maximum value for the choosen DOE method (2)."},
+      {kDOptimalLinear,
+       201,
+       1,
+       {},
+       "Number of Parameters (201) does not fit the maximum value for the choosen DOE method "
+       "(200)."},
+      {kDOptimalQuadraticNoMixed,
+       76,
+       2,
+       {},
+       "Number of Parameters (76) does not fit the maximum value for the choosen DOE method (75)."},
+      {kDOptimalQuadratic,
+       26,
+       2,
+       {},
+       "Number of Parameters (26) does not fit the maximum value for the choosen DOE method (25)."},
+      {kCentralComposite,
+       1,
+       2,
+       {},
+       "Number of Parameters (1) does not fit the minimum value for the choosen DOE method (2)."},
+      {kBoxBehnken,
+       2,
+       1,
+       {},
+       "Number of Parameters (2) does not fit the minimum value for the choosen DOE method (3)."},
+      {kKoshalQuadratic, 2, 2, Lists({0, 2}),
+       "Koshal quadratic requires at least 3 states for each parameter."},
+      {kCentralComposite, 2, 2, Lists({0, 2}),
+       "Central composite requires at least 3 states for each parameter."},
+      {kBoxBehnken, 3, 2, Lists({0, 2, 0}),
+       "Box & Behnken requires at least 3 states for each parameter."},
+      {kDOptimalQuadratic, 2, 2, Lists({2, 5}),
+       "D-optimal quadratic requires at least 3 states for each parameter."},
+  };
+  for (const auto& [type, d, level, lists, message] : cases)
+    EXPECT_EQ(MessageOfExactly<std::domain_error>(
+                  [&, t = type, n = d, l = level, &s = lists] { NumDesigns(t, n, l, s); }),
+              message);
+}
+
+TEST(Scheme, BuildRefusesAndLeavesEverythingAsItWas) {
+  const struct {
+    int type;
+    std::uint64_t level;
+    StateLists lists;
+    std::string message;
+  } cases[] = {
+      {kKoshal, 3, {}, "Koshal designs not supported for polynomial degree higher than quadratic"},
+      {kMixedTerms, 3, {}, "Mixed terms not supported for polynomial degree higher than quadratic"},
+      {kKoshal, 2, Lists({1, 3}),
+       "Koshal quadratic designs only supported for at least three levels"},
+      {kBoxBehnken, 1, {}, "Box-Behnken designs only supported for at least three factors"},
+      {kBoxBehnken, 1, Lists({2, 3, 3}),
+       "Box-Behnken designs only supported for at least three levels"},
+      {kFullFactorial,
+       1000000000000,
+       {},
+       "A sample of 2^64 or more points in 2 dimensions is too large."},
+      {kFullFactorial,
+       1000000,
+       {},
+       "A sample of 1000000000000 points in 2 dimensions is too large."},
+      {kPlainMonteCarlo,
+       1000000000000,
+       {},
+       "A sample of 1000000000000 points in 2 dimensions is too large."},
+  };
+  for (const auto& [type, level, lists, message] : cases) {
+    DOE doe(lists.empty() ? 2 : lists.size(), 1, lists);
+    doe.Build(kPlainMonteCarlo, 3, false);
+    DOE same = doe;
+    EXPECT_EQ(
+        MessageOfExactly<std::domain_error>([&, t = type, l = level] { doe.Build(t, l, false); }),
+        message);
+    for (DOE* object : {&doe, &same}) object->Build(kPlainMonteCarlo, 2, true);
+    EXPECT_EQ(doe.GetDesigns(), same.GetDesigns()) << message;
+  }
+  for (const std::uint64_t count : {std::uint64_t{1} << 40, std::uint64_t{1} << 62, kMax})
+    for (std::int32_t type = 0; type <= 23; ++type) {
+      // Either there is an answer at once, or a refusal: no memory runs out.
+      DOE doe(3, 1);
+      try {
+        doe.Build(type, count, false);
+        EXPECT_LT(doe.GetDesigns().size(), 100U) << type;
+      } catch (const std::logic_error&) {  // std::domain_error is one
+      }
+    }
+  for (int type = kDOptimalCustomizable; type <= kDOptimalQuadratic; ++type)
+    EXPECT_EQ(MessageOfExactly<std::logic_error>([&] { DOE(2, 1).Build(type, 5, false); }),
+              "Can not build d-optimal in classic DOE");
+  EXPECT_THROW(DOE(2, 1, Lists({3})), std::invalid_argument);
+  EXPECT_THROW(DOE(1, 1, {VectorXd::Constant(1, std::nan(""))}), std::invalid_argument);
+}
+
+TEST(Scheme, WithoutDimensionsOrWithAnUnknownNumberNothingIsBuilt) {
+  DOE none(1);
+  for (int type = -1; type <= 24; ++type) none.Build(type, 20, false);
+  EXPECT_TRUE(none.GetDesigns().empty());
+  DOE doe(2, 1);
+  doe.Build(kPlainMonteCarlo, 3, false);
+  for (const int type : {-1, 23, 24}) {
+    doe.Build(type, 20, true);
+    EXPECT_EQ(doe.GetDesigns().size(), 3U);
+  }
+  doe.Build(99, 20, false);
+  EXPECT_TRUE(doe.GetDesigns().empty());
+  for (const int type : {7, 8, 9, 10, 11, 18, 20, 22}) doe.Build(type, 0, false);
+  EXPECT_TRUE(doe.GetDesigns().empty());
+}
+
+}  // namespace

@@ -1,0 +1,183 @@
+#include "doe/sobol.h"
+
+#include "doe/doe.h"
+#include "support/message_of.h"
+#include "support/sobol_quality.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace {
+
+using namespace corvath::math;
+
+/// Largest quality t of the pairs that the search found, for up to 2^16 points.
+constexpr int kWorstPair = 7;
+
+DirectionNumbers Directions(std::size_t dimension) {
+  const SobolTable& table = SobolTable::Get(dimension + 1);
+  DirectionNumbers v{};
+  std::uint32_t before = 0;
+  for (int bit = 0; bit < kSobolBits; ++bit) {
+    v[static_cast<std::size_t>(bit)] = table.Row(bit)[dimension] ^ before;
+    before = table.Row(bit)[dimension];
+  }
+  return v;
+}
+
+TEST(PrimitivePolynomials, AreAllThereAre) {
+  // phi(2^s - 1) / s of degree s.
+  const int counts[] = {0, 1, 1, 2, 2, 6, 6, 18, 16, 48, 60, 176, 144, 630};
+  BinaryPolynomial p = 2;
+  for (int degree = 1; degree <= 13; ++degree) {
+    int count = 0;
+    while (Degree(NextPrimitive(p)) == degree) {
+      p = NextPrimitive(p);
+      ++count;
+    }
+    EXPECT_EQ(count, counts[degree]) << degree;
+  }
+  // x^4 + x^3 + x^2 + x + 1 is irreducible, but x has the order 5; x^31 + x^3 + 1 is primitive.
+  EXPECT_FALSE(IsPrimitive(0x1f));
+  EXPECT_TRUE(IsPrimitive(0x80000009U));
+}
+
+TEST(SobolTable, HasTheGivenNumbers) {
+  const SobolTable& table = SobolTable::Get(kMaxSobolDimensions);
+  const std::uint32_t second[] = {0x60000000, 0x20000000, 0x60000000,
+                                  0x60000000, 0x60000000, 0x20000000};
+  const std::uint32_t third[] = {0x70000000, 0x70000000, 0x10000000,
+                                 0x50000000, 0x50000000, 0x50000000};
+  for (int k = 0; k < 6; ++k) {
+    EXPECT_EQ(table.Row(1)[k], second[k]) << k;
+    EXPECT_EQ(table.Row(2)[k], third[k]) << k;
+  }
+  for (int bit = 0; bit < kSobolBits; ++bit)
+    EXPECT_EQ(table.Row(bit)[0], 0x7fffffffU ^ (0x3fffffffU >> bit)) << bit;
+  for (std::uint64_t k = 0; k < kMaxSobolDimensions; ++k) {
+    EXPECT_EQ(table.Row(0)[k], 0x40000000U);
+    const DirectionNumbers v = Directions(k);
+    for (int bit = 0; bit < kSobolBits; ++bit) {
+      ASSERT_LT(v[static_cast<std::size_t>(bit)], 0x80000000U);
+      // Odd as a multiple of 2^-(bit + 1): each dimension by itself is a (0, 1)-sequence.
+      ASSERT_EQ(__builtin_ctz(v[static_cast<std::size_t>(bit)]), kSobolBits - 1 - bit) << k;
+    }
+  }
+}
+
+TEST(SobolTable, DirectionNumbersFollowThePublishedRecurrence) {
+  // P. Bratley, B. L. Fox 1988: x^3 + x + 1 and m = 1, 3, 7 give 5, 7, 43 next.
+  const DirectionNumbers v = MakeDirectionNumbers(0xb, {1, 3, 7});
+  const std::uint32_t m[] = {1, 3, 7, 5, 7, 43};
+  for (int i = 0; i < 6; ++i) EXPECT_EQ(v[static_cast<std::size_t>(i)], m[i] << (30 - i)) << i;
+}
+
+TEST(SobolTable, HasPropertyA) {
+  // By counting: of 2^d points one lies in each half of halves.
+  for (std::uint64_t d = 1; d <= 12; ++d) {
+    std::set<std::uint64_t> orthants;
+    for (std::uint64_t i = 0; i < std::uint64_t{1} << d; ++i) {
+      std::uint64_t orthant = 0;
+      const auto& x = SobolPoint(i, d);
+      for (std::uint64_t k = 0; k < d; ++k) orthant = 2 * orthant + (x[k] >> 30);
+      orthants.insert(orthant);
+    }
+    EXPECT_EQ(orthants.size(), std::size_t{1} << d);
+  }
+  // By elimination on the table itself, as far as its bits go.
+  const SobolTable& table = SobolTable::Get(kSobolBits);
+  std::vector<std::uint32_t> rows;
+  for (int k = 0; k < kSobolBits; ++k) {
+    std::uint32_t row = 0;
+    for (int bit = 0; bit < kSobolBits; ++bit) row |= (table.Row(bit)[k] >> 30) << bit;
+    for (int i = 0; i < k; ++i)
+      if ((row >> i & 1U) != 0) row ^= rows[static_cast<std::size_t>(i)];
+    ASSERT_EQ(__builtin_ctz(row), k);
+    rows.push_back(row);
+  }
+  // Beyond them the table itself counts.
+  EXPECT_EQ(SobolTable::Get(PropertyA::kMaxDimensions).NumWithPropertyA(),
+            PropertyA::kMaxDimensions);
+}
+
+TEST(SobolTable, PairsOfTheFirstFiftyAreEven) {
+  std::vector<DirectionNumbers> v;
+  for (std::size_t k = 0; k < 50; ++k) v.push_back(Directions(k));
+  int with_quarters = 0;
+  int worst = 0;
+  for (std::size_t i = 0; i < v.size(); ++i)
+    for (std::size_t j = 0; j < i; ++j) {
+      with_quarters += support::PairQuality(v[i], v[j], 2) == 0;
+      for (int m = 2; m <= 16; ++m) worst = std::max(worst, support::PairQuality(v[i], v[j], m));
+    }
+  EXPECT_EQ(with_quarters, 25 * 25);  // two classes of pairs without: no choice has more
+  EXPECT_LE(worst, kWorstPair);
+  // The measure against counting: all boxes of 2^t points, and one that is uneven for t - 1.
+  for (const auto& [i, j] : {std::pair{0, 1}, {3, 4}, {7, 30}, {20, 49}}) {
+    constexpr int kM = 8;
+    const int quality =
+        support::PairQuality(v[static_cast<std::size_t>(i)], v[static_cast<std::size_t>(j)], kM);
+    const auto is_even = [i = i, j = j](int t) {
+      for (int p = 0; p <= kM - t; ++p) {
+        std::vector<int> boxes(std::size_t{1} << (kM - t), 0);
+        for (std::uint64_t index = 0; index < 1U << kM; ++index) {
+          const auto& x = SobolPoint(index, 50);
+          const auto a = std::uint64_t{x[static_cast<std::size_t>(i)]} >> (31 - p);
+          const auto b = std::uint64_t{x[static_cast<std::size_t>(j)]} >> (31 - (kM - t - p));
+          ++boxes[a << (kM - t - p) | b];
+        }
+        for (const int count : boxes)
+          if (count != 1 << t) return false;
+      }
+      return true;
+    };
+    EXPECT_TRUE(is_even(quality));
+    EXPECT_FALSE(quality > 0 && is_even(quality - 1));
+  }
+}
+
+TEST(Sobol, DimensionZeroIsVanDerCorputs) {
+  const double expected[] = {0.0, 0.5, 0.25, 0.75, 0.125, 0.625, 0.375, 0.875};
+  for (std::uint64_t i = 0; i < 8; ++i)
+    EXPECT_EQ(SobolPoint(i, 1)[0], expected[i] * 0x80000000U) << i;
+}
+
+TEST(Sobol, StepsAndJumpsAgree) {
+  for (const std::uint64_t start : {0ULL, 1000ULL, 0x7fffff00ULL})
+    for (std::uint64_t i = start; i < start + 200; ++i) {
+      std::uint64_t gray = i ^ i >> 1;
+      std::uint32_t expected = 0;
+      for (int bit = 0; bit < kSobolBits; ++bit)
+        if ((gray >> bit & 1U) != 0) expected ^= SobolTable::Get(70).Row(bit)[63];
+      EXPECT_EQ(SobolPoint(i, i % 50 == 7 ? 70 : 64)[63], expected) << i;
+    }
+}
+
+TEST(Sobol, BuildContinuesBehindTheDesigns) {
+  DOE whole(40, 1);
+  whole.Build(kSobolSequence, 50, false);
+  DOE parts(40, 2);
+  parts.Build(kSobolSequence, 20, false);
+  SobolPoint(12345, 3);  // somebody else's
+  parts.Build(kSobolSequence, 30, true);
+  EXPECT_EQ(whole.GetDesigns(), parts.GetDesigns());
+  for (const double x : whole.GetDesigns().front()) {
+    EXPECT_EQ(x, 2.0 * 1073741824.0 * 4.656612873077e-10 - 1.0);
+    EXPECT_NEAR(x, -8.43e-14, 1e-15);
+  }
+}
+
+TEST(Sobol, RefusesWhatTheTableDoesNotReach) {
+  const char* const message = "Sobol: Error calculating single point.";
+  using support::MessageOfExactly;
+  EXPECT_EQ(MessageOfExactly<std::logic_error>([] { SobolPoint(0x80000000U, 2); }), message);
+  EXPECT_EQ(MessageOfExactly<std::logic_error>([] { SobolPoint(1, 0); }), message);
+  EXPECT_EQ(MessageOfExactly<std::logic_error>([] { SobolPoint(1, 8193); }), message);
+  EXPECT_EQ(SobolPoint(0x7fffffff, 8192).size(), 8192U);
+  DOE doe(8193, 1);
+  EXPECT_EQ(MessageOfExactly<std::logic_error>([&] { doe.Build(kSobolSequence, 15, false); }),
+            message);
+}
+
+}  // namespace
