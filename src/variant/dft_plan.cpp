@@ -148,6 +148,39 @@ void StageOf4(const Stage& stage) {
   }
 }
 
+void StageOf5(const Stage& stage) {
+  // Cosines and sines of 72 and 144 degrees.
+  constexpr double kC1 = 0.30901699437494742410;
+  constexpr double kC2 = -0.80901699437494742410;
+  constexpr double kS1 = 0.95105651629515357212;
+  constexpr double kS2 = 0.58778525229247312917;
+  const std::size_t step = stage.blocks * stage.stride;
+  for (std::size_t p = 0; p < stage.blocks; ++p) {
+    const Complex w1 = stage.roots[p * stage.stride];
+    const Complex w2 = stage.roots[2 * p * stage.stride];
+    const Complex w3 = stage.roots[3 * p * stage.stride];
+    const Complex w4 = stage.roots[4 * p * stage.stride];
+    const Complex* const x = stage.x + p * stage.stride;
+    Complex* const y = stage.y + 5 * p * stage.stride;
+    for (std::size_t q = 0; q < stage.stride; ++q) {
+      const Complex a = x[q];
+      const Complex sum1 = x[q + step] + x[q + 4 * step];
+      const Complex sum2 = x[q + 2 * step] + x[q + 3 * step];
+      const Complex difference1 = x[q + step] - x[q + 4 * step];
+      const Complex difference2 = x[q + 2 * step] - x[q + 3 * step];
+      const Complex middle1 = a + kC1 * sum1 + kC2 * sum2;
+      const Complex middle2 = a + kC2 * sum1 + kC1 * sum2;
+      const Complex turned1 = TimesMinusI(kS1 * difference1 + kS2 * difference2);
+      const Complex turned2 = TimesMinusI(kS2 * difference1 - kS1 * difference2);
+      y[q] = a + sum1 + sum2;
+      y[q + stage.stride] = Product(middle1 + turned1, w1);
+      y[q + 2 * stage.stride] = Product(middle2 + turned2, w2);
+      y[q + 3 * stage.stride] = Product(middle2 - turned2, w3);
+      y[q + 4 * stage.stride] = Product(middle1 - turned1, w4);
+    }
+  }
+}
+
 void StageOfAny(const Stage& stage, std::size_t radix) {
   const std::size_t step = stage.blocks * stage.stride;
   Complex numbers[kLargestRadix];
@@ -174,6 +207,8 @@ void Compute(const Stage& stage, std::size_t radix) {
       return StageOf3(stage);
     case 4:
       return StageOf4(stage);
+    case 5:
+      return StageOf5(stage);
     default:
       return StageOfAny(stage, radix);
   }

@@ -4,6 +4,7 @@
 #include "variant/entrywise.h"
 
 #include <algorithm>
+#include <array>
 #include <type_traits>
 
 namespace corvath::math {
@@ -19,20 +20,6 @@ Number Convert(const Complex& z) {
     return z.real();
   else
     return z;
-}
-
-/// Each channel of `signal` through `cascade`, then back to complex data.
-template <class Number>
-Matrix RunChannels(const FilterCascade<Number>& cascade, const Matrix& data, int start) {
-  Matrix filtered(data.size1(), data.size2());
-  std::vector<Number> samples(data.size2());
-  for (std::size_t channel = 0; channel < data.size1(); ++channel) {
-    const Complex* const row = data.data().begin() + channel * data.size2();
-    std::transform(row, row + data.size2(), samples.begin(), Convert<Number>);
-    cascade.Run(samples.data(), samples.size(), start);
-    std::copy(samples.begin(), samples.end(), filtered.data().begin() + channel * data.size2());
-  }
-  return filtered;
 }
 
 }  // namespace
@@ -60,47 +47,89 @@ FilterCascade<Number>::FilterCascade(const Matrix& numerators, const Matrix& den
 }
 
 template <class Number>
-void FilterCascade<Number>::Run(Number* samples, std::size_t count, int start) const {
+void FilterCascade<Number>::Run(Number* first, std::size_t count, std::ptrdiff_t step,
+                                int start) const {
   if (start != kStartZero && start != kStartConstant)
     throw CFilterException("Wrong condition: ZERO, CONSTANT expected.");
-  const Number before = start == kStartConstant && count > 0 ? samples[0] : Number();
-  if (columns_ == 3)
-    RunSections<3>(samples, count, before);
-  else
-    RunSections<5>(samples, count, before);
+  if (count == 0) return;
+  // Each section starts from the signal's own first sample, whatever stands in front of it.
+  const Samples samples{first, count, step, start == kStartConstant ? *first : Number()};
+  for (std::size_t r = 0; r < sections_; r += kGroup) {
+    const std::size_t group = std::min(kGroup, sections_ - r);
+    if (columns_ == 3)
+      RunGroup<3>(samples, r, group);
+    else
+      RunGroup<5>(samples, r, group);
+  }
 }
 
-/// All sections sample by sample: the order of operations within a section is that of section after
-/// section, but the chains of dependent operations of the sections overlap in the processor.
 template <class Number>
 template <std::size_t kColumns>
-void FilterCascade<Number>::RunSections(Number* samples, std::size_t count, Number before) const {
-  constexpr std::size_t kDelays = kColumns - 1;
-  // past[r * kDelays + j - 1]: what went into section r, which is what left section r - 1, j samples
-  // ago.
-  std::vector<Number> past((sections_ + 1) * kDelays, before);
-  for (std::size_t k = 0; k < count; ++k) {
-    Number w = samples[k];
-    Number* w_past = past.data();
-    const Number* b = b_.data();
-    const Number* a = a_.data();
-    for (std::size_t r = 0; r < sections_; ++r, b += kColumns, a += kColumns) {
-      Number* const y_past = w_past + kDelays;
-      Number y = b[0] * w;
-      for (std::size_t j = 1; j < kColumns; ++j) y += b[j] * w_past[j - 1] - a[j] * y_past[j - 1];
-      for (std::size_t j = kDelays - 1; j > 0; --j) w_past[j] = w_past[j - 1];
-      w_past[0] = w;
+void FilterCascade<Number>::RunGroup(const Samples& samples, std::size_t r,
+                                     std::size_t group) const {
+  static_assert(kGroup == 4);
+  switch (group) {
+    case 1:
+      return RunSections<kColumns, 1>(samples, r);
+    case 2:
+      return RunSections<kColumns, 2>(samples, r);
+    case 3:
+      return RunSections<kColumns, 3>(samples, r);
+    default:
+      return RunSections<kColumns, 4>(samples, r);
+  }
+}
+
+/// Some sections sample by sample: the order of operations within a section is that of section
+/// after section, but the chains of dependent operations of the sections overlap in the processor.
+template <class Number>
+template <std::size_t kColumns, std::size_t kSections>
+void FilterCascade<Number>::RunSections(const Samples& samples, std::size_t r) const {
+  struct Section {
+    std::array<Number, kColumns> b;
+    std::array<Number, kColumns> a;
+    std::array<Number, kColumns> w;  ///< w[j]: the input j samples ago, from j = 1 on
+    std::array<Number, kColumns> y;  ///< the output
+  };
+  std::array<Section, kSections> sections;
+  for (Section& s : sections) {
+    std::copy_n(b_.data() + r * kColumns, kColumns, s.b.begin());
+    std::copy_n(a_.data() + r * kColumns, kColumns, s.a.begin());
+    s.w.fill(samples.before);
+    s.y.fill(samples.before);
+    ++r;
+  }
+  for (std::size_t k = 0; k < samples.count; ++k) {
+    Number& sample = samples.first[static_cast<std::ptrdiff_t>(k) * samples.step];
+    Number w = sample;
+    for (Section& s : sections) {
+      Number y = s.b[0] * w;
+      for (std::size_t j = 1; j < kColumns; ++j) y += s.b[j] * s.w[j] - s.a[j] * s.y[j];
+      for (std::size_t j = kColumns - 1; j > 1; --j) {
+        s.w[j] = s.w[j - 1];
+        s.y[j] = s.y[j - 1];
+      }
+      s.w[1] = w;
+      s.y[1] = y;
       w = y;
-      w_past = y_past;
     }
-    for (std::size_t j = kDelays - 1; j > 0; --j) w_past[j] = w_past[j - 1];
-    w_past[0] = w;
-    samples[k] = w;
+    sample = w;
   }
 }
 
 template class FilterCascade<double>;
 template class FilterCascade<std::complex<double>>;
+
+void RunReal(const FilterCascade<double>& cascade, Value::Matrix& data, std::size_t channel,
+             bool backward, int start) {
+  const std::size_t n = data.size2();
+  // A complex number is an array of its two parts.
+  auto* const first = reinterpret_cast<double*>(data.data().begin() + channel * n);
+  if (backward && n > 0)
+    cascade.Run(first + 2 * (n - 1), n, -2, start);
+  else
+    cascade.Run(first, n, 2, start);
+}
 
 void functions::filter(Value& result, const Value& signal, const Value& numerators,
                        const Value& denominators, int start) {
@@ -111,9 +140,16 @@ void functions::filter(Value& result, const Value& signal, const Value& numerato
     throw CTypeException("Numerator & denominator must be of type MATRIX.");
   const Matrix& b = numerators.GetMatrix();
   const Matrix& a = denominators.GetMatrix();
-  Matrix data = numerators.IsComplex() || denominators.IsComplex()
-                    ? RunChannels(FilterCascade<Complex>(b, a), signal.GetMatrix(), start)
-                    : RunChannels(FilterCascade<double>(b, a), signal.GetMatrix(), start);
+  Matrix data = signal.GetMatrix();
+  if (numerators.IsComplex() || denominators.IsComplex()) {
+    const FilterCascade<Complex> cascade(b, a);
+    for (std::size_t channel = 0; channel < data.size1(); ++channel)
+      cascade.Run(data.data().begin() + channel * data.size2(), data.size2(), 1, start);
+  } else {
+    const FilterCascade<double> cascade(b, a);
+    for (std::size_t channel = 0; channel < data.size1(); ++channel)
+      RunReal(cascade, data, channel, false, start);
+  }
   result = entrywise::WithData(signal, data);
 }
 

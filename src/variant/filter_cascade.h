@@ -29,21 +29,36 @@ class FilterCascade {
   /// @throws CTypeException  shapes differ or are none of these
   FilterCascade(const Value::Matrix& numerators, const Value::Matrix& denominators);
 
-  /// Filters `count` samples in place. Takes O(count sections) time and no memory that grows with
-  /// count.
+  /// Filters `count` samples in place, from `*first` on every `step`-th number, backward if that is
+  /// negative. Takes O(count sections) time and no memory that grows with count.
   /// @param start  a StartCondition
   /// @throws CFilterException  `start` is none
-  void Run(Number* samples, std::size_t count, int start) const;
+  void Run(Number* first, std::size_t count, std::ptrdiff_t step, int start) const;
 
  private:
+  static constexpr std::size_t kGroup = 4;  ///< sections that one walk over the samples runs
+
+  struct Samples {
+    Number* first;
+    std::size_t count;
+    std::ptrdiff_t step;
+    Number before;  ///< in front of the first one, by the start condition
+  };
+  /// Sections from `r` on.
   template <std::size_t kColumns>
-  void RunSections(Number* samples, std::size_t count, Number before) const;
+  void RunGroup(const Samples& samples, std::size_t r, std::size_t group) const;
+  template <std::size_t kColumns, std::size_t kSections>
+  void RunSections(const Samples& samples, std::size_t r) const;
 
   std::size_t columns_;
   std::size_t sections_;
   std::vector<Number> b_;  ///< sections x columns
   std::vector<Number> a_;  ///< sections x columns
 };
+
+/// The real parts of one row of `data` in place, from the first sample on or from the last one.
+void RunReal(const FilterCascade<double>& cascade, Value::Matrix& data, std::size_t channel,
+             bool backward, int start);
 
 namespace functions {
 

@@ -8,13 +8,11 @@
 #include "variant/timeline.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace corvath::math::functions {
 
 namespace {
 
-using Complex = Value::Complex;
 using Matrix = Value::Matrix;
 
 constexpr const char* kNoSignal = "Input object of wrong type. Time signal expected.";
@@ -40,18 +38,9 @@ struct Passes {
 /// Each row of `data` forward and, if asked for, backward through `sections`.
 void Run(Matrix& data, const FilterSections& sections, const Passes& passes) {
   const FilterCascade<double> cascade(sections.numerators, sections.denominators);
-  const std::size_t n = data.size2();
-  std::vector<double> samples(n);
   for (std::size_t channel = 0; channel < data.size1(); ++channel) {
-    Complex* const row = data.data().begin() + channel * n;
-    std::transform(row, row + n, samples.begin(), [](const Complex& z) { return z.real(); });
-    cascade.Run(samples.data(), n, passes.start1);
-    if (passes.backward) {
-      std::reverse(samples.begin(), samples.end());
-      cascade.Run(samples.data(), n, passes.start2);
-      std::reverse(samples.begin(), samples.end());
-    }
-    std::copy(samples.begin(), samples.end(), row);
+    RunReal(cascade, data, channel, false, passes.start1);
+    if (passes.backward) RunReal(cascade, data, channel, true, passes.start2);
   }
 }
 
@@ -59,14 +48,18 @@ void Run(Matrix& data, const FilterSections& sections, const Passes& passes) {
 template <class Design>
 Value Filtered(const Value& signal, const Resampling& resampling, const Passes& passes,
                Design design) {
-  const Value source =
-      Equidistant(Ascending(signal), resampling.degree, resampling.d0, resampling.d1);
+  const bool ready = !signal.IsFlipped() && IsEquidistant(signal);
+  const Value own =
+      ready ? Value()
+            : Equidistant(Ascending(signal), resampling.degree, resampling.d0, resampling.d1);
+  const Value& source = ready ? signal : own;
   const Value::Vector& t = source.GetVector();
   const FilterSections sections = design(t(1).real() - t(0).real());
   Matrix data = source.GetMatrix();
   Run(data, sections, passes);
   Value filtered = entrywise::WithData(source, data);
-  return signal.IsFlipped() ? Flip(filtered) : filtered;
+  if (signal.IsFlipped()) return Flip(filtered);
+  return filtered;
 }
 
 /// The filters that differ in their prototype alone. It is made after the checks of the signal and

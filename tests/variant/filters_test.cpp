@@ -185,7 +185,7 @@ TEST(FilterCascade, IsTheDifferenceEquationSectionBySection) {
   for (const std::size_t columns : {3, 5})
     for (const bool complex : {false, true})
       for (const int start : {kStartZero, kStartConstant}) {
-        const std::size_t sections = 3, n = 40;
+        const std::size_t sections = 6, n = 40;
         Value::Matrix b(sections, columns), a(sections, columns);
         for (auto* m : {&b, &a})
           for (Complex& z : m->data()) z = Complex(uniform(engine), complex ? uniform(engine) : 0);
