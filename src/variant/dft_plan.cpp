@@ -62,7 +62,7 @@ std::vector<Complex> Roots(std::size_t n) {
 /// Factors 4, then 2, 3, 5, ... Empty if a prime factor is above kLargestRadix.
 std::vector<std::size_t> Radices(std::size_t n) {
   std::vector<std::size_t> radices;
-  for (const std::size_t radix : {4, 2, 3, 5, 7, 11, 13, 17, 19, 23, 29, 31})
+  for (const std::size_t radix : {4u, 2u, 3u, 5u, 7u, 11u, 13u, 17u, 19u, 23u, 29u, 31u})
     for (; n % radix == 0; n /= radix) radices.push_back(radix);
   static_assert(kLargestRadix == 31, "the list ends there");
   return n == 1 ? radices : std::vector<std::size_t>();

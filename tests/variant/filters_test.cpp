@@ -156,7 +156,7 @@ TEST(FilterDesign, LowOrdersHaveTheKnownSections) {
   // Quarter of the sampling rate: t = 1, the half-band filter (1 + z^-1)^2 / (2 + sqrt(2) +
   // (2 - sqrt(2)) z^-2).
   const FilterSections second = Digitize(ButterworthPrototype(2), Scalar(0.25), kLowPass, 1);
-  for (int j = 0; j < 3; ++j) {
+  for (std::size_t j = 0; j < 3; ++j) {
     const double b[] = {1, 2, 1}, a[] = {2 + std::sqrt(2.0), 0, 2 - std::sqrt(2.0)};
     EXPECT_NEAR(second.numerators(0, j).real(), b[j], 1e-14);
     EXPECT_NEAR(second.denominators(0, j).real(), a[j], 1e-14);
@@ -182,7 +182,7 @@ TEST(FilterCascade, IsTheDifferenceEquationSectionBySection) {
   // Plain complex arithmetic, one section after the other over the whole channel.
   std::mt19937 engine(7);
   std::uniform_real_distribution<double> uniform(-0.4, 0.4);
-  for (const std::size_t columns : {3, 5})
+  for (const std::size_t columns : {3u, 5u})
     for (const bool complex : {false, true})
       for (const int start : {kStartZero, kStartConstant}) {
         const std::size_t sections = 6, n = 40;
@@ -368,7 +368,7 @@ TEST(Filters, SmoothAveragesShrinkingWindows) {
             Text(Sig({3, 2, 1, 0}, {{1.5, 3, 4, 4.5}, {1, 1, 7.0 / 3, 3}})));
   EXPECT_EQ(smooth(XY({0, 1, 1, 2}, {0, 2, 4, 0}), 1), Text(XY({0, 1, 2}, {1.5, 1, 1.5})));
   // Against the sums of the windows themselves, where they start at any place of a block.
-  for (const std::size_t n : {6, 7, 20, 23})
+  for (const std::size_t n : {6u, 7u, 20u, 23u})
     for (std::size_t p = 1; 2 * p <= n; ++p) {
       const Value x = Ramp(n, 1, [](double t) { return std::cos(t * t); });
       Value r;
