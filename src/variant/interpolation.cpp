@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -24,25 +25,37 @@ Reals RealParts(const Value::Vector& v) {
 }
 
 /// For each abscissa of `axis` the segment of `knots` that serves it: the one that holds it, or the
-/// nearest end segment. Knots ascend; of a disordered list the answer is some segment.
+/// nearest end segment. Knots ascend; of a disordered list the answer is some segment. An ascending
+/// axis is one walk along the knots in growing strides, O(m log(n/m + 1)) steps in all.
 std::vector<std::size_t> Locate(const Reals& knots, const Reals& axis) {
   std::vector<std::size_t> segments(axis.size());
   const auto inner_begin = knots.begin() + 1;
   const auto inner_end = knots.end() - 1;
-  std::transform(axis.begin(), axis.end(), segments.begin(), [&](double x) {
-    return static_cast<std::size_t>(std::upper_bound(inner_begin, inner_end, x) - inner_begin);
-  });
+  auto place = inner_begin;  // what is in front of it is not above the abscissa before
+  double before = -std::numeric_limits<double>::infinity();
+  for (std::size_t i = 0; i < axis.size(); ++i) {
+    const double x = axis[i];
+    if (!(x >= before)) place = inner_begin;  // NaN too
+    before = x;
+    std::ptrdiff_t stride = 1;
+    while (stride < inner_end - place && !(x < place[stride])) {
+      place += stride;
+      stride *= 2;
+    }
+    place = std::upper_bound(place, place + std::min(stride, inner_end - place), x);
+    segments[i] = static_cast<std::size_t>(place - inner_begin);
+  }
   return segments;
 }
 
-/// One channel on the new axis.
+/// One channel on the new axis. The arrays that a method was made of must outlive it.
 using Method = std::function<void(const Reals& y, Reals& values)>;
 
 Method Spline(const Reals& t, const Reals& axis, double d0, double d1) {
   if (t.size() < 2)
     throw CDimensionException(
         "Input object of wrong dimension. Signal must have at least length 2 for interpolation.");
-  return [=, segments = Locate(t, axis)](const Reals& y, Reals& values) {
+  return [&t, &axis, d0, d1, segments = Locate(t, axis)](const Reals& y, Reals& values) {
     const ClampedSpline spline(t, y, d0, d1);
     for (std::size_t i = 0; i < axis.size(); ++i) values[i] = spline.Evaluate(segments[i], axis[i]);
   };
@@ -50,7 +63,7 @@ Method Spline(const Reals& t, const Reals& axis, double d0, double d1) {
 
 Method Linear(const Reals& t, const Reals& axis) {
   if (t.size() < 2) throw CDimensionException("Signal must have at least 2 data points.");
-  return [=, segments = Locate(t, axis)](const Reals& y, Reals& values) {
+  return [&t, &axis, segments = Locate(t, axis)](const Reals& y, Reals& values) {
     for (std::size_t i = 0; i < axis.size(); ++i) {
       const std::size_t j = segments[i];
       const double x = axis[i];
@@ -80,7 +93,7 @@ Method Quadratic(const Reals& t, const Reals& axis) {
   std::vector<std::size_t> centres(axis.size());
   std::transform(axis.begin(), axis.end(), centres.begin(),
                  [&t](double x) { return Centre(t, x); });
-  return [=](const Reals& y, Reals& values) {
+  return [&t, &axis, centres = std::move(centres)](const Reals& y, Reals& values) {
     for (std::size_t i = 0; i < axis.size(); ++i) {
       const std::size_t c = centres[i];
       const double x = axis[i];
@@ -119,7 +132,7 @@ Method Lagrange(const Reals& t, const Reals& axis, int degree) {
   for (std::size_t i = 0; i < t.size(); ++i)
     for (std::size_t j = 0; j < t.size(); ++j)
       if (j != i) weights[i] /= (t[i] - t[j]) * scale;
-  return [=](const Reals& y, Reals& values) {
+  return [&t, &axis, weights = std::move(weights)](const Reals& y, Reals& values) {
     for (std::size_t i = 0; i < axis.size(); ++i) {
       double above = 0.0;
       double below = 0.0;
@@ -159,7 +172,8 @@ void Interpolate(Value& result, const Value& signal, const Value::Vector& axis, 
     throw CDimensionException("Signal must have at least 2 data points.");
   if (degree < 0) throw CDimensionException("Degree of interpolation must be positive.");
 
-  const Value source = Ascending(MergeDuplicates(signal));
+  Value source = MergeDuplicates(signal);
+  if (source.IsFlipped()) source = Flip(source);
   const Reals t = RealParts(source.GetVector());
   Reals new_axis = RealParts(axis);
   if (new_axis.size() >= 2 && new_axis.front() > new_axis.back())

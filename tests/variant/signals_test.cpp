@@ -53,6 +53,28 @@ TEST(Interpolate, ReproducesPolynomialsOfItsDegree) {
   ExpectInterpolates([](double t) { return 1 + t * (t * (2 - t * t)); }, knots, inside, 4, 0, 0);
 }
 
+TEST(Interpolate, FindsTheSegmentsOfAnyAxis) {
+  std::vector<Complex> knots;
+  for (int i = 0; i < 100; ++i) knots.push_back(i + 0.4 * std::sin(i));
+  const Value signal = Sampled(knots, [](double t) { return std::cos(t * t); });
+  // Dense, with gaps, beyond both ends, on knots, back and forth; each abscissa also alone.
+  const std::vector<std::vector<Complex>> axes = {
+      {-3, 0, 0.01, 0.5, 0.9, 1.1, 40, 41, 98, 99, 140},
+      {knots[0], knots[1], knots[50], knots[99]},
+      {-5, 60, 3, 3, 80, 79, 2, 120},
+  };
+  for (const auto& axis : axes) {
+    Value r;
+    Interpolate(r, signal, RawVector(axis), kLinear, 0, 0);
+    for (std::size_t i = 0; i < axis.size(); ++i) {
+      Value alone;
+      Interpolate(alone, signal, RawVector({axis[i]}), kLinear, 0, 0);
+      EXPECT_EQ(r.GetMatrix()(0, i), alone.GetMatrix()(0, 0)) << i;
+    }
+    EXPECT_TRUE(axis[0] != knots[0] || r.GetMatrix()(0, 2) == signal.GetMatrix()(0, 50));
+  }
+}
+
 TEST(Interpolate, ClampsTheSplineToItsEndSlopes) {
   Value r;
   const Value zeros = XY({0, 1, 2, 4}, {0, 0, 0, 0});
