@@ -91,6 +91,14 @@ std::string Outcome(Compute&& compute) {
   }
 }
 
+/// Whether an Outcome is a signal, nothing, or a refusal that left the out-parameter alone.
+inline bool IsSignalOrRefusal(const std::string& outcome) {
+  for (const char* begin : {"SIGNAL", "XYDATA", "UNINITIALIZED", "CType: ", "CDomain: ",
+                            "CDimension: ", "CComputation: ", "CFilter: ", "CVariant: "})
+    if (outcome.compare(0, std::char_traits<char>::length(begin), begin) == 0) return true;
+  return false;
+}
+
 }  // namespace support
 
 namespace corvath::math {

@@ -398,6 +398,46 @@ TEST(Filters, SmoothAveragesShrinkingWindows) {
   EXPECT_EQ(smooth(XY({1, 1, 1, 1}, {0, 3, 0, 1}), 2), range);
 }
 
+TEST(Filters, AnswerOrRefuseOddSignals) {
+  // No crash, no endless loop, and nothing thrown but the numeric side's own exceptions.
+  const double huge = 1e308, tiny = 5e-324;
+  const std::vector<Value> signals = {XY({0, 1}, {1, NAN}),
+                                      XY({1, 1, 1}, {1, 2, 3}),
+                                      XY({0, 0, 1}, {1, 2, 3}),
+                                      XY({0, 2, 1, 3}, {1, 2, 3, 4}),
+                                      XY({0, 1, 0}, {1, 2, 3}),
+                                      XY({-huge, 0, huge}, {huge, -huge, huge}),
+                                      XY({0, tiny, 10 * tiny}, {1, 2, 3}),
+                                      XY({0, NAN, 2}, {1, 2, 3}),
+                                      XY({0, 1, INFINITY}, {1, 2, 3}),
+                                      XY({-INFINITY, 1, INFINITY}, {1, 2, 3}),
+                                      XY({3, 2, 0}, {INFINITY, 2, NAN}),
+                                      Value::Signal(RawVector({0, 1, 2}), Value::Matrix(0, 3)),
+                                      Value::Signal(RawVector({0, 1, 3}), Value::Matrix(0, 3)),
+                                      Value()};
+  const std::function<void(Value&, const Value&)> functions[] = {
+      [](Value& r, const Value& s) {
+        fn::butterworthFilter(r, s, Scalar(0.1), 4096, 0, 1, 0, 0, 1, 1, true);
+      },
+      [](Value& r, const Value& s) {
+        fn::chebyOneFilter(r, s, Vec({0.1, 0.2}), 1e300, 3, 3, 0, 0, 0, 1, 1, true);
+      },
+      [](Value& r, const Value& s) {
+        fn::chebyTwoFilter(r, s, Scalar(0.1), 1e-300, 2, 1, 2, 0, 0, 1, 1, true);
+      },
+      [](Value& r, const Value& s) { fn::saeFilter(r, s, Scalar(0.1), 3, 0, 0, 1, 1, true); },
+      [](Value& r, const Value& s) {
+        fn::decimateFilter(r, s, 2147483647, 2147483647, 1, NAN, INFINITY);
+      },
+      [](Value& r, const Value& s) { fn::smoothFilter(r, s, 1); },
+  };
+  for (const auto& f : functions)
+    for (const Value& signal : signals) {
+      const std::string outcome = Outcome([&](Value& r) { f(r, signal); });
+      EXPECT_TRUE(IsSignalOrRefusal(outcome)) << outcome;
+    }
+}
+
 TEST(Filters, RefuseInOrder) {
   const Value x = XY({0, 0.5, 1}, {1, 2, 3});
   const auto butter = [](const Value& s, const Value& cf, int order, int type, int start = 0) {

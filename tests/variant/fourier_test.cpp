@@ -266,6 +266,29 @@ TEST(Fft, OfAMatrixSumsOverBothIndices) {
   EXPECT_EQ(r, Mat({{10, -2}, {-4, 0}}));
 }
 
+TEST(Fft, AnswersOrRefusesOddSignals) {
+  const double huge = 1e308, tiny = 5e-324;
+  const std::vector<Value> signals = {XY({0, 1}, {1, NAN}),
+                                      XY({1, 1, 1}, {1, 2, 3}),
+                                      XY({0, 2, 1, 3}, {1, 2, 3, 4}),
+                                      XY({-huge, 0, huge}, {huge, -huge, huge}),
+                                      XY({0, tiny, 10 * tiny}, {1, 2, 3}),
+                                      XY({0, NAN, 2}, {1, 2, 3}),
+                                      XY({0, 1, INFINITY}, {1, 2, 3}),
+                                      Value::Signal(RawVector({0, 1, 2}), Value::Matrix(0, 3)),
+                                      Value()};
+  using One = void (*)(Value&, const Value&);
+  const auto expect = [](const std::string& outcome) {
+    EXPECT_TRUE(IsSignalOrRefusal(outcome)) << outcome;
+  };
+  for (const Value& signal : signals) {
+    for (const One f : {One(fn::fft), One(fn::ifft), One(fn::fftshift), One(fn::ifftshift)})
+      expect(Outcome([&](Value& r) { f(r, signal); }));
+    expect(Outcome([&](Value& r) { fn::fft(r, signal, 0, NAN, 0); }));
+    expect(Outcome([&](Value& r) { fn::ifft(r, signal, 2147483647, 0, 0); }));
+  }
+}
+
 TEST(Fft, RefusesInOrder) {
   using One = void (*)(Value&, const Value&);
   using Four = void (*)(Value&, const Value&, int, double, double);
