@@ -1,7 +1,6 @@
 #include "variant/filters.h"
 
 #include "foundation/math_exception.h"
-#include "variant/entrywise.h"
 #include "variant/filter_cascade.h"
 #include "variant/filter_design.h"
 #include "variant/resampling.h"
@@ -49,15 +48,15 @@ template <class Design>
 Value Filtered(const Value& signal, const Resampling& resampling, const Passes& passes,
                Design design) {
   const bool ready = !signal.IsFlipped() && IsEquidistant(signal);
-  const Value own =
-      ready ? Value()
+  Value filtered =
+      ready ? signal
             : Equidistant(Ascending(signal), resampling.degree, resampling.d0, resampling.d1);
-  const Value& source = ready ? signal : own;
-  const Value::Vector& t = source.GetVector();
-  const FilterSections sections = design(t(1).real() - t(0).real());
-  Matrix data = source.GetMatrix();
+  const double step = filtered.GetVector()(1).real() - filtered.GetVector()(0).real();
+  const FilterSections sections = design(step);
+  Matrix data;
+  filtered.TakeMatrix(data);
   Run(data, sections, passes);
-  Value filtered = entrywise::WithData(source, data);
+  filtered.SetMatrix(data);
   if (signal.IsFlipped()) return Flip(filtered);
   return filtered;
 }

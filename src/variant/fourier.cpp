@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 namespace corvath::math::functions {
 
@@ -73,7 +74,7 @@ Value OfSignal(const Value& signal, Direction direction) {
   const char* const name = direction == Direction::kForward ? "fft" : "ifft";
   RequireSignal(signal, name);
   if (signal.GetVector().size() < 2) throw CDimensionException(kTooShort);
-  const Value source = Ascending(signal);
+  Value source = Ascending(signal);
   if (!IsEquidistant(source))
     throw CTypeException(std::string(name) + ": Equidistant time signal expected.");
   const Vector& t = source.GetVector();
@@ -85,7 +86,8 @@ Value OfSignal(const Value& signal, Direction direction) {
 
   Vector axis(n);
   for (std::size_t k = 0; k < n; ++k) axis(k) = static_cast<double>(k) * unit;
-  Matrix data = source.GetMatrix();
+  Matrix data;
+  source.TakeMatrix(data);
   if (data.size1() > 0) {
     Transform transform(name, n);
     for (std::size_t channel = 0; channel < data.size1(); ++channel)
@@ -116,7 +118,7 @@ Value Shifted(const Value& signal, const std::string& name, Behind behind) {
   if (source.GetVector()(0) != 0.0)
     throw CDomainException(name + ": Input signal must start at 0.");
   try {
-    source = Equidistant(source, kLinear, 0.0, 0.0);
+    source = Equidistant(std::move(source), kLinear, 0.0, 0.0);
   } catch (const CVariantException& e) {
     throw CVariantException(name + ": Exception within interpolation occured: " + e.what());
   }

@@ -8,7 +8,7 @@
 
 namespace corvath::math {
 
-Value Equidistant(const Value& ascending, int degree, double d0, double d1) {
+Value Equidistant(Value ascending, int degree, double d0, double d1) {
   if (IsEquidistant(ascending)) return ascending;
   double step = SmallestStep(ascending);
   const Value::Vector& t = ascending.GetVector();
