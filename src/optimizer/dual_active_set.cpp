@@ -1,0 +1,394 @@
+#include "optimizer/dual_active_set.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace corvath::algorithm::optimizer {
+
+namespace {
+
+constexpr double kInfinity = 1e30;  // bounds from here on do not exist
+constexpr double kEps = std::numeric_limits<double>::epsilon();
+
+/// A normal whose part outside the active normals is below this share of what its terms could have
+/// given depends on them: rounding reaches a few hundred eps after many rotations.
+constexpr double kDependent = 1e-13;
+
+/// Restarts of the factorisation; each at least doubles the enlargement.
+constexpr int kMaxEnlargements = 200;
+
+/// Residuals of active constraints above this share of max(1, |x|) make a solution worthless.
+constexpr double kUseless = 1e-7;
+
+/// Whether `quantity` stands out of the rounding of a sum of the magnitude `reference`.
+bool IsSignificant(double quantity, double reference) {
+  const double tenth = reference + 0.1 * quantity;
+  return tenth > reference && reference + 0.2 * quantity > tenth;
+}
+
+}  // namespace
+
+DualActiveSet::DualActiveSet(const QuadraticProgram& program, double accuracy, double* work,
+                             std::int32_t* active)
+    : program_(program),
+      accuracy_(accuracy),
+      n_(program.num_variables),
+      m_(program.num_constraints),
+      active_(active),
+      j_(work, n_, n_),
+      triangle_(work + n_ * n_),
+      x_(triangle_ + n_ * (n_ + 1) / 2, n_),
+      multipliers_(x_.data() + n_, n_),
+      normal_(multipliers_.data() + n_, n_),
+      projected_(normal_.data() + n_, n_),
+      direction_(projected_.data() + n_, n_),
+      change_(direction_.data() + n_, n_),
+      bound_flags_(change_.data() + n_, n_),
+      diagonal_(bound_flags_.data() + n_, n_),
+      scales_(diagonal_.data() + n_, m_),
+      residuals_(scales_.data() + m_, m_) {}
+
+double DualActiveSet::Multiplier(std::int32_t k) const {
+  const std::int32_t constraint = active_[k];
+  return constraint <= m_ ? multipliers_(k) * std::abs(scales_(constraint - 1)) : multipliers_(k);
+}
+
+std::int32_t DualActiveSet::Solve(bool factorise, std::int32_t limit, double* x) {
+  bound_flags_.setZero();
+  x_.setZero();
+  if (const std::int32_t answer = ScaleRows(); answer != 0) {
+    std::copy_n(x_.data(), n_, x);
+    return answer;
+  }
+  if (factorise && !Factorise()) return 3;
+  InvertFactor();
+
+  const Eigen::Map<const Eigen::VectorXd> linear(program_.linear, n_);
+  projected_.noalias() = j_.transpose() * linear;
+  x_.noalias() = j_ * projected_;
+  x_ = -x_;
+
+  std::int32_t answer = 0;
+  for (bool refined = false; answer == 0;) {
+    const std::int32_t constraint = MostViolated();
+    if (constraint != 0) {
+      answer = AddConstraint(constraint, limit);
+      refined = false;
+    } else if (!refined) {
+      refined = true;
+      if (!Refine()) answer = 2;
+    } else {
+      break;
+    }
+  }
+  if (!IsFinite()) answer = 3;
+  std::copy_n(x_.data(), n_, x);
+  return answer;
+}
+
+/// Scales the rows to unit normals. A row of zeros that its constant violates is the answer -j.
+std::int32_t DualActiveSet::ScaleRows() {
+  const Eigen::Map<const Eigen::MatrixXd, 0, Eigen::OuterStride<>> rows(
+      program_.rows, m_, n_, Eigen::OuterStride<>(program_.row_dimension));
+  for (Eigen::Index j = 0; j < m_; ++j) {
+    const double norm = rows.row(j).stableNorm();
+    scales_(j) = norm > 0.0 ? 1.0 / norm : 0.0;
+    if (norm > 0.0) continue;
+    const double b = program_.constants[j];
+    if (j < program_.num_equalities ? b != 0.0 : b < 0.0) return -static_cast<std::int32_t>(j + 1);
+  }
+  return 0;
+}
+
+/// R of C = R'R into the upper triangle; false if C is not finite.
+bool DualActiveSet::Factorise() {
+  Eigen::Map<Eigen::MatrixXd, 0, Eigen::OuterStride<>> c(
+      program_.matrix, n_, n_, Eigen::OuterStride<>(program_.matrix_dimension));
+  diagonal_ = c.diagonal();
+  for (int attempt = 0; attempt < kMaxEnlargements; ++attempt) {
+    Eigen::Index k = 0;
+    for (; k < n_; ++k) {
+      for (Eigen::Index i = 0; i < k; ++i)
+        c(i, k) = (c(k, i) - c.col(i).head(i).dot(c.col(k).head(i))) / c(i, i);
+      const double full = diagonal_(k) + enlargement_;
+      const double pivot = full - c.col(k).head(k).squaredNorm();
+      if (!std::isfinite(pivot)) return false;
+      if (pivot <= 0.0 || !IsSignificant(pivot, std::abs(full))) {
+        enlargement_ = std::max(2.0 * enlargement_, enlargement_ + FailedPivotShortfall(k, pivot));
+        break;
+      }
+      c(k, k) = std::sqrt(pivot);
+    }
+    if (k == n_) return true;
+  }
+  return false;
+}
+
+/// Twice the curvature that C lacks along the vector v with v_k = 1 that makes the failed pivot its
+/// quadratic form: v'Cv / v'v bounds the smallest eigenvalue from above.
+double DualActiveSet::FailedPivotShortfall(Eigen::Index pivot, double value) {
+  const Eigen::Map<const Eigen::MatrixXd, 0, Eigen::OuterStride<>> c(
+      program_.matrix, n_, n_, Eigen::OuterStride<>(program_.matrix_dimension));
+  auto v = normal_.head(pivot);
+  v = c.col(pivot).head(pivot);
+  for (Eigen::Index k = pivot - 1; k >= 0; --k) {
+    v(k) /= c(k, k);
+    v.head(k) -= v(k) * c.col(k).head(k);
+  }
+  const double largest = diagonal_.cwiseAbs().maxCoeff();
+  const double floor = largest > 0.0 ? 1e-10 * largest : 1.0;
+  return std::max(2.0 * -value / (1.0 + v.squaredNorm()), floor);
+}
+
+/// J = R^-1, column by column; no constraint is active yet.
+void DualActiveSet::InvertFactor() {
+  const Eigen::Map<const Eigen::MatrixXd, 0, Eigen::OuterStride<>> r(
+      program_.matrix, n_, n_, Eigen::OuterStride<>(program_.matrix_dimension));
+  j_.setZero();
+  for (Eigen::Index k = 0; k < n_; ++k) {
+    auto y = j_.col(k);
+    y(k) = 1.0;
+    for (Eigen::Index i = k; i >= 0; --i) {
+      y(i) /= r(i, i);
+      y.head(i) -= y(i) * r.col(i).head(i);
+    }
+  }
+}
+
+double DualActiveSet::Tolerance() const {
+  return accuracy_ * std::max(1.0, x_.norm());
+}
+
+/// Distance to the constraint, negative outside.
+double DualActiveSet::Residual(std::int32_t constraint) const {
+  const Eigen::Index k = constraint - 1;
+  if (k < m_) {
+    const Eigen::Map<const Eigen::VectorXd, 0, Eigen::InnerStride<>> row(
+        program_.rows + k, n_, Eigen::InnerStride<>(program_.row_dimension));
+    return (row.dot(x_) + program_.constants[k]) * std::abs(scales_(k));
+  }
+  if (k < m_ + n_) return x_(k - m_) - program_.lower[k - m_];
+  return program_.upper[k - m_ - n_] - x_(k - m_ - n_);
+}
+
+/// The inactive constraint farthest from being satisfied, equalities first; 0 if all are satisfied.
+std::int32_t DualActiveSet::MostViolated() {
+  const double tolerance = Tolerance();
+  if (m_ > 0) {
+    const Eigen::Map<const Eigen::MatrixXd, 0, Eigen::OuterStride<>> rows(
+        program_.rows, m_, n_, Eigen::OuterStride<>(program_.row_dimension));
+    residuals_ = Eigen::Map<const Eigen::VectorXd>(program_.constants, m_);
+    residuals_.noalias() += rows * x_;
+  }
+  double worst = tolerance;
+  std::int32_t found = 0;
+  const auto try_one = [&](double violation, Eigen::Index constraint) {
+    if (!(violation > worst)) return;
+    worst = violation;
+    found = static_cast<std::int32_t>(constraint + 1);
+  };
+  for (Eigen::Index j = 0; j < program_.num_equalities; ++j)
+    if (scales_(j) > 0.0) try_one(std::abs(residuals_(j)) * scales_(j), j);
+  if (found != 0) return found;
+  for (Eigen::Index j = program_.num_equalities; j < m_; ++j)
+    if (scales_(j) > 0.0) try_one(-residuals_(j) * scales_(j), j);
+  for (Eigen::Index i = 0; i < n_; ++i) {
+    const int flags = static_cast<int>(bound_flags_(i));
+    if ((flags & 1) == 0 && program_.lower[i] > -kInfinity)
+      try_one(program_.lower[i] - x_(i), m_ + i);
+    if ((flags & 2) == 0 && program_.upper[i] < kInfinity)
+      try_one(x_(i) - program_.upper[i], m_ + n_ + i);
+  }
+  return found;
+}
+
+/// Brings a violated constraint into the active set, dropping others where their multipliers reach
+/// zero on the way. 0, or an answer of Solve.
+std::int32_t DualActiveSet::AddConstraint(std::int32_t constraint, std::int32_t limit) {
+  const double side = Residual(constraint) < 0.0 ? 1.0 : -1.0;  // -1: an equality from above
+  double multiplier = 0.0;
+  for (;;) {
+    if (++num_changes_ > limit) return 1;
+    const bool independent = StepDirections(constraint);
+
+    // How far the multipliers of the active inequalities stay non-negative.
+    double dual_step = std::numeric_limits<double>::infinity();
+    std::int32_t blocking = -1;
+    const double noise =
+        num_active_ > 0 ? 10.0 * kEps * change_.head(num_active_).cwiseAbs().maxCoeff() : 0.0;
+    for (std::int32_t k = 0; k < num_active_; ++k) {
+      const double rate = side * change_(k);
+      if (IsEquality(active_[k]) || rate <= noise) continue;
+      const double step = multipliers_(k) / rate;
+      if (step < dual_step) {
+        dual_step = step;
+        blocking = k;
+      }
+    }
+    double full_step = std::numeric_limits<double>::infinity();
+    if (independent) {
+      const double curvature = projected_.tail(n_ - num_active_).squaredNorm();
+      full_step = std::max(-side * Residual(constraint), 0.0) / curvature;
+      if (!std::isfinite(full_step)) return 3;
+    }
+    if (blocking < 0 && !independent) return -constraint;
+
+    const double step = std::min(dual_step, full_step);
+    multipliers_.head(num_active_) -= side * step * change_.head(num_active_);
+    multiplier += side * step;
+    if (independent) x_ += side * step * direction_;
+    if (independent && full_step <= dual_step) {
+      Append(constraint, multiplier);
+      return 0;
+    }
+    Drop(blocking);
+  }
+}
+
+void DualActiveSet::LoadNormal(std::int32_t constraint) {
+  const Eigen::Index k = constraint - 1;
+  if (k < m_) {
+    const Eigen::Map<const Eigen::VectorXd, 0, Eigen::InnerStride<>> row(
+        program_.rows + k, n_, Eigen::InnerStride<>(program_.row_dimension));
+    normal_ = row * std::abs(scales_(k));
+    return;
+  }
+  normal_.setZero();
+  if (k < m_ + n_)
+    normal_(k - m_) = 1.0;
+  else
+    normal_(k - m_ - n_) = -1.0;
+}
+
+/// The primal direction J2 J2' n and the dual one T^-1 J1' n of a normal n. False if n depends on
+/// the active normals; then there is no primal direction.
+bool DualActiveSet::StepDirections(std::int32_t constraint) {
+  LoadNormal(constraint);
+  projected_.noalias() = j_.transpose() * normal_;
+  const Eigen::Index q = num_active_;
+
+  change_.head(q) = projected_.head(q);
+  for (Eigen::Index k = q - 1; k >= 0; --k) {
+    const double* const column = Column(k);
+    change_(k) /= column[k];
+    change_.head(k) -= change_(k) * Eigen::Map<const Eigen::VectorXd>(column, k);
+  }
+
+  double free = 0.0, reference = 0.0;
+  for (Eigen::Index k = q; k < n_; ++k) {
+    const double magnitude = j_.col(k).cwiseProduct(normal_).cwiseAbs().sum();
+    if (!IsSignificant(std::abs(projected_(k)), magnitude)) projected_(k) = 0.0;
+    free += projected_(k) * projected_(k);
+    reference += magnitude * magnitude;
+  }
+  if (!(free > kDependent * kDependent * reference)) return false;
+  direction_.noalias() = j_.rightCols(n_ - q) * projected_.tail(n_ - q);
+  return true;
+}
+
+/// Makes the constraint of the last StepDirections the (q + 1)-th active one: a reflection of the
+/// free columns of J turns J2' n into a multiple of the first unit vector.
+void DualActiveSet::Append(std::int32_t constraint, double multiplier) {
+  const Eigen::Index q = num_active_;
+  auto tail = projected_.tail(n_ - q);
+  const double norm = tail.norm();
+  const double target = tail(0) > 0.0 ? -norm : norm;
+  tail(0) -= target;  // v, with J2 v = direction - target J e_q
+  const double square = tail.squaredNorm();
+  if (square > 0.0) {
+    normal_ = direction_ - target * j_.col(q);
+    for (Eigen::Index k = q; k < n_; ++k) j_.col(k) -= (2.0 / square * tail(k - q)) * normal_;
+  }
+  double* const column = Column(q);
+  std::copy_n(projected_.data(), q, column);
+  column[q] = target;
+  active_[q] = constraint;
+  multipliers_(q) = multiplier;
+  ++num_active_;
+  SetActiveFlag(constraint, true);
+}
+
+/// Takes the active constraint at `position` out; rotations make T triangular again.
+void DualActiveSet::Drop(std::int32_t position) {
+  SetActiveFlag(active_[position], false);
+  for (Eigen::Index k = position + 1; k < num_active_; ++k) {
+    double* const column = Column(k);
+    const double r = std::hypot(column[k - 1], column[k]);
+    const double c = column[k - 1] / r, s = column[k] / r;
+    column[k - 1] = r;
+    for (Eigen::Index l = k + 1; l < num_active_; ++l) {
+      double* const later = Column(l);
+      const double upper = later[k - 1], lower = later[k];
+      later[k - 1] = c * upper + s * lower;
+      later[k] = c * lower - s * upper;
+    }
+    for (Eigen::Index i = 0; i < n_; ++i) {
+      const double left = j_(i, k - 1), right = j_(i, k);
+      j_(i, k - 1) = c * left + s * right;
+      j_(i, k) = c * right - s * left;
+    }
+    std::copy_n(column, k, Column(k - 1));
+    active_[k - 1] = active_[k];
+    multipliers_(k - 1) = multipliers_(k);
+  }
+  --num_active_;
+}
+
+void DualActiveSet::SetActiveFlag(std::int32_t constraint, bool active) {
+  const Eigen::Index k = constraint - 1;
+  if (k < m_) {
+    scales_(k) = active ? -std::abs(scales_(k)) : std::abs(scales_(k));
+    return;
+  }
+  const bool is_lower = k < m_ + n_;
+  bound_flags_(is_lower ? k - m_ : k - m_ - n_) += (active ? 1.0 : -1.0) * (is_lower ? 1.0 : 2.0);
+}
+
+/// One Newton step on the optimality conditions of the active set takes out the rounding of the
+/// walk. False if the active constraints do not even nearly hold.
+bool DualActiveSet::Refine() {
+  const Eigen::Map<const Eigen::MatrixXd, 0, Eigen::OuterStride<>> r(
+      program_.matrix, n_, n_, Eigen::OuterStride<>(program_.matrix_dimension));
+  const Eigen::Index q = num_active_;
+
+  // Gradient of the Lagrangian, with C = R'R.
+  for (Eigen::Index i = 0; i < n_; ++i) direction_(i) = r.row(i).tail(n_ - i).dot(x_.tail(n_ - i));
+  for (Eigen::Index i = 0; i < n_; ++i)
+    projected_(i) = r.col(i).head(i + 1).dot(direction_.head(i + 1)) + program_.linear[i];
+  double worst = 0.0;
+  for (Eigen::Index k = 0; k < q; ++k) {
+    LoadNormal(active_[k]);
+    projected_ -= multipliers_(k) * normal_;
+    change_(k) = -Residual(active_[k]);
+    worst = std::max(worst, std::abs(change_(k)));
+  }
+  if (!(worst <= std::max(kUseless, 1e3 * accuracy_) * std::max(1.0, x_.norm()))) return false;
+  direction_.noalias() = j_.transpose() * projected_;
+
+  // dx = J (y1, -J2'g) with T'y1 = -residual; the multipliers change by T^-1 (J1'g + y1).
+  for (Eigen::Index k = 0; k < q; ++k) {
+    const double* const column = Column(k);
+    change_(k) -= Eigen::Map<const Eigen::VectorXd>(column, k).dot(change_.head(k));
+    change_(k) /= column[k];
+  }
+  projected_.head(q) = change_.head(q);
+  projected_.tail(n_ - q) = -direction_.tail(n_ - q);
+  change_.head(q) += direction_.head(q);
+  for (Eigen::Index k = q - 1; k >= 0; --k) {
+    const double* const column = Column(k);
+    change_(k) /= column[k];
+    change_.head(k) -= change_(k) * Eigen::Map<const Eigen::VectorXd>(column, k);
+  }
+  x_.noalias() += j_ * projected_;
+  multipliers_.head(q) += change_.head(q);
+  for (Eigen::Index k = 0; k < q; ++k)
+    if (!IsEquality(active_[k])) multipliers_(k) = std::max(multipliers_(k), 0.0);
+  return true;
+}
+
+bool DualActiveSet::IsFinite() const {
+  return x_.allFinite() && multipliers_.head(num_active_).allFinite();
+}
+
+}  // namespace corvath::algorithm::optimizer

@@ -1,0 +1,184 @@
+#include "optimizer/collected_run.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+using corvath::algorithm::optimizer::NLPQLPInterface;
+using support::CollectedProblem;
+using support::CollectedRun;
+using support::Gradients;
+
+namespace {
+
+/// Where a run ends in a published local minimum, with its objective.
+const std::map<int, double> kLocalMinima = {
+    {16, 23.14466094}, {20, 40.19872981}, {33, -4.0}, {55, 20.0 / 3.0}};
+
+/// Where the stopping test holds before the constraints or the last digits of a flat optimum do: it
+/// asks for a violation below sqrt(1e-7) and for a change of f below 1e-7.
+const std::set<int> kStopEarly = {6, 8, 26, 27, 46, 49, 65};
+
+/// 13 has no multipliers at its optimum. The first linearisations of 17 and the redundant
+/// equalities of 55 are consistent in one point alone, which the rounding of differences removes.
+bool IsIrregular(int number, Gradients gradients) {
+  return number == 13 || (gradients == Gradients::kCentral && (number == 17 || number == 55));
+}
+
+TEST(NLPQLP, SolvesThePublishedCollection) {
+  ASSERT_EQ(support::HockSchittkowski().size(), 82u);
+  for (const Gradients gradients : {Gradients::kAnalytic, Gradients::kCentral}) {
+    int num_solved = 0;
+    for (const CollectedProblem& problem : support::HockSchittkowski()) {
+      if (IsIrregular(problem.number, gradients)) continue;
+      const CollectedRun run = support::RunCollected(problem, gradients);
+      SCOPED_TRACE(problem.number);
+      if (const auto local = kLocalMinima.find(problem.number); local != kLocalMinima.end()) {
+        EXPECT_EQ(run.ifail, 0);
+        EXPECT_NEAR(run.f, local->second, 1e-6 * std::abs(local->second));
+        EXPECT_LE(run.violation, 1e-7);
+      } else if (kStopEarly.count(problem.number) != 0) {
+        EXPECT_EQ(run.ifail, 0);
+        EXPECT_NEAR(run.f, problem.optimum, 1e-4);
+        EXPECT_LE(run.violation, std::sqrt(1e-7));
+      } else {
+        EXPECT_TRUE(support::IsSolved(problem, run))
+            << "IFAIL " << run.ifail << ", f " << run.f << ", violation " << run.violation;
+        num_solved += support::IsSolved(problem, run);
+      }
+    }
+    EXPECT_GE(num_solved, 67);
+  }
+}
+
+TEST(NLPQLP, SearchesAtSeveralPointsAtOnce) {
+  for (const CollectedProblem& problem : support::HockSchittkowski()) {
+    if (problem.number != 1 && problem.number != 43 && problem.number != 100) continue;
+    const CollectedRun run = support::RunCollected(problem, Gradients::kAnalytic, 6);
+    EXPECT_TRUE(support::IsSolved(problem, run)) << problem.number << ": IFAIL " << run.ifail;
+  }
+}
+
+/// Two variables, the sum of squares about (1, 2), x1 + x2 <= 2.
+class SmallProblem {
+ public:
+  SmallProblem() : core(2, 0, 1, 1) {}
+  void SetValues() {
+    core.F(0) = std::pow(core.X(0, 0) - 1.0, 2) + std::pow(core.X(1, 0) - 2.0, 2);
+    core.G(0, 0) = 2.0 - core.X(0, 0) - core.X(1, 0);
+  }
+  void SetGradients() {
+    core.DF.head(2) << 2.0 * (core.X(0, 0) - 1.0), 2.0 * (core.X(1, 0) - 2.0);
+    core.DG.row(0).head(2) << -1.0, -1.0;
+  }
+  /// Calls the core to the end; `spoil` may change what the client answered.
+  template <class Spoil>
+  std::int32_t Run(Spoil&& spoil) {
+    SetValues();
+    SetGradients();
+    spoil(0);
+    int calls = 0;
+    for (core.Step(); core.IFAIL < 0 && calls < 10000; core.Step()) {
+      ++calls;
+      if (core.IFAIL == -1)
+        SetValues();
+      else
+        SetGradients();
+      spoil(calls);
+    }
+    return core.IFAIL;
+  }
+  std::int32_t Run() {
+    return Run([](int) {});
+  }
+  NLPQLPInterface core;
+};
+
+TEST(NLPQLP, GivesMultipliersAndTakesAFirstMatrix) {
+  SmallProblem plain;
+  EXPECT_EQ(plain.Run(), 0);
+  // Projection of (1, 2) onto the line: (0.5, 1.5); gradient (-1, -1) = u (-1, -1).
+  EXPECT_NEAR(plain.core.X(0, 0), 0.5, 1e-7);
+  EXPECT_NEAR(plain.core.X(1, 0), 1.5, 1e-7);
+  EXPECT_NEAR(plain.core.U(0), 1.0, 1e-6);
+  SmallProblem exact;
+  exact.core.MODE = 1;
+  exact.core.C.topLeftCorner(2, 2) = 2.0 * Eigen::Matrix2d::Identity();
+  int num_calls = 0;
+  EXPECT_EQ(exact.Run([&](int calls) { num_calls = calls; }), 0);
+  EXPECT_EQ(num_calls, 2);  // with the exact matrix one step and one gradient
+  EXPECT_NEAR(exact.core.X(0, 0), 0.5, 1e-12);
+}
+
+TEST(NLPQLP, EndsWhateverTheClientAnswers) {
+  const double nan = std::nan("");
+  for (int spoiled = 0; spoiled < 6; ++spoiled) {
+    const auto run = [&](auto&& set) {
+      SmallProblem problem;
+      const std::int32_t ifail = problem.Run([&](int calls) {
+        if (calls >= spoiled) set(problem.core);
+      });
+      EXPECT_GE(ifail, 0) << spoiled;
+      return ifail;
+    };
+    run([&](NLPQLPInterface& core) { core.F(0) = nan; });
+    run([&](NLPQLPInterface& core) { core.G(0, 0) = nan; });
+    run([&](NLPQLPInterface& core) { core.DF(0) = nan; });
+    run([&](NLPQLPInterface& core) { core.DG(0, 1) = nan; });
+    if (spoiled == 0) {
+      EXPECT_EQ(run([&](NLPQLPInterface& core) { core.DF(0) = nan; }), 10);
+    }
+  }
+  // A function that only rises: two line searches of 20 trials, then error 4 at the start point.
+  SmallProblem rising;
+  double level = 1.0;
+  rising.core.MAX_NM = 10;
+  rising.core.TOL_NM = 0.0;
+  EXPECT_EQ(rising.Run([&](int) { rising.core.F(0) = level *= 10.0; }), 4);
+  EXPECT_EQ(rising.core.X(0, 0), 0.0);
+  EXPECT_EQ(rising.core.F(0), 10.0);
+}
+
+TEST(NLPQLP, RefusesWrongArguments) {
+  struct Case {
+    void (*change)(NLPQLPInterface&);
+    std::int32_t ifail;
+  };
+  const Case cases[] = {
+      {[](NLPQLPInterface& c) { c.L = 0; }, 6},
+      {[](NLPQLPInterface& c) { c.N = 0; }, 6},
+      {[](NLPQLPInterface& c) { c.NMAX = 2; }, 6},
+      {[](NLPQLPInterface& c) { c.M = 2; }, 6},
+      {[](NLPQLPInterface& c) { c.ME = 2; }, 6},
+      {[](NLPQLPInterface& c) { c.MNN2 = 6; }, 6},
+      {[](NLPQLPInterface& c) { c.IPRINT = -1; }, 9},
+      {[](NLPQLPInterface& c) { c.MODE = 2; }, 9},
+      {[](NLPQLPInterface& c) { c.MAX_NM = 51; }, 9},
+      {[](NLPQLPInterface& c) { c.MAXFUN = 51; }, 9},
+      {[](NLPQLPInterface& c) { c.MAXIT = -1; }, 9},
+      {[](NLPQLPInterface& c) { c.IOUT = 0; }, 9},
+      {[](NLPQLPInterface& c) { c.IFAIL = -3; }, 9},
+      {[](NLPQLPInterface& c) { c.STPMIN = -1.0; }, 9},
+      {[](NLPQLPInterface& c) { c.TOL_NM = -1.0; }, 9},
+      {[](NLPQLPInterface& c) { c.ACCQP = std::nan(""); }, 9},
+      {[](NLPQLPInterface& c) { c.ACC = 0.0; }, 9},
+      {[](NLPQLPInterface& c) { c.WA.resize(10); }, 5},
+      {[](NLPQLPInterface& c) { c.KWA.resize(9); }, 5},
+      {[](NLPQLPInterface& c) { c.KWA.resize(10); }, 5},  // none left for the QP solver
+      {[](NLPQLPInterface& c) { c.ACTIVE.resize(11); }, 5},
+      {[](NLPQLPInterface& c) { c.XL(1) = 3.0; }, 8},
+      {[](NLPQLPInterface& c) { c.X(0, 0) = std::nan(""); }, 8},
+      {[](NLPQLPInterface& c) { c.MAXIT = 1; }, 1},
+  };
+  for (const Case& one : cases) {
+    SmallProblem problem;
+    problem.SetValues();
+    problem.SetGradients();
+    one.change(problem.core);
+    problem.core.Step();
+    EXPECT_EQ(problem.core.IFAIL, one.ifail) << &one - cases;
+  }
+}
+
+}  // namespace
