@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -31,6 +32,19 @@ struct SolveOptions {
 
 /// Predicts at each row of a CSV. Works in blocks, so that memory does not grow with the rows.
 void RunSolve(const SolveOptions& options);
+
+struct SampleOptions {
+  std::string scheme;               ///< its name, or the beginning that no other name has
+  std::uint64_t n = 0;              ///< number of points, levels or degree, as the scheme wants it
+  std::uint32_t seed = 1;           ///< of the random schemes
+  std::vector<std::string> inputs;  ///< see SampleInputs
+  std::string from;                 ///< a project file, in place of `inputs`
+  std::string hash;                 ///< expected signature of `from`; empty: not checked
+  std::string out = "-";            ///< CSV; "-" is standard output
+};
+
+/// Writes a CSV of points in the units of the inputs, one column each.
+void RunSample(const SampleOptions& options);
 
 /// Prints the SHA-512 signature of `file`.
 void RunHash(const std::string& file);

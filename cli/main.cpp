@@ -69,6 +69,46 @@ void AddEval(CLI::App& app) {
   command->callback([] { cli::RunEval(expression, definitions); });
 }
 
+void AddSample(CLI::App& app) {
+  auto* const command = app.add_subcommand(
+      "sample",
+      "Make points at which to evaluate a design study\n\n"
+      "Schemes, of which the first letters suffice: center-point, full-factorial, axial-points,\n"
+      "star-points, koshal, koshal-linear, koshal-quadratic, central-composite, mixed-terms,\n"
+      "box-behnken, full-combinatorial, latin-hypercube-sampling,\n"
+      "latin-hypercube-sampling-midpoint, orthogonal-latin-hypercube-sampling,\n"
+      "space-filling-latin-hypercube-sampling, advanced-latin-hypercube-sampling,\n"
+      "sobol-sequence, plain-monte-carlo, fekete-points.\n"
+      "fekete-points lie on a sphere within the bounds. Random inputs of a project follow their\n"
+      "distributions and correlations; the levels of the first eleven schemes then span three\n"
+      "standard deviations of a normal variable to each side.");
+  static cli::SampleOptions options;
+  command->add_option("--scheme", options.scheme, "How to place the points")->required();
+  command
+      ->add_option("--n", options.n,
+                   "Number of points; of levels per input for full-factorial, of steps on an "
+                   "axis for axial-points and star-points, degree 1 or 2 for koshal")
+      ->check(CLI::NonNegativeNumber);
+  auto* const inputs =
+      command
+          ->add_option("--inputs", options.inputs,
+                       "Inputs: name:low:high, or name:{a;b;c} with all states of a discrete one")
+          ->delimiter(',');
+  auto* const from = command->add_option("--from", options.from,
+                                         "Take the inputs of this project file (.vrdb) instead");
+  inputs->excludes(from);
+  command->add_option("--hash", options.hash, "Refuse that file unless this is its signature")
+      ->needs(from);
+  command->add_option("--seed", options.seed, "The same seed gives the same points")
+      ->check(CLI::NonNegativeNumber)
+      ->capture_default_str();
+  command->add_option("--out", options.out, "Result; - is standard output")->capture_default_str();
+  command->callback([inputs, from] {
+    if (inputs->empty() && from->empty()) throw CLI::RequiredError("--inputs or --from");
+    cli::RunSample(options);
+  });
+}
+
 void AddHash(CLI::App& app) {
   auto* const command = app.add_subcommand("hash", "Print the SHA-512 signature of a file");
   static std::string file;
@@ -89,6 +129,7 @@ int main(int argc, char** argv) {
   AddInfo(app);
   AddSolve(app);
   AddEval(app);
+  AddSample(app);
   AddHash(app);
   try {
     app.parse(argc, argv);

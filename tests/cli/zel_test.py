@@ -10,6 +10,7 @@ import pathlib
 import pty
 import random
 import shutil
+import statistics
 import subprocess
 import sys
 import tempfile
@@ -221,6 +222,121 @@ class Zel(unittest.TestCase):
             result = subprocess.run([ZEL, "solve", SAMPLE, "--in", "-"], input=table(designs(5)),
                                     stdout=full, stderr=subprocess.PIPE, timeout=60)
         self.refused(result, "standard output", "No space left")
+
+    def sample(self, *arguments):
+        """The names and rows that zel sample writes."""
+        result = zel("sample", *arguments)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        header, *rows = csv.reader(io.StringIO(result.stdout.decode()))
+        return header, [[float(cell) for cell in row] for row in rows]
+
+    def test_sample_writes_points_in_the_inputs_units(self):
+        header, rows = self.sample("--scheme", "full-factorial", "--n", "3",
+                                   "--inputs", "x:10:20,a:b:-3:1,state:{8;2;4}")
+        self.assertEqual(header, ["x", "a:b", "state"])
+        self.assertEqual(rows, [[x, a, state] for state in (2, 4, 8) for a in (-3, -1, 1)
+                                for x in (10, 15, 20)])
+        # The middle of five states is the one nearest to the middle of their range.
+        self.assertEqual(self.sample("--scheme", "full-f", "--n", "3", "--inputs",
+                                     "x:{1;2;7;30;31}")[1], [[1], [7], [31]])
+        self.assertEqual(self.sample("--scheme", "box", "--inputs", "x:0:2,y:0:2,z:0:2")[1][0],
+                         [0, 0, 1])
+
+    def test_sample_knows_every_scheme(self):
+        counts = {"center-point": 1, "full-factorial": 12 * 12 * 3, "axial-points": 1 + 12 + 12 + 2,
+                  "star-points": 1 + 24 + 24 + 2, "central-composite": 7 + 8, "mixed-terms": 3,
+                  "koshal-linear": 4, "koshal-quadratic": 10, "box-behnken": 13,
+                  "full-combinatorial": 27}
+        for scheme in ["latin-hypercube-sampling", "latin-hypercube-sampling-midpoint", "ortho",
+                       "sobol", "plain", "fekete", "space", "advanced"]:
+            counts[scheme] = 12
+        for scheme, count in counts.items():
+            with self.subTest(scheme):
+                arguments = ["--scheme", scheme, "--n", "12",
+                             "--inputs", "x:10:20,y:-1:1,z:{0.1;0.2;0.3}"]
+                _, rows = self.sample(*arguments)
+                self.assertEqual(len(rows), count)
+                for x, y, z in rows:
+                    self.assertTrue(10 <= x <= 20 and -1 <= y <= 1)
+                    self.assertIn(z, (0.1, 0.2, 0.3))
+                self.assertEqual(rows, self.sample(*arguments)[1])
+                random_scheme = count == 12 and scheme != "sobol"
+                other = self.sample(*arguments, "--seed", "2")[1]
+                self.assertEqual(rows != other, random_scheme)
+        self.assertEqual(len(self.sample("--scheme", "koshal", "--n", "2",
+                                         "--inputs", "x:0:1,y:0:1")[1]), 6)
+
+    def test_sample_of_a_project_can_be_solved(self):
+        path = self.path / "sample.csv"
+        self.assertEqual(zel("sample", "--scheme", "space", "--n", "30", "--from", SAMPLE,
+                             "--out", str(path)).returncode, 0)
+        header, *rows = csv.reader(io.StringIO(path.read_text()))
+        self.assertEqual(header, INPUTS)
+        for column in zip(*rows):  # one value in the middle of each of 30 intervals
+            values = sorted(map(float, column))
+            steps = [b - a for a, b in zip(values, values[1:])]
+            self.assertAlmostEqual(min(steps), max(steps), places=12)
+        result = zel("solve", SAMPLE, "--in", str(path), "--extrapolate")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual(result.stdout.count(b"\n"), 31)
+
+    def test_sample_of_random_inputs_follows_distributions_and_correlations(self):
+        project = str(pathlib.Path(SAMPLE).with_name("zel_tenbar_random.vrdb"))
+        header, rows = self.sample("--scheme", "ortho", "--n", "4000", "--from", project)
+        columns = dict(zip(header, zip(*rows)))
+        # Mean and standard deviation, as the project states them; each far beyond the error of
+        # 4000 stratified values.
+        for name, mean, sigma in [("modulus", 1e4, 500), ("load_outer", 100, 12),
+                                  ("load_inner", 100, 10)]:
+            self.assertAlmostEqual(statistics.mean(columns[name]), mean, delta=0.02 * sigma)
+            self.assertAlmostEqual(statistics.stdev(columns[name]), sigma, delta=0.03 * sigma)
+
+        def correlation(a, b):
+            a, b = columns[a], columns[b]
+            products = sum((x - statistics.mean(a)) * (y - statistics.mean(b)) for x, y in zip(a, b))
+            return products / (len(a) - 1) / statistics.stdev(a) / statistics.stdev(b)
+
+        mean_of = {name: statistics.mean(values) for name, values in columns.items()}
+        self.assertEqual(set(mean_of), set(header))
+        self.assertAlmostEqual(correlation("load_outer", "load_inner"), 0.6, delta=0.04)
+        self.assertAlmostEqual(correlation("area_1", "area_3"), 0.4, delta=0.05)
+        self.assertAlmostEqual(correlation("modulus", "load_inner"), 0.0, delta=0.05)
+        # Levels of a grid are standard deviations: the centre is the median of each variable.
+        center = self.sample("--scheme", "center", "--from", project)[1][0]
+        self.assertAlmostEqual(center[header.index("load_inner")], 100, places=9)
+        self.assertAlmostEqual(center[header.index("modulus")], 1e4 / math.sqrt(1 + 0.05**2),
+                               places=6)
+
+    def test_sample_refuses_and_says_why(self):
+        cases = [
+            ("sobol", "0", "x:0:1", "--n"),
+            ("full", "3", "x:0:1", "full-factorial"),
+            ("", "3", "x:0:1", "--scheme"),
+            ("full-f", "1", "x:0:1", "minimum value"),
+            ("full-f", "1000000000000", "x:0:1", "too large"),
+            ("plain", "1000000000000", "x:0:1", "too large"),
+            ("full-f", "1000000000000", "x:0:1,y:0:1", "maximum value"),
+            ("star", "18446744073709551615", "x:0:1", "maximum value"),
+            ("d-optimal-linear", "3", "x:0:1", "d-optimal"),
+            ("box", "1", "x:0:1,y:0:1", "Number of Parameters (2)"),
+            ("box", "1", "x:0:1,y:0:1,z:{1;2}", "at least 3 states"),
+            ("sobol", "9", "x:0", "name:low:high"),
+            ("sobol", "9", "x:0:one", '"one"'),
+            ("sobol", "9", "x:0:nan", '"nan"'),
+            ("sobol", "9", "x:2:1", "lower bound"),
+            ("sobol", "9", ":0:1", "no name"),
+            ("sobol", "9", "x:{}", "not a finite number"),
+            ("sobol", "9", "x:{1;1}", "twice"),
+            ("sobol", "9", "x:0:1,x:0:2", "twice"),
+        ]
+        for scheme, n, inputs, text in cases:
+            with self.subTest(scheme=scheme, n=n, inputs=inputs):
+                self.refused(zel("sample", "--scheme", scheme, "--n", n, "--inputs", inputs), text)
+        self.refused(zel("sample", "--scheme", "sobol", "--n", "9", "--from", "no.vrdb"), "no.vrdb")
+        for arguments in [["--n", "9"], ["--n", "-9", "--inputs", "x:0:1"],
+                          ["--n", "9", "--inputs", "x:0:1", "--from", SAMPLE],
+                          ["--n", "9", "--inputs", "x:0:1", "--seed", "4294967296"]]:
+            self.assertEqual(zel("sample", "--scheme", "sobol", *arguments).returncode, 2)
 
     def test_hash_is_the_sha512_and_ties_calls_to_the_file(self):
         digest = hashlib.sha512(pathlib.Path(SAMPLE).read_bytes()).hexdigest()
