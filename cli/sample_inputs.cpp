@@ -157,8 +157,11 @@ double SampleInputs::ToUnits(const Domain& domain, double x) {
     const double share = 0.5 * (x + 1.0);
     return std::clamp((1.0 - share) * domain.low + share * domain.high, domain.low, domain.high);
   }
-  const auto found = std::lower_bound(domain.positions.begin(), domain.positions.end() - 1, x);
-  return domain.states[static_cast<std::size_t>(found - domain.positions.begin())];
+  // As a rule `x` is a position itself; points on a sphere take the nearest one.
+  const auto& positions = domain.positions;
+  auto found = std::lower_bound(positions.begin(), positions.end() - 1, x);
+  if (found != positions.begin() && x - *(found - 1) < *found - x) --found;
+  return domain.states[static_cast<std::size_t>(found - positions.begin())];
 }
 
 Eigen::MatrixXd SampleInputs::ToUnits(const Eigen::MatrixXd& points, bool is_grid) const {

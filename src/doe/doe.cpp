@@ -127,19 +127,14 @@ void DOE::BuildRandom(std::int32_t type, std::uint64_t n) {
 }
 
 void DOE::BuildSobol(std::uint64_t n) {
-  constexpr double kUnit = 4.656612873077e-10;  // 2^-31 but for its last digits
   const std::uint64_t first = designs_.size();
   if (n == 0) return;
   if (n > kMaxSobolIndex) CheckSobol(n, numdimensions_);
   CheckSobol(first + n, numdimensions_);
   CheckNewPoints(n);
   designs_.reserve(first + n);
-  for (std::uint64_t i = 0; i < n; ++i) {
-    const std::uint32_t* const x = SobolPoint(first + 1 + i, numdimensions_).data();
-    auto& point = designs_.emplace_back(numdimensions_);
-    for (std::size_t k = 0; k < point.size(); ++k)
-      point[k] = 2.0 * (static_cast<std::int32_t>(x[k]) * kUnit) - 1.0;
-  }
+  for (std::uint64_t i = 0; i < n; ++i)
+    SobolCoordinates(first + 1 + i, numdimensions_, designs_.emplace_back(numdimensions_).data());
   MapStates(first);
 }
 

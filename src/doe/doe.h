@@ -35,8 +35,8 @@ class DOE {
   /// beyond the clearing. Axial and star points and Koshal designs of degree 1 sort all designs and
   /// keep one of equal ones. A refusal leaves the designs and the generator as they were.
   ///
-  /// Fekete points cost up to 500 n^2 d steps; the others at most a few seconds' worth of
-  /// exchanges beyond the writing of the points.
+  /// Fekete points cost up to 500 n^2 d steps, orthogonal samples n d^2 and d^3 for each trial; what
+  /// the other schemes do beyond writing their points is bounded.
   /// @throws std::domain_error  the level, dimensions or states do not fit, or the sample is too
   ///                            large to be held (CheckSampleSize)
   /// @throws std::logic_error   a D-optimal scheme, or Sobol points beyond their sequence

@@ -40,4 +40,11 @@ const std::vector<std::uint32_t>& SobolPoint(std::uint64_t index, std::uint64_t 
   return state.x;
 }
 
+void SobolCoordinates(std::uint64_t index, std::uint64_t dimensions, double* point) {
+  constexpr double kUnit = 4.656612873077e-10;
+  const std::uint32_t* const x = SobolPoint(index, dimensions).data();
+  for (std::uint64_t k = 0; k < dimensions; ++k)
+    point[k] = 2.0 * (static_cast<std::int32_t>(x[k]) * kUnit) - 1.0;  // below 2^31
+}
+
 }  // namespace corvath::math

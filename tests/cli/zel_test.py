@@ -239,6 +239,9 @@ class Zel(unittest.TestCase):
         # The middle of five states is the one nearest to the middle of their range.
         self.assertEqual(self.sample("--scheme", "full-f", "--n", "3", "--inputs",
                                      "x:{1;2;7;30;31}")[1], [[1], [7], [31]])
+        # Points on the sphere of one dimension, -1 and 1, are the ends; on others the nearest state.
+        ends = self.sample("--scheme", "fekete", "--n", "4", "--inputs", "x:{1;2;7;30;31}")[1]
+        self.assertEqual(sorted(ends), [[1], [1], [31], [31]])
         self.assertEqual(self.sample("--scheme", "box", "--inputs", "x:0:2,y:0:2,z:0:2")[1][0],
                          [0, 0, 1])
 
