@@ -2,7 +2,7 @@
 #include "support/archive_round_trip.h"
 #include "support/message_of.h"
 
-#include <boost/serialization/tracking.hpp>
+#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -63,6 +63,15 @@ TEST(DoeArchive, StoresTheEngineAsItsNumbers) {
   DOE fresh(2, 17);
   fresh.Build(kPlainMonteCarlo, 5, false);
   EXPECT_EQ(loaded.GetDesigns(), fresh.GetDesigns());
+}
+
+TEST(DoeArchive, ComesBackThroughAPointer) {
+  const auto doe = boost::make_shared<DOE>(2, 17);
+  doe->Build(kSobolSequence, 3, false);
+  boost::shared_ptr<DOE> loaded;
+  support::LoadInto(support::Save(doe), loaded);
+  ASSERT_TRUE(loaded);
+  EXPECT_EQ(loaded->GetDesigns(), doe->GetDesigns());
 }
 
 TEST(DoeArchive, RefusesDamage) {
