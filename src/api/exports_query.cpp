@@ -86,7 +86,8 @@ void Names(const char* path, unsigned int flag, char** names, const char* delimi
   const auto solver = ProvideSolver(path, hash);
   const auto selected = SelectedNames(*solver, flag);
   const std::string block = JoinNames(selected, delimiter != nullptr ? delimiter : "");
-  *RequireArray(names, 1, "names") = NewBlock(block);
+  RequireArray(names, 1, "names");  // before there is a block to leak
+  *names = NewBlock(block);
 }
 
 /// A bound that is no scalar number has no value that a caller could use.
