@@ -296,7 +296,8 @@ class Zel(unittest.TestCase):
 
         def correlation(a, b):
             a, b = columns[a], columns[b]
-            products = sum((x - statistics.mean(a)) * (y - statistics.mean(b)) for x, y in zip(a, b))
+            mean_a, mean_b = statistics.mean(a), statistics.mean(b)
+            products = sum((x - mean_a) * (y - mean_b) for x, y in zip(a, b))
             return products / (len(a) - 1) / statistics.stdev(a) / statistics.stdev(b)
 
         mean_of = {name: statistics.mean(values) for name, values in columns.items()}
