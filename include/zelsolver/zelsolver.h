@@ -17,8 +17,8 @@
  *     dzel2_free(names);
  *
  *     double inputs[M * N];                            // input i of design d: inputs[i * N + d]
- *     double responses[R * N];                         // output k of design d: responses[k * N +
- * d] dzel2_solve(path, N, inputs, M * N, ZEL_SOLVE_RESPONSES, responses, R * N);
+ *     double out[R * N];                               // output k of design d: out[k * N + d]
+ *     dzel2_solve(path, N, inputs, M * N, ZEL_SOLVE_RESPONSES, out, R * N);
  *
  *     dzel2_cleanup();                                 // closes all projects
  *
@@ -47,7 +47,7 @@
  *         hash, an input out of bounds, an unknown name, a null pointer where data are needed, ...
  *     4   dzel2_set_paths_for_custom_interface(): always
  *     41  `dzel2_`: the arguments don't fit: an array is too small (the text gives both numbers),
- * or a selector is invalid
+ *         or a selector is invalid
  *
  * Last error. One text for the whole process. Every call empties it on entry and every failing call
  * sets it, so that after a success it is null. dzel2_getLastError() returns it; the text lives
