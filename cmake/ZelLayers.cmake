@@ -6,8 +6,8 @@ pkg_check_modules(CRYPTOPP REQUIRED IMPORTED_TARGET libcrypto++)
 pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
 
 # Top to bottom: dependencies flow downwards only (tools/check_layers holds the arrows).
-set(ZEL_LAYERS api solver project calculator metamodel design optimizer doe stochastics variant
-  archive foundation)
+set(ZEL_LAYERS api solver training project calculator metamodel design optimizer doe stochastics
+  variant archive foundation)
 set(ZEL_PRESENT_LAYERS "")
 foreach(layer ${ZEL_LAYERS})
   if(EXISTS ${CMAKE_SOURCE_DIR}/src/${layer}/CMakeLists.txt)

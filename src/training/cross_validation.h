@@ -1,0 +1,27 @@
+#pragma once
+
+#include "metamodel/types.h"
+
+#include <Eigen/Core>
+
+#include <cstdint>
+
+namespace corvath::training {
+
+/// The data of one response and how predictions of it are judged.
+struct ResponseData {
+  Eigen::MatrixXd points;               ///< n x m
+  Eigen::VectorXd values;               ///< n
+  math::metamodel::IndexVector groups;  ///< n: cross-validation groups
+};
+
+/// `num_groups` groups of nearly equal size (as many as there are different points, if these are
+/// fewer) in a random order that `seed` fixes on every machine. Points that coincide share a group:
+/// a repeated design would predict itself.
+math::metamodel::IndexVector MakeGroups(const Eigen::MatrixXd& points, std::uint32_t num_groups,
+                                        std::uint32_t seed);
+
+/// 1 - SSE / SST; NaN when a prediction is.
+double Determination(const Eigen::VectorXd& values, const Eigen::VectorXd& predictions);
+
+}  // namespace corvath::training

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "project/settings/zel_settings.h"
+
+#include <cstdint>
+
+namespace corvath::training {
+
+/// How models are trained. What stands in `models` is stored with the project.
+struct TrainSettings {
+  /// Families and orders that compete, filters of inputs, tolerances. The switches that count:
+  /// use_boxcox_, use_polynomials_, max_order_polynomial_, use_MLS_, max_order_MLS_, use_Kriging_,
+  /// use_anisotropic_Kriging_; the filters and their limits; toleranceCoP_model_ and
+  /// toleranceCoP_variables_; coeff_factor_*: designs that a model needs for each coefficient.
+  math::metamodel::ZELSettings models;
+  /// Of the cross-validation groups; the same seed gives the same study on every machine.
+  std::uint32_t seed = 1;
+  std::uint32_t num_groups = 10;  ///< at least 2; no more than there are designs
+};
+
+}  // namespace corvath::training
