@@ -101,6 +101,13 @@ void Write(const DOE& sample, bool is_grid, const SampleInputs& inputs, const st
 
 }  // namespace
 
+std::vector<std::string> SchemeNames() {
+  std::vector<std::string> names;
+  for (std::int32_t type = 0; type < corvath::math::kNoSampling; ++type)
+    if (CanBuild(type)) names.push_back(SchemeName(type));
+  return names;
+}
+
 void RunSample(const SampleOptions& options) {
   ClaimStandardOutput();  // before the library logs what it meets
   const std::int32_t type = FindScheme(options.scheme);

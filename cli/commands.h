@@ -43,6 +43,9 @@ struct SampleOptions {
   std::string out = "-";            ///< CSV; "-" is standard output
 };
 
+/// What --scheme may be, in full.
+std::vector<std::string> SchemeNames();
+
 /// Writes a CSV of points in the units of the inputs, one column each.
 void RunSample(const SampleOptions& options);
 

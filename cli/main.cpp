@@ -1,4 +1,6 @@
 #include "commands.h"
+#include "completion.h"
+#include "manual.h"
 #include "standard_output.h"
 
 #include <CLI/CLI.hpp>
@@ -6,20 +8,38 @@
 
 #include <exception>
 #include <iostream>
+#include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
+
+// What an option takes is named by its type name, in help, manual page and completion: PROJECT, CSV
+// and FILE are files, see BashCompletion. A positional is named so itself, without a type name.
 
 namespace {
 
 constexpr int kRefused = 1;
 constexpr int kUsage = 2;
 
+/// Help of the program has one line for each command; its own help says the rest.
+class Help : public CLI::Formatter {
+ public:
+  std::string make_subcommand(const CLI::App* command) const override {
+    const std::string text = command->get_description();
+    std::stringstream out;
+    CLI::detail::format_help(out, command->get_name(), text.substr(0, text.find('\n')),
+                             get_column_width());
+    return out.str();
+  }
+};
+
 void AddInfo(CLI::App& app) {
   auto* const command = app.add_subcommand("info", "Show what a project holds");
   static std::string file;
   static std::string hash;
-  command->add_option("FILE", file, "Project file (.vrdb)")->required();
-  command->add_option("--hash", hash, "Refuse FILE unless this is its signature (see zel hash)");
+  command->add_option("PROJECT", file, "Project file (.vrdb)")->required()->type_name("");
+  command->add_option("--hash", hash, "Refuse PROJECT unless this is its signature (see zel hash)")
+      ->type_name("SHA512");
   command->callback([] { cli::RunInfo(file, hash); });
 }
 
@@ -31,9 +51,13 @@ void AddSolve(CLI::App& app) {
       "Writes a CSV with one row for each design: the responses, then what the options add.\n"
       "What a model cannot tell is nan.");
   static cli::SolveOptions options;
-  command->add_option("FILE", options.file, "Project file (.vrdb)")->required();
-  command->add_option("--in", options.in, "Designs to predict at; - is standard input")->required();
-  command->add_option("--out", options.out, "Result; - is standard output")->capture_default_str();
+  command->add_option("PROJECT", options.file, "Project file (.vrdb)")->required()->type_name("");
+  command->add_option("--in", options.in, "Designs to predict at; - is standard input")
+      ->required()
+      ->type_name("CSV");
+  command->add_option("--out", options.out, "Result; - is standard output")
+      ->capture_default_str()
+      ->type_name("CSV");
   command->add_flag("--extrapolate", options.extrapolate,
                     "Predict outside the bounds of the project's designs too");
   command->add_flag("--errors", options.errors,
@@ -47,8 +71,10 @@ void AddSolve(CLI::App& app) {
       ->type_name("RESPONSE")
       ->allow_extra_args(false);
   command->add_flag("--criteria", options.criteria, "Add the criteria");
-  command->add_option("--hash", options.hash,
-                      "Refuse FILE unless this is its signature (see zel hash)");
+  command
+      ->add_option("--hash", options.hash,
+                   "Refuse PROJECT unless this is its signature (see zel hash)")
+      ->type_name("SHA512");
   command->callback([] { cli::RunSolve(options); });
 }
 
@@ -60,7 +86,9 @@ void AddEval(CLI::App& app) {
       "a minus sign.");
   static std::string expression;
   static std::vector<std::string> definitions;
-  command->add_option("EXPRESSION", expression, "For example 'max(abs(stress)) <= 25'")->required();
+  command->add_option("EXPRESSION", expression, "For example 'max(abs(stress)) <= 25'")
+      ->required()
+      ->type_name("");
   command
       ->add_option("--set", definitions,
                    "Give a name a meaning for this evaluation; may be repeated")
@@ -83,26 +111,36 @@ void AddSample(CLI::App& app) {
       "distributions and correlations; the levels of the first eleven schemes then span three\n"
       "standard deviations of a normal variable to each side.");
   static cli::SampleOptions options;
-  command->add_option("--scheme", options.scheme, "How to place the points")->required();
+  command->add_option("--scheme", options.scheme, "How to place the points")
+      ->required()
+      ->type_name("SCHEME");
   command
       ->add_option("--n", options.n,
                    "Number of points; of levels per input for full-factorial, of steps on an "
                    "axis for axial-points and star-points, degree 1 or 2 for koshal")
-      ->check(CLI::NonNegativeNumber);
+      ->check(CLI::NonNegativeNumber.description(""))
+      ->type_name("NUMBER");
   auto* const inputs =
       command
           ->add_option("--inputs", options.inputs,
                        "Inputs: name:low:high, or name:{a;b;c} with all states of a discrete one")
-          ->delimiter(',');
-  auto* const from = command->add_option("--from", options.from,
-                                         "Take the inputs of this project file (.vrdb) instead");
+          ->delimiter(',')
+          ->type_name("INPUT");
+  auto* const from = command
+                         ->add_option("--from", options.from,
+                                      "Take the inputs of this project file (.vrdb) instead")
+                         ->type_name("PROJECT");
   inputs->excludes(from);
   command->add_option("--hash", options.hash, "Refuse that file unless this is its signature")
-      ->needs(from);
+      ->needs(from)
+      ->type_name("SHA512");
   command->add_option("--seed", options.seed, "The same seed gives the same points")
-      ->check(CLI::NonNegativeNumber)
-      ->capture_default_str();
-  command->add_option("--out", options.out, "Result; - is standard output")->capture_default_str();
+      ->check(CLI::NonNegativeNumber.description(""))
+      ->capture_default_str()
+      ->type_name("NUMBER");
+  command->add_option("--out", options.out, "Result; - is standard output")
+      ->capture_default_str()
+      ->type_name("CSV");
   command->callback([inputs, from] {
     if (inputs->empty() && from->empty()) throw CLI::RequiredError("--inputs or --from");
     cli::RunSample(options);
@@ -112,14 +150,29 @@ void AddSample(CLI::App& app) {
 void AddHash(CLI::App& app) {
   auto* const command = app.add_subcommand("hash", "Print the SHA-512 signature of a file");
   static std::string file;
-  command->add_option("FILE", file, "Any file")->required();
+  command->add_option("FILE", file, "Any file")->required()->type_name("");
   command->callback([] { cli::RunHash(file); });
+}
+
+/// Options for the build, which help does not show: print the manual page and the completion.
+void AddPages(CLI::App& app) {
+  const auto add = [&app](const char* name, std::string (*make)(const CLI::App&)) {
+    app.add_flag_callback(name,
+                          [&app, make] {
+                            std::cout << make(app);
+                            throw CLI::Success();
+                          })
+        ->group("");
+  };
+  add("--man-page", cli::ManualPage);
+  add("--bash-completion", cli::BashCompletion);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   CLI::App app("Predictions from the trained metamodels of a project file (.vrdb)", "zel");
+  app.formatter(std::make_shared<Help>());  // commands take it over when they are added
   app.set_version_flag("--version", dzel2_get_version_str());
   app.require_subcommand(1);
   app.add_flag_callback(
@@ -131,6 +184,7 @@ int main(int argc, char** argv) {
   AddEval(app);
   AddSample(app);
   AddHash(app);
+  AddPages(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
