@@ -1,0 +1,205 @@
+#!/usr/bin/env python3
+"""The installed tree, and the Debian packages, as others use them.
+
+    install_test.py CMAKE BUILD_DIRECTORY SAMPLE VERSION
+"""
+import math
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+
+CMAKE, VERSION = sys.argv[1], sys.argv[4]
+BUILD, SAMPLE = (pathlib.Path(argument).resolve() for argument in sys.argv[2:4])
+OUTSIDE = pathlib.Path(__file__).resolve().parent / "outside"
+MAJOR = VERSION.split(".")[0]
+SONAME = f"libzelsolver.so.{MAJOR}"
+DESIGN = [12.0, 15.0, 9.0, 11.0, 20.0, 8.0, 14.0, 10.5, 16.0, 13.0]
+
+
+def run(*command, **options):
+    result = subprocess.run([str(word) for word in command], capture_output=True, text=True,
+                            timeout=120, **options)
+    assert result.returncode == 0, f"{command}\n{result.stdout}\n{result.stderr}"
+    return result.stdout
+
+
+def predict(library):
+    """Predictions at DESIGN through the C interface of `library`, in a process of its own."""
+    program = f"""
+import ctypes
+out, design = (ctypes.c_double * 12)(), (ctypes.c_double * 10)(*{DESIGN})
+assert ctypes.CDLL({str(library)!r}).dzel2_solve({str(SAMPLE)!r}.encode(), 1, design, 10, 2, out,
+                                                 12) == 0
+print(*out, sep=chr(10))"""
+    return values(run(sys.executable, "-c", program))
+
+
+def values(text):
+    """The twelve numbers at the end; the library's log goes to standard output as well."""
+    return [float(line) for line in text.splitlines()[-12:]]
+
+
+class Installed(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(cls.folder.cleanup)
+        first = pathlib.Path(cls.folder.name, "first place")
+        run(CMAKE, "--install", BUILD, "--prefix", first)
+        cls.prefix = pathlib.Path(cls.folder.name, "another place")
+        first.rename(cls.prefix)  # whatever works here works anywhere
+        cls.header = cls.prefix / "include/zelsolver/zelsolver.h"
+        cls.library = next(cls.prefix.rglob("libzelsolver.so"))
+        cls.environment = {
+            **os.environ, "CMAKE_PREFIX_PATH": str(cls.prefix),
+            "PKG_CONFIG_PATH": str(cls.library.parent / "pkgconfig"),
+            "LD_LIBRARY_PATH": str(cls.library.parent)}
+
+    def test_holds_what_a_user_looks_for(self):
+        data = self.prefix / "share"
+        for file in [self.header, self.prefix / "bin/zel", data / "man/man1/zel.1.gz",
+                     data / "bash-completion/completions/zel", data / "doc/zelsolver/README.md",
+                     data / "doc/zelsolver/examples/zel_tenbar.vrdb",
+                     self.library.parent / "pkgconfig/zelsolver.pc",
+                     self.library.parent / "cmake/zelsolver/zelsolver-config.cmake"]:
+            self.assertTrue(file.is_file(), file)
+        self.assertEqual(os.readlink(self.library), SONAME)
+        self.assertEqual(os.readlink(self.library.with_name(SONAME)), f"libzelsolver.so.{VERSION}")
+        self.assertIn(f"soname: [{SONAME}]", run("readelf", "-d", self.library))
+
+    def test_tells_nothing_of_where_it_was_built(self):
+        for file in self.prefix.rglob("*"):
+            if file.is_file() and not file.is_symlink():
+                content = file.read_bytes()
+                self.assertNotIn(str(BUILD).encode(), content, file)
+                self.assertNotIn(b"first place", content, file)
+        for binary in (self.library, self.prefix / "bin/zel"):
+            self.assertNotRegex(run("readelf", "-d", binary), "RPATH|RUNPATH")
+
+    def test_library_exports_what_its_header_declares(self):
+        declared = set(re.findall(r"ZEL_API [^;(]*?(dzel2?_\w+)\(", self.header.read_text()))
+        exported = {line.split()[2] for line in
+                    run("nm", "-D", "--defined-only", self.library).splitlines()}
+        self.assertEqual(exported, declared)
+        self.assertEqual(len(exported), 81)
+
+    def test_program_and_manual_page_run_from_there(self):
+        self.assertIn(VERSION, run(self.prefix / "bin/zel", "--version"))
+        page = run("mandoc", "-T", "utf8", self.prefix / "share/man/man1/zel.1.gz")
+        self.assertIn(f"zelsolver {VERSION}", page)
+
+    def check(self, program):
+        predicted = values(run(program, SAMPLE, *DESIGN, env=self.environment))
+        self.assertEqual(predicted, predict(self.library))
+        # The mass is linear in the areas, density times length: lengths of the truss's bars in in.
+        lengths = [360.0] * 6 + [360.0 * math.sqrt(2.0)] * 4
+        mass = 0.1 * sum(area * length for area, length in zip(DESIGN, lengths))
+        self.assertAlmostEqual(predicted[0], mass, delta=1e-6 * mass)  # as good as its model is
+
+    def test_outside_project_finds_it_through_cmake(self):
+        build = pathlib.Path(self.folder.name, "outside")
+        run(CMAKE, "-S", OUTSIDE, "-B", build, env=self.environment)
+        run(CMAKE, "--build", build, env=self.environment)
+        self.check(build / "in_c")
+        self.check(build / "in_cpp")
+        result = subprocess.run(  # the next generation would not fit
+            [CMAKE, "-S", OUTSIDE, "-B", build / "other", f"-DZEL_WANTED={int(MAJOR) + 1}"],
+            capture_output=True, text=True, timeout=60, env=self.environment)
+        self.assertNotEqual(result.returncode, 0)
+        self.assertIn("zelsolver", result.stderr)
+
+    def test_outside_project_finds_it_through_pkg_config(self):
+        self.assertEqual(run("pkg-config", "--modversion", "zelsolver", env=self.environment).strip(),
+                         VERSION)
+        flags = run("pkg-config", "--cflags", "--libs", "zelsolver", env=self.environment).strip()
+        for compiler, source in (("gcc -std=c99 -Wall -Wextra -Wpedantic -Werror", "predict.c"),
+                                 ("g++ -std=c++11 -Wall -Wextra -Wpedantic -Werror", "predict.cpp")):
+            with self.subTest(source):
+                program = pathlib.Path(self.folder.name, source + ".out")
+                run("sh", "-c", f"{compiler} '{OUTSIDE / source}' {flags} -o '{program}'")
+                self.check(program)
+
+
+class DebianPackages(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(cls.folder.cleanup)
+        os.umask(0o077)  # of a careful user; the packages must not inherit it
+        cpack = pathlib.Path(CMAKE).with_name("cpack")
+        run(cpack, "--config", BUILD / "CPackConfig.cmake", "-B", cls.folder.name)
+        cls.packages = {path.name.split("_")[0]: path
+                        for path in pathlib.Path(cls.folder.name).glob("*.deb")}
+
+    def field(self, package, name):
+        return run("dpkg-deb", "-f", self.packages[package], name).strip()
+
+    def contents(self, package):
+        """{path: (permissions, owner)}, folders with a / at their end."""
+        lines = run("dpkg-deb", "-c", self.packages[package]).splitlines()
+        return {words[5][1:]: (words[0], words[1]) for words in (line.split() for line in lines)}
+
+    def test_are_three_that_know_what_they_need(self):
+        library = f"libzelsolver{MAJOR}"
+        self.assertEqual(set(self.packages), {library, "libzelsolver-dev", "zelsolver"})
+        architecture = run("dpkg", "--print-architecture").strip()
+        for package in self.packages:
+            self.assertEqual(self.field(package, "Version"), f"{VERSION}-1")
+            self.assertEqual(self.field(package, "Architecture"), architecture)
+            self.assertIn("@", self.field(package, "Maintainer"))
+            self.assertGreater(len(self.field(package, "Description").splitlines()), 3)
+        needs = self.field(library, "Depends")
+        for dependency in ("libc6 (>=", "libstdc++6 (>=", "libboost-serialization", "libcrypto++",
+                           "libjsoncpp"):
+            self.assertIn(dependency, needs)
+        self.assertIn("libcsv", self.field("zelsolver", "Depends"))
+        self.assertEqual(self.field("libzelsolver-dev", "Depends"), f"{library} (= {VERSION}-1)")
+        with tempfile.TemporaryDirectory() as control:
+            run("dpkg-deb", "-e", self.packages[library], control)
+            self.assertIn(f"libzelsolver {MAJOR} {library}",
+                          pathlib.Path(control, "shlibs").read_text())
+            self.assertIn("ldconfig", pathlib.Path(control, "triggers").read_text())
+
+    def test_hold_their_files(self):
+        library = f"libzelsolver{MAJOR}"
+        expected = {
+            library: [f"lib/{SONAME}", f"lib/libzelsolver.so.{VERSION}"],
+            "libzelsolver-dev": ["include/zelsolver/zelsolver.h", "lib/libzelsolver.so",
+                                 "lib/pkgconfig/zelsolver.pc",
+                                 "lib/cmake/zelsolver/zelsolver-config.cmake",
+                                 "lib/cmake/zelsolver/zelsolver-config-version.cmake"],
+            "zelsolver": ["bin/zel", "share/man/man1/zel.1.gz",
+                          "share/bash-completion/completions/zel", "share/doc/zelsolver/README.md"],
+        }
+        seen = {}
+        for package, files in expected.items():
+            contents = self.contents(package)
+            with self.subTest(package):
+                about = [f"share/doc/{package}/{name}"
+                         for name in ("copyright", "changelog.gz", "changelog.Debian.gz")]
+                paths = {re.sub("^lib/[^/]*-linux-[^/]*/", "lib/", path.removeprefix("/usr/"))
+                         for path in contents}
+                self.assertEqual(set(files + about) - paths, set())
+                for path, (permissions, owner) in contents.items():
+                    self.assertEqual(owner, "root/root", path)
+                    self.assertRegex(permissions, "^drwxr-xr-x|^-rwxr-xr-x|^-rw-r--r--|^l", path)
+                    if not path.endswith("/"):
+                        self.assertNotIn(path, seen, "in two packages")
+                        seen[path] = package
+        self.assertEqual({path for path in seen if path.startswith("/usr/bin/")}, {"/usr/bin/zel"})
+
+    def test_work_where_they_are_unpacked(self):
+        root = pathlib.Path(self.folder.name, "root")
+        for package in self.packages.values():
+            run("dpkg-deb", "-x", package, root)
+        self.assertIn("area_1", run(root / "usr/bin/zel", "info", SAMPLE))
+        library = next(root.rglob(SONAME))
+        self.assertEqual(predict(library), predict(BUILD / "src/api" / SONAME))
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], "-v"])
