@@ -1,0 +1,170 @@
+"""Opening, closing, and what a project holds."""
+
+import copy
+import math
+import os
+import pickle
+import shutil
+import subprocess
+
+import numpy as np
+import pytest
+import zelsolver
+from conftest import PROJECTS, SAMPLE, ZEL, Plate, assert_plate
+
+
+def test_tells_what_the_project_holds(plate):
+    assert plate.inputs == Plate.inputs
+    assert plate.responses == Plate.responses
+    assert plate.criteria == ("goal", "limit")
+    assert dict(plate.bounds) == {"x": (0, 2), "y": (-1, 1), "Größe": (10, 20)}
+    assert plate.bounds["y"].upper == 1
+    assert dict(plate.reference) == {"x": 1, "y": 0, "Größe": 15}
+    assert "plate.vrdb" in repr(plate) and "3 inputs" in repr(plate)
+
+
+def test_tells_the_quality_of_models(plate):
+    assert plate.cop("mass") == 0.9
+    assert math.isnan(plate.cop("stress[2]"))  # the project holds none
+    assert plate.single_cops("mass") == {"x": 0.5, "y": 0.3, "Größe": 0.1}
+    flat = plate.single_cops("flat")
+    assert flat["x"] == 0.9 and math.isnan(flat["y"]) and math.isnan(flat["Größe"])
+    assert plate.used_inputs("flat") == ("x",)
+    assert plate.used_inputs("mass") == Plate.inputs
+
+
+def test_knows_parameters_that_are_no_inputs(plate):
+    assert plate.parameter_bounds("sum") == (-1, 3)  # x + y
+    assert plate.parameter_bounds("Größe") == (10, 20)
+    assert plate.reference_value("thickness") == 3
+    with pytest.raises(zelsolver.UnknownNameError, match=r"^No Limits for Parameter \(thickness\) "):
+        plate.parameter_bounds("thickness")  # a constant
+
+
+@pytest.mark.parametrize("ask", ["cop", "single_cops", "used_inputs", "reference_value",
+                                 "parameter_bounds"])
+@pytest.mark.parametrize("name", ["weight", "", "x\0", 7, None])
+def test_refuses_unknown_names(plate, ask, name):
+    with pytest.raises(zelsolver.UnknownNameError) as caught:
+        getattr(plate, ask)(name)
+    assert str(name) in str(caught.value) or repr(name) in str(caught.value)
+
+
+def test_says_which_names_there_are(plate):
+    with pytest.raises(KeyError) as caught:
+        plate.cop("weight")
+    assert str(caught.value) == ('no response "weight"; there are "mass", "flat", "stress[0]", '
+                                 '"stress[1]", "stress[2]"')
+
+
+def test_closes(plate):
+    solution = plate.solve(Plate.designs(3))
+    bounds = plate.bounds
+    assert not plate.closed
+    plate.close()
+    plate.close()
+    assert plate.closed
+    assert_plate(solution, Plate.designs(3))  # the results live on, as do names
+    assert plate.bounds is bounds and plate.inputs == Plate.inputs
+    assert "closed" in repr(plate)
+    for call in (lambda: plate.solve(Plate.designs(3)), lambda: plate.solve(np.empty((0, 3))),
+                 lambda: plate.cop("mass"), lambda: plate.errors(Plate.designs(3)),
+                 lambda: plate.gradients(Plate.designs(3), "mass"), lambda: plate.reference):
+        with pytest.raises(zelsolver.ClosedError, match="plate.vrdb: the project is closed"):
+            call()
+    with zelsolver.Project(Plate.path) as other:  # opens again
+        assert_plate(other.solve(Plate.designs(3)), Plate.designs(3))
+
+
+def test_takes_any_kind_of_path_and_survives_a_change_of_directory(monkeypatch, tmp_path):
+    name = "Träger 梁.vrdb"
+    shutil.copy(Plate.path, tmp_path / name)
+    monkeypatch.chdir(tmp_path)
+    for path in (name, tmp_path / name, os.fsencode(name)):
+        with zelsolver.Project(path) as project:
+            monkeypatch.chdir("/")
+            zelsolver.Project(Plate.path).close()
+            assert project.path == str(tmp_path / name)
+            assert_plate(project.solve(Plate.designs(2)), Plate.designs(2))
+            monkeypatch.chdir(tmp_path)
+
+
+def test_copies_and_pickles_open_the_file_again(plate):
+    for twin in (copy.copy(plate), pickle.loads(pickle.dumps(plate))):
+        twin.close()
+        assert not plate.closed
+    with pickle.loads(pickle.dumps(plate)) as twin:
+        plate.close()
+        assert_plate(twin.solve(Plate.designs(2)), Plate.designs(2))
+
+
+def test_checks_the_hash():
+    hash = zelsolver.file_hash(SAMPLE)
+    assert hash == subprocess.run([ZEL, "hash", SAMPLE], capture_output=True, text=True,
+                                  check=True).stdout.split()[0]
+    text = "File seems to be corrupt. Signature is invalid or missing"
+    for wrong in ("", "0" * 128, hash.upper(), hash[:-1], "\ud800"):
+        with pytest.raises(zelsolver.SignatureError, match=text):
+            zelsolver.Project(SAMPLE, hash=wrong)
+    with zelsolver.Project(SAMPLE, hash=hash) as signed:
+        assert signed.hash == hash
+        x = [[12.0] * 10]
+        with zelsolver.Project(SAMPLE) as unsigned:  # both at once, in either order
+            with zelsolver.Project(SAMPLE, hash) as again:
+                results = [p.solve(x)["mass"][0] for p in (signed, unsigned, again)]
+        with pytest.raises(zelsolver.SignatureError):
+            zelsolver.Project(SAMPLE, hash="0" * 128)
+        assert signed.solve(x)["mass"][0] == results[0] == results[1] == results[2]
+
+
+def test_each_project_is_the_file_as_it_stood_when_opened(tmp_path):
+    path = tmp_path / "study.vrdb"
+    shutil.copy(Plate.path, path)
+    with zelsolver.Project(path) as before:
+        shutil.copy(PROJECTS / "one_response.vrdb", path)
+        with zelsolver.Project(path) as after:
+            assert after.responses == ("flat",)
+            assert before.solve(Plate.designs(2)).responses.array.shape == (2, 5)
+            with pytest.raises(zelsolver.UnknownNameError):
+                after.cop("mass")
+        shutil.copy(Plate.path, path)
+        with zelsolver.Project(path) as again:
+            assert again.responses == Plate.responses
+        path.unlink()
+        # Many others come and go meanwhile.
+        for i in range(20):
+            shutil.copy(Plate.path, tmp_path / f"{i}.vrdb")
+            zelsolver.Project(tmp_path / f"{i}.vrdb").close()
+        assert_plate(before.solve(Plate.designs(2)), Plate.designs(2))
+
+
+def test_refuses_what_is_no_project(tmp_path):
+    whole = Plate.path.read_bytes()
+    (tmp_path / "empty").write_bytes(b"")
+    (tmp_path / "text").write_text("This is no project, but longer than a header.\n" * 9)
+    for part in (0.01, 0.5, 0.999):
+        (tmp_path / f"cut{part}").write_bytes(whole[:int(len(whole) * part)])
+    (tmp_path / "damaged").write_bytes(whole[:300] + b"\xff" * 8 + whole[308:])
+    (tmp_path / "folder").mkdir()
+    names = sorted(path.name for path in tmp_path.iterdir())
+    for path in [tmp_path / name for name in names] + [PROJECTS / "no_models.vrdb"]:
+        with pytest.raises(zelsolver.ProjectError) as caught:
+            zelsolver.Project(path)
+        assert str(caught.value).startswith(f"{path}: ") and caught.value.status == 2, path
+    # The next attempt reads the file again.
+    (tmp_path / "empty").write_bytes(whole)
+    zelsolver.Project(tmp_path / "empty").close()
+
+
+def test_refuses_paths_without_a_file():
+    with pytest.raises(zelsolver.ProjectNotFoundError) as caught:
+        zelsolver.Project("/no/such/file")
+    assert isinstance(caught.value, FileNotFoundError)
+    assert caught.value.filename == "/no/such/file"
+    assert str(caught.value) == "/no/such/file: No such file or directory"
+    for path in ("a" * 300, "nul\0.vrdb", b"\xff\xfe.vrdb", f"{Plate.path}/x"):
+        with pytest.raises(zelsolver.ProjectError):
+            zelsolver.Project(path)
+    for nothing in (None, 3.5):
+        with pytest.raises(TypeError):
+            zelsolver.Project(nothing)

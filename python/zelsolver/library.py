@@ -1,0 +1,152 @@
+"""Finds and loads the shared library, and calls it one thread at a time."""
+
+from __future__ import annotations
+
+import ctypes
+import os
+import sys
+import threading
+from ctypes import c_char_p, c_int, c_uint, c_void_p
+from typing import Any, Dict, List, Optional, Tuple
+
+from .errors import LibraryNotFoundError, ZelError
+
+#: Names the library to load, a path; no other place is searched then.
+ENVIRONMENT_VARIABLE = "ZELSOLVER_LIBRARY"
+
+_FILE_NAME = "libzelsolver.so.1"
+
+OK, ERROR = 0, 2
+INPUTS, OUTPUTS, CRITERIA = 1, 2, 4
+SOLVE_EXTRAPOLATE, SOLVE_RESPONSES, SOLVE_CRITERIA = 1, 2, 4
+RESPONSE_EXTRAPOLATE, RESPONSE_GRADIENTS, RESPONSE_DENSITIES, RESPONSE_ERRORS = 1, 2, 4, 8
+
+#: Largest number of elements of an array: sizes cross the interface in 32 bits.
+MAX_SIZE = 2**32 - 1
+
+# Arrays go as plain addresses, which costs least. Only functions that write into memory of the
+# caller are used: a pointer into a buffer of the library would die with another thread's call.
+_PATH = _HASH = _NAME = c_char_p
+_ARRAY = c_void_p
+_PROTOTYPES: Dict[str, Tuple[Any, List[Any]]] = {
+    "dzel2_getLastError": (c_char_p, []),
+    "dzel2_get_version_str": (c_char_p, []),
+    "dzel2_free": (c_int, [c_void_p]),
+    "dzel2_cleanup": (c_int, []),
+    "dzel2_hasSurrogate_hash": (c_int, [_PATH, _HASH]),
+    "dzel2_getDimensions_hash": (c_int, [_PATH, c_uint, _ARRAY, c_uint, _HASH]),
+    "dzel2_getNames_hash": (c_int, [_PATH, c_uint, c_void_p, _HASH]),
+    "dzel2_getInputBounds_hash": (c_int, [_PATH, _ARRAY, _HASH]),
+    "dzel2_getInputBoundsPerParameter_hash": (c_int, [_PATH, _NAME, _ARRAY, _HASH]),
+    "dzel2_getReferenceValuePerParameter_hash": (c_int, [_PATH, _NAME, _ARRAY, _HASH]),
+    "dzel2_getCoPValuesPerResponse_hash": (c_int, [_PATH, _NAME, _ARRAY, _HASH]),
+    "dzel2_getFilteredStatesPerResponse_hash": (c_int, [_PATH, _NAME, _ARRAY, _HASH]),
+    "dzel2_solve_hash": (c_int, [_PATH, c_uint, _ARRAY, c_uint, c_uint, _ARRAY, c_uint, _HASH]),
+    "dzel2_get_per_response_hash":
+        (c_int, [_PATH, c_uint, _ARRAY, c_uint, _NAME, c_uint, _ARRAY, c_uint, _HASH]),
+}
+
+
+class Library:
+    """The loaded library and the lock that its calls share.
+
+    The interpreter's own lock is free while a call runs, and the library has none: its last error
+    and its table of open projects belong to the whole process. So `lock` is held around each call
+    together with the reading of its error text.
+    """
+
+    def __init__(self, path: str) -> None:
+        try:
+            self._functions = ctypes.CDLL(path)
+        except OSError as error:
+            raise LibraryNotFoundError(str(error)) from None
+        for name, (result, arguments) in _PROTOTYPES.items():
+            try:
+                function = getattr(self._functions, name)
+            except AttributeError:
+                raise LibraryNotFoundError(
+                    f"{path}: not the library zelsolver, it has no {name}") from None
+            function.restype, function.argtypes = result, arguments
+        self.path = path
+        self.lock = threading.Lock()
+        # A forked child gets the library between two calls, and the lock free.
+        os.register_at_fork(before=self.lock.acquire, after_in_parent=self.lock.release,
+                            after_in_child=self.lock.release)
+
+    def version(self) -> str:
+        """Such as "1.2.3 (456)"."""
+        text: bytes = self._functions.dzel2_get_version_str()
+        return text.decode()
+
+    def call(self, name: str, *arguments: Any) -> None:
+        """One call of a function that returns a status. The caller holds `lock`.
+
+        Raises ZelError with the library's text, or MemoryError.
+        """
+        status = getattr(self._functions, name)(*arguments)
+        if status != OK:
+            text = (self._functions.dzel2_getLastError() or b"").decode(errors="replace")
+            if text == "std::bad_alloc":
+                raise MemoryError(f"{name}: {text}")
+            raise ZelError(text or f"{name} failed with status {status}.", status)
+
+    def close_all(self) -> None:
+        """Closes all projects. The caller holds `lock`."""
+        self._functions.dzel2_cleanup()
+
+    def take_names(self, block: c_void_p, count: int) -> Tuple[str, ...]:
+        """The names of a list that the library allocated, which is released. The caller holds
+        `lock`."""
+        names = []
+        try:
+            address = block.value or 0
+            for _ in range(count):
+                name = ctypes.string_at(address)
+                names.append(name.decode(errors="replace"))
+                address += len(name) + 1
+        finally:
+            self._functions.dzel2_free(block)
+        return tuple(names)
+
+
+def _candidates() -> List[str]:
+    """Where to look, in this order: where the system looks, beside this interpreter, /usr/local
+    (which the system's cache may not know yet)."""
+    folders = [os.path.join(sys.prefix, "lib"), "/usr/local/lib"]
+    return [_FILE_NAME] + [os.path.join(folder, _FILE_NAME) for folder in folders]
+
+
+def _find() -> Library:
+    named = os.environ.get(ENVIRONMENT_VARIABLE)
+    if named:
+        try:
+            return Library(os.path.abspath(named))
+        except LibraryNotFoundError as error:
+            raise LibraryNotFoundError(f"{error} ({ENVIRONMENT_VARIABLE} is {named})") from None
+    failures = []
+    for candidate in _candidates():
+        try:
+            return Library(candidate)
+        except LibraryNotFoundError as error:
+            failures.append(str(error))
+    raise LibraryNotFoundError(
+        f"The library {_FILE_NAME} was not found. Install zelsolver, or name the file in the "
+        f"environment variable {ENVIRONMENT_VARIABLE}. Tried: " + "; ".join(failures))
+
+
+_library: Optional[Library] = None
+_library_lock = threading.Lock()
+
+
+def get_library() -> Library:
+    """The library, loaded by the first call of the process that succeeds."""
+    global _library
+    with _library_lock:
+        if _library is None:
+            _library = _find()
+        return _library
+
+
+def library_version() -> str:
+    """Version of the shared library, such as "1.2.3 (456)". Raises LibraryNotFoundError."""
+    return get_library().version()

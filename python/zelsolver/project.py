@@ -1,0 +1,456 @@
+"""A project file and the predictions of its models."""
+
+from __future__ import annotations
+
+from types import MappingProxyType, TracebackType
+from typing import (Any, Callable, Dict, List, Mapping, NamedTuple, Optional, Tuple, Type, TypeVar,
+                    Union, overload)
+
+import numpy as np
+from numpy.typing import NDArray
+
+from . import library as api
+from .designs import Matrix, as_matrix
+from .errors import BoundsError, ModelError, UnknownNameError, ZelError, unknown_name
+from .handle import Handle, Path
+from .results import Array, Bounds, LocalErrors, NamedArrays, Solution
+
+#: Designs of one call of the library. A larger array is solved in such pieces, between which other
+#: threads get their turn and Ctrl-C is heard.
+_BLOCK = 1 << 17
+
+_TOLERANCE = 1e-8  # of the library's bounds check
+_NO_BOUND = np.finfo(np.float64).max  # as the library tells it
+_NO_COP = -1.0
+
+_T = TypeVar("_T")
+
+
+class _Part(NamedTuple):
+    """One block of values that a call delivers."""
+
+    width: int  # values per design
+    design_major: bool  # how the library writes them
+
+    def view(self, flat: Array, n: int) -> Array:
+        """n x width"""
+        if self.design_major:
+            return flat.reshape(n, self.width)
+        return flat.reshape(self.width, n).T
+
+
+class Project:
+    """The trained models of a project file (.vrdb).
+
+        with zelsolver.Project("study.vrdb") as project:
+            solution = project.solve({"width": [1.0, 1.5], "height": 2.0})
+            print(solution["mass"])
+
+    Designs, the argument X of the predictions, are n x m numbers in the order of `inputs`, or
+    columns by name: a DataFrame or a dict (see zelsolver.designs.as_matrix). All values are in the
+    units of the study. Values outside the bounds are refused unless a call extrapolates; NaN passes,
+    and what it takes part in is NaN.
+
+    Threads may share a project, but the library runs one call at a time: for more, use processes.
+    A project can be pickled: it is opened again, from the same path.
+    """
+
+    def __init__(self, path: Path, hash: Optional[str] = None) -> None:
+        """Opens the file.
+
+        hash: the SHA-512 that the file must have, 128 lower-case hexadecimal characters, as
+            file_hash() and `zel hash` give it; None does not check.
+
+        Raises ProjectNotFoundError, SignatureError, ProjectError for a file that is damaged or holds
+        no models, LibraryNotFoundError.
+        """
+        self._handle = Handle(path, hash)
+        self._handle.close_with(self)
+        try:
+            self._inputs = self._handle.names(api.INPUTS)
+            self._responses = self._handle.names(api.OUTPUTS)
+            self._criteria = self._handle.names(api.CRITERIA)
+        except BaseException:
+            self._handle.close()
+            raise
+        self._bounds: Optional[Mapping[str, Bounds]] = None
+        self._reference: Optional[Mapping[str, float]] = None
+        self._refusals: Dict[Tuple[str, str], str] = {}  # by quantity and response
+
+    # ---- What the project holds
+
+    @property
+    def path(self) -> str:
+        """Absolute path of the file."""
+        return self._handle.path
+
+    @property
+    def hash(self) -> Optional[str]:
+        """The hash that the project was opened with."""
+        return self._handle.hash
+
+    @property
+    def inputs(self) -> Tuple[str, ...]:
+        """Names of the m inputs of the models."""
+        return self._inputs
+
+    @property
+    def responses(self) -> Tuple[str, ...]:
+        """Names of the responses that have models; "stress[0]" is an element of a vector."""
+        return self._responses
+
+    @property
+    def criteria(self) -> Tuple[str, ...]:
+        """Names of the criteria."""
+        return self._criteria
+
+    @property
+    def bounds(self) -> Mapping[str, Bounds]:
+        """(lower, upper) of each input in the project's designs, in its unit: what a prediction
+        accepts without extrapolation. An input without bounds has -inf, inf."""
+        if self._bounds is None:
+            values = np.empty((len(self.inputs), 2))
+            self._handle.call("dzel2_getInputBounds", values.ctypes.data)
+            self._bounds = MappingProxyType(
+                {name: _as_bounds(pair) for name, pair in zip(self.inputs, values)})
+        return self._bounds
+
+    @property
+    def reference(self) -> Mapping[str, float]:
+        """The reference (nominal) value of each input, in its unit; NaN where it is not set or no
+        number.
+
+        {**project.reference, "width": np.linspace(1, 2)} are designs along one input.
+        """
+        if self._reference is None:
+            self._reference = MappingProxyType(
+                {name: self._reference_or_nan(name) for name in self.inputs})
+        return self._reference
+
+    def parameter_bounds(self, parameter: str) -> Bounds:
+        """The range of any parameter in the project's designs, input of the models or not. Raises
+        UnknownNameError, also for a constant parameter."""
+        values = np.empty(2)
+        self._ask("dzel2_getInputBoundsPerParameter", parameter, values)
+        return _as_bounds(values)
+
+    def reference_value(self, parameter: str) -> float:
+        """The reference value of any parameter; NaN when none is set. Raises UnknownNameError, and
+        ZelError when the value is no number, but a text."""
+        value = np.empty(1)
+        self._ask("dzel2_getReferenceValuePerParameter", parameter, value)
+        return float(value[0])
+
+    def cop(self, response: str) -> float:
+        """Coefficient of prognosis of a response's model: the part of the response's variation that
+        the model predicts in designs it was not trained on, 1 at best. NaN when the project holds
+        none. Raises UnknownNameError."""
+        return float(self._cops(response)[-1])
+
+    def single_cops(self, response: str) -> Mapping[str, float]:
+        """Single coefficient of prognosis of each input: its share in the prediction of a response.
+        NaN where the project holds none, as for inputs that the model does not use."""
+        return {name: float(cop) for name, cop in zip(self.inputs, self._cops(response))}
+
+    def used_inputs(self, response: str) -> Tuple[str, ...]:
+        """The inputs that the model of a response uses; the others were filtered out."""
+        filtered = np.empty(len(self.inputs) + 1, np.uint32)
+        self._ask("dzel2_getFilteredStatesPerResponse", self._known(response), filtered)
+        return tuple(name for name, out in zip(self.inputs, filtered) if not out)
+
+    # ---- Predictions
+
+    def solve(self, X: Any, criteria: bool = True, errors: bool = False, density: bool = False,
+              extrapolate: bool = False) -> Solution:
+        """Predicts the responses at n designs.
+
+        X: the designs
+        criteria: evaluate the criteria, too
+        errors, density: add these for each response, see errors() and density()
+        extrapolate: accept values outside the bounds
+
+        What a model or a criterion cannot compute is NaN in its place, as are errors and density of
+        a model that knows none (`refused` of the result says why).
+
+        Raises InputError, BoundsError, ClosedError.
+        """
+        designs = self._designs(X)
+        flags = api.SOLVE_RESPONSES | (api.SOLVE_EXTRAPOLATE if extrapolate else 0)
+        parts = [_Part(len(self.responses), False)]
+        if criteria and self.criteria:
+            flags |= api.SOLVE_CRITERIA
+            parts.append(_Part(len(self.criteria), True))
+
+        def call(block: Matrix, out: Array) -> None:
+            self._handle.call("dzel2_solve", len(block), block.ctypes.data, block.size, flags,
+                              out.ctypes.data, out.size)
+
+        values = self._evaluate(designs, parts, extrapolate, call)
+        trust, refused = self._trust_all(designs, errors, density, extrapolate)
+        return Solution(
+            NamedArrays(self.responses, values[0], "response"),
+            NamedArrays(self.criteria, values[1], "criterion") if len(values) > 1
+            else _not_asked("criterion (criteria=True evaluates them)", len(designs)),
+            self._densities(trust, len(designs)) if density
+            else _not_asked("density (density=True adds it)", len(designs)),
+            MappingProxyType({name: _as_errors(t[-1]) for name, t in trust.items()}
+                             if errors else {}),
+            MappingProxyType(refused), getattr(X, "index", None) if hasattr(X, "columns") else None)
+
+    @overload
+    def gradients(self, X: Any, response: str, *, extrapolate: bool = ...) -> NamedArrays: ...
+
+    @overload
+    def gradients(self, X: Any, response: None = ..., *,
+                  extrapolate: bool = ...) -> Mapping[str, NamedArrays]: ...
+
+    def gradients(self, X: Any, response: Optional[str] = None, *, extrapolate: bool = False
+                  ) -> Union[NamedArrays, Mapping[str, NamedArrays]]:
+        """Derivatives of a response with respect to the inputs at n designs, in the unit of the
+        response over that of the input; 0 for inputs that its model does not use.
+
+        `gradients(X, "mass")["width"]` are n values, `.array` is n x m. Raises ModelError when the
+        model knows no gradients, as thin plate splines. Without a response: those of each response
+        by its name, NaN where its model knows none.
+        """
+        designs = self._designs(X)
+        parts = [_Part(len(self.inputs), True)]
+
+        def one(name: str) -> NamedArrays:
+            values, = self._evaluate_response(designs, name, api.RESPONSE_GRADIENTS, parts,
+                                              extrapolate)
+            return NamedArrays(self.inputs, values, "input")
+
+        if response is not None:
+            return one(self._known(response))
+        everything, _ = self._ask_all("gradients", one)
+        return {name: NamedArrays(self.inputs, np.full(designs.shape, np.nan), "input")
+                if gradients is None else gradients for name, gradients in everything.items()}
+
+    @overload
+    def errors(self, X: Any, response: str, *, extrapolate: bool = ...) -> LocalErrors: ...
+
+    @overload
+    def errors(self, X: Any, response: None = ..., *,
+               extrapolate: bool = ...) -> Mapping[str, LocalErrors]: ...
+
+    def errors(self, X: Any, response: Optional[str] = None, *, extrapolate: bool = False
+               ) -> Union[LocalErrors, Mapping[str, LocalErrors]]:
+        """How far a response's model can be trusted at n designs: its cross-validated errors there,
+        see LocalErrors.
+
+        Raises ModelError when the model knows no errors, as thin plate splines. Without a response:
+        those of each response by its name, NaN where its model knows none.
+        """
+        designs = self._designs(X)
+        if response is not None:
+            return _as_errors(self._trust(designs, self._known(response), True, False,
+                                          extrapolate)[-1])
+        trust, _ = self._trust_all(designs, True, False, extrapolate)
+        return {name: _as_errors(values[-1]) for name, values in trust.items()}
+
+    @overload
+    def density(self, X: Any, response: str, *, extrapolate: bool = ...) -> Array: ...
+
+    @overload
+    def density(self, X: Any, response: None = ..., *,
+                extrapolate: bool = ...) -> NamedArrays: ...
+
+    def density(self, X: Any, response: Optional[str] = None, *, extrapolate: bool = False
+                ) -> Union[Array, NamedArrays]:
+        """How closely the support points of a response's model lie around n designs: their number,
+        each weighted by a Gaussian of its distance; (n,) values without unit, near 0 where the model
+        knows nothing. Not a probability density.
+
+        Raises ModelError when the model knows no density, as thin plate splines. Without a response:
+        those of each response by its name, NaN where its model knows none.
+        """
+        designs = self._designs(X)
+        if response is not None:
+            values, = self._trust(designs, self._known(response), False, True, extrapolate)
+            return values[:, 0]
+        trust, _ = self._trust_all(designs, False, True, extrapolate)
+        return self._densities(trust, len(designs))
+
+    # ---- Its end
+
+    @property
+    def closed(self) -> bool:
+        """Whether close() was called."""
+        return self._handle.closed
+
+    def close(self) -> None:
+        """Releases the project; results and names stay. Happens by itself at the end of a `with`
+        block, or when the last reference goes. May be repeated."""
+        self._handle.close()
+
+    def __enter__(self) -> "Project":
+        return self
+
+    def __exit__(self, kind: Optional[Type[BaseException]], error: Optional[BaseException],
+                 trace: Optional[TracebackType]) -> None:
+        self.close()
+
+    def __reduce__(self) -> Tuple[Any, ...]:
+        return type(self), (self.path, self.hash)
+
+    def __repr__(self) -> str:
+        state = "closed" if self.closed else f"{len(self.inputs)} inputs"
+        return f"<zelsolver.Project {self.path!r}, {state}, {len(self.responses)} responses>"
+
+    # ---- Calls of the library
+
+    def _ask(self, function: str, name: str, values: NDArray[Any]) -> None:
+        """Fills `values` with what a function tells about a parameter or response."""
+        if not isinstance(name, str) or "\0" in name:
+            raise UnknownNameError(f"{name!r} is no name")
+        try:
+            self._handle.call(function, name.encode(errors="replace"), values.ctypes.data)
+        except ZelError as error:
+            if str(error).endswith("found."):  # "Parameter (...) not found.", "No Limits ... found."
+                raise UnknownNameError(str(error), error.status) from None
+            raise
+
+    def _reference_or_nan(self, parameter: str) -> float:
+        try:
+            return self.reference_value(parameter)
+        except ZelError as error:
+            if error.status != api.ERROR:
+                raise
+            return np.nan
+
+    def _cops(self, response: str) -> Array:
+        values = np.empty(len(self.inputs) + 1)
+        self._ask("dzel2_getCoPValuesPerResponse", self._known(response), values)
+        values[values == _NO_COP] = np.nan
+        return values
+
+    def _known(self, response: str) -> str:
+        if response not in self.responses:
+            raise unknown_name("response", response, self.responses)
+        return response
+
+    def _designs(self, X: Any) -> Matrix:
+        self._handle.check_open()  # also when there are no designs to ask the library about
+        return as_matrix(X, self.inputs)
+
+    def _evaluate(self, designs: Matrix, parts: List[_Part], extrapolate: bool,
+                  call: Callable[[Matrix, Array], None]) -> List[Array]:
+        """The values that `call` delivers for these designs, an array of n x width for each part."""
+        try:
+            return _in_blocks(designs, parts, call)
+        except ZelError as error:
+            if error.status is None:
+                raise
+            if not extrapolate:
+                self._raise_bounds_error(designs, str(error))
+            raise ModelError(str(error), error.status) from None
+
+    def _raise_bounds_error(self, designs: Matrix, text: str) -> None:
+        """Raises BoundsError when a value is outside, as the library counts it."""
+        bounds = np.array(list(self.bounds.values())).reshape(-1, 2)
+        outside = (designs < bounds[:, 0] - _TOLERANCE) | (designs > bounds[:, 1] + _TOLERANCE)
+        if outside.any():
+            row = int(outside.any(axis=1).argmax())
+            i = int(outside[row].argmax())
+            raise BoundsError(text, row, self.inputs[i], float(designs[row, i]),
+                              self.bounds[self.inputs[i]]) from None
+
+    def _evaluate_response(self, designs: Matrix, response: str, flags: int, parts: List[_Part],
+                           extrapolate: bool) -> List[Array]:
+        name = response.encode()
+        if extrapolate:
+            flags |= api.RESPONSE_EXTRAPOLATE
+
+        def call(block: Matrix, out: Array) -> None:
+            self._handle.call("dzel2_get_per_response", len(block), block.ctypes.data, block.size,
+                              name, flags, out.ctypes.data, out.size)
+
+        return self._evaluate(designs, parts, extrapolate, call)
+
+    def _trust(self, designs: Matrix, response: str, errors: bool, density: bool,
+               extrapolate: bool) -> List[Array]:
+        """Density (n x 1) and errors (n x 4) of one response, in this order, as far as asked for."""
+        flags, parts = 0, []
+        if density:
+            flags |= api.RESPONSE_DENSITIES
+            parts.append(_Part(1, True))
+        if errors:
+            flags |= api.RESPONSE_ERRORS
+            parts.append(_Part(len(LocalErrors._fields), True))
+        return self._evaluate_response(designs, response, flags, parts, extrapolate)
+
+    def _trust_all(self, designs: Matrix, errors: bool, density: bool, extrapolate: bool
+                   ) -> Tuple[Dict[str, List[Array]], Dict[str, str]]:
+        """_trust() of each response, NaN where its model refuses; and the refusals.
+
+        One response at a time: the library's call for all of them fails when one model refuses.
+        """
+        if not errors and not density:
+            return {}, {}
+        trust, refused = self._ask_all(
+            "errors", lambda name: self._trust(designs, name, errors, density, extrapolate))
+        widths = [1] * density + [len(LocalErrors._fields)] * errors
+        return {name: [np.full((len(designs), width), np.nan) for width in widths]
+                if values is None else values for name, values in trust.items()}, refused
+
+    def _ask_all(self, what: str, ask: Callable[[str], _T]
+                 ) -> Tuple[Dict[str, Optional[_T]], Dict[str, str]]:
+        """What `ask` returns for each response, None where its model refuses; and the refusals.
+
+        A model that refused is not asked again: the library logs each refusal.
+        """
+        results: Dict[str, Optional[_T]] = {}
+        for name in self.responses:
+            results[name] = None
+            if (what, name) in self._refusals:
+                continue
+            try:
+                results[name] = ask(name)
+            except ModelError as error:
+                self._refusals[what, name] = str(error)
+        return results, {name: self._refusals[what, name] for name, result in results.items()
+                         if result is None}
+
+    def _densities(self, trust: Dict[str, List[Array]], n: int) -> NamedArrays:
+        array = np.empty((n, len(self.responses)), order="F")
+        for k, name in enumerate(self.responses):
+            array[:, k] = trust[name][0][:, 0]
+        return NamedArrays(self.responses, array, "response")
+
+
+def _as_bounds(pair: Array) -> Bounds:
+    lower, upper = (float(value) for value in pair)
+    return Bounds(-np.inf if lower == _NO_BOUND else lower, np.inf if upper == _NO_BOUND else upper)
+
+
+def _as_errors(values: Array) -> LocalErrors:
+    return LocalErrors(*values.T)
+
+
+def _not_asked(kind: str, n: int) -> NamedArrays:
+    return NamedArrays((), np.empty((n, 0)), kind)
+
+
+def _in_blocks(designs: Matrix, parts: List[_Part],
+               call: Callable[[Matrix, Array], None]) -> List[Array]:
+    n, m = designs.shape
+    width = sum(part.width for part in parts)
+    block = min(_BLOCK, api.MAX_SIZE // max(width, m, 1))
+    if n <= block:
+        out = np.full(width * n, np.nan)  # a response without a model leaves its gradients as they are
+        if n > 0:  # the library has no errors and densities of no designs
+            call(designs, out)
+        values, begin = [], 0
+        for part in parts:
+            end = begin + part.width * n
+            values.append(part.view(out[begin:end], n))
+            begin = end
+        return values
+    results = [np.empty((n, part.width), order="C" if part.design_major else "F") for part in parts]
+    for begin in range(0, n, block):
+        rows = slice(begin, begin + block)
+        pieces = _in_blocks(np.asfortranarray(designs[rows]), parts, call)
+        for result, piece in zip(results, pieces):
+            result[rows] = piece
+    return results
