@@ -134,7 +134,7 @@ def execute(command, expected, status, folder, environment):
 def look_at(command, source):
     """A command that is not run: its program is there, and so is the preset that it names."""
     words = command.split()
-    if shutil.which(words[0], path=f"{source}{os.pathsep}{os.environ['PATH']}") is None:
+    if shutil.which(source / words[0] if "/" in words[0] else words[0]) is None:
         raise Fault(f"{words[0]}: no such program")
     presets = {preset["name"] for preset in
                json.loads((source / "CMakePresets.json").read_text())["configurePresets"]}
