@@ -18,6 +18,9 @@ constexpr double kDependent = 1e-13;
 /// Restarts of the factorisation; each at least doubles the enlargement.
 constexpr int kMaxEnlargements = 200;
 
+/// Share of the farthest point of the walk below which x is worked out anew.
+constexpr double kComeDown = 0.01;
+
 /// Residuals of active constraints above this share of max(1, |x|) make a solution worthless.
 constexpr double kUseless = 1e-7;
 
@@ -68,6 +71,7 @@ std::int32_t DualActiveSet::Solve(bool factorise, std::int32_t limit, double* x)
   projected_.noalias() = j_.transpose() * linear;
   x_.noalias() = j_ * projected_;
   x_ = -x_;
+  farthest_ = x_.norm();
 
   std::int32_t answer = 0;
   for (bool refined = false; answer == 0;) {
@@ -83,6 +87,10 @@ std::int32_t DualActiveSet::Solve(bool factorise, std::int32_t limit, double* x)
     }
   }
   if (!IsFinite()) answer = 3;
+  for (std::int32_t k = 0; k < num_active_; ++k) {  // active bounds hold to the bit
+    const Eigen::Index bound = active_[k] - 1 - m_;
+    if (bound >= 0) x_(bound % n_) = bound < n_ ? program_.lower[bound] : program_.upper[bound - n_];
+  }
   std::copy_n(x_.data(), n_, x);
   return answer;
 }
@@ -156,8 +164,9 @@ void DualActiveSet::InvertFactor() {
   }
 }
 
+/// The accuracy asked for, but no less than what rounding leaves of a distance.
 double DualActiveSet::Tolerance() const {
-  return accuracy_ * std::max(1.0, x_.norm());
+  return std::max(accuracy_, static_cast<double>(n_ + 8) * kEps * x_.norm());
 }
 
 /// Distance to the constraint, negative outside.
@@ -232,7 +241,12 @@ std::int32_t DualActiveSet::AddConstraint(std::int32_t constraint, std::int32_t 
       full_step = std::max(-side * Residual(constraint), 0.0) / curvature;
       if (!std::isfinite(full_step)) return 3;
     }
-    if (blocking < 0 && !independent) return -constraint;
+    if (blocking < 0 && !independent) {
+      if (multiplier == 0.0) Recompute();  // it may hold but for the rounding of the walk
+      const double violation = -side * Residual(constraint);
+      if (multiplier == 0.0 && violation <= Tolerance()) return 0;
+      return violation > RoundingOfDependence() ? -constraint : 2;
+    }
 
     const double step = std::min(dual_step, full_step);
     multipliers_.head(num_active_) -= side * step * change_.head(num_active_);
@@ -240,6 +254,9 @@ std::int32_t DualActiveSet::AddConstraint(std::int32_t constraint, std::int32_t 
     if (independent) x_ += side * step * direction_;
     if (independent && full_step <= dual_step) {
       Append(constraint, multiplier);
+      const double norm = x_.norm();
+      farthest_ = std::max(farthest_, norm);
+      if (norm < kComeDown * farthest_) Recompute();
       return 0;
     }
     Drop(blocking);
@@ -343,6 +360,39 @@ void DualActiveSet::SetActiveFlag(std::int32_t constraint, bool active) {
   }
   const bool is_lower = k < m_ + n_;
   bound_flags_(is_lower ? k - m_ : k - m_ - n_) += (active ? 1.0 : -1.0) * (is_lower ? 1.0 : 2.0);
+}
+
+/// What rounding may leave of a constraint whose normal is the combination `change_` of the active
+/// normals: the coefficients are large where the active normals nearly depend on each other.
+double DualActiveSet::RoundingOfDependence() const {
+  return 100.0 * kEps * (1.0 + change_.head(num_active_).lpNorm<1>()) * std::max(1.0, x_.norm());
+}
+
+/// x and the multipliers from the active set alone. A walk that starts afar, where C is nearly
+/// singular, leaves the rounding of its first points in later ones.
+void DualActiveSet::Recompute() {
+  const Eigen::Index q = num_active_;
+
+  // x = J y with T'y1 = -b of the unit normals and y2 = -J2'd; multipliers T^-1 (y1 + J1'd).
+  x_.setZero();
+  for (Eigen::Index k = 0; k < q; ++k) {
+    const double* const column = Column(k);
+    projected_(k) = -Residual(active_[k]);
+    projected_(k) -= Eigen::Map<const Eigen::VectorXd>(column, k).dot(projected_.head(k));
+    projected_(k) /= column[k];
+  }
+  direction_.noalias() = j_.transpose() * Eigen::Map<const Eigen::VectorXd>(program_.linear, n_);
+  projected_.tail(n_ - q) = -direction_.tail(n_ - q);
+  x_.noalias() = j_ * projected_;
+  multipliers_.head(q) = projected_.head(q) + direction_.head(q);
+  for (Eigen::Index k = q - 1; k >= 0; --k) {
+    const double* const column = Column(k);
+    multipliers_(k) /= column[k];
+    multipliers_.head(k) -= multipliers_(k) * Eigen::Map<const Eigen::VectorXd>(column, k);
+  }
+  for (Eigen::Index k = 0; k < q; ++k)
+    if (!IsEquality(active_[k])) multipliers_(k) = std::max(multipliers_(k), 0.0);
+  farthest_ = x_.norm();
 }
 
 /// One Newton step on the optimality conditions of the active set takes out the rounding of the

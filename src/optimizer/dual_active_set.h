@@ -62,6 +62,8 @@ class DualActiveSet {
   void LoadNormal(std::int32_t constraint);
   void Append(std::int32_t constraint, double multiplier);
   void Drop(std::int32_t position);
+  double RoundingOfDependence() const;
+  void Recompute();
   bool Refine();
   bool IsEquality(std::int32_t constraint) const { return constraint <= program_.num_equalities; }
   void SetActiveFlag(std::int32_t constraint, bool active);
@@ -77,6 +79,7 @@ class DualActiveSet {
   std::int32_t num_active_ = 0;
   std::int32_t num_changes_ = 0;
   double enlargement_ = 0.0;
+  double farthest_ = 0.0;  ///< norm of x since it was worked out from the active set
 
   MatrixMap j_;            ///< n x n
   double* triangle_;       ///< T, packed by columns

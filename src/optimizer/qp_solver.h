@@ -28,10 +28,11 @@ namespace corvath::algorithm::optimizer {
 /// @param XL, XU  N; a magnitude of 1e30 and above is no bound
 /// @param X     N; out: the solution
 /// @param U     MNN; out: multipliers of the constraints, of the N lower, of the N upper bounds
-/// @param EPS   largest violation, as a distance relative to max(1, |x|)
-/// @param IFAIL out: 0; 1 too many iterations; 2 the accuracy cannot be reached; 3 numbers that are
-///              not finite; 5 an array is too short; 100 + k: constraint k (bounds behind the
-///              constraints) is not consistent with those that were active
+/// @param EPS   largest violation, as a distance (no smaller than the rounding of |x|)
+/// @param IFAIL out: 0; 1 too many iterations; 2 the accuracy cannot be reached, for normals that
+///              nearly depend on each other; 3 numbers that are not finite; 5 an array is too short;
+///              100 + k: constraint k (bounds behind the constraints) is not consistent with those
+///              that were active
 /// @param IPRINT  above 0: messages on the standard output, whatever the unit IOUT
 /// @param WAR   work, LWAR >= M + 3 NMAX^2 / 2 + 10 NMAX + 1 + MMAX
 /// @param IWAR  LIWAR >= N; out: the active constraints

@@ -366,8 +366,8 @@ void SqpRun::AskForPoints() {
   a_.IFAIL = -1;
 }
 
-/// Accepts the first trial that falls enough, or reduces the step. A trial that may be accepted is
-/// tested before the number of trials is.
+/// Accepts the first trial that falls enough, or reduces the step. One trial at a time, the last one
+/// allowed ends the search whatever its value; of a round of trials the last one counts too.
 void SqpRun::JudgePoints() {
   const double armijo = 0.01;
   const double interpolation = a_.L == 1 ? 0.5 : 0.0;
@@ -376,8 +376,9 @@ void SqpRun::JudgePoints() {
     const double value =
         merit.Value(a_.F[column], values_.col(column), points_.col(column), u_, alpha_);
     const double rise = value - reference_;
-    if (rise <= armijo * trial_slope_) return Accept(column, alpha_);
-    if (trial_ >= max_trials_) {
+    const bool is_last = trial_ >= max_trials_;
+    if (rise <= armijo * trial_slope_ && !(is_last && a_.L == 1)) return Accept(column, alpha_);
+    if (is_last) {
       if (!UseOlderReference()) return Finish(4);
       if (a_.L == 1) return AskForPoints();
       column = 0;  // the points of the round stay, judged more mildly
@@ -398,15 +399,13 @@ bool SqpRun::UseOlderReference() {
   if (a_.MAX_NM == 0 || used_reference_ != 0) return false;
   PrintSqpWarning(a_, "Starting non-monotone line search");
   used_reference_ = 1;
-  double reference = merit_;
+  double reference = a_.TOL_NM;
   if (iteration_ > 1)
     reference = stack_.head(std::min(num_pushed_, a_.MAX_NM)).maxCoeff();
-  else if (merit_ > a_.ACC)
-    reference = (1.0 + a_.TOL_NM) * merit_;
-  else if (merit_ < -a_.ACC)
-    reference = (1.0 - a_.TOL_NM) * merit_;
-  else
-    reference = a_.TOL_NM;
+  else if (f_ > a_.ACC)
+    reference = (1.0 + a_.TOL_NM) * f_;
+  else if (f_ < -a_.ACC)
+    reference = (1.0 - a_.TOL_NM) * f_;
   StartSearch(reference);
   return true;
 }
