@@ -155,7 +155,9 @@ def run_page(page, source, folder, environment):
             elif language == "pycon":
                 session += "\n".join(lines) + "\n\n"
                 (folder / "session.txt").write_text(session)
-                execute("python3 -m doctest -o ELLIPSIS session.txt", [], 0, folder, environment)
+                # The library's log, if any, stands before.
+                execute(f"'{sys.executable}' -m doctest -o ELLIPSIS session.txt", ["..."], 0, folder,
+                        environment)
                 count += 1
             elif language == "sh":
                 for command in lines:
@@ -213,7 +215,8 @@ def main():
             **os.environ, "LC_ALL": "C.UTF-8", "TERM": "dumb",
             "PATH": f"{prefix / 'bin'}{os.pathsep}{os.environ['PATH']}",
             "CMAKE_PREFIX_PATH": str(prefix), "PKG_CONFIG_PATH": str(library / "pkgconfig"),
-            "LD_LIBRARY_PATH": str(library)}
+            "LD_LIBRARY_PATH": str(library), "PYTHONPATH": str(source / "python"),
+            "PYTHONDONTWRITEBYTECODE": "1"}
         for page in pages:
             folder = pathlib.Path(place, page.stem)
             (folder / "examples").mkdir(parents=True)
