@@ -108,6 +108,10 @@ void WriteContent(std::ostream& stream, const VRDB& project, const fs::path& pat
     WriteFileHeader(stream, {form.header_flag, BuildHeaderText(project, path)});
   portable_binary_oarchive archive(stream, form.archive_flags);
   archive << project;
+  // The archive's end changes the stream's locale, and with bytes that wait for a full disk that
+  // breaks the stream so that closing it throws std::bad_cast.
+  if (!stream.flush())
+    throw boost::archive::archive_exception(boost::archive::archive_exception::output_stream_error);
 }
 
 }  // namespace
@@ -170,8 +174,10 @@ void SaveProjectFile(const VRDB& project, const fs::path& path, const ProjectFil
   std::ofstream stream;
   stream.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
   stream.open(temporary.GetName(), std::ios::out | std::ios::binary | std::ios::trunc);
+  errno = 0;
   const auto throw_stream_error = [&path] {
-    ThrowWriteError(path, GetStatusText(FileStatus::kInvalidStreamWhileWriting));
+    const std::string reason = errno == 0 ? "" : " (" + std::system_category().message(errno) + ')';
+    ThrowWriteError(path, GetStatusText(FileStatus::kInvalidStreamWhileWriting) + reason);
   };
   try {
     WriteContent(stream, project, path, form);
