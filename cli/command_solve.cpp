@@ -1,6 +1,9 @@
 #include "commands.h"
+#include "csv_cell.h"
+#include "csv_header.h"
 #include "csv_reader.h"
 #include "csv_writer.h"
+#include "name_hint.h"
 #include "output_file.h"
 #include "progress_line.h"
 #include "project.h"
@@ -12,6 +15,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -88,10 +92,6 @@ class Extras {
   std::vector<Block> blocks_;
 };
 
-std::string Quoted(const std::string& name) {
-  return '"' + name + '"';
-}
-
 std::string Number(double value) {
   char text[32];
   return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
@@ -100,31 +100,26 @@ std::string Number(double value) {
 /// The rows of one block, and where they came from.
 class Designs {
  public:
-  Designs(const CsvReader& reader, const std::vector<std::string>& inputs)
-      : reader_(reader), inputs_(inputs), rows_(kBlock * inputs.size()) {}
+  explicit Designs(const std::vector<std::string>& inputs)
+      : inputs_(inputs), rows_(kBlock * inputs.size()), row_numbers_(kBlock) {}
 
   /// Finds the column of each input. @throws Refusal  an input has none, or two
-  void ReadHeader(const CsvReader::Record& header) {
-    num_columns_ = header.size();
-    for (const std::string& input : inputs_) {
-      const auto found = std::find(header.begin(), header.end(), input);
-      if (found == header.end())
-        throw Refusal(reader_.GetName() + ": row 1: no column for the input " + Quoted(input) +
-                      Hint(header));
-      if (std::find(found + 1, header.end(), input) != header.end())
-        throw Refusal(reader_.GetName() + ": row 1: two columns " + Quoted(input));
-      columns_.push_back(static_cast<std::size_t>(found - header.begin()));
-    }
+  void SetHeader(CsvHeader header) {
+    header_ = std::move(header);
+    for (const std::string& input : inputs_) columns_.push_back(header_->Find(input, "input"));
   }
+  bool HasHeader() const { return header_.has_value(); }
 
   void Add(std::uint64_t row, const CsvReader::Record& record) {
-    if (record.size() != num_columns_)
-      throw Refusal(reader_.GetName() + ": row " + std::to_string(row) + ": " +
-                    std::to_string(record.size()) + " cells, but the header has " +
-                    std::to_string(num_columns_));
-    if (size_ == 0) first_row_ = row;
-    for (std::size_t i = 0; i < inputs_.size(); ++i)
-      rows_[size_ * inputs_.size() + i] = Parse(row, i, record[columns_[i]]);
+    header_->CheckSize(row, record);
+    row_numbers_[size_] = row;
+    for (std::size_t i = 0; i < inputs_.size(); ++i) {
+      const std::string& cell = record[columns_[i]];
+      const CsvNumber number = ReadNumber(cell);
+      if (number.kind != CsvNumber::Kind::kNumber)
+        throw Refusal(header_->Place(row, columns_[i]) + ": " + RefusalText(cell, number.kind));
+      rows_[size_ * inputs_.size() + i] = number.value;
+    }
     ++size_;
   }
 
@@ -148,45 +143,20 @@ class Designs {
       for (std::size_t i = 0; i < inputs_.size(); ++i) {
         const double value = rows_[d * inputs_.size() + i];
         if (value < bounds[2 * i] - kTolerance || value > bounds[2 * i + 1] + kTolerance)
-          throw Refusal(Place(first_row_ + d, i) + ": " + Number(value) + " is outside [" +
-                        Number(bounds[2 * i]) + ", " + Number(bounds[2 * i + 1]) +
+          throw Refusal(header_->Place(row_numbers_[d], columns_[i]) + ": " + Number(value) +
+                        " is outside [" + Number(bounds[2 * i]) + ", " + Number(bounds[2 * i + 1]) +
                         "]; --extrapolate predicts there too");
       }
   }
 
  private:
-  std::string Place(std::uint64_t row, std::size_t input) const {
-    return reader_.GetName() + ": row " + std::to_string(row) + ", column " +
-           Quoted(inputs_[input]);
-  }
-
-  static std::string Hint(const CsvReader::Record& header) {
-    if (header.size() == 1 && header[0].find_first_of(";\t") != std::string::npos)
-      return " (columns are separated by commas)";
-    return "";
-  }
-
-  double Parse(std::uint64_t row, std::size_t input, const std::string& cell) const {
-    const char* begin = cell.data();
-    const char* const end = begin + cell.size();
-    if (begin != end && *begin == '+') ++begin;  // from_chars knows no plus sign
-    double value = 0.0;
-    const auto result = std::from_chars(begin, end, value);
-    if (result.ec == std::errc::result_out_of_range)
-      throw Refusal(Place(row, input) + ": " + Quoted(cell) + " is beyond the range of doubles");
-    if (result.ec != std::errc() || result.ptr != end || begin == end)
-      throw Refusal(Place(row, input) + ": " + Quoted(cell) + " is not a number");
-    return value;
-  }
-
-  const CsvReader& reader_;
   const std::vector<std::string>& inputs_;
-  std::size_t num_columns_ = 0;
+  std::optional<CsvHeader> header_;
   std::vector<std::size_t> columns_;  ///< of each input in the file
   std::vector<double> rows_;          ///< design after design
+  std::vector<std::uint64_t> row_numbers_;
   std::vector<double> by_input_;
   std::size_t size_ = 0;
-  std::uint64_t first_row_ = 0;
 };
 
 class Solver {
@@ -196,7 +166,7 @@ class Solver {
         project_(options.file, options.hash),
         bounds_(project_.GetBounds()),
         reader_(options.in),
-        designs_(reader_, project_.GetInputs()),
+        designs_(project_.GetInputs()),
         file_(options.out),
         writer_(file_) {
     flags_ = ZEL_SOLVE_RESPONSES;
@@ -205,7 +175,8 @@ class Solver {
     const auto& outputs = project_.GetOutputs();
     for (const auto& name : options.gradients)
       if (std::find(outputs.begin(), outputs.end(), name) == outputs.end())
-        throw Refusal(options.file + ": no response " + Quoted(name));
+        throw Refusal(options.file + ": no response " + Quoted(name) + "; " +
+                      NameHint(name, outputs, "the responses are"));
     for (const auto& name : outputs) {
       const bool gradients = std::find(options.gradients.begin(), options.gradients.end(), name) !=
                              options.gradients.end();
@@ -214,18 +185,16 @@ class Solver {
   }
 
   void Run() {
-    bool has_header = false;
     reader_.ReadAll([&](std::uint64_t row, const CsvReader::Record& record) {
-      if (!has_header) {
-        designs_.ReadHeader(record);
+      if (!designs_.HasHeader()) {
+        designs_.SetHeader(CsvHeader(reader_.GetName(), row, record));
         WriteHeader();
-        has_header = true;
         return;
       }
       designs_.Add(row, record);
       if (designs_.IsFull()) SolveBlock();
     });
-    if (!has_header) throw Refusal(reader_.GetName() + ": no header row");
+    if (!designs_.HasHeader()) throw Refusal(reader_.GetName() + ": no header row");
     if (designs_.GetSize() > 0) SolveBlock();
     writer_.Flush();
     file_.Commit();
@@ -259,7 +228,7 @@ class Solver {
       writer_.EndRecord();
     }
     num_solved_ += n;
-    progress_.Update(num_solved_, reader_.GetProgress());
+    progress_.Update(std::to_string(num_solved_) + " designs", reader_.GetProgress());
     designs_.Clear();
   }
 

@@ -49,6 +49,22 @@ std::vector<std::string> SchemeNames();
 /// Writes a CSV of points in the units of the inputs, one column each.
 void RunSample(const SampleOptions& options);
 
+struct TrainOptions {
+  std::string table;                   ///< CSV with a header row; "-" is standard input
+  std::vector<std::string> inputs;     ///< lists of columns, see ParseNames
+  std::vector<std::string> responses;  ///< likewise
+  std::vector<std::string> discrete;   ///< likewise: inputs that take the table's values alone
+  std::vector<std::string> criteria;   ///< see ParseCriteria
+  std::string out;                     ///< project file; empty: named after the table
+  std::uint32_t seed = 1;              ///< of the groups of the cross-validation
+  bool anisotropic = false;            ///< kriging with a radius for each input competes, too
+  bool quiet = false;                  ///< errors alone
+};
+
+/// Trains a model for each response of a table of designs, writes them as a project file, and
+/// prints how good they are.
+void RunTrain(const TrainOptions& options);
+
 /// Prints the SHA-512 signature of `file`.
 void RunHash(const std::string& file);
 

@@ -6,17 +6,23 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace cli {
 
-/// Reads records of comma-separated values (RFC 4180: quoted fields, CR LF or LF) from a file or
-/// standard input. Blank lines are no records; a byte order mark is passed over.
+/// Reads records of comma-separated values (RFC 4180: quoted fields; CR LF, LF or CR) from a file
+/// or standard input. Blank lines and records of empty cells alone, which spreadsheets leave behind
+/// a table, are passed over; so is a byte order mark.
 class CsvReader {
  public:
   using Record = std::vector<std::string>;
-  /// Called for each record. @param row  1 for the first record of the file, the header
+  /// Called for each record. @param row  as a spreadsheet counts, from 1, with the blank lines
   using Handler = std::function<void(std::uint64_t row, const Record& record)>;
+
+  /// Most bytes of a cell and most cells of a record: what is longer is no table.
+  static constexpr std::size_t kMaxCellSize = std::size_t{1} << 20;
+  static constexpr std::size_t kMaxCells = std::size_t{1} << 20;
 
   /// @param file  a path, "-" for standard input. @throws Refusal  it cannot be opened
   explicit CsvReader(std::string file);
@@ -25,7 +31,7 @@ class CsvReader {
   ~CsvReader();
 
   /// Reads to the end. What `handler` throws ends the reading and passes on.
-  /// @throws Refusal  the file cannot be read, or a quoted field is not closed
+  /// @throws Refusal  the file cannot be read, a quotation mark is out of place, or it is no text
   void ReadAll(const Handler& handler);
 
   /// Name for messages.
@@ -34,17 +40,28 @@ class CsvReader {
   double GetProgress() const;
 
  private:
+  struct Feed;
+
   void OnField(const char* text, std::size_t size);
-  void OnRecord(const Handler& handler);
+  void OnLineEnd(int end, const Handler& handler);
+  void Parse(Feed& feed, const char* begin, std::size_t size);
+  std::size_t SkipMark(std::string_view begin) const;
+  [[noreturn]] void Refuse(const std::string& what) const;
 
   std::string name_;
   std::FILE* file_;
   csv_parser parser_;
   Record record_;
   std::size_t num_fields_ = 0;  ///< of record_ in use: its strings keep their memory
+  int line_end_ = 0;            ///< the last one
   std::uint64_t row_ = 0;
   std::uint64_t bytes_read_ = 0;
   std::uint64_t size_ = 0;  ///< 0 when unknown
 };
+
+/// The cells of one record, with quotes as in a file: a,b are two, "a,b" is one.
+/// @param place  where it stands, for the message
+/// @throws Refusal  a quotation mark is out of place
+CsvReader::Record ParseRecord(std::string_view text, const std::string& place);
 
 }  // namespace cli

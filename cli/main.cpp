@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "completion.h"
+#include "interruption.h"
 #include "manual.h"
 #include "standard_output.h"
 
@@ -9,6 +10,7 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -55,7 +57,7 @@ void AddSolve(CLI::App& app) {
   command->add_option("--in", options.in, "Designs to predict at; - is standard input")
       ->required()
       ->type_name("CSV");
-  command->add_option("--out", options.out, "Result; - is standard output")
+  command->add_option("-o,--out", options.out, "Result; - is standard output")
       ->capture_default_str()
       ->type_name("CSV");
   command->add_flag("--extrapolate", options.extrapolate,
@@ -138,13 +140,58 @@ void AddSample(CLI::App& app) {
       ->check(CLI::NonNegativeNumber.description(""))
       ->capture_default_str()
       ->type_name("NUMBER");
-  command->add_option("--out", options.out, "Result; - is standard output")
+  command->add_option("-o,--out", options.out, "Result; - is standard output")
       ->capture_default_str()
       ->type_name("CSV");
   command->callback([inputs, from] {
     if (inputs->empty() && from->empty()) throw CLI::RequiredError("--inputs or --from");
     cli::RunSample(options);
   });
+}
+
+void AddTrain(CLI::App& app) {
+  auto* const command = app.add_subcommand(
+      "train",
+      "Train models on a table of designs, and write them as a project file\n\n"
+      "Reads a CSV with one row for each design. Its header row names the columns; those that\n"
+      "neither --inputs nor --responses names are ignored. Where the cell of a response is\n"
+      "empty or no number, the design failed for this response alone. For each response\n"
+      "regressions, moving least squares and kriging compete over subsets of the inputs. The\n"
+      "coefficient of prognosis (CoP) decides: the share of the variation that a model predicts\n"
+      "at designs that it was not trained on. Prints a table of the chosen models.\n"
+      "A name with a comma stands in quotation marks: --inputs 'a,\"b, c\"'.");
+  static cli::TrainOptions options;
+  command->add_option("CSV", options.table, "Table of designs; - is standard input")
+      ->required()
+      ->type_name("");
+  const auto add_list = [&](const char* name, std::vector<std::string>& list, const char* text) {
+    return command->add_option(name, list, text)->type_name("NAMES")->allow_extra_args(false);
+  };
+  add_list("--inputs", options.inputs, "Columns of the inputs: a,b,c; may be repeated")->required();
+  add_list("--responses", options.responses, "Columns of the responses")->required();
+  add_list("--discrete", options.discrete,
+           "Inputs among them that take the values of the table and no others");
+  command
+      ->add_option("--criterion", options.criteria,
+                   "'cost: 3*mass + load' for a value, 'limit: stress <= 25' for a limit (or >=); "
+                   "may be repeated")
+      ->type_name("NAME:EXPRESSION")
+      ->allow_extra_args(false);
+  command
+      ->add_option("-o,--out", options.out,
+                   "Project file (.vrdb), replaced if it exists; without this option CSV with the "
+                   "ending .vrdb, which must not exist")
+      ->type_name("PROJECT");
+  command->add_flag("--anisotropic", options.anisotropic,
+                    "Let kriging with a radius for each input compete, too; takes longer");
+  command
+      ->add_option("--seed", options.seed,
+                   "Of the groups of the cross-validation; the same seed gives the same models")
+      ->check(CLI::NonNegativeNumber.description(""))
+      ->capture_default_str()
+      ->type_name("NUMBER");
+  command->add_flag("--quiet", options.quiet, "Print errors alone");
+  command->callback([] { cli::RunTrain(options); });
 }
 
 void AddHash(CLI::App& app) {
@@ -171,6 +218,7 @@ void AddPages(CLI::App& app) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  cli::HandleInterruptions();
   CLI::App app("Predictions from the trained metamodels of a project file (.vrdb)", "zel");
   app.formatter(std::make_shared<Help>());  // commands take it over when they are added
   app.set_version_flag("--version", dzel2_get_version_str());
@@ -183,12 +231,16 @@ int main(int argc, char** argv) {
   AddSolve(app);
   AddEval(app);
   AddSample(app);
+  AddTrain(app);
   AddHash(app);
   AddPages(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kUsage;
+  } catch (const std::bad_alloc&) {
+    std::cerr << "zel: out of memory\n";
+    return kRefused;
   } catch (const std::exception& error) {
     std::cerr << "zel: " << error.what() << '\n';
     return kRefused;

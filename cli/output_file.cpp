@@ -3,27 +3,45 @@
 #include "commands.h"
 #include "standard_output.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 
 namespace cli {
+namespace {
 
-OutputFile::OutputFile(std::string path) : path_(std::move(path)), file_(nullptr) {
+/// The file behind the links, or the path itself where there is none.
+std::string ResolveLinks(const std::string& path) {
+  const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path.c_str(), nullptr), std::free);
+  return resolved ? resolved.get() : path;
+}
+
+}  // namespace
+
+OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
   if (path_ == "-") {
     file_ = ClaimStandardOutput();
     return;
   }
-  temporary_ = path_ + ".part" + std::to_string(getpid());
-  file_ = std::fopen(temporary_.c_str(), "wb");
+  struct stat status {};
+  if (stat(path_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    file_ = std::fopen(path_.c_str(), "wb");
+  } else {
+    target_ = ResolveLinks(path_);
+    temporary_ = target_ + ".part" + std::to_string(getpid());
+    in_work_.emplace(temporary_);
+    file_ = std::fopen(temporary_.c_str(), "wb");
+  }
   if (file_ == nullptr) Fail();
 }
 
 OutputFile::~OutputFile() {
-  if (temporary_.empty()) return;
-  if (file_ != nullptr) std::fclose(file_);
-  std::remove(temporary_.c_str());
+  if (file_ != nullptr && path_ != "-") std::fclose(file_);
+  if (!temporary_.empty()) std::remove(temporary_.c_str());
 }
 
 void OutputFile::Fail() const {
@@ -36,11 +54,14 @@ void OutputFile::Write(std::string_view text) {
 
 void OutputFile::Commit() {
   if (std::fflush(file_) != 0) Fail();
-  if (temporary_.empty()) return;
+  if (path_ == "-") return;
   std::FILE* const file = file_;
   file_ = nullptr;
-  if (std::fclose(file) != 0 || std::rename(temporary_.c_str(), path_.c_str()) != 0) Fail();
+  if (std::fclose(file) != 0) Fail();
+  if (temporary_.empty()) return;
+  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) Fail();
   temporary_.clear();
+  in_work_.reset();
 }
 
 }  // namespace cli

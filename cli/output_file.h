@@ -1,13 +1,18 @@
 #pragma once
 
+#include "interruption.h"
+
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace cli {
 
 /// A result file, or standard output for "-". A file is written beside its place under a temporary
-/// name and takes its place in Commit(); without Commit() an old file stays as it is.
+/// name and takes its place in Commit(); without Commit(), and after an interruption, an old file
+/// stays as it is. A symbolic link stays, and its target is replaced; what is no regular file (a
+/// pipe, a device) is written to as it is.
 class OutputFile {
  public:
   explicit OutputFile(std::string path);  ///< @throws Refusal  it cannot be created
@@ -22,8 +27,10 @@ class OutputFile {
   [[noreturn]] void Fail() const;
 
   std::string path_;
-  std::string temporary_;
-  std::FILE* file_;
+  std::string target_;     ///< path_ behind all links
+  std::string temporary_;  ///< empty when there is none
+  std::optional<FileInWork> in_work_;
+  std::FILE* file_ = nullptr;
 };
 
 }  // namespace cli

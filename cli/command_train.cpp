@@ -1,0 +1,131 @@
+#include "commands.h"
+#include "criteria_texts.h"
+#include "design_table.h"
+#include "foundation/text.h"
+#include "interruption.h"
+#include "model_text.h"
+#include "progress_line.h"
+#include "standard_output.h"
+#include "text_table.h"
+#include "training/train_study.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+#include <sstream>
+
+namespace cli {
+namespace {
+
+using corvath::training::TrainedResponse;
+using corvath::training::TrainedStudy;
+using corvath::utils::ToUtf8;
+
+/// "study.vrdb" beside "study.csv".
+std::string DefaultOutput(const std::string& table) {
+  if (table == "-") throw Refusal("-o: a table from standard input gives the project no name");
+  const std::size_t name = table.find_last_of('/') + 1;  // 0 without a folder
+  const std::size_t dot = table.find_last_of('.');
+  const bool has_extension = dot != std::string::npos && dot > name;
+  return table.substr(0, has_extension ? dot : table.size()) + ".vrdb";
+}
+
+/// Where the project goes, made sure of before the long work. A file that only the default names is
+/// not replaced: nobody asked for that.
+std::string RequireOutput(const TrainOptions& options) {
+  const std::string path = options.out.empty() ? DefaultOutput(options.table) : options.out;
+  if (path == "-") throw Refusal("-o: a project is no text; give it a file name");
+  struct stat status {};
+  if (stat(path.c_str(), &status) == 0) {
+    if (S_ISDIR(status.st_mode)) throw Refusal(path + ": is a directory");
+    if (!S_ISREG(status.st_mode)) throw Refusal(path + ": is no regular file");
+    struct stat table {};
+    if (stat(options.table.c_str(), &table) == 0 && table.st_dev == status.st_dev &&
+        table.st_ino == status.st_ino)
+      throw Refusal(path + ": is the table itself");
+    if (options.out.empty()) throw Refusal(path + ": exists already; -o " + path + " replaces it");
+  }
+  const std::size_t slash = path.find_last_of('/');
+  const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  if (access(folder.c_str(), W_OK | X_OK) != 0) throw Refusal(path + ": " + std::strerror(errno));
+  return path;
+}
+
+TrainedStudy Train(const TrainOptions& options, const DesignTable& table) {
+  corvath::training::TrainSettings settings;
+  settings.seed = options.seed;
+  settings.models.use_anisotropic_Kriging_ = options.anisotropic;
+  const auto criteria = ParseCriteria(options.criteria, table.data);
+  ProgressLine progress(!options.quiet);
+  const auto observer = [&](const corvath::training::TrainProgress& state) {
+    const double share = state.total == 0
+                             ? -1.0
+                             : static_cast<double>(state.done) / static_cast<double>(state.total);
+    progress.Update(ToUtf8(state.response + L": " + state.candidate), share);
+    return true;
+  };
+  try {
+    return corvath::training::TrainStudy(table.data, settings, criteria, observer);
+  } catch (const corvath::training::TrainingError& error) {
+    throw Refusal(table.Explain(error));
+  }
+}
+
+/// The inputs of a model with their CoPs.
+std::string InputsText(const TrainedResponse& response, const std::vector<std::wstring>& all) {
+  std::vector<std::string> names;
+  std::vector<bool> filtered;
+  std::vector<double> cops;
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    names.push_back(ToUtf8(all[i]));
+    filtered.push_back(std::find(response.inputs.begin(), response.inputs.end(), all[i]) ==
+                       response.inputs.end());
+    cops.push_back(response.single_cops(static_cast<Eigen::Index>(i)));
+  }
+  return UsedInputs(names, filtered, cops);
+}
+
+std::string Summary(const TrainedStudy& study, const DesignTable& table, const std::string& path) {
+  TextTable summary;
+  summary.AddColumn("response", TextTable::Align::kLeft);
+  summary.AddColumn("CoP", TextTable::Align::kRight);
+  summary.AddColumn("designs", TextTable::Align::kRight);
+  summary.AddColumn("model", TextTable::Align::kLeft);
+  summary.AddColumn("inputs that it uses, with the loss of CoP without each",
+                    TextTable::Align::kLeft);
+  for (const TrainedResponse& response : study.responses)
+    summary.AddRow({ToUtf8(response.name), CoPText(response.cop, 4),
+                    std::to_string(response.num_designs), ToUtf8(response.model),
+                    InputsText(response, table.data.inputs)});
+  std::ostringstream text;
+  summary.Print(text, "");
+  for (const std::wstring& note : study.notes) text << ToUtf8(note) << '\n';
+  text << "Wrote " << path << '\n';
+  return text.str();
+}
+
+}  // namespace
+
+void RunTrain(const TrainOptions& options) {
+  ClaimStandardOutput();  // before the library logs what it meets
+  const auto inputs = ParseNames(options.inputs, "--inputs");
+  const auto responses = ParseNames(options.responses, "--responses");
+  const auto discrete = ParseNames(options.discrete, "--discrete");
+  const std::string path = RequireOutput(options);
+  const DesignTable table = ReadDesignTable(options.table, inputs, responses, discrete);
+  if (!options.quiet)
+    for (const std::string& note : table.notes) std::cerr << "zel: " << note << '\n';
+  const TrainedStudy study = Train(options, table);
+  {
+    // Half of a file under a temporary name would stay.
+    const InterruptionDelay delay;
+    corvath::training::WriteStudy(study, path);
+  }
+  if (!options.quiet) PrintResult(Summary(study, table, path));
+}
+
+}  // namespace cli

@@ -1,0 +1,30 @@
+#include "model_text.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace cli {
+
+std::string CoPText(double cop, int digits) {
+  if (cop == -1.0) return "-";
+  char text[32];
+  const auto end = std::to_chars(text, text + sizeof text, cop, std::chars_format::fixed, digits);
+  return std::string(text, end.ptr);
+}
+
+std::string UsedInputs(const std::vector<std::string>& inputs, const std::vector<bool>& filtered,
+                       const std::vector<double>& cops) {
+  std::vector<std::size_t> order;
+  for (std::size_t i = 0; i < inputs.size(); ++i)
+    if (!filtered[i]) order.push_back(i);
+  std::stable_sort(order.begin(), order.end(),
+                   [&](std::size_t a, std::size_t b) { return cops[a] > cops[b]; });
+  std::string text;
+  for (const std::size_t i : order) {
+    text += (text.empty() ? "" : ", ") + inputs[i];
+    if (cops[i] != -1.0) text += ' ' + CoPText(cops[i], 2);
+  }
+  return text;
+}
+
+}  // namespace cli

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace cli {
+
+/// A coefficient of prognosis; "-" for -1, where there is none.
+std::string CoPText(double cop, int digits);
+
+/// The inputs that a model uses with their CoPs, the most important first.
+/// @param filtered  whether the model leaves each input out
+/// @param cops      of each input
+std::string UsedInputs(const std::vector<std::string>& inputs, const std::vector<bool>& filtered,
+                       const std::vector<double>& cops);
+
+}  // namespace cli
