@@ -37,7 +37,7 @@ def test_knows_parameters_that_are_no_inputs(plate):
     assert plate.parameter_bounds("sum") == (-1, 3)  # x + y
     assert plate.parameter_bounds("Größe") == (10, 20)
     assert plate.reference_value("thickness") == 3
-    with pytest.raises(zelsolver.UnknownNameError, match=r"^No Limits for Parameter \(thickness\) "):
+    with pytest.raises(zelsolver.UnknownNameError, match=r"^No Limits for Parameter \(thi"):
         plate.parameter_bounds("thickness")  # a constant
 
 

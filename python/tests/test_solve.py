@@ -8,14 +8,14 @@ import numpy as np
 import pytest
 import zelsolver
 from conftest import PROJECTS, SAMPLE, ZEL, Plate, assert_plate, truss_designs
-from zelsolver import project as project_module
+from zelsolver import blocks
 
 ERRORS = ("local_cop", "rmse", "mean_error", "mean_abs_error")
 
 
 @pytest.fixture
 def small_blocks(monkeypatch):
-    monkeypatch.setattr(project_module, "_BLOCK", 7)
+    monkeypatch.setattr(blocks, "_BLOCK", 7)
 
 
 def test_responses_and_criteria_have_their_closed_forms(plate):
@@ -79,7 +79,8 @@ def test_density_counts_the_support_points(plate):
     h = 100 * (x[1] - x[0])
     with np.errstate(divide="ignore"):
         log = np.log(rho)
-    s = np.mean([-(log[i - 100] - 2 * log[i] + log[i + 100]) / h**2 for i in tail[200:-200:50]])**-0.5
+    bends = [log[i - 100] - 2 * log[i] + log[i + 100] for i in tail[200:-200:50]]
+    s = (-np.mean(bends) / h**2)**-0.5
     assert rho.sum() * (x[1] - x[0]) / (s * np.sqrt(2 * np.pi)) == pytest.approx(40, rel=1e-3)
     assert rho[0] == 0 or rho[0] < 1e-100
 
@@ -194,7 +195,7 @@ def test_no_designs_give_empty_results(truss):
 
 def test_large_arrays_are_solved_in_blocks(truss, small_blocks, monkeypatch):
     designs = truss_designs(24)
-    blocks = (truss.solve(designs, errors=True, density=True), truss.gradients(designs, "mass"))
+    pieces = (truss.solve(designs, errors=True, density=True), truss.gradients(designs, "mass"))
     outside = designs.copy()
     outside[17, 4] = 99
     with pytest.raises(zelsolver.BoundsError, match="design 17"):
@@ -202,8 +203,8 @@ def test_large_arrays_are_solved_in_blocks(truss, small_blocks, monkeypatch):
     monkeypatch.undo()
     whole = (truss.solve(designs, errors=True, density=True), truss.gradients(designs, "mass"))
     # Sums over blocks of rows may be vectorised differently.
-    np.testing.assert_allclose(blocks[0].to_frame(), whole[0].to_frame(), rtol=1e-10)
-    np.testing.assert_allclose(blocks[1], whole[1], rtol=1e-6)
+    np.testing.assert_allclose(pieces[0].to_frame(), whole[0].to_frame(), rtol=1e-10)
+    np.testing.assert_allclose(pieces[1], whole[1], rtol=1e-6)
 
 
 def test_results_own_their_memory(plate):

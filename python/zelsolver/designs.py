@@ -21,8 +21,8 @@ def as_matrix(X: Any, inputs: Sequence[str]) -> Matrix:
       - columns by name: a DataFrame, a dict, a structured array, or anything with keys(). Each is
         a column of n numbers or a single number, which then stands for all designs. Columns that
         are no inputs are ignored;
-    and is used in place, without a copy, when it is such a matrix already: doubles in Fortran order,
-    or a DataFrame that holds them (columns of one type, in the order of `inputs`).
+    and is used in place, without a copy, when it is such a matrix already: doubles in Fortran
+    order, or a DataFrame that holds them (columns of one type, in the order of `inputs`).
 
     Raises InputError for a wrong shape, missing columns and what is no number. A value that is
     missing (None, pandas.NA, a masked element) is NaN.

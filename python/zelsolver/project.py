@@ -3,40 +3,24 @@
 from __future__ import annotations
 
 from types import MappingProxyType, TracebackType
-from typing import (Any, Callable, Dict, List, Mapping, NamedTuple, Optional, Tuple, Type, TypeVar,
-                    Union, overload)
+from typing import (Any, Callable, Dict, List, Mapping, Optional, Tuple, Type, TypeVar, Union,
+                    overload)
 
 import numpy as np
 from numpy.typing import NDArray
 
 from . import library as api
+from .blocks import Part, in_blocks
 from .designs import Matrix, as_matrix
 from .errors import BoundsError, ModelError, UnknownNameError, ZelError, unknown_name
 from .handle import Handle, Path
 from .results import Array, Bounds, LocalErrors, NamedArrays, Solution
-
-#: Designs of one call of the library. A larger array is solved in such pieces, between which other
-#: threads get their turn and Ctrl-C is heard.
-_BLOCK = 1 << 17
 
 _TOLERANCE = 1e-8  # of the library's bounds check
 _NO_BOUND = np.finfo(np.float64).max  # as the library tells it
 _NO_COP = -1.0
 
 _T = TypeVar("_T")
-
-
-class _Part(NamedTuple):
-    """One block of values that a call delivers."""
-
-    width: int  # values per design
-    design_major: bool  # how the library writes them
-
-    def view(self, flat: Array, n: int) -> Array:
-        """n x width"""
-        if self.design_major:
-            return flat.reshape(n, self.width)
-        return flat.reshape(self.width, n).T
 
 
 class Project:
@@ -48,8 +32,8 @@ class Project:
 
     Designs, the argument X of the predictions, are n x m numbers in the order of `inputs`, or
     columns by name: a DataFrame or a dict (see zelsolver.designs.as_matrix). All values are in the
-    units of the study. Values outside the bounds are refused unless a call extrapolates; NaN passes,
-    and what it takes part in is NaN.
+    units of the study. Values outside the bounds are refused unless a call extrapolates; NaN
+    passes, and what it takes part in is NaN.
 
     Threads may share a project, but the library runs one call at a time: for more, use processes.
     A project can be pickled: it is opened again, from the same path.
@@ -61,8 +45,8 @@ class Project:
         hash: the SHA-512 that the file must have, 128 lower-case hexadecimal characters, as
             file_hash() and `zel hash` give it; None does not check.
 
-        Raises ProjectNotFoundError, SignatureError, ProjectError for a file that is damaged or holds
-        no models, LibraryNotFoundError.
+        Raises ProjectNotFoundError, SignatureError, LibraryNotFoundError, and ProjectError for a
+        file that is damaged or holds no models.
         """
         self._handle = Handle(path, hash)
         self._handle.close_with(self)
@@ -176,10 +160,10 @@ class Project:
         """
         designs = self._designs(X)
         flags = api.SOLVE_RESPONSES | (api.SOLVE_EXTRAPOLATE if extrapolate else 0)
-        parts = [_Part(len(self.responses), False)]
+        parts = [Part(len(self.responses), False)]
         if criteria and self.criteria:
             flags |= api.SOLVE_CRITERIA
-            parts.append(_Part(len(self.criteria), True))
+            parts.append(Part(len(self.criteria), True))
 
         def call(block: Matrix, out: Array) -> None:
             self._handle.call("dzel2_solve", len(block), block.ctypes.data, block.size, flags,
@@ -214,7 +198,7 @@ class Project:
         by its name, NaN where its model knows none.
         """
         designs = self._designs(X)
-        parts = [_Part(len(self.inputs), True)]
+        parts = [Part(len(self.inputs), True)]
 
         def one(name: str) -> NamedArrays:
             values, = self._evaluate_response(designs, name, api.RESPONSE_GRADIENTS, parts,
@@ -259,11 +243,11 @@ class Project:
     def density(self, X: Any, response: Optional[str] = None, *, extrapolate: bool = False
                 ) -> Union[Array, NamedArrays]:
         """How closely the support points of a response's model lie around n designs: their number,
-        each weighted by a Gaussian of its distance; (n,) values without unit, near 0 where the model
-        knows nothing. Not a probability density.
+        each weighted by a Gaussian of its distance; (n,) values without unit, near 0 where the
+        model knows nothing. Not a probability density.
 
-        Raises ModelError when the model knows no density, as thin plate splines. Without a response:
-        those of each response by its name, NaN where its model knows none.
+        Raises ModelError when the model knows no density, as thin plate splines. Without a
+        response: those of each response by its name, NaN where its model knows none.
         """
         designs = self._designs(X)
         if response is not None:
@@ -307,7 +291,8 @@ class Project:
         try:
             self._handle.call(function, name.encode(errors="replace"), values.ctypes.data)
         except ZelError as error:
-            if str(error).endswith("found."):  # "Parameter (...) not found.", "No Limits ... found."
+            # "Parameter (...) not found.", "No Limits for Parameter (...) found."
+            if str(error).endswith("found."):
                 raise UnknownNameError(str(error), error.status) from None
             raise
 
@@ -334,11 +319,11 @@ class Project:
         self._handle.check_open()  # also when there are no designs to ask the library about
         return as_matrix(X, self.inputs)
 
-    def _evaluate(self, designs: Matrix, parts: List[_Part], extrapolate: bool,
+    def _evaluate(self, designs: Matrix, parts: List[Part], extrapolate: bool,
                   call: Callable[[Matrix, Array], None]) -> List[Array]:
-        """The values that `call` delivers for these designs, an array of n x width for each part."""
+        """The values that `call` delivers for these designs, n x width for each part."""
         try:
-            return _in_blocks(designs, parts, call)
+            return in_blocks(designs, parts, call)
         except ZelError as error:
             if error.status is None:
                 raise
@@ -356,7 +341,7 @@ class Project:
             raise BoundsError(text, row, self.inputs[i], float(designs[row, i]),
                               self.bounds[self.inputs[i]]) from None
 
-    def _evaluate_response(self, designs: Matrix, response: str, flags: int, parts: List[_Part],
+    def _evaluate_response(self, designs: Matrix, response: str, flags: int, parts: List[Part],
                            extrapolate: bool) -> List[Array]:
         name = response.encode()
         if extrapolate:
@@ -370,14 +355,14 @@ class Project:
 
     def _trust(self, designs: Matrix, response: str, errors: bool, density: bool,
                extrapolate: bool) -> List[Array]:
-        """Density (n x 1) and errors (n x 4) of one response, in this order, as far as asked for."""
+        """Density (n x 1) and errors (n x 4) of one response, those that are asked for."""
         flags, parts = 0, []
         if density:
             flags |= api.RESPONSE_DENSITIES
-            parts.append(_Part(1, True))
+            parts.append(Part(1, True))
         if errors:
             flags |= api.RESPONSE_ERRORS
-            parts.append(_Part(len(LocalErrors._fields), True))
+            parts.append(Part(len(LocalErrors._fields), True))
         return self._evaluate_response(designs, response, flags, parts, extrapolate)
 
     def _trust_all(self, designs: Matrix, errors: bool, density: bool, extrapolate: bool
@@ -430,27 +415,3 @@ def _as_errors(values: Array) -> LocalErrors:
 
 def _not_asked(kind: str, n: int) -> NamedArrays:
     return NamedArrays((), np.empty((n, 0)), kind)
-
-
-def _in_blocks(designs: Matrix, parts: List[_Part],
-               call: Callable[[Matrix, Array], None]) -> List[Array]:
-    n, m = designs.shape
-    width = sum(part.width for part in parts)
-    block = min(_BLOCK, api.MAX_SIZE // max(width, m, 1))
-    if n <= block:
-        out = np.full(width * n, np.nan)  # a response without a model leaves its gradients as they are
-        if n > 0:  # the library has no errors and densities of no designs
-            call(designs, out)
-        values, begin = [], 0
-        for part in parts:
-            end = begin + part.width * n
-            values.append(part.view(out[begin:end], n))
-            begin = end
-        return values
-    results = [np.empty((n, part.width), order="C" if part.design_major else "F") for part in parts]
-    for begin in range(0, n, block):
-        rows = slice(begin, begin + block)
-        pieces = _in_blocks(np.asfortranarray(designs[rows]), parts, call)
-        for result, piece in zip(results, pieces):
-            result[rows] = piece
-    return results
