@@ -1,5 +1,6 @@
 # Debian packages: `cpack` in a build folder makes libzelsolver1 (the library), libzelsolver-dev
-# (what building against it takes) and zelsolver (the program and the documentation).
+# (what building against it takes), zelsolver (the program and the documentation) and
+# python3-zelsolver.
 #
 # Paths are those of the configuration. With -DCMAKE_INSTALL_PREFIX=/usr the library goes into the
 # architecture's own folder, otherwise into /usr/lib, where it is found as well.
@@ -8,7 +9,7 @@ set(CPACK_PACKAGE_NAME zelsolver)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/cmake/package/permissions.cmake)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL library development program)
+set(CPACK_COMPONENTS_ALL library development program python)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
@@ -46,6 +47,20 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION science)
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION "predictions from trained metamodels (program zel)
 ${about} the program zel, the documentation and a sample
 project.")
+
+# An installation without packages leaves the Python package to pip.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-zelsolver)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+  "python3 (>= 3.9), python3-numpy, ${library} (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS python3-pandas)
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "predictions from trained metamodels (Python)
+${about} the Python package: arrays in and out, by name.")
+install(DIRECTORY python/zelsolver DESTINATION lib/python3/dist-packages
+  COMPONENT python EXCLUDE_FROM_ALL FILES_MATCHING PATTERN *.py PATTERN py.typed
+  PATTERN __pycache__ EXCLUDE)
 
 # What each package must tell about itself; an installation without packages has no use for it.
 execute_process(COMMAND date -u -R -d ${ZEL_BUILD_DATE}

@@ -143,13 +143,15 @@ class DebianPackages(unittest.TestCase):
         lines = run("dpkg-deb", "-c", self.packages[package]).splitlines()
         return {words[5][1:]: (words[0], words[1]) for words in (line.split() for line in lines)}
 
-    def test_are_three_that_know_what_they_need(self):
+    def test_know_what_they_need(self):
         library = f"libzelsolver{MAJOR}"
-        self.assertEqual(set(self.packages), {library, "libzelsolver-dev", "zelsolver"})
+        self.assertEqual(set(self.packages),
+                         {library, "libzelsolver-dev", "zelsolver", "python3-zelsolver"})
         architecture = run("dpkg", "--print-architecture").strip()
         for package in self.packages:
             self.assertEqual(self.field(package, "Version"), f"{VERSION}-1")
-            self.assertEqual(self.field(package, "Architecture"), architecture)
+            self.assertEqual(self.field(package, "Architecture"),
+                             "all" if package.startswith("python3-") else architecture)
             self.assertIn("@", self.field(package, "Maintainer"))
             self.assertGreater(len(self.field(package, "Description").splitlines()), 3)
         needs = self.field(library, "Depends")
@@ -158,6 +160,8 @@ class DebianPackages(unittest.TestCase):
             self.assertIn(dependency, needs)
         self.assertIn("libcsv", self.field("zelsolver", "Depends"))
         self.assertEqual(self.field("libzelsolver-dev", "Depends"), f"{library} (= {VERSION}-1)")
+        self.assertIn("python3-numpy", self.field("python3-zelsolver", "Depends"))
+        self.assertIn(f"{library} (>= {VERSION})", self.field("python3-zelsolver", "Depends"))
         with tempfile.TemporaryDirectory() as control:
             run("dpkg-deb", "-e", self.packages[library], control)
             self.assertIn(f"libzelsolver {MAJOR} {library}",
@@ -174,6 +178,8 @@ class DebianPackages(unittest.TestCase):
                                  "lib/cmake/zelsolver/zelsolver-config-version.cmake"],
             "zelsolver": ["bin/zel", "share/man/man1/zel.1.gz",
                           "share/bash-completion/completions/zel", "share/doc/zelsolver/README.md"],
+            "python3-zelsolver": ["lib/python3/dist-packages/zelsolver/__init__.py",
+                                  "lib/python3/dist-packages/zelsolver/py.typed"],
         }
         seen = {}
         for package, files in expected.items():
@@ -199,6 +205,12 @@ class DebianPackages(unittest.TestCase):
         self.assertIn("area_1", run(root / "usr/bin/zel", "info", SAMPLE))
         library = next(root.rglob(SONAME))
         self.assertEqual(predict(library), predict(BUILD / "src/api" / SONAME))
+        environment = {**os.environ, "LD_LIBRARY_PATH": str(library.parent),
+                       "PYTHONPATH": str(root / "usr/lib/python3/dist-packages")}
+        environment.pop("ZELSOLVER_LIBRARY", None)
+        python = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sys.executable
+        program = f"import zelsolver; print(len(zelsolver.Project({str(SAMPLE)!r}).inputs))"
+        self.assertEqual(run(python, "-B", "-c", program, env=environment).splitlines()[-1], "10")
 
 
 if __name__ == "__main__":
