@@ -156,7 +156,7 @@ def run_page(page, source, folder, environment):
                 session += "\n".join(lines) + "\n\n"
                 (folder / "session.txt").write_text(session)
                 # The library's log, if any, stands before.
-                execute(f"'{sys.executable}' -m doctest -o ELLIPSIS session.txt", ["..."], 0, folder,
+                execute("python3 -m doctest -o ELLIPSIS session.txt", ["..."], 0, folder,
                         environment)
                 count += 1
             elif language == "sh":
@@ -211,12 +211,14 @@ def main():
         subprocess.run([cmake, "--install", str(build), "--prefix", str(prefix)], check=True,
                        stdout=subprocess.DEVNULL, timeout=300)
         library = next(prefix.rglob("libzelsolver.so")).parent
+        (prefix / "bin/python3").symlink_to(sys.executable)  # the one that finds numpy
         environment = {
             **os.environ, "LC_ALL": "C.UTF-8", "TERM": "dumb",
             "PATH": f"{prefix / 'bin'}{os.pathsep}{os.environ['PATH']}",
             "CMAKE_PREFIX_PATH": str(prefix), "PKG_CONFIG_PATH": str(library / "pkgconfig"),
             "LD_LIBRARY_PATH": str(library), "PYTHONPATH": str(source / "python"),
             "PYTHONDONTWRITEBYTECODE": "1"}
+        environment.pop("ZELSOLVER_LIBRARY", None)
         for page in pages:
             folder = pathlib.Path(place, page.stem)
             (folder / "examples").mkdir(parents=True)

@@ -208,9 +208,8 @@ class DebianPackages(unittest.TestCase):
         environment = {**os.environ, "LD_LIBRARY_PATH": str(library.parent),
                        "PYTHONPATH": str(root / "usr/lib/python3/dist-packages")}
         environment.pop("ZELSOLVER_LIBRARY", None)
-        python = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sys.executable
         program = f"import zelsolver; print(len(zelsolver.Project({str(SAMPLE)!r}).inputs))"
-        self.assertEqual(run(python, "-B", "-c", program, env=environment).splitlines()[-1], "10")
+        self.assertEqual(run(sys.executable, "-B", "-c", program, env=environment).splitlines()[-1], "10")
 
 
 if __name__ == "__main__":
