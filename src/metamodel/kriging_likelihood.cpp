@@ -1,10 +1,9 @@
+#include "metamodel/definite_factor.h"
 #include "metamodel/factories.h"
-#include "metamodel/inverse_root.h"
 #include "metamodel/kernel_block.h"
 #include "metamodel/ordinary_kriging.h"
 
-#include <Eigen/Cholesky>
-
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
@@ -20,16 +19,13 @@ constexpr double kSmallestVariance = 1e-50;
 /// Columns of the correlation matrix that are formed at once.
 constexpr Eigen::Index kBlockColumns = 64;
 
-void Mirror(Eigen::MatrixXd& matrix) {
-  matrix.triangularView<Eigen::StrictlyLower>() = matrix.transpose();
-}
-
 }  // namespace
 
-Eigen::MatrixXd OrdinaryKriging::BuildCorrelation(const Eigen::MatrixXd& points) const {
+void OrdinaryKriging::BuildCorrelation(const Eigen::MatrixXd& points,
+                                       Eigen::MatrixXd& correlation) const {
   const auto kernel = MakeKernel(settings_.GetKernelType(), settings_.GetKernelParameter());
   const Eigen::Index n = points.rows();
-  Eigen::MatrixXd correlation(n, n);
+  correlation.resize(n, n);
   if (kernel->IsConstantInfluence()) {
     const KernelBlock block(*kernel, points);
     for (Eigen::Index begin = 0; begin < n; begin += kBlockColumns) {
@@ -46,34 +42,33 @@ Eigen::MatrixXd OrdinaryKriging::BuildCorrelation(const Eigen::MatrixXd& points)
         correlation(i, j) = weight(0);
       }
   }
-  Mirror(correlation);
+  correlation.triangularView<Eigen::StrictlyLower>() = correlation.transpose();
   correlation.diagonal().setConstant(settings_.GetNugget() + 1.0);
-  return correlation;
 }
 
-Eigen::MatrixXd OrdinaryKriging::BuildCorrelationOfDistances(const Eigen::MatrixXd& squared) const {
+void OrdinaryKriging::BuildCorrelationOfDistances(const Eigen::MatrixXd& squared,
+                                                  Eigen::MatrixXd& correlation) const {
   const auto kernel = MakeKernel(settings_.GetKernelType(), settings_.GetKernelParameter());
-  Eigen::MatrixXd correlation(squared.rows(), squared.cols());
-  for (Eigen::Index j = 0; j < squared.cols(); ++j)
-    correlation.col(j).head(j) = kernel->EvaluateDistances(squared.col(j).head(j));
-  Mirror(correlation);
+  const Eigen::Index n = squared.rows();
+  correlation.resize(n, n);
+  for (Eigen::Index j = 0; j < n; ++j)
+    correlation.col(j).tail(n - 1 - j) = kernel->EvaluateDistances(squared.col(j).tail(n - 1 - j));
   correlation.diagonal().setConstant(settings_.GetNugget() + 1.0);
-  return correlation;
 }
 
-bool OrdinaryKriging::Solve(const Eigen::VectorXd& y, const Eigen::MatrixXd& correlation) {
+bool OrdinaryKriging::Solve(const Eigen::MatrixXd& correlation, DefiniteFactor& factor) {
   residuals_.resize(0);
-  const Eigen::LDLT<Eigen::MatrixXd> ldlt(correlation);
-  const Eigen::VectorXd pivots = ldlt.vectorD();
-  if (!(pivots.array() > 0.0).all()) return false;  // this way round, NaN is refused too
+  if (!factor.Compute(correlation)) return false;
+  const Eigen::VectorXd& y = values_trans_;
+  Eigen::MatrixXd solutions(y.size(), 2);
+  solutions << y, Eigen::VectorXd::Ones(y.size());
+  solutions = factor.Solve(solutions);
+  mean_ = solutions.col(0).sum() / solutions.col(1).sum();
+  kernel_weights_ = solutions.col(0) - mean_ * solutions.col(1);
   const auto n = static_cast<double>(y.size());
-  const Eigen::VectorXd b = ldlt.solve(y);
-  const Eigen::VectorXd a = ldlt.solve(Eigen::VectorXd::Ones(y.size()));
-  mean_ = b.sum() / a.sum();
-  kernel_weights_ = b - mean_ * a;
   sigma2_ = y.dot(kernel_weights_) / n;
   const double variance = sigma2_ > kSmallestVariance ? sigma2_ : kSmallestVariance;
-  likelihood_ = 0.5 * (n * std::log(variance) + pivots.array().log().sum());
+  likelihood_ = 0.5 * (n * std::log(variance) + factor.LogDeterminant());
   need_build_ = false;
   return true;
 }
@@ -81,30 +76,41 @@ bool OrdinaryKriging::Solve(const Eigen::VectorXd& y, const Eigen::MatrixXd& cor
 Eigen::VectorXd OrdinaryKriging::LikelihoodGradient() {
   if (!Build()) throw std::logic_error("Kriging: the likelihood needs a model that can be built");
   RequireConsistent();
+  Eigen::MatrixXd correlation;
+  BuildCorrelation(points_trans_reduced_, correlation);
+  DefiniteFactor factor;
+  if (!factor.Compute(correlation)) throw std::logic_error("rebuild of correlation matrix failed");
+  return LikelihoodGradient(correlation, factor);
+}
+
+/// With C^-1 (y - mu 1) = w the derivative for dC is tr(C^-1 dC) / 2 - w' dC w / (2 sigma^2): the
+/// sum of the entries of dC times those of S = C^-1 / 2 - w w' / (2 sigma^2), one S for all
+/// parameters. Below the floor of the variance the second term does not count.
+Eigen::VectorXd OrdinaryKriging::LikelihoodGradient(const Eigen::MatrixXd& correlation,
+                                                    const DefiniteFactor& factor) const {
   const Eigen::MatrixXd& x = points_trans_reduced_;
   const Eigen::VectorXd& w = kernel_weights_;
   const Eigen::VectorXd& parameters = settings_.GetKernelParameter();
-  const Eigen::MatrixXd correlation = BuildCorrelation(x);
-  Eigen::MatrixXd root;
-  if (!InverseRoot(correlation, root))
-    throw std::logic_error("rebuild of correlation matrix failed");
-  // With C^-1 (y - mu 1) = w the derivative for dC is tr(C^-1 dC) / 2 - w' dC w / (2 sigma^2): the
-  // sum over dC times this matrix. Below the floor of the variance its second term does not count.
-  Eigen::MatrixXd slope = 0.5 * (root.transpose() * root);
-  if (sigma2_ > kSmallestVariance) slope -= w * (w.transpose() * (0.5 / sigma2_));
+  const double weight = sigma2_ > kSmallestVariance ? 0.5 / sigma2_ : 0.0;
+  Eigen::MatrixXd slope;  // its lower triangle
+  factor.InverseLower(slope);
 
   Eigen::VectorXd gradient(1 + parameters.size());
-  gradient(0) = settings_.GetNugget() * std::log(10.0) * slope.trace();
-  slope.array() *= correlation.array();
+  gradient(0) =
+      settings_.GetNugget() * std::log(10.0) * (0.5 * slope.trace() - weight * w.squaredNorm());
+  Eigen::VectorXd change;
+  Eigen::VectorXd sums = Eigen::VectorXd::Zero(parameters.size());
+  for (Eigen::Index b = 0; b < x.rows(); ++b) {
+    // What lies above the diagonal counts as well: twice what lies below.
+    const Eigen::Index below = x.rows() - 1 - b;
+    change = correlation.col(b).tail(below).array() *
+             (slope.col(b).tail(below) - (2.0 * weight * w(b)) * w.tail(below)).array();
+    for (Eigen::Index j = 0; j < x.cols(); ++j)
+      sums(parameters.size() == 1 ? 0 : j) +=
+          (x.col(j).tail(below).array() - x(b, j)).square().matrix().dot(change);
+  }
   // d/dlog10(D) exp(ln(0.001) d^2 / D^2) = exp(...) d^2 2 ln(10) (-ln(0.001)) / D^2.
   const double scale = 2.0 * std::log(10.0) * -std::log(0.001);
-  Eigen::VectorXd squared(x.rows());
-  Eigen::VectorXd sums = Eigen::VectorXd::Zero(parameters.size());
-  for (Eigen::Index b = 0; b < x.rows(); ++b)
-    for (Eigen::Index j = 0; j < x.cols(); ++j) {
-      squared = (x.col(j).array() - x(b, j)).square();
-      sums(parameters.size() == 1 ? 0 : j) += squared.dot(slope.col(b));
-    }
   gradient.tail(parameters.size()) = scale * sums.array() / parameters.array().square();
   return gradient;
 }

@@ -1,4 +1,4 @@
-#include "metamodel/inverse_root.h"
+#include "metamodel/definite_factor.h"
 #include "metamodel/ordinary_kriging.h"
 
 #include <Eigen/Cholesky>
@@ -53,9 +53,11 @@ Eigen::VectorXd OrdinaryKriging::ApproximateLeaveOneOut() const {
 Eigen::VectorXd OrdinaryKriging::ApproximateCrossValidation(const IndexVector& subsets) const {
   RequireCrossValidation(subsets);
   const Eigen::Index n = values_trans_.size();
-  Eigen::MatrixXd root;
-  if (!InverseRoot(BuildCorrelation(points_trans_reduced_), root))
-    throw std::logic_error("rebuild of correlation matrix failed");
+  Eigen::MatrixXd correlation;
+  BuildCorrelation(points_trans_reduced_, correlation);
+  DefiniteFactor factor;
+  if (!factor.Compute(correlation)) throw std::logic_error("rebuild of correlation matrix failed");
+  const Eigen::MatrixXd root = factor.InverseRoot();
   const Eigen::VectorXd a = root.transpose() * root.rowwise().sum();
   const Eigen::VectorXd b = root.transpose() * (root * values_trans_);
   const double sum_a = a.sum();
@@ -88,7 +90,8 @@ Eigen::VectorXd OrdinaryKriging::ApproximateCrossValidationDirect(
     const IndexVector& subsets) const {
   RequireCrossValidation(subsets);
   const Eigen::Index n = values_trans_.size();
-  const Eigen::MatrixXd correlation = BuildCorrelation(points_trans_reduced_);
+  Eigen::MatrixXd correlation;
+  BuildCorrelation(points_trans_reduced_, correlation);
   Eigen::VectorXd predictions(n);
   for (const std::vector<Eigen::Index>& group : GroupsOf(subsets, n)) {
     // The group's points stay as unknowns of their own: ones on the diagonal, zeros elsewhere.

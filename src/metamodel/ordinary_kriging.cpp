@@ -2,6 +2,7 @@
 
 #include "foundation/exception.h"
 #include "foundation/log_line.h"
+#include "metamodel/definite_factor.h"
 #include "metamodel/factories.h"
 #include "metamodel/kernel_block.h"
 #include "metamodel/quadratic_box_cox.h"
@@ -55,6 +56,14 @@ void OrdinaryKriging::TransformSupportData() {
   values_trans_ = TransformedValues();
 }
 
+void OrdinaryKriging::RequireValuePerPoint() const {
+  if (values_.size() == GetNumberPoints()) return;
+  std::wostringstream message;
+  message << L"Surrogate needs same number of support points (" << GetNumberPoints()
+          << L") and values (" << values_.size() << L")";
+  throw utils::runtime_error(message.str());
+}
+
 bool OrdinaryKriging::Build() {
   if (IsBuilt()) {
     // The oldest stored form lacks the transformed values, which cross-validation needs.
@@ -66,12 +75,7 @@ bool OrdinaryKriging::Build() {
   need_build_ = true;  // a failure on the way leaves no half-built model behind
   residuals_.resize(0);
   likelihood_ = 0.0;
-  if (values_.size() != GetNumberPoints()) {
-    std::wostringstream message;
-    message << L"Surrogate needs same number of support points (" << GetNumberPoints()
-            << L") and values (" << values_.size() << L")";
-    throw utils::runtime_error(message.str());
-  }
+  RequireValuePerPoint();
   if (GetNumberPoints() == 0) return false;
   if (settings_.GetKernelParameter().size() == 0) {
     utils::log::LogLine(logger_, utils::log::kError)
@@ -79,25 +83,25 @@ bool OrdinaryKriging::Build() {
     return false;
   }
   TransformSupportData();
-  if (!Solve(values_trans_, BuildCorrelation(points_trans_reduced_))) return false;
+  Eigen::MatrixXd correlation;
+  BuildCorrelation(points_trans_reduced_, correlation);
+  DefiniteFactor factor;
+  if (!Solve(correlation, factor)) return false;
   WriteTransformParameters(settings_);
   return true;
 }
 
-bool OrdinaryKriging::BuildOptimal(const IndexVector& /*subsets*/) {
-  residuals_.resize(0);
-  utils::log::LogLine(logger_, utils::log::kError)
-      << L"Kriging: the search for kernel parameters is not available.";
-  return false;
-}
-
-bool OrdinaryKriging::BuildBoxCox() {
+void OrdinaryKriging::ChooseValueTransform() {
   residuals_.resize(0);
   const ValueTransformChoice choice = FitQuadraticBoxCox(*this, interruption_point_);
   SetValueTransform(choice.type, choice.parameters);
   settings_.SetValueTransform(choice.type);
   WriteTransformParameters(settings_);
   settings_.SetState(SettingsState::kOptimized);
+}
+
+bool OrdinaryKriging::BuildBoxCox() {
+  ChooseValueTransform();
   Build();
   return true;
 }

@@ -5,6 +5,8 @@
 
 namespace corvath::math::metamodel {
 
+class DefiniteFactor;
+
 /// Interpolation by a correlation kernel c with a constant mean and a nugget on the diagonal:
 ///
 ///     f(x) = mu + sum_i c(x, x_i) w_i,   w = C^-1 (y - mu 1),   mu = (1' C^-1 y) / (1' C^-1 1)
@@ -46,7 +48,15 @@ class OrdinaryKriging : public SurrogateBase {
   /// The same by one factorisation per group. O(N^3) per group.
   virtual Eigen::VectorXd ApproximateCrossValidationDirect(const IndexVector& subsets) const;
 
-  /// Chooses kernel parameters and nugget. Not available: says so in the log and returns false.
+  /// Chooses kernel parameters and nugget, and the value transform where there is one, and builds.
+  /// A kernel with one radius is fitted by its likelihood or, where the settings say so, by its
+  /// cross-validation error in the groups `subsets`: a coarse grid, then SQP. Other kernels are
+  /// fitted by their likelihood: SQP from the five best points of a Latin hypercube, which is drawn
+  /// from a fixed seed, so that a fit can be repeated. The nugget lies between 1e-6 and 1.
+  /// @returns false, with settings and transforms as before, when there are no support points, no
+  ///          inputs or numbers that are not finite, or when no trial can be solved; for a kernel
+  ///          with one radius also when all points coincide
+  /// @throws std::logic_error  an unknown kernel, or `subsets` is used and not of size N
   bool BuildOptimal(const IndexVector& subsets) override;
 
   /// How much the cross-validated share of unexplained variance grows when one input is removed: m
@@ -89,14 +99,29 @@ class OrdinaryKriging : public SurrogateBase {
   void LoadVersion0(Archive& ar);
 
   /// The correlation matrix of `points`, the nugget on its diagonal.
-  Eigen::MatrixXd BuildCorrelation(const Eigen::MatrixXd& points) const;
-  /// The same from the matrix of squared distances, for isotropic kernels.
-  Eigen::MatrixXd BuildCorrelationOfDistances(const Eigen::MatrixXd& squared) const;
-  /// Mean, variance, weights and likelihood for the transformed values `y`.
+  void BuildCorrelation(const Eigen::MatrixXd& points, Eigen::MatrixXd& correlation) const;
+  /// Its lower triangle from the matrix of squared distances, for isotropic kernels.
+  void BuildCorrelationOfDistances(const Eigen::MatrixXd& squared,
+                                   Eigen::MatrixXd& correlation) const;
+  /// Mean, variance, weights and likelihood for the transformed values.
+  /// @param factor  takes the factorisation of `correlation`
   /// @returns false, with nothing changed, when `correlation` is not positive definite
-  bool Solve(const Eigen::VectorXd& y, const Eigen::MatrixXd& correlation);
+  bool Solve(const Eigen::MatrixXd& correlation, DefiniteFactor& factor);
+  /// The gradient of the last solution, from its correlation matrix and its factorisation.
+  Eigen::VectorXd LikelihoodGradient(const Eigen::MatrixXd& correlation,
+                                     const DefiniteFactor& factor) const;
   /// points_trans_reduced_ and values_trans_ from the support data.
   void TransformSupportData();
+  /// BuildBoxCox without the build.
+  void ChooseValueTransform();
+
+  class Trials;  ///< solutions of the model with other parameters
+  bool Fit(const IndexVector& subsets);
+  bool FitIsotropic(const IndexVector& subsets);
+  bool FitAnisotropic();
+
+  /// @throws corvath::utils::runtime_error  the numbers of points and values differ
+  void RequireValuePerPoint() const;
 
   /// The parts of a loaded model must fit each other before anything is computed with them.
   void RequireConsistent() const;

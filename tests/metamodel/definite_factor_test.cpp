@@ -1,0 +1,55 @@
+#include "metamodel/definite_factor.h"
+
+#include "support/points.h"
+
+#include <Eigen/LU>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using corvath::math::metamodel::DefiniteFactor;
+
+TEST(DefiniteFactor, AgreesWithTheInverse) {
+  for (const Eigen::Index n : {1, 7, 64, 65, 150}) {  // around the size that is halved
+    const Eigen::MatrixXd half = support::UniformPoints(n, n, 3);
+    const Eigen::MatrixXd matrix = half * half.transpose() + Eigen::MatrixXd::Identity(n, n);
+    const Eigen::MatrixXd inverse = matrix.inverse();
+    DefiniteFactor factor;
+    ASSERT_TRUE(factor.Compute(matrix));
+    const Eigen::MatrixXd root = factor.InverseRoot();
+    Eigen::MatrixXd lower;
+    factor.InverseLower(lower);
+    lower.triangularView<Eigen::StrictlyUpper>() = lower.transpose();
+    // The condition of the matrix is below n^2.
+    EXPECT_LT(support::Deviation(root.transpose() * root, inverse), 1e-11) << n;
+    EXPECT_LT(support::Deviation(lower, inverse), 1e-11) << n;
+    EXPECT_LT(support::Deviation(factor.Solve(half), inverse * half), 1e-11) << n;
+    EXPECT_NEAR(factor.LogDeterminant(), std::log(matrix.determinant()), 1e-8);
+  }
+}
+
+TEST(DefiniteFactor, ServesWithinTheRounding) {
+  // |1 c; c 1| with c = 1 - 2^-51 has the determinant 2^-50 - 2^-102: regular, but only just.
+  const double c = 1.0 - 0x1p-51;
+  const double determinant = 0x1p-50;
+  const Eigen::Matrix2d matrix{{1.0, c}, {c, 1.0}};
+  const Eigen::Matrix2d inverse = Eigen::Matrix2d{{1.0, -c}, {-c, 1.0}} / determinant;
+  DefiniteFactor factor;
+  ASSERT_TRUE(factor.Compute(matrix));
+  EXPECT_NEAR(factor.LogDeterminant(), std::log(determinant), 1e-12);
+  EXPECT_TRUE(factor.Solve(Eigen::Matrix2d::Identity()).isApprox(inverse, 1e-12));
+  const Eigen::MatrixXd root = factor.InverseRoot();
+  EXPECT_TRUE((root.transpose() * root).isApprox(inverse, 1e-12));
+  Eigen::MatrixXd lower;
+  factor.InverseLower(lower);
+  EXPECT_NEAR(lower(1, 0) / inverse(1, 0), 1.0, 1e-12);
+}
+
+TEST(DefiniteFactor, RefusesWhatIsNotDefinite) {
+  DefiniteFactor factor;
+  EXPECT_FALSE(factor.Compute(Eigen::Matrix2d::Ones()));
+  EXPECT_FALSE(factor.Compute(Eigen::Matrix2d{{1.0, 2.0}, {2.0, 1.0}}));
+  EXPECT_FALSE(factor.Compute(Eigen::Matrix2d{{1.0, 0.5}, {0.5, std::nan("")}}));
+  EXPECT_FALSE(factor.Compute(Eigen::Matrix2d{{1.0, 0.5}, {std::nan(""), 1.0}}));
+  EXPECT_TRUE(factor.Compute(Eigen::Matrix2d::Identity()));  // an object may be used again
+}

@@ -1,0 +1,359 @@
+#include "metamodel/ordinary_kriging.h"
+#include "support/message_of.h"
+#include "support/points.h"
+
+#include <Eigen/Dense>
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+using namespace corvath::math::metamodel;
+using corvath::math::transform::TransformType;
+using corvath::utils::log::VectorLog;
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+
+/// Test functions of the literature, the inputs taken from the unit cube.
+struct TestFunction {
+  std::string name;
+  Eigen::Index num_inputs;
+  Eigen::Index num_points;  ///< so many that the likelihood has its best value in one clear basin
+  std::function<double(const Eigen::VectorXd&)> value;
+};
+
+std::vector<TestFunction> TestFunctions() {
+  return {
+      // A. I. J. Forrester, A. Sobester, A. J. Keane, "Engineering design via surrogate modelling",
+      // Wiley, 2008, p. 195.
+      {"Forrester", 1, 20,
+       [](const Eigen::VectorXd& u) {
+         return std::pow(6.0 * u(0) - 2.0, 2) * std::sin(12.0 * u(0) - 4.0);
+       }},
+      // F. H. Branin, "Widely convergent method for finding multiple solutions of simultaneous
+      // nonlinear equations", IBM Journal of Research and Development 16, 1972, pp. 504-522.
+      {"Branin", 2, 20,
+       [](const Eigen::VectorXd& u) {
+         const double a = 15.0 * u(0) - 5.0, b = 15.0 * u(1);
+         const double root = b - 5.1 / (4.0 * kPi * kPi) * a * a + 5.0 / kPi * a - 6.0;
+         return root * root + 10.0 * (1.0 - 1.0 / (8.0 * kPi)) * std::cos(a) + 10.0;
+       }},
+      // H. H. Rosenbrock, "An automatic method for finding the greatest or least value of a
+      // function", The Computer Journal 3, 1960, pp. 175-184.
+      {"Rosenbrock", 2, 20,
+       [](const Eigen::VectorXd& u) {
+         const double a = 4.0 * u(0) - 2.0, b = 4.0 * u(1) - 2.0;
+         return 100.0 * std::pow(b - a * a, 2) + std::pow(1.0 - a, 2);
+       }},
+      // J. K. Hartman, "Some experiments in global optimization", Naval Research Logistics Quarterly
+      // 20, 1973, pp. 569-576.
+      {"Hartman", 3, 20,
+       [](const Eigen::VectorXd& u) {
+         const Eigen::Vector3d rates[] = {{3.0, 10.0, 30.0}, {0.1, 10.0, 35.0}};
+         const Eigen::Vector3d centres[] = {{0.3689, 0.1170, 0.2673},
+                                            {0.4699, 0.4387, 0.7470},
+                                            {0.1091, 0.8732, 0.5547},
+                                            {0.03815, 0.5743, 0.8828}};
+         const double heights[] = {1.0, 1.2, 3.0, 3.2};
+         double sum = 0.0;
+         for (int i = 0; i < 4; ++i)
+           sum -= heights[i] * std::exp(-rates[i % 2].dot((u - centres[i]).cwiseAbs2()));
+         return sum;
+       }},
+      // J. H. Friedman, "Multivariate adaptive regression splines", Annals of Statistics 19, 1991,
+      // pp. 1-67.
+      {"Friedman", 5, 30, [](const Eigen::VectorXd& u) {
+         return 10.0 * std::sin(kPi * u(0) * u(1)) + 20.0 * std::pow(u(2) - 0.5, 2) + 10.0 * u(3) +
+                5.0 * u(4);
+       }}};
+}
+
+/// Points with values of a test function and, if wanted, noise of a fifth of their range.
+struct Sample {
+  Sample(const TestFunction& function, bool noisy)
+      : points(support::UniformPoints(function.num_points, function.num_inputs, 11)),
+        values(function.num_points) {
+    const Eigen::VectorXd scatter = support::UniformVector(values.size(), 12).array() - 0.5;
+    for (Eigen::Index i = 0; i < values.size(); ++i)
+      values(i) = function.value(points.row(i).transpose());
+    if (noisy) values += 0.2 * (values.maxCoeff() - values.minCoeff()) * scatter;
+    // The coordinates of the model reach from 0 to 1.
+    const Eigen::RowVectorXd low = points.colwise().minCoeff();
+    const Eigen::RowVectorXd width = points.colwise().maxCoeff() - low;
+    points = (points.rowwise() - low).array().rowwise() / width.array();
+  }
+  Eigen::MatrixXd points;
+  Eigen::VectorXd values;
+};
+
+/// The negative log likelihood from its definition, without the constant.
+double Likelihood(const Sample& sample, const Eigen::VectorXd& radii, double nugget) {
+  const Eigen::Index n = sample.values.size();
+  const Eigen::MatrixXd x = sample.points * radii.cwiseInverse().asDiagonal();
+  Eigen::MatrixXd c(n, n);
+  for (Eigen::Index j = 0; j < n; ++j)
+    c.col(j) = ((x.rowwise() - x.row(j)).rowwise().squaredNorm().array() * std::log(0.001)).exp();
+  c.diagonal().array() += nugget;
+  const Eigen::PartialPivLU<Eigen::MatrixXd> lu(c);
+  const Eigen::VectorXd ones = Eigen::VectorXd::Ones(n);
+  const double mean = ones.dot(lu.solve(sample.values)) / ones.dot(lu.solve(ones));
+  const Eigen::VectorXd centred = sample.values.array() - mean;
+  const double variance = centred.dot(lu.solve(centred)) / static_cast<double>(n);
+  return 0.5 * (static_cast<double>(n) * std::log(variance) +
+                lu.matrixLU().diagonal().array().abs().log().sum());
+}
+
+using Objective = std::function<double(const Eigen::VectorXd&)>;
+
+/// The least value on a grid of `steps` points per axis between these logarithms.
+double Scan(const Objective& objective, const Eigen::VectorXd& lower, const Eigen::VectorXd& upper,
+            int steps) {
+  const Eigen::Index d = lower.size();
+  Eigen::VectorXi at = Eigen::VectorXi::Zero(d);
+  double best = std::numeric_limits<double>::infinity();
+  for (Eigen::Index k = 0; k < d;) {
+    const Eigen::VectorXd share = at.cast<double>() / (steps - 1);
+    const Eigen::VectorXd x = lower + share.cwiseProduct(upper - lower);
+    best = std::min(best, objective(x.unaryExpr([](double e) { return std::pow(10.0, e); })));
+    for (k = 0; k < d && ++at(k) == steps; ++k) at(k) = 0;
+  }
+  return best;
+}
+
+OrdinaryKriging Unfitted(const Sample& sample, KernelType type) {
+  OrdinaryKrigingSettings settings(static_cast<std::uint64_t>(sample.points.cols()));
+  settings.SetKernelType(type);
+  return OrdinaryKriging(sample.points, sample.values, settings);
+}
+
+constexpr KernelType kIsotropic = KernelType::kConstInflIsoExp;
+constexpr KernelType kAnisotropic = KernelType::kConstInflExp;
+
+double Nugget(const OrdinaryKriging& model) {
+  return model.GetSettingsBase().GetNugget();
+}
+const Eigen::VectorXd& Radii(const OrdinaryKriging& model) {
+  return model.GetSettingsBase().GetKernelParameter();
+}
+
+}  // namespace
+
+TEST(KrigingFit, IsotropicReachesTheBestOfADenseScan) {
+  for (const TestFunction& function : TestFunctions())
+    for (const bool noisy : {false, true}) {
+      const Sample sample(function, noisy);
+      OrdinaryKriging model = Unfitted(sample, kIsotropic);
+      ASSERT_TRUE(model.BuildOptimal());
+      const auto likelihood = [&](const Eigen::VectorXd& x) {
+        return Likelihood(sample, Eigen::VectorXd::Constant(sample.points.cols(), x(1)), x(0));
+      };
+      const double best =
+          Scan(likelihood, Eigen::Vector2d(-6.0, -1.0), Eigen::Vector2d(0.0, 1.3), 50);
+      EXPECT_LT(model.GetLikelihood(), best + 1e-3) << function.name << noisy;
+      EXPECT_NEAR(model.GetLikelihood(),
+                  likelihood(Eigen::Vector2d(Nugget(model), Radii(model)(0))), 1e-5);
+    }
+}
+
+TEST(KrigingFit, AnisotropicReachesTheBestOfADenseScan) {
+  for (const TestFunction& function : TestFunctions())
+    for (const bool noisy : {false, true}) {
+      const Sample sample(function, noisy);
+      OrdinaryKriging model = Unfitted(sample, kAnisotropic);
+      ASSERT_TRUE(model.BuildOptimal());
+      const auto likelihood = [&](const Eigen::VectorXd& x) {
+        return Likelihood(sample, x.tail(x.size() - 1), x(0));
+      };
+      const Eigen::Index d = 1 + function.num_inputs;
+      Eigen::VectorXd lower = Eigen::VectorXd::Constant(d, -0.59);
+      Eigen::VectorXd upper = Eigen::VectorXd::Constant(d, 1.92);
+      lower(0) = -6.0;
+      upper(0) = 0.0;
+      const int steps[] = {50, 20, 10, 6, 5};  // in 2 dimensions and more
+      const double best = Scan(likelihood, lower, upper, steps[d - 2]);
+      EXPECT_LT(model.GetLikelihood(), best + 1e-3) << function.name << noisy;
+      Eigen::VectorXd found(d);
+      found << Nugget(model), Radii(model);
+      EXPECT_NEAR(model.GetLikelihood(), likelihood(found), 1e-5);
+      for (Eigen::Index i = 0; i < d; ++i) {
+        EXPECT_GE(found(i), std::pow(10.0, lower(i)) * (1.0 - 1e-12));
+        EXPECT_LE(found(i), std::pow(10.0, upper(i)) * (1.0 + 1e-12));
+      }
+    }
+}
+
+TEST(KrigingFit, CrossValidationErrorReachesTheBestOfADenseScan) {
+  const Sample sample(TestFunctions()[1], true);
+  IndexVector groups(sample.values.size());
+  for (Eigen::Index i = 0; i < groups.size(); ++i) groups(i) = static_cast<std::uint64_t>(i % 5);
+  OrdinaryKrigingSettings settings(2);
+  settings.SetUseLikelihood(false);
+  OrdinaryKriging model(sample.points, sample.values, settings);
+  ASSERT_TRUE(model.BuildOptimal(groups));
+  const auto error = [&](const Eigen::VectorXd& x) {
+    settings.SetNugget(x(0));
+    settings.SetKernelParameter(x.tail(1));
+    OrdinaryKriging other(sample.points, sample.values, settings);
+    EXPECT_TRUE(other.Build());
+    return (sample.values - other.ApproximateCrossValidationDirect(groups)).squaredNorm();
+  };
+  const double best = Scan(error, Eigen::Vector2d(-6.0, -0.5), Eigen::Vector2d(0.0, 1.1), 30);
+  EXPECT_LT(error(Eigen::Vector2d(Nugget(model), Radii(model)(0))), best * 1.001);
+}
+
+TEST(KrigingFit, OneInputMakesBothFitsTheSame) {
+  for (const bool noisy : {false, true}) {
+    const Sample sample(TestFunctions()[0], noisy);
+    OrdinaryKriging isotropic = Unfitted(sample, kIsotropic);
+    OrdinaryKriging anisotropic = Unfitted(sample, kAnisotropic);
+    ASSERT_TRUE(isotropic.BuildOptimal() && anisotropic.BuildOptimal());
+    EXPECT_NEAR(isotropic.GetLikelihood(), anisotropic.GetLikelihood(), 1e-3);
+    EXPECT_NEAR(Radii(isotropic)(0), Radii(anisotropic)(0), 0.02 * Radii(isotropic)(0));
+  }
+}
+
+TEST(KrigingFit, IsRepeatedExactlyAndLeavesABuiltModel) {
+  const Sample sample(TestFunctions()[1], false);
+  for (const KernelType type : {kIsotropic, kAnisotropic}) {
+    OrdinaryKriging model = Unfitted(sample, type);
+    OrdinaryKriging again = Unfitted(sample, type);
+    ASSERT_TRUE(model.BuildOptimal() && again.BuildOptimal());
+    EXPECT_TRUE(model.Equals(again));
+    EXPECT_TRUE(again.BuildOptimal());  // whatever it held before
+    EXPECT_TRUE(model.Equals(again));
+    EXPECT_TRUE(model.IsBuilt());
+    EXPECT_EQ(model.GetSettingsBase().GetState(), SettingsState::kOptimized);
+    OrdinaryKriging built(sample.points, sample.values, model.GetSettingsBase());
+    ASSERT_TRUE(built.Build());
+    EXPECT_TRUE(built.GetKernelWeights().isApprox(model.GetKernelWeights(), 1e-6));
+    EXPECT_EQ(model.GetSettingsBase().GetCoordTransformParameter(), (std::vector<double>{0, 1}));
+  }
+}
+
+TEST(KrigingFit, TakesTheValueTransformOfAQuadraticRegression) {
+  Sample sample(TestFunctions()[1], false);
+  OrdinaryKriging model = Unfitted(sample, kIsotropic);
+  model.SetValueTransform(TransformType::kBoxCox, {});
+  OrdinaryKriging transformed = model;
+  transformed.BuildBoxCox();
+  ASSERT_TRUE(model.BuildOptimal());
+  EXPECT_EQ(model.GetTransValue()->GetParameters(), transformed.GetTransValue()->GetParameters());
+  sample.values = model.GetTransValue()->Forward(sample.values);
+  OrdinaryKriging plain = Unfitted(sample, kIsotropic);
+  ASSERT_TRUE(plain.BuildOptimal());
+  EXPECT_NEAR(model.GetLikelihood(), plain.GetLikelihood(), 1e-9);
+}
+
+TEST(KrigingFit, AConstantResponseIsFitted) {
+  Sample sample(TestFunctions()[1], false);
+  for (const double constant : {0.0, 7.5})
+    for (const KernelType type : {kIsotropic, kAnisotropic})
+      for (const bool use_likelihood : {true, false}) {
+        sample.values.setConstant(constant);
+        OrdinaryKriging model = Unfitted(sample, type);
+        OrdinaryKrigingSettings settings = model.GetSettingsBase();
+        settings.SetUseLikelihood(use_likelihood);
+        model.SetSettings(settings);
+        ASSERT_TRUE(model.BuildOptimal());
+        EXPECT_NEAR((model.Approximate(sample.points).array() - constant).abs().maxCoeff(), 0.0,
+                    1e-9);
+      }
+}
+
+TEST(KrigingFit, ANodalKernelCountsFromOne) {
+  Sample sample(TestFunctions()[1], true);
+  OrdinaryKriging model = Unfitted(sample, KernelType::kNodalInflExp);
+  ASSERT_TRUE(model.BuildOptimal());
+  ASSERT_EQ(Radii(model).size(), 1);
+  EXPECT_GE(Radii(model)(0), 1.0);
+  EXPECT_LE(Radii(model)(0), std::pow(10.0, 1.92) * (1.0 + 1e-12));
+  sample.points.row(4) = sample.points.row(2);  // no distance: the kernel has no value
+  OrdinaryKriging coincident = Unfitted(sample, KernelType::kNodalInflExp);
+  EXPECT_FALSE(coincident.BuildOptimal());
+  EXPECT_EQ(Radii(coincident).size(), 0);
+}
+
+TEST(KrigingFit, EqualPointsAreAMatterOfTheNugget) {
+  Sample sample(TestFunctions()[1], true);
+  sample.points.row(4) = sample.points.row(2);
+  for (const KernelType type : {kIsotropic, kAnisotropic}) {
+    OrdinaryKriging model = Unfitted(sample, type);
+    ASSERT_TRUE(model.BuildOptimal());
+    EXPECT_TRUE(model.Approximate(sample.points).allFinite());
+  }
+}
+
+TEST(KrigingFit, RefusesBadInputAndKeepsTheSettings) {
+  const Sample good(TestFunctions()[1], false);
+  const auto log = boost::make_shared<VectorLog>();
+  /// Whether the fit of these data fails, and changes nothing that counts.
+  const auto fails = [&](const Eigen::MatrixXd& points, const Eigen::VectorXd& values,
+                         KernelType type) {
+    Sample sample = good;
+    sample.points = points;
+    sample.values = values;
+    OrdinaryKriging model = Unfitted(sample, type);
+    OrdinaryKrigingSettings settings = model.GetSettingsBase();
+    settings.SetKernelParameter(Eigen::VectorXd::Constant(type == kIsotropic ? 1 : 2, 0.75));
+    model.SetSettings(settings);
+    model.SetLogger(log);
+    const bool failed = !model.BuildOptimal();
+    EXPECT_EQ(Radii(model)(0), 0.75);
+    EXPECT_EQ(model.GetSettingsBase().GetState(), SettingsState::kReplaced);
+    return failed;
+  };
+  for (const KernelType type : {kIsotropic, kAnisotropic}) {
+    for (const double bad : {std::nan(""), HUGE_VAL}) {
+      Sample sample = good;
+      sample.values(3) = bad;
+      EXPECT_TRUE(fails(sample.points, sample.values, type));
+      sample = good;
+      sample.points(3, 1) = bad;
+      EXPECT_TRUE(fails(sample.points, sample.values, type));
+    }
+    EXPECT_EQ(log->GetLines().back().second,
+              L"Kriging: no parameters can be chosen for support points or values that are not "
+              L"finite numbers.");
+    EXPECT_TRUE(fails(Eigen::MatrixXd(0, 2), Eigen::VectorXd(), type));
+    EXPECT_EQ(support::MessageOf([&] { fails(good.points.topRows(1), good.values.head(1), type); }),
+              "At least two points are required.");
+  }
+  EXPECT_TRUE(fails(Eigen::MatrixXd::Ones(20, 2), good.values, kIsotropic));
+
+  OrdinaryKriging model = Unfitted(good, kIsotropic);
+  OrdinaryKrigingSettings settings = model.GetSettingsBase();
+  settings.SetUseLikelihood(false);
+  model.SetSettings(settings);
+  EXPECT_EQ(support::MessageOf([&] { model.BuildOptimal(IndexVector::Zero(7)); }),
+            "subset vector has wrong length");
+  settings.SetVariableSelection({false, false});
+  model.SetSettings(settings);
+  EXPECT_FALSE(model.BuildOptimal());
+  settings.SetVariableSelection({true, false});
+  settings.SetKernelType(KernelType(7));
+  model.SetSettings(settings);
+  EXPECT_EQ(support::MessageOf([&] { model.BuildOptimal(); }), "Unknown kernel type.");
+}
+
+TEST(KrigingFit, AnInterruptionEndsItAndRestoresTheSettings) {
+  const Sample sample(TestFunctions()[1], false);
+  for (const KernelType type : {kIsotropic, kAnisotropic})
+    for (const int last : {1, 12, 35}) {  // in the grid or sample, and in the polish
+      OrdinaryKriging model = Unfitted(sample, type);
+      const OrdinaryKrigingSettings before = model.GetSettingsBase();
+      int passed = 0;
+      model.SetInterruptionPoint([&] {
+        if (++passed == last) throw std::runtime_error("interrupted");
+      });
+      EXPECT_EQ(support::MessageOf([&] { model.BuildOptimal(); }), "interrupted");
+      EXPECT_TRUE(model.GetSettingsBase().Equals(before));
+      EXPECT_FALSE(model.IsBuilt());
+    }
+}
