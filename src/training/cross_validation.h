@@ -4,7 +4,9 @@
 
 #include <Eigen/Core>
 
+#include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace corvath::training {
 
@@ -13,7 +15,12 @@ struct ResponseData {
   Eigen::MatrixXd points;               ///< n x m
   Eigen::VectorXd values;               ///< n
   math::metamodel::IndexVector groups;  ///< n: cross-validation groups
+  std::vector<std::size_t> num_levels;  ///< m: different values of each input
 };
+
+/// @param num_groups, seed  see MakeGroups
+ResponseData MakeResponseData(Eigen::MatrixXd points, Eigen::VectorXd values,
+                              std::uint32_t num_groups, std::uint32_t seed);
 
 /// `num_groups` groups of nearly equal size (as many as there are different points, if these are
 /// fewer) in a random order that `seed` fixes on every machine. Points that coincide share a group:

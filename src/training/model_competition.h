@@ -2,6 +2,7 @@
 
 #include "metamodel/subspace_results.h"
 #include "metamodel/surrogate.h"
+#include "training/candidate.h"
 #include "training/cross_validation.h"
 #include "training/train_settings.h"
 
@@ -23,16 +24,29 @@ struct ChosenModel {
   std::vector<math::metamodel::SubspaceResults> tried;  ///< all candidates in the order of trial
 };
 
-/// Called before each candidate and inside long ones: its text, work done and in all. Ends the
-/// competition by an exception.
-using CompetitionObserver =
-    std::function<void(const std::wstring& candidate, std::uint64_t done, std::uint64_t total)>;
+/// Called before each candidate and now and then inside long ones: its text, and the share of the
+/// work that is done. Ends the competition by an exception.
+using CompetitionObserver = std::function<void(const std::wstring& candidate, double share)>;
 
-/// Lets the models that the settings allow compete for one response by their coefficient of
-/// prognosis. The response is not constant.
+/// Lets the models that the settings allow compete for one response, which is not constant.
+///
+/// Each form (candidate.h) is fitted over each subspace that the filters propose
+/// (subspace_filters.h), and then over those that the leaders' single CoPs suggest. The measure is
+/// the coefficient of prognosis in the same groups for all. The largest wins, but
+///
+/// - fewer inputs win over more within toleranceCoP_variables_, then
+/// - the simpler model over the more flexible within toleranceCoP_model_,
+///
+/// as long as the root mean square error grows by less than kLargestGrowth: near 1 a tolerance of
+/// the CoP would allow for several times the error.
+///
+/// A model that leaves the range of the response far behind between the designs, or has no
+/// prediction there, does not win; these are poles of a transform and holes of moving least squares.
 /// @throws TrainingError  no candidate can be built from so few designs
 ChosenModel RunCompetition(const ResponseData& data, const TrainSettings& settings,
                            const CompetitionObserver& observer);
+
+constexpr double kLargestGrowth = 1.1;
 
 /// A constant as a model: a regression without terms. CoP and CoD count as 1.
 ChosenModel MakeConstantModel(const ResponseData& data);

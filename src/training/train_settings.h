@@ -15,7 +15,10 @@ struct TrainSettings {
   math::metamodel::ZELSettings models;
   /// Of the cross-validation groups; the same seed gives the same study on every machine.
   std::uint32_t seed = 1;
-  std::uint32_t num_groups = 10;  ///< at least 2; no more than there are designs
+  /// Of cross-validation, at least 2; no more are made than there are designs. Each model is judged
+  /// without one group in turn: with few groups it is judged from clearly fewer designs than it has
+  /// in the end, which costs models with many coefficients more than others.
+  std::uint32_t num_groups = 20;
 };
 
 }  // namespace corvath::training

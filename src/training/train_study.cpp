@@ -1,6 +1,7 @@
 #include "training/train_study.h"
 
 #include "project/project_file.h"
+#include "training/criteria_check.h"
 #include "training/cross_validation.h"
 #include "training/model_competition.h"
 #include "training/study_writer.h"
@@ -19,22 +20,61 @@ constexpr std::size_t kFewestDesigns = 4;
 void RequireSettings(const TrainSettings& settings) {
   if (settings.num_groups < 2)
     throw TrainingError(L"At least two groups are needed for cross-validation.");
+  if (AllowedForms(settings.models).empty())
+    throw TrainingError(L"No family of models is allowed.");
 }
 
-void RequireNewNames(const TrainingTable& table, const CriterionSequence& criteria) {
-  for (const auto& criterion : criteria)
-    for (const auto* names : {&table.inputs, &table.responses})
-      if (std::find(names->begin(), names->end(), criterion.first) != names->end())
-        throw TrainingError(L"Criterion \"" + criterion.first + L"\" has the name of a column.",
-                            criterion.first);
+using Rows = std::vector<Eigen::Index>;
+
+/// For each response the rows in which it has a value.
+std::vector<Rows> RequireResponses(const TrainingTable& table) {
+  std::vector<Rows> usable(table.responses.size());
+  bool all_constant = true;
+  for (std::size_t k = 0; k < usable.size(); ++k) {
+    const auto column = table.values.col(static_cast<Eigen::Index>(k));
+    for (Eigen::Index row = 0; row < column.size(); ++row)
+      if (std::isfinite(column(row))) usable[k].push_back(row);
+    if (usable[k].size() < kFewestDesigns)
+      throw TrainingError(L"Response \"" + table.responses[k] + L"\" has " +
+                              std::to_wstring(usable[k].size()) +
+                              L" designs with a value; at least " +
+                              std::to_wstring(kFewestDesigns) + L" are needed.",
+                          table.responses[k]);
+    all_constant = all_constant && IsConstantColumn(column);
+  }
+  if (all_constant) throw TrainingError(L"All responses are constant.");
+  return usable;
 }
 
-/// The rows in which a response has a value.
-std::vector<Eigen::Index> UsableRows(const TrainingTable& table, Eigen::Index response) {
-  std::vector<Eigen::Index> rows;
-  for (Eigen::Index row = 0; row < table.values.rows(); ++row)
-    if (std::isfinite(table.values(row, response))) rows.push_back(row);
-  return rows;
+TrainedResponse Summarise(const TrainingTable& table, std::size_t response,
+                          const ChosenModel& chosen, const Rows& columns) {
+  TrainedResponse trained;
+  trained.name = table.responses[response];
+  trained.model = chosen.text;
+  const auto bits = chosen.model->GetVariableSelection();
+  for (std::size_t j = 0; j < bits.size(); ++j)
+    if (bits[j]) trained.inputs.push_back(table.inputs[static_cast<std::size_t>(columns[j])]);
+  trained.cop = chosen.results.CoP;
+  trained.cod = chosen.results.CoD;
+  trained.cod_adjusted = chosen.results.CoDadj;
+  trained.single_cops = Eigen::VectorXd::Zero(table.points.cols());
+  trained.single_cops(columns) = chosen.results.singleCoPs;
+  trained.num_designs = static_cast<std::uint64_t>(chosen.model->GetValues().size());
+  trained.num_candidates = chosen.tried.size();
+  return trained;
+}
+
+/// Passes what a competition is at on, as a part of the whole training.
+CompetitionObserver ObserverOf(const TrainingTable& table, std::size_t response,
+                               const TrainObserver& observer) {
+  if (!observer) return [](const std::wstring&, double) {};
+  return [&table, response, &observer](const std::wstring& candidate, double share) {
+    constexpr double kParts = 1000.0;  // of each response
+    TrainProgress progress{table.responses[response], candidate};
+    progress.done = static_cast<std::uint64_t>((static_cast<double>(response) + share) * kParts);
+    progress.total = table.responses.size() * static_cast<std::uint64_t>(kParts);
+    if (!observer(progress)) throw TrainingInterrupted();
+  };
 }
 
 }  // namespace
@@ -43,71 +83,31 @@ TrainedStudy TrainStudy(const TrainingTable& table, const TrainSettings& setting
                         const CriterionSequence& criteria, const TrainObserver& observer) {
   RequireTrainable(table);
   RequireSettings(settings);
-  RequireNewNames(table, criteria);
-  const Eigen::Index num_responses = table.values.cols();
-  std::vector<std::vector<Eigen::Index>> rows;
-  bool all_constant = true;
-  for (Eigen::Index k = 0; k < num_responses; ++k) {
-    const std::wstring& name = table.responses[static_cast<std::size_t>(k)];
-    rows.push_back(UsableRows(table, k));
-    if (rows.back().size() < kFewestDesigns)
-      throw TrainingError(L"Response \"" + name + L"\" has " + std::to_wstring(rows.back().size()) +
-                              L" designs with a value; at least " +
-                              std::to_wstring(kFewestDesigns) + L" are needed.",
-                          name);
-    all_constant = all_constant && IsConstantColumn(table.values.col(k));
-  }
-  if (all_constant) throw TrainingError(L"All responses are constant.");
-
+  RequireUsableCriteria(table, criteria);
+  const std::vector<Rows> usable = RequireResponses(table);
   TrainedStudy study;
   StudyWriter writer(table, settings, criteria);
-  const std::vector<Eigen::Index>& columns = writer.GetModelColumns();
-  for (Eigen::Index j = 0; j < table.points.cols(); ++j)
-    if (std::find(columns.begin(), columns.end(), j) == columns.end())
-      study.notes.push_back(L"Input \"" + table.inputs[static_cast<std::size_t>(j)] +
-                            L"\" is constant.");
-  for (Eigen::Index k = 0; k < num_responses; ++k) {
-    const auto position = static_cast<std::size_t>(k);
-    const std::wstring& name = table.responses[position];
-    ResponseData data;
-    data.points = table.points(rows[position], columns);
-    data.values = table.values(rows[position], k);
-    data.groups = MakeGroups(data.points, settings.num_groups, settings.seed);
-    const std::size_t num_failed =
-        static_cast<std::size_t>(table.values.rows()) - rows[position].size();
+  const Rows& columns = writer.GetModelColumns();
+  for (std::size_t j = 0; j < table.inputs.size(); ++j)
+    if (IsConstantColumn(table.points.col(static_cast<Eigen::Index>(j))))
+      study.notes.push_back(L"Input \"" + table.inputs[j] + L"\" is constant.");
+
+  for (std::size_t k = 0; k < usable.size(); ++k) {
+    const std::wstring response = L"Response \"" + table.responses[k] + L"\"";
+    const auto num_failed = static_cast<std::size_t>(table.values.rows()) - usable[k].size();
     if (num_failed > 0)
-      study.notes.push_back(L"Response \"" + name + L"\" failed in " + std::to_wstring(num_failed) +
-                            L" designs.");
-    ChosenModel chosen;
-    if (IsConstantColumn(data.values)) {
-      study.notes.push_back(L"Response \"" + name + L"\" is constant.");
-      chosen = MakeConstantModel(data);
-    } else {
-      chosen = RunCompetition(
-          data, settings,
-          [&](const std::wstring& candidate, std::uint64_t done, std::uint64_t total) {
-            if (!observer) return;
-            const TrainProgress progress{name, candidate,
-                                         static_cast<std::uint64_t>(k) * total + done,
-                                         static_cast<std::uint64_t>(num_responses) * total};
-            if (!observer(progress)) throw TrainingInterrupted();
-          });
-    }
-    writer.AddModel(position, chosen, rows[position], data.groups);
-    TrainedResponse trained;
-    trained.name = name;
-    trained.model = chosen.text;
-    const auto bits = chosen.model->GetVariableSelection();
-    for (std::size_t j = 0; j < bits.size(); ++j)
-      if (bits[j]) trained.inputs.push_back(table.inputs[static_cast<std::size_t>(columns[j])]);
-    trained.cop = chosen.results.CoP;
-    trained.cod = chosen.results.CoD;
-    trained.cod_adjusted = chosen.results.CoDadj;
-    trained.single_cops = Eigen::VectorXd::Zero(table.points.cols());
-    trained.single_cops(columns) = chosen.results.singleCoPs;
-    trained.num_designs = rows[position].size();
-    trained.num_candidates = chosen.tried.size();
-    study.responses.push_back(std::move(trained));
+      study.notes.push_back(response + L" failed in " + std::to_wstring(num_failed) +
+                            (num_failed == 1 ? L" design." : L" designs."));
+    const ResponseData data = MakeResponseData(
+        table.points(usable[k], columns), table.values(usable[k], static_cast<Eigen::Index>(k)),
+        settings.num_groups, settings.seed);
+    const bool is_constant = IsConstantColumn(data.values);
+    if (is_constant) study.notes.push_back(response + L" is constant.");
+    const ChosenModel chosen = is_constant
+                                   ? MakeConstantModel(data)
+                                   : RunCompetition(data, settings, ObserverOf(table, k, observer));
+    writer.AddModel(k, chosen, usable[k], data.groups);
+    study.responses.push_back(Summarise(table, k, chosen, columns));
   }
   study.project = writer.Finish();
   return study;

@@ -12,9 +12,9 @@ constexpr double kSameInput = 1e-10;
 
 void RequireNames(const std::vector<std::wstring>& names, const wchar_t* what,
                   std::set<std::wstring>& known) {
-  if (names.empty()) throw TrainingError(std::wstring(L"The table has no ") + what + L".");
+  if (names.empty()) throw TrainingError(std::wstring(L"The table has no ") + what + L"s.");
   for (const std::wstring& name : names) {
-    if (name.empty()) throw TrainingError(std::wstring(L"An ") + what + L" has no name.");
+    if (name.empty()) throw TrainingError(L"A column has no name.");
     if (!known.insert(name).second)
       throw TrainingError(L"The name \"" + name + L"\" occurs twice.", name);
   }

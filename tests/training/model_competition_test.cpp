@@ -1,0 +1,158 @@
+#include "training/model_competition.h"
+
+#include "support/message_of.h"
+#include "support/points.h"
+#include "support/published_functions.h"
+#include "training/training_table.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace corvath::training {
+namespace {
+
+using math::metamodel::BitVector;
+using math::metamodel::CountBits;
+
+ChosenModel Compete(const ResponseData& data, const TrainSettings& settings = {}) {
+  return RunCompetition(data, settings, [](const std::wstring&, double) {});
+}
+
+const support::PublishedFunction& Function(const std::string& name) {
+  const auto& functions = support::PublishedFunctions();
+  return *std::find_if(functions.begin(), functions.end(),
+                       [&](const auto& function) { return function.name == name; });
+}
+
+ResponseData DataOf(const support::Sample& sample) {
+  const TrainSettings settings;
+  return MakeResponseData(sample.points, sample.values, settings.num_groups, settings.seed);
+}
+
+/// Root mean square error of the best candidate on fresh points, in hindsight.
+double BestError(const ChosenModel& chosen, const ResponseData& data,
+                 const support::Sample& fresh) {
+  double best = HUGE_VAL;
+  for (const auto& tried : chosen.tried) {
+    const auto model = MakeModel(*tried.settings, data.points, data.values);
+    if (!model->Build()) continue;
+    const double error = (model->Approximate(fresh.points) - fresh.values).norm();
+    if (error < best) best = error;
+  }
+  return best;
+}
+
+TEST(ModelCompetition, ChoosesWellAndIsHonestOnPublishedFunctions) {
+  // bench/train_report prints the whole table; these take little time.
+  for (const char* name : {"Branin", "Friedman 1", "OTL circuit", "Sine", "Curved"}) {
+    const support::PublishedFunction& function = Function(name);
+    const ResponseData data = DataOf(support::LatinHypercubeSample(function, 100, 1));
+    const support::Sample fresh = support::UniformSample(function, 2000, 2);
+    const ChosenModel chosen = Compete(data);
+    const Eigen::VectorXd predicted = chosen.model->Approximate(fresh.points);
+    EXPECT_NEAR(chosen.results.CoP, Determination(fresh.values, predicted), 0.05) << name;
+    EXPECT_LE((predicted - fresh.values).norm(), 1.25 * BestError(chosen, data, fresh)) << name;
+    EXPECT_GT(chosen.results.CoP, 0.8) << name;
+  }
+}
+
+TEST(ModelCompetition, FindsThreeInputsOfTwenty) {
+  const auto used = [](const char* name) {
+    return Compete(DataOf(support::LatinHypercubeSample(Function(name), 100, 1)))
+        .model->GetVariableSelection();
+  };
+  BitVector first_three(20, false);
+  std::fill_n(first_three.begin(), 3, true);
+  EXPECT_EQ(used("Morris"), first_three);
+  EXPECT_EQ(used("Curved"), first_three);
+}
+
+TEST(ModelCompetition, NoiseAloneIsNotExplained) {
+  const ResponseData data =
+      MakeResponseData(support::UniformPoints(80, 6, 1), support::UniformVector(80, 2), 20, 1);
+  EXPECT_LT(Compete(data).results.CoP, 0.15);
+}
+
+TEST(ModelCompetition, TheSimplerModelWinsWhereItIsAsGood) {
+  // A plane: every polynomial is exact, and the plainest has two inputs.
+  const Eigen::MatrixXd points = support::UniformPoints(60, 4, 3);
+  const ResponseData plane = MakeResponseData(points, 2.0 * points.col(1) - points.col(3), 20, 1);
+  const ChosenModel chosen = Compete(plane);
+  EXPECT_EQ(chosen.text, L"Linear Regression of order 1");
+  EXPECT_EQ(chosen.model->GetVariableSelection(), (BitVector{false, true, false, true}));
+  EXPECT_EQ(chosen.results.CoP, 1.0);
+  // Without input 3 the plane keeps the variance of 2 x1: 4 of 5 parts, less the sample's chance.
+  EXPECT_NEAR(chosen.results.singleCoPs(3), 0.2, 0.1);
+  EXPECT_EQ(chosen.results.singleCoPs(0), 0.0);
+
+  // An exponential: with a transform of the response a plane is exact, without it nothing is.
+  const Eigen::VectorXd powers = (6.0 * points.col(1) + 3.0 * points.col(3)).array().exp();
+  EXPECT_NE(Compete(MakeResponseData(points, powers, 20, 1)).text.find(L"Box-Cox"),
+            std::wstring::npos);
+}
+
+TEST(ModelCompetition, OnlyAllowedFamiliesCompete) {
+  const ResponseData data = DataOf(support::LatinHypercubeSample(Function("Branin"), 60, 1));
+  const auto families = [&](auto allow) {
+    TrainSettings settings;
+    settings.models.use_polynomials_ = settings.models.use_MLS_ = false;
+    settings.models.use_Kriging_ = settings.models.use_boxcox_ = false;
+    allow(settings.models);
+    std::vector<std::wstring> names;
+    for (const auto& tried : Compete(data, settings).tried) {
+      EXPECT_FALSE(tried.settings->HasBoxCoxParameter());
+      const std::wstring name =
+          MakeModel(*tried.settings, data.points, data.values)->GetName(false);
+      if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+    }
+    return names;
+  };
+  using Settings = math::metamodel::ZELSettings;
+  using Names = std::vector<std::wstring>;
+  EXPECT_EQ(families([](Settings& s) { s.use_polynomials_ = true; }),
+            (Names{L"Linear Regression | 1", L"Linear Regression | 2"}));
+  EXPECT_EQ(families([](Settings& s) {
+              s.use_MLS_ = true;
+              s.max_order_MLS_ = 1;
+            }),
+            (Names{L"Moving Least Squares | 1"}));
+  EXPECT_EQ(families([](Settings& s) { s.use_Kriging_ = true; }),
+            (Names{L"Isotropic Kriging | 0"}));
+  EXPECT_EQ(families([](Settings& s) { s.use_anisotropic_Kriging_ = true; }),
+            (Names{L"Anisotropic Kriging | 0"}));
+}
+
+TEST(ModelCompetition, InputsOfFewValuesGetNoPowersThatTheyCannotTell) {
+  Eigen::MatrixXd points = support::UniformPoints(60, 2, 4);
+  points.col(0) = (2.0 * points.col(0).array()).floor();
+  const Eigen::VectorXd values = 3.0 * points.col(0).array() + points.col(1).array().square();
+  const ResponseData data = MakeResponseData(points, values, 20, 1);
+  const ChosenModel chosen = Compete(data);
+  EXPECT_EQ(chosen.text, L"Linear Regression of order 2");
+  EXPECT_NEAR(chosen.results.CoP, 1.0, 1e-12);
+  EXPECT_EQ(chosen.model->GetNumberCoefficients(), 4u) << "1, x0, x1, x1^2";
+}
+
+TEST(ModelCompetition, TheWinnerPredictsEverywhereInTheBounds) {
+  // A gap in the middle: the best radius of a local model does not reach into it.
+  Eigen::MatrixXd points = support::UniformPoints(60, 2, 5);
+  for (double& x : points.col(0)) x = x < 0.5 ? 0.5 * x : 0.5 + 0.5 * x;
+  const Eigen::VectorXd values =
+      (20.0 * points.col(0)).array().sin() + (20.0 * points.col(1)).array().cos();
+  TrainSettings settings;
+  settings.models.use_polynomials_ = settings.models.use_Kriging_ = false;
+  const ChosenModel chosen = Compete(MakeResponseData(points, values, 20, 1), settings);
+  Eigen::MatrixXd grid(101 * 101, 2);
+  for (Eigen::Index i = 0; i < grid.rows(); ++i)
+    grid.row(i) << 0.01 * static_cast<double>(i % 101), 0.01 * static_cast<double>(i / 101);
+  grid.col(0) = points.col(0).minCoeff() +
+                (points.col(0).maxCoeff() - points.col(0).minCoeff()) * grid.col(0).array();
+  grid.col(1) = points.col(1).minCoeff() +
+                (points.col(1).maxCoeff() - points.col(1).minCoeff()) * grid.col(1).array();
+  EXPECT_TRUE(chosen.model->Approximate(grid).allFinite());
+}
+
+}  // namespace
+}  // namespace corvath::training

@@ -1,0 +1,273 @@
+#include "training/train_study.h"
+
+#include "design/design_manager.h"
+#include "design/parameter_manager.h"
+#include "metamodel/surrogate.h"
+#include "project/algorithm_info.h"
+#include "project/zel_information.h"
+#include "support/message_of.h"
+#include "support/points.h"
+#include "support/temporary_directory.h"
+
+#include <gtest/gtest.h>
+#include <zelsolver/zelsolver.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+namespace corvath::training {
+namespace {
+
+using namespace algorithm::datatypes;
+
+constexpr Eigen::Index kNumDesigns = 60;
+constexpr double kConstant = 2.5;
+
+/// Inputs a, b, fixed, states (three values) and dull; the responses are a wave that fails in
+/// some designs, a vector of two elements and a constant.
+TrainingTable MakeTable() {
+  TrainingTable table;
+  table.inputs = {L"a", L"b", L"fixed", L"states", L"dull"};
+  table.points = support::UniformPoints(kNumDesigns, 5, 11);
+  table.points.col(1) = 100.0 + 50.0 * table.points.col(1).array();
+  table.points.col(2).setConstant(kConstant);
+  table.points.col(3) = (3.0 * table.points.col(3).array()).floor();
+  table.discrete = {L"states"};
+  table.responses = {L"wave", L"s[0]", L"s[1]", L"level"};
+  const auto a = table.points.col(0).array();
+  const auto b = (table.points.col(1).array() - 100.0) / 50.0;
+  const auto c = table.points.col(3).array();
+  table.values.resize(kNumDesigns, 4);
+  table.values << (3.0 * a).sin() + b * b, 2.0 * a + c, (1.0 + a + b * c).exp(),
+      Eigen::ArrayXd::Constant(kNumDesigns, 7.0);
+  for (const Eigen::Index row : {0, 5, 59}) table.values(row, 0) = std::nan("");
+  return table;
+}
+
+TrainSettings QuickSettings() {
+  TrainSettings settings;
+  settings.models.use_Kriging_ = false;
+  return settings;
+}
+
+CriterionSequence MakeCriteria() {
+  CriterionSequence criteria;
+  ParseCriterion(L"total: s[0] + wave", criteria);
+  ParseCriterion(L"bound: max(s) <= 20", criteria);
+  return criteria;
+}
+
+/// One study for all tests that only look at it.
+const TrainedStudy& Study() {
+  static const TrainedStudy study = TrainStudy(MakeTable(), QuickSettings(), MakeCriteria());
+  return study;
+}
+
+std::vector<std::string> NamesOf(const std::string& path, unsigned int flag) {
+  char* block = nullptr;
+  EXPECT_EQ(dzel2_getNames(path.c_str(), flag, &block), ZEL_OK);
+  std::vector<std::string> names;
+  for (const char* name = block; name && *name; name += names.back().size() + 1)
+    names.emplace_back(name);
+  dzel2_free(block);
+  return names;
+}
+
+TEST(TrainStudy, AWrittenStudyAnswersThroughTheCInterfaceAsTheModelsDo) {
+  const support::TemporaryDirectory directory;
+  const std::string path = directory.File("study.vrdb");
+  WriteStudy(Study(), path);
+  EXPECT_EQ(NamesOf(path, ZEL_INPUTS), (std::vector<std::string>{"a", "b", "states", "dull"}));
+  EXPECT_EQ(NamesOf(path, ZEL_OUTPUTS),
+            (std::vector<std::string>{"wave", "s[0]", "s[1]", "level"}));
+  EXPECT_EQ(NamesOf(path, ZEL_CRITERIA), (std::vector<std::string>{"total", "bound"}));
+
+  const TrainingTable table = MakeTable();
+  std::vector<double> bounds(8);
+  ASSERT_EQ(dzel2_getInputBounds(path.c_str(), bounds.data()), ZEL_OK);
+  EXPECT_EQ(bounds[2], table.points.col(1).minCoeff());
+  EXPECT_EQ(bounds[3], table.points.col(1).maxCoeff());
+  EXPECT_EQ(bounds[4], 0.0);
+  EXPECT_EQ(bounds[5], 2.0);
+  double reference = 0.0;
+  ASSERT_EQ(dzel2_getReferenceValuePerParameter(path.c_str(), "fixed", &reference), ZEL_OK);
+  EXPECT_EQ(reference, kConstant);
+
+  // Predictions at designs, by the file and by the models that were trained.
+  constexpr Eigen::Index kNum = 20;
+  const Eigen::MatrixXd points = table.points(Eigen::seqN(1, kNum), {0, 1, 3, 4});
+  Eigen::VectorXd solved(kNum * 6);
+  ASSERT_EQ(dzel2_solve(path.c_str(), kNum, points.data(), kNum * 4,
+                        ZEL_SOLVE_RESPONSES | ZEL_SOLVE_CRITERIA, solved.data(), kNum * 6),
+            ZEL_OK)
+      << dzel2_getLastError();
+  const auto& infos = Study().project.GetAlgorithmInfo()->GetZELInformation()->surrogate_infos_;
+  for (std::size_t k = 0; k < 4; ++k) {
+    const TrainedResponse& trained = Study().responses[k];
+    const SurrogateInfo& info = infos.GetSurrogateInfo(trained.name);
+    EXPECT_EQ(solved.segment(static_cast<Eigen::Index>(k) * kNum, kNum),
+              info.GetSurrogate()->Approximate(points));
+    std::vector<double> cops(5);
+    const std::string name(trained.name.begin(), trained.name.end());
+    ASSERT_EQ(dzel2_getCoPValuesPerResponse(path.c_str(), name.c_str(), cops.data()), ZEL_OK);
+    EXPECT_EQ(cops[4], trained.cop);
+  }
+  for (Eigen::Index i = 0; i < kNum; ++i) {
+    const double wave = solved(i), s0 = solved(kNum + i), s1 = solved(2 * kNum + i);
+    EXPECT_DOUBLE_EQ(solved(4 * kNum + 2 * i), s0 + wave);
+    EXPECT_DOUBLE_EQ(solved(4 * kNum + 2 * i + 1), 20.0 - std::max(s0, s1));
+  }
+  dzel2_cleanup();
+}
+
+TEST(TrainStudy, FindsWhatTheResponsesAreMadeOf) {
+  const auto& responses = Study().responses;
+  EXPECT_GT(responses[0].cop, 0.95);
+  EXPECT_EQ(responses[0].num_designs, 57u);
+  EXPECT_EQ(responses[0].inputs, (std::vector<std::wstring>{L"a", L"b"}));
+  EXPECT_EQ(responses[1].inputs, (std::vector<std::wstring>{L"a", L"states"}));
+  EXPECT_NEAR(responses[1].cop, 1.0, 1e-12) << "a plane";
+  EXPECT_EQ(responses[1].model, L"Linear Regression of order 1");
+  EXPECT_EQ(responses[2].inputs, (std::vector<std::wstring>{L"a", L"b", L"states"}));
+  EXPECT_EQ(responses[3].inputs, std::vector<std::wstring>());
+  EXPECT_EQ(responses[3].model, L"Constant");
+  EXPECT_EQ(responses[3].cop, 1.0);
+  EXPECT_EQ(Study().notes, (std::vector<std::wstring>{L"Input \"fixed\" is constant.",
+                                                      L"Response \"wave\" failed in 3 designs.",
+                                                      L"Response \"level\" is constant."}));
+}
+
+TEST(TrainStudy, TheFiguresAreThoseOfTheModelInItsGroups) {
+  const auto& zel = *Study().project.GetAlgorithmInfo()->GetZELInformation();
+  for (const TrainedResponse& trained : Study().responses) {
+    if (trained.model == L"Constant") continue;
+    const SurrogateInfo& info = zel.surrogate_infos_.GetSurrogateInfo(trained.name);
+    const auto& model = *info.GetSurrogate();
+    const auto& stored = zel.cv_indexes_.at(trained.name);
+    math::metamodel::IndexVector groups(static_cast<Eigen::Index>(stored.size()));
+    std::copy(stored.begin(), stored.end(), groups.begin());
+    const Eigen::VectorXd& y = model.GetValues();
+    const double sst = (y.array() - y.mean()).square().sum();
+    const double sse = (y - model.ApproximateCrossValidation(groups)).squaredNorm();
+    EXPECT_DOUBLE_EQ(info.GetAppraisalData().GetCoP(), 1.0 - sse / sst);
+    EXPECT_EQ(model.GetResiduals(), y - model.ApproximateCrossValidation(groups));
+    const double fitted = (y - model.ApproximateSupportPoints()).squaredNorm();
+    EXPECT_DOUBLE_EQ(info.GetAppraisalData().GetCoD(), 1.0 - fitted / sst);
+    EXPECT_EQ(info.GetUsedHids().size(), stored.size());
+    EXPECT_EQ(zel.response_to_cv_mapping_.count(info.GetResponseName()), 1u);
+  }
+  EXPECT_EQ(zel.best_models_->GetResults().size(), 4u);
+  std::size_t num_tried = 0;
+  for (const TrainedResponse& trained : Study().responses) num_tried += trained.num_candidates;
+  EXPECT_EQ(zel.calculated_models_->GetResults().size(), num_tried);
+}
+
+TEST(TrainStudy, TheProjectHoldsTheWholeTable) {
+  const VRDB& project = Study().project;
+  const TrainingTable table = MakeTable();
+  ASSERT_EQ(project.GetDesignContainer().size(), static_cast<std::size_t>(kNumDesigns));
+  const Design& failed = project.GetDesignContainer()[5];
+  EXPECT_EQ(failed.GetId(), DesignId(6));
+  EXPECT_TRUE(failed.GetResponses().Get(L"wave").IsUninitialized());
+  ASSERT_EQ(failed.GetStatus().GetMessages().size(), 1u);
+  EXPECT_EQ(failed.GetStatus().GetMessages().front().GetResponseName(), L"wave");
+  EXPECT_EQ(failed.GetParameters().Get(L"fixed").ToDouble(), kConstant);
+  const Design& whole = project.GetDesignContainer()[1];
+  EXPECT_TRUE(whole.GetStatus().IsEmpty());
+  EXPECT_DOUBLE_EQ(whole.GetCriteria().Get(L"total").GetValue().ToDouble(),
+                   table.values(1, 0) + table.values(1, 1));
+  const ParameterManager& parameters = project.GetParameterManager();
+  EXPECT_TRUE(parameters.GetParameter(L"fixed").IsConst());
+  EXPECT_EQ(
+      parameters.GetParameter(L"states").GetDeterministicProperty(0).GetDiscreteStates().size(),
+      3u);
+  EXPECT_EQ(project.GetDesignContainer().GetStats().failed_, 3u);
+  const auto& zel = *project.GetAlgorithmInfo()->GetZELInformation();
+  EXPECT_TRUE(zel.zel_settings_->advanced_settings_.pzel_settings_.IsEqual(QuickSettings().models));
+}
+
+TEST(TrainStudy, TheSameSeedGivesTheSameStudyAndTheRowsMayMove) {
+  TrainSettings settings = QuickSettings();
+  settings.models.use_MLS_ = false;
+  TrainingTable table = MakeTable();
+  const TrainedStudy once = TrainStudy(table, settings);
+  const TrainedStudy again = TrainStudy(table, settings);
+  settings.seed = 2;
+  const TrainedStudy other = TrainStudy(table, settings);
+  for (std::size_t k = 0; k < 4; ++k) EXPECT_EQ(once.responses[k].cop, again.responses[k].cop);
+  EXPECT_NE(once.responses[0].cop, other.responses[0].cop);
+}
+
+TEST(TrainStudy, AnObserverSeesTheWorkAndEndsIt) {
+  std::uint64_t last = 0;
+  std::vector<std::wstring> responses;
+  TrainStudy(MakeTable(), QuickSettings(), {}, [&](const TrainProgress& progress) {
+    EXPECT_GE(progress.done, last);
+    EXPECT_LE(progress.done, progress.total);
+    EXPECT_FALSE(progress.candidate.empty());
+    last = progress.done;
+    if (responses.empty() || responses.back() != progress.response)
+      responses.push_back(progress.response);
+    return true;
+  });
+  EXPECT_EQ(responses, (std::vector<std::wstring>{L"wave", L"s[0]", L"s[1]"}));
+  int calls = 0;
+  EXPECT_THROW(TrainStudy(MakeTable(), QuickSettings(), {},
+                          [&](const TrainProgress&) { return ++calls < 20; }),
+               TrainingInterrupted);
+  EXPECT_EQ(calls, 20) << "nothing goes on";
+}
+
+TEST(TrainStudy, RefusesWhatCannotBeTrainedOn) {
+  const auto refusal = [](auto change, const CriterionSequence& criteria = {}) {
+    TrainingTable table = MakeTable();
+    TrainSettings settings = QuickSettings();
+    change(table, settings);
+    return support::MessageOfExactly<TrainingError>([&] { TrainStudy(table, settings, criteria); });
+  };
+  using Table = TrainingTable;
+  using Settings = TrainSettings;
+  EXPECT_EQ(refusal([](Table& table, Settings&) { table.values.setOnes(); }),
+            "All responses are constant.");
+  EXPECT_EQ(
+      refusal([](Table& table, Settings&) { table.values.col(1).tail(57).setConstant(HUGE_VAL); }),
+      "Response \"s[0]\" has 3 designs with a value; at least 4 are needed.");
+  EXPECT_EQ(refusal([](Table&, Settings& settings) { settings.num_groups = 1; }),
+            "At least two groups are needed for cross-validation.");
+  EXPECT_EQ(refusal([](Table&, Settings& settings) {
+              settings.models.use_polynomials_ = settings.models.use_MLS_ = false;
+            }),
+            "No family of models is allowed.");
+  CriterionSequence criteria;
+  ParseCriterion(L"wave: 2", criteria);
+  EXPECT_EQ(refusal([](Table&, Settings&) {}, criteria),
+            "Criterion \"wave\" has the name of a column.");
+  criteria.clear();
+  ParseCriterion(L"c: wave * fixed", criteria);
+  EXPECT_EQ(refusal([](Table&, Settings&) {}, criteria),
+            "Criterion \"c\" names the constant input \"fixed\"; write its value, 2.5.");
+}
+
+TEST(TrainStudy, AFewDesignsGiveASimpleModelOrAClearRefusal) {
+  for (const Eigen::Index n : {4, 5, 8, 12}) {
+    TrainingTable table;
+    table.inputs = {L"a", L"b", L"c"};
+    table.points = support::UniformPoints(n, 3, 5);
+    table.responses = {L"y"};
+    table.values = table.points.rowwise().sum();
+    const TrainedStudy study = TrainStudy(table, {});
+    EXPECT_LE(study.responses[0].inputs.size(), static_cast<std::size_t>(n) / 2);
+    EXPECT_TRUE(std::isfinite(study.responses[0].cop));
+  }
+}
+
+TEST(TrainStudy, AFailedWriteLeavesWhatWasThere) {
+  const support::TemporaryDirectory directory;
+  EXPECT_NE(support::MessageOf([&] { WriteStudy(Study(), directory.File("no/such/study.vrdb")); }),
+            "");
+  EXPECT_TRUE(boost::filesystem::is_empty(directory.GetPath()));
+}
+
+}  // namespace
+}  // namespace corvath::training
