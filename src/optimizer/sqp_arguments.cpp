@@ -6,9 +6,10 @@ namespace corvath::algorithm::optimizer {
 
 namespace {
 
-bool Refuse(const SqpArguments& a, std::int32_t ifail, const char* detail) {
+bool Refuse(const SqpArguments& a, std::int32_t ifail, const char* detail,
+            const double* number = nullptr) {
   a.IFAIL = ifail;
-  PrintSqpError(a, detail);
+  PrintSqpError(a, detail, number);
   return false;
 }
 
@@ -39,27 +40,28 @@ bool CheckArguments(const SqpArguments& a) {
     bool good;
     std::int32_t ifail;
     const char* name;
+    double value;
   } checks[] = {
-      {a.L >= 1, 6, "L:"},
-      {0 < a.N && a.N < a.NMAX, 6, "N:"},
-      {0 <= a.M && a.M <= a.MMAX, 6, "M:"},
-      {0 <= a.ME && a.ME <= a.M && a.ME <= a.MMAX, 6, "ME:"},
+      {a.L >= 1, 6, "L:", 1.0 * a.L},
+      {0 < a.N && a.N < a.NMAX, 6, "N:", 1.0 * a.N},
+      {0 <= a.M && a.M <= a.MMAX, 6, "M:", 1.0 * a.M},
+      {0 <= a.ME && a.ME <= a.M && a.ME <= a.MMAX, 6, "ME:", 1.0 * a.ME},
       {a.MNN2 >= static_cast<std::int64_t>(a.M) + 2 * static_cast<std::int64_t>(a.N) + 2, 6,
-       "MNN2:"},
-      {0 <= a.IPRINT && a.IPRINT <= 4, 9, "IPRINT:"},
-      {0 <= a.MODE && a.MODE <= 1, 9, "MODE:"},
-      {0 <= a.MAX_NM && a.MAX_NM <= 50, 9, "MAX_NM:"},
-      {0 <= a.MAXFUN && a.MAXFUN <= 50, 9, "MAXFUN:"},
-      {a.MAXIT >= 0, 9, "MAXIT:"},
-      {a.IOUT >= 1, 9, "IOUT:"},
-      {-2 <= a.IFAIL && a.IFAIL <= 0, 9, "IFAIL:"},
-      {a.STPMIN >= 0.0, 9, "STPMIN:"},
-      {a.TOL_NM >= 0.0, 9, "TOL_NM:"},
-      {a.ACCQP >= 0.0, 9, "ACCQP:"},
-      {a.ACC > 0.0, 9, "ACC:"},
+       "MNN2:", 1.0 * a.MNN2},
+      {0 <= a.IPRINT && a.IPRINT <= 4, 9, "IPRINT:", 1.0 * a.IPRINT},
+      {0 <= a.MODE && a.MODE <= 1, 9, "MODE:", 1.0 * a.MODE},
+      {0 <= a.MAX_NM && a.MAX_NM <= 50, 9, "MAX_NM:", 1.0 * a.MAX_NM},
+      {0 <= a.MAXFUN && a.MAXFUN <= 50, 9, "MAXFUN:", 1.0 * a.MAXFUN},
+      {a.MAXIT >= 0, 9, "MAXIT:", 1.0 * a.MAXIT},
+      {a.IOUT >= 1, 9, "IOUT:", 1.0 * a.IOUT},
+      {-2 <= a.IFAIL && a.IFAIL <= 0, 9, "IFAIL:", 1.0 * a.IFAIL},
+      {a.STPMIN >= 0.0, 9, "STPMIN:", a.STPMIN},
+      {a.TOL_NM >= 0.0, 9, "TOL_NM:", a.TOL_NM},
+      {a.ACCQP >= 0.0, 9, "ACCQP:", a.ACCQP},
+      {a.ACC > 0.0, 9, "ACC:", a.ACC},
   };
   for (const auto& check : checks)
-    if (!check.good) return Refuse(a, check.ifail, check.name);
+    if (!check.good) return Refuse(a, check.ifail, check.name, &check.value);
 
   char text[100];
   if (a.LWA < RequiredWork(a)) {

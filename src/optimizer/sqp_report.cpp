@@ -53,10 +53,11 @@ void PrintTable(const SqpRun& run, double f, const double* x, const double* u, c
 
 }  // namespace
 
-void PrintSqpError(const SqpArguments& a, const char* detail) {
+void PrintSqpError(const SqpArguments& a, const char* detail, const double* number) {
   if (a.IPRINT <= 0) return;
   std::cout << Text(a.IFAIL) << detail;
-  if (a.IFAIL > 100) std::cout << a.IFAIL;
+  if (number != nullptr) std::cout << ' ' << *number;
+  if (a.IFAIL > 100) std::cout << ' ' << a.IFAIL;
   std::cout << '\n';
 }
 

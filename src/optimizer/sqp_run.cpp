@@ -140,7 +140,7 @@ void SqpRun::Iterate() {
     fall_back_ = false;
     if (!FindDirection(first)) return;
     Measure();
-    if (dbd_ < -tol_) return Finish(2, "D*B*D =");
+    if (dbd_ < -tol_) return Finish(2, "D*B*D =", &dbd_);
     KeepBest();
     bool stop = false;
     const bool usable = Decide(stop);
@@ -148,7 +148,7 @@ void SqpRun::Iterate() {
     if (usable) {
       UpdatePenalties();
       if (MakeDescent()) break;
-      if (fall_back_) return Finish(2, "DPHI*P =");
+      if (fall_back_) return Finish(2, "DPHI*P =", &slope_);
     }
     if (usable && Rho() < kMaxRho) {
       Rho() = std::min(kMaxRho, 100.0 * Rho());
@@ -432,12 +432,12 @@ void SqpRun::UpdateMatrix() {
   Iterate();
 }
 
-void SqpRun::Finish(std::int32_t ifail, const char* detail) {
+void SqpRun::Finish(std::int32_t ifail, const char* detail, const double* number) {
   a_.IFAIL = ifail;
   points_.col(0) = x_;
   values_.col(0) = g_;
   a_.F[0] = f_;
-  if (ifail != 0) PrintSqpError(a_, detail);
+  if (ifail != 0) PrintSqpError(a_, detail, number);
   if (a_.IPRINT > 0) PrintSqpResult(*this);
 }
 

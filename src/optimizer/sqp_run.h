@@ -78,7 +78,7 @@ class SqpRun {
   bool UseOlderReference();
   void Accept(Eigen::Index column, double alpha);
   void UpdateMatrix();
-  void Finish(std::int32_t ifail, const char* detail = "");
+  void Finish(std::int32_t ifail, const char* detail = "", const double* number = nullptr);
   MeritFunction Merit() const;
   double& Rho() { return c_(n_, n_); }
 
@@ -131,7 +131,8 @@ class SqpRun {
 };
 
 /// Texts for the standard output, whatever the unit IOUT; only with IPRINT above 0.
-void PrintSqpError(const SqpArguments& a, const char* detail);
+/// @param number  printed behind the detail, unless null
+void PrintSqpError(const SqpArguments& a, const char* detail, const double* number = nullptr);
 void PrintSqpWarning(const SqpArguments& a, const char* text);
 void PrintSqpResult(const SqpRun& run);
 

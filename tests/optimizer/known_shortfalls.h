@@ -30,8 +30,8 @@ inline const KnownShortfall* FindShortfall(int number) {
       {6, 0.0, 1e-6, root, early},
       {8, -1.0, 0.0, root, early},
       {16, 25.0 * (2.0 * std::sqrt(2.0) - 1.0) * (2.0 * std::sqrt(2.0) - 1.0) / 4.0 + 2.25, 1e-8,
-       1e-7, local},                                                // (-1/2, 1/sqrt 2)
-      {20, 83.5 - 25.0 * std::sqrt(3.0), 1e-8, 1e-7, local},        // (-1/2, sqrt 3 / 2)
+       1e-7, local},                                          // (-1/2, 1/sqrt 2)
+      {20, 83.5 - 25.0 * std::sqrt(3.0), 1e-8, 1e-7, local},  // (-1/2, sqrt 3 / 2)
       {26, 0.0, 1e-6, root, early},
       {27, 0.04, 1e-6, root, early},
       {33, -4.0, 1e-8, 1e-7, local},  // (0, 0, 2)

@@ -54,6 +54,11 @@ class Client {
   /// Whether the evaluation of a design succeeds; its responses are NaN where it does not.
   std::function<bool(const Eigen::RowVectorXd& design)> succeeds = [](const auto&) { return true; };
 
+  /// Called before each Appraise with the responses of the round: may hand others in.
+  std::function<void(Optimizer& optimizer, const Eigen::MatrixXd& f, const Eigen::MatrixXd& h,
+                     const Eigen::MatrixXd& g)>
+      before_appraisal = [](auto&, const auto&, const auto&, const auto&) {};
+
   /// The loop to its end. The sizes of its rounds are recorded.
   void Run(Optimizer& optimizer) {
     rounds.clear();
@@ -78,6 +83,7 @@ class Client {
       optimizer.SetObjectives(f);
       if (h.cols() > 0) optimizer.SetEqualities(h);
       if (g.cols() > 0) optimizer.SetInequalities(g);
+      before_appraisal(optimizer, f, h, g);
       optimizer.Appraise();
       optimizer.Adapt();
     } while (!optimizer.IsTerminated());
@@ -205,6 +211,104 @@ TEST(OptimizerNLPQLP, KeepsItsBudgetAtTheEndsOfRounds) {
     EXPECT_GE(optimizer.GetNumAppraised(), budget);
     EXPECT_LT(optimizer.GetNumAppraised(), budget + 8);  // at most one round more
   }
+}
+
+TEST(OptimizerNLPQLP, RefusesNaNInEveryRoundAndGoesOnWithNumbers) {
+  // Problem 71 has an equality and an inequality. In each round every response is a NaN once.
+  Client client(71);
+  Optimizer untroubled, optimizer;
+  const Settings settings = client.MakeSettings(NumericalDifferences::kCentral);
+  untroubled.Initialize(settings);
+  client.Run(untroubled);
+  const std::vector<Eigen::Index> rounds = client.rounds;
+  int num_refusals = 0;
+  client.before_appraisal = [&](Optimizer& one, const Eigen::MatrixXd& f, const Eigen::MatrixXd& h,
+                                const Eigen::MatrixXd& g) {
+    if (f.rows() == 0) return;
+    const auto spoiled = [](Eigen::MatrixXd values) {
+      values(values.rows() - 1, 0) = std::nan("");
+      return values;
+    };
+    const auto refuses = [&] {
+      ++num_refusals;
+      EXPECT_EQ(
+          support::MessageOfExactly<corvath::utils::runtime_error>([&] { one.Appraise(); }),
+          "The algorithm obtained responses from the solver which contain numbers being NaN.");
+    };
+    one.SetObjectives(spoiled(f));
+    refuses();
+    one.SetObjectives(f);
+    one.SetEqualities(spoiled(h));
+    refuses();
+    one.SetEqualities(h);
+    one.SetInequalities(spoiled(g));
+    refuses();
+    one.SetInequalities(g);
+  };
+  optimizer.Initialize(settings);
+  client.Run(optimizer);
+  EXPECT_EQ(num_refusals, 3 * (static_cast<int>(rounds.size()) - 1));
+  EXPECT_EQ(client.rounds, rounds);
+  EXPECT_EQ(optimizer.GetNumAppraised(), untroubled.GetNumAppraised());
+  EXPECT_TRUE(optimizer.IsConverged());
+  EXPECT_EQ(optimizer.GetBestInputs(), untroubled.GetBestInputs());
+}
+
+TEST(OptimizerNLPQLP, StartsOnItsBounds) {
+  // Problem 76 is a convex quadratic program: every start must lead to its optimum, up to the error
+  // of differences whose base point moved inside by a step of 1e-5.
+  for (const NumericalDifferences type : kTypes)
+    for (const double share : {0.0, 1.0}) {  // all inputs on their lower, on their upper bounds
+      Client client(76);
+      Settings settings = client.MakeSettings(type);
+      settings.SetUpperBounds(Eigen::VectorXd::Constant(4, 3.0));
+      settings.SetStartDesigns(
+          ((1.0 - share) * settings.GetLowerBounds() + share * settings.GetUpperBounds())
+              .transpose());
+      bool all_inside = true;
+      client.succeeds = [&](const Eigen::RowVectorXd& x) {
+        all_inside = all_inside && x.minCoeff() >= 0.0 && x.maxCoeff() <= 3.0;
+        return true;
+      };
+      Optimizer optimizer;
+      optimizer.Initialize(settings);
+      client.Run(optimizer);
+      SCOPED_TRACE(std::to_string(static_cast<int>(type)) + " from " + std::to_string(share));
+      EXPECT_TRUE(optimizer.IsConverged()) << optimizer.GetFailure();
+      EXPECT_TRUE(all_inside);
+      EXPECT_NEAR(optimizer.GetBestObjectives()(0, 0), client.Optimum(), 1e-3);
+    }
+}
+
+TEST(OptimizerNLPQLP, EndsWhereEveryTrialFails) {
+  for (const std::uint64_t num_parallel : {1, 4}) {
+    Client client(43);
+    client.succeeds = [&](const Eigen::RowVectorXd&) { return client.rounds.size() <= 2; };
+    Settings settings = client.MakeSettings(NumericalDifferences::kCentral);
+    settings.SetNumberParallel(num_parallel);
+    Optimizer optimizer;
+    optimizer.Initialize(settings);
+    client.Run(optimizer);
+    EXPECT_EQ(optimizer.GetFailure(), 4);  // of the line search
+    EXPECT_FALSE(optimizer.IsConverged());
+    EXPECT_EQ(optimizer.GetBestInputs().rows(), 0);  // no iterate but the start
+  }
+}
+
+TEST(OptimizerNLPQLP, MayBeTerminatedByItsClient) {
+  Client client(43);
+  client.before_appraisal = [&](Optimizer& one, const auto&, const auto&, const auto&) {
+    if (client.rounds.size() == 6) one.Terminate();
+  };
+  Optimizer optimizer;
+  optimizer.Initialize(client.MakeSettings(NumericalDifferences::kForward));
+  EXPECT_EQ(
+      support::MessageOfExactly<corvath::utils::runtime_error>([&] { client.Run(optimizer); }),
+      "Appraise requires GetNextDesigns before.");
+  EXPECT_TRUE(optimizer.IsTerminated());
+  optimizer.Finalize();
+  EXPECT_FALSE(optimizer.IsConverged());
+  EXPECT_EQ(optimizer.GetBestInputs().rows(), 1);
 }
 
 TEST(OptimizerNLPQLP, LimitsItsFirstStep) {

@@ -31,7 +31,14 @@ class Recorder : public OptimizerBase<double> {
     ++num_adaptions;
     if (fails) throw std::domain_error("no answer");
   }
-  void FinalizeStep() override { ++num_ends; }
+  void FinalizeStep() override {
+    if (fails) throw std::domain_error("no answer");
+    ++num_ends;
+  }
+  void OnSetInputs(const Matrix& designs) override {
+    if (fails) throw std::domain_error("no answer");
+    OptimizerBase<double>::OnSetInputs(designs);
+  }
   bool IsDone() const override { return done; }
   bool IsConverged() const override { return false; }
   Matrix GetBestInputs() const override { return {}; }
@@ -114,6 +121,10 @@ TEST(OptimizerProtocol, RefusesStepsOutOfOrder) {
             "SetCriteriaSuccessInfo requires GetNextDesigns before. State is: 1");
   EXPECT_EQ(Refusal([&] { optimizer.SetObjectives(Eigen::Vector2d(0, 0)); }),
             "SetObjectives requires GetNextDesigns before. State is: 1");
+  EXPECT_EQ(Refusal([&] { optimizer.SetEqualities(Eigen::Vector2d(0, 0)); }),
+            "SetEqualities requires GetNextDesigns before. State is: 1");
+  EXPECT_EQ(Refusal([&] { optimizer.SetInequalities(Eigen::Vector2d(0, 0)); }),
+            "SetInequalities requires GetNextDesigns before. State is: 1");
   EXPECT_EQ(Refusal([&] { optimizer.Appraise(); }), "Appraise requires GetNextDesigns before.");
   EXPECT_EQ(Refusal([&] { optimizer.Adapt(); }), "Adapt requires Appraise before.");
   EXPECT_EQ(Refusal([&] { optimizer.Finalize(); }),
@@ -144,6 +155,16 @@ TEST(OptimizerProtocol, RefusesResultsOfAnotherShape) {
   EXPECT_EQ(Refusal([&] { optimizer.SetObjectives(Eigen::MatrixXd(3, 1)); }),
             "The number of obtained objective function sets (3) is not equal to the number of "
             "expected designs (2).");
+  for (const auto set : {&Recorder::SetEqualities, &Recorder::SetInequalities}) {
+    const std::string kind = set == &Recorder::SetEqualities ? "equality" : "inequality";
+    EXPECT_EQ(Refusal([&] { (optimizer.*set)(Eigen::MatrixXd(2, 2)); }),
+              "The dimension of obtained " + kind +
+                  " constraint functions (2) does not fit (expected 1).");
+    EXPECT_EQ(Refusal([&] { (optimizer.*set)(Eigen::MatrixXd(3, 1)); }),
+              "The number of obtained " + kind +
+                  " constraint function sets (3) is not equal to the number of expected designs "
+                  "(2).");
+  }
 
   // One result after the other is missing, as none is left from the round before.
   optimizer.PlayRound();
@@ -222,6 +243,17 @@ TEST(OptimizerProtocol, SaysWhichStepOfTheAlgorithmFailed) {
   EXPECT_EQ(Refusal([&] { optimizer.Adapt(); }),
             "The optimizer algorithm can not adapt the next iterate and prepare the next design "
             "points to be computed. no answer");
+  optimizer.fails = false;
+  optimizer.Adapt();
+  const Eigen::MatrixXd designs = optimizer.GetNextDesigns();
+  optimizer.fails = true;
+  EXPECT_EQ(Refusal([&] { optimizer.SetInputs(designs); }),
+            "The optimizer algorithm can set the design point vectors where the previous designs "
+            "were computed by the solver. no answer");
+  optimizer.Terminate();
+  EXPECT_EQ(Refusal([&] { optimizer.Finalize(); }),
+            "The optimizer algorithm can not finalize the iteration. no answer");
+  EXPECT_EQ(optimizer.GetState(), State::kTerminated);
 }
 
 }  // namespace

@@ -157,6 +157,22 @@ TEST(OptimizerSettings, CheckNamesTheFirstFault) {
             L"size.");
 }
 
+TEST(OptimizerSettings, WarnOfStartDesignsOutsideTheBounds) {
+  // An algorithm that is no gradient method only warns.
+  Settings settings = Bounded();
+  settings.SetStartDesigns(Eigen::Matrix2d{{0.0, 4.5}, {-1.5, 1.0}});
+  corvath::utils::log::VectorLog log;
+  settings.Base::Check(&log);
+  ASSERT_EQ(log.GetLines().size(), 2u);
+  for (const auto& [level, line] : log.GetLines()) EXPECT_EQ(level, corvath::utils::log::kWarning);
+  EXPECT_EQ(log.GetLines()[0].second, L"At least one entry is greater than upper bound");
+  EXPECT_EQ(log.GetLines()[1].second, L"At least one entry is lower than lower bound");
+  settings.SetStartDesigns(Eigen::MatrixXd(1, 3));
+  EXPECT_EQ(support::MessageOfExactly<corvath::utils::runtime_error>(
+                [&] { settings.Base::Check(nullptr); }),
+            "Start designs have wrong dimension. Expected number of cols: 2, obtained: 3.");
+}
+
 Settings Filled() {
   Settings settings = Bounded();
   settings.SetParameterTypes({1, 2});

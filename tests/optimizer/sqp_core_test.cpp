@@ -1,5 +1,6 @@
 #include "optimizer/collected_run.h"
 #include "optimizer/known_shortfalls.h"
+#include "optimizer/small_problem.h"
 
 #include <gtest/gtest.h>
 
@@ -9,6 +10,7 @@ using corvath::algorithm::optimizer::NLPQLPInterface;
 using support::CollectedProblem;
 using support::CollectedRun;
 using support::Gradients;
+using support::SmallProblem;
 
 namespace {
 
@@ -43,41 +45,6 @@ TEST(NLPQLP, SearchesAtSeveralPointsAtOnce) {
     EXPECT_TRUE(support::IsSolved(problem, run)) << problem.number << ": IFAIL " << run.ifail;
   }
 }
-
-/// Two variables, the sum of squares about (1, 2), x1 + x2 <= 2.
-class SmallProblem {
- public:
-  SmallProblem() : core(2, 0, 1, 1) {}
-  void SetValues() {
-    core.F(0) = std::pow(core.X(0, 0) - 1.0, 2) + std::pow(core.X(1, 0) - 2.0, 2);
-    core.G(0, 0) = 2.0 - core.X(0, 0) - core.X(1, 0);
-  }
-  void SetGradients() {
-    core.DF.head(2) << 2.0 * (core.X(0, 0) - 1.0), 2.0 * (core.X(1, 0) - 2.0);
-    core.DG.row(0).head(2) << -1.0, -1.0;
-  }
-  /// Calls the core to the end; `spoil` may change what the client answered.
-  template <class Spoil>
-  std::int32_t Run(Spoil&& spoil) {
-    SetValues();
-    SetGradients();
-    spoil(0);
-    int calls = 0;
-    for (core.Step(); core.IFAIL < 0 && calls < 10000; core.Step()) {
-      ++calls;
-      if (core.IFAIL == -1)
-        SetValues();
-      else
-        SetGradients();
-      spoil(calls);
-    }
-    return core.IFAIL;
-  }
-  std::int32_t Run() {
-    return Run([](int) {});
-  }
-  NLPQLPInterface core;
-};
 
 TEST(NLPQLP, GivesMultipliersAndTakesAFirstMatrix) {
   SmallProblem plain;
@@ -122,47 +89,6 @@ TEST(NLPQLP, EndsWhateverTheClientAnswers) {
   EXPECT_EQ(rising.Run([&](int) { rising.core.F(0) = level *= 10.0; }), 4);
   EXPECT_EQ(rising.core.X(0, 0), 0.0);
   EXPECT_EQ(rising.core.F(0), 10.0);
-}
-
-TEST(NLPQLP, RefusesWrongArguments) {
-  struct Case {
-    void (*change)(NLPQLPInterface&);
-    std::int32_t ifail;
-  };
-  const Case cases[] = {
-      {[](NLPQLPInterface& c) { c.L = 0; }, 6},
-      {[](NLPQLPInterface& c) { c.N = 0; }, 6},
-      {[](NLPQLPInterface& c) { c.NMAX = 2; }, 6},
-      {[](NLPQLPInterface& c) { c.M = 2; }, 6},
-      {[](NLPQLPInterface& c) { c.ME = 2; }, 6},
-      {[](NLPQLPInterface& c) { c.MNN2 = 6; }, 6},
-      {[](NLPQLPInterface& c) { c.IPRINT = -1; }, 9},
-      {[](NLPQLPInterface& c) { c.MODE = 2; }, 9},
-      {[](NLPQLPInterface& c) { c.MAX_NM = 51; }, 9},
-      {[](NLPQLPInterface& c) { c.MAXFUN = 51; }, 9},
-      {[](NLPQLPInterface& c) { c.MAXIT = -1; }, 9},
-      {[](NLPQLPInterface& c) { c.IOUT = 0; }, 9},
-      {[](NLPQLPInterface& c) { c.IFAIL = -3; }, 9},
-      {[](NLPQLPInterface& c) { c.STPMIN = -1.0; }, 9},
-      {[](NLPQLPInterface& c) { c.TOL_NM = -1.0; }, 9},
-      {[](NLPQLPInterface& c) { c.ACCQP = std::nan(""); }, 9},
-      {[](NLPQLPInterface& c) { c.ACC = 0.0; }, 9},
-      {[](NLPQLPInterface& c) { c.WA.resize(10); }, 5},
-      {[](NLPQLPInterface& c) { c.KWA.resize(9); }, 5},
-      {[](NLPQLPInterface& c) { c.KWA.resize(10); }, 5},  // none left for the QP solver
-      {[](NLPQLPInterface& c) { c.ACTIVE.resize(11); }, 5},
-      {[](NLPQLPInterface& c) { c.XL(1) = 3.0; }, 8},
-      {[](NLPQLPInterface& c) { c.X(0, 0) = std::nan(""); }, 8},
-      {[](NLPQLPInterface& c) { c.MAXIT = 1; }, 1},
-  };
-  for (const Case& one : cases) {
-    SmallProblem problem;
-    problem.SetValues();
-    problem.SetGradients();
-    one.change(problem.core);
-    problem.core.Step();
-    EXPECT_EQ(problem.core.IFAIL, one.ifail) << &one - cases;
-  }
 }
 
 }  // namespace
