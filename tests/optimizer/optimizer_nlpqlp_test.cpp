@@ -128,7 +128,7 @@ TEST(OptimizerNLPQLP, AsksForStencilsAndRoundsOfTheirSizes) {
   const Eigen::Index first[] = {2 * 4 + 1, 4 + 1, 4 + 1, 4 * 4 + 1};
   const Eigen::Index later[] = {2 * 4, 4 + 1, 4 + 1, 4 * 4};
   for (const NumericalDifferences type : kTypes)
-    for (const std::uint64_t num_parallel : {1, 3}) {
+    for (const std::uint64_t num_parallel : {1u, 3u}) {
       Client client(43);
       Settings settings = client.MakeSettings(type);
       settings.SetNumberParallel(num_parallel);
@@ -200,7 +200,7 @@ TEST(OptimizerNLPQLP, EndsWithoutConvergenceWhereTheStartFails) {
 }
 
 TEST(OptimizerNLPQLP, KeepsItsBudgetAtTheEndsOfRounds) {
-  for (const std::uint64_t budget : {1, 6, 20, 60}) {
+  for (const std::uint64_t budget : {1u, 6u, 20u, 60u}) {
     Client client(100);
     Settings settings = client.MakeSettings(NumericalDifferences::kForward);
     settings.SetMaxNumFunctionCalls(budget);
@@ -281,7 +281,7 @@ TEST(OptimizerNLPQLP, StartsOnItsBounds) {
 }
 
 TEST(OptimizerNLPQLP, EndsWhereEveryTrialFails) {
-  for (const std::uint64_t num_parallel : {1, 4}) {
+  for (const std::uint64_t num_parallel : {1u, 4u}) {
     Client client(43);
     client.succeeds = [&](const Eigen::RowVectorXd&) { return client.rounds.size() <= 2; };
     Settings settings = client.MakeSettings(NumericalDifferences::kCentral);
