@@ -15,9 +15,24 @@ struct CollectedRun {
   int ifail = 0;
   int num_functions = 1;  ///< rounds of the line search and the start
   int num_gradients = 1;
+  int calls_to_target = 0;  ///< function calls up to the first point that meets IsSolved; 0: none
   double f = 0.0;
   double violation = 0.0;  ///< largest |g_j| of the equalities, -g_j of the inequalities
 };
+
+/// Largest |g_j| of the equalities, -g_j of the inequalities; 0 if there are none.
+inline double Violation(const CollectedProblem& problem, const double* g) {
+  double worst = 0.0;
+  for (int j = 0; j < problem.NumConstraints(); ++j)
+    worst = std::max(worst, j < problem.num_equalities ? std::abs(g[j]) : -g[j]);
+  return worst;
+}
+
+/// The published optimum and feasibility.
+inline bool MeetsTarget(const CollectedProblem& problem, double f, double violation) {
+  return violation <= 1e-7 &&
+         std::abs(f - problem.optimum) <= 1e-6 * std::max(1.0, std::abs(problem.optimum));
+}
 
 /// Computes the collected problem for the reverse communication of the core.
 class CollectedClient {
@@ -31,6 +46,9 @@ class CollectedClient {
     Dual g[1 + kMaxConstraints];
     core_.F(column) = Evaluate(x, g).value;
     for (int j = 0; j < core_.M; ++j) core_.G(j, column) = g[j + 1].value;
+    ++num_values_;
+    if (calls_to_target_ == 0 && MeetsTarget(problem_, core_.F(column), Violation(column)))
+      calls_to_target_ = num_values_;
   }
 
   void SetGradients() {
@@ -59,37 +77,27 @@ class CollectedClient {
     }
   }
 
-  double Violation() const {
-    double worst = 0.0;
-    for (int j = 0; j < core_.M; ++j)
-      worst = std::max(worst, j < core_.ME ? std::abs(core_.G(j, 0)) : -core_.G(j, 0));
-    return worst;
+  double Violation(int column) const {
+    return support::Violation(problem_, core_.G.col(column).data());
   }
+  int CallsToTarget() const { return calls_to_target_; }
 
  private:
-  static constexpr int kMaxConstraints = 10;
-
-  Dual Evaluate(const double* x, Dual* g) const {
-    Dual variables[11];
-    for (int i = 0; i < core_.N; ++i) {
-      variables[i + 1].value = x[i];
-      variables[i + 1].slope[static_cast<std::size_t>(i)] = 1.0;
-    }
-    return problem_.evaluate(variables, g);
-  }
+  Dual Evaluate(const double* x, Dual* g) const { return EvaluateAt(problem_, x, g); }
 
   const CollectedProblem& problem_;
   corvath::algorithm::optimizer::NLPQLPInterface& core_;
   Gradients gradients_;
+  int num_values_ = 0, calls_to_target_ = 0;
 };
 
-/// From the published start, moved to the bounds where it violates them, with accuracy 1e-7 and up
-/// to 500 iterations.
+/// From the published start, moved to the bounds where it violates them, with up to 500 iterations.
 inline CollectedRun RunCollected(const CollectedProblem& problem, Gradients gradients,
-                                 int num_parallel = 1) {
+                                 int num_parallel = 1, double accuracy = 1e-7) {
   corvath::algorithm::optimizer::NLPQLPInterface core(
       problem.NumVariables(), problem.num_equalities, problem.num_inequalities, num_parallel);
   core.MAXIT = 500;
+  core.ACC = accuracy;
   for (int i = 0; i < core.N; ++i) {
     core.XL(i) = problem.Lower(i);
     core.XU(i) = problem.Upper(i);
@@ -111,14 +119,13 @@ inline CollectedRun RunCollected(const CollectedProblem& problem, Gradients grad
   }
   run.ifail = core.IFAIL;
   run.f = core.F(0);
-  run.violation = client.Violation();
+  run.violation = client.Violation(0);
+  run.calls_to_target = client.CallsToTarget();
   return run;
 }
 
-/// The issue of a run: the published optimum and feasibility.
 inline bool IsSolved(const CollectedProblem& problem, const CollectedRun& run) {
-  return run.ifail == 0 && run.violation <= 1e-7 &&
-         std::abs(run.f - problem.optimum) <= 1e-6 * std::max(1.0, std::abs(problem.optimum));
+  return run.ifail == 0 && MeetsTarget(problem, run.f, run.violation);
 }
 
 }  // namespace support

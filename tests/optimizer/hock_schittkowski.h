@@ -25,6 +25,7 @@ struct CollectedProblem {
   Dual (*evaluate)(const Dual* x, Dual* g);
 
   int NumVariables() const { return static_cast<int>(start.size()); }
+  int NumConstraints() const { return num_equalities + num_inequalities; }
   double Lower(int i) const { return At(lower, i, -kNone); }
   double Upper(int i) const { return At(upper, i, kNone); }
 
@@ -34,6 +35,20 @@ struct CollectedProblem {
     return bounds.size() == 1 ? bounds[0] : bounds[static_cast<std::size_t>(i)];
   }
 };
+
+constexpr int kMaxVariables = 10;
+constexpr int kMaxConstraints = 10;
+
+/// f at x, and g[1] ... g[m], with their derivatives.
+/// @param g  kMaxConstraints + 1 numbers
+inline Dual EvaluateAt(const CollectedProblem& problem, const double* x, Dual* g) {
+  Dual variables[kMaxVariables + 1];
+  for (int i = 0; i < problem.NumVariables(); ++i) {
+    variables[i + 1].value = x[i];
+    variables[i + 1].slope[static_cast<std::size_t>(i)] = 1.0;
+  }
+  return problem.evaluate(variables, g);
+}
 
 /// The problems in the order of their numbers.
 const std::vector<CollectedProblem>& HockSchittkowski();

@@ -32,6 +32,8 @@ TEST(NLPQLP, SolvesThePublishedCollection) {
         EXPECT_FALSE(solved) << "no longer a shortfall";
         EXPECT_NEAR(run.f, known->f, known->accuracy * std::max(1.0, std::abs(known->f)));
         EXPECT_LE(run.violation, known->violation);
+        const CollectedRun strict = support::RunCollected(problem, gradients, 1, 1e-14);
+        EXPECT_EQ(support::IsSolved(problem, strict), known->stops_early);
       }
     }
     EXPECT_EQ(num_solved, 71);
