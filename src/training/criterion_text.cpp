@@ -17,7 +17,8 @@ std::wstring Trim(const std::wstring& text) {
   return text.substr(begin, text.find_last_not_of(L" \t") - begin + 1);
 }
 
-/// The position of the only "<=" or ">=" outside brackets and strings; npos without one.
+/// The position of the only "<=" or ">=" outside brackets and strings; npos without one. Those
+/// behind a "#if" or "#switch" belong to it: a branch reaches to the end.
 std::size_t FindComparison(const std::wstring& text, const std::wstring& name) {
   std::size_t found = std::wstring::npos;
   int depth = 0;
@@ -28,6 +29,7 @@ std::size_t FindComparison(const std::wstring& text, const std::wstring& name) {
     if (quoted) continue;
     if (c == L'(' || c == L'[') ++depth;
     if (c == L')' || c == L']') --depth;
+    if (c == L'#' && depth == 0) break;
     const bool compares = (c == L'<' || c == L'>') && i + 1 < text.size() && text[i + 1] == L'=';
     if (depth != 0 || !compares) continue;
     if (found != std::wstring::npos)

@@ -41,6 +41,93 @@ class Train(ProgramTest):
     def names(self):
         return sorted(entry.name for entry in self.path.iterdir())
 
+    def test_polynomials_are_found_exactly_with_criteria_and_failed_designs(self):
+        def plane(a, b, mode):
+            return 3 + 2 * a - b
+
+        def bowl(a, b, mode):
+            return (a - 0.5) ** 2 + a * b + 10 * mode
+
+        inputs = "a:0:1,b:-1:2,noise:5:6,mode:{1;2;4}"
+        header, rows = self.sample("--scheme", "latin-hypercube-sampling", "--n", "80",
+                                   "--inputs", inputs)
+        designs = []
+        for i, (a, b, noise, mode) in enumerate(rows):
+            failed = {4: "", 9: "failed", 11: "nan"}.get(i)
+            designs.append([f"run {i}", a, b, noise, mode, 7, plane(a, b, mode),
+                            bowl(a, b, mode) if failed is None else failed])
+        path = self.write(["run", *header, "fixed", "plane, y", "bowl"], designs)
+        result = self.train(path, "--inputs", "a,b", "--inputs", "noise,mode,fixed",
+                            "--responses", '"plane, y",bowl', "--discrete", "mode",
+                            "--criterion", "cost: 2*bowl + a", "--criterion", "limit: cost <= 9",
+                            "--criterion", "least: bowl >= 10")
+        # The notes are there before the long work, the table after it.
+        self.assertEqual(result.stderr.decode(), f'zel: {path}: row 6, column "bowl": "" is not a '
+                         "number: 3 of 80 designs failed for this response\n")
+        summary = result.stdout.decode()
+        self.assertIn(f"Wrote {self.path / 'study.vrdb'}", summary)
+        plane_line, bowl_line = (next(line for line in summary.splitlines() if name in line)
+                                 for name in ("plane, y", "bowl"))
+        self.assertIn(" 80 ", plane_line)
+        self.assertIn(" 77 ", bowl_line)
+        self.assertIn("mode", bowl_line)
+        for line in (plane_line, bowl_line):
+            self.assertIn("1.0000", line)
+            self.assertNotIn("noise", line)
+
+        project = self.path / "study.vrdb"
+        info = zel("info", str(project)).stdout.decode()
+        for text in ("Inputs (4)", "Responses (2)", "Criteria (3)", "cost", "least"):
+            self.assertIn(text, info)
+        self.assertNotIn("fixed", info)  # a constant parameter is no input
+
+        _, fresh = self.sample("--scheme", "plain-monte-carlo", "--n", "50", "--seed", "5",
+                               "--inputs", inputs)
+        answers = self.solve(project, header, fresh, "--criteria", "--extrapolate")
+        for (a, b, noise, mode), answer in zip(fresh, answers):
+            z = bowl(a, b, mode)
+            expected = {"plane, y": plane(a, b, mode), "bowl": z, "cost": 2 * z + a,
+                        "limit": 9 - 2 * z - a, "least": z - 10}
+            for name, value in expected.items():  # far below what another model would miss
+                self.assertAlmostEqual(float(answer[name]), value, delta=1e-7, msg=name)
+
+    def test_a_curved_response_is_predicted_as_well_as_its_cop_says(self):
+        def wave(x, y):
+            return math.sin(4 * x) * math.exp(-y) + 0.3 * y
+
+        header, rows = self.sample("--scheme", "space", "--n", "50", "--inputs", "x:0:1,y:0:1")
+        path = self.write([*header, "wave", "out[0]", "out[1]"],
+                          [[x, y, wave(x, y), x + y, x - y] for x, y in rows])
+        project = self.path / "wave.vrdb"
+        self.train(path, "--inputs", "x,y", "--responses", "wave,out[0],out[1]", "-o", str(project),
+                   "--criterion", "span: max(out) - min(out)",
+                   "--criterion", "band: wave <= #if x <= 0.5 #then 1 #else 2",
+                   "--criterion", "side: #if x <= 0.5 #then 1 #else 2")
+        _, fresh = self.sample("--scheme", "sobol", "--n", "300", "--inputs",
+                               "x:0.03:0.97,y:0.03:0.97")
+        answers = self.solve(project, header, fresh, "--criteria")
+        truth = [wave(x, y) for x, y in fresh]
+        errors = [float(answer["wave"]) - value for answer, value in zip(answers, truth)]
+        quality = 1 - sum(e * e for e in errors) / len(errors) / statistics.pvariance(truth)
+        info = zel("info", str(project)).stdout.decode()
+        cop = float(next(line for line in info.splitlines()
+                         if line.strip().startswith("wave")).split()[1])
+        self.assertGreater(cop, 0.95)
+        self.assertAlmostEqual(cop, quality, delta=0.05)
+        for (x, y), answer in zip(fresh, answers):
+            self.assertAlmostEqual(float(answer["span"]), 2 * y, delta=1e-6)
+            side = 1 if x <= 0.5 else 2
+            self.assertEqual(float(answer["side"]), side)
+            self.assertAlmostEqual(float(answer["band"]), side - float(answer["wave"]), delta=1e-12)
+
+        # The same seed gives the same models; nothing else of the file may differ than its times.
+        again = self.path / "again.vrdb"
+        result = self.train(path, "--inputs", "x,y", "--responses", "wave", "-o", str(again),
+                            "--quiet")
+        self.assertEqual((result.stdout, result.stderr), (b"", b""))
+        self.assertEqual([answer["wave"] for answer in self.solve(again, header, fresh)],
+                         [answer["wave"] for answer in answers])
+
     def small_table(self):
         return self.write(["x", "z", "e", "load [kN]"],
                           [[i, 3 * i + 1, i % 4, i * i] for i in range(12)])
@@ -124,6 +211,60 @@ class Train(ProgramTest):
         self.assertTrue(link.is_symlink())
         self.assertIn("mass", (self.path / "answer.csv").read_text())
 
+    def long_table(self):
+        """A table whose training takes many seconds."""
+        names = [f"x{i}" for i in range(12)]
+        _, rows = self.sample("--scheme", "latin-hypercube-sampling", "--n", "300", "--inputs",
+                              ",".join(f"{name}:0:1" for name in names))
+        designs = [row + [sum(math.sin(3 * x + i) for i, x in enumerate(row))] for row in rows]
+        return self.write([*names, "y"], designs), ["--inputs", ",".join(names), "--responses", "y",
+                                                    "--anisotropic"]
+
+    def test_an_interruption_ends_at_once_and_leaves_nothing(self):
+        path, arguments = self.long_table()
+        for number in (signal.SIGINT, signal.SIGTERM):
+            with subprocess.Popen([ZEL, "train", path, *arguments], stdout=subprocess.PIPE,
+                                  stderr=subprocess.PIPE) as process:
+                time.sleep(0.5)
+                self.assertIsNone(process.poll())
+                process.send_signal(number)
+                output, error = process.communicate(timeout=20)
+            self.assertEqual((process.returncode, output, error),
+                             (-number, b"", b"zel: interrupted\n"))
+            self.assertEqual(self.names(), ["study.csv"])
+
+        # zel solve, which writes as it goes, has begun its file when it is interrupted.
+        answer = self.path / "answer.csv"
+        with subprocess.Popen([ZEL, "solve", SAMPLE, "--in", "-", "--out", str(answer)],
+                              stdin=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            deadline = time.monotonic() + 20
+            while len(self.names()) < 2 and time.monotonic() < deadline:
+                time.sleep(0.01)
+            self.assertEqual(len(self.names()), 2)
+            process.send_signal(signal.SIGINT)
+            process.wait(timeout=20)
+        self.assertEqual(process.returncode, -signal.SIGINT)
+        self.assertEqual(self.names(), ["study.csv"])
+
+    def test_progress_names_the_candidate_on_a_terminal(self):
+        path, arguments = self.long_table()
+        try:
+            controller, terminal = pty.openpty()
+        except OSError:
+            self.skipTest("no pseudo terminals on this machine")
+        with subprocess.Popen([ZEL, "train", path, *arguments], stdout=subprocess.DEVNULL,
+                              stderr=terminal) as process:
+            os.close(terminal)
+            seen = b""
+            deadline = time.monotonic() + 20
+            while b" left: y: " not in seen and time.monotonic() < deadline:
+                seen += os.read(controller, 65536)
+            process.send_signal(signal.SIGINT)
+            process.wait(timeout=20)
+            seen += os.read(controller, 65536)
+        os.close(controller)
+        self.assertRegex(seen, rb"\r\x1b\[K\[[#.]{20}\] +\d+ %, (\d+ h )?(\d+ min)?( ?\d+ s)? left: y: \w")
+        self.assertIn(b"\r\x1b[Kzel: interrupted", seen)
 
 
 if __name__ == "__main__":
