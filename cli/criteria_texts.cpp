@@ -8,10 +8,10 @@
 #include "commands.h"
 #include "csv_cell.h"
 #include "design/design.h"
-#include "design/indexed_name.h"
 #include "design/indexed_responses.h"
 #include "foundation/text.h"
 #include "name_hint.h"
+#include "training/criteria_check.h"
 #include "training/train_study.h"
 
 #include <set>
@@ -155,17 +155,6 @@ std::string FirstLine(const corvath::algorithm::datatypes::RunInfoMeta& info,
   return ToUtf8(text.substr(0, text.find(L'\n')));
 }
 
-void RequireOwnName(const std::wstring& name, const TrainingTable& table) {
-  for (const auto* const columns : {&table.inputs, &table.responses})
-    for (const std::wstring& column : *columns)
-      if (name == column || name == corvath::algorithm::datatypes::SplitIndexedName(column).base)
-        Refuse(name, "an input or a response has this name");
-  if (!CanBeUsed(name))
-    Refuse(name,
-           "expressions cannot use this name; write letters, digits and _ that are no "
-           "constant");
-}
-
 /// Evaluates the criteria as every design will, and refuses what can have no value.
 void Try(Design design) {
   using corvath::algorithm::datatypes::RunInfoMeta;
@@ -196,14 +185,18 @@ void Try(Design design) {
 CriterionSequence ParseCriteria(const std::vector<std::string>& texts, const TrainingTable& table) {
   CriterionSequence criteria;
   if (texts.empty()) return criteria;
-  for (const std::string& text : texts) {
-    try {
+  try {
+    for (const std::string& text : texts)
       corvath::training::ParseCriterion(corvath::utils::FromUtf8(text), criteria);
-    } catch (const corvath::training::TrainingError& error) {
-      throw Refusal("--criterion: " + ToUtf8(error.GetMessage()));
-    }
-    RequireOwnName(criteria[criteria.size() - 1].first, table);
+    corvath::training::RequireUsableCriteria(table, criteria);
+  } catch (const corvath::training::TrainingError& error) {
+    throw Refusal("--criterion: " + ToUtf8(error.GetMessage()));
   }
+  for (const auto& criterion : criteria)
+    if (!CanBeUsed(criterion.first))
+      Refuse(criterion.first,
+             "expressions cannot use this name; write letters, digits and _ that "
+             "are no constant");
   const Design design = MakeTrialDesign(table, criteria);
   const std::set<std::wstring> names = CollectNames(design);
   for (const auto& [name, criterion] : criteria) {

@@ -129,8 +129,8 @@ class Train(ProgramTest):
                          [answer["wave"] for answer in answers])
 
     def small_table(self):
-        return self.write(["x", "z", "e", "load [kN]"],
-                          [[i, 3 * i + 1, i % 4, i * i] for i in range(12)])
+        return self.write(["x", "z", "e", "load [kN]", "seven"],
+                          [[i, 3 * i + 1, i % 4, i * i, 7] for i in range(12)])
 
     def test_an_old_project_is_replaced_only_where_it_is_named(self):
         path = self.small_table()
@@ -165,21 +165,22 @@ class Train(ProgramTest):
             "c: z < 2": ["c", "true or false", "<="],
             "c: [z, 1] <= 2": ["c", "left side"],
             "c: 2 >= true": ["c", "right side"],
-            "c: 2*zz": ['"zz"', 'there are "x", "z"'],
+            "c: 2*zz": ['"zz"', 'there are "seven", "x", "z"'],
             "c: 2*load[kN]": ['"load [kN]"', "rename"],
-            "c: #if z < 0 #then mass #else 1": ['"mass"', 'there are "x", "z"'],
+            "c: #if z < 0 #then mass #else 1": ['"mass"', 'there are "seven", "x", "z"'],
             "c: 1 + e": ['"e"', "constant"],
             "c: sinus(z)": ['no function "sinus"'],
             "c: abs(z, 1, 2)": ["abs"],
             "c: z + $none(1)": ["none"],
             "c: c + 1": ["itself"],
-            "z: 2*x": ['"z"', "has this name"],
+            "z: 2*x": ['"z"', "name of a column"],
+            "c: 2*seven": ['"seven"', "write its value, 7"],
             "pi: 2*x": ['"pi"', "cannot use this name"],
             "a b: 2*x": ['"a b"', "cannot use this name"],
         }
         for text, parts in cases.items():
             with self.subTest(text):
-                self.refused(zel("train", path, "--inputs", "x,e,load [kN]",
+                self.refused(zel("train", path, "--inputs", "x,e,load [kN],seven",
                                  "--responses", "z", "--criterion", text), "--criterion", *parts)
         self.refused(zel("train", path, "--inputs", "x", "--responses", "z", "--criterion", "c: d",
                          "--criterion", "d: c"), "itself")
