@@ -3,12 +3,17 @@
 //
 //     compare_tenbar [zel_tenbar.vrdb]
 
+#include "ten_bar_truss.h"
 #include "truss_study.h"
 #include "zelsolver/zelsolver.h"
 
+#include <Eigen/Core>
+
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -16,8 +21,7 @@ namespace {
 
 constexpr unsigned int kNumDesigns = 500;
 constexpr unsigned int kNumShown = 3;
-constexpr std::uint32_t kSeed = 2026;  // not the seed of the training designs
-constexpr double kMargin = 0.02;       // of the range: keeps the designs inside the trained ones
+constexpr double kMargin = 0.02;  // of the range: keeps the designs inside the trained ones
 
 [[noreturn]] void Fail() {
   std::fprintf(stderr, "compare_tenbar: %s\n", dzel2_getLastError());
@@ -32,6 +36,16 @@ std::vector<std::string> OutputNames(const char* path) {
     names.emplace_back(name);
   dzel2_free(block);
   return names;
+}
+
+/// Designs at random: one row each, in^2. The same on every machine.
+Eigen::MatrixXd RandomAreas() {
+  std::mt19937 random(2026);
+  const double width = examples::kLargestArea - examples::kSmallestArea;
+  return Eigen::MatrixXd::NullaryExpr(kNumDesigns, examples::kNumBars, [&] {
+    const double share = (static_cast<double>(random()) + 0.5) / 4294967296.0;
+    return examples::kSmallestArea + width * (kMargin + (1.0 - 2.0 * kMargin) * share);
+  });
 }
 
 /// Outputs of the analysis, in the order of the project: mass, displacement, stresses.
@@ -51,10 +65,7 @@ int main(int argc, char** argv) {
   const auto names = OutputNames(path);
   const std::size_t num_outputs = names.size();
 
-  const double middle = 0.5 * (examples::kSmallestArea + examples::kLargestArea);
-  const Eigen::MatrixXd areas =
-      middle + (1.0 - 2.0 * kMargin) * (examples::SampleAreas(kNumDesigns, kSeed).array() - middle);
-
+  const Eigen::MatrixXd areas = RandomAreas();
   // Column-major, one row per design: just the layout that the library takes.
   const auto num_values = static_cast<unsigned int>(areas.size());
   std::vector<double> out(num_outputs * kNumDesigns);

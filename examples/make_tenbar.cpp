@@ -47,6 +47,8 @@ Design MakeDesign(const Eigen::RowVectorXd& areas, std::uint64_t id) {
 Study MakeStudy() {
   Study study = NewStudy(DetailedInformationBase::kDeterministicSampling);
   auto& zel = *study.project.GetAlgorithmInfo()->GetZELInformation();
+  const CDesignEntry smallest(kSmallestArea);
+  const CDesignEntry largest(kLargestArea);
   for (int i = 0; i < kNumBars; ++i) {
     study.inputs.push_back(AreaName(i));
     Parameter area(AreaName(i));
@@ -54,9 +56,10 @@ Study MakeStudy() {
     area.SetDeterministicProperty(DeterministicProperties::Continuous(kSmallestArea, kLargestArea));
     area.SetReferenceValue(CDesignEntry(kReferenceArea), true);
     study.project.GetParameterManager().AddParameter(area);
-    zel.defined_limits_.emplace_back(CDesignEntry(kSmallestArea), CDesignEntry(kLargestArea));
+    zel.defined_limits_.emplace_back(smallest, largest);
   }
-  study.points = SampleAreas(kNumDesigns, kSeed);
+  study.points = kSmallestArea + (kLargestArea - kSmallestArea) *
+                                     SpaceFillingSample(kNumDesigns, kNumBars, kSeed).array();
   for (Eigen::Index d = 0; d < kNumDesigns; ++d)
     study.project.GetDesignContainer().Add(
         MakeDesign(study.points.row(d), static_cast<std::uint64_t>(d) + 1));

@@ -2,6 +2,7 @@
 
 #include "design/criterion.h"
 #include "design/design_manager.h"
+#include "doe/doe.h"
 #include "metamodel/surrogate_info.h"
 #include "metamodel/surrogate_info_container.h"
 #include "project/algorithm_info.h"
@@ -59,6 +60,13 @@ SurrogateInfo Complete(SurrogateInfo info, const Study& study, const TrainedMode
 }
 
 }  // namespace
+
+Eigen::MatrixXd SpaceFillingSample(Eigen::Index n, Eigen::Index d, std::uint32_t seed) {
+  corvath::math::DOE sample(static_cast<std::uint64_t>(d), seed);
+  sample.Build(corvath::math::kSpaceFillingLatinHypercube, static_cast<std::uint64_t>(n),
+               /*append=*/false);
+  return 0.5 * (sample.GetMatrix().array() + 1.0);
+}
 
 Study NewStudy(std::int32_t sampling_type) {
   Study study;

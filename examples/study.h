@@ -21,6 +21,10 @@ struct Study {
   Eigen::MatrixXd points;            ///< n x m
 };
 
+/// A Latin hypercube of `n` points in [0, 1]^d (n x d) that fill the space evenly; the same seed gives
+/// the same sample everywhere.
+Eigen::MatrixXd SpaceFillingSample(Eigen::Index n, Eigen::Index d, std::uint32_t seed);
+
 /// A project of algorithm type 18 over the given kind of inputs (1 deterministic, 2 random).
 Study NewStudy(std::int32_t sampling_type);
 

@@ -40,8 +40,8 @@ TrainedModel TrainPolynomial(const TrainingData& data);
 /// Moving least squares of order 1 and 2 compete by CoP; the radius is chosen by BuildOptimal.
 TrainedModel TrainMovingLeastSquares(const TrainingData& data);
 
-/// Kriging with one correlation radius, or with one radius per input, and a nugget: the likelihood
-/// decides, by a scan and, per input, by descent along the axes.
+/// Kriging with one correlation radius, or with one radius per input; radii and nugget are chosen by
+/// BuildOptimal, by their likelihood.
 TrainedModel TrainKriging(const TrainingData& data, bool anisotropic);
 
 /// Thin plate splines. The family has no cross-validation of its own: its CoP comes from fits

@@ -128,6 +128,9 @@ bool OrdinaryKriging::BuildOptimal(const IndexVector& subsets) {
     throw;
   }
   restore();
+  utils::log::LogLine(logger_, utils::log::kError)
+      << L"Kriging: no parameters can be chosen; all support points coincide, no input is "
+         L"selected, or no trial can be solved.";
   return false;
 }
 

@@ -326,6 +326,9 @@ TEST(KrigingFit, RefusesBadInputAndKeepsTheSettings) {
               "At least two points are required.");
   }
   EXPECT_TRUE(fails(Eigen::MatrixXd::Ones(20, 2), good.values, kIsotropic));
+  EXPECT_EQ(log->GetLines().back().second,
+            L"Kriging: no parameters can be chosen; all support points coincide, no input is "
+            L"selected, or no trial can be solved.");
 
   OrdinaryKriging model = Unfitted(good, kIsotropic);
   OrdinaryKrigingSettings settings = model.GetSettingsBase();
