@@ -29,7 +29,8 @@ std::wstring GetAppDataPath(int location) {
     throw std::logic_error("GetAppDataPath: unknown location requested");
   const bool local = location == 0;
   const std::wstring variable = local ? L"LOCALAPPDATA" : L"APPDATA";
-  if (const auto value = FindValue(variable)) return *value;
+  const auto own = FindValue(variable);
+  if (own && !own->empty()) return *own;  // an empty one would mean the current directory
   const auto xdg = FindValue(local ? L"XDG_DATA_HOME" : L"XDG_CONFIG_HOME");
   if (xdg && !xdg->empty() && xdg->front() == L'/') return *xdg;
   if (const auto home = FindValue(L"HOME"); home && !home->empty())

@@ -2,21 +2,17 @@
 
 #include "archive/portable_iarchive.h"
 #include "archive/portable_oarchive.h"
+#include "foundation/replacement_file.h"
 #include "foundation/text.h"
 #include "project/file_lock.h"
 #include "project/vrdb.h"
 
 #include <boost/filesystem/operations.hpp>
-#include <boost/format.hpp>
 #include <boost/interprocess/exceptions.hpp>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <fstream>
 #include <memory>
-#include <stdexcept>
 #include <system_error>
 #include <vector>
 
@@ -34,71 +30,6 @@ std::unique_ptr<FileLock> TryLock(const fs::path& path, FileLock::Mode mode) {
   } catch (const boost::interprocess::interprocess_exception&) {
     return nullptr;
   }
-}
-
-[[noreturn]] void ThrowWriteError(const fs::path& path, const std::string& reason) {
-  throw std::runtime_error(str(boost::format("Error while writing \"%1%\": %2%") % path % reason));
-}
-
-[[noreturn]] void ThrowErrno(const fs::path& path) {
-  ThrowWriteError(path, std::system_category().message(errno));
-}
-
-/// A file of its own under a name that nobody else uses, beside `target`; removed again unless it
-/// took the target's place.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const fs::path& target) : target_(target) {
-    do {
-      name_ = target.native() + fs::unique_path(".%%%%%%%%").native();
-      file_ = ::open(name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFile);
-    } while (file_ < 0 && errno == EEXIST);
-    if (file_ < 0) ThrowErrno(target_);
-  }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  ~TemporaryFile() {
-    ::close(file_);
-    if (!renamed_) ::unlink(name_.c_str());
-  }
-
-  const std::string& GetName() const { return name_; }
-
-  /// Brings the content to the disk, then puts the file in the target's place and under its mode.
-  void Commit() {
-    struct stat old {};
-    if (::stat(target_.c_str(), &old) == 0) ::fchmod(file_, old.st_mode & kPermissions);
-    if (::fsync(file_) != 0) ThrowErrno(target_);
-    if (::rename(name_.c_str(), target_.c_str()) != 0) ThrowErrno(target_);
-    renamed_ = true;
-    SyncDirectory();
-  }
-
- private:
-  static constexpr mode_t kNewFile = 0666;  // less the umask
-  static constexpr mode_t kPermissions = 0777;
-
-  /// Brings the new name to the disk. The file itself is safe already: failures do not count.
-  void SyncDirectory() const {
-    const fs::path parent = target_.parent_path();
-    const int directory = ::open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_CLOEXEC);
-    if (directory < 0) return;
-    ::fsync(directory);
-    ::close(directory);
-  }
-
-  fs::path target_;
-  std::string name_;
-  int file_ = -1;
-  bool renamed_ = false;
-};
-
-/// The file that `path` names in the end: the target of a symbolic link.
-fs::path ResolveLink(const fs::path& path) {
-  boost::system::error_code error;
-  if (!fs::is_symlink(fs::symlink_status(path, error))) return path;
-  const fs::path target = fs::canonical(path, error);
-  return error ? path : target;
 }
 
 void WriteContent(std::ostream& stream, const VRDB& project, const fs::path& path,
@@ -168,8 +99,7 @@ bool ProjectFileReader::ReadUnlocked(VRDB& project, std::string& header, FileSta
 }
 
 void SaveProjectFile(const VRDB& project, const fs::path& path, const ProjectFileForm& form) {
-  const fs::path target = ResolveLink(path);
-  TemporaryFile temporary(target);
+  utils::ReplacementFile temporary(path);
   std::vector<char> buffer(kStreamBuffer);
   std::ofstream stream;
   stream.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
@@ -177,7 +107,7 @@ void SaveProjectFile(const VRDB& project, const fs::path& path, const ProjectFil
   errno = 0;
   const auto throw_stream_error = [&path] {
     const std::string reason = errno == 0 ? "" : " (" + std::system_category().message(errno) + ')';
-    ThrowWriteError(path, GetStatusText(FileStatus::kInvalidStreamWhileWriting) + reason);
+    utils::ThrowWriteError(path, GetStatusText(FileStatus::kInvalidStreamWhileWriting) + reason);
   };
   try {
     WriteContent(stream, project, path, form);

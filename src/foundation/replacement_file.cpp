@@ -1,0 +1,70 @@
+#include "foundation/replacement_file.h"
+
+#include <boost/filesystem/operations.hpp>
+#include <boost/format.hpp>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <stdexcept>
+#include <system_error>
+
+namespace corvath::utils {
+namespace {
+
+namespace fs = boost::filesystem;
+
+constexpr mode_t kNewFile = 0666;  // less the umask
+constexpr mode_t kPermissions = 0777;
+
+[[noreturn]] void ThrowErrno(const fs::path& path) {
+  ThrowWriteError(path, std::system_category().message(errno));
+}
+
+/// The file that `path` names in the end: the target of a symbolic link.
+fs::path ResolveLink(const fs::path& path) {
+  boost::system::error_code error;
+  if (!fs::is_symlink(fs::symlink_status(path, error))) return path;
+  const fs::path target = fs::canonical(path, error);
+  return error ? path : target;
+}
+
+}  // namespace
+
+void ThrowWriteError(const fs::path& path, const std::string& reason) {
+  throw std::runtime_error(str(boost::format("Error while writing \"%1%\": %2%") % path % reason));
+}
+
+ReplacementFile::ReplacementFile(const fs::path& target) : target_(ResolveLink(target)) {
+  do {
+    name_ = target_.native() + fs::unique_path(".%%%%%%%%").native();
+    file_ = ::open(name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFile);
+  } while (file_ < 0 && errno == EEXIST);
+  if (file_ < 0) ThrowErrno(target_);
+}
+
+ReplacementFile::~ReplacementFile() {
+  ::close(file_);
+  if (!renamed_) ::unlink(name_.c_str());
+}
+
+void ReplacementFile::Commit() {
+  struct stat old {};
+  if (::stat(target_.c_str(), &old) == 0) ::fchmod(file_, old.st_mode & kPermissions);
+  if (::fsync(file_) != 0) ThrowErrno(target_);
+  if (::rename(name_.c_str(), target_.c_str()) != 0) ThrowErrno(target_);
+  renamed_ = true;
+  SyncDirectory();
+}
+
+/// Brings the new name to the disk. The file itself is safe already: failures do not count.
+void ReplacementFile::SyncDirectory() const {
+  const fs::path parent = target_.parent_path();
+  const int directory = ::open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_CLOEXEC);
+  if (directory < 0) return;
+  ::fsync(directory);
+  ::close(directory);
+}
+
+}  // namespace corvath::utils

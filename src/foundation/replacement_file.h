@@ -1,0 +1,39 @@
+#pragma once
+
+#include <boost/filesystem/path.hpp>
+
+#include <string>
+
+namespace corvath::utils {
+
+/// @throws std::runtime_error  `Error while writing ...`, with the reason
+[[noreturn]] void ThrowWriteError(const boost::filesystem::path& path, const std::string& reason);
+
+/// A file of its own under a name that nobody else uses, beside the target whose place it takes in
+/// Commit(); without that it is removed again. A failure at any point leaves what was there before,
+/// and readers never see half a file. A symbolic link stays and its target is replaced.
+class ReplacementFile {
+ public:
+  /// @throws std::runtime_error  see ThrowWriteError()
+  explicit ReplacementFile(const boost::filesystem::path& target);
+  ReplacementFile(const ReplacementFile&) = delete;
+  ReplacementFile& operator=(const ReplacementFile&) = delete;
+  ~ReplacementFile();
+
+  /// The file to be written to, by its name.
+  const std::string& GetName() const { return name_; }
+
+  /// Brings the content to the disk, then puts the file in the target's place and under its mode.
+  /// @throws std::runtime_error  see ThrowWriteError()
+  void Commit();
+
+ private:
+  void SyncDirectory() const;
+
+  boost::filesystem::path target_;
+  std::string name_;
+  int file_ = -1;
+  bool renamed_ = false;
+};
+
+}  // namespace corvath::utils
