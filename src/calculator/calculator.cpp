@@ -92,9 +92,9 @@ bool CCalculator::IsValidIdentifier(const std::wstring& name, bool check_constan
 }
 
 void CCalculator::AddMacros(const CalculatorTypeTraits::Macros& macros) {
-  workspace_->macros.insert(macros.begin(), macros.end());
+  workspace_->macros.Add(macros);
 }
 
-const CalculatorTypeTraits::Macros& CCalculator::GetMacros() const {
-  return workspace_->macros;
+CalculatorTypeTraits::Macros CCalculator::GetMacros() const {
+  return workspace_->macros.GetAll();
 }

@@ -60,9 +60,10 @@ class CCalculator {
   /// constant.
   bool IsValidIdentifier(const std::wstring& name, bool check_constants) const;
 
-  /// Adds macros; those whose name is taken are left out.
+  /// Adds macros; those whose name is taken, by a built-in one for example, are left out.
   void AddMacros(const CalculatorTypeTraits::Macros& macros);
-  const CalculatorTypeTraits::Macros& GetMacros() const;
+  /// All macros, the built-in ones too.
+  CalculatorTypeTraits::Macros GetMacros() const;
 
   /// The inside, for the evaluation of many texts over the same names.
   corvath::calculator::Workspace& GetWorkspace() { return *workspace_; }

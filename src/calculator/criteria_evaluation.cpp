@@ -2,10 +2,12 @@
 
 #include "calculator/dependencies.h"
 #include "calculator/evaluator.h"
+#include "calculator/macro_file.h"
 
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <utility>
 
 namespace corvath::calculator {
 
@@ -38,10 +40,19 @@ bool HasText(const EntrySequence& entries) {
 }  // namespace
 
 CriteriaEvaluation::CriteriaEvaluation(CriteriaOptions options,
-                                       const CalculatorTypeTraits::Macros& macros)
-    : options_(options) {
-  calculator_.AddMacros(macros);
-  macros_ = calculator_.GetMacros();
+                                       std::optional<CalculatorTypeTraits::Macros> macros)
+    : options_(options), has_macros_(macros.has_value()) {
+  if (macros) calculator_.AddMacros(*macros);
+}
+
+/// Reading the user's macros takes as long as the criteria of many designs.
+void CriteriaEvaluation::NeedMacros(const Design& design) {
+  const auto& criteria = design.GetCriteria();
+  has_macros_ = std::any_of(criteria.begin(), criteria.end(), [](const auto& criterion) {
+    return criterion.second.GetLhs().find(L'$') != std::wstring::npos ||
+           criterion.second.GetRhs().find(L'$') != std::wstring::npos;
+  });
+  if (has_macros_) calculator_.AddMacros(LoadMacros());
 }
 
 void CriteriaEvaluation::Calculate(Design& design) {
@@ -69,9 +80,10 @@ bool CriteriaEvaluation::IsPlanFor(const Design& design) const {
 void CriteriaEvaluation::MakePlan(Design& design) {
   Workspace& workspace = calculator_.GetWorkspace();
   plan_ = Plan();
+  if (!has_macros_) NeedMacros(design);
   workspace.objects.Forget();
   workspace.assigned_entries = 0;
-  workspace.macros = macros_;
+  workspace.macros.ForgetDefined();
   for (const auto& [name, entry] : design.GetParameters())
     plan_.parameters.push_back(PrepareInput(name, entry));
   for (const auto& [name, entry] : design.GetResponses())
@@ -138,21 +150,29 @@ CriteriaEvaluation::Side CriteriaEvaluation::PrepareSide(const std::wstring& tex
 }
 
 /// Whether no step reads a criterion that comes later, nor the expression of one.
-bool CriteriaEvaluation::ReadsOnlyFinished() const {
+bool CriteriaEvaluation::ReadsOnlyFinished() {
+  Workspace& workspace = calculator_.GetWorkspace();
   std::map<const Object*, std::size_t> due;  // number of the step that gives an object its value
   for (std::size_t i = 0; i < plan_.steps.size(); ++i)
     if (plan_.steps[i].settable) due[plan_.steps[i].object] = i;
-  const auto is_finished = [&](const Side& side, std::size_t step) {
+  const auto is_finished = [&](const Object& object, std::size_t step) {
+    const auto found = due.find(&object);
+    return found == due.end() || found->second < step;
+  };
+  const auto reads_finished = [&](const Side& side, std::size_t step) {
     if (!side.text) return true;
-    for (ParsedText::Index node = 0; node <= side.text->GetRoot(); ++node) {
-      if (side.text->GetRule(node) != Rule::kObject) continue;
-      const auto found = due.find(&side.text->GetObject(node));
-      if (found != due.end() && found->second >= step) return false;
-    }
+    for (ParsedText::Index node = 0; node <= side.text->GetRoot(); ++node)
+      if (side.text->GetRule(node) == Rule::kObject &&
+          !is_finished(side.text->GetObject(node), step))
+        return false;
+    if (side.text->CallsMacros())
+      for (const std::wstring& name : workspace.macros.FindReach(*side.text).objects)
+        if (!is_finished(workspace.objects[name], step)) return false;
     return true;
   };
   for (std::size_t i = 0; i < plan_.steps.size(); ++i)
-    if (!is_finished(plan_.steps[i].lhs, i) || !is_finished(plan_.steps[i].rhs, i)) return false;
+    if (!reads_finished(plan_.steps[i].lhs, i) || !reads_finished(plan_.steps[i].rhs, i))
+      return false;
   return true;
 }
 
@@ -246,9 +266,9 @@ bool CriteriaEvaluation::EvaluateSide(const Side& side, const std::wstring& name
 }
 
 Design CalculateCriteria(const Design& design, CriteriaOptions options,
-                         const CalculatorTypeTraits::Macros& macros) {
+                         std::optional<CalculatorTypeTraits::Macros> macros) {
   Design result = design;
-  CriteriaEvaluation(options, macros).Calculate(result);
+  CriteriaEvaluation(options, std::move(macros)).Calculate(result);
   return result;
 }
 

@@ -4,6 +4,7 @@
 #include "calculator/workspace.h"
 #include "design/design.h"
 
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -37,8 +38,10 @@ class CriteriaEvaluation {
   using Criterion = algorithm::datatypes::Criterion;
   using CDesignEntry = algorithm::datatypes::CDesignEntry;
 
+  /// @param macros  those that the texts may call beside the built-in ones; by default the user's,
+  ///                whose file is read when the first design comes with a text that calls any macro
   explicit CriteriaEvaluation(CriteriaOptions options = {},
-                              const CalculatorTypeTraits::Macros& macros = {});
+                              std::optional<CalculatorTypeTraits::Macros> macros = std::nullopt);
 
   /// Evaluates the criteria that ask for it. Problems are added to the status of the design, and
   /// each concerns one response or criterion alone: 103 for a value that cannot be used, 209 for a
@@ -74,11 +77,12 @@ class CriteriaEvaluation {
     std::vector<Step> steps;
   };
 
+  void NeedMacros(const Design& design);
   bool IsPlanFor(const Design& design) const;
   void MakePlan(Design& design);
   std::vector<std::wstring> FindOrder(const Design& design);
   Side PrepareSide(const std::wstring& text);
-  bool ReadsOnlyFinished() const;
+  bool ReadsOnlyFinished();
   Input PrepareInput(const std::wstring& name, const CDesignEntry& entry);
   void SetInputs(const std::vector<Input>& inputs, const Entries& entries, Design& design);
   void CheckResponses(Design& design) const;
@@ -87,13 +91,13 @@ class CriteriaEvaluation {
 
   CriteriaOptions options_;
   CCalculator calculator_;
-  CalculatorTypeTraits::Macros macros_;  ///< those that every design starts with
+  bool has_macros_;  ///< the calculator has all that texts may call
   Plan plan_;
 };
 
 /// A copy of the design with its criteria evaluated, see CriteriaEvaluation.
-algorithm::datatypes::Design CalculateCriteria(const algorithm::datatypes::Design& design,
-                                               CriteriaOptions options = {},
-                                               const CalculatorTypeTraits::Macros& macros = {});
+algorithm::datatypes::Design CalculateCriteria(
+    const algorithm::datatypes::Design& design, CriteriaOptions options = {},
+    std::optional<CalculatorTypeTraits::Macros> macros = std::nullopt);
 
 }  // namespace corvath::calculator

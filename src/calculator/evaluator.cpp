@@ -394,36 +394,47 @@ void Evaluator::EvaluateAssignMacro(const ParsedText& text, Index node, Value& r
     macro.arg_names_.push_back(std::move(name));
   }
   macro.expression_ = text.GetText(text.Child(node, n - 1));
-  workspace_.macros.erase(macro);
-  workspace_.macros.insert(std::move(macro));
+  workspace_.macros.Define(std::move(macro));
   result = Value();
 }
 
 void Evaluator::EvaluateMacro(const ParsedText& text, Index node, Value& result) {
-  CalculatorTypeTraits::Macro key;
-  key.macro_id_ = text.GetText(text.Child(node, 0));
-  const std::wstring name = L"$" + key.macro_id_;
-  const auto macro = workspace_.macros.find(key);
-  if (macro == workspace_.macros.end())
-    throw CCalculatorException(L"Unknown macro " + Quoted(name) + L" called");
-  std::vector<std::wstring> arguments;
-  for (std::size_t i = 1; i < text.NumChildren(node); ++i)
-    arguments.emplace_back(text.GetText(text.Child(node, i)));
-  const std::size_t expected = macro->arg_names_.size();
-  if (arguments.size() != expected) {
-    throw CCalculatorException(L"Invalid number of arguments: " +
-                               Quoted(name + L"(" + std::to_wstring(expected) + L")"));
-  }
-  std::wstring expansion = ExpandMacro(*macro, arguments);
-  if (workspace_.macro_depth >= kMaxMacroDepth || expansion.size() > kMaxTextLength)
-    throw CCircularDependencyException(L"macro " + name + L" depends on expression dependent on " +
-                                       name);
+  const ParsedText& expansion = Expand(text, node);
   ++workspace_.macro_depth;
   struct Leave {
     ~Leave() { --workspace.macro_depth; }
     Workspace& workspace;
   } leave{workspace_};
-  Evaluate(workspace_.texts.Parse(expansion), result);
+  Evaluate(expansion, result);
+}
+
+const ParsedText& Evaluator::Expand(const ParsedText& text, Index call) {
+  const auto raise_circular = [&](const std::wstring& name) {
+    throw CCircularDependencyException(L"macro " + name + L" depends on expression dependent on " +
+                                       name);
+  };
+  const bool is_deep = workspace_.macro_depth >= kMaxMacroDepth;
+  const ParsedText* const known = workspace_.macros.FindExpansion(text, call);
+  if (known && !is_deep) return *known;
+
+  const std::wstring id(text.GetText(text.Child(call, 0)));
+  const std::wstring name = L"$" + id;
+  const CalculatorTypeTraits::Macro* const macro = workspace_.macros.Find(id);
+  if (!macro) throw CCalculatorException(L"Unknown macro " + Quoted(name) + L" called");
+  std::vector<std::wstring> arguments;
+  for (std::size_t i = 1; i < text.NumChildren(call); ++i)
+    arguments.emplace_back(text.GetText(text.Child(call, i)));
+  const std::size_t expected = macro->arg_names_.size();
+  if (arguments.size() != expected) {
+    throw CCalculatorException(L"Invalid number of arguments: " +
+                               Quoted(name + L"(" + std::to_wstring(expected) + L")"));
+  }
+  if (is_deep) raise_circular(name);
+  const std::wstring expansion = ExpandMacro(*macro, arguments);
+  if (expansion.size() > kMaxTextLength) raise_circular(name);
+  const ParsedText& parsed = workspace_.texts.Parse(expansion);
+  workspace_.macros.KeepExpansion(text, call, parsed);
+  return parsed;
 }
 
 void Evaluator::EvaluateIf(const ParsedText& text, Index node, Value& result) {

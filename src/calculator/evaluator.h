@@ -55,6 +55,8 @@ class Evaluator {
   void EvaluateAssign(const ParsedText& text, Index node, Value& result);
   void EvaluateAssignMacro(const ParsedText& text, Index node, Value& result);
   void EvaluateMacro(const ParsedText& text, Index node, Value& result);
+  /// The text that stands for a macro's call.
+  const ParsedText& Expand(const ParsedText& text, Index call);
   void EvaluateIf(const ParsedText& text, Index node, Value& result);
   void EvaluateSwitch(const ParsedText& text, Index node, Value& result);
 

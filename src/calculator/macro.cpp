@@ -42,6 +42,9 @@ std::wstring ExpandMacro(const CalculatorTypeTraits::Macro& macro,
   for (const std::wstring& name : macro.arg_names_) values[name] = &*argument++;
 
   const std::wstring body = DeleteBlanks(macro.expression_);
+  if (body.size() > kMaxTextLength)
+    throw CCalculatorException(L"Macro of more than " + std::to_wstring(kMaxTextLength) +
+                               L" characters");
   std::wstring expansion;
   std::size_t copied = 0;  // what of the body is in the expansion
   for (const Occurrence& object : FindObjects(body)) {

@@ -53,8 +53,8 @@ ParsedText::ParsedText(std::wstring text, SyntaxTree tree, ObjectTable& objects)
   for (Index node = 0; node < tree_.size(); ++node) {
     meanings_.push_back(Find(node, objects));
     const Rule rule = GetRule(node);
-    may_define_ =
-        may_define_ || rule == Rule::kAssign || rule == Rule::kAssignMacro || rule == Rule::kMacro;
+    defines_ = defines_ || rule == Rule::kAssign || rule == Rule::kAssignMacro;
+    calls_macros_ = calls_macros_ || rule == Rule::kMacro;
   }
 }
 
@@ -105,7 +105,8 @@ const ParsedText& ParseCache::Parse(std::wstring_view text) {
   length_ += normal.size();
   auto parsed =
       std::make_unique<const ParsedText>(std::move(normal), std::move(result.tree), objects_);
-  may_define_ = may_define_ || parsed->MayDefine();
+  may_define_ = may_define_ || parsed->Defines() ||
+                (parsed->CallsMacros() && macros_.FindReach(*parsed).may_define);
   const std::wstring_view key = parsed->GetText();
   return *texts_.emplace(key, std::move(parsed)).first->second;
 }

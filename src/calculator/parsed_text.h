@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calculator/function_table.h"
+#include "calculator/macro_table.h"
 #include "calculator/object_table.h"
 #include "calculator/syntax.h"
 
@@ -63,8 +64,9 @@ class ParsedText {
   Object& GetObject(Index node) const { return *meanings_[node].object; }
   /// Of a function's node; null if the name is no function's.
   const Function* GetFunction(Index node) const { return meanings_[node].function; }
-  /// Whether an evaluation can define objects or macros by itself or by the macros that it calls.
-  bool MayDefine() const { return may_define_; }
+  /// Whether an evaluation can define objects or macros, apart from the macros that it calls.
+  bool Defines() const { return defines_; }
+  bool CallsMacros() const { return calls_macros_; }
 
  private:
   struct Meaning {
@@ -82,7 +84,8 @@ class ParsedText {
   const std::wstring text_;
   const SyntaxTree tree_;
   std::vector<Meaning> meanings_;
-  bool may_define_ = false;
+  bool defines_ = false;
+  bool calls_macros_ = false;
 };
 
 /// The parsed texts of one calculator, each parsed once. They stay where they are.
@@ -91,7 +94,7 @@ class ParseCache {
   /// Most characters of all texts together.
   static constexpr std::size_t kMaxLength = std::size_t{1} << 22;
 
-  explicit ParseCache(ObjectTable& objects) : objects_(objects) {}
+  ParseCache(ObjectTable& objects, MacroTable& macros) : objects_(objects), macros_(macros) {}
   ParseCache(const ParseCache&) = delete;
   ParseCache& operator=(const ParseCache&) = delete;
 
@@ -101,11 +104,12 @@ class ParseCache {
   const ParsedText& Parse(std::wstring_view text);
 
   std::size_t size() const { return texts_.size(); }
-  /// Whether one of the texts may define objects.
+  /// Whether one of the texts may define objects or macros, by itself or by what it calls.
   bool MayDefine() const { return may_define_; }
 
  private:
   ObjectTable& objects_;
+  MacroTable& macros_;
   std::map<std::wstring_view, std::unique_ptr<const ParsedText>> texts_;  ///< by their own texts
   std::size_t length_ = 0;
   bool may_define_ = false;

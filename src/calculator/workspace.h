@@ -1,6 +1,6 @@
 #pragma once
 
-#include "calculator/macro.h"
+#include "calculator/macro_table.h"
 #include "calculator/object_table.h"
 #include "calculator/parsed_text.h"
 #include "variant/limits.h"
@@ -28,8 +28,8 @@ constexpr std::size_t kEntriesPerStep = 256;
 /// What a calculator holds between evaluations.
 struct Workspace {
   ObjectTable objects;
-  ParseCache texts{objects};
-  CalculatorTypeTraits::Macros macros;
+  MacroTable macros;
+  ParseCache texts{objects, macros};
 
   /// The random numbers of this calculator, seeded at the first call.
   boost::random::mt19937& GetGenerator();

@@ -1,6 +1,9 @@
 #include "calculator/criteria_evaluation.h"
 
+#include "calculator/macro_file.h"
 #include "foundation/text.h"
+#include "support/environment_variables.h"
+#include "support/temporary_directory.h"
 #include "support/values.h"
 
 #include <gtest/gtest.h>
@@ -163,6 +166,49 @@ TEST(CriteriaEvaluation, OneDesignLeavesNoTraceInTheNext) {
       EXPECT_EQ(Problems(design).front(), "209 before: before: Object \"helper\" not known.");
     }
   }
+}
+
+TEST(CriteriaEvaluation, MacrosLeaveNoTraceEither) {
+  // A macro that only reads lets a plan serve again; one that defines something, or reads a
+  // criterion that comes later, does not.
+  const CalculatorTypeTraits::Macros macros{
+      {L"add_mass", {L"a"}, L"(a)+mass", L"", L""},
+      {L"add_late", {L"a"}, L"$add_mass((a)+late)-mass", L"", L""},
+      {L"helped", {L"a"}, L"max(a, helper = a)", L"", L""},
+  };
+  for (const wchar_t* last : {L"$add_mass(x)", L"$helped(x) + mass"}) {
+    CriteriaEvaluation evaluation({}, macros);
+    for (const double x : {1.0, 3.0, 2.0, 4.0}) {
+      Design design = MakeDesign(x);
+      Add(design, L"before", Type::RHS, L"", L"helper");
+      Add(design, L"error", Type::RHS, L"", L"$PERCENT_ERROR(mass, x)");
+      Add(design, L"branch", Type::RHS, L"", L"#if x > 2 #then $add_late(x) #else x");
+      Add(design, L"late", Type::RHS, L"", L"10*x");
+      Add(design, L"last", Type::RHS, L"", last);
+      evaluation.Calculate(design);
+      EXPECT_EQ(ValueOf(design, L"error"), 50.0);
+      EXPECT_EQ(ValueOf(design, L"branch"), x > 2 ? 11 * x : x);
+      EXPECT_EQ(Problems(design).front(), "209 before: before: Object \"helper\" not known.");
+      EXPECT_EQ(ValueOf(design, L"last"), 3 * x);
+    }
+  }
+}
+
+TEST(CriteriaEvaluation, TextsCallTheUsersMacros) {
+  const support::UserDirectoryVariables variables;
+  const support::TemporaryDirectory home;
+  setenv("HOME", home.GetPath().c_str(), 1);
+  corvath::calculator::SaveMacros({}, {{L"twice", {L"a"}, L"2*(a)", L"", L""}});
+  Design design = MakeDesign(1.5);
+  Add(design, L"limit", Type::LIMIT_LHS_BELOW_RHS, L"$twice(x)",
+      L"$SIG_MAX_Y(xydata([0,1],[x,9]))");
+  Add(design, L"none", Type::RHS, L"", L"$thrice(x)");
+  const Design result = CalculateCriteria(design);
+  EXPECT_EQ(ValueOf(result, L"limit"), 6.0);
+  EXPECT_EQ(Problems(result),
+            std::vector<std::string>{"209 none: none: Unknown macro \"$thrice\" called"});
+  EXPECT_EQ(Problems(CalculateCriteria(design, {}, CalculatorTypeTraits::Macros())).front(),
+            "209 limit: limit: Unknown macro \"$twice\" called");
 }
 
 TEST(CriteriaEvaluation, APlanServesOnlyDesignsOfItsKind) {

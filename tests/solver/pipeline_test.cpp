@@ -1,11 +1,14 @@
+#include "calculator/macro_file.h"
 #include "design/named_sequence.h"
 #include "foundation/exception.h"
 #include "project/algorithm_info.h"
 #include "project/zel_information.h"
 #include "solver/zel_solver.h"
+#include "support/environment_variables.h"
 #include "support/message_of.h"
 #include "support/plate_project.h"
 #include "support/stub_surrogate.h"
+#include "support/temporary_directory.h"
 
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
@@ -18,6 +21,8 @@ namespace corvath::zel {
 namespace {
 
 using algorithm::datatypes::CDesignEntry;
+using algorithm::datatypes::Criterion;
+using algorithm::datatypes::CriterionDescription;
 using algorithm::datatypes::Design;
 using algorithm::datatypes::DesignId;
 using algorithm::datatypes::DesignManager;
@@ -188,6 +193,19 @@ TEST_F(Pipeline, CriteriaHaveTheirPlacesByDesign) {
     EXPECT_EQ(result.criteria[2 * d], result.responses[d]) << "goal: mass";
     EXPECT_EQ(result.criteria[2 * d + 1], 3.0 - result.responses[4 + d]) << "limit: stress[0] <= 3";
   }
+}
+
+TEST_F(Pipeline, CriteriaCallBuiltInAndUserMacros) {
+  const support::UserDirectoryVariables variables;
+  const support::TemporaryDirectory home;
+  setenv("HOME", home.GetPath().c_str(), 1);
+  calculator::SaveMacros({}, {{L"twice", {L"x"}, L"2*(x)", L"", L""}});
+  for (Design& design : project_.GetDesignContainer().ModifyDesigns())
+    design.SetCriteria({{L"goal", Criterion(CriterionDescription::RHS, L"",
+                                            L"$twice($SIG_SUM(xydata([0,1],[mass,1])))")}});
+  const auto result = Solver().ApproximateMatrix(kDesigns, true, kUnbounded, true);
+  for (std::size_t d = 0; d < 2; ++d)
+    EXPECT_EQ(result.criteria[d], 2.0 * (result.responses[d] + 1.0));
 }
 
 TEST_F(Pipeline, ACriterionThatCannotBeEvaluatedIsNaNAlone) {
