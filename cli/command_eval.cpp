@@ -1,4 +1,5 @@
 #include "calculator/calculator.h"
+#include "calculator/macro_file.h"
 #include "commands.h"
 #include "foundation/text.h"
 #include "standard_output.h"
@@ -28,6 +29,7 @@ void RunEval(const std::string& expression, const std::vector<std::string>& defi
   std::wostringstream text;
   try {
     CCalculator calculator;
+    calculator.AddMacros(corvath::calculator::LoadMacros());
     for (const std::string& definition : definitions) Set(calculator, definition);
     text << calculator.Evaluate(FromUtf8(expression));
   } catch (const Refusal&) {

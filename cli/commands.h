@@ -72,4 +72,7 @@ void RunHash(const std::string& file);
 /// @param definitions  "NAME=EXPRESSION": objects that the texts may use, in any order
 void RunEval(const std::string& expression, const std::vector<std::string>& definitions);
 
+/// Lists the macros that expression texts can call: the built-in ones and the user's.
+void RunMacros();
+
 }  // namespace cli

@@ -99,6 +99,17 @@ void AddEval(CLI::App& app) {
   command->callback([] { cli::RunEval(expression, definitions); });
 }
 
+void AddMacros(CLI::App& app) {
+  auto* const command = app.add_subcommand(
+      "macros",
+      "List the macros of the language of criteria\n\n"
+      "A macro puts the texts of its arguments in the places of its parameters. Beside the "
+      "built-in "
+      "ones there are those of the user's file Corvath/calculator/macros.def in $APPDATA, "
+      "$XDG_CONFIG_HOME or ~/.config.");
+  command->callback([] { cli::RunMacros(); });
+}
+
 void AddSample(CLI::App& app) {
   auto* const command = app.add_subcommand(
       "sample",
@@ -230,6 +241,7 @@ int main(int argc, char** argv) {
   AddInfo(app);
   AddSolve(app);
   AddEval(app);
+  AddMacros(app);
   AddSample(app);
   AddTrain(app);
   AddHash(app);
