@@ -131,7 +131,8 @@ class DebianPackages(unittest.TestCase):
         cls.addClassCleanup(cls.folder.cleanup)
         os.umask(0o077)  # of a careful user; the packages must not inherit it
         cpack = pathlib.Path(CMAKE).with_name("cpack")
-        run(cpack, "--config", BUILD / "CPackConfig.cmake", "-B", cls.folder.name)
+        run(cpack, "--config", BUILD / "CPackConfig.cmake", "-B", cls.folder.name,
+            "-D", "CPACK_DEBIAN_COMPRESSION_TYPE=gzip")  # a third of the time of xz
         cls.packages = {path.name.split("_")[0]: path
                         for path in pathlib.Path(cls.folder.name).glob("*.deb")}
 
