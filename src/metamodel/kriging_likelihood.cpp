@@ -59,12 +59,15 @@ void OrdinaryKriging::BuildCorrelationOfDistances(const Eigen::MatrixXd& squared
 bool OrdinaryKriging::Solve(const Eigen::MatrixXd& correlation, DefiniteFactor& factor) {
   residuals_.resize(0);
   if (!factor.Compute(correlation)) return false;
-  const Eigen::VectorXd& y = values_trans_;
+  // Measured from one of them: the same weights with less rounding, and none for a constant.
+  const double level = values_trans_(0);
+  const Eigen::VectorXd y = values_trans_.array() - level;
   Eigen::MatrixXd solutions(y.size(), 2);
   solutions << y, Eigen::VectorXd::Ones(y.size());
   solutions = factor.Solve(solutions);
-  mean_ = solutions.col(0).sum() / solutions.col(1).sum();
-  kernel_weights_ = solutions.col(0) - mean_ * solutions.col(1);
+  const double mean = solutions.col(0).sum() / solutions.col(1).sum();
+  kernel_weights_ = solutions.col(0) - mean * solutions.col(1);
+  mean_ = level + mean;
   const auto n = static_cast<double>(y.size());
   sigma2_ = y.dot(kernel_weights_) / n;
   const double variance = sigma2_ > kSmallestVariance ? sigma2_ : kSmallestVariance;
