@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and shows the sample project: what it holds, what it predicts,
-# and how that compares with the finite element analysis at designs that it was not trained on.
+# how that compares with the finite element analysis at designs that it was not trained on, and a
+# design optimised on its models.
 set -euo pipefail
 cd "$(dirname "$0")"
 source tools/setup.sh
 
 zel_install
-zel_build release zel compare_tenbar
+zel_build release zel compare_tenbar optimise_tenbar
 
 sample=examples/zel_tenbar.vrdb
 zel=build/release/cli/zel
@@ -37,3 +38,8 @@ echo
 echo "The same truss with random modulus, loads and areas"
 echo "\$ zel info $random"
 "$zel" info "$random" | sed -n '1,/^Responses/p' | sed '$d'
+
+echo
+echo "Least mass on the first project's models, checked with the finite element analysis"
+echo
+build/release/examples/optimise_tenbar "$sample"
