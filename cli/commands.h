@@ -75,4 +75,14 @@ void RunEval(const std::string& expression, const std::vector<std::string>& defi
 /// Lists the macros that expression texts can call: the built-in ones and the user's.
 void RunMacros();
 
+/// The names of all functions, ascending.
+std::vector<std::string> FunctionNames();
+
+/// Prints signatures, text and arguments of a function of expressions, or what a constant means.
+/// @throws Refusal  there is none of this name; the message shows near ones
+void RunHelp(const std::string& function);
+
+/// Prints the names of all functions and constants by group, a line for each.
+void RunFunctions();
+
 }  // namespace cli

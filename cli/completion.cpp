@@ -64,6 +64,7 @@ std::string Words(const std::vector<std::string>& words) {
 
 /// The statement that offers values of that name; empty when they cannot be told.
 std::string Values(const std::string& name) {
+  if (name == "FUNCTION") return Words(FunctionNames());
   if (name == "SCHEME") return Words(SchemeNames());
   // Outside of a running completion, as in tests, compopt has nothing to set.
   const std::string files = "compopt -o filenames 2>/dev/null; ";

@@ -110,6 +110,22 @@ void AddMacros(CLI::App& app) {
   command->callback([] { cli::RunMacros(); });
 }
 
+void AddHelp(CLI::App& app) {
+  auto* const command =
+      app.add_subcommand("help", "Explain a function of expressions: signature, text, arguments");
+  static std::string function;
+  command->add_option("FUNCTION", function, "Its name; zel functions lists all")
+      ->required()
+      ->type_name("");
+  command->callback([] { cli::RunHelp(function); });
+}
+
+void AddFunctions(CLI::App& app) {
+  auto* const command =
+      app.add_subcommand("functions", "List the functions and constants of expressions");
+  command->callback([] { cli::RunFunctions(); });
+}
+
 void AddSample(CLI::App& app) {
   auto* const command = app.add_subcommand(
       "sample",
@@ -242,6 +258,8 @@ int main(int argc, char** argv) {
   AddSolve(app);
   AddEval(app);
   AddMacros(app);
+  AddHelp(app);
+  AddFunctions(app);
   AddSample(app);
   AddTrain(app);
   AddHash(app);

@@ -20,8 +20,12 @@ std::wstring Ordinal(std::size_t i) {
 
 math::Value FunctionCall::Evaluate(std::size_t i) {
   math::Value value;
-  evaluator_.Evaluate(text_, text_.Child(node_, i), value);
+  Evaluate(i, value);
   return value;
+}
+
+void FunctionCall::Evaluate(std::size_t i, math::Value& result) {
+  evaluator_.Evaluate(text_, text_.Child(node_, i), result);
 }
 
 const math::Value& FunctionCall::Borrow(std::size_t i, math::Value& storage) {
@@ -44,6 +48,12 @@ std::uint64_t FunctionCall::Unsigned(std::size_t i) {
   const double value = Real(i);
   if (std::isnan(value)) throw boost::numeric::bad_numeric_cast();
   return boost::numeric_cast<std::uint64_t>(value);
+}
+
+bool FunctionCall::Boolean(std::size_t i) {
+  const math::Value value = Evaluate(i);
+  if (!value.IsBoolean()) RaiseWrongArgument(i);
+  return value.GetBoolean();
 }
 
 bool FunctionCall::IsString(std::size_t i) const {

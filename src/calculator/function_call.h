@@ -23,6 +23,7 @@ class FunctionCall {
   std::size_t Count() const { return text_.NumChildren(node_); }
 
   math::Value Evaluate(std::size_t i);
+  void Evaluate(std::size_t i, math::Value& result);
   /// All arguments; see Evaluator::EvaluateAll.
   std::vector<math::Value> EvaluateAll(const std::function<void(const math::Value&)>& check = {}) {
     return evaluator_.EvaluateAll(text_, node_, check);
@@ -38,6 +39,9 @@ class FunctionCall {
   int Integer(std::size_t i);
   /// Truncated. @throws boost::numeric's overflow
   std::uint64_t Unsigned(std::size_t i);
+
+  /// The truth value of an argument that must be BOOLEAN. Throws like Real().
+  bool Boolean(std::size_t i);
 
   bool IsString(std::size_t i) const;
   /// The quoted text of an argument.

@@ -18,13 +18,21 @@ struct ArgumentHelp {
 
 /// One signature of a function.
 struct FunctionHelp {
-  std::wstring signature;  ///< "atan2(y, x)"
-  std::wstring text;       ///< may hold the markup <sub>, <sup> and <br>
+  std::wstring signature;  ///< "atan2(y, x)"; optional arguments in brackets
+  std::wstring text;  ///< may hold the markup <sub>, <sup> and <br>; the first sentence sums up
   std::vector<ArgumentHelp> arguments;
 };
 
-/// The help records of the functions by name.
+/// Help records by the name of the function, one for each signature.
 using HelpTable = std::map<std::wstring, std::vector<FunctionHelp>, std::less<>>;
+
+/// The records that a list of functions shows: without second names, filters, transforms, tables of
+/// numbers and the is... queries.
 const HelpTable& GetFunctionHelp();
+/// The records of all other functions.
+const HelpTable& GetFurtherFunctionHelp();
+
+/// The records of any function; null for an unknown name.
+const std::vector<FunctionHelp>* FindFunctionHelp(std::wstring_view name);
 
 }  // namespace corvath::calculator

@@ -5,6 +5,36 @@
 
 namespace corvath::calculator {
 
+const wchar_t* GetGroupName(FunctionGroup group) {
+  switch (group) {
+    case FunctionGroup::kElementary:
+      return L"Elementary functions";
+    case FunctionGroup::kStatistics:
+      return L"Statistics";
+    case FunctionGroup::kComplex:
+      return L"Complex numbers";
+    case FunctionGroup::kLinearAlgebra:
+      return L"Linear algebra";
+    case FunctionGroup::kModal:
+      return L"Modal comparison";
+    case FunctionGroup::kConstructors:
+      return L"Constructors";
+    case FunctionGroup::kSignals:
+      return L"Signals";
+    case FunctionGroup::kPeaks:
+      return L"Peaks";
+    case FunctionGroup::kFilters:
+      return L"Filters";
+    case FunctionGroup::kFourier:
+      return L"Fourier transforms";
+    case FunctionGroup::kData:
+      return L"Tables of numbers";
+    case FunctionGroup::kQueries:
+      return L"Queries";
+  }
+  return L"";
+}
+
 bool Function::Takes(std::size_t count) const {
   return std::any_of(counts.begin(), counts.end(), [count](int allowed) {
     return allowed == kAnyCount || static_cast<std::size_t>(allowed) == count;
@@ -14,6 +44,7 @@ bool Function::Takes(std::size_t count) const {
 FunctionTable::FunctionTable() {
   AddElementaryFunctions(*this);
   AddSignalFunctions(*this);
+  AddFilterFunctions(*this);
   AddDataFunctions(*this);
 }
 
@@ -27,9 +58,9 @@ const Function* FunctionTable::Find(std::wstring_view name) const {
   return found == functions_.end() ? nullptr : &found->second;
 }
 
-void FunctionTable::Add(std::initializer_list<const wchar_t*> names, std::vector<int> counts,
-                        void (*run)(FunctionCall&, math::Value&)) {
-  for (const wchar_t* name : names) functions_[name] = {counts, run};
+void FunctionTable::Add(FunctionGroup group, std::initializer_list<const wchar_t*> names,
+                        std::vector<int> counts, void (*run)(FunctionCall&, math::Value&)) {
+  for (const wchar_t* name : names) functions_[name] = {group, counts, run};
 }
 
 }  // namespace corvath::calculator

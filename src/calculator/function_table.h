@@ -14,10 +14,31 @@ namespace corvath::calculator {
 
 class FunctionCall;
 
+/// What functions are listed under.
+enum class FunctionGroup {
+  kElementary,
+  kStatistics,
+  kComplex,
+  kLinearAlgebra,
+  kModal,
+  kConstructors,
+  kSignals,
+  kPeaks,
+  kFilters,
+  kFourier,
+  kData,
+  kQueries
+};
+constexpr FunctionGroup kLastFunctionGroup = FunctionGroup::kQueries;
+
+/// "Complex numbers" for example.
+const wchar_t* GetGroupName(FunctionGroup group);
+
 /// A function that texts can call.
 struct Function {
   static constexpr int kAnyCount = -1;
 
+  FunctionGroup group;
   std::vector<int> counts;  ///< allowed numbers of arguments
   void (*run)(FunctionCall& call, math::Value& result);
 
@@ -33,8 +54,8 @@ class FunctionTable {
 
   const Function* Find(std::wstring_view name) const;
   const Functions& GetFunctions() const { return functions_; }
-  void Add(std::initializer_list<const wchar_t*> names, std::vector<int> counts,
-           void (*run)(FunctionCall&, math::Value&));
+  void Add(FunctionGroup group, std::initializer_list<const wchar_t*> names,
+           std::vector<int> counts, void (*run)(FunctionCall&, math::Value&));
 
  private:
   FunctionTable();
@@ -42,9 +63,10 @@ class FunctionTable {
   Functions functions_;
 };
 
-// One function for each group, in the file of its name.
+// One for each file of functions, functions_*.cpp.
 void AddElementaryFunctions(FunctionTable& table);
 void AddSignalFunctions(FunctionTable& table);
+void AddFilterFunctions(FunctionTable& table);
 void AddDataFunctions(FunctionTable& table);
 
 }  // namespace corvath::calculator

@@ -1,13 +1,20 @@
 #include "calculator/function_adaptors.h"
 #include "calculator/function_call.h"
 #include "calculator/function_table.h"
+#include "calculator/number_table.h"
+#include "foundation/text.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <complex>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <system_error>
 #include <utility>
 
-// Functions that put values together and ask what they are.
+// Functions that put values together, read them, and ask what they are.
 namespace corvath::calculator {
 
 namespace {
@@ -70,6 +77,39 @@ void Matrix(FunctionCall& call, Value& result) {
       *out++ = part.IsScalar() ? part.GetScalar() : Value::Complex(ToNumber(part));
   }
   result = Value(std::move(matrix));
+}
+
+std::wstring QuotedString(const FunctionCall& call, std::size_t i) {
+  if (!call.IsString(i)) call.Raise(L"Wrong argument type. Quoted string expected.");
+  return call.GetString(i);
+}
+
+void Calculate(FunctionCall& call, Value& result) {
+  result = ParseNumberTable(utils::ToUtf8(QuotedString(call, 0)), 0);
+}
+
+/// The count of lines that an argument gives in quotes.
+std::uint64_t SkippedLines(const FunctionCall& call, std::size_t i) {
+  const std::string digits = utils::ToUtf8(QuotedString(call, i));
+  const char* const end = digits.data() + digits.size();
+  std::uint64_t count = 0;
+  const auto [last, error] = std::from_chars(digits.data(), end, count);
+  if (error != std::errc() || last != end) call.Raise(L"Unsigned integer constant expected");
+  return count;
+}
+
+void Read(FunctionCall& call, Value& result) {
+  const std::filesystem::path path(utils::ToUtf8(QuotedString(call, 0)));
+  try {
+    const std::filesystem::file_status status = std::filesystem::status(path);
+    if (!std::filesystem::exists(status)) call.Raise(L"The given file doesn't seem to exist.");
+    if (!std::filesystem::is_regular_file(status))
+      call.Raise(L"The given path doesn't seem to be a regular file.");
+    const std::uint64_t skipped = call.Count() > 1 ? SkippedLines(call, 1) : 0;
+    result = ReadNumberTable(path, skipped);
+  } catch (const std::filesystem::filesystem_error& error) {
+    call.Raise(utils::FromUtf8(error.what()));
+  }
 }
 
 void Size(FunctionCall& call, Value& result) {
@@ -136,23 +176,26 @@ void HasNumber(FunctionCall& call, Value& result) {
 }  // namespace
 
 void AddDataFunctions(FunctionTable& table) {
-  table.Add({L"vec", L"vector"}, {Function::kAnyCount}, Vector);
-  table.Add({L"mat", L"matrix"}, {Function::kAnyCount}, Matrix);
-  table.Add({L"size"}, {1}, Size);
-  table.Add({L"size1"}, {1}, SizeOf<&Value::Size1>);
-  table.Add({L"size2"}, {1}, SizeOf<&Value::Size2>);
-  table.Add({L"isnan"}, {1}, HasNumber<IsNaN, true>);
-  table.Add({L"isinf"}, {1}, HasNumber<IsInfinite, true>);
-  table.Add({L"isfinite"}, {1}, HasNumber<IsNotFinite, false>);
-  table.Add({L"isnormal"}, {1}, HasNumber<IsNormal, true>);
-  table.Add({L"isinitialized"}, {1}, IsInitialized);
-  table.Add({L"isscalar"}, {1}, Is<&Value::IsScalar>);
-  table.Add({L"iscomplex"}, {1}, Is<&Value::IsComplex>);
-  table.Add({L"ismatrix"}, {1}, Is<&Value::IsMatrix>);
-  table.Add({L"isvector"}, {1}, Is<&Value::IsVector>);
-  table.Add({L"isbool"}, {1}, Is<&Value::IsBoolean>);
-  table.Add({L"isxydata"}, {1}, Is<&Value::IsXYData>);
-  table.Add({L"issignal"}, {1}, Is<&Value::IsSignal>);
+  using Group = FunctionGroup;
+  table.Add(Group::kConstructors, {L"vec", L"vector"}, {Function::kAnyCount}, Vector);
+  table.Add(Group::kConstructors, {L"mat", L"matrix"}, {Function::kAnyCount}, Matrix);
+  table.Add(Group::kData, {L"read"}, {1, 2}, Read);
+  table.Add(Group::kData, {L"calculate"}, {1}, Calculate);
+  table.Add(Group::kQueries, {L"size"}, {1}, Size);
+  table.Add(Group::kQueries, {L"size1"}, {1}, SizeOf<&Value::Size1>);
+  table.Add(Group::kQueries, {L"size2"}, {1}, SizeOf<&Value::Size2>);
+  table.Add(Group::kQueries, {L"isnan"}, {1}, HasNumber<IsNaN, true>);
+  table.Add(Group::kQueries, {L"isinf"}, {1}, HasNumber<IsInfinite, true>);
+  table.Add(Group::kQueries, {L"isfinite"}, {1}, HasNumber<IsNotFinite, false>);
+  table.Add(Group::kQueries, {L"isnormal"}, {1}, HasNumber<IsNormal, true>);
+  table.Add(Group::kQueries, {L"isinitialized"}, {1}, IsInitialized);
+  table.Add(Group::kQueries, {L"isscalar"}, {1}, Is<&Value::IsScalar>);
+  table.Add(Group::kQueries, {L"iscomplex"}, {1}, Is<&Value::IsComplex>);
+  table.Add(Group::kQueries, {L"ismatrix"}, {1}, Is<&Value::IsMatrix>);
+  table.Add(Group::kQueries, {L"isvector"}, {1}, Is<&Value::IsVector>);
+  table.Add(Group::kQueries, {L"isbool"}, {1}, Is<&Value::IsBoolean>);
+  table.Add(Group::kQueries, {L"isxydata"}, {1}, Is<&Value::IsXYData>);
+  table.Add(Group::kQueries, {L"issignal"}, {1}, Is<&Value::IsSignal>);
 }
 
 }  // namespace corvath::calculator

@@ -5,10 +5,14 @@
 #include "variant/complex_parts.h"
 #include "variant/elementwise.h"
 #include "variant/linear_algebra.h"
+#include "variant/modal.h"
 #include "variant/random_values.h"
 #include "variant/reductions.h"
 
-// Mathematics of numbers: element by element, complex parts, statistics, linear algebra.
+#include <initializer_list>
+
+// Mathematics of numbers: element by element, complex parts, statistics, linear algebra,
+// modal comparison.
 namespace corvath::calculator {
 
 namespace {
@@ -50,61 +54,82 @@ void Rand(FunctionCall& call, Value& result) {
   fn::rand(result, x, distribution, call.Evaluate(2), call.GetGenerator());
 }
 
+void ModePairs(FunctionCall& call, Value& result) {
+  const Value a = call.Evaluate(0);
+  const Value b = call.Evaluate(1);
+  fn::modepairs(result, a, b, call.Evaluate(2));
+}
+
+struct UnaryEntry {
+  const wchar_t* name;
+  void (*run)(FunctionCall&, Value&);
+};
+
 }  // namespace
 
 void AddElementaryFunctions(FunctionTable& table) {
-  const std::pair<const wchar_t*, void (*)(FunctionCall&, Value&)> of_one[] = {
-      {L"sin", Unary<fn::sin>},
-      {L"cos", Unary<fn::cos>},
-      {L"tan", Unary<fn::tan>},
-      {L"asin", Unary<fn::asin>},
-      {L"acos", Unary<fn::acos>},
-      {L"atan", Unary<fn::atan>},
-      {L"sinh", Unary<fn::sinh>},
-      {L"cosh", Unary<fn::cosh>},
-      {L"tanh", Unary<fn::tanh>},
-      {L"asinh", Unary<fn::asinh>},
-      {L"acosh", Unary<fn::acosh>},
-      {L"atanh", Unary<fn::atanh>},
-      {L"deg2rad", Unary<fn::deg2rad>},
-      {L"rad2deg", Unary<fn::rad2deg>},
-      {L"log", Unary<fn::log>},
-      {L"ln", Unary<fn::ln>},
-      {L"exp", Unary<fn::exp>},
-      {L"sqrt", Unary<fn::sqrt>},
-      {L"sgn", Unary<fn::sgn>},
-      {L"ceil", Unary<fn::ceil>},
-      {L"floor", Unary<fn::floor>},
-      {L"inf2nan", Unary<fn::inf2nan>},
-      {L"conj", Unary<fn::conj>},
-      {L"abs", Unary<fn::abs>},
-      {L"arg", Unary<fn::arg>},
-      {L"real", Unary<fn::real>},
-      {L"imag", Unary<fn::imag>},
-      {L"pol2cart", Unary<fn::pol2cart>},
-      {L"cart2pol", Unary<fn::cart2pol>},
-      {L"sum", Unary<fn::sum>},
-      {L"mean", Unary<fn::mean>},
-      {L"stddev", Unary<fn::stddev>},
-      {L"transpose", Unary<fn::transpose>},
-      {L"invert", Unary<fn::invert>},
-      {L"euklidnorm", Unary<fn::euklidnorm>},
-      {L"lufactorize", Unary<fn::lufactorize>},
+  using Group = FunctionGroup;
+  const auto add_unary = [&](Group group, std::initializer_list<UnaryEntry> entries) {
+    for (const auto& [name, run] : entries) table.Add(group, {name}, {1}, run);
   };
-  for (const auto& [name, run] : of_one) table.Add({name}, {1}, run);
+  add_unary(Group::kElementary,
+            {
+                {L"sin", Unary<fn::sin>},         {L"cos", Unary<fn::cos>},
+                {L"tan", Unary<fn::tan>},         {L"asin", Unary<fn::asin>},
+                {L"acos", Unary<fn::acos>},       {L"atan", Unary<fn::atan>},
+                {L"sinh", Unary<fn::sinh>},       {L"cosh", Unary<fn::cosh>},
+                {L"tanh", Unary<fn::tanh>},       {L"asinh", Unary<fn::asinh>},
+                {L"acosh", Unary<fn::acosh>},     {L"atanh", Unary<fn::atanh>},
+                {L"deg2rad", Unary<fn::deg2rad>}, {L"rad2deg", Unary<fn::rad2deg>},
+                {L"log", Unary<fn::log>},         {L"ln", Unary<fn::ln>},
+                {L"exp", Unary<fn::exp>},         {L"sqrt", Unary<fn::sqrt>},
+                {L"sgn", Unary<fn::sgn>},         {L"ceil", Unary<fn::ceil>},
+                {L"floor", Unary<fn::floor>},
+            });
+  table.Add(Group::kElementary, {L"atan2"}, {1, 2}, Atan2);
+  table.Add(Group::kElementary, {L"mod"}, {2}, Binary<fn::mod>);
+  table.Add(Group::kElementary, {L"round"}, {1, 2}, Round);
+  table.Add(Group::kElementary, {L"min"}, {Function::kAnyCount}, Extreme<fn::min>);
+  table.Add(Group::kElementary, {L"max"}, {Function::kAnyCount}, Extreme<fn::max>);
+  table.Add(Group::kElementary, {L"rand"}, {3}, Rand);
 
-  table.Add({L"atan2"}, {1, 2}, Atan2);
-  table.Add({L"mod"}, {2}, Binary<fn::mod>);
-  table.Add({L"round"}, {1, 2}, Round);
-  table.Add({L"min"}, {Function::kAnyCount}, Extreme<fn::min>);
-  table.Add({L"max"}, {Function::kAnyCount}, Extreme<fn::max>);
-  table.Add({L"rand"}, {3}, Rand);
-  table.Add({L"cplx"}, {2}, Binary<fn::cplx>);
-  table.Add({L"norm"}, {1, 2}, Norm);
-  table.Add({L"innerprod"}, {2}, Binary<fn::innerprod>);
-  table.Add({L"outerprod"}, {2}, Binary<fn::outerprod>);
-  table.Add({L"matrixmult"}, {2}, Binary<fn::matrixmult>);
-  table.Add({L"times"}, {2}, Binary<fn::times>);
+  add_unary(Group::kStatistics, {
+                                    {L"sum", Unary<fn::sum>},
+                                    {L"mean", Unary<fn::mean>},
+                                    {L"stddev", Unary<fn::stddev>},
+                                });
+
+  add_unary(Group::kComplex, {
+                                 {L"conj", Unary<fn::conj>},
+                                 {L"abs", Unary<fn::abs>},
+                                 {L"arg", Unary<fn::arg>},
+                                 {L"real", Unary<fn::real>},
+                                 {L"imag", Unary<fn::imag>},
+                                 {L"pol2cart", Unary<fn::pol2cart>},
+                                 {L"cart2pol", Unary<fn::cart2pol>},
+                             });
+  table.Add(Group::kComplex, {L"cplx"}, {2}, Binary<fn::cplx>);
+  table.Add(Group::kComplex, {L"norm"}, {1, 2}, Norm);
+
+  add_unary(Group::kLinearAlgebra, {
+                                       {L"transpose", Unary<fn::transpose>},
+                                       {L"invert", Unary<fn::invert>},
+                                       {L"euklidnorm", Unary<fn::euklidnorm>},
+                                       {L"lufactorize", Unary<fn::lufactorize>},
+                                   });
+  table.Add(Group::kLinearAlgebra, {L"innerprod"}, {2}, Binary<fn::innerprod>);
+  table.Add(Group::kLinearAlgebra, {L"outerprod"}, {2}, Binary<fn::outerprod>);
+  table.Add(Group::kLinearAlgebra, {L"matrixmult"}, {2}, Binary<fn::matrixmult>);
+  table.Add(Group::kLinearAlgebra, {L"times"}, {2}, Binary<fn::times>);
+
+  table.Add(Group::kModal, {L"mac"}, {2}, Binary<fn::mac>);
+  table.Add(Group::kModal, {L"comac"}, {2}, Binary<fn::comac>);
+  table.Add(Group::kModal, {L"sdi"}, {2}, Binary<fn::sdi>);
+  table.Add(Group::kModal, {L"modepairs"}, {3}, ModePairs);
+
+  add_unary(Group::kQueries, {
+                                 {L"inf2nan", Unary<fn::inf2nan>},
+                             });
 }
 
 }  // namespace corvath::calculator

@@ -24,6 +24,11 @@ Number Convert(const Complex& z) {
 
 }  // namespace
 
+void RequireStartCondition(int start) {
+  if (start != kStartZero && start != kStartConstant)
+    throw CFilterException("Wrong condition: ZERO, CONSTANT expected.");
+}
+
 template <class Number>
 FilterCascade<Number>::FilterCascade(const Matrix& numerators, const Matrix& denominators)
     : columns_(numerators.size2()), sections_(numerators.size1()) {
@@ -49,8 +54,7 @@ FilterCascade<Number>::FilterCascade(const Matrix& numerators, const Matrix& den
 template <class Number>
 void FilterCascade<Number>::Run(Number* first, std::size_t count, std::ptrdiff_t step,
                                 int start) const {
-  if (start != kStartZero && start != kStartConstant)
-    throw CFilterException("Wrong condition: ZERO, CONSTANT expected.");
+  RequireStartCondition(start);
   if (count == 0) return;
   // Each section starts from the signal's own first sample, whatever stands in front of it.
   const Samples samples{first, count, step, start == kStartConstant ? *first : Number()};

@@ -15,6 +15,9 @@ enum StartCondition : std::int32_t {
   kStartConstant = 1,  ///< the first sample
 };
 
+/// @throws CFilterException  `start` is none
+void RequireStartCondition(int start);
+
 /// Recursive filter as a cascade of sections, each
 ///
 ///     y[k] = b0 w[k] + sum_j (b_j w[k-j] - a_j y[k-j])

@@ -7,6 +7,7 @@
 #include "variant/timeline.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace corvath::math::functions {
 
@@ -34,42 +35,50 @@ struct Passes {
   bool backward;
 };
 
-/// Each row of `data` forward and, if asked for, backward through `sections`.
-void Run(Matrix& data, const FilterSections& sections, const Passes& passes) {
-  const FilterCascade<double> cascade(sections.numerators, sections.denominators);
+/// Each channel of `signal`, real, forward and, if asked for, backward through `cascade`.
+void Run(Value& signal, const FilterCascade<double>& cascade, const Passes& passes) {
+  Matrix data;
+  signal.TakeMatrix(data);
   for (std::size_t channel = 0; channel < data.size1(); ++channel) {
     RunReal(cascade, data, channel, false, passes.start1);
     if (passes.backward) RunReal(cascade, data, channel, true, passes.start2);
   }
+  signal.SetMatrix(data);
 }
 
 /// @param design  gives the FilterSections for the time between two samples
 template <class Design>
-Value Filtered(const Value& signal, const Resampling& resampling, const Passes& passes,
-               Design design) {
-  const bool ready = !signal.IsFlipped() && IsEquidistant(signal);
-  Value filtered =
-      ready ? signal
-            : Equidistant(Ascending(signal), resampling.degree, resampling.d0, resampling.d1);
-  const double step = filtered.GetVector()(1).real() - filtered.GetVector()(0).real();
-  const FilterSections sections = design(step);
-  Matrix data;
-  filtered.TakeMatrix(data);
-  Run(data, sections, passes);
-  filtered.SetMatrix(data);
-  if (signal.IsFlipped()) return Flip(filtered);
-  return filtered;
+void Filter(Value& result, const Value& signal, const Resampling& resampling, const Passes& passes,
+            Design design) {
+  const auto make_cascade = [&](const Value& equidistant) {
+    const Value::Vector& t = equidistant.GetVector();
+    const FilterSections sections = design(t(1).real() - t(0).real());
+    FilterCascade<double> cascade(sections.numerators, sections.denominators);
+    RequireStartCondition(passes.start1);
+    if (passes.backward) RequireStartCondition(passes.start2);
+    return cascade;
+  };
+  if (!signal.IsFlipped() && IsEquidistant(signal)) {
+    const FilterCascade<double> cascade = make_cascade(signal);
+    result = signal;  // behind all checks: into the storage that the result has, if it fits
+    Run(result, cascade, passes);
+    return;
+  }
+  const bool flipped = signal.IsFlipped();
+  Value resampled = Equidistant(Ascending(signal), resampling.degree, resampling.d0, resampling.d1);
+  Run(resampled, make_cascade(resampled), passes);
+  result = flipped ? Flip(resampled) : std::move(resampled);
 }
 
 /// The filters that differ in their prototype alone. It is made after the checks of the signal and
 /// in front of those of the cut-off.
 template <class MakePrototype>
-Value FilterBy(MakePrototype make_prototype, const Value& signal, const Value& cf, int type,
-               const Resampling& resampling, const Passes& passes) {
+void FilterBy(MakePrototype make_prototype, Value& result, const Value& signal, const Value& cf,
+              int type, const Resampling& resampling, const Passes& passes) {
   RequireRealSignal(signal, kTooShort);
   const AnalogPrototype prototype = make_prototype();
-  return Filtered(signal, resampling, passes,
-                  [&](double step) { return Digitize(prototype, cf, type, step); });
+  Filter(result, signal, resampling, passes,
+         [&](double step) { return Digitize(prototype, cf, type, step); });
 }
 
 }  // namespace
@@ -77,42 +86,42 @@ Value FilterBy(MakePrototype make_prototype, const Value& signal, const Value& c
 void butterworthFilter(Value& result, const Value& signal, const Value& cf, int order, int type,
                        int interpolation, double d0, double d1, int start1, int start2,
                        bool backward) {
-  result = FilterBy([=] { return ButterworthPrototype(order); }, signal, cf, type,
-                    {interpolation, d0, d1}, {start1, start2, backward});
+  FilterBy([=] { return ButterworthPrototype(order); }, result, signal, cf, type,
+           {interpolation, d0, d1}, {start1, start2, backward});
 }
 
 void sineButterworthFilter(Value& result, const Value& signal, const Value& cf, int order, int type,
                            int interpolation, double d0, double d1, int start1, int start2,
                            bool backward) {
-  result = FilterBy([=] { return SineButterworthPrototype(order); }, signal, cf, type,
-                    {interpolation, d0, d1}, {start1, start2, backward});
+  FilterBy([=] { return SineButterworthPrototype(order); }, result, signal, cf, type,
+           {interpolation, d0, d1}, {start1, start2, backward});
 }
 
 void besselFilter(Value& result, const Value& signal, const Value& cf, int order, int type,
                   int interpolation, double d0, double d1, int start1, int start2, bool backward) {
-  result = FilterBy([=] { return BesselPrototype(order); }, signal, cf, type,
-                    {interpolation, d0, d1}, {start1, start2, backward});
+  FilterBy([=] { return BesselPrototype(order); }, result, signal, cf, type,
+           {interpolation, d0, d1}, {start1, start2, backward});
 }
 
 void chebyOneFilter(Value& result, const Value& signal, const Value& cf, double ripple, int order,
                     int type, int interpolation, double d0, double d1, int start1, int start2,
                     bool backward) {
-  result = FilterBy([=] { return ChebyshevOnePrototype(order, ripple); }, signal, cf, type,
-                    {interpolation, d0, d1}, {start1, start2, backward});
+  FilterBy([=] { return ChebyshevOnePrototype(order, ripple); }, result, signal, cf, type,
+           {interpolation, d0, d1}, {start1, start2, backward});
 }
 
 void chebyTwoFilter(Value& result, const Value& signal, const Value& cf, double ripple, int order,
                     int type, int interpolation, double d0, double d1, int start1, int start2,
                     bool backward) {
-  result = FilterBy([=] { return ChebyshevTwoPrototype(order, ripple); }, signal, cf, type,
-                    {interpolation, d0, d1}, {start1, start2, backward});
+  FilterBy([=] { return ChebyshevTwoPrototype(order, ripple); }, result, signal, cf, type,
+           {interpolation, d0, d1}, {start1, start2, backward});
 }
 
 void saeFilter(Value& result, const Value& signal, const Value& cf, int interpolation, double d0,
                double d1, int start1, int start2, bool backward) {
   RequireRealSignal(signal, "Signal must have at least 2 data points.");
-  result = Filtered(signal, {interpolation, d0, d1}, {start1, start2, backward},
-                    [&](double step) { return SaeSections(cf, step); });
+  Filter(result, signal, {interpolation, d0, d1}, {start1, start2, backward},
+         [&](double step) { return SaeSections(cf, step); });
 }
 
 void decimateFilter(Value& result, const Value& signal, int factor, int ratio, int interpolation,

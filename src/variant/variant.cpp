@@ -298,6 +298,28 @@ void Variant<T>::CopyStorage(const Variant& other) {
 }
 
 template <class T>
+bool Variant<T>::CopyIntoStorage(const Variant& other) noexcept {
+  if (!OwnsStorage() || !other.OwnsStorage() || Tag() != other.Tag()) return false;
+  if (IsVector()) {
+    if (body_.vector.size() != other.body_.vector.size()) return false;
+    body_.vector = other.body_.vector;
+    ks_.kind_ = other.ks_.kind_;
+    return true;
+  }
+  if (body_.matrix.size1() != other.body_.matrix.size1() ||
+      body_.matrix.size2() != other.body_.matrix.size2())
+    return false;
+  if (IsMatrix()) {
+    ks_.kind_ = other.ks_.kind_;
+  } else {
+    if (Record().timeline.size() != other.Record().timeline.size()) return false;
+    Record() = other.Record();
+  }
+  body_.matrix = other.body_.matrix;
+  return true;
+}
+
+template <class T>
 void Variant<T>::MoveStorage(Variant& other) noexcept {
   if (other.IsVector()) {
     new (&body_.vector) Vector();

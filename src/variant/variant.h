@@ -62,12 +62,12 @@ class Variant {
 
   Variant(const Variant& other) { CopyFrom(other); }
   Variant(Variant&& other) noexcept { MoveFrom(other); }
+  /// Into the storage that is there where its sizes are those of `other`.
   Variant& operator=(const Variant& other) {
-    if (this != &other) {
-      Variant copy(other);
-      Clear();
-      MoveFrom(copy);
-    }
+    if (this == &other || CopyIntoStorage(other)) return *this;
+    Variant copy(other);
+    Clear();
+    MoveFrom(copy);
     return *this;
   }
   Variant& operator=(Variant&& other) noexcept {
@@ -218,6 +218,8 @@ class Variant {
     ks_.kind_ = other.ks_.kind_;
   }
   void CopyStorage(const Variant& other);
+  /// Does nothing unless both have storage of the same kind and sizes.
+  bool CopyIntoStorage(const Variant& other) noexcept;
   void MoveStorage(Variant& other) noexcept;
   void FreeStorage() noexcept;
   bool ComplexFlag() const noexcept;

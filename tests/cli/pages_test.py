@@ -106,6 +106,11 @@ class Completion(unittest.TestCase):
         self.assertEqual(self.complete("sample", "--scheme=so"), ["sobol-sequence"])
         self.assertEqual(len(self.complete("sample", "--scheme=")), len(names))
 
+    def test_knows_every_function(self):
+        self.assertEqual(self.complete("help", "butter"), ["butterworthFilter"])
+        listed = re.findall(r"(?m)^  ([a-z]\w*)", run(ZEL, "functions"))
+        self.assertEqual(sorted(self.complete("help", "")), sorted(listed))
+
     def test_offers_files_by_what_an_option_takes(self):
         with tempfile.TemporaryDirectory() as folder:
             for name in ("a b.vrdb", "a.csv", "a.txt"):

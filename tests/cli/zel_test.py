@@ -107,6 +107,40 @@ class Zel(ProgramTest):
                                  (b"", expected, 1))
         self.assertEqual(zel("eval").returncode, 2)
 
+    def test_help_explains_each_function_that_is_listed(self):
+        groups = {}
+        for line in zel("functions").stdout.decode().splitlines():
+            if line.startswith("  "):
+                self.assertLess(len(line), 110)
+                groups[group].append(line.split()[0])
+            elif line:
+                group = line
+                groups[group] = []
+        self.assertEqual(groups["Peaks"], ["magpeaks", "maxpeaks", "minpeaks", "peaks"])
+        self.assertIn("LINEAR", groups.pop("Constants"))
+        names = sum(groups.values(), [])
+        self.assertEqual(len(names), len(set(names)))
+        for name in names:
+            result = zel("help", name)
+            self.assertEqual((result.returncode, result.stderr), (0, b""), name)
+            self.assertTrue(result.stdout.decode().startswith(name + "("), name)
+            self.assertNotRegex(result.stdout.decode(), "<[a-z/]")  # markup
+        self.assertIn("FORWARD, BACKWARD", zel("help", "derive").stdout.decode())
+        self.assertEqual(zel("help", "linear").stdout, b"LINEAR\n\n  1, interpolation type\n")
+
+    def test_help_for_an_unknown_name_shows_near_ones(self):
+        cases = {
+            "interploate": 'zel: no function "interploate"; did you mean "interpolate"?\n',
+            "butterworth": 'near names: "butterworthFilter", "sineButterworthFilter"\n',
+            "SIN": 'did you mean "sin"?',
+            "quux": 'zel functions lists all: "abs", "acos"',
+            "": "zel functions lists all",
+            "x" * 100000: "zel functions lists all",
+        }
+        for name, text in cases.items():
+            self.refused(zel("help", name), text)
+        self.assertEqual(zel("help").returncode, 2)
+
     def test_values_out_of_bounds_are_named_unless_extrapolated(self):
         rows = designs(5000)
         rows[4500][2] = 99.5
