@@ -5,6 +5,7 @@
 #include "metamodel/linear_regression_settings.h"
 #include "metamodel/moving_least_squares_settings.h"
 #include "metamodel/quadratic_box_cox.h"
+#include "training/forward_selection.h"
 #include "training/subspace_filters.h"
 #include "training/training_table.h"
 
@@ -29,10 +30,12 @@ using math::metamodel::SubspaceResults;
 using math::metamodel::SurrogateBase;
 using math::metamodel::SurrogateSettingsBase;
 
-/// Rounds in which the leaders' single CoPs propose further subspaces.
-constexpr int kMostRounds = 4;
+/// Rounds in which the leaders propose further subspaces.
+constexpr int kMostRounds = 5;
 /// Errors below this share of the response's range are rounding: a model that has them is exact.
 constexpr double kExact = 1e-9;
+/// An input is spared whose single CoP is below this share of what the model leaves unexplained.
+constexpr double kSpared = 0.1;
 /// Share of the work that the first round counts for.
 constexpr double kFirstRound = 0.8;
 
@@ -117,7 +120,7 @@ class Competition {
   ChosenModel Run() {
     TryForms(ProposeSubspaces(data_, settings_), 0.0, kFirstRound);
     for (int round = 0; round < kMostRounds; ++round) {
-      const std::vector<BitVector> subspaces = ProposeBySingleCoPs();
+      const std::vector<BitVector> subspaces = ProposeByLeaders();
       if (subspaces.empty()) break;
       const double width = (1.0 - kFirstRound) / kMostRounds;
       TryForms(subspaces, kFirstRound + width * round, width);
@@ -274,8 +277,9 @@ class Competition {
     return *simple;
   }
 
-  /// New subspaces without the inputs that the best model of each family can spare.
-  std::vector<BitVector> ProposeBySingleCoPs() {
+  /// New subspaces around that of the best model of each family: without the inputs that it can
+  /// spare, and with those that tell something about what it leaves unexplained.
+  std::vector<BitVector> ProposeByLeaders() {
     std::vector<BitVector> proposed;
     const auto propose = [&](const BitVector& subspace) {
       if (math::metamodel::CountBits(subspace) == 0) return;
@@ -288,18 +292,45 @@ class Competition {
       const Entry* const leader =
           First([&](const Entry& entry) { return entry.form.family == family; },
                 [&](const Entry& a, const Entry& b) { return ScoreOf(a) > ScoreOf(b); });
-      if (leader == nullptr || leader->GetNumberInputs() < 2) continue;
+      if (leader == nullptr) continue;
       Observe();
-      const Eigen::VectorXd single = ComputeSingleCoPs(*Rebuild(*leader), data_);
-      const double spare = 1.0 - leader->results.CoP;
-      for (const double limit : {0.0, std::min(settings_.toleranceCoP_variables_, 0.1 * spare)}) {
-        BitVector subspace = leader->subspace;
-        for (std::size_t j = 0; j < subspace.size(); ++j)
-          if (single(static_cast<Eigen::Index>(j)) <= limit) subspace[j] = false;
-        propose(subspace);
-      }
+      const auto model = Rebuild(*leader);
+      for (const BitVector& subspace : Without(*leader, *model)) propose(subspace);
+      for (const BitVector& subspace : With(*leader, *model)) propose(subspace);
     }
     return proposed;
+  }
+
+  /// The subspace of a model without the inputs of small single CoPs.
+  std::vector<BitVector> Without(const Entry& leader, const SurrogateBase& model) const {
+    if (leader.GetNumberInputs() < 2) return {};
+    const Eigen::VectorXd single = ComputeSingleCoPs(model, data_);
+    const double unexplained = 1.0 - leader.results.CoP;
+    std::vector<BitVector> subspaces;
+    for (const double limit :
+         {0.0, std::min(settings_.toleranceCoP_variables_, kSpared * unexplained)}) {
+      subspaces.push_back(leader.subspace);
+      for (std::size_t j = 0; j < leader.subspace.size(); ++j)
+        if (single(static_cast<Eigen::Index>(j)) <= limit) subspaces.back()[j] = false;
+    }
+    return subspaces;
+  }
+
+  /// The subspace of a model and the input that explains most of its cross-validated residuals, if
+  /// that is significant among so many inputs.
+  std::vector<BitVector> With(const Entry& leader, const SurrogateBase& model) const {
+    const Eigen::VectorXd residuals = data_.values - model.ApproximateCrossValidation(data_.groups);
+    const Eigen::VectorXd significances =
+        SignificancesOfInputs(data_.points, residuals, leader.subspace);
+    Eigen::Index best = 0;
+    const double chance = (1.0 - significances.maxCoeff(&best)) *
+                          static_cast<double>(leader.subspace.size() - leader.GetNumberInputs());
+    if (chance > 1.0 - settings_.min_significance_ ||
+        leader.subspace[static_cast<std::size_t>(best)])
+      return {};
+    BitVector subspace = leader.subspace;
+    subspace[static_cast<std::size_t>(best)] = true;
+    return {subspace};
   }
 
   ChosenModel Finish(const Entry& entry) {

@@ -1,6 +1,7 @@
 #include "training/regression_screening.h"
 
 #include "stochastics/sample_statistics.h"
+#include "training/scaled_points.h"
 
 #include <Eigen/Cholesky>
 
@@ -16,20 +17,6 @@ using math::metamodel::BitVector;
 /// Added to the diagonal of the normal matrix, whose entries are of the size of 1: terms that repeat
 /// each other (powers of an input with two values) share their coefficient and cost nothing.
 constexpr double kRidge = 1e-8;
-
-/// Each input to [-1, 1].
-Eigen::MatrixXd Scaled(const Eigen::MatrixXd& points) {
-  Eigen::MatrixXd scaled = points;
-  for (auto column : scaled.colwise()) {
-    const double lower = column.minCoeff();
-    const double range = column.maxCoeff() - lower;
-    if (range > 0.0)
-      column = (2.0 * (column.array() - lower) / range - 1.0).matrix();
-    else
-      column.setZero();
-  }
-  return scaled;
-}
 
 /// The `count` inputs of the largest linear correlation with the response.
 BitVector MostCorrelated(const ResponseData& data, std::size_t count) {
@@ -65,7 +52,7 @@ RegressionScreening::RegressionScreening(const ResponseData& data, bool adjusted
   for (std::size_t i = 0; products && i < m; ++i)
     for (std::size_t j = i + 1; j < m; ++j) terms_.push_back({i, j});
 
-  const Eigen::MatrixXd scaled = Scaled(data.points);
+  const Eigen::MatrixXd scaled = ScaledPoints(data.points);
   Eigen::MatrixXd design(data.values.size(), static_cast<Eigen::Index>(terms_.size()) + 1);
   design.col(0).setOnes();
   for (std::size_t t = 0; t < terms_.size(); ++t) {

@@ -2,6 +2,7 @@
 
 #include "stochastics/sample_statistics.h"
 #include "stochastics/special_functions.h"
+#include "training/forward_selection.h"
 #include "training/regression_screening.h"
 
 #include <algorithm>
@@ -114,6 +115,20 @@ void FilterByCorrelation(const ResponseData& data, const ZELSettings& settings, 
     found.Add(NotBelow(correlations, correlations.maxCoeff() * k / steps));
 }
 
+/// Of subspaces of falling size the last that explain at most a tolerance less than the best.
+void ProposeFewest(const std::vector<BitVector>& sequence, const std::vector<double>& shares,
+                   const ZELSettings& settings, Proposals& found) {
+  const double best = *std::max_element(shares.begin(), shares.end());
+  const auto fewest = [&](double tolerance) {
+    std::size_t k = shares.size() - 1;
+    while (k > 0 && shares[k] < best - tolerance) --k;
+    return sequence[k];
+  };
+  found.Add(fewest(0.0));
+  for (const double tolerance : Levels(settings.step_CoD_, settings.max_CoD_))
+    found.Add(fewest(tolerance));
+}
+
 /// Leaves out the least important input again and again.
 void FilterByQuality(RegressionScreening screening, const ZELSettings& settings, Proposals& found) {
   std::vector<BitVector> sequence{screening.GetInputs()};
@@ -131,15 +146,18 @@ void FilterByQuality(RegressionScreening screening, const ZELSettings& settings,
     sequence.push_back(screening.GetInputs());
     shares.push_back(screening.GetDetermination());
   }
-  const double best = *std::max_element(shares.begin(), shares.end());
-  const auto fewest = [&](double tolerance) {
-    std::size_t k = shares.size() - 1;
-    while (k > 0 && shares[k] < best - tolerance) --k;
-    return sequence[k];
-  };
-  found.Add(fewest(0.0));
-  for (const double tolerance : Levels(settings.step_CoD_, settings.max_CoD_))
-    found.Add(fewest(tolerance));
+  ProposeFewest(sequence, shares, settings, found);
+}
+
+/// Takes inputs in again and again.
+void FilterForward(const ResponseData& data, const ZELSettings& settings, Proposals& found) {
+  std::vector<BitVector> sequence;
+  std::vector<double> shares;
+  for (ForwardStep& step : SelectForward(data, settings.use_adj_cod_, settings.min_significance_)) {
+    sequence.insert(sequence.begin(), std::move(step.inputs));
+    shares.insert(shares.begin(), step.determination);
+  }
+  if (!sequence.empty()) ProposeFewest(sequence, shares, settings, found);
 }
 
 }  // namespace
@@ -156,7 +174,10 @@ std::vector<BitVector> ProposeSubspaces(const ResponseData& data, const ZELSetti
       for (const double level : Levels(settings.step_CoI_, settings.max_CoI_))
         found.Add(NotBelow(importances, level));
     }
-    if (settings.use_cod_filter_) FilterByQuality(screening, settings, found);
+    if (settings.use_cod_filter_) {
+      FilterByQuality(screening, settings, found);
+      FilterForward(data, settings, found);
+    }
   }
   return found.Take();
 }

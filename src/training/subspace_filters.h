@@ -16,8 +16,9 @@ namespace corvath::training {
 /// - correlation: inputs whose correlation reaches 1, 2, ... of num_corr_steps_ parts of the largest;
 /// - importance: inputs without which a regression in all inputs explains less by step_CoI_,
 ///   2 step_CoI_, ... max_CoI_ (coefficient of importance, CoI);
-/// - quality: the fewest inputs, found by leaving out the least important one again and again, with
-///   which it explains at most step_CoD_, 2 step_CoD_, ... max_CoD_ less.
+/// - quality: the fewest inputs with which a regression explains at most step_CoD_, 2 step_CoD_, ...
+///   max_CoD_ less than the best, found by leaving out the least important one again and again, and
+///   by taking in the most important one (forward_selection.h).
 ///
 /// Correlations are linear, or of ranks with use_spearman_; shares of explained variance are those
 /// of the richest polynomial up to order 2 that the designs suffice for twice, adjusted for the

@@ -1,6 +1,7 @@
 #include "support/published_functions.h"
 
-#include "doe/latin_hypercube.h"
+#include "doe/doe.h"
+#include "doe/random_draws.h"
 #include "stochastics/normal_quantile.h"
 #include "ten_bar_truss.h"
 
@@ -216,10 +217,9 @@ const std::vector<PublishedFunction>& PublishedFunctions() {
 }
 
 Sample LatinHypercubeSample(const PublishedFunction& function, Eigen::Index n, std::uint32_t seed) {
-  corvath::math::Engine engine(seed);
-  const Eigen::MatrixXd points =
-      corvath::math::LatinHypercube(engine, n, function.lower.size(), /*midpoints=*/false);
-  return Evaluate(function, 0.5 * (points.array() + 1.0), seed);
+  corvath::math::DOE doe(static_cast<std::uint64_t>(function.lower.size()), seed);
+  doe.Build(corvath::math::kAdvancedLatinHypercube, static_cast<std::uint64_t>(n), false);
+  return Evaluate(function, 0.5 * (doe.GetMatrix().array() + 1.0), seed);
 }
 
 Sample UniformSample(const PublishedFunction& function, Eigen::Index n, std::uint32_t seed) {

@@ -28,7 +28,7 @@ struct Sample {
   Eigen::VectorXd values;  ///< n, with noise
 };
 
-/// A Latin hypercube, as one would plan a study.
+/// A Latin hypercube of small correlations, as one would plan a study.
 Sample LatinHypercubeSample(const PublishedFunction& function, Eigen::Index n, std::uint32_t seed);
 /// Independent uniform points, as future predictions may be asked for.
 Sample UniformSample(const PublishedFunction& function, Eigen::Index n, std::uint32_t seed);
