@@ -18,6 +18,9 @@ constexpr double kDependent = 1e-13;
 /// Restarts of the factorisation; each at least doubles the enlargement.
 constexpr int kMaxEnlargements = 200;
 
+/// Squared norms between this and its inverse have lost nothing to underflow or overflow.
+constexpr double kSmallestSquare = 1e-280;
+
 /// Share of the farthest point of the walk below which x is worked out anew.
 constexpr double kComeDown = 0.01;
 
@@ -72,6 +75,7 @@ std::int32_t DualActiveSet::Solve(bool factorise, std::int32_t limit, double* x)
   x_.noalias() = j_ * projected_;
   x_ = -x_;
   farthest_ = x_.norm();
+  norm_of_j_ = j_.norm();
 
   std::int32_t answer = 0;
   for (bool refined = false; answer == 0;) {
@@ -89,7 +93,8 @@ std::int32_t DualActiveSet::Solve(bool factorise, std::int32_t limit, double* x)
   if (!IsFinite()) answer = 3;
   for (std::int32_t k = 0; k < num_active_; ++k) {  // active bounds hold to the bit
     const Eigen::Index bound = active_[k] - 1 - m_;
-    if (bound >= 0) x_(bound % n_) = bound < n_ ? program_.lower[bound] : program_.upper[bound - n_];
+    if (bound >= 0)
+      x_(bound % n_) = bound < n_ ? program_.lower[bound] : program_.upper[bound - n_];
   }
   std::copy_n(x_.data(), n_, x);
   return answer;
@@ -99,8 +104,11 @@ std::int32_t DualActiveSet::Solve(bool factorise, std::int32_t limit, double* x)
 std::int32_t DualActiveSet::ScaleRows() {
   const Eigen::Map<const Eigen::MatrixXd, 0, Eigen::OuterStride<>> rows(
       program_.rows, m_, n_, Eigen::OuterStride<>(program_.row_dimension));
+  residuals_.setZero();  // squares of the norms
+  for (Eigen::Index i = 0; i < n_; ++i) residuals_ += rows.col(i).cwiseAbs2();
   for (Eigen::Index j = 0; j < m_; ++j) {
-    const double norm = rows.row(j).stableNorm();
+    const bool is_exact = residuals_(j) > kSmallestSquare && residuals_(j) < 1.0 / kSmallestSquare;
+    const double norm = is_exact ? std::sqrt(residuals_(j)) : rows.row(j).stableNorm();
     scales_(j) = norm > 0.0 ? 1.0 / norm : 0.0;
     if (norm > 0.0) continue;
     const double b = program_.constants[j];
@@ -278,11 +286,22 @@ void DualActiveSet::LoadNormal(std::int32_t constraint) {
     normal_(k - m_ - n_) = -1.0;
 }
 
+/// What the projection on column k of J could have been without cancellation.
+double DualActiveSet::LargestProjection(Eigen::Index k) const {
+  return j_.col(k).cwiseProduct(normal_).cwiseAbs().sum();
+}
+
 /// The primal direction J2 J2' n and the dual one T^-1 J1' n of a normal n. False if n depends on
 /// the active normals; then there is no primal direction.
 bool DualActiveSet::StepDirections(std::int32_t constraint) {
   LoadNormal(constraint);
-  projected_.noalias() = j_.transpose() * normal_;
+  const Eigen::Index bound = constraint - 1 - m_;
+  if (bound >= n_)
+    projected_ = -j_.row(bound - n_).transpose();
+  else if (bound >= 0)
+    projected_ = j_.row(bound).transpose();
+  else
+    projected_.noalias() = j_.transpose() * normal_;
   const Eigen::Index q = num_active_;
 
   change_.head(q) = projected_.head(q);
@@ -292,14 +311,19 @@ bool DualActiveSet::StepDirections(std::int32_t constraint) {
     change_.head(k) -= change_(k) * Eigen::Map<const Eigen::VectorXd>(column, k);
   }
 
-  double free = 0.0, reference = 0.0;
-  for (Eigen::Index k = q; k < n_; ++k) {
-    const double magnitude = j_.col(k).cwiseProduct(normal_).cwiseAbs().sum();
-    if (!IsSignificant(std::abs(projected_(k)), magnitude)) projected_(k) = 0.0;
-    free += projected_(k) * projected_(k);
-    reference += magnitude * magnitude;
+  // No column of J is longer than J, whose norm neither reflections nor rotations change: what
+  // stands out against that needs no closer look.
+  const double plain = 100.0 * kEps * norm_of_j_;
+  for (Eigen::Index k = q; k < n_; ++k)
+    if (!(std::abs(projected_(k)) > plain) &&
+        !IsSignificant(std::abs(projected_(k)), LargestProjection(k)))
+      projected_(k) = 0.0;
+  const double free = projected_.tail(n_ - q).squaredNorm();
+  if (!(free > kDependent * kDependent * norm_of_j_ * norm_of_j_)) {
+    double reference = 0.0;
+    for (Eigen::Index k = q; k < n_; ++k) reference += std::pow(LargestProjection(k), 2);
+    if (!(free > kDependent * kDependent * reference)) return false;
   }
-  if (!(free > kDependent * kDependent * reference)) return false;
   direction_.noalias() = j_.rightCols(n_ - q) * projected_.tail(n_ - q);
   return true;
 }

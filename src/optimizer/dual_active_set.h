@@ -41,6 +41,9 @@ class DualActiveSet {
   /// Multiple of the unit matrix that had to be added to C.
   double Enlargement() const { return enlargement_; }
 
+  /// Steps of the walk: each adds a constraint to the active set or drops one.
+  std::int32_t NumChanges() const { return num_changes_; }
+
   std::int32_t NumActive() const { return num_active_; }
   std::int32_t Active(std::int32_t k) const { return active_[k]; }
   /// Multiplier of the k-th active constraint for its normal as the caller gave it.
@@ -58,6 +61,7 @@ class DualActiveSet {
   double Residual(std::int32_t constraint) const;
   double Tolerance() const;
   std::int32_t AddConstraint(std::int32_t constraint, std::int32_t limit);
+  double LargestProjection(Eigen::Index k) const;
   bool StepDirections(std::int32_t constraint);
   void LoadNormal(std::int32_t constraint);
   void Append(std::int32_t constraint, double multiplier);
@@ -79,6 +83,7 @@ class DualActiveSet {
   std::int32_t num_active_ = 0;
   std::int32_t num_changes_ = 0;
   double enlargement_ = 0.0;
+  double norm_of_j_ = 0.0;
   double farthest_ = 0.0;  ///< norm of x since it was worked out from the active set
 
   MatrixMap j_;            ///< n x n
