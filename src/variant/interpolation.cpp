@@ -49,13 +49,13 @@ std::vector<std::size_t> Locate(const Reals& knots, const Reals& axis) {
 }
 
 /// One channel on the new axis. The arrays that a method was made of must outlive it.
-using Method = std::function<void(const Reals& y, Reals& values)>;
+using Method = std::function<void(const Reals& y, Value::Complex* values)>;
 
 Method Spline(const Reals& t, const Reals& axis, double d0, double d1) {
   if (t.size() < 2)
     throw CDimensionException(
         "Input object of wrong dimension. Signal must have at least length 2 for interpolation.");
-  return [&t, &axis, d0, d1, segments = Locate(t, axis)](const Reals& y, Reals& values) {
+  return [&t, &axis, d0, d1, segments = Locate(t, axis)](const Reals& y, Value::Complex* values) {
     const ClampedSpline spline(t, y, d0, d1);
     for (std::size_t i = 0; i < axis.size(); ++i) values[i] = spline.Evaluate(segments[i], axis[i]);
   };
@@ -63,7 +63,7 @@ Method Spline(const Reals& t, const Reals& axis, double d0, double d1) {
 
 Method Linear(const Reals& t, const Reals& axis) {
   if (t.size() < 2) throw CDimensionException("Signal must have at least 2 data points.");
-  return [&t, &axis, segments = Locate(t, axis)](const Reals& y, Reals& values) {
+  return [&t, &axis, segments = Locate(t, axis)](const Reals& y, Value::Complex* values) {
     for (std::size_t i = 0; i < axis.size(); ++i) {
       const std::size_t j = segments[i];
       const double x = axis[i];
@@ -93,7 +93,7 @@ Method Quadratic(const Reals& t, const Reals& axis) {
   std::vector<std::size_t> centres(axis.size());
   std::transform(axis.begin(), axis.end(), centres.begin(),
                  [&t](double x) { return Centre(t, x); });
-  return [&t, &axis, centres = std::move(centres)](const Reals& y, Reals& values) {
+  return [&t, &axis, centres = std::move(centres)](const Reals& y, Value::Complex* values) {
     for (std::size_t i = 0; i < axis.size(); ++i) {
       const std::size_t c = centres[i];
       const double x = axis[i];
@@ -132,7 +132,7 @@ Method Lagrange(const Reals& t, const Reals& axis, int degree) {
   for (std::size_t i = 0; i < t.size(); ++i)
     for (std::size_t j = 0; j < t.size(); ++j)
       if (j != i) weights[i] /= (t[i] - t[j]) * scale;
-  return [&t, &axis, weights = std::move(weights)](const Reals& y, Reals& values) {
+  return [&t, &axis, weights = std::move(weights)](const Reals& y, Value::Complex* values) {
     for (std::size_t i = 0; i < axis.size(); ++i) {
       double above = 0.0;
       double below = 0.0;
@@ -172,8 +172,9 @@ void Interpolate(Value& result, const Value& signal, const Value::Vector& axis, 
     throw CDimensionException("Signal must have at least 2 data points.");
   if (degree < 0) throw CDimensionException("Degree of interpolation must be positive.");
 
-  Value source = MergeDuplicates(signal);
-  if (source.IsFlipped()) source = Flip(source);
+  Value changed;
+  if (HasDuplicates(signal) || signal.IsFlipped()) changed = Ascending(MergeDuplicates(signal));
+  const Value& source = changed.IsUninitialized() ? signal : changed;
   const Reals t = RealParts(source.GetVector());
   Reals new_axis = RealParts(axis);
   if (new_axis.size() >= 2 && new_axis.front() > new_axis.back())
@@ -184,11 +185,9 @@ void Interpolate(Value& result, const Value& signal, const Value::Vector& axis, 
   const Value::Matrix& old_data = source.GetMatrix();
   Value::Matrix data(old_data.size1(), new_axis.size());
   Reals y(t.size());
-  Reals values(new_axis.size());
   for (std::size_t channel = 0; channel < data.size1(); ++channel) {
     for (std::size_t i = 0; i < y.size(); ++i) y[i] = old_data(channel, i).real();
-    method(y, values);
-    std::copy(values.begin(), values.end(), data.data().begin() + channel * data.size2());
+    method(y, data.data().begin() + channel * data.size2());
   }
   Value::Vector timeline(new_axis.size());
   std::copy(new_axis.begin(), new_axis.end(), timeline.begin());

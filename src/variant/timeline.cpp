@@ -73,14 +73,21 @@ Value Ascending(const Value& signal) {
   return signal.IsFlipped() ? Flip(signal) : signal;
 }
 
+bool HasDuplicates(const Value& signal) {
+  const Vector& t = signal.GetVector();
+  return std::adjacent_find(t.begin(), t.end(), [](const Complex& a, const Complex& b) {
+           return a.real() == b.real();
+         }) != t.end();
+}
+
 Value MergeDuplicates(const Value& signal) {
   if (!signal.HasTimeline())
     throw CTypeException("Input object of must be of type SIGNAL or XYDATA.");
+  if (!HasDuplicates(signal)) return signal;
   const Vector& old_timeline = signal.GetVector();
   std::vector<std::size_t> kept;  // first sample of each run of equal abscissae
   for (std::size_t i = 0; i < old_timeline.size(); ++i)
     if (i == 0 || old_timeline(i).real() != old_timeline(i - 1).real()) kept.push_back(i);
-  if (kept.size() == old_timeline.size()) return signal;
 
   const Matrix& old_data = signal.GetMatrix();
   Vector timeline(kept.size());

@@ -9,6 +9,8 @@ namespace corvath::math {
 Value Flip(const Value& signal);
 /// Flip(signal) if its timeline descends, else a copy.
 Value Ascending(const Value& signal);
+/// Whether neighbouring samples have equal abscissae.
+bool HasDuplicates(const Value& signal);
 /// Neighbouring samples of equal abscissa become one with the mean 0.5 (y1 + y2) of each channel.
 Value MergeDuplicates(const Value& signal);
 
