@@ -3,6 +3,7 @@
 #include "metamodel/subspace_results.h"
 #include "metamodel/surrogate.h"
 #include "training/candidate.h"
+#include "training/candidate_trials.h"
 #include "training/cross_validation.h"
 #include "training/train_settings.h"
 
@@ -10,7 +11,6 @@
 #include <boost/shared_ptr.hpp>
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,14 +24,10 @@ struct ChosenModel {
   std::vector<math::metamodel::SubspaceResults> tried;  ///< all candidates in the order of trial
 };
 
-/// Called before each candidate and now and then inside long ones: its text, and the share of the
-/// work that is done. Ends the competition by an exception.
-using CompetitionObserver = std::function<void(const std::wstring& candidate, double share)>;
-
 /// Lets the models that the settings allow compete for one response, which is not constant.
 ///
 /// Each form (candidate.h) is fitted over each subspace that the filters propose
-/// (subspace_filters.h), and then over those that the leaders' single CoPs suggest. The measure is
+/// (subspace_filters.h), and then over those around the subspaces of the leaders. The measure is
 /// the coefficient of prognosis in the same groups for all. The largest wins, but
 ///
 /// - fewer inputs win over more within toleranceCoP_variables_, then
@@ -41,8 +37,8 @@ using CompetitionObserver = std::function<void(const std::wstring& candidate, do
 /// the CoP would allow for several times the error.
 ///
 /// A model that leaves the range of the response far behind between the designs, or has no
-/// prediction there, does not win; these are poles of a transform and holes of moving least squares.
-/// @throws TrainingError  no candidate can be built from so few designs
+/// prediction there (soundness.h), does not win.
+/// @throws TrainingError  no candidate can be built
 ChosenModel RunCompetition(const ResponseData& data, const TrainSettings& settings,
                            const CompetitionObserver& observer);
 

@@ -19,7 +19,7 @@ namespace corvath::training {
 /// What a training is at.
 struct TrainProgress {
   std::wstring response;   ///< full name of the response in work
-  std::wstring candidate;  ///< the model in work: "Kriging of 4 inputs, Box-Cox"
+  std::wstring candidate;  ///< the model in work: "Isotropic Kriging, Box-Cox, 4 inputs"
   std::uint64_t done = 0;  ///< work done, of `total`, over all responses; in no particular unit
   std::uint64_t total = 0;
 };
