@@ -100,7 +100,8 @@ std::int32_t DualActiveSet::Solve(bool factorise, std::int32_t limit, double* x)
   return answer;
 }
 
-/// Scales the rows to unit normals. A row of zeros that its constant violates is the answer -j.
+/// Scales the rows to unit normals. A row of zeros that its constant violates is the answer -j;
+/// constraints that are no numbers, which no comparison would ever find violated, are 3.
 std::int32_t DualActiveSet::ScaleRows() {
   const Eigen::Map<const Eigen::MatrixXd, 0, Eigen::OuterStride<>> rows(
       program_.rows, m_, n_, Eigen::OuterStride<>(program_.row_dimension));
@@ -109,11 +110,14 @@ std::int32_t DualActiveSet::ScaleRows() {
   for (Eigen::Index j = 0; j < m_; ++j) {
     const bool is_exact = residuals_(j) > kSmallestSquare && residuals_(j) < 1.0 / kSmallestSquare;
     const double norm = is_exact ? std::sqrt(residuals_(j)) : rows.row(j).stableNorm();
+    const double b = program_.constants[j];
+    if (std::isnan(residuals_(j)) || !std::isfinite(norm) || std::isnan(b)) return 3;
     scales_(j) = norm > 0.0 ? 1.0 / norm : 0.0;
     if (norm > 0.0) continue;
-    const double b = program_.constants[j];
     if (j < program_.num_equalities ? b != 0.0 : b < 0.0) return -static_cast<std::int32_t>(j + 1);
   }
+  for (Eigen::Index i = 0; i < n_; ++i)
+    if (std::isnan(program_.lower[i]) || std::isnan(program_.upper[i])) return 3;
   return 0;
 }
 

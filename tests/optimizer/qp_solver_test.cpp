@@ -253,7 +253,8 @@ TEST(QL, RefusesShortArraysAndNumbersThatAreNotFinite) {
   EXPECT_EQ(Solve(p, {1, /*lwar_missing=*/1}).ifail, 5);
   EXPECT_EQ(Solve(p, {1, 0, /*liwar_missing=*/1}).ifail, 5);
   EXPECT_EQ(Solve(p, {1, 0, 0, /*mnn_missing=*/1}).ifail, 5);
-  for (double* const number : {&p.c(1, 1), &p.c(2, 0), &p.d(1)}) {
+  for (double* const number :
+       {&p.c(1, 1), &p.c(2, 0), &p.d(1), &p.a(0, 1), &p.b(0), &p.lower(1), &p.upper(2)}) {
     const double before = *number;
     *number = std::nan("");
     EXPECT_EQ(Solve(p).ifail, 3);
@@ -262,6 +263,9 @@ TEST(QL, RefusesShortArraysAndNumbersThatAreNotFinite) {
   p.a << 1, 1, 1;
   p.b << -std::numeric_limits<double>::infinity();
   EXPECT_NE(Solve(p).ifail, 0);
+  p.b << 1;
+  p.a(0, 1) = std::numeric_limits<double>::infinity();
+  EXPECT_EQ(Solve(p).ifail, 3);
 }
 
 TEST(QL, SaysWhatIsWrongWhenItPrints) {
