@@ -2,8 +2,9 @@
 //
 //     train_report [DESIGNS [SEEDS]]
 //
-// For each function: the chosen model, its CoP beside 1 - SSE/SST on 2000 fresh points, its root
-// mean square error there beside that of the best candidate in hindsight, and the time. An asterisk
+// For each function: the chosen model, its CoP beside 1 - SSE/SST on 2000 fresh points, what models
+// chosen anew without each group predict where that was asked, its root mean square error there
+// beside that of the best candidate in hindsight, and the time. An asterisk
 // marks a difference of 0.05 or more, and a ratio above 1.25.
 
 #include "support/hindsight.h"
@@ -39,13 +40,13 @@ void Report(const support::PublishedFunction& function, Eigen::Index n, std::uin
   ++counts.all;
   counts.honest += support::IsHonest(difference);
   counts.well_chosen += support::IsWellChosen(hindsight.ratio);
-  std::printf("%-13s %3lld %5.3g %5zu  %-57ls %3llu  %6.4f %6.4f %+7.4f%c  %5.2f%c %6.2f s\n",
+  std::printf("%-13s %3lld %5.3g %5zu  %-57ls %3llu  %6.4f %6.4f %+7.4f%c %6.3f  %5.2f%c %6.2f s\n",
               function.name.c_str(), static_cast<long long>(sample.points.cols()), function.noise,
               chosen.tried.size(), chosen.text.c_str(),
               static_cast<unsigned long long>(
                   corvath::math::metamodel::CountBits(chosen.model->GetVariableSelection())),
               chosen.results.CoP, hindsight.determination, difference,
-              support::IsHonest(difference) ? ' ' : '*', hindsight.ratio,
+              support::IsHonest(difference) ? ' ' : '*', chosen.results.CoDtest, hindsight.ratio,
               support::IsWellChosen(hindsight.ratio) ? ' ' : '*', time.count());
   std::fflush(stdout);
 }
@@ -57,7 +58,8 @@ int main(int argc, char** argv) {
   const long num_seeds = argc > 2 ? std::atol(argv[2]) : 1;
   Counts counts;
   std::printf(
-      "function      inputs noise tried  %-57s uses     CoP  fresh    diff.  ratio     time\n",
+      "function      inputs noise tried  %-57s uses     CoP  fresh    diff.    anew  ratio     "
+      "time\n",
       "model");
   for (long seed = 1; seed <= num_seeds; ++seed)
     for (const support::PublishedFunction& function : support::PublishedFunctions())

@@ -198,7 +198,7 @@ SubspaceResults Judge(const SurrogateBase& model, Family family, const ResponseD
   results.CoPadj = Adjusted(results.CoP, n, num_coefficients);
   results.CoD = Determination(data.values, model.ApproximateSupportPoints());
   results.CoDadj = Adjusted(results.CoD, n, num_coefficients);
-  results.CoDtest = kNaN;  // no design is kept apart
+  results.CoDtest = kNaN;
   results.predError = (data.values - predicted).norm() / std::sqrt(static_cast<double>(n));
   return results;
 }

@@ -52,7 +52,7 @@ boost::shared_ptr<math::metamodel::SurrogateBase> MakeModel(
     const math::metamodel::SurrogateSettingsBase& settings, const Eigen::MatrixXd& points,
     const Eigen::VectorXd& values);
 
-/// The figures of a built model, single CoPs excepted.
+/// The figures of a built model, single CoPs and what is told of test data excepted.
 math::metamodel::SubspaceResults Judge(const math::metamodel::SurrogateBase& model, Family family,
                                        const ResponseData& data);
 

@@ -13,6 +13,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace corvath::training {
@@ -42,13 +43,13 @@ class CandidateTrials {
   static constexpr Eigen::Index kMostLocal = 5000;
   static constexpr Eigen::Index kMostKriging = 3000;
 
-  /// Refers to its arguments.
+  /// Refers to its arguments, the forms excepted.
   CandidateTrials(const ResponseData& data, const math::metamodel::ZELSettings& settings,
-                  const CompetitionObserver& observer)
+                  std::vector<CandidateForm> forms, const CompetitionObserver& observer)
       : data_(data),
         settings_(settings),
         observer_(observer),
-        forms_(AllowedForms(settings)),
+        forms_(std::move(forms)),
         probes_(data.points) {}
 
   /// Fits each form over each subspace. A form that a subspace or the designs do not suffice for is

@@ -41,18 +41,18 @@ std::vector<std::size_t> RandomOrder(std::size_t n, std::uint32_t seed) {
   return order;
 }
 
-std::size_t CountDifferent(Eigen::VectorXd column) {
+}  // namespace
+
+std::size_t CountLevels(Eigen::VectorXd column) {
   std::sort(column.begin(), column.end());
   return static_cast<std::size_t>(std::unique(column.begin(), column.end()) - column.begin());
 }
-
-}  // namespace
 
 ResponseData MakeResponseData(Eigen::MatrixXd points, Eigen::VectorXd values,
                               std::uint32_t num_groups, std::uint32_t seed) {
   ResponseData data;
   data.groups = MakeGroups(points, num_groups, seed);
-  for (const auto& column : points.colwise()) data.num_levels.push_back(CountDifferent(column));
+  for (const auto& column : points.colwise()) data.num_levels.push_back(CountLevels(column));
   data.points = std::move(points);
   data.values = std::move(values);
   return data;

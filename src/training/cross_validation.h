@@ -22,6 +22,9 @@ struct ResponseData {
 ResponseData MakeResponseData(Eigen::MatrixXd points, Eigen::VectorXd values,
                               std::uint32_t num_groups, std::uint32_t seed);
 
+/// Number of different values.
+std::size_t CountLevels(Eigen::VectorXd column);
+
 /// `num_groups` groups of nearly equal size (as many as there are different points, if these are
 /// fewer) in a random order that `seed` fixes on every machine. Points that coincide share a group:
 /// a repeated design would predict itself.

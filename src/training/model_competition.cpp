@@ -28,6 +28,8 @@ using math::metamodel::SurrogateBase;
 constexpr int kMostRounds = 5;
 /// Share of the work that counts for the subspaces of the filters.
 constexpr double kFirstRound = 0.8;
+/// Share of the work until the winner stands.
+constexpr double kCompeted = 0.8;
 /// An input is spared whose single CoP is below this share of what the model leaves unexplained.
 constexpr double kSpared = 0.1;
 /// Errors below this share of the response's range are rounding: a model that has them is exact.
@@ -35,11 +37,12 @@ constexpr double kExact = 1e-9;
 
 class Competition {
  public:
-  Competition(const ResponseData& data, const TrainSettings& settings,
-              const CompetitionObserver& observer)
-      : data_(data), settings_(settings.models), trials_(data, settings.models, observer) {}
+  Competition(const ResponseData& data, const math::metamodel::ZELSettings& settings,
+              std::vector<CandidateForm> forms, const CompetitionObserver& observer)
+      : data_(data), settings_(settings), trials_(data, settings, std::move(forms), observer) {}
 
-  ChosenModel Run() {
+  /// The winner; valid as long as the competition.
+  const Candidate& Run() {
     trials_.Try(ProposeSubspaces(data_, settings_), 0.0, kFirstRound);
     for (int round = 0; round < kMostRounds; ++round) {
       const std::vector<BitVector> subspaces = ProposeByLeaders();
@@ -47,9 +50,25 @@ class Competition {
       const double width = (1.0 - kFirstRound) / kMostRounds;
       trials_.Try(subspaces, kFirstRound + width * round, width);
     }
-    const Candidate& winner = Choose();
+    return Choose();
+  }
+
+  boost::shared_ptr<SurrogateBase> Build(const Candidate& candidate) const {
+    return trials_.Build(candidate);
+  }
+
+  /// The model of the winner with all figures that its own fit gives.
+  ChosenModel Finish(const Candidate& winner) {
     trials_.Observe(L"Importance of the inputs");
-    return Finish(winner);
+    ChosenModel chosen;
+    chosen.model = trials_.Build(winner);
+    chosen.text = Describe(winner.form);
+    chosen.results = Judge(*chosen.model, winner.form.family, data_);
+    chosen.results.singleCoPs = ComputeSingleCoPs(*chosen.model, data_);
+    chosen.model->BuildErrors(data_.groups);
+    chosen.model->SetSingleCoPs(chosen.results.singleCoPs);
+    for (const Candidate& tried : trials_.GetCandidates()) chosen.tried.push_back(tried.results);
+    return chosen;
   }
 
  private:
@@ -181,18 +200,6 @@ class Competition {
     return {subspace};
   }
 
-  ChosenModel Finish(const Candidate& candidate) const {
-    ChosenModel chosen;
-    chosen.model = trials_.Build(candidate);
-    chosen.text = Describe(candidate.form);
-    chosen.results = Judge(*chosen.model, candidate.form.family, data_);
-    chosen.results.singleCoPs = ComputeSingleCoPs(*chosen.model, data_);
-    chosen.model->BuildErrors(data_.groups);
-    chosen.model->SetSingleCoPs(chosen.results.singleCoPs);
-    for (const Candidate& tried : trials_.GetCandidates()) chosen.tried.push_back(tried.results);
-    return chosen;
-  }
-
   const ResponseData& data_;
   const math::metamodel::ZELSettings& settings_;
   CandidateTrials trials_;
@@ -201,11 +208,70 @@ class Competition {
   bool needs_sound_ = true;
 };
 
+ResponseData RowsOf(const ResponseData& data, const std::vector<Eigen::Index>& rows) {
+  ResponseData some;
+  some.points = data.points(rows, Eigen::all);
+  some.values = data.values(rows);
+  some.groups = data.groups(rows);
+  for (const auto& column : some.points.colwise()) some.num_levels.push_back(CountLevels(column));
+  return some;
+}
+
+/// Predictions at `points` by the best model of one form; the mean where there can be none.
+Eigen::VectorXd PredictByBest(const ResponseData& data,
+                              const math::metamodel::ZELSettings& settings,
+                              const CandidateForm& form, const Eigen::MatrixXd& points) {
+  const CompetitionObserver none = [](const std::wstring&, double) {};
+  try {
+    Competition competition(data, settings, {form}, none);
+    if (!IsConstantColumn(data.values))
+      return competition.Build(competition.Run())->Approximate(points);
+  } catch (const TrainingError&) {
+    // too few designs for the form
+  }
+  return Eigen::VectorXd::Constant(points.rows(), data.values.mean());
+}
+
+/// The share of the variance that models of one form predict whose inputs and parameters were chosen
+/// without the group that they predict.
+double ChooseAnew(const ResponseData& data, const math::metamodel::ZELSettings& settings,
+                  const CandidateForm& form, const CompetitionObserver& observer) {
+  const std::set<std::uint64_t> groups(data.groups.begin(), data.groups.end());
+  Eigen::VectorXd predicted(data.values.size());
+  double done = 0.0;
+  for (const std::uint64_t group : groups) {
+    observer(L"Choice without each group",
+             kCompeted + (1.0 - kCompeted) * done++ / static_cast<double>(groups.size()));
+    std::vector<Eigen::Index> own, others;
+    for (Eigen::Index i = 0; i < data.groups.size(); ++i)
+      (data.groups(i) == group ? own : others).push_back(i);
+    predicted(own) =
+        PredictByBest(RowsOf(data, others), settings, form, data.points(own, Eigen::all));
+  }
+  return Determination(data.values, predicted);
+}
+
+/// Whether the choice of the model may have much to do with its CoP: much is unexplained, and the
+/// designs are few.
+bool IsChoiceInDoubt(const ChosenModel& chosen, const ResponseData& data) {
+  constexpr double kUnexplained = 0.1;
+  constexpr Eigen::Index kFew = 300;
+  return chosen.results.CoP < 1.0 - kUnexplained && data.values.size() <= kFew;
+}
+
 }  // namespace
 
 ChosenModel RunCompetition(const ResponseData& data, const TrainSettings& settings,
                            const CompetitionObserver& observer) {
-  return Competition(data, settings, observer).Run();
+  const CompetitionObserver in_part = [&](const std::wstring& candidate, double share) {
+    observer(candidate, kCompeted * share);
+  };
+  Competition competition(data, settings.models, AllowedForms(settings.models), in_part);
+  const Candidate& winner = competition.Run();
+  ChosenModel chosen = competition.Finish(winner);
+  if (IsChoiceInDoubt(chosen, data))
+    chosen.results.CoDtest = ChooseAnew(data, settings.models, winner.form, observer);
+  return chosen;
 }
 
 ChosenModel MakeConstantModel(const ResponseData& data) {

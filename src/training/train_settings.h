@@ -10,10 +10,10 @@ namespace corvath::training {
 struct TrainSettings {
   /// Families and orders that compete, filters of inputs, tolerances. The switches that count:
   /// use_boxcox_, use_polynomials_, max_order_polynomial_, use_MLS_, max_order_MLS_, use_Kriging_,
-  /// use_anisotropic_Kriging_; the filters and their limits; toleranceCoP_model_ and
+  /// use_anisotropic_Kriging_; the filters and their limits, that of input correlations excepted; toleranceCoP_model_ and
   /// toleranceCoP_variables_; coeff_factor_*: designs that a model needs for each coefficient.
   math::metamodel::ZELSettings models;
-  /// Of the cross-validation groups; the same seed gives the same study on every machine.
+  /// Of the cross-validation groups; the same seed gives the same groups on every machine.
   std::uint32_t seed = 1;
   /// Of cross-validation, at least 2; no more are made than there are designs. Each model is judged
   /// without one group in turn: with few groups it is judged from clearly fewer designs than it has

@@ -8,6 +8,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iomanip>
+#include <optional>
+#include <sstream>
 
 namespace corvath::training {
 namespace {
@@ -40,7 +43,15 @@ std::vector<Rows> RequireResponses(const TrainingTable& table) {
                               L" designs with a value; at least " +
                               std::to_wstring(kFewestDesigns) + L" are needed.",
                           table.responses[k]);
-    all_constant = all_constant && IsConstantColumn(column);
+    if (IsConstantColumn(column)) continue;
+    all_constant = false;
+    const Eigen::ArrayXd values = column(usable[k]);
+    const double squares = (values - values.mean()).square().sum();
+    if (!(std::isnormal(squares) && std::isnormal(1.0 / squares)))
+      throw TrainingError(L"Response \"" + table.responses[k] +
+                              L"\" has values that are too large or too small to be squared; "
+                              L"change its unit.",
+                          table.responses[k]);
   }
   if (all_constant) throw TrainingError(L"All responses are constant.");
   return usable;
@@ -56,12 +67,27 @@ TrainedResponse Summarise(const TrainingTable& table, std::size_t response,
     if (bits[j]) trained.inputs.push_back(table.inputs[static_cast<std::size_t>(columns[j])]);
   trained.cop = chosen.results.CoP;
   trained.cod = chosen.results.CoD;
+  trained.cod_test = chosen.results.CoDtest;
   trained.cod_adjusted = chosen.results.CoDadj;
   trained.single_cops = Eigen::VectorXd::Zero(table.points.cols());
   trained.single_cops(columns) = chosen.results.singleCoPs;
   trained.num_designs = static_cast<std::uint64_t>(chosen.model->GetValues().size());
   trained.num_candidates = chosen.tried.size();
   return trained;
+}
+
+/// A CoP that is the largest of many by luck tells less than it seems to.
+std::optional<std::wstring> DoubtIn(const TrainedResponse& trained) {
+  constexpr double kDoubt = 0.05;
+  if (!(trained.cop - trained.cod_test > kDoubt)) return std::nullopt;  // also for NaN
+  std::wostringstream note;
+  note
+      << std::fixed << std::setprecision(2) << L"Response \"" << trained.name << L"\": its CoP of "
+      << trained.cop
+      << L" owes much to the choice among many models; chosen again without each group of designs, "
+         L"they predict a share of "
+      << std::max(trained.cod_test, 0.0) << L" of it.";
+  return note.str();
 }
 
 /// Passes what a competition is at on, as a part of the whole training.
@@ -108,6 +134,7 @@ TrainedStudy TrainStudy(const TrainingTable& table, const TrainSettings& setting
                                    : RunCompetition(data, settings, ObserverOf(table, k, observer));
     writer.AddModel(k, chosen, usable[k], data.groups);
     study.responses.push_back(Summarise(table, k, chosen, columns));
+    if (const auto note = DoubtIn(study.responses.back())) study.notes.push_back(*note);
   }
   study.project = writer.Finish();
   return study;

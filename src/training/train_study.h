@@ -41,6 +41,7 @@ struct TrainedResponse {
   std::vector<std::wstring> inputs;  ///< those that the model uses
   double cop = 0.0;                  ///< 1 - SSE / SST of cross-validated predictions
   double cod = 0.0;                  ///< the same of the fitted values
+  double cod_test = 0.0;  ///< of models chosen without each group; NaN where that is not in doubt
   double cod_adjusted = 0.0;         ///< for the number of coefficients
   Eigen::VectorXd single_cops;       ///< m: loss of CoP without the input; 0 for inputs left out
   std::uint64_t num_designs = 0;     ///< that did not fail for this response
@@ -51,7 +52,8 @@ struct TrainedResponse {
 struct TrainedStudy {
   algorithm::datatypes::VRDB project;
   std::vector<TrainedResponse> responses;  ///< in the order of the table
-  /// What the user should know: constant inputs, failed designs, responses without model.
+  /// What the user should know: constant inputs and responses, failed designs, a CoP that owes much
+  /// to the choice of its model.
   std::vector<std::wstring> notes;
 };
 

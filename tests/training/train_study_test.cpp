@@ -187,7 +187,7 @@ TEST(TrainStudy, TheProjectHoldsTheWholeTable) {
   EXPECT_TRUE(zel.zel_settings_->advanced_settings_.pzel_settings_.IsEqual(QuickSettings().models));
 }
 
-TEST(TrainStudy, TheSameSeedGivesTheSameStudyAndTheRowsMayMove) {
+TEST(TrainStudy, TheSameSeedGivesTheSameStudy) {
   TrainSettings settings = QuickSettings();
   settings.models.use_MLS_ = false;
   TrainingTable table = MakeTable();
@@ -249,7 +249,7 @@ TEST(TrainStudy, RefusesWhatCannotBeTrainedOn) {
             "Criterion \"c\" names the constant input \"fixed\"; write its value, 2.5.");
 }
 
-TEST(TrainStudy, AFewDesignsGiveASimpleModelOrAClearRefusal) {
+TEST(TrainStudy, AFewDesignsGiveASimpleModel) {
   for (const Eigen::Index n : {4, 5, 8, 12}) {
     TrainingTable table;
     table.inputs = {L"a", L"b", L"c"};
@@ -259,6 +259,33 @@ TEST(TrainStudy, AFewDesignsGiveASimpleModelOrAClearRefusal) {
     const TrainedStudy study = TrainStudy(table, {});
     EXPECT_LE(study.responses[0].inputs.size(), static_cast<std::size_t>(n) / 2);
     EXPECT_TRUE(std::isfinite(study.responses[0].cop));
+  }
+}
+
+TEST(TrainStudy, ANoteTellsOfACoPThatIsLuck) {
+  TrainingTable table;
+  for (int j = 0; j < 20; ++j) table.inputs.push_back(L"x" + std::to_wstring(j));
+  table.points = support::UniformPoints(100, 20, 3);
+  table.responses = {L"noise"};
+  table.values = support::UniformVector(100, 103);
+  TrainSettings settings = QuickSettings();
+  settings.models.use_MLS_ = false;
+  const TrainedStudy study = TrainStudy(table, settings);
+  ASSERT_GT(study.responses[0].cop, study.responses[0].cod_test + 0.05);
+  ASSERT_EQ(study.notes.size(), 1u);
+  EXPECT_EQ(study.notes[0].find(L"Response \"noise\": its CoP of 0."), 0u);
+  const auto& best =
+      study.project.GetAlgorithmInfo()->GetZELInformation()->best_models_->GetResults().front();
+  EXPECT_EQ(best.second.CoDtest, study.responses[0].cod_test);
+}
+
+TEST(TrainStudy, ValuesThatCannotBeSquaredAreRefused) {
+  for (const double scale : {1e200, 1e-200}) {
+    TrainingTable table = MakeTable();
+    table.values.col(1) *= scale;
+    EXPECT_EQ(support::MessageOfExactly<TrainingError>([&] { TrainStudy(table, QuickSettings()); }),
+              "Response \"s[0]\" has values that are too large or too small to be squared; change "
+              "its unit.");
   }
 }
 
