@@ -29,7 +29,7 @@ class Walk {
     while (!open.empty()) {
       const ParsedText::Index current = open.back();
       open.pop_back();
-      if (++steps_ > kMaxSteps) throw CCalculatorException(L"Too many dependencies");
+      if (++steps_ > workspace_.max_steps) throw CCalculatorException(L"Too many dependencies");
       if (text.GetRule(current) == Rule::kObject)
         Visit(text.GetObject(current), path, found);
       else if (text.GetRule(current) == Rule::kAssign)

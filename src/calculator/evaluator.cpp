@@ -98,9 +98,9 @@ class Evaluator::Level {
  public:
   explicit Level(Workspace& workspace) : workspace_(workspace) {
     if (workspace_.depth == 0) workspace_.steps = 0;
-    if (++workspace_.steps > kMaxSteps) {
-      throw CCalculatorException(L"Evaluation of more than " + std::to_wstring(kMaxSteps) +
-                                 L" steps");
+    if (++workspace_.steps > workspace_.max_steps) {
+      throw CCalculatorException(L"Evaluation of more than " +
+                                 std::to_wstring(workspace_.max_steps) + L" steps");
     }
     if (workspace_.depth >= kMaxDepth) {
       if (workspace_.macro_depth > 1)

@@ -94,10 +94,10 @@ ParsedText::Meaning ParsedText::Find(Index node, ObjectTable& objects) const {
 const ParsedText& ParseCache::Parse(std::wstring_view text) {
   std::wstring normal = DeleteBlanks(text);
   if (const auto found = texts_.find(normal); found != texts_.end()) return *found->second;
-  if (normal.size() > kMaxTextLength || length_ + normal.size() > kMaxLength)
+  if (normal.size() > kMaxTextLength || length_ + normal.size() > max_length_)
     throw CCalculatorException(
         L"Expression texts of more than " +
-        std::to_wstring(normal.size() > kMaxTextLength ? kMaxTextLength : kMaxLength) +
+        std::to_wstring(normal.size() > kMaxTextLength ? kMaxTextLength : max_length_) +
         L" characters");
   ParseResult result = calculator::Parse(normal);
   if (!result.full)

@@ -91,9 +91,6 @@ class ParsedText {
 /// The parsed texts of one calculator, each parsed once. They stay where they are.
 class ParseCache {
  public:
-  /// Most characters of all texts together.
-  static constexpr std::size_t kMaxLength = std::size_t{1} << 22;
-
   ParseCache(ObjectTable& objects, MacroTable& macros) : objects_(objects), macros_(macros) {}
   ParseCache(const ParseCache&) = delete;
   ParseCache& operator=(const ParseCache&) = delete;
@@ -104,6 +101,8 @@ class ParseCache {
   const ParsedText& Parse(std::wstring_view text);
 
   std::size_t size() const { return texts_.size(); }
+  /// Most characters of all texts together.
+  void SetMaxLength(std::size_t max_length) { max_length_ = max_length; }
   /// Whether one of the texts may define objects or macros, by itself or by what it calls.
   bool MayDefine() const { return may_define_; }
 
@@ -112,6 +111,7 @@ class ParseCache {
   MacroTable& macros_;
   std::map<std::wstring_view, std::unique_ptr<const ParsedText>> texts_;  ///< by their own texts
   std::size_t length_ = 0;
+  std::size_t max_length_ = std::size_t{1} << 22;
   bool may_define_ = false;
 };
 

@@ -42,6 +42,7 @@ struct Workspace {
   std::size_t held_entries = 0;
   std::size_t assigned_entries = 0;
   std::size_t max_entries = math::kMaxEntries;  ///< most of each of the two
+  std::uint64_t max_steps = kMaxSteps;
 
  private:
   std::optional<boost::random::mt19937> generator_;

@@ -54,8 +54,9 @@ void DesignSet::Merge(const DesignSet& other) {
   design_ids_.insert(other.design_ids_.begin(), other.design_ids_.end());
   for (const auto& [type, group] : other.design_specifications_) {
     const auto [first, last] = design_specifications_.equal_range(type);
-    const auto same = std::find_if(
-        first, last, [&](const auto& known) { return known.second.name_ == group.name_; });
+    const auto same = std::find_if(first, last, [&group = group](const auto& known) {
+      return known.second.name_ == group.name_;
+    });
     if (same == last)
       design_specifications_.emplace(type, group);
     else
