@@ -3,9 +3,9 @@
 //
 //     compare_tenbar [zel_tenbar.vrdb]
 
+#include "library_calls.h"
 #include "ten_bar_truss.h"
 #include "truss_study.h"
-#include "zelsolver/zelsolver.h"
 
 #include <Eigen/Core>
 
@@ -19,24 +19,11 @@
 
 namespace {
 
+using examples::Check;
+
 constexpr unsigned int kNumDesigns = 500;
 constexpr unsigned int kNumShown = 3;
 constexpr double kMargin = 0.02;  // of the range: keeps the designs inside the trained ones
-
-[[noreturn]] void Fail() {
-  std::fprintf(stderr, "compare_tenbar: %s\n", dzel2_getLastError());
-  std::exit(1);
-}
-
-std::vector<std::string> OutputNames(const char* path) {
-  char* block = nullptr;
-  if (dzel2_getNames(path, ZEL_OUTPUTS, &block) != ZEL_OK) Fail();
-  std::vector<std::string> names;
-  for (const char* name = block; *name != '\0'; name += names.back().size() + 1)
-    names.emplace_back(name);
-  dzel2_free(block);
-  return names;
-}
 
 /// Designs at random: one row each, in^2. The same on every machine.
 Eigen::MatrixXd RandomAreas() {
@@ -62,16 +49,15 @@ std::vector<double> Analyse(const Eigen::RowVectorXd& areas) {
 
 int main(int argc, char** argv) {
   const char* const path = argc > 1 ? argv[1] : nullptr;  // null: zel_tenbar.vrdb in this folder
-  const auto names = OutputNames(path);
+  const auto names = examples::OutputNames(path);
   const std::size_t num_outputs = names.size();
 
   const Eigen::MatrixXd areas = RandomAreas();
   // Column-major, one row per design: just the layout that the library takes.
   const auto num_values = static_cast<unsigned int>(areas.size());
   std::vector<double> out(num_outputs * kNumDesigns);
-  if (dzel2_solve(path, kNumDesigns, areas.data(), num_values, ZEL_SOLVE_RESPONSES, out.data(),
-                  static_cast<unsigned int>(out.size())) != ZEL_OK)
-    Fail();
+  Check(dzel2_solve(path, kNumDesigns, areas.data(), num_values, ZEL_SOLVE_RESPONSES, out.data(),
+                    static_cast<unsigned int>(out.size())));
   // Density, then errors, of each response; a family may have none.
   std::vector<std::vector<double>> trust(num_outputs);
   for (std::size_t k = 0; k < num_outputs; ++k) {
@@ -113,7 +99,7 @@ int main(int argc, char** argv) {
       largest = std::fmax(largest, std::fabs(error));
     }
     std::vector<double> cops(examples::kNumBars + 1);
-    if (dzel2_getCoPValuesPerResponse(path, names[k].c_str(), cops.data()) != ZEL_OK) Fail();
+    Check(dzel2_getCoPValuesPerResponse(path, names[k].c_str(), cops.data()));
     std::printf("  %-13s %12.4f %12.4f %14.4f\n", names[k].c_str(), cops.back(),
                 1.0 - squares / total, largest);
   }

@@ -3,9 +3,9 @@
 //
 //     optimise_tenbar [zel_tenbar.vrdb]
 
+#include "library_calls.h"
 #include "ten_bar_truss.h"
 #include "truss_optimum.h"
-#include "zelsolver/zelsolver.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -15,38 +15,23 @@
 namespace {
 
 using corvath::algorithm::optimizer::OptimizerNLPQLP;
+using examples::Check;
 using examples::TrussIterate;
-
-[[noreturn]] void Fail() {
-  std::fprintf(stderr, "optimise_tenbar: %s\n", dzel2_getLastError());
-  std::exit(1);
-}
-
-std::vector<std::string> OutputNames(const char* path) {
-  char* block = nullptr;
-  if (dzel2_getNames(path, ZEL_OUTPUTS, &block) != ZEL_OK) Fail();
-  std::vector<std::string> names;
-  for (const char* name = block; *name != '\0'; name += names.back().size() + 1)
-    names.emplace_back(name);
-  dzel2_free(block);
-  return names;
-}
 
 /// Where the project's models were trained: beyond, they refuse to predict.
 examples::AreaBounds InputBounds(const char* path) {
   Eigen::Matrix<double, 2, Eigen::Dynamic> bounds(2, examples::kNumBars);
-  if (dzel2_getInputBounds(path, bounds.data()) != ZEL_OK) Fail();
+  Check(dzel2_getInputBounds(path, bounds.data()));
   return {bounds.row(0), bounds.row(1)};
 }
 
 /// All outputs of the project's models at each design.
 Eigen::MatrixXd Predict(const char* path, std::size_t num_outputs, const Eigen::MatrixXd& areas) {
   Eigen::MatrixXd responses(areas.rows(), static_cast<Eigen::Index>(num_outputs));
-  if (areas.rows() > 0 &&
-      dzel2_solve(path, static_cast<unsigned int>(areas.rows()), areas.data(),
-                  static_cast<unsigned int>(areas.size()), ZEL_SOLVE_RESPONSES, responses.data(),
-                  static_cast<unsigned int>(responses.size())) != ZEL_OK)
-    Fail();
+  if (areas.rows() > 0)
+    Check(dzel2_solve(path, static_cast<unsigned int>(areas.rows()), areas.data(),
+                      static_cast<unsigned int>(areas.size()), ZEL_SOLVE_RESPONSES,
+                      responses.data(), static_cast<unsigned int>(responses.size())));
   return responses;
 }
 
@@ -60,7 +45,7 @@ void PrintAreas(const char* title, const Eigen::RowVectorXd& areas) {
 
 int main(int argc, char** argv) {
   const char* const path = argc > 1 ? argv[1] : nullptr;  // null: zel_tenbar.vrdb in this folder
-  const std::vector<std::string> names = OutputNames(path);
+  const std::vector<std::string> names = examples::OutputNames(path);
   const examples::AreaBounds bounds = InputBounds(path);
 
   std::printf(

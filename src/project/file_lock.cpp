@@ -7,13 +7,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <string>
 
 namespace corvath::algorithm::datatypes {
 namespace {
 
-// All users of the machine share /tmp whatever their environment says; TMPDIR would split them.
-constexpr char kDirectory[] = "/tmp/CorvathBIP_ntbs";
+// All users of a machine share the C library's own directory of temporary files, whatever their
+// environment says; TMPDIR would split them.
+constexpr char kDirectory[] = P_tmpdir "/CorvathBIP_ntbs";
 constexpr mode_t kOpenDirectory = 01777;  // everybody adds files, only owners remove them
 constexpr mode_t kOpenFile = 0666;
 
