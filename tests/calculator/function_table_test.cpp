@@ -84,13 +84,6 @@ TEST(FunctionTable, HoldsAllNamesWithTheirCounts) {
   EXPECT_FALSE(FunctionTable::Get().Find(L""));
 }
 
-TEST(FunctionTable, TakesTheCountsOfItsRows) {
-  const Function& interpolate = *FunctionTable::Get().Find(L"interpolate");
-  for (std::size_t count = 0; count < 8; ++count)
-    EXPECT_EQ(interpolate.Takes(count), count == 2 || count == 3 || count == 5) << count;
-  EXPECT_TRUE(FunctionTable::Get().Find(L"max")->Takes(1000));
-}
-
 /// The arguments of a signature: "interpolate(S, at [, type [, d0, d1]])" has S, at, type, d0, d1
 /// and 2 that are not optional. Of x_1, ..., x_n the x counts once.
 struct Arguments {
