@@ -36,7 +36,7 @@ void Report(const support::PublishedFunction& function, Eigen::Index n, std::uin
   const ChosenModel chosen = RunCompetition(data, settings, [](const std::wstring&, double) {});
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
   const support::Hindsight hindsight = support::LookBack(function, chosen, data, seed + 1000);
-  const double difference = chosen.results.CoP - hindsight.determination;
+  const double difference = chosen.GetCoP() - hindsight.determination;
   ++counts.all;
   counts.honest += support::IsHonest(difference);
   counts.well_chosen += support::IsWellChosen(hindsight.ratio);
@@ -45,8 +45,8 @@ void Report(const support::PublishedFunction& function, Eigen::Index n, std::uin
               chosen.tried.size(), chosen.text.c_str(),
               static_cast<unsigned long long>(
                   corvath::math::metamodel::CountBits(chosen.model->GetVariableSelection())),
-              chosen.results.CoP, hindsight.determination, difference,
-              support::IsHonest(difference) ? ' ' : '*', chosen.results.CoDtest, hindsight.ratio,
+              chosen.GetCoP(), hindsight.determination, difference,
+              support::IsHonest(difference) ? ' ' : '*', chosen.GetRawCoP(), hindsight.ratio,
               support::IsWellChosen(hindsight.ratio) ? ' ' : '*', time.count());
   std::fflush(stdout);
 }
@@ -58,7 +58,7 @@ int main(int argc, char** argv) {
   const long num_seeds = argc > 2 ? std::atol(argv[2]) : 1;
   Counts counts;
   std::printf(
-      "function      inputs noise tried  %-57s uses     CoP  fresh    diff.    anew  ratio     "
+      "function      inputs noise tried  %-57s uses     CoP  fresh    diff.     raw  ratio     "
       "time\n",
       "model");
   for (long seed = 1; seed <= num_seeds; ++seed)

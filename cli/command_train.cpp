@@ -58,7 +58,7 @@ std::string RequireOutput(const TrainOptions& options) {
 TrainedStudy Train(const TrainOptions& options, const DesignTable& table) {
   corvath::training::TrainSettings settings;
   settings.seed = options.seed;
-  settings.models.use_anisotropic_Kriging_ = options.anisotropic;
+  settings.models.use_anisotropic_Kriging_ = true;
   const auto criteria = ParseCriteria(options.criteria, table.data);
   ProgressLine progress(!options.quiet);
   const auto observer = [&](const corvath::training::TrainProgress& state) {
@@ -93,12 +93,13 @@ std::string Summary(const TrainedStudy& study, const DesignTable& table, const s
   TextTable summary;
   summary.AddColumn("response", TextTable::Align::kLeft);
   summary.AddColumn("CoP", TextTable::Align::kRight);
+  summary.AddColumn("raw", TextTable::Align::kRight);
   summary.AddColumn("designs", TextTable::Align::kRight);
   summary.AddColumn("model", TextTable::Align::kLeft);
   summary.AddColumn("inputs that it uses, with the loss of CoP without each",
                     TextTable::Align::kLeft);
   for (const TrainedResponse& response : study.responses)
-    summary.AddRow({ToUtf8(response.name), CoPText(response.cop, 4),
+    summary.AddRow({ToUtf8(response.name), CoPText(response.cop, 4), CoPText(response.cop_raw, 4),
                     std::to_string(response.num_designs), ToUtf8(response.model),
                     InputsText(response, table.data.inputs)});
   std::ostringstream text;

@@ -1,6 +1,7 @@
 #include "doe/doe.h"
 #include "foundation/log_line.h"
 #include "metamodel/definite_factor.h"
+#include "metamodel/kernel_noise_fit.h"
 #include "metamodel/ordinary_kriging.h"
 #include "metamodel/radius_range.h"
 #include "optimizer/nlpqlp_interface.h"
@@ -132,6 +133,25 @@ bool OrdinaryKriging::BuildOptimal(const IndexVector& subsets) {
       << L"Kriging: no parameters can be chosen; all support points coincide, no input is "
          L"selected, or no trial can be solved.";
   return false;
+}
+
+bool OrdinaryKriging::BuildWithNoise(const std::vector<Eigen::Index>& rows) {
+  RequireValuePerPoint();
+  if (rows.size() < 2 || CountBits(GetVariableSelection()) == 0) return false;
+  if (trans_value_) ChooseValueTransform();
+  TransformSupportData();
+  const bool is_anisotropic = settings_.GetKernelType() == KernelType::kConstInflExp;
+  if (!is_anisotropic && settings_.GetKernelType() != KernelType::kConstInflIsoExp)
+    throw std::logic_error("BuildWithNoise: a kernel without radii");
+  const KernelWithNoise fit =
+      FitKernelWithNoise(points_trans_reduced_(rows, Eigen::all), values_trans_(rows),
+                         is_anisotropic, interruption_point_);
+  if (!std::isfinite(fit.objective)) return false;
+  settings_.SetKernelParameter(fit.radii);
+  settings_.SetNugget(fit.nugget);
+  settings_.SetState(SettingsState::kOptimized);
+  need_build_ = true;
+  return Build();
 }
 
 bool OrdinaryKriging::Fit(const IndexVector& subsets) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "metamodel/linear_regression_settings.h"
+#include "metamodel/ridge_solver.h"
 #include "metamodel/surrogate.h"
 
 namespace corvath::math::metamodel {
@@ -36,6 +37,17 @@ class LinearRegression : public SurrogateBase {
   /// BuildBoxCox when there is a value transform, else Build; the groups do not matter.
   bool BuildOptimal(const IndexVector& subsets) override;
 
+  /// Builds with penalised coefficients (RidgeSolver) in place of those of least squares; there may
+  /// be more of them than support points. The penalty is no part of the settings: a later Build of
+  /// a changed model is one of least squares.
+  /// @returns false without support points, or when the terms are not those of StandardTerms
+  bool BuildRidge(const RidgePenalty& penalty);
+  /// The same, with the penalty of the smallest cross-validated error in these groups.
+  /// @param[out] predicted  each value without its group, in the user's units
+  RidgePenalty BuildOptimalRidge(const IndexVector& groups, Eigen::VectorXd& predicted);
+  /// Each value predicted without its group with this penalty, in the user's units. Built.
+  Eigen::VectorXd CrossValidateRidge(const RidgePenalty& penalty, const IndexVector& groups) const;
+
   /// Chooses the Box-Cox transform of the response by search over a grid, and builds.
   /// @returns false when the model could not be built
   virtual bool BuildBoxCox();
@@ -63,6 +75,7 @@ class LinearRegression : public SurrogateBase {
   /// The parts of a loaded model must fit each other before anything is computed with them.
   void RequireConsistent() const;
   void RequireSupportMatrix() const;
+  StandardTerms TermsOf(const ConstPoints& transformed, double curvature) const;
   /// Values through the value transform as it was built.
   Eigen::VectorXd ForwardValues() const;
 

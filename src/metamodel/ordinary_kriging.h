@@ -59,6 +59,12 @@ class OrdinaryKriging : public SurrogateBase {
   /// @throws std::logic_error  an unknown kernel, or `subsets` is used and not of size N
   bool BuildOptimal(const IndexVector& subsets) override;
 
+  /// Chooses the value transform where there is one, kernel parameters and nugget for data with noise
+  /// (FitKernelWithNoise), from these rows of the support points, and builds with all.
+  /// @returns false when there are no support points, inputs or likelihood; the model is not built
+  /// @throws std::logic_error  a kernel without radii
+  bool BuildWithNoise(const std::vector<Eigen::Index>& rows);
+
   /// How much the cross-validated share of unexplained variance grows when one input is removed: m
   /// values, 0 for inputs that are not selected, NaN where the smaller model cannot be built.
   virtual Eigen::VectorXd ComputeSingleCoPs(const IndexVector& subsets) const;

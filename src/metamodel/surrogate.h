@@ -80,6 +80,11 @@ class SurrogateBase {
   bool BuildErrors();
   bool BuildErrors(const IndexVector& subsets);
 
+  /// Takes residuals (N, value minus prediction without the point's group) from a caller who knows
+  /// more than the model: who also chose the model without each group. With BuildErrors' radii.
+  /// @throws std::logic_error  the model is not built, or sizes differ from N
+  void SetErrors(const Eigen::VectorXd& residuals, const IndexVector& subsets);
+
   /// Columns of ApproximateErrors.
   enum ErrorColumn : Eigen::Index {
     kLocalCoP = 0,

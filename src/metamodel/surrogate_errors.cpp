@@ -117,6 +117,14 @@ bool SurrogateBase::BuildErrors(const IndexVector& subsets) {
   return true;
 }
 
+void SurrogateBase::SetErrors(const Eigen::VectorXd& residuals, const IndexVector& subsets) {
+  if (residuals.size() != values_.size() || subsets.size() != values_.size())
+    throw std::logic_error("Surrogate::SetErrors - one residual and one group per support point");
+  BeginBuildErrors();
+  residuals_ = residuals;
+  subsets_ = subsets;
+}
+
 Eigen::MatrixXd SurrogateBase::ApproximateErrors(const ConstPoints& points) const {
   if (points.cols() != GetNumberInputs()) {
     std::wostringstream message;

@@ -9,6 +9,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -26,6 +27,7 @@ using math::metamodel::MovingLeastSquares;
 using math::metamodel::MovingLeastSquaresSettings;
 using math::metamodel::OrdinaryKriging;
 using math::metamodel::OrdinaryKrigingSettings;
+using math::metamodel::RidgePenalty;
 using math::metamodel::SubspaceResults;
 using math::metamodel::SurrogateBase;
 using math::metamodel::SurrogateSettingsBase;
@@ -49,6 +51,10 @@ LinearRegressionSettings RegressionSettings(const CandidateForm& form, const Bit
                                             const ResponseData& data) {
   const std::size_t m = subspace.size();
   LinearRegressionSettings settings(m);
+  if (form.order == 0) {
+    settings.SetVariableSelection(BitVector(m, false));
+    return settings;
+  }
   settings.SetOrder(form.order);
   settings.SetInteractionSelection(form.interactions ? BitVector(m * (m - 1) / 2, true)
                                                      : BitVector());
@@ -81,9 +87,12 @@ double Adjusted(double determination, Eigen::Index n, std::uint64_t num_coeffici
 }
 
 /// The regression without each input in turn: its coefficients anew, its transforms as they are.
-Eigen::VectorXd SingleCoPsOfRegression(const LinearRegression& model, const ResponseData& data) {
-  const auto cop = [&](const SurrogateBase& judged) {
-    return Determination(data.values, judged.ApproximateCrossValidation(data.groups));
+Eigen::VectorXd SingleCoPsOfRegression(const LinearRegression& model, const ResponseData& data,
+                                       const RidgePenalty* penalty) {
+  const auto cop = [&](const LinearRegression& judged) {
+    return Determination(data.values, penalty
+                                          ? judged.CrossValidateRidge(*penalty, data.groups)
+                                          : judged.ApproximateCrossValidation(data.groups));
   };
   const double full = cop(model);
   const BitVector subspace = model.GetVariableSelection();
@@ -95,7 +104,8 @@ Eigen::VectorXd SingleCoPsOfRegression(const LinearRegression& model, const Resp
     others[j] = false;
     settings.SetVariableSelection(others);
     LinearRegression reduced(data.points, data.values, settings);
-    single(static_cast<Eigen::Index>(j)) = reduced.Build() ? full - cop(reduced) : kNaN;
+    const bool is_built = penalty ? reduced.BuildRidge(*penalty) : reduced.Build();
+    single(static_cast<Eigen::Index>(j)) = is_built ? full - cop(reduced) : kNaN;
   }
   return single;
 }
@@ -109,8 +119,13 @@ std::vector<CandidateForm> AllowedForms(const ZELSettings& settings) {
     if (settings.use_boxcox_) forms.push_back({family, order, interactions, true});
   };
   if (settings.use_polynomials_)
-    for (std::uint64_t order = 1; order <= settings.max_order_polynomial_ && order <= 2; ++order)
+    for (std::uint64_t order = 1; order <= settings.max_order_polynomial_ && order <= 2; ++order) {
       for (const bool interactions : {false, true}) add(Family::kRegression, order, interactions);
+      // The penalty shrinks what does not matter: one form for each order.
+      const std::size_t first = forms.size();
+      add(Family::kRegression, order, order == 2);
+      for (std::size_t k = first; k < forms.size(); ++k) forms[k].ridge = true;
+    }
   if (settings.use_MLS_)
     for (std::uint64_t order = 1; order <= settings.max_order_MLS_ && order <= 2; ++order)
       add(Family::kMovingLeastSquares, order, false);
@@ -121,6 +136,7 @@ std::vector<CandidateForm> AllowedForms(const ZELSettings& settings) {
 
 std::wstring Describe(const CandidateForm& form) {
   std::wstring text;
+  if (form.family == Family::kRegression && form.order == 0) return L"Constant";
   switch (form.family) {
     case Family::kRegression:
       text = L"Linear Regression of order " + std::to_wstring(form.order);
@@ -136,6 +152,7 @@ std::wstring Describe(const CandidateForm& form) {
       break;
   }
   if (form.interactions) text += L" with interactions";
+  if (form.ridge) text += L", ridge";
   if (form.box_cox) text += L", Box-Cox";
   return text;
 }
@@ -161,6 +178,14 @@ boost::shared_ptr<SurrogateSettingsBase> MakeSettings(const CandidateForm& form,
   if (settings.use_limits_) {
     made->SetLimitTransform(TransformType::kLimits);
     made->SetLimitTransformParameter({settings.limits_.first, settings.limits_.second});
+  } else if (form.order > 0 || form.family != Family::kRegression) {
+    const double lower = data.values.minCoeff();
+    const double upper = data.values.maxCoeff();
+    const double margin = kMargin * (upper - lower);
+    if (margin > 0.0 && std::isfinite(upper + margin) && std::isfinite(lower - margin)) {
+      made->SetLimitTransform(TransformType::kLimits);
+      made->SetLimitTransformParameter({lower - margin, upper + margin});
+    }
   }
   return made;
 }
@@ -187,11 +212,41 @@ boost::shared_ptr<SurrogateBase> MakeModel(const SurrogateSettingsBase& settings
   throw std::logic_error("MakeModel: settings of an unknown family");
 }
 
-SubspaceResults Judge(const SurrogateBase& model, Family family, const ResponseData& data) {
+FittedForm FitForm(const CandidateForm& form, const SurrogateSettingsBase& settings,
+                   const ResponseData& data, const std::vector<Eigen::Index>& fit_rows,
+                   const std::function<void()>& interruption_point) {
+  FittedForm fitted;
+  const auto model = MakeModel(settings, data.points, data.values);
+  model->SetInterruptionPoint(interruption_point);
+  bool is_built = false;
+  if (form.ridge) {
+    auto& regression = dynamic_cast<LinearRegression&>(*model);
+    fitted.penalty = regression.BuildOptimalRidge(data.groups, fitted.predicted);
+    is_built = model->IsBuilt() && fitted.predicted.size() > 0;
+  } else if (auto* kriging = dynamic_cast<OrdinaryKriging*>(model.get())) {
+    is_built = kriging->BuildWithNoise(fit_rows);
+  } else {
+    is_built = model->IsSolvable() && model->BuildOptimal(data.groups);
+  }
+  if (!is_built) return fitted;
+  if (!form.ridge) fitted.predicted = model->ApproximateCrossValidation(data.groups);
+  model->SetInterruptionPoint({});
+  fitted.model = model;
+  return fitted;
+}
+
+double EffectiveCoefficients(double cod, double cop, Eigen::Index n) {
+  const auto most = static_cast<double>(n);
+  const double ratio = (1.0 - cod) / (1.0 - cop);
+  if (!(ratio >= 0.0)) return most;  // also where nothing is left unexplained
+  return std::clamp(most * (1.0 - std::sqrt(ratio)), 1.0, most);
+}
+
+SubspaceResults Judge(const SurrogateBase& model, Family family, const ResponseData& data,
+                      const Eigen::VectorXd& predicted) {
   SubspaceResults results;
   results.model_type = static_cast<ModelType::eModelType>(family);
   results.settings.reset(model.GetSettingsBase().Clone());
-  const Eigen::VectorXd predicted = model.ApproximateCrossValidation(data.groups);
   const Eigen::Index n = data.values.size();
   const std::uint64_t num_coefficients = model.GetNumberCoefficients();
   results.CoP = Determination(data.values, predicted);
@@ -203,9 +258,10 @@ SubspaceResults Judge(const SurrogateBase& model, Family family, const ResponseD
   return results;
 }
 
-Eigen::VectorXd ComputeSingleCoPs(const SurrogateBase& model, const ResponseData& data) {
+Eigen::VectorXd ComputeSingleCoPs(const SurrogateBase& model, const ResponseData& data,
+                                  const RidgePenalty* penalty) {
   if (const auto* regression = dynamic_cast<const LinearRegression*>(&model))
-    return SingleCoPsOfRegression(*regression, data);
+    return SingleCoPsOfRegression(*regression, data, penalty);
   if (const auto* moving = dynamic_cast<const MovingLeastSquares*>(&model))
     return moving->ComputeSingleCoPs(data.groups);
   if (const auto* kriging = dynamic_cast<const OrdinaryKriging*>(&model))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "metamodel/ridge_solver.h"
 #include "metamodel/subspace_results.h"
 #include "metamodel/surrogate.h"
 #include "project/settings/zel_settings.h"
@@ -25,19 +26,32 @@ enum class Family : std::int32_t {
 /// A model before it has inputs.
 struct CandidateForm {
   Family family;
-  std::uint64_t order;  ///< of the polynomial; 0 for kriging
+  std::uint64_t order;  ///< of the polynomial; 0 for kriging and for a constant
   bool interactions;
   bool box_cox;
+  bool ridge = false;  ///< a regression with penalised coefficients
 };
 
+inline bool IsSameForm(const CandidateForm& a, const CandidateForm& b) {
+  return a.family == b.family && a.order == b.order && a.interactions == b.interactions &&
+         a.box_cox == b.box_cox && a.ridge == b.ridge;
+}
+
+/// The mean: what every other model must beat.
+constexpr CandidateForm kConstantForm{Family::kRegression, 0, false, false};
+
 /// The forms that the settings allow, the cheapest first; each without Box-Cox transform, then with.
+/// The constant is none of them.
 std::vector<CandidateForm> AllowedForms(const math::metamodel::ZELSettings& settings);
+
+constexpr double kMargin = 0.5;
 
 /// "Linear Regression of order 2 with interactions, Box-Cox".
 std::wstring Describe(const CandidateForm& form);
 
 /// Settings of a form over the inputs of `subspace`. Powers that an input has too few different
-/// values for are left out.
+/// values for are left out. Predictions are limited to the range of the values and kMargin of it to
+/// both sides, or by the limits of the settings.
 boost::shared_ptr<math::metamodel::SurrogateSettingsBase> MakeSettings(
     const CandidateForm& form, const math::metamodel::BitVector& subspace, const ResponseData& data,
     const math::metamodel::ZELSettings& settings);
@@ -52,13 +66,36 @@ boost::shared_ptr<math::metamodel::SurrogateBase> MakeModel(
     const math::metamodel::SurrogateSettingsBase& settings, const Eigen::MatrixXd& points,
     const Eigen::VectorXd& values);
 
-/// The figures of a built model, single CoPs and what is told of test data excepted.
+/// Fits a model of the form, its free parameters chosen, and predicts each value without its group.
+struct FittedForm {
+  boost::shared_ptr<math::metamodel::SurrogateBase> model;  ///< built; null where there is none
+  math::metamodel::RidgePenalty penalty;                    ///< of a ridge regression
+  Eigen::VectorXd predicted;                                ///< n, in the user's units
+};
+/// @param fit_rows            rows that kriging chooses its radii and nugget from
+/// @param interruption_point  may be empty; may throw to end the fit
+FittedForm FitForm(const CandidateForm& form,
+                   const math::metamodel::SurrogateSettingsBase& settings,
+                   const ResponseData& data, const std::vector<Eigen::Index>& fit_rows,
+                   const std::function<void()>& interruption_point);
+
+/// The figures of a built model with these cross-validated predictions, single CoPs and what is told
+/// of test data excepted.
 math::metamodel::SubspaceResults Judge(const math::metamodel::SurrogateBase& model, Family family,
-                                       const ResponseData& data);
+                                       const ResponseData& data, const Eigen::VectorXd& predicted);
+
+/// Coefficients that a model with these residuals of its own (`cod` of the variance explained) and
+/// of cross-validation (`cop`) makes use of, n (1 - sqrt((1 - cod) / (1 - cop))): generalised
+/// cross-validation solved for the trace of the hat matrix. G. H. Golub, M. Heath, G. Wahba,
+/// "Generalized cross-validation as a method for choosing a good ridge parameter", Technometrics
+/// 21, 1979, pp. 215-223. Between 1 and n.
+double EffectiveCoefficients(double cod, double cop, Eigen::Index n);
 
 /// Loss of CoP without each input, hyper-parameters and transforms kept: m values, 0 for inputs
 /// that the model does not use, NaN where the smaller model cannot be built.
+/// @param penalty  of a ridge regression; null for other models
 Eigen::VectorXd ComputeSingleCoPs(const math::metamodel::SurrogateBase& model,
-                                  const ResponseData& data);
+                                  const ResponseData& data,
+                                  const math::metamodel::RidgePenalty* penalty);
 
 }  // namespace corvath::training

@@ -27,33 +27,30 @@ struct Candidate {
   CandidateForm form;
   math::metamodel::BitVector subspace;
   math::metamodel::SubspaceResults results;
+  math::metamodel::RidgePenalty penalty;
+  Eigen::VectorXd predicted;  ///< n: each value without its group
+  double complexity = 1.0;    ///< effective coefficients, and free parameters of the form
 
   std::uint64_t GetNumberInputs() const { return math::metamodel::CountBits(subspace); }
 };
 
 /// Fits candidates to the data of one response, one after the other.
 ///
-/// Regressions cost little, and all subspaces get them. What local models and kriging cost grows
-/// with the square and the cube of the number of designs. Each of these families has a budget, which
-/// ends at some 1000 designs to suffice for all subspaces: then those come first over which the
-/// regressions do best, and at least two of them are tried. Beyond kMostLocal and kMostKriging
-/// designs, which take half a gigabyte, the families are left out.
+/// Regressions cost little, and all subspaces get them. The other families get the first subspace
+/// that is proposed and those over which the regressions do best, as many as their share of the
+/// budget suffices for. The budget is counted in operations, not in seconds: the same table gives
+/// the same models on every machine.
 class CandidateTrials {
  public:
-  static constexpr Eigen::Index kMostLocal = 5000;
-  static constexpr Eigen::Index kMostKriging = 3000;
-
   /// Refers to its arguments, the forms excepted.
+  /// @param budget  operations; the first trial of a family is made whatever it costs
   CandidateTrials(const ResponseData& data, const math::metamodel::ZELSettings& settings,
-                  std::vector<CandidateForm> forms, const CompetitionObserver& observer)
-      : data_(data),
-        settings_(settings),
-        observer_(observer),
-        forms_(std::move(forms)),
-        probes_(data.points) {}
+                  std::vector<CandidateForm> forms, double budget,
+                  const CompetitionObserver& observer);
 
   /// Fits each form over each subspace. A form that a subspace or the designs do not suffice for is
   /// passed over; so is one that fails, and a transform that turns out to be none.
+  /// The constant is tried first of all.
   /// @param begin, width  of this work in the share that the observer sees
   void Try(const std::vector<math::metamodel::BitVector>& subspaces, double begin, double width);
   bool WasTried(const math::metamodel::BitVector& subspace) const;
@@ -63,8 +60,13 @@ class CandidateTrials {
   double GetScore(const Candidate& candidate) const {
     return settings_.use_adj_cop_ ? candidate.results.CoPadj : candidate.results.CoP;
   }
+  /// A sentence on the families that the budget kept from some of the subspaces; may be empty.
+  std::wstring GetLimits() const;
   /// The model of a candidate, built.
   boost::shared_ptr<math::metamodel::SurrogateBase> Build(const Candidate& candidate) const;
+  /// Its single CoPs; from rows that stand for all where there are many.
+  Eigen::VectorXd ComputeSingleCoPs(const Candidate& candidate,
+                                    const math::metamodel::SurrogateBase& model) const;
   const ProbePoints& GetProbes() const { return probes_; }
   /// Calls the observer for work between candidates.
   void Observe(const std::wstring& text) {
@@ -81,14 +83,19 @@ class CandidateTrials {
     double cost;  ///< in floating-point operations, roughly
   };
 
+  /// Forms that share a part of the budget.
+  enum class Costs { kRegression, kRidge, kMovingLeastSquares, kIsotropic, kAnisotropic };
+  static Costs CostsOf(const CandidateForm& form);
+  static std::wstring NameOf(Costs family);
+
   void Observe();
-  std::vector<Trial> Plan(Family family,
-                          const std::vector<math::metamodel::BitVector>& subspaces) const;
+  /// @param[out] is_limited  set when the budget ends it
+  std::vector<Trial> Plan(Costs family, const std::vector<math::metamodel::BitVector>& subspaces,
+                          bool& is_limited) const;
   std::vector<math::metamodel::BitVector> MostPromisingFirst(
       const std::vector<math::metamodel::BitVector>& subspaces) const;
   void Fit(const Trial& trial);
-  bool IsNeutral(const math::metamodel::BitVector& subspace,
-                 const math::metamodel::SurrogateBase& model);
+  bool IsNeutral(const Trial& trial);
 
   const ResponseData& data_;
   const math::metamodel::ZELSettings& settings_;
@@ -98,7 +105,10 @@ class CandidateTrials {
   std::vector<Candidate> candidates_;
   std::vector<math::metamodel::BitVector> tried_;
   std::map<math::metamodel::BitVector, bool> is_neutral_;
-  std::map<Family, double> spent_;
+  std::map<Costs, double> spent_;
+  std::map<Costs, std::wstring> limited_;  ///< families that the budget ended, by name
+  double budget_;
+  std::vector<Eigen::Index> fit_rows_;  ///< from which kriging chooses its parameters
   std::wstring text_;
   double share_ = 0.0;
   bool is_ended_ = false;  ///< the observer threw

@@ -51,11 +51,22 @@ std::size_t CountLevels(Eigen::VectorXd column) {
 ResponseData MakeResponseData(Eigen::MatrixXd points, Eigen::VectorXd values,
                               std::uint32_t num_groups, std::uint32_t seed) {
   ResponseData data;
-  data.groups = MakeGroups(points, num_groups, seed);
+  Eigen::MatrixXd rows(points.rows(), points.cols() + 1);
+  rows << points, values;
+  data.groups = MakeGroups(rows, num_groups, seed);
   for (const auto& column : points.colwise()) data.num_levels.push_back(CountLevels(column));
   data.points = std::move(points);
   data.values = std::move(values);
   return data;
+}
+
+ResponseData RowsOf(const ResponseData& data, const std::vector<Eigen::Index>& rows) {
+  ResponseData some;
+  some.points = data.points(rows, Eigen::all);
+  some.values = data.values(rows);
+  some.groups = data.groups(rows);
+  for (const auto& column : some.points.colwise()) some.num_levels.push_back(CountLevels(column));
+  return some;
 }
 
 math::metamodel::IndexVector MakeGroups(const Eigen::MatrixXd& points, std::uint32_t num_groups,

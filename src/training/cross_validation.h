@@ -22,6 +22,9 @@ struct ResponseData {
 ResponseData MakeResponseData(Eigen::MatrixXd points, Eigen::VectorXd values,
                               std::uint32_t num_groups, std::uint32_t seed);
 
+/// The data of some rows.
+ResponseData RowsOf(const ResponseData& data, const std::vector<Eigen::Index>& rows);
+
 /// Number of different values.
 std::size_t CountLevels(Eigen::VectorXd column);
 

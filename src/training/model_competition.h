@@ -2,7 +2,6 @@
 
 #include "metamodel/subspace_results.h"
 #include "metamodel/surrogate.h"
-#include "training/candidate.h"
 #include "training/candidate_trials.h"
 #include "training/cross_validation.h"
 #include "training/train_settings.h"
@@ -10,7 +9,6 @@
 #include <Eigen/Core>
 #include <boost/shared_ptr.hpp>
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,35 +18,38 @@ namespace corvath::training {
 struct ChosenModel {
   boost::shared_ptr<math::metamodel::SurrogateBase> model;  ///< built, with errors and single CoPs
   std::wstring text;                                        ///< family, order and transform
-  math::metamodel::SubspaceResults results;                 ///< its figures as a candidate
+  math::metamodel::SubspaceResults results;  ///< as a candidate; CoDtest is the CoP to be told
   std::vector<math::metamodel::SubspaceResults> tried;  ///< all candidates in the order of trial
+  std::vector<Eigen::Index> rows;  ///< of the data: the model's support points
+  /// Families that could not be fitted to all rows: "Isotropic Kriging was fitted to 2000 of ...".
+  std::vector<std::wstring> limits;
+
+  /// CoP with the whole choice repeated without each group; between 0 and 1.
+  double GetCoP() const { return results.CoDtest; }
+  /// CoP of the winner among the candidates: the largest of many is larger than it should be.
+  double GetRawCoP() const { return results.CoP; }
 };
 
-/// Lets the models that the settings allow compete for one response, which is not constant.
+/// Rows up to which a competition works on all.
+constexpr Eigen::Index kMostRows = 1500;
+
+/// Lets the models that the settings allow compete (competition.h) for one response, which is not
+/// constant.
 ///
-/// Each form (candidate.h) is fitted over each subspace that the filters propose
-/// (subspace_filters.h), and then over those around the subspaces of the leaders. The measure is
-/// the coefficient of prognosis in the same groups for all. The largest wins, but
+/// The CoP that is told is that of the whole procedure: the competition, choice of inputs, transform,
+/// radii, penalty and family included, is run again without each of a few groups, and its winner
+/// predicts the group (M. Stone, "Cross-validatory choice and assessment of statistical
+/// predictions", J. Royal Statistical Society B 36, 1974, pp. 111-147). The residuals of these
+/// predictions become those of the model, so that its local errors are honest, too. Where the
+/// procedure predicts no better than the mean, the mean is the model, and the CoP is 0.
 ///
-/// - fewer inputs win over more within toleranceCoP_variables_, then
-/// - the simpler model over the more flexible within toleranceCoP_model_,
-///
-/// as long as the root mean square error grows by less than kLargestGrowth: near 1 a tolerance of
-/// the CoP would allow for several times the error.
-///
-/// The CoP of the winner was one of many: the largest of many is larger than it should be, most so
-/// where little can be explained. So where more than a tenth stays unexplained, by up to 300 designs,
-/// inputs and parameters of the winner's form are chosen again without each group, and what these
-/// models predict of it counts as CoD of test data (CoDtest; NaN elsewhere). Of pure noise in 20
-/// inputs and 100 designs the CoP is 0.1 and that is -0.1 on average.
-///
-/// A model that leaves the range of the response far behind between the designs, or has no
-/// prediction there (soundness.h), does not win.
+/// More rows than kMostRows are more than kriging and local models can bear: the competition then
+/// runs on rows that stand for all (spread_rows.h). The best of each form is fitted to as many rows as
+/// its family can bear, and judged on all: where a row was not used, by the prediction there.
+/// The numbers do not depend on the number of threads (foundation/parallel.h).
 /// @throws TrainingError  no candidate can be built
 ChosenModel RunCompetition(const ResponseData& data, const TrainSettings& settings,
                            const CompetitionObserver& observer);
-
-constexpr double kLargestGrowth = 1.1;
 
 /// A constant as a model: a regression without terms. CoP and CoD count as 1.
 ChosenModel MakeConstantModel(const ResponseData& data);

@@ -156,11 +156,12 @@ void StudyWriter::AddSettings(const TrainSettings& settings) {
 }
 
 void StudyWriter::AddModel(std::size_t response, const ChosenModel& chosen,
-                           const std::vector<Eigen::Index>& rows, const IndexVector& groups) {
+                           const std::vector<Eigen::Index>& rows) {
   auto& zel = *project_.GetAlgorithmInfo()->GetZELInformation();
   const std::wstring& name = table_.responses[response];
   SurrogateInfo info = MakeInfo(name);
   zel.response_to_cv_mapping_[info.GetResponseName()] = info.GetResponseName();
+  const IndexVector& groups = chosen.model->GetSubsets();  // a loader finds their residuals there
   zel.cv_indexes_[name].assign(groups.begin(), groups.end());
 
   const math::metamodel::BitVector subspace = chosen.model->GetVariableSelection();
@@ -172,7 +173,7 @@ void StudyWriter::AddModel(std::size_t response, const ChosenModel& chosen,
       single(j) = std::nan("");  // an input that is left out has none
   }
   AppraisalData figures;
-  figures.SetCoP(chosen.results.CoP);
+  figures.SetCoP(chosen.GetCoP());
   figures.SetCoD(chosen.results.CoD, chosen.results.CoDadj);
   figures.SetSingleCoPs(single);
   info.SetAppraisalData(figures);

@@ -28,10 +28,9 @@ class StudyWriter {
   const std::vector<Eigen::Index>& GetModelColumns() const { return columns_; }
 
   /// Files the model of a response.
-  /// @param rows    of the table: the model's support points
-  /// @param groups  of these rows
+  /// @param rows  of the table: the model's support points
   void AddModel(std::size_t response, const ChosenModel& chosen,
-                const std::vector<Eigen::Index>& rows, const math::metamodel::IndexVector& groups);
+                const std::vector<Eigen::Index>& rows);
 
   /// The project, after the last model.
   algorithm::datatypes::VRDB Finish();

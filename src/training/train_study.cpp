@@ -8,9 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iomanip>
-#include <optional>
-#include <sstream>
 
 namespace corvath::training {
 namespace {
@@ -23,6 +20,8 @@ constexpr std::size_t kFewestDesigns = 4;
 void RequireSettings(const TrainSettings& settings) {
   if (settings.num_groups < 2)
     throw TrainingError(L"At least two groups are needed for cross-validation.");
+  if (!(settings.budget_seconds > 0.0))
+    throw TrainingError(L"The budget must be a positive number of seconds.");
   if (AllowedForms(settings.models).empty())
     throw TrainingError(L"No family of models is allowed.");
 }
@@ -65,29 +64,15 @@ TrainedResponse Summarise(const TrainingTable& table, std::size_t response,
   const auto bits = chosen.model->GetVariableSelection();
   for (std::size_t j = 0; j < bits.size(); ++j)
     if (bits[j]) trained.inputs.push_back(table.inputs[static_cast<std::size_t>(columns[j])]);
-  trained.cop = chosen.results.CoP;
+  trained.cop = chosen.GetCoP();
+  trained.cop_raw = chosen.GetRawCoP();
   trained.cod = chosen.results.CoD;
-  trained.cod_test = chosen.results.CoDtest;
   trained.cod_adjusted = chosen.results.CoDadj;
   trained.single_cops = Eigen::VectorXd::Zero(table.points.cols());
   trained.single_cops(columns) = chosen.results.singleCoPs;
   trained.num_designs = static_cast<std::uint64_t>(chosen.model->GetValues().size());
   trained.num_candidates = chosen.tried.size();
   return trained;
-}
-
-/// A CoP that is the largest of many by luck tells less than it seems to.
-std::optional<std::wstring> DoubtIn(const TrainedResponse& trained) {
-  constexpr double kDoubt = 0.05;
-  if (!(trained.cop - trained.cod_test > kDoubt)) return std::nullopt;  // also for NaN
-  std::wostringstream note;
-  note
-      << std::fixed << std::setprecision(2) << L"Response \"" << trained.name << L"\": its CoP of "
-      << trained.cop
-      << L" owes much to the choice among many models; chosen again without each group of designs, "
-         L"they predict a share of "
-      << std::max(trained.cod_test, 0.0) << L" of it.";
-  return note.str();
 }
 
 /// Passes what a competition is at on, as a part of the whole training.
@@ -118,6 +103,8 @@ TrainedStudy TrainStudy(const TrainingTable& table, const TrainSettings& setting
     if (IsConstantColumn(table.points.col(static_cast<Eigen::Index>(j))))
       study.notes.push_back(L"Input \"" + table.inputs[j] + L"\" is constant.");
 
+  TrainSettings of_each = settings;
+  of_each.budget_seconds /= static_cast<double>(usable.size());
   for (std::size_t k = 0; k < usable.size(); ++k) {
     const std::wstring response = L"Response \"" + table.responses[k] + L"\"";
     const auto num_failed = static_cast<std::size_t>(table.values.rows()) - usable[k].size();
@@ -129,12 +116,15 @@ TrainedStudy TrainStudy(const TrainingTable& table, const TrainSettings& setting
         settings.num_groups, settings.seed);
     const bool is_constant = IsConstantColumn(data.values);
     if (is_constant) study.notes.push_back(response + L" is constant.");
-    const ChosenModel chosen = is_constant
-                                   ? MakeConstantModel(data)
-                                   : RunCompetition(data, settings, ObserverOf(table, k, observer));
-    writer.AddModel(k, chosen, usable[k], data.groups);
+    const ChosenModel chosen =
+        is_constant ? MakeConstantModel(data)
+                    : RunCompetition(data, of_each, ObserverOf(table, k, observer));
+    for (const std::wstring& limit : chosen.limits) study.notes.push_back(response + L": " + limit);
+    Rows rows;
+    for (const Eigen::Index row : chosen.rows)
+      rows.push_back(usable[k][static_cast<std::size_t>(row)]);
+    writer.AddModel(k, chosen, rows);
     study.responses.push_back(Summarise(table, k, chosen, columns));
-    if (const auto note = DoubtIn(study.responses.back())) study.notes.push_back(*note);
   }
   study.project = writer.Finish();
   return study;

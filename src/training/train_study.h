@@ -39,9 +39,9 @@ struct TrainedResponse {
   std::wstring name;                 ///< full name: "y" or "s[2]"
   std::wstring model;                ///< "Linear Regression | 2, Box-Cox" for example
   std::vector<std::wstring> inputs;  ///< those that the model uses
-  double cop = 0.0;                  ///< 1 - SSE / SST of cross-validated predictions
+  double cop = 0.0;      ///< 1 - SSE / SST at designs that the choice of the model did not know
+  double cop_raw = 0.0;  ///< the same of the chosen model alone: the largest of many
   double cod = 0.0;                  ///< the same of the fitted values
-  double cod_test = 0.0;  ///< of models chosen without each group; NaN where that is not in doubt
   double cod_adjusted = 0.0;         ///< for the number of coefficients
   Eigen::VectorXd single_cops;       ///< m: loss of CoP without the input; 0 for inputs left out
   std::uint64_t num_designs = 0;     ///< that did not fail for this response

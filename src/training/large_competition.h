@@ -1,0 +1,12 @@
+#pragma once
+
+#include "training/model_competition.h"
+
+namespace corvath::training {
+
+/// RunCompetition for more rows than every family can bear, see there.
+ChosenModel RunLargeCompetition(const ResponseData& data,
+                                const math::metamodel::ZELSettings& settings, double budget,
+                                const CompetitionObserver& observer);
+
+}  // namespace corvath::training
