@@ -15,6 +15,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <iostream>
 #include <optional>
 #include <string>
 #include <utility>
@@ -110,12 +111,12 @@ class Designs {
   }
   bool HasHeader() const { return header_.has_value(); }
 
-  void Add(std::uint64_t row, const CsvReader::Record& record) {
+  void Add(std::uint64_t row, const CsvReader::Record& record, CsvReader& reader) {
     header_->CheckSize(row, record);
     row_numbers_[size_] = row;
     for (std::size_t i = 0; i < inputs_.size(); ++i) {
       const std::string& cell = record[columns_[i]];
-      const CsvNumber number = ReadNumber(cell);
+      const CsvNumber number = reader.ReadNumber(cell);
       if (number.kind != CsvNumber::Kind::kNumber)
         throw Refusal(header_->Place(row, columns_[i]) + ": " + RefusalText(cell, number.kind));
       rows_[size_ * inputs_.size() + i] = number.value;
@@ -191,13 +192,16 @@ class Solver {
         WriteHeader();
         return;
       }
-      designs_.Add(row, record);
+      designs_.Add(row, record, reader_);
       if (designs_.IsFull()) SolveBlock();
     });
     if (!designs_.HasHeader()) throw Refusal(reader_.GetName() + ": no header row");
     if (designs_.GetSize() > 0) SolveBlock();
     writer_.Flush();
     file_.Commit();
+    const std::string format = reader_.DescribeFormat();
+    if (!options_.quiet && !format.empty())
+      std::cerr << "zel: " << reader_.GetName() << ": " << format << '\n';
   }
 
  private:

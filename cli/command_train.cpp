@@ -112,11 +112,14 @@ std::string Summary(const TrainedStudy& study, const DesignTable& table, const s
 
 void RunTrain(const TrainOptions& options) {
   ClaimStandardOutput();  // before the library logs what it meets
-  const auto inputs = ParseNames(options.inputs, "--inputs");
-  const auto responses = ParseNames(options.responses, "--responses");
-  const auto discrete = ParseNames(options.discrete, "--discrete");
+  ColumnChoice choice;
+  choice.inputs = ParseNames(options.inputs, "--inputs");
+  choice.responses = ParseNames(options.responses, "--responses");
+  choice.discrete = ParseNames(options.discrete, "--discrete");
+  choice.dates = ParseNames(options.dates, "--dates");
+  choice.ignored = ParseNames(options.ignored, "--ignore");
   const std::string path = RequireOutput(options);
-  const DesignTable table = ReadDesignTable(options.table, inputs, responses, discrete);
+  const DesignTable table = ReadDesignTable(options.table, choice, options.skip_incomplete);
   if (!options.quiet)
     for (const std::string& note : table.notes) std::cerr << "zel: " << note << '\n';
   const TrainedStudy study = Train(options, table);

@@ -27,6 +27,7 @@ struct SolveOptions {
   bool errors = false;
   bool density = false;
   bool criteria = false;
+  bool quiet = false;                  ///< errors alone
   std::vector<std::string> gradients;  ///< responses of which to add the gradients
 };
 
@@ -54,11 +55,15 @@ struct TrainOptions {
   std::vector<std::string> inputs;     ///< lists of columns, see ParseNames
   std::vector<std::string> responses;  ///< likewise
   std::vector<std::string> discrete;   ///< likewise: inputs that take the table's values alone
+  std::vector<std::string> dates;      ///< likewise: columns of dates
+  std::vector<std::string> ignored;    ///< likewise: what patterns leave out
+  bool skip_incomplete = false;        ///< leave rows out that lack an input
   std::vector<std::string> criteria;   ///< see ParseCriteria
   std::string out;                     ///< project file; empty: named after the table
   std::uint32_t seed = 1;              ///< of the groups of the cross-validation
   bool anisotropic = false;            ///< kriging with a radius for each input competes, too
   bool quiet = false;                  ///< errors alone
+  bool json = false;                   ///< print the result as JSON
 };
 
 /// Trains a model for each response of a table of designs, writes them as a project file, and

@@ -77,6 +77,7 @@ void AddSolve(CLI::App& app) {
       ->add_option("--hash", options.hash,
                    "Refuse PROJECT unless this is its signature (see zel hash)")
       ->type_name("SHA512");
+  command->add_flag("--quiet", options.quiet, "Print errors alone");
   command->callback([] { cli::RunSolve(options); });
 }
 
@@ -180,9 +181,11 @@ void AddTrain(CLI::App& app) {
   auto* const command = app.add_subcommand(
       "train",
       "Train models on a table of designs, and write them as a project file\n\n"
-      "Reads a CSV with one row for each design. Its header row names the columns; those that\n"
-      "neither --inputs nor --responses names are ignored. Where the cell of a response is\n"
-      "empty or no number, the design failed for this response alone. For each response\n"
+      "Reads a CSV with one row for each design, also with semicolons or tabs, decimal commas, in\n"
+      "UTF-16 or Latin-1. Its header row names the columns; those that neither --inputs nor\n"
+      "--responses names are ignored. A row of units below it and lines that begin with # are no\n"
+      "designs. Where the cell of a response is empty or no number, the design failed for this\n"
+      "response alone. Inputs of few words become discrete inputs. For each response\n"
       "regressions, moving least squares and kriging compete over subsets of the inputs. The\n"
       "coefficient of prognosis (CoP) decides: the share of the variation that a model predicts\n"
       "at designs that it was not trained on. Prints a table of the chosen models.\n"
@@ -194,10 +197,19 @@ void AddTrain(CLI::App& app) {
   const auto add_list = [&](const char* name, std::vector<std::string>& list, const char* text) {
     return command->add_option(name, list, text)->type_name("NAMES")->allow_extra_args(false);
   };
-  add_list("--inputs", options.inputs, "Columns of the inputs: a,b,c; may be repeated")->required();
-  add_list("--responses", options.responses, "Columns of the responses")->required();
+  add_list("--inputs", options.inputs,
+           "Columns of the inputs: a,b,c or 'x_*', or all that are no responses: all; may be "
+           "repeated")
+      ->required();
+  add_list("--responses", options.responses, "Columns of the responses: y,z or 'y*'")->required();
+  add_list("--ignore", options.ignored, "Columns that patterns and all leave out");
   add_list("--discrete", options.discrete,
            "Inputs among them that take the values of the table and no others");
+  add_list("--dates", options.dates,
+           "Columns among them that are dates: 2024-01-31 or 31.01.2024, with or without 13:45; "
+           "they become days since 1970-01-01");
+  command->add_flag("--skip-incomplete", options.skip_incomplete,
+                    "Leave rows out where an input is empty or NA, in place of refusing them");
   command
       ->add_option("--criterion", options.criteria,
                    "'cost: 3*mass + load' for a value, 'limit: stress <= 25' for a limit (or >=); "
