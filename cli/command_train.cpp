@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "criteria_texts.h"
+#include "criterion_names.h"
 #include "design_table.h"
 #include "foundation/text.h"
 #include "interruption.h"
@@ -55,11 +56,25 @@ std::string RequireOutput(const TrainOptions& options) {
   return path;
 }
 
-TrainedStudy Train(const TrainOptions& options, const DesignTable& table) {
+/// Puts what the numbers do not tell about the columns into the project: units, words, dates.
+void TellColumns(const DesignTable& table, corvath::algorithm::datatypes::VRDB& project) {
+  table.columns.Store(project);
+  auto& manager = project.GetParameterManager();
+  for (const auto& [name, unit] : table.units) {
+    const auto* const found = manager.FindParameter(corvath::utils::FromUtf8(name));
+    if (found == nullptr) continue;  // of a response
+    auto parameter = *found;
+    parameter.SetUnit(corvath::utils::FromUtf8(unit));
+    manager.ReplaceParameter(parameter);
+  }
+}
+
+TrainedStudy Train(const TrainOptions& options, const std::vector<std::string>& criterion_texts,
+                   const DesignTable& table) {
   corvath::training::TrainSettings settings;
   settings.seed = options.seed;
   settings.models.use_anisotropic_Kriging_ = options.anisotropic;
-  const auto criteria = ParseCriteria(options.criteria, table.data);
+  const auto criteria = ParseCriteria(criterion_texts, table.data);
   ProgressLine progress(!options.quiet);
   const auto observer = [&](const corvath::training::TrainProgress& state) {
     const double share = state.total == 0
@@ -119,10 +134,12 @@ void RunTrain(const TrainOptions& options) {
   choice.dates = ParseNames(options.dates, "--dates");
   choice.ignored = ParseNames(options.ignored, "--ignore");
   const std::string path = RequireOutput(options);
-  const DesignTable table = ReadDesignTable(options.table, choice, options.skip_incomplete);
+  DesignTable table = ReadDesignTable(options.table, choice, options.skip_incomplete);
+  const auto criteria = UseColumns(options.criteria, table);
   if (!options.quiet)
     for (const std::string& note : table.notes) std::cerr << "zel: " << note << '\n';
-  const TrainedStudy study = Train(options, table);
+  TrainedStudy study = Train(options, criteria, table);
+  TellColumns(table, study.project);
   {
     // Half of a file under a temporary name would stay.
     const InterruptionDelay delay;

@@ -25,6 +25,10 @@ std::size_t CsvHeader::Find(const std::string& name, const char* kind) const {
   return static_cast<std::size_t>(found - names_.begin());
 }
 
+bool CsvHeader::Has(const std::string& name) const {
+  return std::find(names_.begin(), names_.end(), name) != names_.end();
+}
+
 std::string CsvHeader::Hint(const std::string& name) const {
   return "; " + NameHint(name, names_, "the columns are");
 }

@@ -153,7 +153,8 @@ void AddSample(CLI::App& app) {
   auto* const inputs =
       command
           ->add_option("--inputs", options.inputs,
-                       "Inputs: name:low:high, or name:{a;b;c} with all states of a discrete one")
+                       "Inputs: name:low:high, or name:{a;b;c} with all states of a discrete one, numbers "
+                       "or words")
           ->delimiter(',')
           ->type_name("INPUT");
   auto* const from = command

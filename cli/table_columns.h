@@ -18,6 +18,8 @@ struct TableColumn {
   Slashes slashes = Slashes::kNone;  ///< what 01/02/2024 means
   std::string title;               ///< of the column, if the project has another name for it
 
+  /// Whether its cells may be other than numbers.
+  bool IsRead() const { return is_date || !words.empty(); }
   /// The number of a cell: the code of a word, the days of a date, or a number as it is.
   /// @param number  what the cell is as a number
   /// @throws Refusal  none of these. @param place  begins the message
