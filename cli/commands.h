@@ -13,10 +13,17 @@ class Refusal : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+struct InfoOptions {
+  std::string file;
+  std::string hash;         ///< expected signature of `file`; empty: not checked
+  bool candidates = false;  ///< the models that competed, too
+  bool json = false;        ///< as one JSON document
+};
+
 /// Prints what the project `file` holds: inputs with bounds, reference values and, where they are
 /// random, distributions and correlations; responses with CoP, model and used inputs; criteria;
 /// descriptions of the models.
-void RunInfo(const std::string& file, const std::string& hash);
+void RunInfo(const InfoOptions& options);
 
 struct SolveOptions {
   std::string file;

@@ -37,12 +37,16 @@ class Help : public CLI::Formatter {
 
 void AddInfo(CLI::App& app) {
   auto* const command = app.add_subcommand("info", "Show what a project holds");
-  static std::string file;
-  static std::string hash;
-  command->add_option("PROJECT", file, "Project file (.vrdb)")->required()->type_name("");
-  command->add_option("--hash", hash, "Refuse PROJECT unless this is its signature (see zel hash)")
+  static cli::InfoOptions options;
+  command->add_option("PROJECT", options.file, "Project file (.vrdb)")->required()->type_name("");
+  command->add_flag("--candidates", options.candidates,
+                    "List the models that competed for each response, the chosen one marked with *");
+  command->add_flag("--json", options.json, "Print all as one JSON document");
+  command
+      ->add_option("--hash", options.hash,
+                   "Refuse PROJECT unless this is its signature (see zel hash)")
       ->type_name("SHA512");
-  command->callback([] { cli::RunInfo(file, hash); });
+  command->callback([] { cli::RunInfo(options); });
 }
 
 void AddSolve(CLI::App& app) {
@@ -230,6 +234,8 @@ void AddTrain(CLI::App& app) {
       ->check(CLI::NonNegativeNumber.description(""))
       ->capture_default_str()
       ->type_name("NUMBER");
+  command->add_flag("--json", options.json,
+                    "Print the result, the notes and the candidates tried as one JSON document");
   command->add_flag("--quiet", options.quiet, "Print errors alone");
   command->callback([] { cli::RunTrain(options); });
 }

@@ -5,8 +5,6 @@
 #include "date_text.h"
 #include "name_hint.h"
 
-#include <json/json.h>
-
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -18,16 +16,6 @@ namespace {
 constexpr const wchar_t* kKey = L"table columns";
 constexpr const char* kDayFirst = "day/month/year";
 constexpr const char* kMonthFirst = "month/day/year";
-
-Json::Value ToJson(const TableColumn& column) {
-  Json::Value json(Json::objectValue);
-  for (const std::string& word : column.words) json["words"].append(word);
-  if (column.is_date) json["days_since"] = kDateOrigin;
-  if (column.slashes == TableColumn::Slashes::kDayFirst) json["slashes"] = kDayFirst;
-  if (column.slashes == TableColumn::Slashes::kMonthFirst) json["slashes"] = kMonthFirst;
-  if (!column.title.empty()) json["title"] = column.title;
-  return json;
-}
 
 TableColumn FromJson(const Json::Value& json) {
   TableColumn column;
@@ -75,6 +63,16 @@ double TableColumn::ReadCell(const std::string& cell, double number, bool is_num
   return static_cast<double>(found - words.begin());
 }
 
+Json::Value TableColumn::ToJson() const {
+  Json::Value json(Json::objectValue);
+  for (const std::string& word : words) json["words"].append(word);
+  if (is_date) json["days_since"] = kDateOrigin;
+  if (slashes == Slashes::kDayFirst) json["slashes"] = kDayFirst;
+  if (slashes == Slashes::kMonthFirst) json["slashes"] = kMonthFirst;
+  if (!title.empty()) json["title"] = title;
+  return json;
+}
+
 std::string TableColumn::WordOf(double code) const {
   if (!(code >= 0.0 && code < static_cast<double>(words.size())) || code != std::floor(code))
     return {};
@@ -101,7 +99,7 @@ TableColumns TableColumns::FromProject(const corvath::algorithm::datatypes::VRDB
 void TableColumns::Store(corvath::algorithm::datatypes::VRDB& project) const {
   if (columns_.empty()) return;
   Json::Value json(Json::objectValue);
-  for (const auto& [name, column] : columns_) json[name] = ToJson(column);
+  for (const auto& [name, column] : columns_) json[name] = column.ToJson();
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
   builder["emitUTF8"] = true;

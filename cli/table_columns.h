@@ -2,6 +2,8 @@
 
 #include "project/vrdb.h"
 
+#include <json/json.h>
+
 #include <map>
 #include <string>
 #include <vector>
@@ -25,6 +27,8 @@ struct TableColumn {
   /// @throws Refusal  none of these. @param place  begins the message
   double ReadCell(const std::string& cell, double number, bool is_number,
                   const std::string& place) const;
+  /// What there is to tell: "words", "days_since", "slashes", "title".
+  Json::Value ToJson() const;
   /// The word of a code; empty if there is none.
   std::string WordOf(double code) const;
 };
