@@ -1,12 +1,17 @@
 #include "api/call_frame.h"
+#include "candidate_list.h"
 #include "commands.h"
+#include "date_text.h"
 #include "design/parameter_manager.h"
 #include "design/random_conversion.h"
 #include "foundation/text.h"
 #include "metamodel/surrogate.h"
 #include "metamodel/surrogate_info_container.h"
+#include "help_text.h"
+#include "json_text.h"
 #include "model_text.h"
 #include "project.h"
+#include "project/zel_information.h"
 #include "solver/zel_solver.h"
 #include "standard_output.h"
 #include "stochastics/random_variable.h"
@@ -30,25 +35,54 @@ std::string ValueText(double value) {
   return std::isnan(value) || value == std::numeric_limits<double>::max() ? "-" : Short(value);
 }
 
-void PrintInputs(const Project& project, std::ostream& out) {
+std::string UnitOf(const corvath::algorithm::datatypes::ParameterManager& manager,
+                   const std::string& input) {
+  const auto* const parameter = manager.FindParameter(FromUtf8(input));
+  return parameter == nullptr ? "" : ToUtf8(parameter->GetUnit());
+}
+
+void PrintInputs(const Project& project, corvath::zel::ZELSolver& solver, std::ostream& out) {
+  const auto& manager = solver.GetProject().GetParameterManager();
   const std::vector<double> bounds = project.GetBounds();
+  const auto& inputs = project.GetInputs();
+  const bool has_units = std::any_of(inputs.begin(), inputs.end(), [&](const std::string& name) {
+    return !UnitOf(manager, name).empty();
+  });
   TextTable table;
   table.AddColumn("name", TextTable::Align::kLeft);
   for (const char* title : {"lower", "upper", "reference"})
     table.AddColumn(title, TextTable::Align::kRight);
-  for (std::size_t i = 0; i < project.GetInputs().size(); ++i) {
-    const std::string& name = project.GetInputs()[i];
-    table.AddRow({name, ValueText(bounds[2 * i]), ValueText(bounds[2 * i + 1]),
-                  ValueText(project.GetReferenceValue(name))});
+  if (has_units) table.AddColumn("unit", TextTable::Align::kLeft);
+  for (std::size_t i = 0; i < inputs.size(); ++i) {
+    const std::string& name = inputs[i];
+    std::vector<std::string> row = {name, ValueText(bounds[2 * i]), ValueText(bounds[2 * i + 1]),
+                                    ValueText(project.GetReferenceValue(name))};
+    if (has_units) row.push_back(UnitOf(manager, name));
+    table.AddRow(std::move(row));
   }
-  out << "Inputs (" << project.GetInputs().size() << "), with the range of the designs\n";
+  out << "Inputs (" << inputs.size() << "), with the range of the designs\n";
+  table.Print(out, "  ");
+}
+
+/// The words, dates and titles of the table that the project was trained on.
+void PrintColumns(const Project& project, std::ostream& out) {
+  const TableColumns columns = project.ReadColumns();
+  if (columns.GetAll().empty()) return;
+  out << "\nColumns of the table\n";
+  TextTable table;
+  table.AddColumn("name", TextTable::Align::kLeft);
+  table.AddColumn("meaning", TextTable::Align::kLeft);
+  for (const auto& [name, column] : columns.GetAll()) {
+    if (!column.title.empty()) table.AddRow({name, "the column \"" + column.title + '"'});
+    if (!column.words.empty()) table.AddRow({name, "codes of words: " + WordsText(column.words)});
+    if (column.is_date) table.AddRow({name, "days since " + std::string(kDateOrigin)});
+  }
   table.Print(out, "  ");
 }
 
 /// @return the descriptions of the models
-TextTable PrintOutputs(const Project& project, const std::string& hash, std::ostream& out) {
-  const auto solver = corvath::zel::api::ProvideSolver(project.GetFile().c_str(),
-                                                       hash.empty() ? nullptr : hash.c_str());
+TextTable PrintOutputs(const Project& project, corvath::zel::ZELSolver& solver,
+                       std::ostream& out) {
   TextTable table;
   table.AddColumn("name", TextTable::Align::kLeft);
   table.AddColumn("CoP", TextTable::Align::kRight);
@@ -58,17 +92,21 @@ TextTable PrintOutputs(const Project& project, const std::string& hash, std::ost
   TextTable descriptions;
   descriptions.AddColumn("name", TextTable::Align::kLeft);
   descriptions.AddColumn("description", TextTable::Align::kLeft);
+  std::vector<std::string> losses;
   for (const std::string& name : project.GetOutputs()) {
     const std::vector<double> cops = project.GetCoPs(name);
     const std::vector<bool> filtered = project.GetFiltered(name);
-    const auto& model = solver->GetSurrogateInfos().GetSurrogateInfo(FromUtf8(name)).GetSurrogate();
+    const auto& model = solver.GetSurrogateInfos().GetSurrogateInfo(FromUtf8(name)).GetSurrogate();
     table.AddRow({name, CoPText(cops.back(), 4), model ? ToUtf8(model->GetName(false)) : "-",
                   UsedInputs(project.GetInputs(), filtered, cops)});
+    std::string text = LargeLosses(name, cops.back(), project.GetInputs(), filtered, cops);
+    if (!text.empty()) losses.push_back(std::move(text));
     if (model) descriptions.AddRow({name, ToUtf8(model->GetDescription())});
   }
   out << "\nResponses (" << project.GetOutputs().size()
       << "), with the coefficient of prognosis (CoP) of the model\n";
   table.Print(out, "  ");
+  if (!losses.empty()) out << Wrapped(LargeLossNote(losses), "  ");
   return descriptions;
 }
 
@@ -82,10 +120,9 @@ std::string Listed(const std::vector<std::wstring>& names, const Eigen::VectorXd
 }
 
 /// The distributions of random inputs and their correlations.
-void PrintDistributions(const Project& project, const std::string& hash, std::ostream& out) {
-  const auto solver = corvath::zel::api::ProvideSolver(project.GetFile().c_str(),
-                                                       hash.empty() ? nullptr : hash.c_str());
-  const auto& manager = solver->GetProject().GetParameterManager();
+void PrintDistributions(const Project& project, corvath::zel::ZELSolver& solver,
+                        std::ostream& out) {
+  const auto& manager = solver.GetProject().GetParameterManager();
   TextTable table;
   for (const char* title : {"name", "distribution", "parameters", "moments"})
     table.AddColumn(title, TextTable::Align::kLeft);
@@ -117,15 +154,13 @@ void PrintDistributions(const Project& project, const std::string& hash, std::os
   correlations.Print(out, "  ");
 }
 
-void PrintCriteria(const Project& project, const std::string& hash, std::ostream& out) {
+void PrintCriteria(const Project& project, corvath::zel::ZELSolver& solver, std::ostream& out) {
   if (project.GetCriteria().empty()) return;
-  const auto solver = corvath::zel::api::ProvideSolver(project.GetFile().c_str(),
-                                                       hash.empty() ? nullptr : hash.c_str());
   TextTable table;
   table.AddColumn("name", TextTable::Align::kLeft);
   table.AddColumn("kind", TextTable::Align::kLeft);
   table.AddColumn("value", TextTable::Align::kLeft);
-  for (const auto& [name, criterion] : solver->GetCriteriaList())
+  for (const auto& [name, criterion] : solver.GetCriteriaList())
     table.AddRow({ToUtf8(name),
                   criterion.IsLimitState() ? "limit, kept when not negative" : "value",
                   ToUtf8(criterion.GetExpression())});
@@ -133,16 +168,153 @@ void PrintCriteria(const Project& project, const std::string& hash, std::ostream
   table.Print(out, "  ");
 }
 
+std::vector<Candidate> CandidatesOf(corvath::zel::ZELSolver& solver, const std::string& response) {
+  const auto information = solver.GetProject().GetAlgorithmInfo()->GetZELInformation();
+  return information ? ListCandidates(*information, FromUtf8(response)) : std::vector<Candidate>();
+}
+
+void PrintAllCandidates(const Project& project, corvath::zel::ZELSolver& solver,
+                        std::ostream& out) {
+  bool any = false;
+  for (const std::string& name : project.GetOutputs()) {
+    const std::vector<Candidate> candidates = CandidatesOf(solver, name);
+    if (candidates.empty()) continue;
+    any = true;
+    out << "\nCandidates for " << name << " (" << candidates.size()
+        << "), each with the CoP that it has by itself\n";
+    PrintCandidates(candidates, "  ", out);
+  }
+  if (!any) out << "\nThe project does not tell which models competed.\n";
+}
+
+Json::Value Texts(const std::vector<std::wstring>& texts) {
+  Json::Value json(Json::arrayValue);
+  for (const std::wstring& text : texts) json.append(ToUtf8(text));
+  return json;
+}
+
+/// A bound or reference value; null where the project has none.
+Json::Value ValueJson(double value) {
+  return value == std::numeric_limits<double>::max() ? Json::Value() : JsonNumber(value);
+}
+
+Json::Value DistributionJson(const corvath::algorithm::datatypes::Parameter& parameter) {
+  Json::Value json;
+  try {
+    const auto variable = corvath::algorithm::datatypes::ParameterToRV(parameter);
+    json["type"] = ToUtf8(variable->GetTypeName());
+    const auto add = [&](const char* key, const std::vector<std::wstring>& names,
+                         const Eigen::VectorXd& values) {
+      for (std::size_t i = 0; i < names.size() && static_cast<Eigen::Index>(i) < values.size(); ++i)
+        json[key][ToUtf8(names[i])] = JsonNumber(values(static_cast<Eigen::Index>(i)));
+    };
+    add("parameters", variable->GetParameterNames(), variable->GetParameters());
+    add("moments", variable->GetMomentNames(), variable->GetStats());
+  } catch (const std::exception& error) {
+    json["error"] = error.what();
+  }
+  return json;
+}
+
+Json::Value InputsJson(const Project& project, corvath::zel::ZELSolver& solver) {
+  const auto& manager = solver.GetProject().GetParameterManager();
+  const TableColumns columns = project.ReadColumns();
+  const std::vector<double> bounds = project.GetBounds();
+  Json::Value list(Json::arrayValue);
+  for (std::size_t i = 0; i < project.GetInputs().size(); ++i) {
+    const std::string& name = project.GetInputs()[i];
+    const TableColumn* const column = columns.Find(name);
+    Json::Value json = column == nullptr ? Json::Value(Json::objectValue) : column->ToJson();
+    json["name"] = name;
+    json["lower"] = ValueJson(bounds[2 * i]);
+    json["upper"] = ValueJson(bounds[2 * i + 1]);
+    json["reference"] = ValueJson(project.GetReferenceValue(name));
+    const std::string unit = UnitOf(manager, name);
+    if (!unit.empty()) json["unit"] = unit;
+    const auto* const parameter = manager.FindParameter(FromUtf8(name));
+    if (parameter != nullptr && parameter->HasRandom())
+      json["distribution"] = DistributionJson(*parameter);
+    list.append(json);
+  }
+  return list;
+}
+
+/// A CoP; null for -1, where there is none.
+Json::Value CoPJson(double cop) {
+  return cop == -1.0 ? Json::Value() : JsonNumber(cop);
+}
+
+Json::Value OutputJson(const Project& project, corvath::zel::ZELSolver& solver,
+                       const std::string& name, bool with_candidates) {
+  const std::vector<double> cops = project.GetCoPs(name);
+  const std::vector<bool> filtered = project.GetFiltered(name);
+  const auto& model = solver.GetSurrogateInfos().GetSurrogateInfo(FromUtf8(name)).GetSurrogate();
+  const TableColumns columns = project.ReadColumns();
+  const TableColumn* const column = columns.Find(name);
+  Json::Value json = column == nullptr ? Json::Value(Json::objectValue) : column->ToJson();
+  json["name"] = name;
+  json["cop"] = CoPJson(cops.back());
+  json["model"] = model ? Json::Value(ToUtf8(model->GetName(false))) : Json::Value();
+  json["description"] = model ? Json::Value(ToUtf8(model->GetDescription())) : Json::Value();
+  json["inputs"] = Json::Value(Json::arrayValue);
+  for (std::size_t i = 0; i < filtered.size(); ++i) {
+    if (filtered[i]) continue;
+    Json::Value input;
+    input["name"] = project.GetInputs()[i];
+    input["single_cop"] = CoPJson(cops[i]);
+    json["inputs"].append(input);
+  }
+  if (with_candidates) json["candidates"] = CandidatesJson(CandidatesOf(solver, name));
+  return json;
+}
+
+Json::Value Document(const Project& project, corvath::zel::ZELSolver& solver,
+                     bool with_candidates) {
+  Json::Value document;
+  document["project"] = project.GetFile();
+  document["inputs"] = InputsJson(project, solver);
+  document["correlations"] = Json::Value(Json::arrayValue);
+  const auto& correlations = solver.GetProject().GetParameterManager().GetCoherences();
+  for (const auto& [pair, coefficient] : correlations.GetEntries()) {
+    Json::Value json;
+    json["inputs"] = Texts({pair.GetFirst(), pair.GetSecond()});
+    json["coefficient"] = JsonNumber(coefficient);
+    document["correlations"].append(json);
+  }
+  document["responses"] = Json::Value(Json::arrayValue);
+  for (const std::string& name : project.GetOutputs())
+    document["responses"].append(OutputJson(project, solver, name, with_candidates));
+  document["criteria"] = Json::Value(Json::arrayValue);
+  if (project.GetCriteria().empty()) return document;
+  for (const auto& [name, criterion] : solver.GetCriteriaList()) {
+    Json::Value json;
+    json["name"] = ToUtf8(name);
+    json["limit"] = criterion.IsLimitState();
+    json["value"] = ToUtf8(criterion.GetExpression());
+    document["criteria"].append(json);
+  }
+  return document;
+}
+
 }  // namespace
 
-void RunInfo(const std::string& file, const std::string& hash) {
+void RunInfo(const InfoOptions& options) {
   ClaimStandardOutput();  // before the library logs what it meets
-  const Project project(file, hash);
+  const Project project(options.file, options.hash);
+  const auto shared = corvath::zel::api::ProvideSolver(
+      options.file.c_str(), options.hash.empty() ? nullptr : options.hash.c_str());
+  corvath::zel::ZELSolver& solver = *shared;
+  if (options.json) {
+    PrintResult(JsonText(Document(project, solver, options.candidates)));
+    return;
+  }
   std::ostringstream text;
-  PrintInputs(project, text);
-  PrintDistributions(project, hash, text);
-  const TextTable descriptions = PrintOutputs(project, hash, text);
-  PrintCriteria(project, hash, text);
+  PrintInputs(project, solver, text);
+  PrintColumns(project, text);
+  PrintDistributions(project, solver, text);
+  const TextTable descriptions = PrintOutputs(project, solver, text);
+  PrintCriteria(project, solver, text);
+  if (options.candidates) PrintAllCandidates(project, solver, text);
   text << "\nModels in full\n";
   descriptions.Print(text, "  ");
   PrintResult(text.str());

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cctype>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace cli {
@@ -81,6 +82,9 @@ void Write(const DOE& sample, bool is_grid, const SampleInputs& inputs, const st
   CsvWriter writer(file);
   for (const std::string& name : inputs.GetNames()) writer.Add(name);
   writer.EndRecord();
+  std::vector<const TableColumn*> columns;
+  for (const std::string& name : inputs.GetNames())
+    columns.push_back(inputs.GetColumns().Find(name));
   const auto& designs = sample.GetDesigns();
   Eigen::MatrixXd points;
   for (std::size_t first = 0; first < designs.size(); first += kBlock) {
@@ -91,7 +95,14 @@ void Write(const DOE& sample, bool is_grid, const SampleInputs& inputs, const st
           designs[first + i].data(), static_cast<Index>(sample.GetDim()));
     const Eigen::MatrixXd values = inputs.ToUnits(points, is_grid);
     for (Index i = 0; i < values.rows(); ++i) {
-      for (Index k = 0; k < values.cols(); ++k) writer.Add(values(i, k));
+      for (Index k = 0; k < values.cols(); ++k) {
+        const TableColumn* const column = columns[static_cast<std::size_t>(k)];
+        const std::string word = column == nullptr ? "" : column->WordOf(values(i, k));
+        if (word.empty())
+          writer.Add(values(i, k));
+        else
+          writer.Add(std::string_view(word));
+      }
       writer.EndRecord();
     }
   }

@@ -15,6 +15,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <iostream>
 #include <optional>
 #include <string>
 #include <utility>
@@ -100,25 +101,39 @@ std::string Number(double value) {
 /// The rows of one block, and where they came from.
 class Designs {
  public:
-  explicit Designs(const std::vector<std::string>& inputs)
-      : inputs_(inputs), rows_(kBlock * inputs.size()), row_numbers_(kBlock) {}
+  Designs(const std::vector<std::string>& inputs, const TableColumns& columns)
+      : inputs_(inputs), rows_(kBlock * inputs.size()), row_numbers_(kBlock) {
+    for (const std::string& input : inputs) {
+      const TableColumn* const told = columns.Find(input);
+      told_.push_back(told == nullptr ? TableColumn() : *told);
+    }
+  }
 
-  /// Finds the column of each input. @throws Refusal  an input has none, or two
+  /// Finds the column of each input, under its name or under that which it had in the table of the
+  /// training. @throws Refusal  an input has none, or two
   void SetHeader(CsvHeader header) {
     header_ = std::move(header);
-    for (const std::string& input : inputs_) columns_.push_back(header_->Find(input, "input"));
+    for (std::size_t i = 0; i < inputs_.size(); ++i) {
+      const std::string& title = told_[i].title;
+      const bool by_title = !title.empty() && !header_->Has(inputs_[i]) && header_->Has(title);
+      columns_.push_back(header_->Find(by_title ? title : inputs_[i], "input"));
+    }
   }
   bool HasHeader() const { return header_.has_value(); }
 
-  void Add(std::uint64_t row, const CsvReader::Record& record) {
+  void Add(std::uint64_t row, const CsvReader::Record& record, CsvReader& reader) {
     header_->CheckSize(row, record);
     row_numbers_[size_] = row;
     for (std::size_t i = 0; i < inputs_.size(); ++i) {
       const std::string& cell = record[columns_[i]];
-      const CsvNumber number = ReadNumber(cell);
-      if (number.kind != CsvNumber::Kind::kNumber)
+      const CsvNumber number = reader.ReadNumber(cell);
+      const bool is_number = number.kind == CsvNumber::Kind::kNumber;
+      double& value = rows_[size_ * inputs_.size() + i];
+      value = number.value;
+      if (told_[i].IsRead() && !IsMissing(cell))
+        value = told_[i].ReadCell(cell, number.value, is_number, header_->Place(row, columns_[i]));
+      else if (!is_number)
         throw Refusal(header_->Place(row, columns_[i]) + ": " + RefusalText(cell, number.kind));
-      rows_[size_ * inputs_.size() + i] = number.value;
     }
     ++size_;
   }
@@ -152,6 +167,7 @@ class Designs {
  private:
   const std::vector<std::string>& inputs_;
   std::optional<CsvHeader> header_;
+  std::vector<TableColumn> told_;     ///< about each input
   std::vector<std::size_t> columns_;  ///< of each input in the file
   std::vector<double> rows_;          ///< design after design
   std::vector<std::uint64_t> row_numbers_;
@@ -166,7 +182,7 @@ class Solver {
         project_(options.file, options.hash),
         bounds_(project_.GetBounds()),
         reader_(options.in),
-        designs_(project_.GetInputs()),
+        designs_(project_.GetInputs(), project_.ReadColumns()),
         file_(options.out),
         writer_(file_) {
     flags_ = ZEL_SOLVE_RESPONSES;
@@ -191,13 +207,16 @@ class Solver {
         WriteHeader();
         return;
       }
-      designs_.Add(row, record);
+      designs_.Add(row, record, reader_);
       if (designs_.IsFull()) SolveBlock();
     });
     if (!designs_.HasHeader()) throw Refusal(reader_.GetName() + ": no header row");
     if (designs_.GetSize() > 0) SolveBlock();
     writer_.Flush();
     file_.Commit();
+    const std::string format = reader_.DescribeFormat();
+    if (!options_.quiet && !format.empty())
+      std::cerr << "zel: " << reader_.GetName() << ": " << format << '\n';
   }
 
  private:

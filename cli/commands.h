@@ -13,10 +13,17 @@ class Refusal : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+struct InfoOptions {
+  std::string file;
+  std::string hash;         ///< expected signature of `file`; empty: not checked
+  bool candidates = false;  ///< the models that competed, too
+  bool json = false;        ///< as one JSON document
+};
+
 /// Prints what the project `file` holds: inputs with bounds, reference values and, where they are
 /// random, distributions and correlations; responses with CoP, model and used inputs; criteria;
 /// descriptions of the models.
-void RunInfo(const std::string& file, const std::string& hash);
+void RunInfo(const InfoOptions& options);
 
 struct SolveOptions {
   std::string file;
@@ -27,6 +34,7 @@ struct SolveOptions {
   bool errors = false;
   bool density = false;
   bool criteria = false;
+  bool quiet = false;                  ///< errors alone
   std::vector<std::string> gradients;  ///< responses of which to add the gradients
 };
 
@@ -54,11 +62,16 @@ struct TrainOptions {
   std::vector<std::string> inputs;     ///< lists of columns, see ParseNames
   std::vector<std::string> responses;  ///< likewise
   std::vector<std::string> discrete;   ///< likewise: inputs that take the table's values alone
+  std::vector<std::string> dates;      ///< likewise: columns of dates
+  std::vector<std::string> ignored;    ///< likewise: what patterns leave out
+  bool skip_incomplete = false;        ///< leave rows out that lack an input
   std::vector<std::string> criteria;   ///< see ParseCriteria
   std::string out;                     ///< project file; empty: named after the table
   std::uint32_t seed = 1;              ///< of the groups of the cross-validation
-  bool anisotropic = false;            ///< kriging with a radius for each input competes, too
+  double budget = 60.0;                ///< of the training, see TrainSettings
+  bool anisotropic = false;            ///< has no effect; scripts of old may name it
   bool quiet = false;                  ///< errors alone
+  bool json = false;                   ///< print the result as JSON
 };
 
 /// Trains a model for each response of a table of designs, writes them as a project file, and

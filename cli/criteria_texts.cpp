@@ -6,6 +6,7 @@
 #include "calculator/parser.h"
 #include "calculator/workspace.h"
 #include "commands.h"
+#include "criterion_names.h"
 #include "csv_cell.h"
 #include "design/design.h"
 #include "design/indexed_responses.h"
@@ -34,11 +35,6 @@ using Index = Eigen::Index;
 
 [[noreturn]] void Refuse(const std::wstring& name, const std::string& what) {
   throw Refusal("--criterion " + Quoted(ToUtf8(name)) + ": " + what);
-}
-
-/// Whether texts can use the name for an object. Blanks do not count in texts.
-bool CanBeUsed(const std::wstring& name) {
-  return DeleteBlanks(name) == name && CCalculator().IsValidIdentifier(name, true);
 }
 
 /// The first design that failed for no response; a table without one gives responses of 1.
@@ -113,8 +109,9 @@ class NameCheck {
         if ((object.constant != nullptr) != (names_.count(object.name) > 0)) return false;
         if (object.constant == nullptr) RefuseName(object.name);
         Refuse(criterion_, Quoted(ToUtf8(object.name)) +
-                               " is a constant of expressions and hides "
-                               "the column of this name; rename the column");
+                               " is a constant of expressions and hides the column of this name; "
+                               "write `" +
+                               ToUtf8(object.name) + "` for the column");
       }
       case Rule::kFunction:
         if (text.GetFunction(node) == nullptr)
@@ -133,7 +130,8 @@ class NameCheck {
         if (known != criterion_) usable.push_back(ToUtf8(known));
       } else if (DeleteBlanks(known).compare(0, name.size(), name) == 0) {
         Refuse(criterion_, "expressions cannot use the name " + Quoted(ToUtf8(known)) +
-                               "; rename the column (letters, digits and _)");
+                               "; write " + IdentifierOf(ToUtf8(known)) + " or `" +
+                               ToUtf8(known) + "`, or rename the column (letters, digits and _)");
       }
     }
     Refuse(criterion_, "there is no input, response or criterion " + Quoted(ToUtf8(name)) + "; " +

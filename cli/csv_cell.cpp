@@ -22,11 +22,16 @@ bool HasDecimalComma(std::string_view cell) {
 
 }  // namespace
 
+std::string_view Trimmed(std::string_view cell) {
+  const std::size_t first = cell.find_first_not_of(" \t");
+  if (first == std::string_view::npos) return {};
+  return cell.substr(first, cell.find_last_not_of(" \t") + 1 - first);
+}
+
 CsvNumber ReadNumber(std::string_view cell) {
   using Kind = CsvNumber::Kind;
-  const std::size_t first = cell.find_first_not_of(" \t");  // within quotes they stay
-  if (first == std::string_view::npos) return {Kind::kEmpty, 0.0};
-  cell = cell.substr(first, cell.find_last_not_of(" \t") + 1 - first);
+  cell = Trimmed(cell);
+  if (cell.empty()) return {Kind::kEmpty, 0.0};
   std::string_view digits = cell;
   if (digits.front() == '+') digits.remove_prefix(1);  // from_chars knows no plus sign
   const char* const end = digits.data() + digits.size();
@@ -42,6 +47,45 @@ CsvNumber ReadNumber(std::string_view cell) {
   return {HasDecimalComma(cell) ? Kind::kDecimalComma : Kind::kText, 0.0};
 }
 
+bool MayBeThousands(std::string_view cell) {
+  cell = Trimmed(cell);
+  if (!cell.empty() && (cell.front() == '-' || cell.front() == '+')) cell.remove_prefix(1);
+  const std::size_t comma = cell.find(',');
+  return comma != std::string_view::npos && comma >= 1 && comma <= 3 && cell.front() != '0' &&
+         cell.size() == comma + 4 && std::all_of(cell.begin(), cell.begin() + comma, IsDigit) &&
+         std::all_of(cell.begin() + comma + 1, cell.end(), IsDigit);
+}
+
+CsvNumber NumberFormat::Read(std::string_view cell) {
+  using Kind = CsvNumber::Kind;
+  CsvNumber number = ReadNumber(cell);
+  if (decimal_ == Decimal::kPoint) return number;
+  const bool has_point = cell.find('.') != std::string_view::npos;
+  const bool is_number = number.kind == Kind::kNumber || number.kind == Kind::kOutOfRange;
+  if (is_number && has_point) {
+    if (decimal_ == Decimal::kComma) return {Kind::kDecimalPoint, 0.0};
+    decimal_ = Decimal::kPoint;
+  }
+  if (number.kind != Kind::kDecimalComma) return number;
+  if (has_point) return {Kind::kDecimalPoint, 0.0};
+  if (decimal_ == Decimal::kMixed && MayBeThousands(cell)) return {Kind::kAmbiguous, 0.0};
+  std::string with_point(cell);
+  with_point[with_point.find(',')] = '.';
+  number = ReadNumber(with_point);
+  if (number.kind == Kind::kNumber) decimal_ = Decimal::kComma;
+  return number;
+}
+
+bool IsMissing(std::string_view cell) {
+  static constexpr std::string_view kWords[] = {"",    "na",   "n/a",     "#n/a", "#nv", "nan",
+                                                "null", "missing", "?", ".",    "-",   "--"};
+  std::string lower(Trimmed(cell));
+  if (lower.size() > 7) return false;
+  for (char& c : lower)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return std::find(std::begin(kWords), std::end(kWords), lower) != std::end(kWords);
+}
+
 std::string RefusalText(std::string_view cell, CsvNumber::Kind kind) {
   switch (kind) {
     case CsvNumber::Kind::kEmpty:
@@ -52,6 +96,17 @@ std::string RefusalText(std::string_view cell, CsvNumber::Kind kind) {
       return Quoted(cell) +
              " is not a number; write a point for a decimal comma, and nothing "
              "between thousands";
+    case CsvNumber::Kind::kDecimalPoint:
+      return Quoted(cell) +
+             " is not a number, since the table has decimal commas; write all numbers alike, and "
+             "nothing between thousands";
+    case CsvNumber::Kind::kAmbiguous: {
+      std::string thousands(Trimmed(cell));
+      std::string decimal = thousands;
+      decimal[decimal.find(',')] = '.';
+      thousands.erase(thousands.find(','), 1);
+      return Quoted(cell) + " may be " + decimal + " or " + thousands + "; write one of these";
+    }
     default:
       return Quoted(cell) + " is not a number";
   }

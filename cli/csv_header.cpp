@@ -2,17 +2,12 @@
 
 #include "commands.h"
 #include "csv_cell.h"
-#include "foundation/text.h"
 #include "name_hint.h"
 
 #include <algorithm>
 
 namespace cli {
 namespace {
-
-bool IsUtf8(const std::string& text) {
-  return corvath::utils::ToUtf8(corvath::utils::FromUtf8(text)) == text;
-}
 
 std::string RowText(const std::string& table, std::uint64_t row) {
   return table + ": row " + std::to_string(row) + ": ";
@@ -30,15 +25,11 @@ std::size_t CsvHeader::Find(const std::string& name, const char* kind) const {
   return static_cast<std::size_t>(found - names_.begin());
 }
 
+bool CsvHeader::Has(const std::string& name) const {
+  return std::find(names_.begin(), names_.end(), name) != names_.end();
+}
+
 std::string CsvHeader::Hint(const std::string& name) const {
-  constexpr const char* kAdvice =
-      ", not commas; save the table with commas between the cells and points in the numbers";
-  if (names_.size() == 1 && names_[0].find(';') != std::string::npos)
-    return std::string("; semicolons separate its columns") + kAdvice;
-  if (names_.size() == 1 && names_[0].find('\t') != std::string::npos)
-    return std::string("; tabs separate its columns") + kAdvice;
-  if (!std::all_of(names_.begin(), names_.end(), IsUtf8))
-    return "; the names are not in UTF-8; save the table as UTF-8";
   return "; " + NameHint(name, names_, "the columns are");
 }
 
@@ -51,7 +42,7 @@ void CsvHeader::CheckSize(std::uint64_t row, const CsvReader::Record& record) co
     text += ": none for the column " + Quoted(names_[record.size()]);
   else
     text += ": " + Quoted(record[names_.size()]) + " stands behind the column " +
-            Quoted(names_.back()) + " (decimal commas? write points)";
+            Quoted(names_.back()) + " (decimal commas? write points, or separate the cells with semicolons)";
   throw Refusal(text);
 }
 

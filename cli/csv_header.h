@@ -19,6 +19,8 @@ class CsvHeader {
   /// @throws Refusal  there is none, or two; with a hint what could be meant
   std::size_t Find(const std::string& name, const char* kind) const;
 
+  bool Has(const std::string& name) const;
+
   /// @throws Refusal  the record has more or fewer cells than the header
   void CheckSize(std::uint64_t row, const CsvReader::Record& record) const;
 

@@ -17,10 +17,6 @@ namespace {
 constexpr std::size_t kChunk = 1 << 16;
 constexpr unsigned char kOptions = CSV_STRICT | CSV_STRICT_FINI;
 
-bool BeginsWith(std::string_view text, std::string_view beginning) {
-  return text.substr(0, beginning.size()) == beginning;
-}
-
 }  // namespace
 
 CsvReader::CsvReader(std::string file)
@@ -71,7 +67,11 @@ void CsvReader::OnLineEnd(int end, const Handler& handler) {
   if (!blank) {
     record_.erase(last, record_.end());
     num_fields_ = 0;
-    handler(row_, record_);
+    if (num_columns_ == 0) num_columns_ = record_.size();
+    if (row_ == format_.unit_row)
+      units_ = record_;
+    else
+      handler(row_, record_);
   }
   num_fields_ = 0;
 }
@@ -101,9 +101,10 @@ struct CsvReader::Feed {
   }
 };
 
-void CsvReader::Parse(Feed& feed, const char* begin, std::size_t size) {
+void CsvReader::Parse(Feed& feed, std::string_view text) {
+  const std::size_t zero = std::min(text.find('\0'), text.size());
   const bool parsed =
-      csv_parse(&parser_, begin, size, Feed::OnField, Feed::OnLineEnd, &feed) == size;
+      csv_parse(&parser_, text.data(), zero, Feed::OnField, Feed::OnLineEnd, &feed) == zero;
   if (feed.failure) std::rethrow_exception(feed.failure);
   if (!parsed) {
     if (csv_error(&parser_) != CSV_EPARSE) throw std::bad_alloc();
@@ -112,30 +113,111 @@ void CsvReader::Parse(Feed& feed, const char* begin, std::size_t size) {
   if (parser_.entry_pos > kMaxCellSize)
     Refuse("longer than " + std::to_string(kMaxCellSize) +
            " bytes (a quotation mark that is not closed?)");
+  if (zero < text.size()) Refuse("a zero byte: this is no text");
 }
 
-std::size_t CsvReader::SkipMark(std::string_view begin) const {
-  if (BeginsWith(begin, "\xff\xfe") || BeginsWith(begin, "\xfe\xff"))
-    throw Refusal(name_ + ": UTF-16 text; save the table as UTF-8");
-  constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
-  return BeginsWith(begin, kByteOrderMark) ? kByteOrderMark.size() : 0;
+/// Finds a line that begins with #, and keeps account of line begins and quotation marks up to it.
+bool CsvReader::FindLine(std::string_view text, std::size_t& begin) {
+  for (begin = 0; begin < text.size(); ++begin) {
+    const char c = text[begin];
+    if (c == '#' && at_line_begin_ && !quoted_) return true;
+    if (c == '"') quoted_ = !quoted_;
+    if (c == '\n' || c == '\r')
+      at_line_begin_ = true;
+    else if (c != ' ' && c != '\t')
+      at_line_begin_ = false;
+  }
+  return false;
+}
+
+/// Parses `text`, the lines that begin with # apart: quotation marks mean nothing in comments.
+void CsvReader::Take(Feed& feed, std::string_view text) {
+  while (!text.empty()) {
+    if (!in_marked_line_) {
+      std::size_t begin = 0;
+      in_marked_line_ = FindLine(text, begin);
+      Parse(feed, text.substr(0, begin));
+      text.remove_prefix(begin);
+      continue;
+    }
+    const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
+    line_ += text.substr(0, end);
+    if (line_.size() > kMaxCellSize)
+      Refuse("a comment of more than " + std::to_string(kMaxCellSize) + " bytes");
+    text.remove_prefix(end);
+    if (!text.empty()) TakeMarkedLine(feed);
+  }
+}
+
+/// Parses or drops line_, whose end comes next.
+void CsvReader::TakeMarkedLine(Feed& feed) {
+  in_marked_line_ = false;
+  at_line_begin_ = false;
+  if (row_ + 1 == format_.commented_header) {
+    const std::size_t name = line_.find_first_not_of(" \t", 1);
+    Parse(feed, name == std::string::npos || line_[name] == format_.separator
+                    ? std::string_view(line_)
+                    : std::string_view(line_).substr(name));
+  } else if (num_columns_ > 1 && CountCells(line_, format_.separator) == num_columns_) {
+    Parse(feed, line_);
+  } else {
+    ++num_comments_;
+  }
+  line_.clear();
+}
+
+/// @return  false at the end of the file
+bool CsvReader::ReadChunk(std::string& text) {
+  std::vector<char> chunk(kChunk);
+  const std::size_t size = std::fread(chunk.data(), 1, chunk.size(), file_);
+  if (std::ferror(file_) != 0) throw Refusal(name_ + ": " + std::strerror(errno));
+  bytes_read_ += size;
+  text.clear();
+  decoder_.Decode({chunk.data(), size}, size == 0, text);
+  return size > 0;
 }
 
 void CsvReader::ReadAll(const Handler& handler) {
   Feed feed{*this, handler, nullptr};
-  std::vector<char> chunk(kChunk);
-  while (const std::size_t size = std::fread(chunk.data(), 1, chunk.size(), file_)) {
-    const std::string_view text(chunk.data(), size);
-    const std::size_t first = bytes_read_ == 0 ? SkipMark(text) : 0;
-    bytes_read_ += size;
-    const std::size_t zero = std::min(text.find('\0'), size);
-    Parse(feed, chunk.data() + first, zero - first);
-    if (zero < size) Refuse("a zero byte: this is no text");
+  std::string text;
+  bool more = ReadChunk(text);
+  format_ = FindTableFormat(text, bytes_read_ < kChunk);
+  if (!format_.ambiguity.empty()) throw Refusal(name_ + ": " + format_.ambiguity);
+  numbers_ = NumberFormat(format_.decimal);
+  csv_set_delim(&parser_, static_cast<unsigned char>(format_.separator));
+  for (;; more = ReadChunk(text)) {
+    Take(feed, text);
+    if (!decoder_.GetFault().empty()) Refuse(decoder_.GetFault());
+    if (!more) break;
   }
-  if (std::ferror(file_) != 0) throw Refusal(name_ + ": " + std::strerror(errno));
+  if (in_marked_line_) TakeMarkedLine(feed);
   if (csv_fini(&parser_, Feed::OnField, Feed::OnLineEnd, &feed) != 0)
     Refuse("the quotation mark is not closed");
   if (feed.failure) std::rethrow_exception(feed.failure);
+}
+
+std::string CsvReader::DescribeFormat() const {
+  using Encoding = TextDecoder::Encoding;
+  using Decimal = NumberFormat::Decimal;
+  std::string text;
+  const Encoding encoding = decoder_.GetEncoding();
+  if (encoding == Encoding::kWindows1252) text = "read as Windows-1252 (Latin-1) text";
+  if (encoding == Encoding::kUtf16LittleEndian || encoding == Encoding::kUtf16BigEndian)
+    text = "read as UTF-16 text";
+  if (format_.separator != ',') {
+    text += text.empty() ? "read with " : " with ";
+    text += format_.separator == ';' ? "semicolons" : "tabs";
+    text += " between the cells";
+    if (numbers_.GetDecimal() == Decimal::kComma) text += " and decimal commas";
+    if (numbers_.GetDecimal() == Decimal::kPoint) text += " and decimal points";
+  }
+  const auto add = [&](const std::string& part) { text += (text.empty() ? "" : "; ") + part; };
+  if (format_.commented_header > 0)
+    add("row " + std::to_string(format_.commented_header) + " is the header");
+  if (!units_.empty()) add("row " + std::to_string(format_.unit_row) + " holds units");
+  if (num_comments_ == 1) add("1 comment line left out");
+  if (num_comments_ > 1) add(std::to_string(num_comments_) + " comment lines left out");
+  return text;
 }
 
 CsvReader::Record ParseRecord(std::string_view text, const std::string& place) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "table_format.h"
+#include "text_decoder.h"
+
 #include <csv.h>
 
 #include <cstdint>
@@ -11,13 +14,16 @@
 
 namespace cli {
 
-/// Reads records of comma-separated values (RFC 4180: quoted fields; CR LF, LF or CR) from a file
-/// or standard input. Blank lines and records of empty cells alone, which spreadsheets leave behind
-/// a table, are passed over; so is a byte order mark.
+/// Reads the records of a table (RFC 4180: quoted fields; CR LF, LF or CR) from a file or standard
+/// input. Its encoding (TextDecoder), separators, unit row and comments (TableFormat) are found out.
+/// Blank lines and records of empty cells alone, which spreadsheets leave behind a table, are passed
+/// over; so are comments, lines that begin with #, but below the header those with as many cells as
+/// it has count as rows.
 class CsvReader {
  public:
   using Record = std::vector<std::string>;
-  /// Called for each record. @param row  as a spreadsheet counts, from 1, with the blank lines
+  /// Called for each record, the header first.
+  /// @param row  as a spreadsheet counts, from 1, with blank lines and comments
   using Handler = std::function<void(std::uint64_t row, const Record& record)>;
 
   /// Most bytes of a cell and most cells of a record: what is longer is no table.
@@ -31,8 +37,17 @@ class CsvReader {
   ~CsvReader();
 
   /// Reads to the end. What `handler` throws ends the reading and passes on.
-  /// @throws Refusal  the file cannot be read, a quotation mark is out of place, or it is no text
+  /// @throws Refusal  the file cannot be read, a quotation mark is out of place, what separates is
+  ///                  not certain, or it is no text
   void ReadAll(const Handler& handler);
+
+  /// Reads a number as the table's numbers are written.
+  CsvNumber ReadNumber(std::string_view cell) { return numbers_.Read(cell); }
+  /// The units of the columns; empty without a row of units.
+  const Record& GetUnits() const { return units_; }
+  /// What was found out, "read as UTF-16 with semicolons ...; row 2 holds units", after reading;
+  /// empty for a plain table.
+  std::string DescribeFormat() const;
 
   /// Name for messages.
   const std::string& GetName() const { return name_; }
@@ -44,8 +59,11 @@ class CsvReader {
 
   void OnField(const char* text, std::size_t size);
   void OnLineEnd(int end, const Handler& handler);
-  void Parse(Feed& feed, const char* begin, std::size_t size);
-  std::size_t SkipMark(std::string_view begin) const;
+  void Take(Feed& feed, std::string_view text);
+  bool FindLine(std::string_view text, std::size_t& begin);
+  void TakeMarkedLine(Feed& feed);
+  void Parse(Feed& feed, std::string_view text);
+  bool ReadChunk(std::string& text);
   [[noreturn]] void Refuse(const std::string& what) const;
 
   std::string name_;
@@ -55,6 +73,16 @@ class CsvReader {
   std::size_t num_fields_ = 0;  ///< of record_ in use: its strings keep their memory
   int line_end_ = 0;            ///< the last one
   std::uint64_t row_ = 0;
+  TextDecoder decoder_;
+  TableFormat format_;
+  NumberFormat numbers_;
+  Record units_;
+  std::size_t num_columns_ = 0;  ///< of the header; 0 before it
+  std::string line_;             ///< a line that begins with #, until its end has come
+  bool in_marked_line_ = false;
+  bool quoted_ = false;  ///< between quotation marks
+  bool at_line_begin_ = true;
+  std::uint64_t num_comments_ = 0;
   std::uint64_t bytes_read_ = 0;
   std::uint64_t size_ = 0;  ///< 0 when unknown
 };

@@ -37,12 +37,16 @@ class Help : public CLI::Formatter {
 
 void AddInfo(CLI::App& app) {
   auto* const command = app.add_subcommand("info", "Show what a project holds");
-  static std::string file;
-  static std::string hash;
-  command->add_option("PROJECT", file, "Project file (.vrdb)")->required()->type_name("");
-  command->add_option("--hash", hash, "Refuse PROJECT unless this is its signature (see zel hash)")
+  static cli::InfoOptions options;
+  command->add_option("PROJECT", options.file, "Project file (.vrdb)")->required()->type_name("");
+  command->add_flag("--candidates", options.candidates,
+                    "List the models that competed for each response, the chosen one marked with *");
+  command->add_flag("--json", options.json, "Print all as one JSON document");
+  command
+      ->add_option("--hash", options.hash,
+                   "Refuse PROJECT unless this is its signature (see zel hash)")
       ->type_name("SHA512");
-  command->callback([] { cli::RunInfo(file, hash); });
+  command->callback([] { cli::RunInfo(options); });
 }
 
 void AddSolve(CLI::App& app) {
@@ -77,6 +81,7 @@ void AddSolve(CLI::App& app) {
       ->add_option("--hash", options.hash,
                    "Refuse PROJECT unless this is its signature (see zel hash)")
       ->type_name("SHA512");
+  command->add_flag("--quiet", options.quiet, "Print errors alone");
   command->callback([] { cli::RunSolve(options); });
 }
 
@@ -152,7 +157,8 @@ void AddSample(CLI::App& app) {
   auto* const inputs =
       command
           ->add_option("--inputs", options.inputs,
-                       "Inputs: name:low:high, or name:{a;b;c} with all states of a discrete one")
+                       "Inputs: name:low:high, or name:{a;b;c} with all states of a discrete one, numbers "
+                       "or words")
           ->delimiter(',')
           ->type_name("INPUT");
   auto* const from = command
@@ -180,9 +186,11 @@ void AddTrain(CLI::App& app) {
   auto* const command = app.add_subcommand(
       "train",
       "Train models on a table of designs, and write them as a project file\n\n"
-      "Reads a CSV with one row for each design. Its header row names the columns; those that\n"
-      "neither --inputs nor --responses names are ignored. Where the cell of a response is\n"
-      "empty or no number, the design failed for this response alone. For each response\n"
+      "Reads a CSV with one row for each design, also with semicolons or tabs, decimal commas, in\n"
+      "UTF-16 or Latin-1. Its header row names the columns; those that neither --inputs nor\n"
+      "--responses names are ignored. A row of units below it and lines that begin with # are no\n"
+      "designs. Where the cell of a response is empty or no number, the design failed for this\n"
+      "response alone. Inputs of few words become discrete inputs. For each response\n"
       "regressions, moving least squares and kriging compete over subsets of the inputs. The\n"
       "coefficient of prognosis (CoP) decides: the share of the variation that a model predicts\n"
       "at designs that it was not trained on. Prints a table of the chosen models.\n"
@@ -194,10 +202,19 @@ void AddTrain(CLI::App& app) {
   const auto add_list = [&](const char* name, std::vector<std::string>& list, const char* text) {
     return command->add_option(name, list, text)->type_name("NAMES")->allow_extra_args(false);
   };
-  add_list("--inputs", options.inputs, "Columns of the inputs: a,b,c; may be repeated")->required();
-  add_list("--responses", options.responses, "Columns of the responses")->required();
+  add_list("--inputs", options.inputs,
+           "Columns of the inputs: a,b,c or 'x_*', or all that are no responses: all; may be "
+           "repeated")
+      ->required();
+  add_list("--responses", options.responses, "Columns of the responses: y,z or 'y*'")->required();
+  add_list("--ignore", options.ignored, "Columns that patterns and all leave out");
   add_list("--discrete", options.discrete,
            "Inputs among them that take the values of the table and no others");
+  add_list("--dates", options.dates,
+           "Columns among them that are dates: 2024-01-31 or 31.01.2024, with or without 13:45; "
+           "they become days since 1970-01-01");
+  command->add_flag("--skip-incomplete", options.skip_incomplete,
+                    "Leave rows out where an input is empty or NA, in place of refusing them");
   command
       ->add_option("--criterion", options.criteria,
                    "'cost: 3*mass + load' for a value, 'limit: stress <= 25' for a limit (or >=); "
@@ -209,14 +226,24 @@ void AddTrain(CLI::App& app) {
                    "Project file (.vrdb), replaced if it exists; without this option CSV with the "
                    "ending .vrdb, which must not exist")
       ->type_name("PROJECT");
+  command
+      ->add_option("--budget", options.budget,
+                   "Seconds that the training may take, roughly, on one core of a common machine; "
+                   "counted in operations, so that the same budget gives the same models")
+      ->check(CLI::PositiveNumber.description(""))
+      ->capture_default_str()
+      ->type_name("SECONDS");
   command->add_flag("--anisotropic", options.anisotropic,
-                    "Let kriging with a radius for each input compete, too; takes longer");
+                    "No longer needed: kriging with a radius for each input always competes")
+      ->group("");
   command
       ->add_option("--seed", options.seed,
                    "Of the groups of the cross-validation; the same seed gives the same models")
       ->check(CLI::NonNegativeNumber.description(""))
       ->capture_default_str()
       ->type_name("NUMBER");
+  command->add_flag("--json", options.json,
+                    "Print the result, the notes and the candidates tried as one JSON document");
   command->add_flag("--quiet", options.quiet, "Print errors alone");
   command->callback([] { cli::RunTrain(options); });
 }

@@ -27,4 +27,27 @@ std::string UsedInputs(const std::vector<std::string>& inputs, const std::vector
   return text;
 }
 
+std::string LargeLosses(const std::string& response, double cop,
+                        const std::vector<std::string>& inputs, const std::vector<bool>& filtered,
+                        const std::vector<double>& cops) {
+  constexpr double kClearly = 0.05;
+  std::string text;
+  for (std::size_t i = 0; i < inputs.size(); ++i)
+    if (!filtered[i] && cops[i] > cop + kClearly)
+      text += (text.empty() ? response + ": " : ", ") + inputs[i];
+  return text;
+}
+
+std::string LargeLossNote(const std::vector<std::string>& found) {
+  constexpr std::size_t kMaxListed = 8;
+  if (found.empty()) return {};
+  std::string text = "A loss above the CoP (";
+  for (std::size_t i = 0; i < found.size() && i < kMaxListed; ++i)
+    text += (i == 0 ? "" : "; ") + found[i];
+  if (found.size() > kMaxListed) text += "; ...";
+  return text +
+         "): without this input, the rest of the model as it is, predictions are worse than the "
+         "mean; inputs act together, and each takes along what they explain only together.";
+}
+
 }  // namespace cli

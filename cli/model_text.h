@@ -14,4 +14,13 @@ std::string CoPText(double cop, int digits);
 std::string UsedInputs(const std::vector<std::string>& inputs, const std::vector<bool>& filtered,
                        const std::vector<double>& cops);
 
+/// "y: a, b": the inputs of a response whose loss is clearly above its CoP; empty for none. See
+/// UsedInputs for the arguments.
+std::string LargeLosses(const std::string& response, double cop,
+                        const std::vector<std::string>& inputs, const std::vector<bool>& filtered,
+                        const std::vector<double>& cops);
+
+/// Explains such losses. @param found  those that are not empty; none: no text
+std::string LargeLossNote(const std::vector<std::string>& found);
+
 }  // namespace cli

@@ -1,6 +1,8 @@
 #include "project.h"
 
+#include "api/call_frame.h"
 #include "commands.h"
+#include "solver/zel_solver.h"
 
 #include <sys/stat.h>
 #include <zelsolver/zelsolver.h>
@@ -67,6 +69,11 @@ std::vector<bool> Project::GetFiltered(const std::string& output) const {
   Check(dzel2_getFilteredStatesPerResponse_hash(file_.c_str(), output.c_str(), states.data(),
                                                 Hash()));
   return std::vector<bool>(states.begin(), states.end() - 1);
+}
+
+TableColumns Project::ReadColumns() const {
+  return TableColumns::FromProject(
+      corvath::zel::api::ProvideSolver(file_.c_str(), Hash())->GetProject());
 }
 
 void Project::Solve(unsigned int n_designs, const std::vector<double>& inputs, unsigned int flags,

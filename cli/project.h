@@ -1,5 +1,7 @@
 #pragma once
 
+#include "table_columns.h"
+
 #include <string>
 #include <vector>
 
@@ -23,6 +25,9 @@ class Project {
   std::vector<double> GetCoPs(const std::string& output) const;
   /// Whether the model of `output` leaves each input out: m values.
   std::vector<bool> GetFiltered(const std::string& output) const;
+
+  /// What the columns of the table were that it was trained on. See TableColumns.
+  TableColumns ReadColumns() const;
 
   /// dzel2_solve(): `inputs` input after input; resizes `out` to what `flags` select.
   void Solve(unsigned int n_designs, const std::vector<double>& inputs, unsigned int flags,

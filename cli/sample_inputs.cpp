@@ -2,6 +2,7 @@
 
 #include "api/call_frame.h"
 #include "commands.h"
+#include "csv_cell.h"
 #include "design/parameter_manager.h"
 #include "design/random_conversion.h"
 #include "foundation/text.h"
@@ -39,16 +40,39 @@ double ParseNumber(const std::string& text, const std::string& part) {
   return value;
 }
 
-std::vector<double> ParseStates(const std::string& text, std::string list) {
-  std::vector<double> states;
+std::vector<std::string> Split(const std::string& list) {
+  std::vector<std::string> parts;
   std::size_t begin = 0;
-  list += ';';
-  for (std::size_t end = list.find(';'); end != std::string::npos;
-       begin = end + 1, end = list.find(';', begin))
-    states.push_back(ParseNumber(text, list.substr(begin, end - begin)));
+  for (std::size_t end = 0; end != std::string::npos; begin = end + 1) {
+    end = list.find(';', begin);
+    parts.push_back(list.substr(begin, end == std::string::npos ? end : end - begin));
+  }
+  return parts;
+}
+
+template <class State>
+void SortStates(const std::string& text, std::vector<State>& states) {
   std::sort(states.begin(), states.end());
   if (std::adjacent_find(states.begin(), states.end()) != states.end())
     Refuse(text, "a state stands there twice");
+}
+
+/// Numbers; if all states are words, their codes: positions in ascending order, as in a training.
+std::vector<double> ParseStates(const std::string& text, const std::string& list,
+                                std::vector<std::string>& words) {
+  std::vector<std::string> parts = Split(list);
+  std::vector<double> states;
+  if (std::all_of(parts.begin(), parts.end(), [](const std::string& part) {
+        return ReadNumber(part).kind == CsvNumber::Kind::kText && !IsMissing(part);
+      })) {
+    SortStates(text, parts);
+    for (std::size_t code = 0; code < parts.size(); ++code)
+      states.push_back(static_cast<double>(code));
+    words = std::move(parts);
+    return states;
+  }
+  for (const std::string& part : parts) states.push_back(ParseNumber(text, part));
+  SortStates(text, states);
   return states;
 }
 
@@ -71,8 +95,9 @@ SampleInputs SampleInputs::FromTexts(const std::vector<std::string>& texts) {
     const std::size_t brace = text.rfind(":{");
     std::size_t name_end = brace;
     Domain domain;
+    std::vector<std::string> words;
     if (brace != std::string::npos && text.back() == '}') {
-      domain = Discrete(ParseStates(text, text.substr(brace + 2, text.size() - brace - 3)));
+      domain = Discrete(ParseStates(text, text.substr(brace + 2, text.size() - brace - 3), words));
     } else {
       const std::size_t high = text.rfind(':');
       const std::size_t low =
@@ -87,6 +112,7 @@ SampleInputs SampleInputs::FromTexts(const std::vector<std::string>& texts) {
     if (name.empty()) Refuse(text, "no name");
     if (std::find(inputs.names_.begin(), inputs.names_.end(), name) != inputs.names_.end())
       Refuse(text, "the name stands there twice");
+    if (!words.empty()) inputs.columns_told_[name].words = std::move(words);
     inputs.names_.push_back(name);
     inputs.domains_.push_back(std::move(domain));
   }
@@ -101,6 +127,7 @@ SampleInputs SampleInputs::FromProject(const std::string& file, const std::strin
   const Project project(file, hash);
   inputs.names_ = project.GetInputs();
   if (inputs.names_.empty()) throw Refusal(file + ": no inputs");
+  inputs.columns_told_ = project.ReadColumns();
   const auto solver =
       corvath::zel::api::ProvideSolver(file.c_str(), hash.empty() ? nullptr : hash.c_str());
   const auto& names = solver->GetInputNames();

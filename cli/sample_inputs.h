@@ -1,6 +1,7 @@
 #pragma once
 
 #include "doe/scheme.h"
+#include "table_columns.h"
 
 #include <Eigen/Core>
 #include <boost/shared_ptr.hpp>
@@ -19,7 +20,8 @@ namespace cli {
 /// to the inputs' units.
 class SampleInputs {
  public:
-  /// Reads `name:low:high` for each continuous and `name:{a;b;c}` for each discrete input.
+  /// Reads `name:low:high` for each continuous and `name:{a;b;c}` for each discrete input, whose
+  /// states are numbers or words.
   /// @throws Refusal  something else, a name twice, or no inputs
   static SampleInputs FromTexts(const std::vector<std::string>& texts);
 
@@ -28,6 +30,9 @@ class SampleInputs {
   static SampleInputs FromProject(const std::string& file, const std::string& hash);
 
   const std::vector<std::string>& GetNames() const { return names_; }
+
+  /// The words of inputs that have such. Their values are codes.
+  const TableColumns& GetColumns() const { return columns_told_; }
 
   /// What the scheme is to build on: states as if they lay in [-1, 1], so that the first and last
   /// are the ends of a discrete input, and the middle one its middle.
@@ -53,6 +58,7 @@ class SampleInputs {
   Eigen::MatrixXd ToRandom(const Eigen::MatrixXd& points, bool is_grid) const;
 
   std::vector<std::string> names_;
+  TableColumns columns_told_;
   std::vector<Domain> domains_;  ///< of each input, unless they are random
   boost::shared_ptr<corvath::algorithm::RVSet> variables_;  ///< or null
   std::vector<Eigen::Index> columns_;                       ///< of each variable among the inputs

@@ -98,15 +98,12 @@ class Table(ProgramTest):
             header.replace("area_7", "aera_7"): ['"area_7"', 'did you mean "aera_7"?'],
             "a,b,c,d,e,f,g,h,i,j": ['"area_1"', 'the columns are "a", "b"', '"h", ...'],
             header + ",area_2": ["two columns", '"area_2"'],
-            header.replace(",", ";"): ["semicolons", "points in the numbers"],
-            header.replace(",", "\t"): ["tabs"],
+            "a;b,c\nx;y,z": ["commas or semicolons", "quotation marks"],
             "12,12\n12,12": ['the columns are "12", "12"'],
         }
         for text, parts in cases.items():
             with self.subTest(text):
                 self.refused(self.solve(text + "\n"), "standard input: row 1: ", *parts)
-        self.refused(self.solve("gr\u00f6\u00dfe,b\n1,2\n".encode("latin-1")), "row 1", "UTF-8")
-        self.refused(self.solve((header + "\n").encode("utf-16")), "UTF-16")
 
     def test_what_is_no_table_takes_no_memory(self):
         def limited(text):
@@ -137,12 +134,13 @@ class Table(ProgramTest):
         cases = {
             "": ["no header row"],
             "x,y,z\n": ["no rows of designs"],
-            "x;y;z\n1;2;3\n": ["row 1", "semicolons"],
-            "x;y;z\n1,5;2,5;3,5\n": ["row 1", "semicolons"],
+            "x;y;z\n1,5;2.5;3,5\n": ["row 2", '"y"', '"2.5"', "decimal commas"],
+            "x\ty\tz\n1,500\t2\t3\n": ["row 2", '"x"', "may be 1.500 or 1500"],
             "x,Y,z\n1,2,3\n": ["row 1", '"y"', 'did you mean "Y"?'],
             "x,y,z,z\n1,2,3,4\n": ["row 1", 'two columns "z"'],
-            "x,y,z\n1,2,3\n1,,3\n": ["row 3", 'column "y"', "empty"],
-            "x,y,z\n1,2,3\n1,nan,3\n": ["row 3", 'column "y"', "not finite"],
+            "x,y,z\n1,2,3\n1,,3\n": ["row 3", 'column "y"', "empty", "--skip-incomplete"],
+            "x,y,z\n1,2,3\n1,inf,3\n": ["row 3", 'column "y"', "not finite"],
+            "x,y,z\n1,2,3\n1,nan,3\n": ["row 3", 'column "y"', '"nan" is missing', "--skip-incomplete"],
             "x,y,z\n1,2,3\n1,x,3\n": ["row 3", 'column "y"', '"x" is not a number'],
             "x,y,z\n1,2,3\n1,2\n": ["row 3", "2 cells", 'none for the column "z"'],
             'x,y,z\n1,2,3\n1,2,"3,5"\n': ["row 3", 'column "z"', "decimal comma"],

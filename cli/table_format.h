@@ -1,0 +1,38 @@
+#pragma once
+
+#include "csv_cell.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace cli {
+
+/// How a table is written: what stands between its cells and in its numbers, and which rows are no
+/// designs. Rows count from 1, as a spreadsheet does.
+struct TableFormat {
+  char separator = ',';
+  NumberFormat::Decimal decimal = NumberFormat::Decimal::kPoint;
+  std::uint64_t commented_header = 0;  ///< row of a header that begins with #; 0: none
+  std::uint64_t unit_row = 0;          ///< under the header; 0: none
+  std::string ambiguity;               ///< why the separator is not certain; empty: it is
+};
+
+/// Finds the format of the table that begins with `sample`, UTF-8 text.
+///
+/// - Commas, semicolons or tabs separate: those that the header has. Where it has several, those
+///   decide that split most rows into as many cells as the header, then those that make most cells
+///   numbers.
+/// - Commas are decimal only where they do not separate, and the numbers of the sample have no
+///   points.
+/// - A line that begins with # is a comment. The last one above a row of numbers is the header if it
+///   has as many cells as that row.
+/// - The row below the header holds units if each cell is empty or a unit (UnitOf), at least one is
+///   more than a hyphen, and no column with a unit has other texts below.
+/// @param complete  nothing follows the sample
+TableFormat FindTableFormat(std::string_view sample, bool complete);
+
+/// The number of cells of a line. Separators between quotation marks do not count.
+std::size_t CountCells(std::string_view line, char separator);
+
+}  // namespace cli
