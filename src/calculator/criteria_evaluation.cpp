@@ -142,7 +142,10 @@ CriteriaEvaluation::Side CriteriaEvaluation::PrepareSide(const std::wstring& tex
   Workspace& workspace = calculator_.GetWorkspace();
   try {
     const ParsedText& parsed = workspace.texts.Parse(text);
-    if (!HasCircularDependency(workspace, parsed)) side.text = &parsed;
+    if (!HasCircularDependency(workspace, parsed)) {
+      side.text = &parsed;
+      side.program.emplace(parsed);
+    }
   } catch (const std::exception& error) {
     side.problem = utils::MessageOf(error);
   }
@@ -251,6 +254,11 @@ bool CriteriaEvaluation::EvaluateSide(const Side& side, const std::wstring& name
                                       Value& value) {
   std::wstring problem = side.problem;
   if (side.text) {
+    if (!side.program->IsEmpty())
+      if (const auto number = side.program->Run()) {
+        value = Value(*number);
+        return true;
+      }
     try {
       Value result;
       Evaluator(calculator_.GetWorkspace()).Evaluate(*side.text, result);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calculator/calculator.h"
+#include "calculator/scalar_program.h"
 #include "calculator/workspace.h"
 #include "design/design.h"
 
@@ -60,6 +61,7 @@ class CriteriaEvaluation {
   struct Side {
     const ParsedText* text = nullptr;  ///< null: nothing to evaluate
     std::wstring problem;              ///< why it cannot be evaluated
+    std::optional<ScalarProgram> program;  ///< of the text
   };
   /// A criterion in the order of evaluation.
   struct Step {

@@ -58,66 +58,113 @@ void FilterCascade<Number>::Run(Number* first, std::size_t count, std::ptrdiff_t
   if (count == 0) return;
   // Each section starts from the signal's own first sample, whatever stands in front of it.
   const Samples samples{first, count, step, start == kStartConstant ? *first : Number()};
-  for (std::size_t r = 0; r < sections_; r += kGroup) {
-    const std::size_t group = std::min(kGroup, sections_ - r);
-    if (columns_ == 3)
-      RunGroup<3>(samples, r, group);
-    else
-      RunGroup<5>(samples, r, group);
-  }
+  for (std::size_t r = 0; r < sections_;)
+    r += columns_ == 3 ? RunGroup<3>(samples, r) : RunGroup<5>(samples, r);
 }
 
 template <class Number>
 template <std::size_t kColumns>
-void FilterCascade<Number>::RunGroup(const Samples& samples, std::size_t r,
-                                     std::size_t group) const {
-  static_assert(kGroup == 4);
-  switch (group) {
-    case 1:
-      return RunSections<kColumns, 1>(samples, r);
-    case 2:
-      return RunSections<kColumns, 2>(samples, r);
-    case 3:
-      return RunSections<kColumns, 3>(samples, r);
-    default:
-      return RunSections<kColumns, 4>(samples, r);
+std::size_t FilterCascade<Number>::RunGroup(const Samples& samples, std::size_t r) const {
+  const std::size_t left = sections_ - r;
+  if constexpr (std::is_same_v<Number, double>) {
+    // Band sections in fours would need more registers than there are.
+    if (kColumns == 3 && left >= 4) {
+      RunPairs<kColumns, 2>(samples, r);
+      return 4;
+    }
+    if (left >= 2) {
+      RunPairs<kColumns, 1>(samples, r);
+      return 2;
+    }
+  }
+  RunSection<kColumns>(samples, r);
+  return 1;
+}
+
+// The newest output is subtracted last, so that the next sample waits for one product and one
+// difference alone.
+
+template <class Number>
+template <std::size_t kColumns>
+void FilterCascade<Number>::RunSection(const Samples& samples, std::size_t r) const {
+  std::array<Number, kColumns> b;
+  std::array<Number, kColumns> a;
+  std::array<Number, kColumns> w;  // w[j]: the input j samples ago, from j = 1 on
+  std::array<Number, kColumns> y;  // the output
+  std::copy_n(b_.data() + r * kColumns, kColumns, b.begin());
+  std::copy_n(a_.data() + r * kColumns, kColumns, a.begin());
+  w.fill(samples.before);
+  y.fill(samples.before);
+  for (std::size_t k = 0; k < samples.count; ++k) {
+    Number& sample = samples.first[static_cast<std::ptrdiff_t>(k) * samples.step];
+    w[0] = sample;
+    Number sum = b[0] * w[0];
+    for (std::size_t j = kColumns - 1; j > 1; --j) sum += b[j] * w[j] - a[j] * y[j];
+    y[0] = (sum + b[1] * w[1]) - a[1] * y[1];
+    for (std::size_t j = kColumns - 1; j > 0; --j) {
+      w[j] = w[j - 1];
+      y[j] = y[j - 1];
+    }
+    sample = y[1];
   }
 }
 
-/// Some sections sample by sample: the order of operations within a section is that of section
-/// after section, but the chains of dependent operations of the sections overlap in the processor.
+/// Two sections in the lanes of each of `kPairs` vectors of two numbers. Each section is kDelay
+/// samples behind the one in front of it, so that it does not wait for that one's newest output.
 template <class Number>
-template <std::size_t kColumns, std::size_t kSections>
-void FilterCascade<Number>::RunSections(const Samples& samples, std::size_t r) const {
-  struct Section {
-    std::array<Number, kColumns> b;
-    std::array<Number, kColumns> a;
-    std::array<Number, kColumns> w;  ///< w[j]: the input j samples ago, from j = 1 on
-    std::array<Number, kColumns> y;  ///< the output
-  };
-  std::array<Section, kSections> sections;
-  for (Section& s : sections) {
-    std::copy_n(b_.data() + r * kColumns, kColumns, s.b.begin());
-    std::copy_n(a_.data() + r * kColumns, kColumns, s.a.begin());
-    s.w.fill(samples.before);
-    s.y.fill(samples.before);
-    ++r;
-  }
-  for (std::size_t k = 0; k < samples.count; ++k) {
-    Number& sample = samples.first[static_cast<std::ptrdiff_t>(k) * samples.step];
-    Number w = sample;
-    for (Section& s : sections) {
-      Number y = s.b[0] * w;
-      for (std::size_t j = 1; j < kColumns; ++j) y += s.b[j] * s.w[j] - s.a[j] * s.y[j];
-      for (std::size_t j = kColumns - 1; j > 1; --j) {
-        s.w[j] = s.w[j - 1];
-        s.y[j] = s.y[j - 1];
-      }
-      s.w[1] = w;
-      s.y[1] = y;
-      w = y;
+template <std::size_t kColumns, std::size_t kPairs>
+void FilterCascade<Number>::RunPairs(const Samples& samples, std::size_t r) const {
+  using Pair = double __attribute__((vector_size(16)));
+  constexpr std::size_t kDelay = 2;
+  constexpr std::size_t kLast = 2 * kPairs - 1;
+  constexpr std::size_t kLag = kDelay * kLast;  // of the last section behind the first
+  Pair b[kPairs][kColumns];
+  Pair a[kPairs][kColumns];
+  Pair w[kPairs][kColumns];  // as in RunSection
+  Pair y[kPairs][kColumns];
+  for (std::size_t p = 0; p < kPairs; ++p)
+    for (std::size_t j = 0; j < kColumns; ++j) {
+      const double* const numerator = b_.data() + (r + 2 * p) * kColumns + j;
+      const double* const denominator = a_.data() + (r + 2 * p) * kColumns + j;
+      b[p][j] = Pair{numerator[0], numerator[kColumns]};
+      a[p][j] = Pair{denominator[0], denominator[kColumns]};
+      w[p][j] = y[p][j] = Pair{samples.before, samples.before};
     }
-    sample = w;
+  double* in = samples.first;
+  double* out = samples.first;
+  const std::ptrdiff_t step = samples.step;
+  const auto advance = [&](double sample) {
+    Pair input[kPairs];
+    input[0] = Pair{sample, y[0][kDelay][0]};
+    for (std::size_t p = 1; p < kPairs; ++p) input[p] = Pair{y[p - 1][kDelay][1], y[p][kDelay][0]};
+    for (std::size_t p = 0; p < kPairs; ++p) {
+      Pair sum = b[p][0] * input[p];
+      for (std::size_t j = kColumns - 1; j > 1; --j) sum += b[p][j] * w[p][j] - a[p][j] * y[p][j];
+      const Pair output = (sum + b[p][1] * w[p][1]) - a[p][1] * y[p][1];
+      for (std::size_t j = kColumns - 1; j > 1; --j) {
+        w[p][j] = w[p][j - 1];
+        y[p][j] = y[p][j - 1];
+      }
+      w[p][1] = input[p];
+      y[p][1] = output;
+    }
+  };
+  // A section whose first sample is still to come stays as it is.
+  const std::size_t filled = std::min(kLag, samples.count);
+  for (std::size_t k = 0; k < kLag; ++k) {
+    advance(k < filled ? *in : 0.0);
+    if (k < filled) in += step;
+    for (std::size_t section = k / kDelay + 1; section <= kLast; ++section)
+      for (std::size_t j = 1; j < kColumns; ++j)
+        w[section / 2][j][section % 2] = y[section / 2][j][section % 2] = samples.before;
+  }
+  for (std::size_t k = filled; k < samples.count; ++k, in += step, out += step) {
+    advance(*in);
+    *out = y[kPairs - 1][1][1];
+  }
+  for (std::size_t k = 0; k < filled; ++k, out += step) {  // what follows the end goes nowhere
+    advance(0.0);
+    *out = y[kPairs - 1][1][1];
   }
 }
 

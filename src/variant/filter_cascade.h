@@ -39,19 +39,19 @@ class FilterCascade {
   void Run(Number* first, std::size_t count, std::ptrdiff_t step, int start) const;
 
  private:
-  static constexpr std::size_t kGroup = 4;  ///< sections that one walk over the samples runs
-
   struct Samples {
     Number* first;
     std::size_t count;
     std::ptrdiff_t step;
     Number before;  ///< in front of the first one, by the start condition
   };
-  /// Sections from `r` on.
+  /// One walk over the samples through some sections from `r` on; gives their number.
   template <std::size_t kColumns>
-  void RunGroup(const Samples& samples, std::size_t r, std::size_t group) const;
-  template <std::size_t kColumns, std::size_t kSections>
-  void RunSections(const Samples& samples, std::size_t r) const;
+  std::size_t RunGroup(const Samples& samples, std::size_t r) const;
+  template <std::size_t kColumns>
+  void RunSection(const Samples& samples, std::size_t r) const;
+  template <std::size_t kColumns, std::size_t kPairs>
+  void RunPairs(const Samples& samples, std::size_t r) const;
 
   std::size_t columns_;
   std::size_t sections_;
