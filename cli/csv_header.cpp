@@ -42,7 +42,8 @@ void CsvHeader::CheckSize(std::uint64_t row, const CsvReader::Record& record) co
     text += ": none for the column " + Quoted(names_[record.size()]);
   else
     text += ": " + Quoted(record[names_.size()]) + " stands behind the column " +
-            Quoted(names_.back()) + " (decimal commas? write points, or separate the cells with semicolons)";
+            Quoted(names_.back()) +
+            " (decimal commas? write points, or separate the cells with semicolons)";
   throw Refusal(text);
 }
 

@@ -37,8 +37,7 @@ std::vector<Row> SplitRows(std::string_view sample, bool complete) {
     if (end == sample.size() && !complete && !rows.empty()) break;  // half a row
     const std::string_view text = sample.substr(0, end);
     if (text.find_first_not_of(" \t,;\"") != std::string_view::npos) rows.push_back({number, text});
-    if (end < sample.size())
-      end += sample.substr(end, 2) == "\r\n" ? 2 : 1;
+    if (end < sample.size()) end += sample.substr(end, 2) == "\r\n" ? 2 : 1;
     sample.remove_prefix(end);
   }
   return rows;
