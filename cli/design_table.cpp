@@ -155,7 +155,19 @@ class Builder {
     input.values.push_back(number.value);
   }
 
+  /// "5 mm", "5mm" or "5 %": a number with its unit. "2A" may be a name.
+  static bool IsQuantity(const std::string& cell) {
+    const std::string_view text = Trimmed(cell);
+    const std::size_t end = text.find_first_not_of("0123456789.,+-");
+    if (end == 0 || end == std::string_view::npos) return false;
+    const std::string_view unit = text.substr(end);
+    return (unit.size() > 1 || unit == "%") && !UnitOf(unit).empty();
+  }
+
   void AddWord(std::uint64_t row, const std::string& cell, Column& input) const {
+    if (IsQuantity(cell))
+      Refuse(row, input, Quoted(cell) + " is a number with a unit; write the unit into the header "
+                                        "or into a row below it");
     input.texts.Note(row, cell);
     if (input.numbers.count > 0) RefuseMixed(input);
     const auto word = input.words.emplace(Trimmed(cell), input.words.size()).first;
