@@ -42,8 +42,8 @@ Candidate MakeCandidate(const SubspaceResults& results, const std::vector<std::w
   candidate.family = FamilyOf(settings);
   candidate.order = settings.GetOrder();
   const BitVector interactions = settings.GetInteractionSelection();
-  candidate.interactions = std::find(interactions.begin(), interactions.end(), true) !=
-                           interactions.end();
+  candidate.interactions =
+      std::find(interactions.begin(), interactions.end(), true) != interactions.end();
   candidate.box_cox =
       settings.GetValueTransform() == corvath::math::transform::TransformType::kBoxCox;
   const BitVector bits = settings.GetVariableSelection();
@@ -52,12 +52,17 @@ Candidate MakeCandidate(const SubspaceResults& results, const std::vector<std::w
   return candidate;
 }
 
-/// Whether both are the same model; only one of them may know figures beyond those of candidates.
-bool IsSameModel(const SubspaceResults& a, const SubspaceResults& b) {
-  const auto same = [](double x, double y) { return x == y || (std::isnan(x) && std::isnan(y)); };
-  if (a.model_type != b.model_type || !same(a.CoD, b.CoD)) return false;
-  if (!a.settings || !b.settings) return !a.settings && !b.settings && same(a.CoP, b.CoP);
-  return a.settings->Equals(*b.settings);
+/// Whether both are of one form over the same inputs. Parameters and figures may differ in what a
+/// last fit of the chosen one changed.
+bool IsSameForm(const SubspaceResults& a, const SubspaceResults& b) {
+  if (a.model_type != b.model_type || !a.settings || !b.settings) return false;
+  const SurrogateSettingsBase& x = *a.settings;
+  const SurrogateSettingsBase& y = *b.settings;
+  return FamilyOf(x) == FamilyOf(y) && x.GetOrder() == y.GetOrder() &&
+         x.GetVariableSelection() == y.GetVariableSelection() &&
+         x.GetMainTermSelection() == y.GetMainTermSelection() &&
+         x.GetInteractionSelection() == y.GetInteractionSelection() &&
+         x.GetValueTransform() == y.GetValueTransform();
 }
 
 const SubspaceResults* FindBest(const corvath::algorithm::datatypes::ZELInformation& information,
@@ -90,13 +95,19 @@ std::vector<Candidate> ListCandidates(
   std::vector<Candidate> candidates;
   if (!information.calculated_models_) return candidates;
   const SubspaceResults* const best = FindBest(information, response);
-  bool found = best == nullptr;
+  std::size_t chosen = 0;  // position, plus one
+  double least = 0.0;
   for (const auto& [name, results] : information.calculated_models_->GetResults()) {
     if (name != response) continue;
     candidates.push_back(MakeCandidate(results, information.parameter_names_));
-    if (found || !IsSameModel(results, *best)) continue;
-    candidates.back().chosen = found = true;
+    if (best == nullptr || !IsSameForm(results, *best)) continue;
+    // The same form may have competed several times, with other parameters.
+    const double distance = std::abs(results.CoD - best->CoD);
+    if (chosen > 0 && !(distance < least)) continue;
+    chosen = candidates.size();
+    least = distance;
   }
+  if (chosen > 0) candidates[chosen - 1].chosen = true;
   std::stable_sort(candidates.begin(), candidates.end(),
                    [](const Candidate& a, const Candidate& b) {
                      if (std::isnan(b.cop)) return !std::isnan(a.cop);

@@ -5,10 +5,10 @@
 #include "design/parameter_manager.h"
 #include "design/random_conversion.h"
 #include "foundation/text.h"
-#include "metamodel/surrogate.h"
-#include "metamodel/surrogate_info_container.h"
 #include "help_text.h"
 #include "json_text.h"
+#include "metamodel/surrogate.h"
+#include "metamodel/surrogate_info_container.h"
 #include "model_text.h"
 #include "project.h"
 #include "project/zel_information.h"
@@ -81,8 +81,7 @@ void PrintColumns(const Project& project, std::ostream& out) {
 }
 
 /// @return the descriptions of the models
-TextTable PrintOutputs(const Project& project, corvath::zel::ZELSolver& solver,
-                       std::ostream& out) {
+TextTable PrintOutputs(const Project& project, corvath::zel::ZELSolver& solver, std::ostream& out) {
   TextTable table;
   table.AddColumn("name", TextTable::Align::kLeft);
   table.AddColumn("CoP", TextTable::Align::kRight);

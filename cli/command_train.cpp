@@ -170,8 +170,8 @@ Json::Value ResponseJson(const TrainedResponse& response, const TrainedStudy& st
     input["single_cop"] = JsonNumber(inputs.cops[i]);
     json["inputs"].append(input);
   }
-  json["candidates"] = CandidatesJson(ListCandidates(
-      *study.project.GetAlgorithmInfo()->GetZELInformation(), response.name));
+  json["candidates"] = CandidatesJson(
+      ListCandidates(*study.project.GetAlgorithmInfo()->GetZELInformation(), response.name));
   return json;
 }
 

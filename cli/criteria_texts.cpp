@@ -129,9 +129,9 @@ class NameCheck {
       if (CanBeUsed(known)) {
         if (known != criterion_) usable.push_back(ToUtf8(known));
       } else if (DeleteBlanks(known).compare(0, name.size(), name) == 0) {
-        Refuse(criterion_, "expressions cannot use the name " + Quoted(ToUtf8(known)) +
-                               "; write " + IdentifierOf(ToUtf8(known)) + " or `" +
-                               ToUtf8(known) + "`, or rename the column (letters, digits and _)");
+        Refuse(criterion_, "expressions cannot use the name " + Quoted(ToUtf8(known)) + "; write " +
+                               IdentifierOf(ToUtf8(known)) + " or `" + ToUtf8(known) +
+                               "`, or rename the column (letters, digits and _)");
       }
     }
     Refuse(criterion_, "there is no input, response or criterion " + Quoted(ToUtf8(name)) + "; " +

@@ -220,8 +220,7 @@ std::string IdentifierOf(const std::string& name) {
       identifier += L'_';
   }
   while (!identifier.empty() && identifier.back() == L'_') identifier.pop_back();
-  if (identifier.empty() || IsDigit(identifier[0]))
-    identifier.insert(0, 1, L'_');
+  if (identifier.empty() || IsDigit(identifier[0])) identifier.insert(0, 1, L'_');
   if (!CanBeUsed(identifier)) identifier += L'_';
   return ToUtf8(identifier);
 }

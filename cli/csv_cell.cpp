@@ -77,8 +77,8 @@ CsvNumber NumberFormat::Read(std::string_view cell) {
 }
 
 bool IsMissing(std::string_view cell) {
-  static constexpr std::string_view kWords[] = {"",    "na",   "n/a",     "#n/a", "#nv", "nan",
-                                                "null", "missing", "?", ".",    "-",   "--"};
+  static constexpr std::string_view kWords[] = {"",     "na",      "n/a", "#n/a", "#nv", "nan",
+                                                "null", "missing", "?",   ".",    "-",   "--"};
   std::string lower(Trimmed(cell));
   if (lower.size() > 7) return false;
   for (char& c : lower)

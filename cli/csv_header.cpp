@@ -30,11 +30,20 @@ bool CsvHeader::Has(const std::string& name) const {
 }
 
 std::string CsvHeader::Hint(const std::string& name) const {
+  if (names_.size() == 1 && names_[0].find(' ') != std::string::npos)
+    return "; if blanks separate its cells, save it with commas, semicolons or tabs; the only "
+           "column is " +
+           Quoted(names_[0]);
   return "; " + NameHint(name, names_, "the columns are");
 }
 
 void CsvHeader::CheckSize(std::uint64_t row, const CsvReader::Record& record) const {
   if (record.size() == names_.size()) return;
+  // Separators at the end of a row are no cells of theirs.
+  if (record.size() > names_.size() &&
+      std::all_of(record.begin() + static_cast<std::ptrdiff_t>(names_.size()), record.end(),
+                  [](const std::string& cell) { return cell.empty(); }))
+    return;
   std::string text = RowText(table_, row) + std::to_string(record.size()) +
                      (record.size() == 1 ? " cell" : " cells") + ", but the header has " +
                      std::to_string(names_.size());
@@ -42,7 +51,8 @@ void CsvHeader::CheckSize(std::uint64_t row, const CsvReader::Record& record) co
     text += ": none for the column " + Quoted(names_[record.size()]);
   else
     text += ": " + Quoted(record[names_.size()]) + " stands behind the column " +
-            Quoted(names_.back()) + " (decimal commas? write points, or separate the cells with semicolons)";
+            Quoted(names_.back()) +
+            " (decimal commas? write points, or separate the cells with semicolons)";
   throw Refusal(text);
 }
 

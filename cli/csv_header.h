@@ -21,7 +21,7 @@ class CsvHeader {
 
   bool Has(const std::string& name) const;
 
-  /// @throws Refusal  the record has more or fewer cells than the header
+  /// @throws Refusal  the record has fewer cells than the header, or more that are not empty
   void CheckSize(std::uint64_t row, const CsvReader::Record& record) const;
 
   /// "table.csv: row 3, column "x"".

@@ -67,6 +67,7 @@ void CsvReader::OnLineEnd(int end, const Handler& handler) {
   if (!blank) {
     record_.erase(last, record_.end());
     num_fields_ = 0;
+    if (row_ == format_.separator_row) return;
     if (num_columns_ == 0) num_columns_ = record_.size();
     if (row_ == format_.unit_row)
       units_ = record_;
@@ -206,7 +207,7 @@ std::string CsvReader::DescribeFormat() const {
     text = "read as UTF-16 text";
   if (format_.separator != ',') {
     text += text.empty() ? "read with " : " with ";
-    text += format_.separator == ';' ? "semicolons" : "tabs";
+    text += NameOfSeparator(format_.separator);
     text += " between the cells";
     if (numbers_.GetDecimal() == Decimal::kComma) text += " and decimal commas";
     if (numbers_.GetDecimal() == Decimal::kPoint) text += " and decimal points";

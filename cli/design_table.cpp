@@ -50,10 +50,10 @@ struct Column {
   std::size_t position;
   std::string name;
   bool is_date = false;
-  std::vector<double> values;  ///< of words, their positions in `words`
-  Sighting failed;             ///< of a response
-  Sighting numbers;            ///< of an input
-  Sighting texts;              ///< likewise
+  std::vector<double> values;                ///< of words, their positions in `words`
+  Sighting failed;                           ///< of a response
+  Sighting numbers;                          ///< of an input
+  Sighting texts;                            ///< likewise
   std::map<std::string, std::size_t> words;  ///< in the order of their appearance
   std::vector<double> month_first;  ///< of dates with slashes, the other reading; as `values`
   Sighting slashes;                 ///< dates that may be day/month or month/day
@@ -84,14 +84,13 @@ class Builder {
 
   void Finish(DesignTable& table) {
     if (incomplete_.count > 0)
-      table.notes.push_back(incomplete_place_ + ": " + Quoted(incomplete_.cell) + " is missing: " +
-                            std::to_string(incomplete_.count) + " of " +
+      table.notes.push_back(incomplete_place_ + ": " + Quoted(incomplete_.cell) +
+                            " is missing: " + std::to_string(incomplete_.count) + " of " +
                             std::to_string(rows_.size() + incomplete_.count) +
                             " rows left out, since they lack an input");
     if (rows_.empty() && incomplete_.count > 0)
       throw Refusal(table.notes.back() + "; no design is left");
-    if (rows_.empty())
-      throw Refusal(table.file + ": a header, but no rows of designs below it");
+    if (rows_.empty()) throw Refusal(table.file + ": a header, but no rows of designs below it");
     for (Column& input : inputs_) {
       if (input.is_date)
         FinishDates(input, table);
@@ -156,7 +155,19 @@ class Builder {
     input.values.push_back(number.value);
   }
 
+  /// "5 mm", "5mm" or "5 %": a number with its unit. "2A" may be a name.
+  static bool IsQuantity(const std::string& cell) {
+    const std::string_view text = Trimmed(cell);
+    const std::size_t end = text.find_first_not_of("0123456789.,+-");
+    if (end == 0 || end == std::string_view::npos) return false;
+    const std::string_view unit = text.substr(end);
+    return (unit.size() > 1 || unit == "%") && !UnitOf(unit).empty();
+  }
+
   void AddWord(std::uint64_t row, const std::string& cell, Column& input) const {
+    if (IsQuantity(cell))
+      Refuse(row, input, Quoted(cell) + " is a number with a unit; write the unit into the header "
+                                        "or into a row below it");
     input.texts.Note(row, cell);
     if (input.numbers.count > 0) RefuseMixed(input);
     const auto word = input.words.emplace(Trimmed(cell), input.words.size()).first;
@@ -232,13 +243,15 @@ class Builder {
     if (column.slashes.count > 0) {
       if (day_first && month_first)
         Refuse(column.slashes.row, column,
-               Quoted(column.slashes.cell) + " may be day/month or month/day, and no other row of "
-                                             "the column tells which" +
+               Quoted(column.slashes.cell) +
+                   " may be day/month or month/day, and no other row of "
+                   "the column tells which" +
                    remedy);
       if (!day_first && !month_first)
         Refuse(column.slashes.row, column,
-               Quoted(column.slashes.cell) + " is one of dates that are neither all day/month nor "
-                                             "all month/day" +
+               Quoted(column.slashes.cell) +
+                   " is one of dates that are neither all day/month nor "
+                   "all month/day" +
                    remedy);
       told.slashes =
           day_first ? TableColumn::Slashes::kDayFirst : TableColumn::Slashes::kMonthFirst;

@@ -39,8 +39,9 @@ void AddInfo(CLI::App& app) {
   auto* const command = app.add_subcommand("info", "Show what a project holds");
   static cli::InfoOptions options;
   command->add_option("PROJECT", options.file, "Project file (.vrdb)")->required()->type_name("");
-  command->add_flag("--candidates", options.candidates,
-                    "List the models that competed for each response, the chosen one marked with *");
+  command->add_flag(
+      "--candidates", options.candidates,
+      "List the models that competed for each response, the chosen one marked with *");
   command->add_flag("--json", options.json, "Print all as one JSON document");
   command
       ->add_option("--hash", options.hash,
@@ -156,9 +157,10 @@ void AddSample(CLI::App& app) {
       ->type_name("NUMBER");
   auto* const inputs =
       command
-          ->add_option("--inputs", options.inputs,
-                       "Inputs: name:low:high, or name:{a;b;c} with all states of a discrete one, numbers "
-                       "or words")
+          ->add_option(
+              "--inputs", options.inputs,
+              "Inputs: name:low:high, or name:{a;b;c} with all states of a discrete one, numbers "
+              "or words")
           ->delimiter(',')
           ->type_name("INPUT");
   auto* const from = command

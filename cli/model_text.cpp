@@ -32,6 +32,8 @@ std::string LargeLosses(const std::string& response, double cop,
                         const std::vector<double>& cops) {
   constexpr double kClearly = 0.05;
   std::string text;
+  // A single input has none to act together with, and of nothing, nothing can be lost.
+  if (!(cop > 0.0) || std::count(filtered.begin(), filtered.end(), false) < 2) return text;
   for (std::size_t i = 0; i < inputs.size(); ++i)
     if (!filtered[i] && cops[i] > cop + kClearly)
       text += (text.empty() ? response + ": " : ", ") + inputs[i];

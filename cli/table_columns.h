@@ -15,10 +15,10 @@ namespace cli {
 struct TableColumn {
   enum class Slashes { kNone, kDayFirst, kMonthFirst };
 
-  std::vector<std::string> words;  ///< of an input of words: their codes are the positions
-  bool is_date = false;            ///< the number counts days since kDateOrigin
+  std::vector<std::string> words;    ///< of an input of words: their codes are the positions
+  bool is_date = false;              ///< the number counts days since kDateOrigin
   Slashes slashes = Slashes::kNone;  ///< what 01/02/2024 means
-  std::string title;               ///< of the column, if the project has another name for it
+  std::string title;                 ///< of the column, if the project has another name for it
 
   /// Whether its cells may be other than numbers.
   bool IsRead() const { return is_date || !words.empty(); }

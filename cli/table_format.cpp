@@ -37,8 +37,7 @@ std::vector<Row> SplitRows(std::string_view sample, bool complete) {
     if (end == sample.size() && !complete && !rows.empty()) break;  // half a row
     const std::string_view text = sample.substr(0, end);
     if (text.find_first_not_of(" \t,;\"") != std::string_view::npos) rows.push_back({number, text});
-    if (end < sample.size())
-      end += sample.substr(end, 2) == "\r\n" ? 2 : 1;
+    if (end < sample.size()) end += sample.substr(end, 2) == "\r\n" ? 2 : 1;
     sample.remove_prefix(end);
   }
   return rows;
@@ -81,9 +80,22 @@ bool HoldsNumbers(const std::vector<std::string_view>& cells, char separator) {
   return numbers > 0 && numbers >= texts;
 }
 
-const char* NameOf(char separator) {
-  return separator == ',' ? "commas" : separator == ';' ? "semicolons" : "tabs";
+}  // namespace
+
+const char* NameOfSeparator(char separator) {
+  switch (separator) {
+    case ',':
+      return "commas";
+    case ';':
+      return "semicolons";
+    case '\t':
+      return "tabs";
+    default:
+      return "upright bars";
+  }
 }
+
+namespace {
 
 /// Decides between the separators that stand in the header.
 void FindSeparator(const std::vector<Row>& rows, std::size_t header, TableFormat& format) {
@@ -103,14 +115,15 @@ void FindSeparator(const std::vector<Row>& rows, std::size_t header, TableFormat
       for (const std::string_view cell : row)
         if (IsNumber(cell, separator)) ++std::get<1>(score);
     }
-    if (found > 0 && score == best) others += std::string(" or ") + NameOf(separator);
+    if (found > 0 && score == best) others += std::string(" or ") + NameOfSeparator(separator);
     if (found++ > 0 && !(score > best)) continue;
     if (score > best) others.clear();
     format.separator = separator;
     best = score;
   }
+  if (found == 0 && CountCells(rows[header].text, '|') > 1) format.separator = '|';
   if (!others.empty())
-    format.ambiguity = std::string(NameOf(format.separator)) + others +
+    format.ambiguity = std::string(NameOfSeparator(format.separator)) + others +
                        " may separate its cells; put names that hold one in quotation marks";
 }
 
@@ -135,6 +148,14 @@ NumberFormat::Decimal FindDecimal(const std::vector<Row>& rows, std::size_t head
   if (comma) return Decimal::kComma;
   // Where semicolons separate, commas are decimal as a rule: they could separate otherwise.
   return separator == ';' ? Decimal::kUndecided : Decimal::kMixed;
+}
+
+/// The separator that a line "sep=;" names; 0 for any other line.
+char NamedSeparator(std::string_view line) {
+  constexpr std::string_view kBegin = "sep=";
+  if (line.size() != kBegin.size() + 1 || line.substr(0, kBegin.size()) != kBegin) return '\0';
+  const char separator = line.back();
+  return std::string_view(",;\t|").find(separator) == std::string_view::npos ? '\0' : separator;
 }
 
 std::uint64_t FindUnitRow(const std::vector<Row>& rows, std::size_t header, char separator) {
@@ -175,12 +196,20 @@ std::size_t CountCells(std::string_view line, char separator) {
 
 TableFormat FindTableFormat(std::string_view sample, bool complete) {
   TableFormat format;
-  const std::vector<Row> rows = SplitRows(sample, complete);
+  std::vector<Row> rows = SplitRows(sample, complete);
+  const char named = rows.empty() ? '\0' : NamedSeparator(rows.front().text);
+  if (named != '\0') {
+    format.separator_row = rows.front().number;
+    rows.erase(rows.begin());
+  }
   const auto row = std::find_if_not(rows.begin(), rows.end(),
                                     [](const Row& candidate) { return candidate.IsComment(); });
   if (row == rows.end()) return format;
   auto header = static_cast<std::size_t>(row - rows.begin());
-  FindSeparator(rows, header, format);
+  if (named != '\0')
+    format.separator = named;
+  else
+    FindSeparator(rows, header, format);
   const auto cells = SplitCells(rows[header].text, format.separator);
   if (header > 0 && HoldsNumbers(cells, format.separator) && cells.size() > 1 &&
       CountCells(rows[header - 1].text, format.separator) == cells.size())

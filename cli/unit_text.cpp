@@ -11,18 +11,19 @@ namespace {
 
 /// Symbols that take decimal prefixes, then those that take none.
 constexpr std::wstring_view kPrefixed[] = {
-    L"m",  L"g",   L"s",  L"A",  L"K",  L"mol", L"cd",  L"rad", L"sr", L"Hz",
-    L"N",  L"Pa",  L"J",  L"W",  L"C",  L"V",   L"F",   L"\u03a9", L"\u2126", L"Ohm",
-    L"S",  L"Wb",  L"T",  L"H",  L"lm", L"lx",  L"Bq",  L"Gy",  L"Sv", L"kat",
-    L"l",  L"L",   L"t",  L"eV", L"bar", L"cal", L"B",  L"Wh",  L"Ah", L"VA"};
+    L"m", L"g",  L"s", L"A",  L"K",   L"mol", L"cd", L"rad",    L"sr",     L"Hz",
+    L"N", L"Pa", L"J", L"W",  L"C",   L"V",   L"F",  L"\u03a9", L"\u2126", L"Ohm",
+    L"S", L"Wb", L"T", L"H",  L"lm",  L"lx",  L"Bq", L"Gy",     L"Sv",     L"kat",
+    L"l", L"L",  L"t", L"eV", L"bar", L"cal", L"B",  L"Wh",     L"Ah",     L"VA"};
 constexpr std::wstring_view kPlain[] = {
-    L"%",   L"\u2030", L"\u00b0", L"\u00b0C", L"\u00b0F", L"deg", L"degC", L"degF", L"min", L"h",
-    L"d",   L"a",   L"in",  L"ft",  L"yd",  L"mi",  L"lb",  L"lbf", L"oz",  L"psi",
-    L"ksi", L"mph", L"rpm", L"kn",  L"ppm", L"ppb", L"px",  L"dB",  L"atm", L"Torr",
-    L"mmHg", L"hp", L"PS",  L"gal", L"USD", L"EUR", L"\u20ac", L"$", L"ha"};
-constexpr std::wstring_view kPrefixes[] = {L"da", L"y", L"z", L"a", L"f", L"p", L"n",
+    L"%",   L"\u2030", L"\u00b0", L"\u00b0C", L"\u00b0F", L"deg",  L"degC", L"degF",
+    L"min", L"h",      L"d",      L"a",       L"in",      L"ft",   L"yd",   L"mi",
+    L"lb",  L"lbf",    L"oz",     L"psi",     L"ksi",     L"mph",  L"rpm",  L"kn",
+    L"ppm", L"ppb",    L"px",     L"dB",      L"atm",     L"Torr", L"mmHg", L"hp",
+    L"PS",  L"gal",    L"USD",    L"EUR",     L"\u20ac",  L"$",    L"ha"};
+constexpr std::wstring_view kPrefixes[] = {L"da", L"y",      L"z",      L"a", L"f", L"p", L"n",
                                            L"u",  L"\u00b5", L"\u03bc", L"m", L"c", L"d", L"h",
-                                           L"k",  L"M", L"G", L"T", L"P", L"E"};
+                                           L"k",  L"M",      L"G",      L"T", L"P", L"E"};
 
 template <std::size_t kSize>
 bool Has(const std::wstring_view (&list)[kSize], std::wstring_view text) {
@@ -69,10 +70,10 @@ std::string UnitOf(std::string_view cell) {
   constexpr std::size_t kLongest = 40;
   cell = Trimmed(cell);
   if (cell.size() > kLongest || cell.empty()) return {};
-  const bool bracketed = cell.size() > 2 && ((cell.front() == '[' && cell.back() == ']') ||
-                                             (cell.front() == '(' && cell.back() == ')') ||
-                                             (cell.front() == '{' && cell.back() == '}') ||
-                                             (cell.front() == '<' && cell.back() == '>'));
+  const bool bracketed =
+      cell.size() > 2 &&
+      ((cell.front() == '[' && cell.back() == ']') || (cell.front() == '(' && cell.back() == ')') ||
+       (cell.front() == '{' && cell.back() == '}') || (cell.front() == '<' && cell.back() == '>'));
   const std::string_view inner = bracketed ? Trimmed(cell.substr(1, cell.size() - 2)) : cell;
   if (inner == "-" || inner == "--" || inner == "1") return inner == "1" && !bracketed ? "" : "-";
   if (ReadNumber(inner).kind == CsvNumber::Kind::kNumber) return {};
