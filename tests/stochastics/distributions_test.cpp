@@ -239,6 +239,27 @@ TEST(Distributions, ProbabilitiesOfQuantilesAreClampedWhereTheSupportIsOpen) {
   EXPECT_NEAR(corvath::math::NormalCdf(-38.0), 2.885428360068e-316, 1e-319);  // a subnormal
 }
 
+TEST(Distributions, NormalQuantileInvertsTheDistributionFunction) {
+  const boost::math::normal_distribution<long double> normal;
+  const auto expect_quantile = [&](double p) {
+    const long double z = boost::math::quantile(normal, static_cast<long double>(p));
+    const double actual = corvath::math::NormalQuantile(p);
+    EXPECT_NEAR(static_cast<double>(actual - z), 0.0,
+                1e-15 * std::max(1e-16, static_cast<double>(std::abs(z))))
+        << p;
+  };
+  for (double p = 1.0001e-10; p < 0.5; p *= 1.003) {
+    expect_quantile(p);
+    expect_quantile(1.0 - p);
+  }
+  for (double distance = 1e-15; distance < 0.1; distance *= 3.0) expect_quantile(0.5 + distance);
+  for (const double edge : {0.075, 0.925})
+    for (const double p : {std::nextafter(edge, 0.0), edge, std::nextafter(edge, 1.0)})
+      expect_quantile(p);
+  EXPECT_EQ(corvath::math::NormalQuantile(0.5), 0.0);
+  EXPECT_TRUE(std::isnan(corvath::math::NormalQuantile(std::nan(""))));
+}
+
 TEST(Distributions, BetaNextToItsEndsAndLimits) {
   const auto flat = WithParameters(types::BETA, {0.0, 1.0, 1.0, 1.0});
   for (const double u : {0.0, 1e-9, 0.5, 1.0}) EXPECT_NEAR(flat->PDF(u), 1.0, 1e-15);
