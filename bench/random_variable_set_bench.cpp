@@ -2,6 +2,7 @@
 #include "stochastics/normal_quantile.h"
 #include "stochastics/rv_factory.h"
 #include "stochastics/rv_set_nataf.h"
+#include "stochastics/special_functions.h"
 
 #include <benchmark/benchmark.h>
 
@@ -72,6 +73,67 @@ void BM_FromStandardGauss_BareFunctions(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_FromStandardGauss_BareFunctions)->Unit(benchmark::kMillisecond);
+
+const std::vector<int> kClosedForms = {types::NORMAL, types::LOGNORMAL, types::GUMBEL,
+                                       types::UNIFORM, types::WEIBULL};
+
+void BM_ToStandardGauss(benchmark::State& state) {
+  auto set = MakeSet(kClosedForms);
+  set.SetCorrelationMatrix(Correlation(0.3));
+  const Eigen::MatrixXd x = set.FromStandardGauss(Samples());
+  for (auto _ : state) benchmark::DoNotOptimize(set.ToStandardGauss(x));
+}
+BENCHMARK(BM_ToStandardGauss)->Unit(benchmark::kMillisecond);
+
+/// Quantiles by the inverse of the error function, nothing else.
+void BM_ToStandardGauss_BareFunctions(benchmark::State& state) {
+  auto set = MakeSet(kClosedForms);
+  const Eigen::MatrixXd x = set.FromStandardGauss(Samples());
+  const auto quantile = [](double p) {
+    return -std::sqrt(2.0) * corvath::math::ErfcInverse(2.0 * corvath::math::ClampProbability(p));
+  };
+  for (auto _ : state) {
+    double sum = 0.0;
+    for (Eigen::Index sample = 0; sample < kSamples; ++sample) {
+      for (Eigen::Index i = 0; i < kVariables; i += 5) {
+        sum += std::log(x(i + 1, sample));
+        sum += quantile(std::exp(-std::exp(3.0 - x(i + 2, sample))));
+        sum += quantile(0.4 * (x(i + 3, sample) - 1.9));
+        sum += quantile(-std::expm1(-std::pow(0.3 * x(i + 4, sample), 5.8)));
+      }
+    }
+    benchmark::DoNotOptimize(sum);
+  }
+}
+BENCHMARK(BM_ToStandardGauss_BareFunctions)->Unit(benchmark::kMillisecond);
+
+void BM_Betas_ToStandardGauss(benchmark::State& state) {
+  auto set = MakeSet({types::BETA});
+  const Eigen::MatrixXd x = set.FromStandardGauss(Samples());
+  for (auto _ : state) benchmark::DoNotOptimize(set.ToStandardGauss(x));
+}
+BENCHMARK(BM_Betas_ToStandardGauss)->Unit(benchmark::kMillisecond);
+
+void BM_Betas_FromStandardGauss(benchmark::State& state) {
+  auto set = MakeSet({types::BETA});
+  const Eigen::MatrixXd u = Samples();
+  for (auto _ : state) benchmark::DoNotOptimize(set.FromStandardGauss(u));
+}
+BENCHMARK(BM_Betas_FromStandardGauss)->Unit(benchmark::kMillisecond);
+
+/// The distribution function of every value once: what one step of any iteration needs.
+void BM_Betas_OneDistributionFunction(benchmark::State& state) {
+  auto set = MakeSet({types::BETA});
+  const Eigen::MatrixXd x = set.FromStandardGauss(Samples());
+  for (auto _ : state) {
+    double sum = 0.0;
+    for (Eigen::Index sample = 0; sample < kSamples; ++sample)
+      for (Eigen::Index i = 0; i < kVariables; ++i)
+        sum += set.GetRVs()[static_cast<std::size_t>(i)]->CDF(x(i, sample));
+    benchmark::DoNotOptimize(sum);
+  }
+}
+BENCHMARK(BM_Betas_OneDistributionFunction)->Unit(benchmark::kMillisecond);
 
 void BM_NumericAdjustment(benchmark::State& state) {
   auto set = MakeSet(

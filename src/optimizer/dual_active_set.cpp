@@ -1,5 +1,7 @@
 #include "optimizer/dual_active_set.h"
 
+#include "optimizer/small_product.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -71,8 +73,8 @@ std::int32_t DualActiveSet::Solve(bool factorise, std::int32_t limit, double* x)
   InvertFactor();
 
   const Eigen::Map<const Eigen::VectorXd> linear(program_.linear, n_);
-  projected_.noalias() = j_.transpose() * linear;
-  x_.noalias() = j_ * projected_;
+  Multiply(j_.transpose(), linear, projected_);
+  Multiply(j_, projected_, x_);
   x_ = -x_;
   farthest_ = x_.norm();
   norm_of_j_ = j_.norm();
@@ -200,7 +202,7 @@ std::int32_t DualActiveSet::MostViolated() {
     const Eigen::Map<const Eigen::MatrixXd, 0, Eigen::OuterStride<>> rows(
         program_.rows, m_, n_, Eigen::OuterStride<>(program_.row_dimension));
     residuals_ = Eigen::Map<const Eigen::VectorXd>(program_.constants, m_);
-    residuals_.noalias() += rows * x_;
+    AddProduct(rows, x_, residuals_);
   }
   double worst = tolerance;
   std::int32_t found = 0;
@@ -305,7 +307,7 @@ bool DualActiveSet::StepDirections(std::int32_t constraint) {
   else if (bound >= 0)
     projected_ = j_.row(bound).transpose();
   else
-    projected_.noalias() = j_.transpose() * normal_;
+    Multiply(j_.transpose(), normal_, projected_);
   const Eigen::Index q = num_active_;
 
   change_.head(q) = projected_.head(q);
@@ -325,10 +327,13 @@ bool DualActiveSet::StepDirections(std::int32_t constraint) {
   const double free = projected_.tail(n_ - q).squaredNorm();
   if (!(free > kDependent * kDependent * norm_of_j_ * norm_of_j_)) {
     double reference = 0.0;
-    for (Eigen::Index k = q; k < n_; ++k) reference += std::pow(LargestProjection(k), 2);
+    for (Eigen::Index k = q; k < n_; ++k) {
+      const double largest = LargestProjection(k);
+      reference += largest * largest;
+    }
     if (!(free > kDependent * kDependent * reference)) return false;
   }
-  direction_.noalias() = j_.rightCols(n_ - q) * projected_.tail(n_ - q);
+  Multiply(j_.rightCols(n_ - q), projected_.tail(n_ - q), direction_);
   return true;
 }
 
@@ -409,9 +414,9 @@ void DualActiveSet::Recompute() {
     projected_(k) -= Eigen::Map<const Eigen::VectorXd>(column, k).dot(projected_.head(k));
     projected_(k) /= column[k];
   }
-  direction_.noalias() = j_.transpose() * Eigen::Map<const Eigen::VectorXd>(program_.linear, n_);
+  Multiply(j_.transpose(), Eigen::Map<const Eigen::VectorXd>(program_.linear, n_), direction_);
   projected_.tail(n_ - q) = -direction_.tail(n_ - q);
-  x_.noalias() = j_ * projected_;
+  Multiply(j_, projected_, x_);
   multipliers_.head(q) = projected_.head(q) + direction_.head(q);
   for (Eigen::Index k = q - 1; k >= 0; --k) {
     const double* const column = Column(k);
@@ -442,7 +447,7 @@ bool DualActiveSet::Refine() {
     worst = std::max(worst, std::abs(change_(k)));
   }
   if (!(worst <= std::max(kUseless, 1e3 * accuracy_) * std::max(1.0, x_.norm()))) return false;
-  direction_.noalias() = j_.transpose() * projected_;
+  Multiply(j_.transpose(), projected_, direction_);
 
   // dx = J (y1, -J2'g) with T'y1 = -residual; the multipliers change by T^-1 (J1'g + y1).
   for (Eigen::Index k = 0; k < q; ++k) {
@@ -458,7 +463,7 @@ bool DualActiveSet::Refine() {
     change_(k) /= column[k];
     change_.head(k) -= change_(k) * Eigen::Map<const Eigen::VectorXd>(column, k);
   }
-  x_.noalias() += j_ * projected_;
+  AddProduct(j_, projected_, x_);
   multipliers_.head(q) += change_.head(q);
   for (Eigen::Index k = 0; k < q; ++k)
     if (!IsEquality(active_[k])) multipliers_(k) = std::max(multipliers_(k), 0.0);

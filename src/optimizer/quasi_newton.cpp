@@ -1,5 +1,7 @@
 #include "optimizer/quasi_newton.h"
 
+#include "optimizer/small_product.h"
+
 namespace corvath::algorithm::optimizer {
 
 namespace {
@@ -11,7 +13,7 @@ constexpr double kDamping = 0.2;
 
 bool UpdateDampedBfgs(Eigen::Ref<Eigen::MatrixXd> b, const Eigen::Ref<const Eigen::VectorXd>& step,
                       Eigen::Ref<Eigen::VectorXd> y, Eigen::Ref<Eigen::VectorXd> work) {
-  work.noalias() = b * step;
+  Multiply(b, step, work);
   const double sbs = step.dot(work);
   if (sbs <= 0.0) return true;
   double sy = step.dot(y);

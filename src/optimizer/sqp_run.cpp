@@ -1,6 +1,7 @@
 #include "optimizer/sqp_run.h"
 
 #include "optimizer/quasi_newton.h"
+#include "optimizer/small_product.h"
 
 #include <algorithm>
 #include <cmath>
@@ -32,8 +33,12 @@ double RoundingUnit() {
 
 /// What d'Bd may be rounded to: the highest power of the QP's accuracy that does not underflow.
 double CurvatureTolerance(double accqp) {
+  const double square = accqp * accqp;
   double tol = 0.0;
-  for (int power = 6; power >= 2 && tol == 0.0; --power) tol = std::pow(accqp, power);
+  for (int power = 6; power >= 2 && tol == 0.0; --power) {
+    tol = square;
+    for (int k = 2; k < power; ++k) tol *= accqp;
+  }
   return tol;
 }
 
@@ -85,7 +90,7 @@ SqpRun::SqpRun(const SqpArguments& a)
       c_(a.C, n_ + 1, n_ + 1, Eigen::OuterStride<>(a.NMAX)),
       df_(a.DF, n_),
       u_(a.U, m_ + 2 * n_) {
-  const double eps = RoundingUnit();
+  static const double eps = RoundingUnit();
   accqp_ = a.ACCQP > eps ? a.ACCQP : 1e4 * eps;
   tol_ = CurvatureTolerance(accqp_);
   const double stpmin = a.STPMIN > eps ? a.STPMIN : a.ACC;
@@ -260,7 +265,7 @@ bool SqpRun::ReportQpFailure(std::int32_t answer) {
 
 void SqpRun::Measure() {
   const auto d = d_.head(n_);
-  product_.noalias() = c_.topLeftCorner(n_, n_) * d;
+  Multiply(c_.topLeftCorner(n_, n_), d, product_);
   dbd_ = d.dot(product_);
 
   lagrangian_ = df_;

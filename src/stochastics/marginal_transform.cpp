@@ -1,5 +1,6 @@
 #include "stochastics/marginal_transform.h"
 
+#include "stochastics/beta_quantiles.h"
 #include "stochastics/normal_quantile.h"
 
 #include <cmath>
@@ -55,6 +56,20 @@ double MarginalFromGauss(const RV& variable, double u) {
     default:
       return variable.InverseCDF(math::NormalCdf(u));
   }
+}
+
+void MarginalsFromGauss(const RV& variable, Eigen::Index i, const Eigen::MatrixXd& samples,
+                        Eigen::MatrixXd& result) {
+  if (variable.GetTypeId() == types::BETA && samples.cols() >= kManyValues) {
+    const Eigen::VectorXd& parameters = variable.GetParameters();  // bounds, shapes
+    const BetaQuantiles quantiles(parameters(2), parameters(3));
+    const double length = parameters(1) - parameters(0);
+    for (Eigen::Index sample = 0; sample < samples.cols(); ++sample)
+      result(i, sample) = parameters(0) + length * quantiles.FromGauss(samples(i, sample));
+    return;
+  }
+  for (Eigen::Index sample = 0; sample < samples.cols(); ++sample)
+    result(i, sample) = MarginalFromGauss(variable, samples(i, sample));
 }
 
 }  // namespace corvath::algorithm

@@ -12,4 +12,10 @@ double MarginalToGauss(const RV& variable, double x);
 /// The value of `variable` for the standard normal value `u`.
 double MarginalFromGauss(const RV& variable, double u);
 
+/// The same for each value of row `i` of `samples` into that row of `result`. Of a beta distribution
+/// and at least kManyValues by BetaQuantiles, which agrees within rounding.
+void MarginalsFromGauss(const RV& variable, Eigen::Index i, const Eigen::MatrixXd& samples,
+                        Eigen::MatrixXd& result);
+constexpr Eigen::Index kManyValues = 4096;
+
 }  // namespace corvath::algorithm

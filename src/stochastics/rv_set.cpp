@@ -10,17 +10,6 @@ namespace corvath::algorithm {
 
 namespace {
 
-/// Applies a marginal transform to each row.
-template <class Transform>
-Eigen::MatrixXd Transformed(const std::vector<boost::shared_ptr<RV>>& variables,
-                            const Eigen::MatrixXd& samples, Transform transform) {
-  Eigen::MatrixXd result(samples.rows(), samples.cols());
-  for (Eigen::Index sample = 0; sample < samples.cols(); ++sample)
-    for (Eigen::Index i = 0; i < samples.rows(); ++i)
-      result(i, sample) = transform(*variables[static_cast<std::size_t>(i)], samples(i, sample));
-  return result;
-}
-
 std::wstring SizeMessage(const wchar_t* function, Eigen::Index size, std::size_t n) {
   return std::wstring(L"The RVSet can not compute the ") + function +
          L": Vector size of input variables (=" + std::to_wstring(size) +
@@ -62,7 +51,11 @@ Eigen::MatrixXd RVSet::ToStandardGauss(const Eigen::MatrixXd& x) const {
   if (x.rows() != Size())
     throw utils::runtime_error(
         L"ToStandardGauss: Matrix rows must match number of random variables in this set.");
-  return Transformed(RVs, x, MarginalToGauss);
+  Eigen::MatrixXd u(x.rows(), x.cols());
+  for (Eigen::Index sample = 0; sample < x.cols(); ++sample)
+    for (Eigen::Index i = 0; i < x.rows(); ++i)
+      u(i, sample) = MarginalToGauss(*RVs[static_cast<std::size_t>(i)], x(i, sample));
+  return u;
 }
 
 Eigen::MatrixXd RVSet::FromStandardGauss(const Eigen::MatrixXd& u) const {
@@ -72,7 +65,10 @@ Eigen::MatrixXd RVSet::FromStandardGauss(const Eigen::MatrixXd& u) const {
         L" matrix. But the rows of the matrix given must match the number of random variables,"
         L" which is " +
         std::to_wstring(RVs.size()) + L", in this set.");
-  return Transformed(RVs, u, MarginalFromGauss);
+  Eigen::MatrixXd x(u.rows(), u.cols());
+  for (Eigen::Index i = 0; i < u.rows(); ++i)
+    MarginalsFromGauss(*RVs[static_cast<std::size_t>(i)], i, u, x);
+  return x;
 }
 
 Eigen::MatrixXd RVSet::CorrelateStandardGauss(const Eigen::MatrixXd& u) const {

@@ -54,7 +54,12 @@ double IncompleteBeta(double a, double b, double x) {
   return boost::math::ibeta(a, b, x, kPolicy);
 }
 
+double IncompleteBetaComplement(double a, double b, double x) {
+  return boost::math::ibetac(a, b, x, kPolicy);
+}
+
 double IncompleteBetaInverse(double a, double b, double p) {
+  if (std::isnan(p)) return p;
   return boost::math::ibeta_inv(a, b, p, kPolicy);
 }
 

@@ -11,8 +11,9 @@ double LogGamma(double x);
 /// ln G(1 + x) for x > -1, with all its digits next to 0.
 double LogGamma1p(double x);
 double Beta(double a, double b);
-/// Regularised incomplete beta function I_x(a, b), and the x at which it is p.
+/// Regularised incomplete beta function I_x(a, b), 1 - I_x(a, b), and the x at which it is p.
 double IncompleteBeta(double a, double b, double x);
+double IncompleteBetaComplement(double a, double b, double x);
 double IncompleteBetaInverse(double a, double b, double p);
 /// Regularised upper incomplete gamma function Q(a, x).
 double IncompleteGammaUpper(double a, double x);

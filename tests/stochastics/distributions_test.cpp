@@ -1,6 +1,8 @@
 #include "foundation/exception.h"
+#include "stochastics/beta_quantiles.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/rv_factory.h"
+#include "stochastics/special_functions.h"
 #include "support/message_of.h"
 
 #include <boost/math/distributions.hpp>
@@ -237,6 +239,68 @@ TEST(Distributions, ProbabilitiesOfQuantilesAreClampedWhereTheSupportIsOpen) {
   EXPECT_EQ(WithParameters(types::UNIFORM, {3.0, 4.0})->InverseCDF(0.0), 3.0);
   EXPECT_EQ(WithParameters(types::EXPONENTIAL, {1.0, 0.0})->CDF(1e9), 1.0 - 1e-10);
   EXPECT_NEAR(corvath::math::NormalCdf(-38.0), 2.885428360068e-316, 1e-319);  // a subnormal
+}
+
+TEST(Distributions, NormalQuantileInvertsTheDistributionFunction) {
+  const boost::math::normal_distribution<long double> normal;
+  const auto expect_quantile = [&](double p) {
+    const long double z = boost::math::quantile(normal, static_cast<long double>(p));
+    const double actual = corvath::math::NormalQuantile(p);
+    EXPECT_NEAR(static_cast<double>(actual - z), 0.0,
+                1e-15 * std::max(1e-16, static_cast<double>(std::abs(z))))
+        << p;
+  };
+  for (double p = 1.0001e-10; p < 0.5; p *= 1.003) {
+    expect_quantile(p);
+    expect_quantile(1.0 - p);
+  }
+  for (double distance = 1e-15; distance < 0.1; distance *= 3.0) expect_quantile(0.5 + distance);
+  for (const double edge : {0.075, 0.925})
+    for (const double p : {std::nextafter(edge, 0.0), edge, std::nextafter(edge, 1.0)})
+      expect_quantile(p);
+  EXPECT_EQ(corvath::math::NormalQuantile(0.5), 0.0);
+  EXPECT_TRUE(std::isnan(corvath::math::NormalQuantile(std::nan(""))));
+}
+
+TEST(Distributions, ManyBetaQuantilesAreAsGoodAsOne) {
+  // Errors against long double arithmetic, in roundings of the
+  // value and of the probability: the largest one is at most the single quantile's, or a few.
+  for (const auto& [alpha, beta] : std::vector<std::pair<double, double>>{{2.0, 3.0},
+                                                                          {0.5, 0.5},
+                                                                          {0.05, 4.0},
+                                                                          {1.0, 1.0},
+                                                                          {1.0, 5.0},
+                                                                          {300.0, 2.5},
+                                                                          {999.0, 999.0},
+                                                                          {100.0, 110.0},
+                                                                          {1000.0, 1e-3},
+                                                                          {1e5, 1e5},
+                                                                          {1e-3, 1e-3},
+                                                                          {1e8, 3.0}}) {
+    SCOPED_TRACE(std::to_string(alpha) + " " + std::to_string(beta));
+    const BetaQuantiles quantiles(alpha, beta);
+    namespace policies = boost::math::policies;
+    using Quiet = policies::policy<policies::overflow_error<policies::ignore_error>>;
+    const boost::math::beta_distribution<long double, Quiet> distribution(alpha, beta);
+    long double worst_one = 0.0L, worst_many = 0.0L;
+    for (double u = -7.03; u < 7.1; u += 0.037) {
+      const double p = corvath::math::ClampProbability(corvath::math::NormalCdf(u));
+      const long double exact =
+          p <= 0.5 ? boost::math::quantile(distribution, static_cast<long double>(p))
+                   : boost::math::quantile(
+                         boost::math::complement(distribution, 1.0L - static_cast<long double>(p)));
+      const double one = corvath::math::IncompleteBetaInverse(alpha, beta, p);
+      const double many = quantiles.FromGauss(u);
+      const long double rounding =
+          1e-16L * (exact + std::min(p, 1.0 - p) / boost::math::pdf(distribution, exact)) +
+          std::numeric_limits<double>::denorm_min();
+      worst_one = std::max(worst_one, std::abs(one - exact) / rounding);
+      worst_many = std::max(worst_many, std::abs(many - exact) / rounding);
+    }
+    EXPECT_LE(worst_many, std::max(15.0L, worst_one));
+    EXPECT_TRUE(std::isnan(quantiles.FromGauss(std::nan(""))));
+    EXPECT_EQ(quantiles.FromGauss(HUGE_VAL), quantiles.FromGauss(40.0));
+  }
 }
 
 TEST(Distributions, BetaNextToItsEndsAndLimits) {
