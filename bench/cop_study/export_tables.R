@@ -12,7 +12,8 @@ dir.create(folder, recursive = TRUE, showWarnings = FALSE)
 
 Write <- function(name, inputs, response_name, response) {
   table <- data.frame(inputs, response)
-  names(table) <- gsub("^_+|_+$", "", gsub("[^A-Za-z0-9]+", "_", c(colnames(inputs), response_name)))
+  words <- gsub("[^A-Za-z0-9]+", "_", c(colnames(inputs), response_name))
+  names(table) <- gsub("^_+|_+$", "", words)
   write.csv(format(table, digits = 15, trim = TRUE), file.path(folder, paste0(name, ".csv")),
             row.names = FALSE, quote = FALSE)
 }

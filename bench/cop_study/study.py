@@ -313,13 +313,15 @@ def main():
     parser.add_argument("--zel", default="zel", help="program to judge")
     parser.add_argument("--option", action="append", default=[], metavar="OPTION",
                         help="handed to zel train: --option=--anisotropic; may be repeated")
-    parser.add_argument("--tables", default="*", metavar="GLOB", help="some of the tables: 'c*,iris'")
+    parser.add_argument("--tables", default="*", metavar="GLOB",
+                        help="some of the tables: 'c*,iris'")
     parser.add_argument("--most-rows", type=int, default=sys.maxsize, help="no larger tables")
     parser.add_argument("--seed", type=int, default=1, help="of the outer folds")
     parser.add_argument("--jobs", type=int, default=1, help="folds at a time; one for true seconds")
     parser.add_argument("--out", type=pathlib.Path, default=pathlib.Path("."),
                         help="folder of peers.json and of the results as results.json")
-    parser.add_argument("--no-peers", action="store_true", help="compute none; the cached ones show")
+    parser.add_argument("--no-peers", action="store_true",
+                        help="compute none; the cached ones show")
     arguments = parser.parse_args()
 
     export_sklearn_tables(arguments.folder)
