@@ -86,8 +86,7 @@ TrainedStudy Train(const TrainOptions& options, const std::vector<std::string>& 
     const double share = state.total == 0
                              ? -1.0
                              : static_cast<double>(state.done) / static_cast<double>(state.total);
-    progress.Update(ToUtf8(state.response) + " (budget " + budget + " s): " +
-                        ToUtf8(state.candidate),
+    progress.Update(ToUtf8(state.response + L": " + state.candidate) + " (budget " + budget + " s)",
                     share);
     return true;
   };

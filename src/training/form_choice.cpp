@@ -6,6 +6,9 @@
 namespace corvath::training {
 namespace {
 
+/// Squared errors that many times those of the best are larger, whatever their scatter says: of exact
+/// functions some form is often a hundred times better, most of it at a few designs.
+constexpr double kLargestGrowth = 2.0;
 /// Of paired differences, within which equally simple forms, and a form and the constant, count as
 /// equal.
 constexpr double kNearlyEqual = 0.35;
@@ -51,7 +54,8 @@ std::size_t ChooseForm(const std::vector<const Candidate*>& finalists,
   if (forms.empty()) return 0;
   std::size_t best = best_of();
   keep([&](std::size_t k) {
-    return k == best || IsWithin(column(k), column(best), correction);
+    return k == best || (total(k) <= kLargestGrowth * total(best) &&
+                         IsWithin(column(k), column(best), correction));
   });
   int simplest = RankOf(finalists[forms.front()]->form);
   for (const std::size_t k : forms) simplest = std::min(simplest, RankOf(finalists[k]->form));

@@ -15,7 +15,8 @@ namespace corvath::training {
 /// paired differences, the simplest wins (L. Breiman, J. H. Friedman, R. A. Olshen, C. J. Stone,
 /// "Classification and Regression Trees", 1984, section 3.4.3). The standard error is that of means
 /// over groups whose models share most of their designs (C. Nadeau, Y. Bengio, "Inference for the
-/// generalization error", Machine Learning 52, 2003, pp. 239-281).
+/// generalization error", Machine Learning 52, 2003, pp. 239-281). Errors more than twice as large are
+/// larger in any case.
 ///
 /// Simplest are forms that shrink what the data do not support by themselves: ridge regressions and
 /// kriging with a nugget. Then come least squares, whose inputs were chosen one by one, and local
