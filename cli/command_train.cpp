@@ -75,7 +75,6 @@ TrainedStudy Train(const TrainOptions& options, const std::vector<std::string>& 
                    const DesignTable& table) {
   corvath::training::TrainSettings settings;
   settings.seed = options.seed;
-  settings.models.use_anisotropic_Kriging_ = true;
   settings.budget_seconds = options.budget;
   const auto criteria = ParseCriteria(criterion_texts, table.data);
   std::ostringstream seconds;

@@ -8,6 +8,9 @@ namespace corvath::training {
 
 /// How models are trained. What stands in `models` is stored with the project.
 struct TrainSettings {
+  /// All families compete.
+  TrainSettings() { models.use_anisotropic_Kriging_ = true; }
+
   /// Families and orders that compete, filters of inputs, tolerances. The switches that count:
   /// use_boxcox_, use_polynomials_, max_order_polynomial_, use_MLS_, max_order_MLS_, use_Kriging_,
   /// use_anisotropic_Kriging_; the filters and their limits, that of input correlations excepted;

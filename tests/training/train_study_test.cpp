@@ -47,7 +47,7 @@ TrainingTable MakeTable() {
 
 TrainSettings QuickSettings() {
   TrainSettings settings;
-  settings.models.use_Kriging_ = false;
+  settings.models.use_Kriging_ = settings.models.use_anisotropic_Kriging_ = false;
   return settings;
 }
 
