@@ -159,3 +159,17 @@ except ImportError:
     mass = list(truss.solve(designs)["mass"])
     assert [float(v) for v in values.split()] == mass + mass
     assert refusal == "no pandas"
+
+
+def test_a_dict_of_plain_numbers_reads_as_its_array(plate):
+    x = {"Größe": 12, "y": np.float64(0.25), "x": 1.5, "unused": "text"}
+    expected = np.array([[1.5, 0.25, 12.0]])
+    assert np.array_equal(as_matrix(x, Plate.inputs), expected)
+    assert_plate(plate.solve(x), expected)
+    with pytest.raises(zelsolver.InputError, match="Größe"):
+        plate.solve({"x": 1.5, "y": 0.25})
+    for bad in (10 ** 400, "1", 1j):
+        with pytest.raises(zelsolver.InputError, match='column "y"'):
+            plate.solve({**x, "y": bad})
+    assert np.isnan(as_matrix({**x, "y": None}, Plate.inputs)[0, 1])
+    assert as_matrix({**x, "y": True}, Plate.inputs)[0, 1] == 1

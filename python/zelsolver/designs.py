@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import sys
-from typing import Any, List, Sequence
+from typing import Any, Dict, List, Optional, Sequence
 
 import numpy as np
 from numpy.typing import NDArray
@@ -11,6 +11,8 @@ from numpy.typing import NDArray
 from .errors import InputError
 
 Matrix = NDArray[np.float64]
+
+_PLAIN_NUMBERS = frozenset((float, int, np.float64))
 
 
 def as_matrix(X: Any, inputs: Sequence[str]) -> Matrix:
@@ -27,6 +29,10 @@ def as_matrix(X: Any, inputs: Sequence[str]) -> Matrix:
     Raises InputError for a wrong shape, missing columns and what is no number. A value that is
     missing (None, pandas.NA, a masked element) is NaN.
     """
+    if type(X) is dict:
+        design = _one_design(X, inputs)
+        if design is not None:
+            return design
     names = column_names(X)
     if names is None:
         return _by_position(X, inputs)
@@ -36,6 +42,18 @@ def as_matrix(X: Any, inputs: Sequence[str]) -> Matrix:
         if whole.dtype == np.float64:
             return np.require(whole, np.float64, ["F_CONTIGUOUS", "ALIGNED"])
     return _by_name(X, inputs)
+
+
+def _one_design(X: Dict[Any, Any], inputs: Sequence[str]) -> Optional[Matrix]:
+    """The matrix of a dict of a plain number for each input; None if it is anything else, which
+    takes longer to read and to refuse."""
+    values = [X.get(name) for name in inputs]
+    if not values or not _PLAIN_NUMBERS.issuperset(map(type, values)):
+        return None
+    try:
+        return np.array([values], np.float64, order="F")
+    except OverflowError:  # an int beyond all doubles
+        return None
 
 
 def column_names(X: Any) -> Any:

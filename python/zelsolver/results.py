@@ -48,9 +48,12 @@ class NamedArrays(Mapping[str, Array]):
         #: K names
         self.names: Tuple[str, ...] = tuple(names)
         self._kind = kind
-        self._columns = {name: k for k, name in enumerate(self.names)}
+        #: positions of the names, made at the first question for one
+        self._columns: Optional[Dict[str, int]] = None
 
     def __getitem__(self, name: str) -> Array:
+        if self._columns is None:
+            self._columns = {known: k for k, known in enumerate(self.names)}
         try:
             column: Array = self.array[:, self._columns[name]]
         except (KeyError, TypeError):

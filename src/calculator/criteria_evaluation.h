@@ -59,8 +59,8 @@ class CriteriaEvaluation {
     std::wstring problem;  ///< why it cannot be an object; empty if it can
   };
   struct Side {
-    const ParsedText* text = nullptr;  ///< null: nothing to evaluate
-    std::wstring problem;              ///< why it cannot be evaluated
+    const ParsedText* text = nullptr;      ///< null: nothing to evaluate
+    std::wstring problem;                  ///< why it cannot be evaluated
     std::optional<ScalarProgram> program;  ///< of the text
   };
   /// A criterion in the order of evaluation.

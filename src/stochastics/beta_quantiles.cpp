@@ -8,14 +8,6 @@
 
 namespace corvath::algorithm {
 
-namespace {
-
-constexpr double kStep(double reach, int intervals) {
-  return 2.0 * reach / intervals;
-}
-
-}  // namespace
-
 BetaQuantiles::BetaQuantiles(double alpha, double beta)
     : alpha_(alpha),
       beta_(beta),
@@ -25,7 +17,7 @@ BetaQuantiles::BetaQuantiles(double alpha, double beta)
   if (!(std::min(alpha, beta) >= 1e-3 && std::max(alpha, beta) <= 1e3)) return;
   nodes_.reserve(kIntervals + 1);
   for (int i = 0; i <= kIntervals; ++i) {
-    const double u = -kReach + i * kStep(kReach, kIntervals);
+    const double u = -kReach + i * kWidth;
     const double y = math::IncompleteBetaInverse(alpha, beta, math::NormalCdf(u));
     nodes_.push_back({y, math::NormalPdf(u) / std::exp(LogDensity(y))});
   }
@@ -36,7 +28,6 @@ double BetaQuantiles::LogDensity(double y) const {
 }
 
 double BetaQuantiles::FromGauss(double u) const {
-  constexpr double kWidth = kStep(kReach, kIntervals);
   constexpr int kMaxSteps = 3;
   // After a step of this part of the distance to the bound, what is left is of its third power.
   constexpr double kSmall = 1e-6;

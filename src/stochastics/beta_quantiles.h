@@ -24,6 +24,7 @@ class BetaQuantiles {
 
   static constexpr double kReach = 6.5;  ///< more than a clamped probability's 6.3613
   static constexpr int kIntervals = 512;
+  static constexpr double kWidth = 2.0 * kReach / kIntervals;
 
   double LogDensity(double y) const;
 

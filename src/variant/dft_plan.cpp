@@ -46,13 +46,31 @@ Complex Root(std::uint64_t k, std::uint64_t n) {
   }
 }
 
+/// Many roots of one length: a product of two of some thousand of them, which costs a rounding.
+class RootTable {
+ public:
+  explicit RootTable(std::uint64_t n) {
+    for (std::uint64_t k = 0; k < kLow && k < n; ++k) low_.push_back(Root(k, n));
+    for (std::uint64_t k = 0; k < n; k += kLow) high_.push_back(Root(k, n));
+  }
+
+  Complex operator()(std::uint64_t k) const { return Product(high_[k / kLow], low_[k % kLow]); }
+
+ private:
+  static constexpr std::uint64_t kLow = 1024;
+
+  std::vector<Complex> low_;
+  std::vector<Complex> high_;
+};
+
 /// All roots of one length; of lengths divisible by 8 all but an eighth by symmetry.
 std::vector<Complex> Roots(std::size_t n) {
   std::vector<Complex> roots(n);
   const std::size_t quarter = n / 4;
   const bool symmetric = n % 8 == 0;
   const std::size_t computed = symmetric ? n / 8 + 1 : n;
-  for (std::size_t k = 0; k < computed; ++k) roots[k] = Root(k, n);
+  const RootTable table(n);
+  for (std::size_t k = 0; k < computed; ++k) roots[k] = table(k);
   for (std::size_t k = computed; k < n; ++k)
     roots[k] = k < quarter ? Complex(-roots[quarter - k].imag(), -roots[quarter - k].real())
                            : TimesMinusI(roots[k - quarter]);
@@ -227,10 +245,12 @@ Plan::Plan(std::size_t length) : length_(length), radices_(Radices(length)) {
   // j k = (j^2 + k^2 - (k - j)^2) / 2 makes the transform a convolution with the conjugate chirp.
   roots_.resize(length_);
   const std::uint64_t period = 2 * static_cast<std::uint64_t>(length_);
+  const RootTable table(period);
   std::uint64_t square = 0;  // k^2 modulo the chirp's period, exactly
   for (std::size_t k = 0; k < length_; ++k) {
-    roots_[k] = Root(square, period);
-    square = (square + 2 * k + 1) % period;
+    roots_[k] = table(square);
+    square += 2 * k + 1;  // less than two periods
+    if (square >= period) square -= period;
   }
   const std::size_t padded = SmoothLength(2 * length_ - 1);
   convolution_ = std::make_unique<Plan>(padded);
@@ -275,8 +295,11 @@ void Plan::Chirp(Complex* data) {
   std::fill(buffer_.begin() + static_cast<std::ptrdiff_t>(length_), buffer_.end(), 0.0);
   convolution_->Forward(buffer_.data());
   for (std::size_t k = 0; k < buffer_.size(); ++k) buffer_[k] = Product(buffer_[k], spectrum_[k]);
-  convolution_->Backward(buffer_.data());
-  for (std::size_t k = 0; k < length_; ++k) data[k] = Product(buffer_[k], roots_[k]);
+  // Backward, but for the order of the indices.
+  convolution_->Forward(buffer_.data());
+  data[0] = Product(buffer_[0], roots_[0]);
+  for (std::size_t k = 1; k < length_; ++k)
+    data[k] = Product(buffer_[buffer_.size() - k], roots_[k]);
 }
 
 }  // namespace corvath::math::dft
