@@ -49,6 +49,10 @@ Candidate MakeCandidate(const SubspaceResults& results, const std::vector<std::w
   const BitVector bits = settings.GetVariableSelection();
   for (std::size_t i = 0; i < std::min(bits.size(), names.size()); ++i)
     if (bits[i]) candidate.inputs.push_back(ToUtf8(names[i]));
+  if (candidate.inputs.empty() && candidate.family == "Linear Regression") {
+    candidate.family = "Constant";
+    candidate.order = 0;
+  }
   return candidate;
 }
 

@@ -79,8 +79,10 @@ CsvNumber NumberFormat::Read(std::string_view cell) {
 bool IsMissing(std::string_view cell) {
   static constexpr std::string_view kWords[] = {"",     "na",      "n/a", "#n/a", "#nv", "nan",
                                                 "null", "missing", "?",   ".",    "-",   "--"};
-  std::string lower(Trimmed(cell));
-  if (lower.size() > 7) return false;
+  constexpr std::size_t kLongest = 7;
+  cell = Trimmed(cell);
+  if (cell.size() > kLongest) return false;
+  std::string lower(cell);
   for (char& c : lower)
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   return std::find(std::begin(kWords), std::end(kWords), lower) != std::end(kWords);

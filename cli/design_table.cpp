@@ -166,8 +166,10 @@ class Builder {
 
   void AddWord(std::uint64_t row, const std::string& cell, Column& input) const {
     if (IsQuantity(cell))
-      Refuse(row, input, Quoted(cell) + " is a number with a unit; write the unit into the header "
-                                        "or into a row below it");
+      Refuse(row, input,
+             Quoted(cell) +
+                 " is a number with a unit; write the unit into the header "
+                 "or into a row below it");
     input.texts.Note(row, cell);
     if (input.numbers.count > 0) RefuseMixed(input);
     const auto word = input.words.emplace(Trimmed(cell), input.words.size()).first;

@@ -49,7 +49,8 @@ std::string LargeLossNote(const std::vector<std::string>& found) {
   if (found.size() > kMaxListed) text += "; ...";
   return text +
          "): without this input, the rest of the model as it is, predictions are worse than the "
-         "mean; inputs act together, and each takes along what they explain only together.";
+         "mean. Inputs that act together take along what they explain only together; few designs "
+         "or many equal ones do the rest.";
 }
 
 }  // namespace cli
