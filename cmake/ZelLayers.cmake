@@ -1,7 +1,7 @@
 # The layers of src/ and how targets name them.
 find_package(Boost 1.74 REQUIRED COMPONENTS serialization filesystem date_time)
 find_package(Eigen3 3.4 REQUIRED)
-find_package(TBB REQUIRED)
+find_package(TBB 2021 REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(CRYPTOPP REQUIRED IMPORTED_TARGET libcrypto++)
 pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
@@ -16,7 +16,7 @@ foreach(layer ${ZEL_LAYERS})
   endif()
 endforeach()
 set(ZEL_THIRD_PARTY Boost::serialization Boost::filesystem Boost::date_time Eigen3::Eigen
-  TBB::tbb PkgConfig::CRYPTOPP PkgConfig::JSONCPP)
+  PkgConfig::CRYPTOPP PkgConfig::JSONCPP TBB::tbb)
 
 # zel_layer(<name> file.cpp ...): the OBJECT library zel_<name> of this folder.
 function(zel_layer name)

@@ -1,62 +1,194 @@
 #include "foundation/parallel.h"
 
-#include <tbb/blocked_range.h>
+#include <dlfcn.h>
+#include <pthread.h>
+#include <sched.h>
+#include <signal.h>
+#include <tbb/global_control.h>
 #include <tbb/info.h>
 #include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
+#include <tbb/task_scheduler_observer.h>
+#include <tbb/version.h>
 
 #include <algorithm>
 #include <atomic>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
-#include <stdexcept>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
 
 namespace corvath::utils {
 namespace {
 
-constexpr int kMostThreads = 1024;
-std::atomic<int> chosen_threads{0};
+constexpr std::size_t kMaxThreads = 1024;
 
-int ThreadsOfEnvironment() {
-  const char* text = std::getenv("ZELSOLVER_NUM_THREADS");
-  if (!text) return 0;
-  int number = 0;
-  const char* end = text + std::strlen(text);
-  const auto parsed = std::from_chars(text, end, number);
-  const bool is_number = parsed.ec == std::errc() && parsed.ptr == end;
-  return is_number && number >= 1 && number <= kMostThreads ? number : 0;
+/// Keeps the host's signals off the workers: a handler runs on a thread that the host knows. Those
+/// of faults stay, they belong to the thread at fault. Workers keep the mask when they leave, since
+/// they sleep outside of the arena.
+class SignalBlocker : public tbb::task_scheduler_observer {
+ public:
+  explicit SignalBlocker(tbb::task_arena& arena) : tbb::task_scheduler_observer(arena) {
+    observe(true);
+  }
+  ~SignalBlocker() override { observe(false); }
+
+  void on_scheduler_entry(bool is_worker) override {
+    if (!is_worker) return;
+    sigset_t signals;
+    sigfillset(&signals);
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT})
+      sigdelset(&signals, fault);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  }
+};
+
+struct Arena {
+  explicit Arena(std::size_t count)
+      : num_threads(count), arena(static_cast<int>(count)), blocker(arena) {
+    // Without it oneTBB has no more threads than processors, and complains on stderr.
+    if (static_cast<int>(count) > tbb::info::default_concurrency())
+      limit.emplace(tbb::global_control::max_allowed_parallelism, count);
+  }
+  std::size_t num_threads;
+  std::optional<tbb::global_control> limit;
+  tbb::task_arena arena;
+  SignalBlocker blocker;
+};
+
+std::atomic<std::size_t> requested_threads{0};
+std::atomic<bool> is_forked_child{false};
+std::mutex arena_mutex;
+std::shared_ptr<Arena> current_arena;
+
+/// The child has one thread, whatever the parent's bookkeeping says: it works alone, and never
+/// touches that bookkeeping again, not even to take it down.
+void OnForkedChild() {
+  if (current_arena) {
+    is_forked_child = true;
+    new std::shared_ptr<Arena>(std::move(current_arena));
+  }
+  arena_mutex.unlock();
+}
+
+/// Workers sleep inside oneTBB's code; it must stay when the host closes this library.
+void PinScheduler() {
+  Dl_info info;
+  if (dladdr(reinterpret_cast<void*>(&TBB_runtime_interface_version), &info) != 0)
+    dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
+std::shared_ptr<Arena> GetArena(std::size_t num_threads) {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    PinScheduler();
+    pthread_atfork([] { arena_mutex.lock(); }, [] { arena_mutex.unlock(); }, OnForkedChild);
+  });
+  const std::lock_guard<std::mutex> lock(arena_mutex);
+  if (!current_arena || current_arena->num_threads != num_threads)
+    current_arena = std::make_shared<Arena>(num_threads);
+  return current_arena;
+}
+
+std::size_t CountProcessors() {
+  cpu_set_t set;
+  if (sched_getaffinity(0, sizeof(set), &set) == 0)
+    return static_cast<std::size_t>(std::max(CPU_COUNT(&set), 1));
+  return std::max(std::thread::hardware_concurrency(), 1u);  // more processors than the set holds
+}
+
+/// The number that the environment asks for, 0 for none. Read at each call: it is the only way by
+/// which a host that has nothing but the C functions can change it.
+std::size_t FromEnvironment() {
+  const char* const text = std::getenv("ZELSOLVER_NUM_THREADS");
+  if (text == nullptr) return 0;
+  const char* const end = text + std::strlen(text);
+  std::size_t count = 0;
+  const auto [stop, error] = std::from_chars(text, end, count);
+  return error == std::errc() && stop == end && count <= kMaxThreads ? count : 0;
+}
+
+/// What the ranges failed with: the failure of the lowest one counts.
+class FirstFailure {
+ public:
+  bool IsBelow(std::size_t begin) const { return position_.load() < begin; }
+
+  void Take(std::size_t begin, std::exception_ptr error) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (begin >= position_.load()) return;
+    position_ = begin;
+    error_ = std::move(error);
+  }
+
+  void Rethrow() const {
+    if (error_) std::rethrow_exception(error_);
+  }
+
+ private:
+  std::mutex mutex_;
+  std::atomic<std::size_t> position_{static_cast<std::size_t>(-1)};
+  std::exception_ptr error_;
+};
+
+/// Calls `body(first, last)` over ranges of blocks, if `one_by_one` block for block.
+template <class Body>
+void RunBlocks(std::size_t n_blocks, bool one_by_one, const Body& body) {
+  const std::size_t num_threads = n_blocks > 1 ? GetNumThreads() : 1;
+  if (num_threads == 1) return body(0, n_blocks);
+
+  FirstFailure failure;
+  const auto run = [&](const tbb::blocked_range<std::size_t>& blocks) {
+    if (failure.IsBelow(blocks.begin())) return;
+    try {
+      body(blocks.begin(), blocks.end());
+    } catch (...) {
+      failure.Take(blocks.begin(), std::current_exception());
+    }
+  };
+  const tbb::blocked_range<std::size_t> all(0, n_blocks);
+  const auto arena = GetArena(num_threads);
+  arena->arena.execute([&] {
+    // Isolated: a caller that waits for its own ranges must not take up those of another.
+    tbb::this_task_arena::isolate([&] {
+      if (one_by_one)
+        tbb::parallel_for(all, run, tbb::simple_partitioner());
+      else
+        tbb::parallel_for(all, run);
+    });
+  });
+  failure.Rethrow();
 }
 
 }  // namespace
 
-int GetNumThreads() {
-  // By affinity, not by the processors of the machine.
-  const int most = std::clamp(tbb::info::default_concurrency(), 1, kMostThreads);
-  const int chosen = chosen_threads > 0 ? chosen_threads.load() : ThreadsOfEnvironment();
-  return chosen > 0 ? std::min(chosen, most) : most;
+std::size_t GetNumThreads() {
+  if (is_forked_child) return 1;
+  if (const std::size_t requested = requested_threads; requested > 0) return requested;
+  if (const std::size_t count = FromEnvironment(); count > 0) return count;
+  return CountProcessors();
 }
 
-void SetNumThreads(int num_threads) {
-  if (num_threads < 0 || num_threads > kMostThreads)
-    throw std::invalid_argument("The number of threads lies between 1 and 1024.");
-  chosen_threads = num_threads;
+void SetNumThreads(std::size_t count) {
+  requested_threads = std::min(count, kMaxThreads);
 }
 
-void ParallelTasks(std::size_t count, const std::function<void(std::size_t)>& task) {
-  const int num_threads = GetNumThreads();
-  if (num_threads == 1 || count < 2) {
-    for (std::size_t k = 0; k < count; ++k) task(k);
-    return;
-  }
-  tbb::task_arena arena(num_threads);
-  arena.execute([&] {
-    tbb::parallel_for(
-        tbb::blocked_range<std::size_t>(0, count, 1),
-        [&](const tbb::blocked_range<std::size_t>& range) {
-          for (std::size_t k = range.begin(); k != range.end(); ++k) task(k);
-        },
-        tbb::simple_partitioner());
+void ParallelFor(std::size_t count, std::size_t grain,
+                 const std::function<void(std::size_t begin, std::size_t end)>& body) {
+  if (count == 0) return;
+  grain = std::max<std::size_t>(grain, 1);
+  RunBlocks((count - 1) / grain + 1, /*one_by_one=*/false, [&](std::size_t first, std::size_t last) {
+    body(first * grain, last > (count - 1) / grain ? count : last * grain);
+  });
+}
+
+void ParallelTasks(std::size_t count, const std::function<void(std::size_t i)>& body) {
+  if (count == 0) return;
+  RunBlocks(count, /*one_by_one=*/true, [&](std::size_t first, std::size_t last) {
+    for (std::size_t i = first; i < last; ++i) body(i);
   });
 }
 

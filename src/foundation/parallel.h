@@ -3,20 +3,32 @@
 #include <cstddef>
 #include <functional>
 
+/// Work on all processors, carried by oneTBB. Nothing is started before the first call that has
+/// something to share out.
+///
+/// A body writes to places of its own only, so that results never depend on the number of threads.
+/// Who calls must not hold a lock that a body takes.
 namespace corvath::utils {
 
-/// Threads that parallel work uses, the caller's included: what SetNumThreads says, else the
-/// environment variable ZELSOLVER_NUM_THREADS (1 to 1024; anything else is ignored), else the
-/// processors that the process may run on, and never more than these. 1 starts no thread ever.
-int GetNumThreads();
+/// The number of threads of the next parallel call, at least 1: what SetNumThreads() asked for,
+/// otherwise the environment variable ZELSOLVER_NUM_THREADS (1 to 1024; any other text counts as
+/// none), otherwise the processors that the process may use. In a process forked after the first
+/// parallel call it is 1, since threads do not survive the fork.
+std::size_t GetNumThreads();
 
-/// @param num_threads  1 to 1024; 0 returns to the environment
-/// @throws std::invalid_argument  anything else
-void SetNumThreads(int num_threads);
+/// Overrides the environment for the whole process; 0 returns to it, more than 1024 is 1024.
+void SetNumThreads(std::size_t count);
 
-/// Calls task(0), ..., task(count - 1), side by side on up to GetNumThreads() threads, and returns
-/// when all are done. Tasks must not depend on each other. When one throws, those that have not begun
-/// are left out, and the exception comes out here. May be called from a task.
-void ParallelTasks(std::size_t count, const std::function<void(std::size_t)>& task);
+/// Calls `body(begin, end)` for consecutive ranges that cover [0, count) once each; all ranges begin
+/// at multiples of `grain`. Up to one grain, and with one thread, that is one call on the caller's
+/// thread. Calls may be nested.
+/// @param grain  the least number of elements that are worth a thread; 0 counts as 1
+/// @throws what `body` throws: of several failures the one of the lowest range, as if the ranges
+///         had run in order. Ranges above one that failed are left out as far as they have not begun
+void ParallelFor(std::size_t count, std::size_t grain,
+                 const std::function<void(std::size_t begin, std::size_t end)>& body);
+
+/// Calls `body(i)` for each i below `count`, one task each; otherwise as ParallelFor().
+void ParallelTasks(std::size_t count, const std::function<void(std::size_t i)>& body);
 
 }  // namespace corvath::utils

@@ -157,7 +157,7 @@ class DebianPackages(unittest.TestCase):
             self.assertGreater(len(self.field(package, "Description").splitlines()), 3)
         needs = self.field(library, "Depends")
         for dependency in ("libc6 (>=", "libstdc++6 (>=", "libboost-serialization", "libcrypto++",
-                           "libjsoncpp"):
+                           "libjsoncpp", "libtbb12"):
             self.assertIn(dependency, needs)
         self.assertIn("libcsv", self.field("zelsolver", "Depends"))
         self.assertEqual(self.field("libzelsolver-dev", "Depends"), f"{library} (= {VERSION}-1)")

@@ -1,0 +1,113 @@
+#include "foundation/parallel.h"
+
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <numeric>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace corvath::utils;
+
+namespace {
+
+class Parallel : public testing::TestWithParam<std::size_t> {
+ protected:
+  void SetUp() override { SetNumThreads(GetParam()); }
+  void TearDown() override { SetNumThreads(0); }
+};
+
+TEST_P(Parallel, CoversEachElementOnceFromMultiplesOfTheGrain) {
+  for (const std::size_t count : {0, 1, 7, 64, 65, 1000, 4097}) {
+    for (const std::size_t grain : {0, 1, 8, 64, 5000}) {
+      std::vector<std::atomic<int>> hits(count);
+      std::atomic<bool> is_aligned{true};
+      ParallelFor(count, grain, [&](std::size_t begin, std::size_t end) {
+        const std::size_t step = grain == 0 ? 1 : grain;
+        if (begin % step != 0 || (end != count && end % step != 0) || begin >= end)
+          is_aligned = false;
+        for (std::size_t i = begin; i < end; ++i) ++hits[i];
+      });
+      EXPECT_TRUE(is_aligned) << count << " by " << grain;
+      for (const auto& hit : hits) ASSERT_EQ(hit, 1) << count << " by " << grain;
+    }
+  }
+}
+
+TEST_P(Parallel, TheLowestFailureIsTheOneThatIsTold) {
+  for (int repetition = 0; repetition < 50; ++repetition) {
+    try {
+      ParallelTasks(200, [](std::size_t i) {
+        if (i == 50) std::this_thread::yield();  // the later ones tend to fail first
+        if (i >= 50) throw std::out_of_range(std::to_string(i));
+      });
+      FAIL() << "nothing thrown";
+    } catch (const std::out_of_range& error) {
+      ASSERT_STREQ(error.what(), "50");
+    }
+  }
+}
+
+TEST_P(Parallel, NestedAndConcurrentCallsEnd) {
+  std::vector<std::thread> callers;
+  std::atomic<std::size_t> sum{0};
+  for (int caller = 0; caller < 4; ++caller)
+    callers.emplace_back([&] {
+      ParallelTasks(20, [&](std::size_t) {
+        ParallelFor(100, 3, [&](std::size_t begin, std::size_t end) { sum += end - begin; });
+      });
+    });
+  for (auto& caller : callers) caller.join();
+  EXPECT_EQ(sum, 4u * 20u * 100u);
+}
+
+TEST_P(Parallel, AChildWorksOnAfterAFork) {
+  const auto count = [] {
+    std::atomic<std::size_t> done{0};
+    ParallelTasks(100, [&](std::size_t) { ++done; });
+    return done == 100;
+  };
+  ASSERT_TRUE(count());
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(20);  // a deadlock ends by a signal
+    _exit(count() ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  EXPECT_TRUE(count());
+}
+
+INSTANTIATE_TEST_SUITE_P(Threads, Parallel, testing::Values(1, 2, 4));
+
+TEST(NumThreads, ComesFromTheSetterTheEnvironmentOrTheAffinity) {
+  cpu_set_t set;
+  ASSERT_EQ(sched_getaffinity(0, sizeof(set), &set), 0);
+  const auto processors = static_cast<std::size_t>(CPU_COUNT(&set));
+  const struct {
+    const char* text;
+    std::size_t expected;
+  } cases[] = {{"1", 1},           {"3", 3},           {"1024", 1024},     {"", processors},
+               {"0", processors},  {"-2", processors}, {"2x", processors}, {"1025", processors},
+               {"99999999999999999999999", processors}};
+  for (const auto& [text, expected] : cases) {
+    setenv("ZELSOLVER_NUM_THREADS", text, 1);
+    EXPECT_EQ(GetNumThreads(), expected) << text;
+  }
+  setenv("ZELSOLVER_NUM_THREADS", "3", 1);
+  SetNumThreads(5);
+  EXPECT_EQ(GetNumThreads(), 5u);
+  SetNumThreads(0);
+  EXPECT_EQ(GetNumThreads(), 3u);
+  unsetenv("ZELSOLVER_NUM_THREADS");
+  EXPECT_EQ(GetNumThreads(), processors);
+}
+
+}  // namespace
