@@ -7,6 +7,7 @@
 #include "metamodel/ordinary_kriging_settings.h"
 #include "model_text.h"
 #include "text_table.h"
+#include "training/candidate.h"
 
 #include <algorithm>
 #include <cmath>
@@ -44,6 +45,8 @@ Candidate MakeCandidate(const SubspaceResults& results, const std::vector<std::w
   const BitVector interactions = settings.GetInteractionSelection();
   candidate.interactions =
       std::find(interactions.begin(), interactions.end(), true) != interactions.end();
+  candidate.ridge = candidate.family == "Linear Regression" &&
+                    results.model_type == corvath::training::kRidgeNumber;
   candidate.box_cox =
       settings.GetValueTransform() == corvath::math::transform::TransformType::kBoxCox;
   const BitVector bits = settings.GetVariableSelection();
@@ -81,6 +84,7 @@ std::string ModelText(const Candidate& candidate) {
   std::string text = candidate.family;
   if (candidate.order > 0) text += " of order " + std::to_string(candidate.order);
   if (candidate.interactions) text += " with interactions";
+  if (candidate.ridge) text += ", ridge";
   if (candidate.box_cox) text += ", Box-Cox";
   return text;
 }
@@ -140,6 +144,7 @@ Json::Value CandidatesJson(const std::vector<Candidate>& candidates) {
     json["family"] = candidate.family;
     json["order"] = static_cast<Json::UInt64>(candidate.order);
     json["interactions"] = candidate.interactions;
+    json["ridge"] = candidate.ridge;
     json["box_cox"] = candidate.box_cox;
     json["inputs"] = Json::Value(Json::arrayValue);
     for (const std::string& input : candidate.inputs) json["inputs"].append(input);

@@ -16,6 +16,7 @@ struct Candidate {
   std::string family;  ///< "Linear Regression" for example
   std::uint64_t order = 0;
   bool interactions = false;
+  bool ridge = false;  ///< penalised coefficients
   bool box_cox = false;
   std::vector<std::string> inputs;
   double cop = 0.0;

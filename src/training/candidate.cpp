@@ -242,10 +242,11 @@ double EffectiveCoefficients(double cod, double cop, Eigen::Index n) {
   return std::clamp(most * (1.0 - std::sqrt(ratio)), 1.0, most);
 }
 
-SubspaceResults Judge(const SurrogateBase& model, Family family, const ResponseData& data,
-                      const Eigen::VectorXd& predicted) {
+SubspaceResults Judge(const SurrogateBase& model, const CandidateForm& form,
+                      const ResponseData& data, const Eigen::VectorXd& predicted) {
   SubspaceResults results;
-  results.model_type = static_cast<ModelType::eModelType>(family);
+  results.model_type = static_cast<ModelType::eModelType>(
+      form.ridge ? kRidgeNumber : static_cast<std::int32_t>(form.family));
   results.settings.reset(model.GetSettingsBase().Clone());
   const Eigen::Index n = data.values.size();
   const std::uint64_t num_coefficients = model.GetNumberCoefficients();

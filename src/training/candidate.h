@@ -23,6 +23,9 @@ enum class Family : std::int32_t {
   kAnisotropicKriging = 3
 };
 
+/// The number that is stored with ridge regressions, whose settings are those of least squares.
+constexpr std::int32_t kRidgeNumber = 4;
+
 /// A model before it has inputs.
 struct CandidateForm {
   Family family;
@@ -81,8 +84,9 @@ FittedForm FitForm(const CandidateForm& form,
 
 /// The figures of a built model with these cross-validated predictions, single CoPs and what is told
 /// of test data excepted.
-math::metamodel::SubspaceResults Judge(const math::metamodel::SurrogateBase& model, Family family,
-                                       const ResponseData& data, const Eigen::VectorXd& predicted);
+math::metamodel::SubspaceResults Judge(const math::metamodel::SurrogateBase& model,
+                                       const CandidateForm& form, const ResponseData& data,
+                                       const Eigen::VectorXd& predicted);
 
 /// Coefficients that a model with these residuals of its own (`cod` of the variance explained) and
 /// of cross-validation (`cop`) makes use of, n (1 - sqrt((1 - cod) / (1 - cop))): generalised

@@ -247,7 +247,7 @@ void CandidateTrials::Fit(const Trial& trial) {
       CloseHoles(model, probes_.Of(trial.subspace));
       fitted.predicted = model.ApproximateCrossValidation(data_.groups);
     }
-    Candidate candidate{form, trial.subspace, Judge(model, form.family, data_, fitted.predicted),
+    Candidate candidate{form, trial.subspace, Judge(model, form, data_, fitted.predicted),
                         fitted.penalty, std::move(fitted.predicted)};
     candidate.complexity = Complexity(form, candidate.results, data_.values.size());
     if (std::isfinite(GetScore(candidate))) candidates_.push_back(std::move(candidate));

@@ -133,7 +133,7 @@ ChosenModel RunLargeCompetition(const ResponseData& data,
   chosen.model = fit.model;
   chosen.text = text;
   const ResponseData own = RowsOf(data, fit.rows);
-  chosen.results = Judge(*fit.model, winner.form.family, own, fit.predicted);
+  chosen.results = Judge(*fit.model, winner.form, own, fit.predicted);
   chosen.results.CoDtest = std::max(0.0, Determination(data.values, predicted));
   observer(L"Importance of the inputs", 0.95);
   chosen.results.singleCoPs = trials.ComputeSingleCoPs(winner, *trials.Build(winner));
