@@ -35,8 +35,8 @@ class RestrictedLikelihood {
         num_radii_(is_anisotropic ? points.cols() : 1) {
     // A radius D weighs 0.001 at the distance D: D^2 = -2 ln(0.001) l^2.
     const double of_scale = std::sqrt(-2.0 * std::log(0.001));
-    prior_mean_ = std::sqrt(2.0) + 0.5 * std::log(static_cast<double>(points.cols())) +
-                  std::log(of_scale);
+    prior_mean_ =
+        std::sqrt(2.0) + 0.5 * std::log(static_cast<double>(points.cols())) + std::log(of_scale);
   }
 
   Eigen::Index GetNumber() const { return 1 + num_radii_; }
@@ -87,8 +87,8 @@ class RestrictedLikelihood {
     gradient->tail(num_radii_).setZero();
     for (Eigen::Index j = 0; j < points_.cols(); ++j) {
       // sum of H_ab (x_a - x_b)^2
-      const double sum = 2.0 * (sums.dot(points_.col(j).cwiseAbs2()) -
-                                points_.col(j).dot(product.col(j)));
+      const double sum =
+          2.0 * (sums.dot(points_.col(j).cwiseAbs2()) - points_.col(j).dot(product.col(j)));
       (*gradient)(1 + (num_radii_ > 1 ? j : 0)) += theta_(j) * sum;
     }
     for (Eigen::Index k = 1; k < x.size(); ++k)

@@ -15,12 +15,13 @@ StandardTerms::StandardTerms(const ConstPoints& points, const BitVector& main,
   const Eigen::Index n = points.rows();
   const Eigen::Index m = points.cols();
   const auto pairs = static_cast<std::size_t>(m * (m - 1) / 2);
-  if (main.size() % static_cast<std::size_t>(m) != 0 || main.size() / static_cast<std::size_t>(m) > 2 ||
+  if (main.size() % static_cast<std::size_t>(m) != 0 ||
+      main.size() / static_cast<std::size_t>(m) > 2 ||
       !(interactions.empty() || interactions.size() == pairs))
     throw std::logic_error("StandardTerms: these terms are not of order 1 or 2");
   centre_ = points.colwise().mean();
-  spread_ = ((points.rowwise() - centre_).colwise().squaredNorm() / static_cast<double>(n))
-                .cwiseSqrt();
+  spread_ =
+      ((points.rowwise() - centre_).colwise().squaredNorm() / static_cast<double>(n)).cwiseSqrt();
   linear_.assign(static_cast<std::size_t>(m), -1);
   for (std::size_t t = 0; t < main.size(); ++t) {
     if (!main[t]) continue;
@@ -86,7 +87,7 @@ RidgeSolver::RidgeSolver(const Eigen::MatrixXd& design, const Eigen::VectorXd& v
     : mean_(values.mean()), values_(values.array() - mean_) {
   left_.resize(design.rows(), 0);
   right_.resize(design.cols(), 0);
-  if (design.size() == 0) return;  // the mean alone
+  if (design.size() == 0) return;       // the mean alone
   constexpr double kDependent = 1e-13;  // of the largest eigenvalue
   const bool is_tall = design.rows() >= design.cols();
   Eigen::MatrixXd gram;
@@ -127,8 +128,7 @@ double RidgeSolver::GetDegreesOfFreedom(double penalty) const {
 Eigen::VectorXd RidgeSolver::CrossValidate(double penalty, const IndexVector& groups) const {
   const Eigen::ArrayXd shrinkage = Shrinkage(penalty);
   const Eigen::MatrixXd half = left_ * shrinkage.sqrt().matrix().asDiagonal();
-  const Eigen::VectorXd residuals =
-      values_ - left_ * (projected_.array() * shrinkage).matrix();
+  const Eigen::VectorXd residuals = values_ - left_ * (projected_.array() * shrinkage).matrix();
   std::map<std::uint64_t, std::vector<Eigen::Index>> members;
   for (Eigen::Index i = 0; i < groups.size(); ++i) members[groups(i)].push_back(i);
   const double of_constant = 1.0 / static_cast<double>(values_.size());

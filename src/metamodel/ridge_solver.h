@@ -64,10 +64,10 @@ class RidgeSolver {
   Eigen::ArrayXd Shrinkage(double penalty) const;
 
   double mean_;
-  Eigen::VectorXd values_;  ///< N, about their mean
-  Eigen::MatrixXd left_;    ///< U, N x r
-  Eigen::MatrixXd right_;   ///< V, k x r
-  Eigen::ArrayXd squared_;  ///< D^2, r
+  Eigen::VectorXd values_;     ///< N, about their mean
+  Eigen::MatrixXd left_;       ///< U, N x r
+  Eigen::MatrixXd right_;      ///< V, k x r
+  Eigen::ArrayXd squared_;     ///< D^2, r
   Eigen::VectorXd projected_;  ///< U'y
 };
 

@@ -90,9 +90,8 @@ double Adjusted(double determination, Eigen::Index n, std::uint64_t num_coeffici
 Eigen::VectorXd SingleCoPsOfRegression(const LinearRegression& model, const ResponseData& data,
                                        const RidgePenalty* penalty) {
   const auto cop = [&](const LinearRegression& judged) {
-    return Determination(data.values, penalty
-                                          ? judged.CrossValidateRidge(*penalty, data.groups)
-                                          : judged.ApproximateCrossValidation(data.groups));
+    return Determination(data.values, penalty ? judged.CrossValidateRidge(*penalty, data.groups)
+                                              : judged.ApproximateCrossValidation(data.groups));
   };
   const double full = cop(model);
   const BitVector subspace = model.GetVariableSelection();

@@ -78,8 +78,8 @@ struct FittedForm {
 /// @param fit_rows            rows that kriging chooses its radii and nugget from
 /// @param interruption_point  may be empty; may throw to end the fit
 FittedForm FitForm(const CandidateForm& form,
-                   const math::metamodel::SurrogateSettingsBase& settings,
-                   const ResponseData& data, const std::vector<Eigen::Index>& fit_rows,
+                   const math::metamodel::SurrogateSettingsBase& settings, const ResponseData& data,
+                   const std::vector<Eigen::Index>& fit_rows,
                    const std::function<void()>& interruption_point);
 
 /// The figures of a built model with these cross-validated predictions, single CoPs and what is told

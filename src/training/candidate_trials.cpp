@@ -56,8 +56,8 @@ double Complexity(const CandidateForm& form, const math::metamodel::SubspaceResu
   if (form.family == Family::kAnisotropicKriging)
     parameters += 1.0 + static_cast<double>(
                             math::metamodel::CountBits(results.settings->GetVariableSelection()));
-  return parameters + std::min(EffectiveCoefficients(results.CoD, results.CoP, n),
-                               0.5 * static_cast<double>(n));
+  return parameters +
+         std::min(EffectiveCoefficients(results.CoD, results.CoP, n), 0.5 * static_cast<double>(n));
 }
 
 std::wstring TextOf(const CandidateForm& form, const BitVector& subspace) {
@@ -158,7 +158,8 @@ void CandidateTrials::Try(const std::vector<BitVector>& subspaces, double begin,
   for (const Costs family : kAll) {
     const bool is_cheap = family == Costs::kRegression;
     is_limited = false;
-    const auto trials = Plan(family, is_cheap ? subspaces : MostPromisingFirst(subspaces), is_limited);
+    const auto trials =
+        Plan(family, is_cheap ? subspaces : MostPromisingFirst(subspaces), is_limited);
     if (is_limited) limited_[family] = NameOf(family);
     for (const Trial& trial : trials) {
       text_ = TextOf(trial.form, trial.subspace);
@@ -173,8 +174,9 @@ void CandidateTrials::Try(const std::vector<BitVector>& subspaces, double begin,
 }
 
 /// The forms of a family over the first of `subspaces`, as many as the budget allows.
-std::vector<CandidateTrials::Trial> CandidateTrials::Plan(
-    Costs family, const std::vector<BitVector>& subspaces, bool& is_limited) const {
+std::vector<CandidateTrials::Trial> CandidateTrials::Plan(Costs family,
+                                                          const std::vector<BitVector>& subspaces,
+                                                          bool& is_limited) const {
   constexpr double kShare = 0.3;  // of the budget, for one family
   std::vector<Trial> trials;
   const auto n = static_cast<double>(data_.values.size());
@@ -238,8 +240,7 @@ void CandidateTrials::Fit(const Trial& trial) {
   const CandidateForm& form = trial.form;
   try {
     if (form.box_cox && form.family != Family::kRegression && IsNeutral(trial)) return;
-    FittedForm fitted =
-        FitForm(form, *trial.settings, data_, fit_rows_, [this] { Observe(); });
+    FittedForm fitted = FitForm(form, *trial.settings, data_, fit_rows_, [this] { Observe(); });
     if (!fitted.model) return;
     SurrogateBase& model = *fitted.model;
     if (form.box_cox && !model.GetSettingsBase().HasBoxCoxParameter()) return;

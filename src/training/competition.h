@@ -19,8 +19,7 @@ class Competition {
  public:
   /// Refers to its arguments, the forms excepted.
   Competition(const ResponseData& data, const math::metamodel::ZELSettings& settings,
-              std::vector<CandidateForm> forms, double budget,
-              const CompetitionObserver& observer);
+              std::vector<CandidateForm> forms, double budget, const CompetitionObserver& observer);
 
   /// The best sound candidate of each form, the constant first; valid as long as the competition. Of
   /// those that are nearly as good as the one of the highest score, the one of the fewest inputs. Without a sound candidate at all soundness does not count.
@@ -38,8 +37,8 @@ class Competition {
   template <class Admits, class Rank>
   std::size_t First(const Admits& admits, const Rank& rank, bool needs_sound);
   std::vector<math::metamodel::BitVector> ProposeByLeaders();
-  std::vector<math::metamodel::BitVector> Without(const Candidate& leader,
-                                                  const math::metamodel::SurrogateBase& model) const;
+  std::vector<math::metamodel::BitVector> Without(
+      const Candidate& leader, const math::metamodel::SurrogateBase& model) const;
   std::vector<math::metamodel::BitVector> With(const Candidate& leader) const;
 
   const ResponseData& data_;

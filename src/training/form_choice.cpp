@@ -43,9 +43,9 @@ std::size_t ChooseForm(const std::vector<const Candidate*>& finalists,
   for (std::size_t k = 1; k < finalists.size(); ++k)
     if (std::isfinite(total(k))) forms.push_back(k);
   const auto keep = [&](const auto& predicate) {
-    forms.erase(std::remove_if(forms.begin(), forms.end(),
-                               [&](std::size_t k) { return !predicate(k); }),
-                forms.end());
+    forms.erase(
+        std::remove_if(forms.begin(), forms.end(), [&](std::size_t k) { return !predicate(k); }),
+        forms.end());
   };
   const auto best_of = [&] {
     return *std::min_element(forms.begin(), forms.end(),
@@ -64,8 +64,8 @@ std::size_t ChooseForm(const std::vector<const Candidate*>& finalists,
   keep([&](std::size_t k) {
     return k == best || IsWithin(column(k), column(best), correction * kNearlyEqual);
   });
-  const std::size_t winner = *std::min_element(
-      forms.begin(), forms.end(), [&](std::size_t a, std::size_t b) {
+  const std::size_t winner =
+      *std::min_element(forms.begin(), forms.end(), [&](std::size_t a, std::size_t b) {
         return finalists[a]->complexity < finalists[b]->complexity;
       });
   return IsWithin(column(0), column(winner), correction * kNearlyEqual) ? 0 : winner;

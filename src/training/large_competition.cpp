@@ -61,8 +61,8 @@ Fit FitToMany(const Candidate& winner, const Rows& competed, const ResponseData&
   if (winner.form.family == Family::kMovingLeastSquares)
     fit.rows = competed;
   else
-    fit.rows = SpreadRows(data.points,
-                          IsKriging(winner.form.family) ? kMostKriging : kMostRegression);
+    fit.rows =
+        SpreadRows(data.points, IsKriging(winner.form.family) ? kMostKriging : kMostRegression);
   const ResponseData some = RowsOf(data, fit.rows);
   const auto form = MakeSettings(winner.form, winner.subspace, some, settings);
   FittedForm fitted;
@@ -71,8 +71,8 @@ Fit FitToMany(const Candidate& winner, const Rows& competed, const ResponseData&
     fitted.model->Build();
     fitted.predicted = winner.predicted;
   } else {
-    fitted = FitForm(winner.form, *form, some, SpreadRows(some.points, kFitRows),
-                     interruption_point);
+    fitted =
+        FitForm(winner.form, *form, some, SpreadRows(some.points, kFitRows), interruption_point);
   }
   fit.model = fitted.model;
   fit.penalty = fitted.penalty;
@@ -81,7 +81,8 @@ Fit FitToMany(const Candidate& winner, const Rows& competed, const ResponseData&
 }
 
 /// The finalist that wins by predictions at `judged` beside those of its own cross-validation.
-const Candidate& ChooseByAll(CandidateTrials& trials, const std::vector<const Candidate*>& finalists,
+const Candidate& ChooseByAll(CandidateTrials& trials,
+                             const std::vector<const Candidate*>& finalists,
                              const ResponseData& competed, const ResponseData& judged) {
   const Eigen::Index n = competed.values.size();
   Eigen::VectorXd values(n + judged.values.size());
@@ -112,10 +113,8 @@ ChosenModel RunLargeCompetition(const ResponseData& data,
   const std::vector<const Candidate*> finalists = competition.Run();
   CandidateTrials& trials = competition.GetTrials();
   const Rows others = Without(n, competed);
-  const Rows judged =
-      Pick(others, SpreadRows(data.points(others, Eigen::all), kMostJudged));
-  const Candidate& winner =
-      ChooseByAll(trials, finalists, some, RowsOf(data, judged));
+  const Rows judged = Pick(others, SpreadRows(data.points(others, Eigen::all), kMostJudged));
+  const Candidate& winner = ChooseByAll(trials, finalists, some, RowsOf(data, judged));
 
   const std::wstring text = Describe(winner.form);
   const Fit fit = FitToMany(winner, competed, data, settings,
@@ -144,10 +143,10 @@ ChosenModel RunLargeCompetition(const ResponseData& data,
   const auto of_all = [&](Eigen::Index count) {
     return std::to_wstring(count) + L" of " + std::to_wstring(n) + L" designs";
   };
-  chosen.limits.push_back(
-      L"the models competed on " + of_all(some.values.size()) +
-      L" that stand for all, since kriging and local models bear no more, and the best of each form "
-      L"were judged on the others, too.");
+  chosen.limits.push_back(L"the models competed on " + of_all(some.values.size()) +
+                          L" that stand for all, since kriging and local models bear no more, and "
+                          L"the best of each form "
+                          L"were judged on the others, too.");
   if (own.values.size() < n)
     chosen.limits.push_back(L"the model was fitted to " + of_all(own.values.size()) +
                             L", and its CoP is that at all.");

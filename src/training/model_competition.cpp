@@ -99,8 +99,7 @@ std::vector<FormForecast> PredictByEachForm(const ResponseData& data,
   if (!IsConstantColumn(data.values)) {
     Competition competition(data, settings, AllowedForms(settings), budget, observer);
     for (const Candidate* best : competition.Run())
-      forecasts.push_back(
-          {best->form, competition.GetTrials().Build(*best)->Approximate(points)});
+      forecasts.push_back({best->form, competition.GetTrials().Build(*best)->Approximate(points)});
   } else {
     forecasts.push_back(
         {kConstantForm, Eigen::VectorXd::Constant(points.rows(), data.values.mean())});
@@ -158,8 +157,8 @@ Eigen::VectorXd PredictByChoice(const HonestForecasts& honest, const Eigen::Matr
                                 const std::vector<const Candidate*>& finalists) {
   Eigen::VectorXd predicted(errors.rows());
   for (std::size_t g = 0; g < honest.members.size(); ++g) {
-    const std::size_t form = ChooseForm(finalists, errors(honest.WithoutGroup(g), Eigen::all),
-                                        honest.members.size());
+    const std::size_t form =
+        ChooseForm(finalists, errors(honest.WithoutGroup(g), Eigen::all), honest.members.size());
     for (const Eigen::Index row : honest.members[g])
       predicted(row) = honest.predicted(row, static_cast<Eigen::Index>(form));
   }
@@ -194,9 +193,8 @@ ChosenModel ChooseAmongAll(const ResponseData& data, const TrainSettings& settin
   const Eigen::MatrixXd errors = SquaredErrors(data.values, honest.predicted);
   const std::size_t winner = ChooseForm(finalists, errors, num_groups);
   ChosenModel chosen = Finish(competition.GetTrials(), *finalists[winner], data);
-  const Eigen::VectorXd predicted =
-      winner == 0 ? Eigen::VectorXd(honest.predicted.col(0))
-                  : PredictByChoice(honest, errors, finalists);
+  const Eigen::VectorXd predicted = winner == 0 ? Eigen::VectorXd(honest.predicted.col(0))
+                                                : PredictByChoice(honest, errors, finalists);
   chosen.results.CoDtest = std::max(0.0, Determination(data.values, predicted));
   chosen.model->SetErrors(data.values - predicted, honest.groups);
   return chosen;

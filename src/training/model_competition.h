@@ -20,7 +20,7 @@ struct ChosenModel {
   std::wstring text;                                        ///< family, order and transform
   math::metamodel::SubspaceResults results;  ///< as a candidate; CoDtest is the CoP to be told
   std::vector<math::metamodel::SubspaceResults> tried;  ///< all candidates in the order of trial
-  std::vector<Eigen::Index> rows;  ///< of the data: the model's support points
+  std::vector<Eigen::Index> rows;                       ///< of the data: the model's support points
   /// Families that could not be fitted to all rows: "Isotropic Kriging was fitted to 2000 of ...".
   std::vector<std::wstring> limits;
 

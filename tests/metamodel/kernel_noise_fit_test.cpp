@@ -40,9 +40,9 @@ double ObjectiveByFormula(const Eigen::MatrixXd& points, const Eigen::VectorXd& 
   const double mean = ones.dot(inverse * values) / information;
   const Eigen::VectorXd rest = values.array() - mean;
   const double variance = rest.dot(inverse * rest) / static_cast<double>(n - 1);
-  double objective = 0.5 * (static_cast<double>(n - 1) * std::log(variance) +
-                            c.llt().matrixLLT().diagonal().array().log().sum() * 2.0 +
-                            std::log(information));
+  double objective =
+      0.5 * (static_cast<double>(n - 1) * std::log(variance) +
+             c.llt().matrixLLT().diagonal().array().log().sum() * 2.0 + std::log(information));
   const double prior = std::sqrt(2.0) + 0.5 * std::log(static_cast<double>(r));
   for (const double radius : radii) {
     const double scale = std::log(radius / std::sqrt(-2.0 * std::log(0.001)));

@@ -31,7 +31,8 @@ LinearRegressionSettings QuadraticSettings(std::size_t m) {
 }
 
 TEST(RidgeSolver, MatchesLeastSquaresWithAugmentedRowsAndRefitsWithoutEachGroup) {
-  for (const auto& [n, m] : {std::pair{40, 3}, std::pair{12, 5}}) {  // fewer and more terms than rows
+  for (const auto& [n, m] :
+       {std::pair{40, 3}, std::pair{12, 5}}) {  // fewer and more terms than rows
     const Eigen::MatrixXd points = support::UniformPoints(n, m, 3);
     const Eigen::VectorXd values =
         points.rowwise().sum().array().sin() + support::UniformVector(n, 4).array();
@@ -53,8 +54,8 @@ TEST(RidgeSolver, MatchesLeastSquaresWithAugmentedRowsAndRefitsWithoutEachGroup)
       for (std::uint64_t group = 0; group < 4; ++group) {
         std::vector<Eigen::Index> own, others;
         for (Eigen::Index i = 0; i < n; ++i) (groups(i) == group ? own : others).push_back(i);
-        const Eigen::VectorXd refit = FitByAugmentedRows(
-            design(others, Eigen::all), values(others), weight);
+        const Eigen::VectorXd refit =
+            FitByAugmentedRows(design(others, Eigen::all), values(others), weight);
         for (const Eigen::Index i : own)
           EXPECT_NEAR(predicted(i), refit(0) + design.row(i).dot(refit.tail(design.cols())), 1e-7);
       }

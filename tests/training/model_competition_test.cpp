@@ -82,8 +82,7 @@ TEST(ModelCompetition, LocalErrorsAreThoseOfTheWholeChoice) {
   const ResponseData data = DataOf(support::LatinHypercubeSample(Function("Friedman 1"), 60, 3));
   const ChosenModel chosen = Compete(data);
   const Eigen::VectorXd& residuals = chosen.model->GetResiduals();
-  EXPECT_NEAR(chosen.GetCoP(),
-              Determination(data.values, data.values - residuals), 1e-12);
+  EXPECT_NEAR(chosen.GetCoP(), Determination(data.values, data.values - residuals), 1e-12);
   EXPECT_LT(chosen.GetCoP(), 1.0);
   EXPECT_GT(residuals.squaredNorm(),
             (data.values - chosen.model->ApproximateSupportPoints()).squaredNorm());
@@ -107,8 +106,8 @@ TEST(ModelCompetition, MoreRowsThanKrigingBearsLoseNothing) {
   // The noise leaves 1 - 0.01 / var(y) to be explained.
   constexpr Eigen::Index kRows = 6000;
   const Eigen::MatrixXd points = support::UniformPoints(kRows, 5, 9);
-  const Eigen::ArrayXd noise = support::UniformVector(kRows, 10).unaryExpr(
-      [](double p) { return math::NormalQuantile(p); });
+  const Eigen::ArrayXd noise =
+      support::UniformVector(kRows, 10).unaryExpr([](double p) { return math::NormalQuantile(p); });
   const Eigen::VectorXd values = (6.0 * points.col(0)).array().sin() * points.col(1).array() +
                                  points.col(2).array().square() + 0.1 * noise;
   const double most = 1.0 - 0.01 / ((values.array() - values.mean()).square().mean());

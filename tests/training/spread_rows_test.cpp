@@ -19,9 +19,8 @@ TEST(SpreadRows, StandForAllWherePointsAreDenseAndWhereTheyAreThin) {
   EXPECT_TRUE(std::is_sorted(rows.begin(), rows.end()));
   EXPECT_EQ(std::adjacent_find(rows.begin(), rows.end()), rows.end());
   for (const double limit : {0.25, 0.5, 0.75}) {
-    const auto below = std::count_if(rows.begin(), rows.end(), [&](Eigen::Index row) {
-      return points(row, 0) < limit;
-    });
+    const auto below = std::count_if(rows.begin(), rows.end(),
+                                     [&](Eigen::Index row) { return points(row, 0) < limit; });
     // A random choice deviates by 8 rows (sd) at 0.5.
     EXPECT_NEAR(static_cast<double>(below), 400.0 * limit * limit, 12.0) << limit;
   }
