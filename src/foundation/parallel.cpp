@@ -180,9 +180,10 @@ void ParallelFor(std::size_t count, std::size_t grain,
                  const std::function<void(std::size_t begin, std::size_t end)>& body) {
   if (count == 0) return;
   grain = std::max<std::size_t>(grain, 1);
-  RunBlocks((count - 1) / grain + 1, /*one_by_one=*/false, [&](std::size_t first, std::size_t last) {
-    body(first * grain, last > (count - 1) / grain ? count : last * grain);
-  });
+  RunBlocks((count - 1) / grain + 1, /*one_by_one=*/false,
+            [&](std::size_t first, std::size_t last) {
+              body(first * grain, last > (count - 1) / grain ? count : last * grain);
+            });
 }
 
 void ParallelTasks(std::size_t count, const std::function<void(std::size_t i)>& body) {

@@ -66,7 +66,8 @@ class ZELSolver {
   using LogPointer = boost::shared_ptr<utils::LogBase>;
   using Bounds = algorithm::datatypes::InputBounds;
   using CriteriaList = std::vector<std::pair<std::wstring, Criterion>>;
-  /// A quantity of one response at designs: n x r for n designs.
+  /// A quantity of one response at designs: n x r for n designs, each row from its own design.
+  /// Called for ranges of the designs, also from several threads at once.
   using Evaluator = std::function<Eigen::MatrixXd(const VRDB&, const std::wstring& response,
                                                   const SurrogatePointer&, const ConstPoints&)>;
 
@@ -218,8 +219,7 @@ class ZELSolver {
                     const Bounds& data_bounds) const;
   std::wstring FindViolation(const ConstPoints& matrix, ExtrapolationType type);
 
-  bool ApproximateOutput(const Output& output, const ConstPoints& matrix, std::size_t n,
-                         double* values);
+  std::wstring ApproximateOutput(const Output& output, const ConstPoints& matrix, double* values);
   std::vector<bool> ApproximateOutputs(const ConstPoints& matrix, std::size_t n, double* responses);
   algorithm::datatypes::EntrySequence GetResponses(std::size_t design, std::size_t n,
                                                    const double* responses,
