@@ -5,6 +5,8 @@
 #include "solver/solver_provider.h"
 #include "solver/zel_solver.h"
 
+#include <pthread.h>
+
 #include <atomic>
 #include <cstring>
 #include <mutex>
@@ -69,6 +71,20 @@ const char* GetLastError() noexcept {
 
 ZELSolverProvider& GetSolverProvider() {
   static ZELSolverProvider provider;
+  static const int has_handlers = pthread_atfork(
+      [] {
+        provider.BeforeFork();
+        process_error.mutex.lock();
+      },
+      [] {
+        process_error.mutex.unlock();
+        provider.AfterForkInParent();
+      },
+      [] {
+        process_error.mutex.unlock();
+        provider.AfterForkInChild();
+      });
+  static_cast<void>(has_handlers);
   return provider;
 }
 

@@ -76,6 +76,28 @@ void ZELSolverProvider::Clear() {
   closed.swap(solvers_);
 }
 
+void ZELSolverProvider::BeforeFork() {
+  mutex_.lock();
+  ZELSolver::GetNamesMutex().lock();
+}
+
+void ZELSolverProvider::AfterForkInParent() {
+  ZELSolver::GetNamesMutex().unlock();
+  mutex_.unlock();
+}
+
+void ZELSolverProvider::AfterForkInChild() {
+  for (auto slot = solvers_.begin(); slot != solvers_.end();) {
+    if (slot->second->entry) {
+      ++slot;
+      continue;
+    }
+    new std::shared_ptr<Slot>(slot->second);  // a mutex that no thread will unlock stays for good
+    slot = solvers_.erase(slot);
+  }
+  AfterForkInParent();
+}
+
 ZELSolverProvider::SolverEntry ZELSolverProvider::Open(const std::wstring& path, bool sign,
                                                        bool allow_missing_models) {
   SolverEntry entry;

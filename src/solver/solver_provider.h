@@ -45,6 +45,12 @@ class ZELSolverProvider {
   /// Closes all solvers; those that calls still use when these end.
   void Clear();
 
+  /// Around fork(): the child gets the registry between two uses of it. What other threads were
+  /// opening it opens by itself when it needs it.
+  void BeforeFork();
+  void AfterForkInParent();
+  void AfterForkInChild();
+
  private:
   struct SolverKey {
     std::wstring path;  ///< with its separators brought to one form

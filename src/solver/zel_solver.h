@@ -108,6 +108,8 @@ class ZELSolver {
   /// criteria; the status code 7 marks it as built here.
   const Design& GetReferenceDesign();
   VRDB& GetProject() { return vrdb_; }
+  /// What threads may share of solvers, for handlers of fork().
+  static std::mutex& GetNamesMutex() { return names_mutex_; }
   const std::wstring& GetPath() const { return path_; }
 
   /// Looks for the first value out of bounds, design by design. The tolerance is 1e-8; NaN is never
@@ -235,7 +237,8 @@ class ZELSolver {
   std::optional<CriterionSequence> criteria_templates_;
   ParameterManager model_parameters_;  ///< the inputs of the models, known after Initialize
   bool allow_missing_models_;
-  std::mutex names_mutex_;  ///< guards the caches while they are filled
+  /// Guards the caches while they are filled. One for all solvers, so that a fork can wait for it.
+  inline static std::mutex names_mutex_;
   std::optional<std::vector<std::wstring>> input_names_;
   std::optional<std::vector<std::wstring>> output_names_;
   std::optional<CriteriaList> criteria_;
