@@ -75,8 +75,11 @@
  * buffer each for solutions, CoP values, filtered states, and bounds: never free it. It lives until
  * the next call that fills the same buffer, whether that succeeds or not, or dzel2_cleanup().
  *
- * Threads. The functions share the open projects, the buffers and the last error without a lock:
- * a program with several threads must let one call end before it makes the next.
+ * Threads. Any function may be called from any thread at any time, dzel2_cleanup() included: a call
+ * that has begun finishes on the project that it began with. Each thread has its own buffers, and
+ * reads the error of its own last call if that failed, otherwise that of the process's last call.
+ * Calls on 1000 designs or more use all processors, or as many threads as the environment variable
+ * ZELSOLVER_NUM_THREADS says (1 to 1024) when the call begins.
  */
 
 #if defined(_WIN32)

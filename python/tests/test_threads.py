@@ -3,6 +3,7 @@
 import concurrent.futures
 import gc
 import multiprocessing
+import os
 import shutil
 import threading
 
@@ -46,7 +47,25 @@ def test_threads_share_projects(plate, truss):
             result.result()
 
 
-def test_closing_waits_for_the_call_of_another_thread():
+def test_the_number_of_threads_is_set_for_calls_to_come():
+    areas = truss_designs(3000)
+    with zelsolver.Project(SAMPLE) as project:
+        try:
+            solutions = []
+            for number in (1, 2, None):
+                zelsolver.set_num_threads(number)
+                assert os.environ.get("ZELSOLVER_NUM_THREADS") == (number and str(number))
+                solutions.append(project.solve(areas, criteria=False)["mass"])
+            for wrong in (0, -1, 1.5, 1025, float("nan")):
+                with pytest.raises(ValueError):
+                    zelsolver.set_num_threads(wrong)
+        finally:
+            zelsolver.set_num_threads()
+    for solution in solutions:
+        np.testing.assert_array_equal(solution, solutions[0])
+
+
+def test_closing_lets_the_call_of_another_thread_finish():
     areas = truss_designs(2000)
     project = zelsolver.Project(SAMPLE)
     expected = project.solve(areas, criteria=False)["mass"]

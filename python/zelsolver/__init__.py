@@ -13,7 +13,7 @@ ZELSOLVER_LIBRARY names another copy of it.
 from .errors import (BoundsError, ClosedError, InputError, LibraryNotFoundError, ModelError,
                      ProjectError, ProjectNotFoundError, SignatureError, UnknownNameError, ZelError)
 from .handle import file_hash
-from .library import library_version
+from .library import library_version, set_num_threads
 from .project import Project
 from .results import Bounds, LocalErrors, NamedArrays, Solution
 
@@ -23,4 +23,5 @@ __all__ = [
     "Bounds", "BoundsError", "ClosedError", "InputError", "LibraryNotFoundError", "LocalErrors",
     "ModelError", "NamedArrays", "Project", "ProjectError", "ProjectNotFoundError",
     "SignatureError", "Solution", "UnknownNameError", "ZelError", "file_hash", "library_version",
+    "set_num_threads",
 ]

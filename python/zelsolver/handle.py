@@ -149,16 +149,23 @@ class Handle:
                 raise _explained(self.path, error) from None
         self._encoded = self._spelling.encode()
         self._closed = False
+        self._released = False
+        #: One entry for each call that runs; appending and popping need no lock.
+        self._calls: Deque[None] = collections.deque()
 
     @property
     def closed(self) -> bool:
         return self._closed
 
     def close(self) -> None:
-        """Waits for a call that runs. May be repeated."""
+        """Calls that run finish, and the last of them releases the file. May be repeated."""
+        self._closed = True
+        self._release()
+
+    def _release(self) -> None:
         with self.library.lock:
-            if not self._closed:
-                self._closed = True
+            if not self._calls and not self._released:
+                self._released = True
                 _open_files.close(self.library, self._spelling)
 
     def close_with(self, owner: object) -> None:
@@ -170,7 +177,7 @@ class Handle:
         next opening or closing does the work."""
         if self._closed:
             return
-        self._closed = True
+        self._closed = self._released = True
         _open_files.dropped.append(self._spelling)
         if self.library.lock.acquire(blocking=False):
             try:
@@ -181,24 +188,25 @@ class Handle:
     def call(self, name: str, *arguments: Any) -> None:
         """Calls the `_hash` form of `name`, with this project's path before the arguments and its
         hash behind them. Raises ZelError with the library's text, ClosedError, MemoryError."""
-        with self.library.lock:
-            self._call(name, *arguments)
+        self._calls.append(None)  # before the look at _closed: closing looks the other way round
+        try:
+            self.check_open()
+            self.library.call(name + "_hash", self._encoded, *arguments, self._hash)
+        finally:
+            self._calls.pop()
+            if self._closed:
+                self._release()
 
     def names(self, selector: int) -> Tuple[str, ...]:
         """The names of inputs, outputs or criteria. Raises as call()."""
         count, block = ctypes.c_uint(), ctypes.c_void_p()
-        with self.library.lock:
-            self._call("dzel2_getDimensions", selector, ctypes.addressof(count), 1)
-            self._call("dzel2_getNames", selector, ctypes.addressof(block))
-            return self.library.take_names(block, count.value)
+        self.call("dzel2_getDimensions", selector, ctypes.addressof(count), 1)
+        self.call("dzel2_getNames", selector, ctypes.addressof(block))
+        return self.library.take_names(block, count.value)
 
     def check_open(self) -> None:
         if self._closed:
             raise ClosedError(f"{self.path}: the project is closed")
-
-    def _call(self, name: str, *arguments: Any) -> None:
-        self.check_open()  # under the lock: another thread may have closed it meanwhile
-        self.library.call(name + "_hash", self._encoded, *arguments, self._hash)
 
 
 def file_hash(path: Path) -> str:

@@ -1,4 +1,4 @@
-"""Finds and loads the shared library, and calls it one thread at a time."""
+"""Finds and loads the shared library, and calls it."""
 
 from __future__ import annotations
 
@@ -13,6 +13,8 @@ from .errors import LibraryNotFoundError, ZelError
 
 #: Names the library to load, a path; no other place is searched then.
 ENVIRONMENT_VARIABLE = "ZELSOLVER_LIBRARY"
+
+_THREADS_VARIABLE = "ZELSOLVER_NUM_THREADS"
 
 _FILE_NAME = "libzelsolver.so.1"
 
@@ -48,11 +50,10 @@ _PROTOTYPES: Dict[str, Tuple[Any, List[Any]]] = {
 
 
 class Library:
-    """The loaded library and the lock that its calls share.
+    """The loaded library, which any thread may call at any time.
 
-    The interpreter's own lock is free while a call runs, and the library has none: its last error
-    and its table of open projects belong to the whole process. So `lock` is held around each call
-    together with the reading of its error text.
+    A call that failed is followed by the query of its text on the same thread, which finds its own.
+    `lock` guards what is known here about the projects that are open, not the calls.
     """
 
     def __init__(self, path: str) -> None:
@@ -69,7 +70,7 @@ class Library:
             function.restype, function.argtypes = result, arguments
         self.path = path
         self.lock = threading.Lock()
-        # A forked child gets the library between two calls, and the lock free.
+        # A forked child gets the lock free, and the bookkeeping between two changes.
         os.register_at_fork(before=self.lock.acquire, after_in_parent=self.lock.release,
                             after_in_child=self.lock.release)
 
@@ -79,7 +80,7 @@ class Library:
         return text.decode()
 
     def call(self, name: str, *arguments: Any) -> None:
-        """One call of a function that returns a status. The caller holds `lock`.
+        """One call of a function that returns a status.
 
         Raises ZelError with the library's text, or MemoryError.
         """
@@ -95,8 +96,7 @@ class Library:
         self._functions.dzel2_cleanup()
 
     def take_names(self, block: c_void_p, count: int) -> Tuple[str, ...]:
-        """The names of a list that the library allocated, which is released. The caller holds
-        `lock`."""
+        """The names of a list that the library allocated, which is released."""
         names = []
         try:
             address = block.value or 0
@@ -145,6 +145,21 @@ def get_library() -> Library:
         if _library is None:
             _library = _find()
         return _library
+
+
+def set_num_threads(number: Optional[int] = None) -> None:
+    """Sets how many threads a prediction of many designs may use: 1 to 1024, None for as many as
+    the process may use processors. It stands in the environment as ZELSOLVER_NUM_THREADS, where the
+    library looks at each call and child processes inherit it. Call it while no prediction runs.
+
+    Raises ValueError for another number.
+    """
+    if number is None:
+        os.environ.pop(_THREADS_VARIABLE, None)
+        return
+    if number != int(number) or not 1 <= number <= 1024:
+        raise ValueError(f"{number!r}: the number of threads must be 1 to 1024")
+    os.environ[_THREADS_VARIABLE] = str(int(number))
 
 
 def library_version() -> str:

@@ -35,8 +35,8 @@ class Project:
     units of the study. Values outside the bounds are refused unless a call extrapolates; NaN
     passes, and what it takes part in is NaN.
 
-    Threads may share a project, but the library runs one call at a time: for more, use processes.
-    A project can be pickled: it is opened again, from the same path.
+    Threads may share a project, and their calls run side by side. A call on many designs uses all
+    processors by itself, see set_num_threads(). A project can be pickled: it is opened again, from the same path.
     """
 
     def __init__(self, path: Path, hash: Optional[str] = None) -> None:

@@ -1,10 +1,16 @@
 #include "api/call_frame.h"
 
+#include "api/thread_state.h"
 #include "foundation/text.h"
 #include "solver/solver_provider.h"
 #include "solver/zel_solver.h"
 
+#include <pthread.h>
+
+#include <atomic>
 #include <cstring>
+#include <mutex>
+#include <new>
 #include <optional>
 
 namespace corvath::zel::api {
@@ -12,34 +18,73 @@ namespace {
 
 constexpr wchar_t kDefaultPath[] = L"zel_tenbar.vrdb";
 
-std::string& LastError() {
-  static std::string text;
-  return text;
+/// The error of the process's last call, for threads whose own last call did not fail.
+struct ProcessError {
+  std::mutex mutex;
+  std::string text;                 ///< guarded by `mutex`
+  std::atomic<bool> is_set{false};  ///< false: `text` is out of date
+};
+ProcessError process_error;
+
+/// Keeps `text`, or as much as memory allows.
+void Keep(const char* text, std::string& last) noexcept {
+  try {
+    last = text;
+  } catch (const std::exception&) {  // no memory for it: what fits in place
+    last.assign(text, std::min(std::strlen(text), last.capacity()));
+  }
 }
 
 }  // namespace
 
 void ClearLastError() noexcept {
-  LastError().clear();
+  if (ThreadState* const own = FindThreadState()) own->error.clear();
+  if (process_error.is_set.load(std::memory_order_relaxed)) process_error.is_set = false;
 }
 
 void SetLastError(const char* text) noexcept {
-  std::string& last = LastError();
+  if (*text == '\0') text = "Unknown error.";  // a failure always has a text
+  {
+    const std::lock_guard<std::mutex> lock(process_error.mutex);
+    Keep(text, process_error.text);
+    process_error.is_set = true;
+  }
   try {
-    last = text;
-    if (last.empty()) last = "Unknown error.";  // a failure always has a text
-  } catch (const std::exception&) {             // no memory for it: what fits in place
-    last.assign(text, std::min(std::strlen(text), last.capacity()));
+    Keep(text, GetThreadState().error);
+  } catch (const std::bad_alloc&) {  // the process's text is left
   }
 }
 
 const char* GetLastError() noexcept {
-  const std::string& last = LastError();
-  return last.empty() ? nullptr : last.c_str();
+  ThreadState* own = FindThreadState();
+  if (own != nullptr && !own->error.empty()) return own->error.c_str();
+  if (!process_error.is_set) return nullptr;
+  try {
+    own = &GetThreadState();
+  } catch (const std::bad_alloc&) {
+    return "std::bad_alloc";
+  }
+  const std::lock_guard<std::mutex> lock(process_error.mutex);
+  Keep(process_error.text.c_str(), own->told);
+  return own->told.c_str();
 }
 
 ZELSolverProvider& GetSolverProvider() {
   static ZELSolverProvider provider;
+  static const int has_handlers = pthread_atfork(
+      [] {
+        provider.BeforeFork();
+        process_error.mutex.lock();
+      },
+      [] {
+        process_error.mutex.unlock();
+        provider.AfterForkInParent();
+      },
+      [] {
+        process_error.mutex.unlock();
+        provider.AfterForkInChild();
+      });
+  static_cast<void>(has_handlers);
   return provider;
 }
 

@@ -16,15 +16,15 @@ class ZELSolver;
 class ZELSolverProvider;
 }  // namespace corvath::zel
 
-/// What all exports share. The concurrency contract of the C interface holds here: one call at a
-/// time, so nothing is locked.
+/// What all exports share. Any of them may run on any thread at any time.
 namespace corvath::zel::api {
 
-/// The process's last-error text.
+/// The text of the last call's failure: of this thread's last call if that failed, otherwise of the
+/// process's last call, as callers see it that take turns on several threads.
 void ClearLastError() noexcept;
 /// Keeps `text`, or as much as memory allows.
 void SetLastError(const char* text) noexcept;
-/// Null when there is none; valid until the next Clear or Set.
+/// Null when there is none; valid until this thread's next Clear, Set or Get.
 const char* GetLastError() noexcept;
 
 /// A failure with a status of its own; any other exception is status 2.
@@ -91,7 +91,7 @@ T* CopyOut(const std::vector<T>& values, T* out, const char* what) {
   return std::copy(values.begin(), values.end(), RequireArray(out, values.size(), what));
 }
 
-/// Hands out a pointer into `buffer`, a process-wide one, after filling it with what `compute`
+/// Hands out a pointer into `buffer`, one of this thread's, after filling it with what `compute`
 /// returns. The buffer is empty while that runs, so that a failing call leaves no old result.
 template <class T, class Compute>
 void FillBuffer(std::vector<T>& buffer, T** out, const char* what, const Compute& compute) {

@@ -27,7 +27,7 @@ int dzel2_free(void* ptr) {
 
 int dzel2_cleanup() {
   return api::Call([] {
-    api::GetResultBuffers().Release();
+    api::ReleaseResultBuffers();
     api::GetSolverProvider().Clear();
   });
 }

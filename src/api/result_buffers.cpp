@@ -1,10 +1,15 @@
 #include "api/result_buffers.h"
 
+#include "api/thread_state.h"
+
 namespace corvath::zel::api {
 
 ResultBuffers& GetResultBuffers() {
-  static ResultBuffers buffers;
-  return buffers;
+  return GetThreadState().buffers;
+}
+
+void ReleaseResultBuffers() noexcept {
+  if (ThreadState* const state = FindThreadState()) state->buffers = ResultBuffers();
 }
 
 }  // namespace corvath::zel::api

@@ -19,12 +19,12 @@ std::size_t GetNumThreads();
 /// Overrides the environment for the whole process; 0 returns to it, more than 1024 is 1024.
 void SetNumThreads(std::size_t count);
 
-/// Calls `body(begin, end)` for consecutive ranges that cover [0, count) once each; all ranges begin
-/// at multiples of `grain`. Up to one grain, and with one thread, that is one call on the caller's
-/// thread. Calls may be nested.
+/// Calls `body(begin, end)` for consecutive ranges that cover [0, count) once each; all ranges
+/// begin at multiples of `grain`. Up to one grain, and with one thread, that is one call on the
+/// caller's thread. Calls may be nested.
 /// @param grain  the least number of elements that are worth a thread; 0 counts as 1
 /// @throws what `body` throws: of several failures the one of the lowest range, as if the ranges
-///         had run in order. Ranges above one that failed are left out as far as they have not begun
+///         had run in order. Ranges above one that failed are left out unless they have begun
 void ParallelFor(std::size_t count, std::size_t grain,
                  const std::function<void(std::size_t begin, std::size_t end)>& body);
 

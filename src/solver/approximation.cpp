@@ -3,6 +3,7 @@
 #include "foundation/exception.h"
 #include "foundation/log_line.h"
 #include "solver/model_points.h"
+#include "solver/row_ranges.h"
 #include "solver/zel_solver.h"
 
 #include <algorithm>
@@ -64,46 +65,54 @@ void ZELSolver::ApproximateInto(const ConstPoints& matrix, ExtrapolationType typ
   }
 }
 
-/// Predicts `n` values of one output, or says in the log why not.
-bool ZELSolver::ApproximateOutput(const Output& output, const ConstPoints& matrix, std::size_t n,
-                                  double* values) {
+/// Predicts one output at the rows of `matrix`.
+/// @returns why that failed, as the log tells it; empty when it did not
+std::wstring ZELSolver::ApproximateOutput(const Output& output, const ConstPoints& matrix,
+                                          double* values) {
   try {
     const SurrogatePointer& surrogate = output.info->GetSurrogate();
-    if (!surrogate) {
-      LogLine(GetLogger(), kError) << L"Approximation impossible. No metamodel initialized.";
-      return false;
-    }
-    if (!surrogate->IsBuilt()) {
-      LogLine(GetLogger(), kError) << L"Approximation impossible. Check failed.";
-      return false;
-    }
+    if (!surrogate) return L"Approximation impossible. No metamodel initialized.";
+    if (!surrogate->IsBuilt()) return L"Approximation impossible. Check failed.";
     const Eigen::VectorXd predicted =
         surrogate->Approximate(ModelPoints(matrix, output.columns).Get());
-    if (predicted.size() != static_cast<Eigen::Index>(n)) {
-      LogLine(GetLogger(), kError) << L"Approximation for response \"" << output.name
-                                   << L"\" failed with incorrect result size.";
-      return false;
-    }
-    std::copy_n(predicted.data(), n, values);
-    return true;
+    if (predicted.size() != matrix.rows())
+      return L"Approximation for response \"" + output.name +
+             L"\" failed with incorrect result size.";
+    std::copy_n(predicted.data(), predicted.size(), values);
+    return {};
   } catch (const std::exception& error) {
-    LogLine(GetLogger(), kError) << L"Approximation for response \"" << output.name
-                                 << L"\" failed: " << utils::MessageOf(error);
-    return false;
+    return L"Approximation for response \"" + output.name + L"\" failed: " +
+           utils::MessageOf(error);
   }
 }
 
-/// Predicts `n` values of each output, one after the other, and tells which of them succeeded; the
-/// values of the others are NaN.
+/// Predicts `n` values of each output and tells which of them succeeded; the values of the others
+/// are NaN. Outputs and ranges of rows run side by side; the log has its lines in the order of the
+/// outputs, one for each that failed.
 std::vector<bool> ZELSolver::ApproximateOutputs(const ConstPoints& matrix, std::size_t n,
                                                 double* responses) {
   const auto& outputs = GetOutputs();
   std::vector<bool> predicted(outputs.size(), false);
   if (n == 0) return predicted;
+  const RowRanges ranges(n);
+  const std::size_t n_ranges = ranges.GetCount();
+  std::vector<std::wstring> failures(outputs.size() * n_ranges);
+  ranges.Run(failures.size(), [&](std::size_t task) {
+    const std::size_t k = task / n_ranges;
+    const std::size_t begin = ranges.GetBegin(task % n_ranges);
+    const ConstPoints rows =
+        matrix.middleRows(static_cast<Eigen::Index>(begin),
+                          static_cast<Eigen::Index>(ranges.GetSize(task % n_ranges)));
+    failures[task] = ApproximateOutput(outputs[k], rows, responses + k * n + begin);
+  });
   for (std::size_t k = 0; k < outputs.size(); ++k) {
-    double* const values = responses + k * n;
-    predicted[k] = ApproximateOutput(outputs[k], matrix, n, values);
-    if (!predicted[k]) std::fill_n(values, n, kNaN);
+    const auto begin = failures.begin() + static_cast<std::ptrdiff_t>(k * n_ranges);
+    const auto end = begin + static_cast<std::ptrdiff_t>(n_ranges);
+    const auto failure = std::find_if(begin, end, [](const auto& text) { return !text.empty(); });
+    predicted[k] = failure == end;
+    if (predicted[k]) continue;
+    LogLine(GetLogger(), kError) << *failure;
+    std::fill_n(responses + k * n, n, kNaN);
   }
   return predicted;
 }

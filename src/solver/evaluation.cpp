@@ -1,6 +1,7 @@
 #include "foundation/exception.h"
 #include "foundation/log_line.h"
 #include "solver/model_points.h"
+#include "solver/row_ranges.h"
 #include "solver/zel_solver.h"
 
 #include <algorithm>
@@ -19,6 +20,15 @@ std::vector<double> Flatten(const Eigen::MatrixXd& matrix) {
   std::vector<double> flat(static_cast<std::size_t>(matrix.size()));
   Eigen::Map<RowMajor>(flat.data(), matrix.rows(), matrix.cols()) = matrix;
   return flat;
+}
+
+/// The values of all parts, one part after the other.
+std::vector<double> Join(std::vector<std::vector<double>> parts) {
+  std::vector<double> all = std::move(parts.front());
+  all.reserve(all.size() * parts.size());
+  for (std::size_t i = 1; i < parts.size(); ++i)
+    all.insert(all.end(), parts[i].begin(), parts[i].end());
+  return all;
 }
 
 Eigen::MatrixXd Errors(const ZELSolver::VRDB&, const std::wstring&,
@@ -41,8 +51,15 @@ std::vector<double> ZELSolver::EvaluateResponse(const std::wstring& response,
       return {};
     }
     if (!model.is_solvable) LogLine(GetLogger(), kError) << L"Evaluation impossible. Check failed.";
-    return Flatten(
-        evaluator(vrdb_, response, model.surrogate, ModelPoints(matrix, model.columns).Get()));
+    const RowRanges ranges(static_cast<std::size_t>(matrix.rows()));
+    std::vector<std::vector<double>> parts(ranges.GetCount());
+    ranges.Run(parts.size(), [&](std::size_t range) {
+      const ConstPoints rows = matrix.middleRows(static_cast<Eigen::Index>(ranges.GetBegin(range)),
+                                                 static_cast<Eigen::Index>(ranges.GetSize(range)));
+      parts[range] = Flatten(
+          evaluator(vrdb_, response, model.surrogate, ModelPoints(rows, model.columns).Get()));
+    });
+    return Join(std::move(parts));
   } catch (const std::exception& error) {
     // The exception's text does not know which of many responses it belongs to.
     LogLine(GetLogger(), kError) << L"Evaluation of response \"" << response << L"\" failed: "

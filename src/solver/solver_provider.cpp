@@ -34,26 +34,75 @@ std::wstring WithPlainSeparators(const std::wstring& path) {
 boost::shared_ptr<ZELSolver> ZELSolverProvider::GetSolver(
     const std::wstring& path, const std::optional<std::string>& signature,
     bool allow_missing_models) {
-  SolverKey key{WithPlainSeparators(path), allow_missing_models};
-  auto found = solvers_.find(key);
-  if (found == solvers_.end()) {
-    const auto [added, is_new] =
-        solvers_.emplace(std::move(key), Open(path, signature.has_value(), allow_missing_models));
-    if (!is_new) throw std::runtime_error("Adding new solver failed.");
-    found = added;
-  }
+  const SolverKey key{WithPlainSeparators(path), allow_missing_models};
+  SolverEntry entry = GetEntry(key, path, signature.has_value());
   // After the insertion: a wrong signature must not cost the next call another load.
-  if (found->second.signature != signature)
+  if (entry.signature != signature)
     throw std::runtime_error("File seems to be corrupt. Signature is invalid or missing");
-  return found->second.solver;
+  return std::move(entry.solver);
+}
+
+ZELSolverProvider::SolverEntry ZELSolverProvider::GetEntry(const SolverKey& key,
+                                                           const std::wstring& path, bool sign) {
+  std::shared_ptr<Slot> slot;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    std::shared_ptr<Slot>& known = solvers_[key];
+    if (!known) known = std::make_shared<Slot>();
+    if (known->entry) return *known->entry;
+    slot = known;
+  }
+  const std::lock_guard<std::mutex> opening(slot->opening);
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (slot->entry) return *slot->entry;  // another thread was first
+  }
+  try {
+    SolverEntry entry = Open(path, sign, key.allow_missing_models);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    slot->entry = entry;  // if the slot was cleared meanwhile, for this call and those that wait
+    return entry;
+  } catch (...) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const auto found = solvers_.find(key);
+    if (found != solvers_.end() && found->second == slot) solvers_.erase(found);
+    throw;
+  }
+}
+
+void ZELSolverProvider::Clear() {
+  boost::unordered_map<SolverKey, std::shared_ptr<Slot>> closed;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  closed.swap(solvers_);
+}
+
+void ZELSolverProvider::BeforeFork() {
+  mutex_.lock();
+  ZELSolver::GetNamesMutex().lock();
+}
+
+void ZELSolverProvider::AfterForkInParent() {
+  ZELSolver::GetNamesMutex().unlock();
+  mutex_.unlock();
+}
+
+void ZELSolverProvider::AfterForkInChild() {
+  for (auto slot = solvers_.begin(); slot != solvers_.end();) {
+    if (slot->second->entry) {
+      ++slot;
+      continue;
+    }
+    new std::shared_ptr<Slot>(slot->second);  // a mutex that no thread will unlock stays for good
+    slot = solvers_.erase(slot);
+  }
+  AfterForkInParent();
 }
 
 ZELSolverProvider::SolverEntry ZELSolverProvider::Open(const std::wstring& path, bool sign,
                                                        bool allow_missing_models) {
   SolverEntry entry;
   entry.solver = boost::make_shared<ZELSolver>(allow_missing_models);
-  if (!log_) log_ = utils::log::GetSharedStreamLog();
-  entry.solver->SetLogger(log_);
+  entry.solver->SetLogger(utils::log::GetSharedStreamLog());
   if (!entry.solver->Load(path)) throw std::runtime_error("Initializing new solver failed.");
   if (sign) entry.signature = FileSignature(path);
   return entry;

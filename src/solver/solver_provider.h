@@ -7,6 +7,8 @@
 #include <boost/unordered_map.hpp>
 
 #include <cstddef>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -17,8 +19,10 @@ class ZELSolver;
 /// The registry of open solvers: one per path, from the first call on the path until Clear().
 ///
 /// A path is what the caller wrote, not the file behind it: two spellings of one file are two
-/// entries, except that "/" and "\" are the same. An open file isn't looked at again. No lock: the
-/// callers of the library serialise their calls.
+/// entries, except that "/" and "\" are the same. An open file isn't looked at again.
+///
+/// Threads may share it. Who has got a solver keeps it, whatever is cleared meanwhile. One path is
+/// opened by one thread, for which others that want it wait; other paths go on.
 ///
 /// There is no upper bound and no eviction: closing a project behind the caller's back would cost
 /// the next call a load, and a signature decided at opening would be decided anew.
@@ -38,8 +42,14 @@ class ZELSolverProvider {
                                          const std::optional<std::string>& signature,
                                          bool allow_missing_models);
 
-  /// Closes all solvers.
-  void Clear() { solvers_.clear(); }
+  /// Closes all solvers; those that calls still use when these end.
+  void Clear();
+
+  /// Around fork(): the child gets the registry between two uses of it. What other threads were
+  /// opening it opens by itself when it needs it.
+  void BeforeFork();
+  void AfterForkInParent();
+  void AfterForkInChild();
 
  private:
   struct SolverKey {
@@ -60,10 +70,17 @@ class ZELSolverProvider {
     std::optional<std::string> signature;  ///< present if the file was opened with a signature
   };
 
-  SolverEntry Open(const std::wstring& path, bool sign, bool allow_missing_models);
+  /// One path, also while it is being opened.
+  struct Slot {
+    std::mutex opening;                ///< held by the thread that opens it
+    std::optional<SolverEntry> entry;  ///< guarded by the registry's mutex
+  };
 
-  boost::shared_ptr<utils::LogBase> log_;  ///< empty until the first solver is built
-  boost::unordered_map<SolverKey, SolverEntry> solvers_;
+  static SolverEntry Open(const std::wstring& path, bool sign, bool allow_missing_models);
+  SolverEntry GetEntry(const SolverKey& key, const std::wstring& path, bool sign);
+
+  std::mutex mutex_;  ///< guards what follows; never held while a file is read or closed
+  boost::unordered_map<SolverKey, std::shared_ptr<Slot>> solvers_;
 };
 
 }  // namespace corvath::zel

@@ -66,7 +66,8 @@ class ZELSolver {
   using LogPointer = boost::shared_ptr<utils::LogBase>;
   using Bounds = algorithm::datatypes::InputBounds;
   using CriteriaList = std::vector<std::pair<std::wstring, Criterion>>;
-  /// A quantity of one response at designs: n x r for n designs.
+  /// A quantity of one response at designs: n x r for n designs, each row from its own design.
+  /// Called for ranges of the designs, also from several threads at once.
   using Evaluator = std::function<Eigen::MatrixXd(const VRDB&, const std::wstring& response,
                                                   const SurrogatePointer&, const ConstPoints&)>;
 
@@ -107,6 +108,8 @@ class ZELSolver {
   /// criteria; the status code 7 marks it as built here.
   const Design& GetReferenceDesign();
   VRDB& GetProject() { return vrdb_; }
+  /// What threads may share of solvers, for handlers of fork().
+  static std::mutex& GetNamesMutex() { return names_mutex_; }
   const std::wstring& GetPath() const { return path_; }
 
   /// Looks for the first value out of bounds, design by design. The tolerance is 1e-8; NaN is never
@@ -218,8 +221,7 @@ class ZELSolver {
                     const Bounds& data_bounds) const;
   std::wstring FindViolation(const ConstPoints& matrix, ExtrapolationType type);
 
-  bool ApproximateOutput(const Output& output, const ConstPoints& matrix, std::size_t n,
-                         double* values);
+  std::wstring ApproximateOutput(const Output& output, const ConstPoints& matrix, double* values);
   std::vector<bool> ApproximateOutputs(const ConstPoints& matrix, std::size_t n, double* responses);
   algorithm::datatypes::EntrySequence GetResponses(std::size_t design, std::size_t n,
                                                    const double* responses,
@@ -235,7 +237,8 @@ class ZELSolver {
   std::optional<CriterionSequence> criteria_templates_;
   ParameterManager model_parameters_;  ///< the inputs of the models, known after Initialize
   bool allow_missing_models_;
-  std::mutex names_mutex_;  ///< guards the caches while they are filled
+  /// Guards the caches while they are filled. One for all solvers, so that a fork can wait for it.
+  inline static std::mutex names_mutex_;
   std::optional<std::vector<std::wstring>> input_names_;
   std::optional<std::vector<std::wstring>> output_names_;
   std::optional<CriteriaList> criteria_;

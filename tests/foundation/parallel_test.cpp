@@ -94,8 +94,14 @@ TEST(NumThreads, ComesFromTheSetterTheEnvironmentOrTheAffinity) {
   const struct {
     const char* text;
     std::size_t expected;
-  } cases[] = {{"1", 1},           {"3", 3},           {"1024", 1024},     {"", processors},
-               {"0", processors},  {"-2", processors}, {"2x", processors}, {"1025", processors},
+  } cases[] = {{"1", 1},
+               {"3", 3},
+               {"1024", 1024},
+               {"", processors},
+               {"0", processors},
+               {"-2", processors},
+               {"2x", processors},
+               {"1025", processors},
                {"99999999999999999999999", processors}};
   for (const auto& [text, expected] : cases) {
     setenv("ZELSOLVER_NUM_THREADS", text, 1);
