@@ -157,6 +157,7 @@ Json::Value ResponseJson(const TrainedResponse& response, const TrainedStudy& st
   json["model"] = ToUtf8(response.model);
   json["cop"] = JsonNumber(response.cop);
   json["raw_cop"] = JsonNumber(response.cop_raw);
+  json["noise"] = JsonNumber(response.noise);
   json["cod"] = JsonNumber(response.cod);
   json["cod_adjusted"] = JsonNumber(response.cod_adjusted);
   json["designs"] = static_cast<Json::UInt64>(response.num_designs);

@@ -178,6 +178,8 @@ std::vector<CandidateTrials::Trial> CandidateTrials::Plan(Costs family,
                                                           const std::vector<BitVector>& subspaces,
                                                           bool& is_limited) const {
   constexpr double kShare = 0.3;  // of the budget, for one family
+  constexpr double kFirst = 0.6;  // of that, until the leaders have proposed subspaces
+  const double limit = kShare * budget_ * (tried_.empty() ? kFirst : 1.0);
   std::vector<Trial> trials;
   const auto n = static_cast<double>(data_.values.size());
   const auto known = spent_.find(family);
@@ -196,7 +198,7 @@ std::vector<CandidateTrials::Trial> CandidateTrials::Plan(Costs family,
         continue;
       }
       const double cost = CostOf(form, n, p, static_cast<double>(fit_rows_.size()));
-      if (spent > 0.0 && spent + cost > kShare * budget_) {
+      if (spent > 0.0 && spent + cost > limit) {
         is_limited = true;
         return trials;
       }

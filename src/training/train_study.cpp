@@ -1,5 +1,6 @@
 #include "training/train_study.h"
 
+#include "metamodel/ordinary_kriging.h"
 #include "project/project_file.h"
 #include "training/criteria_check.h"
 #include "training/cross_validation.h"
@@ -8,6 +9,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iomanip>
+#include <optional>
+#include <sstream>
 
 namespace corvath::training {
 namespace {
@@ -56,6 +60,24 @@ std::vector<Rows> RequireResponses(const TrainingTable& table) {
   return usable;
 }
 
+/// Of a kriging model without value transform: the nugget is a share of the process variance.
+double NoiseOf(const math::metamodel::SurrogateBase& model) {
+  const auto* kriging = dynamic_cast<const math::metamodel::OrdinaryKriging*>(&model);
+  if (!kriging || kriging->GetTransValue()) return std::nan("");
+  return std::sqrt(kriging->GetSigma2() * kriging->GetSettingsBase().GetNugget());
+}
+
+/// Noise that is worth telling: more than a thousandth of the variance.
+std::optional<std::wstring> NoiseNote(const TrainedResponse& trained,
+                                      const Eigen::VectorXd& values) {
+  const double deviation = std::sqrt((values.array() - values.mean()).square().mean());
+  if (!(trained.noise > 0.03 * deviation)) return std::nullopt;  // also for NaN
+  std::wostringstream note;
+  note << std::setprecision(2) << L"Response \"" << trained.name
+       << L"\": kriging finds noise with a standard deviation of " << trained.noise << L".";
+  return note.str();
+}
+
 TrainedResponse Summarise(const TrainingTable& table, std::size_t response,
                           const ChosenModel& chosen, const Rows& columns) {
   TrainedResponse trained;
@@ -68,6 +90,7 @@ TrainedResponse Summarise(const TrainingTable& table, std::size_t response,
   trained.cop_raw = chosen.GetRawCoP();
   trained.cod = chosen.results.CoD;
   trained.cod_adjusted = chosen.results.CoDadj;
+  trained.noise = NoiseOf(*chosen.model);
   trained.single_cops = Eigen::VectorXd::Zero(table.points.cols());
   trained.single_cops(columns) = chosen.results.singleCoPs;
   trained.num_designs = static_cast<std::uint64_t>(chosen.model->GetValues().size());
@@ -125,6 +148,8 @@ TrainedStudy TrainStudy(const TrainingTable& table, const TrainSettings& setting
       rows.push_back(usable[k][static_cast<std::size_t>(row)]);
     writer.AddModel(k, chosen, rows);
     study.responses.push_back(Summarise(table, k, chosen, columns));
+    if (const auto note = NoiseNote(study.responses.back(), data.values))
+      study.notes.push_back(*note);
   }
   study.project = writer.Finish();
   return study;

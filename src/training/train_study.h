@@ -43,6 +43,9 @@ struct TrainedResponse {
   double cop_raw = 0.0;  ///< the same of the chosen model alone: the largest of many
   double cod = 0.0;                  ///< the same of the fitted values
   double cod_adjusted = 0.0;         ///< for the number of coefficients
+  /// Standard deviation of the noise that kriging finds in the response, in its units; NaN for other
+  /// models and for transformed responses.
+  double noise = 0.0;
   Eigen::VectorXd single_cops;       ///< m: loss of CoP without the input; 0 for inputs left out
   std::uint64_t num_designs = 0;     ///< that did not fail for this response
   std::uint64_t num_candidates = 0;  ///< that were tried
