@@ -18,6 +18,8 @@ struct ResponseData {
   std::vector<std::size_t> num_levels;  ///< m: different values of each input
 };
 
+/// Designs that coincide in inputs and value share a group; measurements that were repeated, and
+/// scatter, do not: they tell the noise.
 /// @param num_groups, seed  see MakeGroups
 ResponseData MakeResponseData(Eigen::MatrixXd points, Eigen::VectorXd values,
                               std::uint32_t num_groups, std::uint32_t seed);
