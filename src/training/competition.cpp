@@ -20,6 +20,9 @@ using math::metamodel::SurrogateBase;
 constexpr int kMostRounds = 3;
 /// Share of the work that counts for the subspaces of the filters.
 constexpr double kFirstRound = 0.7;
+/// Squared errors up to this many times those of the best count as the same. Not more: inputs that
+/// were spared for less cost more at new designs than the penalty of a ridge that keeps them.
+constexpr double kSameErrors = 1.01;
 /// An input is spared whose single CoP is below this share of what the model leaves unexplained.
 constexpr double kSpared = 0.1;
 
@@ -82,12 +85,12 @@ std::size_t Competition::BestOf(const CandidateForm& form, bool needs_sound) {
       First([&](const Candidate& candidate) { return IsSameForm(candidate.form, form); },
             [&](const Candidate& candidate) { return -ScoreOf(candidate); }, needs_sound);
   if (leader == kNone) return kNone;
-  const Eigen::VectorXd least = SquaredErrors(data_.values, At(leader).predicted);
+  const double least = SquaredErrors(data_.values, At(leader).predicted).sum();
   return First(
       [&](const Candidate& candidate) {
         return IsSameForm(candidate.form, form) &&
                candidate.GetNumberInputs() <= At(leader).GetNumberInputs() &&
-               IsNearlyAsGood(SquaredErrors(data_.values, candidate.predicted), least);
+               SquaredErrors(data_.values, candidate.predicted).sum() <= kSameErrors * least;
       },
       [&](const Candidate& candidate) {
         return std::make_pair(candidate.GetNumberInputs(), -ScoreOf(candidate));

@@ -22,7 +22,7 @@ class Competition {
               std::vector<CandidateForm> forms, double budget, const CompetitionObserver& observer);
 
   /// The best sound candidate of each form, the constant first; valid as long as the competition. Of
-  /// those that are nearly as good as the one of the highest score, the one of the fewest inputs. Without a sound candidate at all soundness does not count.
+  /// those with much the same errors as the one of the highest score, the one of the fewest inputs. Without a sound candidate at all soundness does not count.
   /// @throws TrainingError  no candidate can be built
   std::vector<const Candidate*> Run();
   CandidateTrials& GetTrials() { return trials_; }

@@ -71,10 +71,6 @@ std::size_t ChooseForm(const std::vector<const Candidate*>& finalists,
   return IsWithin(column(0), column(winner), correction * kNearlyEqual) ? 0 : winner;
 }
 
-bool IsNearlyAsGood(const Eigen::VectorXd& errors, const Eigen::VectorXd& best) {
-  return IsWithin(errors, best, kNearlyEqual);
-}
-
 Eigen::MatrixXd SquaredErrors(const Eigen::VectorXd& values, const Eigen::MatrixXd& predicted) {
   constexpr double kExact = 1e-9;
   const double exact = kExact * (values.maxCoeff() - values.minCoeff());

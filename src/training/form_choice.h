@@ -30,10 +30,6 @@ namespace corvath::training {
 std::size_t ChooseForm(const std::vector<const Candidate*>& finalists,
                        const Eigen::MatrixXd& errors, std::size_t num_groups);
 
-/// Whether errors (n) are larger than others by at most a third of a standard error of the paired
-/// differences: as good, for all that the data tell.
-bool IsNearlyAsGood(const Eigen::VectorXd& errors, const Eigen::VectorXd& best);
-
 /// Of predictions (n x F) of `values` (n). Errors below 1e-9 of the range are rounding, and 0.
 Eigen::MatrixXd SquaredErrors(const Eigen::VectorXd& values, const Eigen::MatrixXd& predicted);
 
