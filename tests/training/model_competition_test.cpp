@@ -50,7 +50,7 @@ TEST(ModelCompetition, ChoosesWellAndIsHonestOnPublishedFunctions) {
     sum_of_differences += difference;
   }
   EXPECT_GE(num_all, 10);
-  EXPECT_GE(10 * num_honest, 8 * num_all);
+  EXPECT_GE(10 * num_honest, 9 * num_all);
   EXPECT_NEAR(sum_of_differences / num_all, 0.0, 0.02);
   EXPECT_GE(10 * num_well_chosen, 8 * num_all);
 }
@@ -60,7 +60,8 @@ TEST(ModelCompetition, FindsThreeInputsOfTwenty) {
     const BitVector used = Compete(DataOf(support::LatinHypercubeSample(Function(name), 100, 1)))
                                .model->GetVariableSelection();
     EXPECT_TRUE(used[0] && used[1] && used[2]) << name;
-    EXPECT_LE(CountBits(used), 4u) << name;
+    // Curved keeps a fourth input, whose radius is long.
+    EXPECT_LE(CountBits(used), name == std::string("Morris") ? 3u : 4u) << name;
   }
 }
 
