@@ -48,7 +48,6 @@ bool IsKriging(Family family) {
 /// A model, what it was fitted to, and its predictions at these rows without their groups.
 struct Fit {
   boost::shared_ptr<math::metamodel::SurrogateBase> model;
-  math::metamodel::RidgePenalty penalty;
   Rows rows;
   Eigen::VectorXd predicted;
 };
@@ -75,7 +74,6 @@ Fit FitToMany(const Candidate& winner, const Rows& competed, const ResponseData&
         FitForm(winner.form, *form, some, SpreadRows(some.points, kFitRows), interruption_point);
   }
   fit.model = fitted.model;
-  fit.penalty = fitted.penalty;
   fit.predicted = fitted.predicted;
   return fit;
 }

@@ -16,7 +16,6 @@
 #include <map>
 #include <mutex>
 #include <numeric>
-#include <stdexcept>
 #include <utility>
 
 namespace corvath::training {
