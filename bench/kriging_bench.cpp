@@ -1,5 +1,5 @@
 #include "kernel_loop_native.h"
-#include "metamodel/ordinary_kriging.h"
+#include "metamodel/kriging/ordinary_kriging.h"
 #include "metamodel/thin_plate_splines.h"
 #include "support/points.h"
 

@@ -1,4 +1,4 @@
-#include "metamodel/linear_regression.h"
+#include "metamodel/regression/linear_regression.h"
 #include "support/points.h"
 
 #include <benchmark/benchmark.h>

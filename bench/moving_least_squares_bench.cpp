@@ -1,6 +1,6 @@
-#include "metamodel/kernel_block.h"
-#include "metamodel/kernels_constant.h"
-#include "metamodel/moving_least_squares.h"
+#include "metamodel/kernels/kernel_block.h"
+#include "metamodel/kernels/kernels_constant.h"
+#include "metamodel/moving_least_squares/moving_least_squares.h"
 #include "support/points.h"
 
 #include <Eigen/Cholesky>

@@ -3,7 +3,7 @@
 //     open_memory --make FILE   writes a project with 100 MB of matrices
 //     open_memory FILE          opens it
 
-#include "project/project_file.h"
+#include "project/file/project_file.h"
 #include "wide_project.h"
 #include "zelsolver/zelsolver.h"
 

@@ -12,8 +12,8 @@
 
 #include "api/call_frame.h"
 #include "metamodel/surrogate.h"
-#include "metamodel/surrogate_info_container.h"
-#include "project/project_file.h"
+#include "project/file/project_file.h"
+#include "project/models/surrogate_info_container.h"
 #include "solver/zel_solver.h"
 #include "support/temporary_directory.h"
 #include "wide_project.h"

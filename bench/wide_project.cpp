@@ -2,12 +2,12 @@
 
 #include "design/design_manager.h"
 #include "design/parameter_manager.h"
-#include "metamodel/linear_regression.h"
-#include "metamodel/linear_regression_settings.h"
-#include "metamodel/surrogate_info.h"
-#include "metamodel/surrogate_info_container.h"
-#include "project/algorithm_info.h"
-#include "project/zel_information.h"
+#include "metamodel/regression/linear_regression.h"
+#include "metamodel/regression/linear_regression_settings.h"
+#include "project/models/surrogate_info.h"
+#include "project/models/surrogate_info_container.h"
+#include "project/records/algorithm_info.h"
+#include "project/records/zel_information.h"
 
 #include <boost/make_shared.hpp>
 

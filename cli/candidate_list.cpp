@@ -2,9 +2,9 @@
 
 #include "foundation/text.h"
 #include "json_text.h"
-#include "metamodel/linear_regression_settings.h"
-#include "metamodel/moving_least_squares_settings.h"
-#include "metamodel/ordinary_kriging_settings.h"
+#include "metamodel/kriging/ordinary_kriging_settings.h"
+#include "metamodel/moving_least_squares/moving_least_squares_settings.h"
+#include "metamodel/regression/linear_regression_settings.h"
 #include "model_text.h"
 #include "text_table.h"
 #include "training/candidate.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "project/zel_information.h"
+#include "project/records/zel_information.h"
 
 #include <json/json.h>
 

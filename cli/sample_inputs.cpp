@@ -7,7 +7,7 @@
 #include "design/random_conversion.h"
 #include "foundation/text.h"
 #include "project.h"
-#include "project/detailed_information.h"
+#include "project/records/detailed_information.h"
 #include "solver/zel_solver.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/rv_set.h"

@@ -5,9 +5,9 @@
 //     make_tenbar zel_tenbar.vrdb
 
 #include "design/parameter_manager.h"
-#include "project/algorithm_info.h"
-#include "project/project_file.h"
-#include "project/zel_information.h"
+#include "project/file/project_file.h"
+#include "project/records/algorithm_info.h"
+#include "project/records/zel_information.h"
 #include "study.h"
 #include "truss_study.h"
 

@@ -5,9 +5,9 @@
 
 #include "design/parameter_manager.h"
 #include "design/random_conversion.h"
-#include "project/algorithm_info.h"
-#include "project/detailed_information.h"
-#include "project/project_file.h"
+#include "project/file/project_file.h"
+#include "project/records/algorithm_info.h"
+#include "project/records/detailed_information.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/rv_set.h"
 #include "study.h"

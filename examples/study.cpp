@@ -3,10 +3,10 @@
 #include "design/criterion.h"
 #include "design/design_manager.h"
 #include "doe/doe.h"
-#include "metamodel/surrogate_info.h"
-#include "metamodel/surrogate_info_container.h"
-#include "project/algorithm_info.h"
-#include "project/zel_information.h"
+#include "project/models/surrogate_info.h"
+#include "project/models/surrogate_info_container.h"
+#include "project/records/algorithm_info.h"
+#include "project/records/zel_information.h"
 
 #include <algorithm>
 #include <cmath>

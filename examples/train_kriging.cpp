@@ -1,5 +1,5 @@
-#include "metamodel/ordinary_kriging.h"
-#include "metamodel/ordinary_kriging_settings.h"
+#include "metamodel/kriging/ordinary_kriging.h"
+#include "metamodel/kriging/ordinary_kriging_settings.h"
 #include "trained_model.h"
 
 #include <boost/make_shared.hpp>

@@ -1,5 +1,5 @@
-#include "metamodel/moving_least_squares.h"
-#include "metamodel/moving_least_squares_settings.h"
+#include "metamodel/moving_least_squares/moving_least_squares.h"
+#include "metamodel/moving_least_squares/moving_least_squares_settings.h"
 #include "trained_model.h"
 
 #include <boost/make_shared.hpp>

@@ -1,5 +1,5 @@
-#include "metamodel/linear_regression.h"
-#include "metamodel/linear_regression_settings.h"
+#include "metamodel/regression/linear_regression.h"
+#include "metamodel/regression/linear_regression_settings.h"
 #include "trained_model.h"
 
 #include <boost/make_shared.hpp>

@@ -6,7 +6,7 @@
 #include "archive/portable_oarchive.h"
 #include "design/design_manager.h"
 #include "design/parameter_manager.h"
-#include "project/project_file.h"
+#include "project/file/project_file.h"
 #include "seeds.h"
 #include "support/plate_project.h"
 #include "support/values.h"

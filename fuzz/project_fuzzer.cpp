@@ -4,7 +4,7 @@
 #include "archive/archive_flags.h"
 #include "archive/portable_iarchive.h"
 #include "foundation/log.h"
-#include "project/file_header.h"
+#include "project/file/file_header.h"
 #include "project/vrdb.h"
 #include "solver/zel_solver.h"
 

@@ -1,10 +1,10 @@
 #include "metamodel/factories.h"
 
-#include "metamodel/kernels_constant.h"
-#include "metamodel/kernels_nodal.h"
-#include "metamodel/trans_box_cox.h"
-#include "metamodel/trans_limits.h"
-#include "metamodel/trans_min_max.h"
+#include "metamodel/kernels/kernels_constant.h"
+#include "metamodel/kernels/kernels_nodal.h"
+#include "metamodel/transforms/trans_box_cox.h"
+#include "metamodel/transforms/trans_limits.h"
+#include "metamodel/transforms/trans_min_max.h"
 
 #include <boost/make_shared.hpp>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "metamodel/kernel.h"
-#include "metamodel/transform.h"
+#include "metamodel/kernels/kernel.h"
+#include "metamodel/transforms/transform.h"
 
 #include <boost/shared_ptr.hpp>
 

@@ -6,7 +6,7 @@
 #include "foundation/text.h"
 #include "metamodel/factories.h"
 #include "metamodel/same_figures.h"
-#include "metamodel/trans_min_max.h"
+#include "metamodel/transforms/trans_min_max.h"
 
 #include <boost/make_shared.hpp>
 

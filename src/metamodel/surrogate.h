@@ -3,7 +3,7 @@
 #include "archive/serialization.h"
 #include "foundation/log.h"
 #include "metamodel/surrogate_settings.h"
-#include "metamodel/transform.h"
+#include "metamodel/transforms/transform.h"
 #include "metamodel/types.h"
 
 #include <Eigen/Core>

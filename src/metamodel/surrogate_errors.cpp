@@ -1,6 +1,6 @@
 #include "foundation/exception.h"
-#include "metamodel/kernel_block.h"
-#include "metamodel/kernels_constant.h"
+#include "metamodel/kernels/kernel_block.h"
+#include "metamodel/kernels/kernels_constant.h"
 #include "metamodel/surrogate.h"
 #include "stochastics/sample_statistics.h"
 

@@ -2,7 +2,7 @@
 
 #include "archive/serialization.h"
 #include "foundation/log.h"
-#include "metamodel/transform.h"
+#include "metamodel/transforms/transform.h"
 #include "metamodel/types.h"
 
 #include <cstdint>

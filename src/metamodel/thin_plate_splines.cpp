@@ -2,7 +2,7 @@
 
 #include "archive/instantiate.h"
 #include "foundation/exception.h"
-#include "metamodel/kernel.h"
+#include "metamodel/kernels/kernel.h"
 #include "metamodel/same_figures.h"
 
 #include <Eigen/LU>

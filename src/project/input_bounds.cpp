@@ -4,7 +4,7 @@
 #include "design/input_columns.h"
 #include "design/parameter_manager.h"
 #include "foundation/exception.h"
-#include "project/detailed_information.h"
+#include "project/records/detailed_information.h"
 
 #include <vector>
 

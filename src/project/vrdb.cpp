@@ -2,9 +2,9 @@
 
 #include "foundation/build_version.h"
 #include "foundation/exception.h"
-#include "project/detailed_information.h"
-#include "project/project_file.h"
-#include "project/zel_information.h"
+#include "project/file/project_file.h"
+#include "project/records/detailed_information.h"
+#include "project/records/zel_information.h"
 
 #include <boost/date_time/posix_time/posix_time.hpp>
 #include <boost/format.hpp>

@@ -8,9 +8,9 @@
 #include "design/hierarchical_id.h"
 #include "design/named_sequence.h"
 #include "design/parameter_manager.h"
-#include "project/algorithm_info.h"
 #include "project/attached_path.h"
 #include "project/input_bounds.h"
+#include "project/records/algorithm_info.h"
 
 #include <boost/shared_ptr.hpp>
 #include <boost/unordered_set.hpp>

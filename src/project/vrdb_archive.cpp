@@ -2,11 +2,11 @@
 
 #include "archive/archive_flags.h"
 #include "archive/instantiate.h"
-#include "metamodel/surrogate_info_container.h"
-#include "project/legacy_conversion.h"
-#include "project/reliability_information.h"
+#include "project/models/surrogate_info_container.h"
+#include "project/records/legacy_conversion.h"
+#include "project/records/reliability_information.h"
+#include "project/records/zel_information.h"
 #include "project/vrdb.h"
-#include "project/zel_information.h"
 
 #include <boost/make_shared.hpp>
 

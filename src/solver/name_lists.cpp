@@ -1,6 +1,6 @@
 #include "design/indexed_name.h"
-#include "project/algorithm_info.h"
-#include "project/zel_information.h"
+#include "project/records/algorithm_info.h"
+#include "project/records/zel_information.h"
 #include "solver/zel_solver.h"
 
 #include <algorithm>

@@ -3,11 +3,11 @@
 #include "archive/instantiate.h"
 #include "foundation/exception.h"
 #include "foundation/log_line.h"
-#include "project/algorithm_info.h"
-#include "project/project_file.h"
-#include "project/systems_information.h"
-#include "project/zel3_information.h"
-#include "project/zel_information.h"
+#include "project/file/project_file.h"
+#include "project/records/algorithm_info.h"
+#include "project/records/systems_information.h"
+#include "project/records/zel3_information.h"
+#include "project/records/zel_information.h"
 
 #include <boost/filesystem/operations.hpp>
 #include <boost/make_shared.hpp>

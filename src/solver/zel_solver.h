@@ -7,7 +7,7 @@
 #include "design/parameter_manager.h"
 #include "foundation/log.h"
 #include "metamodel/surrogate.h"
-#include "metamodel/surrogate_info_container.h"
+#include "project/models/surrogate_info_container.h"
 #include "project/vrdb.h"
 
 #include <Eigen/Core>

@@ -1,6 +1,6 @@
 #include "stochastics/marginal_transform.h"
 
-#include "stochastics/beta_quantiles.h"
+#include "stochastics/distributions/beta_quantiles.h"
 #include "stochastics/normal_quantile.h"
 
 #include <cmath>

@@ -1,11 +1,11 @@
 #include "training/candidate.h"
 
-#include "metamodel/linear_regression.h"
-#include "metamodel/linear_regression_settings.h"
-#include "metamodel/moving_least_squares.h"
-#include "metamodel/moving_least_squares_settings.h"
-#include "metamodel/ordinary_kriging.h"
-#include "metamodel/ordinary_kriging_settings.h"
+#include "metamodel/kriging/ordinary_kriging.h"
+#include "metamodel/kriging/ordinary_kriging_settings.h"
+#include "metamodel/moving_least_squares/moving_least_squares.h"
+#include "metamodel/moving_least_squares/moving_least_squares_settings.h"
+#include "metamodel/regression/linear_regression.h"
+#include "metamodel/regression/linear_regression_settings.h"
 
 #include <boost/make_shared.hpp>
 

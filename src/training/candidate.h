@@ -1,6 +1,6 @@
 #pragma once
 
-#include "metamodel/ridge_solver.h"
+#include "metamodel/regression/ridge_solver.h"
 #include "metamodel/subspace_results.h"
 #include "metamodel/surrogate.h"
 #include "project/settings/zel_settings.h"

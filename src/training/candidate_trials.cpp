@@ -1,7 +1,7 @@
 #include "training/candidate_trials.h"
 
-#include "metamodel/linear_regression.h"
-#include "metamodel/quadratic_box_cox.h"
+#include "metamodel/regression/linear_regression.h"
+#include "metamodel/regression/quadratic_box_cox.h"
 #include "training/spread_rows.h"
 
 #include <algorithm>

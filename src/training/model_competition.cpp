@@ -1,8 +1,8 @@
 #include "training/model_competition.h"
 
 #include "foundation/parallel.h"
-#include "metamodel/linear_regression.h"
-#include "metamodel/linear_regression_settings.h"
+#include "metamodel/regression/linear_regression.h"
+#include "metamodel/regression/linear_regression_settings.h"
 #include "training/competition.h"
 #include "training/form_choice.h"
 #include "training/large_competition.h"

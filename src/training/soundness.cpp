@@ -1,7 +1,7 @@
 #include "training/soundness.h"
 
 #include "doe/random_draws.h"
-#include "metamodel/moving_least_squares_settings.h"
+#include "metamodel/moving_least_squares/moving_least_squares_settings.h"
 
 #include <algorithm>
 

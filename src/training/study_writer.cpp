@@ -6,10 +6,10 @@
 #include "design/indexed_name.h"
 #include "design/indexed_responses.h"
 #include "design/parameter_manager.h"
-#include "metamodel/surrogate_info.h"
-#include "metamodel/surrogate_info_container.h"
-#include "project/algorithm_info.h"
-#include "project/zel_information.h"
+#include "project/models/surrogate_info.h"
+#include "project/models/surrogate_info_container.h"
+#include "project/records/algorithm_info.h"
+#include "project/records/zel_information.h"
 
 #include <boost/make_shared.hpp>
 

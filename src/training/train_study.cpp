@@ -1,7 +1,7 @@
 #include "training/train_study.h"
 
-#include "metamodel/ordinary_kriging.h"
-#include "project/project_file.h"
+#include "metamodel/kriging/ordinary_kriging.h"
+#include "project/file/project_file.h"
 #include "training/criteria_check.h"
 #include "training/cross_validation.h"
 #include "training/model_competition.h"
@@ -139,9 +139,9 @@ TrainedStudy TrainStudy(const TrainingTable& table, const TrainSettings& setting
         settings.num_groups, settings.seed);
     const bool is_constant = IsConstantColumn(data.values);
     if (is_constant) study.notes.push_back(response + L" is constant.");
-    const ChosenModel chosen =
-        is_constant ? MakeConstantModel(data)
-                    : RunCompetition(data, of_each, ObserverOf(table, k, observer));
+    const ChosenModel chosen = is_constant
+                                   ? MakeConstantModel(data)
+                                   : RunCompetition(data, of_each, ObserverOf(table, k, observer));
     for (const std::wstring& limit : chosen.limits) study.notes.push_back(response + L": " + limit);
     Rows rows;
     for (const Eigen::Index row : chosen.rows)

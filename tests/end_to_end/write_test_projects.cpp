@@ -1,6 +1,6 @@
-#include "project/algorithm_info.h"
-#include "project/project_file.h"
-#include "project/zel_information.h"
+#include "project/file/project_file.h"
+#include "project/records/algorithm_info.h"
+#include "project/records/zel_information.h"
 #include "support/plate_project.h"
 
 #include <exception>

@@ -1,4 +1,4 @@
-#include "metamodel/definite_factor.h"
+#include "metamodel/kriging/definite_factor.h"
 
 #include "support/points.h"
 

@@ -1,6 +1,6 @@
-#include "metamodel/kernel_noise_fit.h"
+#include "metamodel/kriging/kernel_noise_fit.h"
 
-#include "metamodel/ordinary_kriging.h"
+#include "metamodel/kriging/ordinary_kriging.h"
 #include "stochastics/normal_quantile.h"
 #include "support/points.h"
 

@@ -1,8 +1,8 @@
 #include "metamodel/simd/kernel_sums.h"
 
-#include "metamodel/kernel_block.h"
-#include "metamodel/kernels_constant.h"
-#include "metamodel/kernels_nodal.h"
+#include "metamodel/kernels/kernel_block.h"
+#include "metamodel/kernels/kernels_constant.h"
+#include "metamodel/kernels/kernels_nodal.h"
 
 #include <Eigen/Core>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "metamodel/factories.h"
-#include "metamodel/kernels_constant.h"
-#include "metamodel/kernels_nodal.h"
+#include "metamodel/kernels/kernels_constant.h"
+#include "metamodel/kernels/kernels_nodal.h"
 #include "support/message_of.h"
 #include "support/points.h"
 

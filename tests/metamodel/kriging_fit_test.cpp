@@ -1,4 +1,4 @@
-#include "metamodel/ordinary_kriging.h"
+#include "metamodel/kriging/ordinary_kriging.h"
 #include "support/message_of.h"
 #include "support/points.h"
 

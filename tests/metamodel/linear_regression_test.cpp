@@ -1,8 +1,8 @@
-#include "metamodel/linear_regression.h"
+#include "metamodel/regression/linear_regression.h"
 
 #include "foundation/exception.h"
-#include "metamodel/polynomial_basis.h"
-#include "metamodel/trans_box_cox.h"
+#include "metamodel/regression/polynomial_basis.h"
+#include "metamodel/transforms/trans_box_cox.h"
 #include "support/message_of.h"
 #include "support/points.h"
 

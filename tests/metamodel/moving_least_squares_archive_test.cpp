@@ -1,6 +1,6 @@
 #include "metamodel/factories.h"
-#include "metamodel/moving_least_squares.h"
-#include "metamodel/polynomial_basis.h"
+#include "metamodel/moving_least_squares/moving_least_squares.h"
+#include "metamodel/regression/polynomial_basis.h"
 #include "support/archive_round_trip.h"
 #include "support/message_of.h"
 #include "support/points.h"

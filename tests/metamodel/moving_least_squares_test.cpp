@@ -1,8 +1,8 @@
-#include "metamodel/moving_least_squares.h"
+#include "metamodel/moving_least_squares/moving_least_squares.h"
 
 #include "foundation/exception.h"
-#include "metamodel/linear_regression.h"
-#include "metamodel/trans_box_cox.h"
+#include "metamodel/regression/linear_regression.h"
+#include "metamodel/transforms/trans_box_cox.h"
 #include "support/message_of.h"
 #include "support/points.h"
 

@@ -1,11 +1,11 @@
-#include "metamodel/ordinary_kriging.h"
+#include "metamodel/kriging/ordinary_kriging.h"
 
 #include "foundation/exception.h"
-#include "metamodel/kernels_constant.h"
-#include "metamodel/kernels_nodal.h"
-#include "metamodel/linear_regression.h"
-#include "metamodel/trans_box_cox.h"
-#include "metamodel/trans_min_max.h"
+#include "metamodel/kernels/kernels_constant.h"
+#include "metamodel/kernels/kernels_nodal.h"
+#include "metamodel/regression/linear_regression.h"
+#include "metamodel/transforms/trans_box_cox.h"
+#include "metamodel/transforms/trans_min_max.h"
 #include "support/archive_round_trip.h"
 #include "support/message_of.h"
 

@@ -1,6 +1,6 @@
-#include "metamodel/ridge_solver.h"
+#include "metamodel/regression/ridge_solver.h"
 
-#include "metamodel/linear_regression.h"
+#include "metamodel/regression/linear_regression.h"
 #include "support/points.h"
 
 #include <Eigen/QR>

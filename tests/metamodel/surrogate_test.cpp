@@ -1,8 +1,8 @@
 #include "metamodel/surrogate.h"
 
 #include "foundation/exception.h"
-#include "metamodel/linear_regression.h"
-#include "metamodel/trans_min_max.h"
+#include "metamodel/regression/linear_regression.h"
+#include "metamodel/transforms/trans_min_max.h"
 #include "support/message_of.h"
 #include "support/points.h"
 

@@ -1,7 +1,7 @@
 #include "metamodel/thin_plate_splines.h"
 
 #include "foundation/exception.h"
-#include "metamodel/linear_regression_settings.h"
+#include "metamodel/regression/linear_regression_settings.h"
 #include "support/archive_round_trip.h"
 #include "support/message_of.h"
 

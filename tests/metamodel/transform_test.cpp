@@ -1,7 +1,7 @@
 #include "metamodel/factories.h"
-#include "metamodel/trans_box_cox.h"
-#include "metamodel/trans_limits.h"
-#include "metamodel/trans_min_max.h"
+#include "metamodel/transforms/trans_box_cox.h"
+#include "metamodel/transforms/trans_limits.h"
+#include "metamodel/transforms/trans_min_max.h"
 #include "support/message_of.h"
 #include "support/points.h"
 

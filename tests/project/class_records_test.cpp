@@ -1,4 +1,4 @@
-#include "project/file_header.h"
+#include "project/file/file_header.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "project/project_file.h"
+#include "project/file/project_file.h"
 
 #include "foundation/text.h"
-#include "project/file_lock.h"
+#include "project/file/file_lock.h"
 #include "project/vrdb.h"
 #include "support/archive_round_trip.h"
 #include "support/message_of.h"

@@ -1,8 +1,8 @@
 #include "project/vrdb.h"
 
 #include "metamodel/surrogate.h"
-#include "project/reliability_information.h"
-#include "project/zel_information.h"
+#include "project/records/reliability_information.h"
+#include "project/records/zel_information.h"
 #include "support/archive_round_trip.h"
 #include "support/message_of.h"
 #include "support/plate_project.h"

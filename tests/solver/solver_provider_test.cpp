@@ -1,7 +1,7 @@
 #include "solver/solver_provider.h"
 
 #include "foundation/text.h"
-#include "project/project_file.h"
+#include "project/file/project_file.h"
 #include "solver/file_signature.h"
 #include "solver/zel_solver.h"
 #include "support/message_of.h"

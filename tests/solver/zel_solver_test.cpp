@@ -1,9 +1,9 @@
 #include "solver/zel_solver.h"
 
 #include "foundation/exception.h"
-#include "project/algorithm_info.h"
-#include "project/systems_information.h"
-#include "project/zel_information.h"
+#include "project/records/algorithm_info.h"
+#include "project/records/systems_information.h"
+#include "project/records/zel_information.h"
 #include "support/archive_round_trip.h"
 #include "support/message_of.h"
 #include "support/plate_project.h"

@@ -1,5 +1,5 @@
 #include "foundation/exception.h"
-#include "stochastics/beta_quantiles.h"
+#include "stochastics/distributions/beta_quantiles.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/rv_factory.h"
 #include "stochastics/special_functions.h"

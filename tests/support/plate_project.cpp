@@ -1,8 +1,8 @@
 #include "support/plate_project.h"
 
-#include "metamodel/linear_regression.h"
-#include "project/algorithm_info.h"
-#include "project/zel_information.h"
+#include "metamodel/regression/linear_regression.h"
+#include "project/records/algorithm_info.h"
+#include "project/records/zel_information.h"
 #include "support/values.h"
 
 #include <boost/make_shared.hpp>
@@ -109,7 +109,8 @@ Eigen::MatrixXd PlateDesigns() {
   Eigen::MatrixXd points(kNumDesigns, 3);
   for (Eigen::Index d = 0; d < kNumDesigns; ++d)
     for (Eigen::Index i = 0; i < 3; ++i)
-      points(d, i) = kLower(i) + (kUpper(i) - kLower(i)) * (static_cast<double>(random()) / 4294967295.0);
+      points(d, i) =
+          kLower(i) + (kUpper(i) - kLower(i)) * (static_cast<double>(random()) / 4294967295.0);
   points.row(0) = kLower;
   points.row(1) = kUpper;
   return points;

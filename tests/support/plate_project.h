@@ -1,6 +1,6 @@
 #pragma once
 
-#include "metamodel/surrogate_info_container.h"
+#include "project/models/surrogate_info_container.h"
 #include "project/vrdb.h"
 
 #include <Eigen/Core>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "metamodel/linear_regression_settings.h"
+#include "metamodel/regression/linear_regression_settings.h"
 #include "metamodel/surrogate.h"
 
 #include <functional>

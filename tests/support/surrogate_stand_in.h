@@ -1,7 +1,7 @@
 #pragma once
 
-#include "metamodel/linear_regression.h"
-#include "metamodel/polynomial_basis.h"
+#include "metamodel/regression/linear_regression.h"
+#include "metamodel/regression/polynomial_basis.h"
 #include "support/stand_in.h"
 
 #include <boost/shared_ptr.hpp>

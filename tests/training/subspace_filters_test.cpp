@@ -1,7 +1,7 @@
 #include "training/subspace_filters.h"
 
-#include "metamodel/linear_regression.h"
-#include "metamodel/linear_regression_settings.h"
+#include "metamodel/regression/linear_regression.h"
+#include "metamodel/regression/linear_regression_settings.h"
 #include "support/points.h"
 #include "training/regression_screening.h"
 

@@ -1,0 +1,174 @@
+#include "metamodel/kriging/kernel_noise_fit.h"
+
+#include "optimizer/nlpqlp_interface.h"
+
+#include <Eigen/Cholesky>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+#include <vector>
+
+namespace corvath::math::metamodel {
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+/// Natural logarithms of the bounds.
+const double kLowestRadius = std::log(0.1);
+const double kHighestRadius = std::log(300.0);
+const double kLowestNugget = std::log(1e-8);
+const double kHighestNugget = std::log(1e4);
+/// Of the prior of the logarithm of a length scale l with exp(-d^2 / (2 l^2)).
+constexpr double kPriorVariance = 3.0;
+/// Rows up to which both starts are followed; above, the better one.
+constexpr Eigen::Index kFewRows = 150;
+
+/// The objective and its gradient by the logarithms of the nugget (entry 0) and the radii.
+class RestrictedLikelihood {
+ public:
+  RestrictedLikelihood(const Eigen::MatrixXd& points, const Eigen::VectorXd& values,
+                       bool is_anisotropic)
+      : points_(points),
+        values_(values.array() - values.mean()),
+        num_radii_(is_anisotropic ? points.cols() : 1) {
+    // A radius D weighs 0.001 at the distance D: D^2 = -2 ln(0.001) l^2.
+    const double of_scale = std::sqrt(-2.0 * std::log(0.001));
+    prior_mean_ =
+        std::sqrt(2.0) + 0.5 * std::log(static_cast<double>(points.cols())) + std::log(of_scale);
+  }
+
+  Eigen::Index GetNumber() const { return 1 + num_radii_; }
+  double GetPriorMean() const { return prior_mean_; }
+
+  /// Infinity where the correlation matrix is not positive definite.
+  double Evaluate(const Eigen::VectorXd& x, Eigen::VectorXd* gradient) {
+    const Eigen::Index n = points_.rows();
+    const double influence = -std::log(0.001);
+    theta_.resize(points_.cols());
+    for (Eigen::Index j = 0; j < theta_.size(); ++j)
+      theta_(j) = influence * std::exp(-2.0 * x(1 + (num_radii_ > 1 ? j : 0)));
+    // Squared distances by a product: the points lie in [0, 1], so cancellation costs 1e-16 of r.
+    scaled_ = points_ * theta_.cwiseSqrt().asDiagonal();
+    const Eigen::VectorXd norms = scaled_.rowwise().squaredNorm();
+    kernel_.noalias() = 2.0 * scaled_ * scaled_.transpose();
+    kernel_.colwise() -= norms;
+    kernel_.rowwise() -= norms.transpose();
+    kernel_ = kernel_.array().min(0.0).exp();
+    const double nugget = std::exp(x(0));
+    kernel_.diagonal().setConstant(1.0 + nugget);
+    factor_.compute(kernel_);
+    if (factor_.info() != Eigen::Success) return kInfinity;
+    const double log_determinant = 2.0 * factor_.matrixLLT().diagonal().array().log().sum();
+    const Eigen::VectorXd of_ones = factor_.solve(Eigen::VectorXd::Ones(n));
+    const Eigen::VectorXd of_values = factor_.solve(values_);
+    const double information = of_ones.sum();
+    const Eigen::VectorXd weights = of_values - (of_values.sum() / information) * of_ones;
+    const double freedom = static_cast<double>(n - 1);
+    const double variance = std::max(values_.dot(weights) / freedom, 1e-300);
+    double objective =
+        0.5 * (freedom * std::log(variance) + log_determinant + std::log(information));
+    for (Eigen::Index k = 1; k < x.size(); ++k)
+      objective += 0.5 * (x(k) - prior_mean_) * (x(k) - prior_mean_) / kPriorVariance;
+    if (!std::isfinite(objective)) return kInfinity;
+    if (!gradient) return objective;
+
+    // d/dp = 1/2 sum over ab of G_ab dC_ab with G = C^-1 - w w' / s^2 - a a' / 1'a.
+    inverse_ = factor_.solve(Eigen::MatrixXd::Identity(n, n));
+    inverse_.noalias() -= weights * (weights.transpose() / variance);
+    inverse_.noalias() -= of_ones * (of_ones.transpose() / information);
+    gradient->resize(x.size());
+    (*gradient)(0) = 0.5 * nugget * inverse_.trace();
+    kernel_.diagonal().setZero();
+    inverse_.array() *= kernel_.array();
+    const Eigen::VectorXd sums = inverse_.rowwise().sum();
+    const Eigen::MatrixXd product = inverse_ * points_;
+    gradient->tail(num_radii_).setZero();
+    for (Eigen::Index j = 0; j < points_.cols(); ++j) {
+      // sum of H_ab (x_a - x_b)^2
+      const double sum =
+          2.0 * (sums.dot(points_.col(j).cwiseAbs2()) - points_.col(j).dot(product.col(j)));
+      (*gradient)(1 + (num_radii_ > 1 ? j : 0)) += theta_(j) * sum;
+    }
+    for (Eigen::Index k = 1; k < x.size(); ++k)
+      (*gradient)(k) += (x(k) - prior_mean_) / kPriorVariance;
+    return objective;
+  }
+
+ private:
+  const Eigen::MatrixXd& points_;
+  Eigen::VectorXd values_;
+  Eigen::Index num_radii_;
+  double prior_mean_;
+  Eigen::VectorXd theta_;
+  Eigen::MatrixXd scaled_;
+  Eigen::MatrixXd kernel_;
+  Eigen::MatrixXd inverse_;
+  Eigen::LLT<Eigen::MatrixXd> factor_;
+};
+
+struct Trial {
+  Eigen::VectorXd x;
+  double objective;
+};
+
+/// Quasi-Newton within bounds from `start`; the best point that it meets.
+Trial Descend(RestrictedLikelihood& likelihood, const Trial& start, const Eigen::VectorXd& lower,
+              const Eigen::VectorXd& upper, const std::function<void()>& interruption_point) {
+  const Eigen::Index d = start.x.size();
+  algorithm::optimizer::NLPQLPInterface core(static_cast<std::int32_t>(d), 0, 0, 1);
+  core.ACC = 1e-4;
+  core.MAXFUN = 15;
+  core.MAXIT = 40;
+  core.SetLowerBounds(lower);
+  core.SetUpperBounds(upper);
+  core.X.col(0).head(d) = start.x;
+  Trial best = start;
+  Eigen::VectorXd gradient = Eigen::VectorXd::Zero(d);
+  do {
+    if (interruption_point) interruption_point();
+    const Eigen::VectorXd x = core.GetColumn(core.X, 0);
+    const bool wants_value = core.IFAIL == -1;
+    const double objective = likelihood.Evaluate(x, wants_value ? nullptr : &gradient);
+    if (!std::isfinite(objective) && !wants_value) return best;
+    if (objective < best.objective) best = {x, objective};
+    core.F(0) = std::isfinite(objective) ? objective : 1e10;  // a wall for the line search
+    if (!wants_value) core.DF.head(d) = gradient;
+    core.Step();
+  } while (core.IFAIL == -1 || core.IFAIL == -2);
+  return best;
+}
+
+}  // namespace
+
+KernelWithNoise FitKernelWithNoise(const Eigen::MatrixXd& points, const Eigen::VectorXd& values,
+                                   bool is_anisotropic,
+                                   const std::function<void()>& interruption_point) {
+  RestrictedLikelihood likelihood(points, values, is_anisotropic);
+  const Eigen::Index d = likelihood.GetNumber();
+  Eigen::VectorXd lower = Eigen::VectorXd::Constant(d, kLowestRadius);
+  Eigen::VectorXd upper = Eigen::VectorXd::Constant(d, kHighestRadius);
+  lower(0) = kLowestNugget;
+  upper(0) = kHighestNugget;
+  std::vector<Trial> starts;
+  const double rough = std::log(2.0) + 0.5 * std::log(static_cast<double>(points.cols()));
+  for (const auto& [radius, nugget] :
+       {std::pair{likelihood.GetPriorMean(), 1e-2}, std::pair{rough, 1e-1}}) {
+    Eigen::VectorXd x = Eigen::VectorXd::Constant(d, radius);
+    x(0) = std::log(nugget);
+    x = x.cwiseMax(lower).cwiseMin(upper);
+    starts.push_back({x, likelihood.Evaluate(x, nullptr)});
+  }
+  if (starts[1].objective < starts[0].objective) std::swap(starts[0], starts[1]);
+  if (points.rows() > kFewRows) starts.resize(1);
+  Trial best = starts[0];
+  for (const Trial& start : starts) {
+    if (!std::isfinite(start.objective)) continue;
+    const Trial end = Descend(likelihood, start, lower, upper, interruption_point);
+    if (end.objective < best.objective) best = end;
+  }
+  return {best.x.tail(d - 1).array().exp(), std::exp(best.x(0)), best.objective};
+}
+
+}  // namespace corvath::math::metamodel

@@ -1,0 +1,125 @@
+#include "project/file/project_file.h"
+
+#include "archive/portable_iarchive.h"
+#include "archive/portable_oarchive.h"
+#include "foundation/replacement_file.h"
+#include "foundation/text.h"
+#include "project/file/file_lock.h"
+#include "project/vrdb.h"
+
+#include <boost/filesystem/operations.hpp>
+#include <boost/interprocess/exceptions.hpp>
+
+#include <cerrno>
+#include <fstream>
+#include <memory>
+#include <system_error>
+#include <vector>
+
+namespace corvath::algorithm::datatypes {
+namespace {
+
+namespace fs = boost::filesystem;
+
+constexpr std::size_t kStreamBuffer = std::size_t{1} << 18;  // larger ones read no faster
+
+/// Null where there can be no lock; work then goes on without.
+std::unique_ptr<FileLock> TryLock(const fs::path& path, FileLock::Mode mode) {
+  try {
+    return std::make_unique<FileLock>(path, mode);
+  } catch (const boost::interprocess::interprocess_exception&) {
+    return nullptr;
+  }
+}
+
+void WriteContent(std::ostream& stream, const VRDB& project, const fs::path& path,
+                  const ProjectFileForm& form) {
+  project.StampMetaData();  // the header shows the same time as the archive
+  if (form.outer_header)
+    WriteFileHeader(stream, {form.header_flag, BuildHeaderText(project, path)});
+  portable_binary_oarchive archive(stream, form.archive_flags);
+  archive << project;
+  // The archive's end changes the stream's locale, and with bytes that wait for a full disk that
+  // breaks the stream so that closing it throws std::bad_cast.
+  if (!stream.flush())
+    throw boost::archive::archive_exception(boost::archive::archive_exception::output_stream_error);
+}
+
+}  // namespace
+
+const char* GetStatusText(int code) {
+  switch (code) {
+    case FileStatus::kSuccessful:
+      return "successful";
+    case FileStatus::kIncompatibleFileVersion:
+      return "incompatible file version";
+    case FileStatus::kIncompatibleProductVersion:
+      return "incompatible product version";
+    case FileStatus::kFileNotFound:
+      return "file not found";
+    case FileStatus::kInvalidStreamWhileReading:
+      return "invalid stream state while reading";
+    case FileStatus::kInvalidStreamWhileWriting:
+      return "invalid stream state while writing";
+    case FileStatus::kInvalidHeader:
+      return "invalid header found";
+    default:
+      return "unknown";
+  }
+}
+
+fs::path ToNativePath(const std::wstring& path) {
+  return utils::ToUtf8(path);
+}
+
+bool ProjectFileReader::Read(VRDB& project, std::string& header, FileStatus& status) const {
+  const std::unique_ptr<FileLock> lock = TryLock(path_, FileLock::Mode::kShared);
+  return ReadUnlocked(project, header, status);
+}
+
+bool ProjectFileReader::ReadUnlocked(VRDB& project, std::string& header, FileStatus& status) const {
+  const auto report = [&](FileStatus::Code code) {
+    status = {code, path_, GetStatusText(code)};
+    return code == FileStatus::kSuccessful;
+  };
+  std::vector<char> buffer(kStreamBuffer);
+  std::ifstream stream;
+  stream.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+  boost::system::error_code error;
+  const bool is_directory = fs::is_directory(path_, error);  // opens, but cannot be read
+  if (!is_directory) stream.open(path_.c_str(), std::ios::in | std::ios::binary);
+  if (is_directory || !stream.good()) return report(FileStatus::kInvalidStreamWhileReading);
+
+  const FileHeader outer = ReadFileHeader(stream);
+  portable_binary_iarchive archive(stream);
+  archive >> project;
+  header =
+      outer.flag != 0 ? CompleteHeaderText(outer.text, path_) : BuildHeaderText(project, path_);
+  return report(FileStatus::kSuccessful);
+}
+
+void SaveProjectFile(const VRDB& project, const fs::path& path, const ProjectFileForm& form) {
+  utils::ReplacementFile temporary(path);
+  std::vector<char> buffer(kStreamBuffer);
+  std::ofstream stream;
+  stream.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+  stream.open(temporary.GetName(), std::ios::out | std::ios::binary | std::ios::trunc);
+  errno = 0;
+  const auto throw_stream_error = [&path] {
+    const std::string reason = errno == 0 ? "" : " (" + std::system_category().message(errno) + ')';
+    utils::ThrowWriteError(path, GetStatusText(FileStatus::kInvalidStreamWhileWriting) + reason);
+  };
+  try {
+    WriteContent(stream, project, path, form);
+  } catch (const boost::archive::archive_exception& failure) {
+    if (failure.code != boost::archive::archive_exception::output_stream_error) throw;
+    throw_stream_error();
+  }
+  stream.close();
+  if (!stream) throw_stream_error();
+
+  const std::unique_ptr<FileLock> lock = TryLock(path, FileLock::Mode::kExclusive);
+  temporary.Commit();
+}
+
+}  // namespace corvath::algorithm::datatypes

@@ -1,0 +1,60 @@
+#include "stochastics/distributions/rv_exponential.h"
+
+#include "foundation/closeness.h"
+#include "stochastics/normal_quantile.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace corvath::algorithm {
+
+double RV_Exponential::GetLowerBound() const {
+  return RV_Parameter(1);
+}
+
+double RV_Exponential::PDF(double x) const {
+  const double distance = x - RV_Parameter(1);
+  return distance < 0.0 ? 0.0 : std::exp(-distance / RV_Parameter(0)) / RV_Parameter(0);
+}
+
+double RV_Exponential::CDF(double x) const {
+  const double distance = x - RV_Parameter(1);
+  if (distance < 0.0) return 0.0;
+  return std::min(-std::expm1(-distance / RV_Parameter(0)), 1.0 - math::kProbabilityMin);
+}
+
+double RV_Exponential::InverseCDF(double p) const {
+  return RV_Parameter(1) -
+         std::log1p(-std::clamp(p, 0.0, 1.0 - math::kProbabilityMin)) * RV_Parameter(0);
+}
+
+std::vector<std::wstring> RV_Exponential::GetParameterNames() const {
+  return {L"Scale parameter beta", L"Shift parameter epsilon"};
+}
+
+void RV_Exponential::SetParameters(const Eigen::VectorXd& parameters) {
+  RequireCount(parameters, 2, L": Obtained wrong number of parameters. Expected: 2, obtained: ");
+  const double beta = std::max(parameters(0), math::kEps);
+  const double mean = beta + parameters(1);
+  const double sd = RaiseToFloor(mean, beta);
+  if (sd > beta)
+    TakeStats(mean, sd);
+  else
+    Store({beta, parameters(1)}, {mean, sd});
+}
+
+void RV_Exponential::SetStats(const Eigen::VectorXd& moments) {
+  RequireCount(moments, 2, L": Wrong number of statistical moments. Expected: 2, obtained: ");
+  RequireSpread(moments(0), moments(1));
+  TakeStats(moments(0), moments(1));
+}
+
+void RV_Exponential::TakeStats(double mean, double sd) {
+  Store({sd, mean - sd}, {mean, sd});
+}
+
+void RV_Exponential::Reset() {
+  Store({1.0, 0.0}, {1.0, 1.0});
+}
+
+}  // namespace corvath::algorithm

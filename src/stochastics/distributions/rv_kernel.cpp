@@ -1,0 +1,92 @@
+#include "stochastics/distributions/rv_kernel.h"
+
+#include "foundation/exception.h"
+#include "stochastics/normal_quantile.h"
+
+#include <cmath>
+
+namespace corvath::algorithm {
+
+namespace {
+
+std::wstring TypeNumber() {
+  return std::to_wstring(static_cast<int>(enums::RandomVariable::KERNEL));
+}
+
+}  // namespace
+
+void RV_Kernel::RequireWidth() const {
+  if (!(Kernel_width > 0.0))
+    throw utils::runtime_error(L"RV '" + GetName() + L"' of type '" + TypeNumber() +
+                               L"': The samples have no spread, so there is no kernel density.");
+}
+
+double RV_Kernel::PDF(double x) const {
+  RequireWidth();
+  double sum = 0.0;
+  for (const double sample : RV_Parameter) sum += RV_Gauss.PDF((x - sample) / Kernel_width);
+  return sum / Kernel_width / static_cast<double>(RV_Parameter.size());
+}
+
+double RV_Kernel::CDF(double x) const {
+  RequireWidth();
+  double sum = 0.0;
+  for (const double sample : RV_Parameter) sum += RV_Gauss.CDF((x - sample) / Kernel_width);
+  return sum / static_cast<double>(RV_Parameter.size());
+}
+
+// Newton's method from the mean, held in a bracket: the quantile of a mixture lies between the
+// smallest and the largest one of its parts.
+double RV_Kernel::InverseCDF(double p) const {
+  RequireWidth();
+  if (std::isnan(p)) return p;
+  constexpr int kMaxSteps = 151;
+  constexpr double kTolerance = 1e-13;  // of the standard deviation
+  const double bounded = math::ClampProbability(p);
+  const double sd = RV_Statistical_Moments(1);
+  const double reach = Kernel_width * math::NormalQuantile(bounded);
+  double low = RV_Parameter.minCoeff() + reach;
+  double high = RV_Parameter.maxCoeff() + reach;
+  double x = RV_Statistical_Moments(0);
+  for (int i = 1; i < kMaxSteps; ++i) {
+    const double error = CDF(x) - bounded;
+    (error < 0.0 ? low : high) = x;
+    double next = x - error / PDF(x);
+    if (!(next > low && next < high)) next = 0.5 * (low + high);
+    const double step = next - x;
+    x = next;
+    if (std::abs(step) <= kTolerance * (sd + std::abs(x))) return x;
+  }
+  throw utils::runtime_error(L"RV '" + GetName() + L"' of type '" + TypeNumber() +
+                             L"': Iteration does not converge.");
+}
+
+std::vector<std::wstring> RV_Kernel::GetParameterNames() const {
+  return {L"Samples"};
+}
+
+void RV_Kernel::SetParameters(const Eigen::VectorXd& samples) {
+  if (samples.size() < 1)
+    throw utils::runtime_error(L"RV " + GetName() + L" of type " + TypeNumber() +
+                               L": Too few input samples given, expected: 1, obtained: " +
+                               std::to_wstring(samples.size()));
+  RequireFinite(samples);
+  const auto n = static_cast<double>(samples.size());
+  const double mean = samples.sum() / n;
+  const double sd =
+      samples.size() < 2 ? 0.0 : std::sqrt((samples.array() - mean).square().sum() / (n - 1.0));
+  RV_Parameter = Eigen::VectorXd(samples);
+  RV_Statistical_Moments = Eigen::Vector2d(mean, sd);
+  Kernel_width = sd / std::sqrt(n);
+}
+
+void RV_Kernel::SetStats(const Eigen::VectorXd&) {
+  throw utils::runtime_error(L"RV " + GetName() + L" of type " + TypeNumber() +
+                             L": SetStats cannot be used for kernel density.");
+}
+
+void RV_Kernel::Reset() {
+  RV_Kernel::SetParameters((Eigen::VectorXd(5) << -1.0, 1.0, -0.25, 0.25, 0.0).finished());
+}
+
+}  // namespace corvath::algorithm
