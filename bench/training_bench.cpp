@@ -58,7 +58,7 @@ class Stopwatch {
 void Train(benchmark::State& state, const char* function, bool anisotropic) {
   const ResponseData data = MakeData(function);
   TrainSettings settings;
-  settings.models.use_anisotropic_Kriging_ = anisotropic;
+  settings.models.anisotropic_kriging = anisotropic;
   for (auto _ : state) {
     Stopwatch stopwatch;
     const ChosenModel chosen = RunCompetition(

@@ -35,7 +35,7 @@ using ResponseWidths = std::vector<ResponseWidth>;
 /// When an id occurs twice, look-ups give the last design with it.
 class DesignManager {
  public:
-  /// Run counters. They are kept and stored; nothing in this library moves them.
+  /// Counters of the runs behind the designs, as those who run them keep them.
   class Stats {
    public:
     Stats() = default;

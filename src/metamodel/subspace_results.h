@@ -14,13 +14,14 @@ namespace corvath::math::metamodel {
 
 class SurrogateSettingsBase;
 
-/// Families of models as they are stored. The numbers have no meaning here; they are kept as read.
+/// Families of models as they are stored. A file may name one that only its writer knows.
 struct ModelType {
   enum eModelType : std::int32_t {};
 };
 
-/// One candidate that the model selection tried, with its quality figures. Kept as stored; nothing
-/// in this library reads it. The members carry the names of their keys.
+/// One candidate that a training tried, with its quality figures (CoD and CoP, adjusted for the number
+/// of coefficients, of test data; root mean square error of prediction). The members carry the names
+/// of their keys.
 struct SubspaceResults {
   ModelType::eModelType model_type{};
   boost::shared_ptr<SurrogateSettingsBase> settings;  ///< may be null; never shared after loading

@@ -31,7 +31,6 @@ using math::metamodel::RidgePenalty;
 using math::metamodel::SubspaceResults;
 using math::metamodel::SurrogateBase;
 using math::metamodel::SurrogateSettingsBase;
-using math::metamodel::ZELSettings;
 using math::transform::TransformType;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -111,25 +110,26 @@ Eigen::VectorXd SingleCoPsOfRegression(const LinearRegression& model, const Resp
 
 }  // namespace
 
-std::vector<CandidateForm> AllowedForms(const ZELSettings& settings) {
+std::vector<CandidateForm> AllowedForms(const ModelChoice& choice) {
   std::vector<CandidateForm> forms;
   const auto add = [&](Family family, std::uint64_t order, bool interactions) {
     forms.push_back({family, order, interactions, false});
-    if (settings.use_boxcox_) forms.push_back({family, order, interactions, true});
+    if (choice.box_cox) forms.push_back({family, order, interactions, true});
   };
-  if (settings.use_polynomials_)
-    for (std::uint64_t order = 1; order <= settings.max_order_polynomial_ && order <= 2; ++order) {
+  if (choice.polynomials)
+    for (std::uint64_t order = 1; order <= choice.max_polynomial_order && order <= 2; ++order) {
       for (const bool interactions : {false, true}) add(Family::kRegression, order, interactions);
       // The penalty shrinks what does not matter: one form for each order.
       const std::size_t first = forms.size();
       add(Family::kRegression, order, order == 2);
       for (std::size_t k = first; k < forms.size(); ++k) forms[k].ridge = true;
     }
-  if (settings.use_MLS_)
-    for (std::uint64_t order = 1; order <= settings.max_order_MLS_ && order <= 2; ++order)
+  if (choice.moving_least_squares)
+    for (std::uint64_t order = 1; order <= choice.max_moving_least_squares_order && order <= 2;
+         ++order)
       add(Family::kMovingLeastSquares, order, false);
-  if (settings.use_Kriging_) add(Family::kIsotropicKriging, 0, false);
-  if (settings.use_anisotropic_Kriging_) add(Family::kAnisotropicKriging, 0, false);
+  if (choice.isotropic_kriging) add(Family::kIsotropicKriging, 0, false);
+  if (choice.anisotropic_kriging) add(Family::kAnisotropicKriging, 0, false);
   return forms;
 }
 
@@ -159,7 +159,7 @@ std::wstring Describe(const CandidateForm& form) {
 boost::shared_ptr<SurrogateSettingsBase> MakeSettings(const CandidateForm& form,
                                                       const BitVector& subspace,
                                                       const ResponseData& data,
-                                                      const ZELSettings& settings) {
+                                                      const ModelChoice& choice) {
   boost::shared_ptr<SurrogateSettingsBase> made;
   switch (form.family) {
     case Family::kRegression:
@@ -174,9 +174,9 @@ boost::shared_ptr<SurrogateSettingsBase> MakeSettings(const CandidateForm& form,
       break;
   }
   if (form.box_cox) made->SetValueTransform(TransformType::kBoxCox);
-  if (settings.use_limits_) {
+  if (choice.limits) {
     made->SetLimitTransform(TransformType::kLimits);
-    made->SetLimitTransformParameter({settings.limits_.first, settings.limits_.second});
+    made->SetLimitTransformParameter({choice.limits->first, choice.limits->second});
   } else if (form.order > 0 || form.family != Family::kRegression) {
     const double lower = data.values.minCoeff();
     const double upper = data.values.maxCoeff();
@@ -190,11 +190,10 @@ boost::shared_ptr<SurrogateSettingsBase> MakeSettings(const CandidateForm& form,
 }
 
 bool IsAffordable(const SurrogateSettingsBase& model, Family family, Eigen::Index num_points,
-                  const ZELSettings& settings) {
-  double factor = settings.coeff_factor_poly_;
-  if (family == Family::kMovingLeastSquares) factor = settings.coeff_factor_mls_;
-  if (family == Family::kIsotropicKriging || family == Family::kAnisotropicKriging)
-    factor = settings.coeff_factor_kriging_;
+                  const ModelChoice& choice) {
+  const double factor = family == Family::kRegression
+                            ? choice.designs_per_coefficient
+                            : choice.designs_per_coefficient_of_local_models;
   return static_cast<double>(num_points) >=
          std::max(factor, 1.0) * static_cast<double>(model.GetNumberCoefficients());
 }

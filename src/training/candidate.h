@@ -3,8 +3,8 @@
 #include "metamodel/regression/ridge_solver.h"
 #include "metamodel/subspace_results.h"
 #include "metamodel/surrogate.h"
-#include "project/settings/zel_settings.h"
 #include "training/cross_validation.h"
+#include "training/train_settings.h"
 
 #include <boost/shared_ptr.hpp>
 
@@ -45,7 +45,7 @@ constexpr CandidateForm kConstantForm{Family::kRegression, 0, false, false};
 
 /// The forms that the settings allow, the cheapest first; each without Box-Cox transform, then with.
 /// The constant is none of them.
-std::vector<CandidateForm> AllowedForms(const math::metamodel::ZELSettings& settings);
+std::vector<CandidateForm> AllowedForms(const ModelChoice& choice);
 
 constexpr double kMargin = 0.5;
 
@@ -57,12 +57,12 @@ std::wstring Describe(const CandidateForm& form);
 /// both sides, or by the limits of the settings.
 boost::shared_ptr<math::metamodel::SurrogateSettingsBase> MakeSettings(
     const CandidateForm& form, const math::metamodel::BitVector& subspace, const ResponseData& data,
-    const math::metamodel::ZELSettings& settings);
+    const ModelChoice& choice);
 
 /// Whether `num_points` designs suffice for the coefficients of a model, by the factors of the
 /// settings.
 bool IsAffordable(const math::metamodel::SurrogateSettingsBase& model, Family family,
-                  Eigen::Index num_points, const math::metamodel::ZELSettings& settings);
+                  Eigen::Index num_points, const ModelChoice& choice);
 
 /// A new model of the family that `settings` belong to, not built.
 boost::shared_ptr<math::metamodel::SurrogateBase> MakeModel(

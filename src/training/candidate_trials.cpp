@@ -72,8 +72,7 @@ bool CandidateTrials::WasTried(const BitVector& subspace) const {
   return std::find(tried_.begin(), tried_.end(), subspace) != tried_.end();
 }
 
-CandidateTrials::CandidateTrials(const ResponseData& data,
-                                 const math::metamodel::ZELSettings& settings,
+CandidateTrials::CandidateTrials(const ResponseData& data, const TrainSettings& settings,
                                  std::vector<CandidateForm> forms, double budget,
                                  const CompetitionObserver& observer)
     : data_(data),
@@ -148,7 +147,7 @@ void CandidateTrials::Try(const std::vector<BitVector>& subspaces, double begin,
                             Costs::kIsotropic, Costs::kAnisotropic};
   if (candidates_.empty()) {
     const BitVector none(data_.num_levels.size(), false);
-    Fit({kConstantForm, none, MakeSettings(kConstantForm, none, data_, settings_), 0.0});
+    Fit({kConstantForm, none, MakeSettings(kConstantForm, none, data_, settings_.models), 0.0});
   }
   double total = 0.0;  // the costly families may get other subspaces, of much the same cost
   bool is_limited = false;
@@ -190,11 +189,11 @@ std::vector<CandidateTrials::Trial> CandidateTrials::Plan(Costs family,
       if (CostsOf(form) != family) continue;
       if (form.interactions && !form.ridge && math::metamodel::CountBits(subspaces[k]) < 2)
         continue;  // has none
-      auto settings = MakeSettings(form, subspaces[k], data_, settings_);
+      auto settings = MakeSettings(form, subspaces[k], data_, settings_.models);
       const auto p = static_cast<double>(settings->GetNumberCoefficients());
       if (form.ridge) {
         if (settings->GetNumberCoefficients() > kMostTerms || std::min(n, p) > kMostRidge) continue;
-      } else if (!IsAffordable(*settings, form.family, data_.values.size(), settings_)) {
+      } else if (!IsAffordable(*settings, form.family, data_.values.size(), settings_.models)) {
         continue;
       }
       const double cost = CostOf(form, n, p, static_cast<double>(fit_rows_.size()));

@@ -44,7 +44,7 @@ class CandidateTrials {
  public:
   /// Refers to its arguments, the forms excepted.
   /// @param budget  operations; the first trial of a family is made whatever it costs
-  CandidateTrials(const ResponseData& data, const math::metamodel::ZELSettings& settings,
+  CandidateTrials(const ResponseData& data, const TrainSettings& settings,
                   std::vector<CandidateForm> forms, double budget,
                   const CompetitionObserver& observer);
 
@@ -58,7 +58,7 @@ class CandidateTrials {
   const std::vector<Candidate>& GetCandidates() const { return candidates_; }
   /// By the coefficient of prognosis, adjusted if the settings say so.
   double GetScore(const Candidate& candidate) const {
-    return settings_.use_adj_cop_ ? candidate.results.CoPadj : candidate.results.CoP;
+    return settings_.adjusted_cop ? candidate.results.CoPadj : candidate.results.CoP;
   }
   /// A sentence on the families that the budget kept from some of the subspaces; may be empty.
   std::wstring GetLimits() const;
@@ -98,7 +98,7 @@ class CandidateTrials {
   bool IsNeutral(const Trial& trial);
 
   const ResponseData& data_;
-  const math::metamodel::ZELSettings& settings_;
+  const TrainSettings& settings_;
   const CompetitionObserver& observer_;
   std::vector<CandidateForm> forms_;
   ProbePoints probes_;

@@ -28,7 +28,7 @@ constexpr double kSpared = 0.1;
 
 }  // namespace
 
-Competition::Competition(const ResponseData& data, const math::metamodel::ZELSettings& settings,
+Competition::Competition(const ResponseData& data, const TrainSettings& settings,
                          std::vector<CandidateForm> forms, double budget,
                          const CompetitionObserver& observer)
     : data_(data),
@@ -39,7 +39,7 @@ Competition::Competition(const ResponseData& data, const math::metamodel::ZELSet
 }
 
 std::vector<const Candidate*> Competition::Run() {
-  trials_.Try(ProposeSubspaces(data_, settings_), 0.0, kFirstRound);
+  trials_.Try(ProposeSubspaces(data_, settings_.filters), 0.0, kFirstRound);
   for (int round = 0; round < kMostRounds; ++round) {
     const std::vector<BitVector> subspaces = ProposeByLeaders();
     if (subspaces.empty()) break;
@@ -124,13 +124,12 @@ std::vector<BitVector> Competition::Without(const Candidate& leader,
                                             const SurrogateBase& model) const {
   if (leader.GetNumberInputs() < 2) return {};
   Eigen::VectorXd single = trials_.ComputeSingleCoPs(leader, model);
-  for (const std::uint64_t input : settings_.info_important_)
+  for (const std::uint64_t input : settings_.filters.always)
     if (input < leader.subspace.size())
       single(static_cast<Eigen::Index>(input)) = std::numeric_limits<double>::infinity();
   const double unexplained = 1.0 - leader.results.CoP;
   std::vector<BitVector> subspaces;
-  for (const double limit :
-       {0.0, std::min(settings_.toleranceCoP_variables_, kSpared * unexplained)}) {
+  for (const double limit : {0.0, std::min(settings_.filters.spared_cop, kSpared * unexplained)}) {
     subspaces.push_back(leader.subspace);
     for (std::size_t j = 0; j < leader.subspace.size(); ++j)
       if (single(static_cast<Eigen::Index>(j)) <= limit) subspaces.back()[j] = false;
@@ -148,7 +147,7 @@ std::vector<BitVector> Competition::With(const Candidate& leader) const {
       SignificancesOfInputs(data_.points, residuals, leader.subspace);
   Eigen::Index best = 0;
   const double chance = (1.0 - significances.maxCoeff(&best)) * static_cast<double>(num_others);
-  if (chance > 1.0 - settings_.min_significance_) return {};
+  if (chance > 1.0 - settings_.filters.min_significance) return {};
   BitVector subspace = leader.subspace;
   subspace[static_cast<std::size_t>(best)] = true;
   return {subspace};

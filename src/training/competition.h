@@ -18,7 +18,7 @@ namespace corvath::training {
 class Competition {
  public:
   /// Refers to its arguments, the forms excepted.
-  Competition(const ResponseData& data, const math::metamodel::ZELSettings& settings,
+  Competition(const ResponseData& data, const TrainSettings& settings,
               std::vector<CandidateForm> forms, double budget, const CompetitionObserver& observer);
 
   /// The best sound candidate of each form, the constant first; valid as long as the competition. Of
@@ -42,7 +42,7 @@ class Competition {
   std::vector<math::metamodel::BitVector> With(const Candidate& leader) const;
 
   const ResponseData& data_;
-  const math::metamodel::ZELSettings& settings_;
+  const TrainSettings& settings_;
   std::vector<CandidateForm> forms_;  ///< the constant first
   CandidateTrials trials_;
   std::map<std::size_t, bool> is_sound_;  ///< of the candidates for which it was asked

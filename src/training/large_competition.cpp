@@ -54,8 +54,7 @@ struct Fit {
 
 /// The winner, fitted to as many rows as its family bears.
 Fit FitToMany(const Candidate& winner, const Rows& competed, const ResponseData& data,
-              const math::metamodel::ZELSettings& settings,
-              const std::function<void()>& interruption_point) {
+              const TrainSettings& settings, const std::function<void()>& interruption_point) {
   Fit fit;
   if (winner.form.family == Family::kMovingLeastSquares)
     fit.rows = competed;
@@ -63,7 +62,7 @@ Fit FitToMany(const Candidate& winner, const Rows& competed, const ResponseData&
     fit.rows =
         SpreadRows(data.points, IsKriging(winner.form.family) ? kMostKriging : kMostRegression);
   const ResponseData some = RowsOf(data, fit.rows);
-  const auto form = MakeSettings(winner.form, winner.subspace, some, settings);
+  const auto form = MakeSettings(winner.form, winner.subspace, some, settings.models);
   FittedForm fitted;
   if (winner.form.family == Family::kMovingLeastSquares) {
     fitted.model = MakeModel(*winner.results.settings, some.points, some.values);
@@ -97,9 +96,8 @@ const Candidate& ChooseByAll(CandidateTrials& trials,
 
 }  // namespace
 
-ChosenModel RunLargeCompetition(const ResponseData& data,
-                                const math::metamodel::ZELSettings& settings, double budget,
-                                const CompetitionObserver& observer) {
+ChosenModel RunLargeCompetition(const ResponseData& data, const TrainSettings& settings,
+                                double budget, const CompetitionObserver& observer) {
   const Eigen::Index n = data.values.size();
   const Rows competed = SpreadRows(data.points, std::min(kMostRows, 2 * n / 3));
   const ResponseData some = RowsOf(data, competed);
@@ -107,7 +105,7 @@ ChosenModel RunLargeCompetition(const ResponseData& data,
   const CompetitionObserver in_part = [&](const std::wstring& text, double share) {
     observer(text, kCompeted * share);
   };
-  Competition competition(some, settings, AllowedForms(settings), budget, in_part);
+  Competition competition(some, settings, AllowedForms(settings.models), budget, in_part);
   const std::vector<const Candidate*> finalists = competition.Run();
   CandidateTrials& trials = competition.GetTrials();
   const Rows others = Without(n, competed);

@@ -5,8 +5,7 @@
 namespace corvath::training {
 
 /// RunCompetition for more rows than every family can bear, see there.
-ChosenModel RunLargeCompetition(const ResponseData& data,
-                                const math::metamodel::ZELSettings& settings, double budget,
-                                const CompetitionObserver& observer);
+ChosenModel RunLargeCompetition(const ResponseData& data, const TrainSettings& settings,
+                                double budget, const CompetitionObserver& observer);
 
 }  // namespace corvath::training

@@ -90,13 +90,12 @@ struct FormForecast {
 };
 
 /// Predictions at `points` by the best of each form in a competition among `data`.
-std::vector<FormForecast> PredictByEachForm(const ResponseData& data,
-                                            const math::metamodel::ZELSettings& settings,
+std::vector<FormForecast> PredictByEachForm(const ResponseData& data, const TrainSettings& settings,
                                             double budget, const Eigen::MatrixXd& points,
                                             const CompetitionObserver& observer) {
   std::vector<FormForecast> forecasts;
   if (!IsConstantColumn(data.values)) {
-    Competition competition(data, settings, AllowedForms(settings), budget, observer);
+    Competition competition(data, settings, AllowedForms(settings.models), budget, observer);
     for (const Candidate* best : competition.Run())
       forecasts.push_back({best->form, competition.GetTrials().Build(*best)->Approximate(points)});
   } else {
@@ -177,14 +176,14 @@ ChosenModel ChooseAmongAll(const ResponseData& data, const TrainSettings& settin
     };
   };
   const CompetitionObserver of_all = observer_of(num_groups);
-  Competition competition(data, settings.models, AllowedForms(settings.models), budget, of_all);
+  Competition competition(data, settings, AllowedForms(settings.models), budget, of_all);
   std::vector<const Candidate*> finalists;
   utils::ParallelTasks(num_groups + 1, [&](std::size_t g) {
     if (g == num_groups)
       finalists = competition.Run();
     else
       honest.forecasts[g] =
-          PredictByEachForm(RowsOf(data, honest.WithoutGroup(g)), settings.models, budget,
+          PredictByEachForm(RowsOf(data, honest.WithoutGroup(g)), settings, budget,
                             data.points(honest.members[g], Eigen::all), observer_of(g));
   });
   honest.Collect(finalists);
@@ -204,8 +203,7 @@ ChosenModel ChooseAmongAll(const ResponseData& data, const TrainSettings& settin
 ChosenModel RunCompetition(const ResponseData& data, const TrainSettings& settings,
                            const CompetitionObserver& observer) {
   const double budget = settings.budget_seconds * kOperationsPerSecond;
-  if (data.values.size() > kMostRows)
-    return RunLargeCompetition(data, settings.models, budget, observer);
+  if (data.values.size() > kMostRows) return RunLargeCompetition(data, settings, budget, observer);
   return ChooseAmongAll(data, settings, budget, observer);
 }
 

@@ -10,6 +10,7 @@
 #include "project/models/surrogate_info_container.h"
 #include "project/records/algorithm_info.h"
 #include "project/records/zel_information.h"
+#include "training/settings_record.h"
 
 #include <boost/make_shared.hpp>
 
@@ -139,7 +140,7 @@ void StudyWriter::AddDesigns(const CriterionSequence& criteria) {
 void StudyWriter::AddSettings(const TrainSettings& settings) {
   auto& zel = *project_.GetAlgorithmInfo()->GetZELInformation();
   zel::ZELCombinedSettings combined;
-  combined.advanced_settings_.pzel_settings_ = settings.models;
+  combined.advanced_settings_.pzel_settings_ = RecordOf(settings);
   combined.advanced_settings_.num_parallel_ = 1;
   combined.automatic_settings_.num_parallel_ = 1;
   for (const Parameter& parameter : project_.GetParameterManager().GetAllParameters())

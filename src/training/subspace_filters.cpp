@@ -13,7 +13,6 @@ namespace corvath::training {
 namespace {
 
 using math::metamodel::BitVector;
-using math::metamodel::ZELSettings;
 
 /// Levels of one filter at most, whatever steps the settings ask for.
 constexpr int kMostLevels = 100;
@@ -63,7 +62,7 @@ BitVector NotBelow(const Eigen::VectorXd& measures, double limit) {
 }
 
 /// step, 2 step, ... up to `largest`; that alone for a step that makes no sense.
-std::vector<double> Levels(double step, double largest) {
+std::vector<double> LevelsOf(double step, double largest) {
   if (!(step > 0.0 && step < largest)) return {largest};
   std::vector<double> levels;
   constexpr double kRounding = 1e-9;
@@ -75,9 +74,9 @@ std::vector<double> Levels(double step, double largest) {
 /// Subspaces in the order in which they come, each once.
 class Proposals {
  public:
-  Proposals(const ResponseData& data, const ZELSettings& settings)
+  Proposals(const ResponseData& data, const InputFilters& filters)
       : always_(data.num_levels.size(), false), never_(data.num_levels.size(), false) {
-    for (const std::uint64_t input : settings.info_important_)
+    for (const std::uint64_t input : filters.always)
       if (input < always_.size()) always_[input] = true;
     // An input may be constant in just those designs that have this response.
     for (std::size_t j = 0; j < never_.size(); ++j) never_[j] = data.num_levels[j] < 2;
@@ -99,25 +98,25 @@ class Proposals {
   std::vector<BitVector> subspaces_;
 };
 
-void FilterByCorrelation(const ResponseData& data, const ZELSettings& settings, Proposals& found) {
-  const Eigen::VectorXd correlations = Correlations(data, settings.use_spearman_);
-  if (settings.use_significance_filter_) {
+void FilterByCorrelation(const ResponseData& data, const InputFilters& filters, Proposals& found) {
+  const Eigen::VectorXd correlations = Correlations(data, filters.rank_correlation);
+  if (filters.by_significance) {
     const Eigen::VectorXd significances = correlations.unaryExpr(
         [&](double correlation) { return Significance(correlation, data.values.size()); });
-    found.Add(NotBelow(significances, settings.min_significance_));
-    for (const double level : Levels(settings.step_significance_, 1.0 - settings.min_significance_))
-      if (settings.min_significance_ + level < 1.0 - 0.5 * settings.step_significance_)
-        found.Add(NotBelow(significances, settings.min_significance_ + level));
+    found.Add(NotBelow(significances, filters.min_significance));
+    for (const double level : LevelsOf(filters.significance_step, 1.0 - filters.min_significance))
+      if (filters.min_significance + level < 1.0 - 0.5 * filters.significance_step)
+        found.Add(NotBelow(significances, filters.min_significance + level));
   }
   const auto steps =
-      static_cast<int>(std::min<std::uint64_t>(settings.num_corr_steps_, kMostLevels));
-  for (int k = 1; settings.use_corr_filter_ && k < steps; ++k)
+      static_cast<int>(std::min<std::uint64_t>(filters.correlation_steps, kMostLevels));
+  for (int k = 1; filters.by_correlation && k < steps; ++k)
     found.Add(NotBelow(correlations, correlations.maxCoeff() * k / steps));
 }
 
 /// Of subspaces of falling size the last that explain at most a tolerance less than the best.
 void ProposeFewest(const std::vector<BitVector>& sequence, const std::vector<double>& shares,
-                   const ZELSettings& settings, Proposals& found) {
+                   const InputFilters& filters, Proposals& found) {
   const double best = *std::max_element(shares.begin(), shares.end());
   const auto fewest = [&](double tolerance) {
     std::size_t k = shares.size() - 1;
@@ -125,12 +124,12 @@ void ProposeFewest(const std::vector<BitVector>& sequence, const std::vector<dou
     return sequence[k];
   };
   found.Add(fewest(0.0));
-  for (const double tolerance : Levels(settings.step_CoD_, settings.max_CoD_))
+  for (const double tolerance : LevelsOf(filters.quality.step, filters.quality.largest))
     found.Add(fewest(tolerance));
 }
 
 /// Leaves out the least important input again and again.
-void FilterByQuality(RegressionScreening screening, const ZELSettings& settings, Proposals& found) {
+void FilterByQuality(RegressionScreening screening, const InputFilters& filters, Proposals& found) {
   std::vector<BitVector> sequence{screening.GetInputs()};
   std::vector<double> shares{screening.GetDetermination()};
   const auto num_inputs = std::count(sequence[0].begin(), sequence[0].end(), true);
@@ -146,37 +145,38 @@ void FilterByQuality(RegressionScreening screening, const ZELSettings& settings,
     sequence.push_back(screening.GetInputs());
     shares.push_back(screening.GetDetermination());
   }
-  ProposeFewest(sequence, shares, settings, found);
+  ProposeFewest(sequence, shares, filters, found);
 }
 
 /// Takes inputs in again and again.
-void FilterForward(const ResponseData& data, const ZELSettings& settings, Proposals& found) {
+void FilterForward(const ResponseData& data, const InputFilters& filters, Proposals& found) {
   std::vector<BitVector> sequence;
   std::vector<double> shares;
-  for (ForwardStep& step : SelectForward(data, settings.use_adj_cod_, settings.min_significance_)) {
+  for (ForwardStep& step :
+       SelectForward(data, filters.adjusted_determination, filters.min_significance)) {
     sequence.insert(sequence.begin(), std::move(step.inputs));
     shares.insert(shares.begin(), step.determination);
   }
-  if (!sequence.empty()) ProposeFewest(sequence, shares, settings, found);
+  if (!sequence.empty()) ProposeFewest(sequence, shares, filters, found);
 }
 
 }  // namespace
 
-std::vector<BitVector> ProposeSubspaces(const ResponseData& data, const ZELSettings& settings) {
+std::vector<BitVector> ProposeSubspaces(const ResponseData& data, const InputFilters& filters) {
   const auto m = static_cast<std::size_t>(data.points.cols());
-  Proposals found(data, settings);
+  Proposals found(data, filters);
   found.Add(BitVector(m, true));
-  FilterByCorrelation(data, settings, found);
-  if (settings.use_coi_filter_ || settings.use_cod_filter_) {
-    const RegressionScreening screening(data, settings.use_adj_cod_);
-    if (settings.use_coi_filter_) {
+  FilterByCorrelation(data, filters, found);
+  if (filters.by_importance || filters.by_quality) {
+    const RegressionScreening screening(data, filters.adjusted_determination);
+    if (filters.by_importance) {
       const Eigen::VectorXd importances = screening.GetLosses();
-      for (const double level : Levels(settings.step_CoI_, settings.max_CoI_))
+      for (const double level : LevelsOf(filters.importance.step, filters.importance.largest))
         found.Add(NotBelow(importances, level));
     }
-    if (settings.use_cod_filter_) {
-      FilterByQuality(screening, settings, found);
-      FilterForward(data, settings, found);
+    if (filters.by_quality) {
+      FilterByQuality(screening, filters, found);
+      FilterForward(data, filters, found);
     }
   }
   return found.Take();

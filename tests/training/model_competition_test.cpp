@@ -143,9 +143,9 @@ TEST(ModelCompetition, OnlyAllowedFamiliesCompete) {
   const ResponseData data = DataOf(support::LatinHypercubeSample(Function("Branin"), 60, 1));
   const auto families = [&](auto allow) {
     TrainSettings settings;
-    settings.models.use_polynomials_ = settings.models.use_MLS_ = false;
-    settings.models.use_Kriging_ = settings.models.use_anisotropic_Kriging_ = false;
-    settings.models.use_boxcox_ = false;
+    settings.models.polynomials = settings.models.moving_least_squares = false;
+    settings.models.isotropic_kriging = settings.models.anisotropic_kriging = false;
+    settings.models.box_cox = false;
     allow(settings.models);
     std::vector<std::wstring> names;
     for (const auto& tried : Compete(data, settings).tried) {
@@ -156,19 +156,18 @@ TEST(ModelCompetition, OnlyAllowedFamiliesCompete) {
     }
     return names;
   };
-  using Settings = math::metamodel::ZELSettings;
   using Names = std::vector<std::wstring>;
-  EXPECT_EQ(families([](Settings& s) { s.use_polynomials_ = true; }),
+  EXPECT_EQ(families([](ModelChoice& s) { s.polynomials = true; }),
             (Names{L"Linear Regression | 1", L"Linear Regression | 2"}));
-  EXPECT_EQ(families([](Settings& s) {
-              s.use_MLS_ = true;
-              s.max_order_MLS_ = 1;
+  EXPECT_EQ(families([](ModelChoice& s) {
+              s.moving_least_squares = true;
+              s.max_moving_least_squares_order = 1;
             }),
             (Names{L"Linear Regression | 1", L"Moving Least Squares | 1"}))
       << "the constant competes always";
-  EXPECT_EQ(families([](Settings& s) { s.use_Kriging_ = true; }),
+  EXPECT_EQ(families([](ModelChoice& s) { s.isotropic_kriging = true; }),
             (Names{L"Linear Regression | 1", L"Isotropic Kriging | 0"}));
-  EXPECT_EQ(families([](Settings& s) { s.use_anisotropic_Kriging_ = true; }),
+  EXPECT_EQ(families([](ModelChoice& s) { s.anisotropic_kriging = true; }),
             (Names{L"Linear Regression | 1", L"Anisotropic Kriging | 0"}));
 }
 
@@ -190,8 +189,8 @@ TEST(ModelCompetition, TheWinnerPredictsEverywhereInTheBounds) {
   const Eigen::VectorXd values =
       (20.0 * points.col(0)).array().sin() + (20.0 * points.col(1)).array().cos();
   TrainSettings settings;
-  settings.models.use_polynomials_ = settings.models.use_Kriging_ = false;
-  settings.models.use_anisotropic_Kriging_ = false;
+  settings.models.polynomials = settings.models.isotropic_kriging = false;
+  settings.models.anisotropic_kriging = false;
   const ChosenModel chosen = Compete(MakeResponseData(points, values, 20, 1), settings);
   Eigen::MatrixXd grid(101 * 101, 2);
   for (Eigen::Index i = 0; i < grid.rows(); ++i)

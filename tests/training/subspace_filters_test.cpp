@@ -15,7 +15,6 @@ namespace {
 using math::metamodel::BitVector;
 using math::metamodel::LinearRegression;
 using math::metamodel::LinearRegressionSettings;
-using math::metamodel::ZELSettings;
 
 /// n designs of m inputs with y = 3 x0 + x1 + 0.1 noise.
 ResponseData LinearData(Eigen::Index n, Eigen::Index m) {
@@ -70,7 +69,7 @@ TEST(RegressionScreening, TakesNoMoreInputsThanTheDesignsSufficeForTwice) {
 
 TEST(SubspaceFilters, ProposeAllInputsFirstAndThoseThatMatter) {
   const ResponseData data = LinearData(60, 8);
-  const auto subspaces = ProposeSubspaces(data, ZELSettings());
+  const auto subspaces = ProposeSubspaces(data, InputFilters());
   ASSERT_FALSE(subspaces.empty());
   EXPECT_EQ(subspaces[0], BitVector(8, true));
   BitVector true_ones(8, false);
@@ -84,18 +83,16 @@ TEST(SubspaceFilters, ProposeAllInputsFirstAndThoseThatMatter) {
 
 TEST(SubspaceFilters, EachFilterCanBeSwitchedOffAndImportantInputsStay) {
   const ResponseData data = LinearData(60, 8);
-  ZELSettings none;
-  none.use_significance_filter_ = none.use_coi_filter_ = none.use_cod_filter_ = false;
-  none.use_corr_filter_ = false;
+  InputFilters none;
+  none.by_significance = none.by_importance = none.by_quality = false;
+  none.by_correlation = false;
   EXPECT_EQ(ProposeSubspaces(data, none).size(), 1u);
-  for (bool ZELSettings::*filter :
-       {&ZELSettings::use_significance_filter_, &ZELSettings::use_coi_filter_,
-        &ZELSettings::use_cod_filter_, &ZELSettings::use_corr_filter_}) {
-    ZELSettings one = none;
+  for (bool InputFilters::*filter : {&InputFilters::by_significance, &InputFilters::by_importance,
+                                     &InputFilters::by_quality, &InputFilters::by_correlation}) {
+    InputFilters one = none;
     one.*filter = true;
     EXPECT_GT(ProposeSubspaces(data, one).size(), 1u);
-    one.info_important_.resize(1);
-    one.info_important_ << 6;
+    one.always = {6};
     for (const BitVector& subspace : ProposeSubspaces(data, one)) EXPECT_TRUE(subspace[6]);
   }
 }
@@ -106,11 +103,11 @@ TEST(SubspaceFilters, RanksSeeAMonotoneDependenceThatIsNotLinear) {
   Eigen::MatrixXd points = support::UniformPoints(n, 2, 3);
   const Eigen::VectorXd values = points.col(0).array().pow(40.0);
   const ResponseData data = MakeResponseData(points, values, 5, 1);
-  ZELSettings settings;
-  settings.use_coi_filter_ = settings.use_cod_filter_ = settings.use_corr_filter_ = false;
-  settings.min_significance_ = 0.999999;
+  InputFilters settings;
+  settings.by_importance = settings.by_quality = settings.by_correlation = false;
+  settings.min_significance = 0.999999;
   EXPECT_EQ(ProposeSubspaces(data, settings).size(), 1u);
-  settings.use_spearman_ = true;
+  settings.rank_correlation = true;
   const auto subspaces = ProposeSubspaces(data, settings);
   ASSERT_EQ(subspaces.size(), 2u);
   EXPECT_EQ(subspaces[1], (BitVector{true, false}));

@@ -47,7 +47,7 @@ TrainingTable MakeTable() {
 
 TrainSettings QuickSettings() {
   TrainSettings settings;
-  settings.models.use_Kriging_ = settings.models.use_anisotropic_Kriging_ = false;
+  settings.models.isotropic_kriging = settings.models.anisotropic_kriging = false;
   return settings;
 }
 
@@ -186,12 +186,14 @@ TEST(TrainStudy, TheProjectHoldsTheWholeTable) {
       3u);
   EXPECT_EQ(project.GetDesignContainer().GetStats().failed_, 3u);
   const auto& zel = *project.GetAlgorithmInfo()->GetZELInformation();
-  EXPECT_TRUE(zel.zel_settings_->advanced_settings_.pzel_settings_.IsEqual(QuickSettings().models));
+  const auto& record = zel.zel_settings_->advanced_settings_.pzel_settings_;
+  EXPECT_TRUE(record.use_MLS_ && record.use_polynomials_);
+  EXPECT_FALSE(record.use_Kriging_ || record.use_anisotropic_Kriging_);
 }
 
 TEST(TrainStudy, TheSameSeedGivesTheSameStudy) {
   TrainSettings settings = QuickSettings();
-  settings.models.use_MLS_ = false;
+  settings.models.moving_least_squares = false;
   TrainingTable table = MakeTable();
   const TrainedStudy once = TrainStudy(table, settings);
   const TrainedStudy again = TrainStudy(table, settings);
@@ -238,7 +240,7 @@ TEST(TrainStudy, RefusesWhatCannotBeTrainedOn) {
   EXPECT_EQ(refusal([](Table&, Settings& settings) { settings.num_groups = 1; }),
             "At least two groups are needed for cross-validation.");
   EXPECT_EQ(refusal([](Table&, Settings& settings) {
-              settings.models.use_polynomials_ = settings.models.use_MLS_ = false;
+              settings.models.polynomials = settings.models.moving_least_squares = false;
             }),
             "No family of models is allowed.");
   CriterionSequence criteria;

@@ -74,7 +74,7 @@ class SurrogateInfo {
   /// @throws corvath::utils::runtime_error "Subspace is not set properly."
   bool IsParameterOutsideSubspace(const std::wstring& name) const;
 
-  /// How the model was tested, as stored; no logic reads it.
+  /// How the model was tested; carried from file to file.
   std::int32_t GetTestingType() const { return testing_type_; }
   void SetTestingType(std::int32_t type) { testing_type_ = type; }
 

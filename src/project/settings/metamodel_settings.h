@@ -14,7 +14,7 @@
 
 namespace corvath::math::metamodel {
 
-/// How the models were tested. The numbers are carried as they stand; no logic reads them.
+/// How the models were tested; carried from file to file.
 namespace TestingType {
 enum eTestingType : std::int32_t {};
 }

@@ -6,7 +6,7 @@
 
 namespace corvath::zel {
 
-/// Numbers carried as they stand; no logic reads them.
+/// Numbers of the dialogue that made the models; carried from file to file.
 enum eModelComplexityType : std::int32_t {};
 enum eVariableReductionType : std::int32_t {};
 

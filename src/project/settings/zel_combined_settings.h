@@ -12,7 +12,7 @@
 
 namespace corvath::zel {
 
-/// A number carried as it stands; no logic reads it.
+/// Which of the settings were in use; carried from file to file.
 enum eSettingsType : std::int32_t {};
 
 /// All settings with which a project's models were made, and the only entry point to them.
