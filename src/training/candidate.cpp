@@ -219,7 +219,7 @@ FittedForm FitForm(const CandidateForm& form, const SurrogateSettingsBase& setti
   bool is_built = false;
   if (form.ridge) {
     auto& regression = dynamic_cast<LinearRegression&>(*model);
-    fitted.penalty = regression.BuildOptimalRidge(data.groups, fitted.predicted);
+    fitted.penalty = regression.BuildOptimalRidge(data.singles, data.groups, fitted.predicted);
     is_built = model->IsBuilt() && fitted.predicted.size() > 0;
   } else if (auto* kriging = dynamic_cast<OrdinaryKriging*>(model.get())) {
     is_built = kriging->BuildWithNoise(fit_rows);

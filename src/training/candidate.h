@@ -40,6 +40,12 @@ inline bool IsSameForm(const CandidateForm& a, const CandidateForm& b) {
          a.box_cox == b.box_cox && a.ridge == b.ridge;
 }
 
+/// Whether its free parameters shrink what the data do not support: penalties, and nuggets.
+inline bool Shrinks(const CandidateForm& form) {
+  return form.ridge || form.family == Family::kIsotropicKriging ||
+         form.family == Family::kAnisotropicKriging;
+}
+
 /// The mean: what every other model must beat.
 constexpr CandidateForm kConstantForm{Family::kRegression, 0, false, false};
 

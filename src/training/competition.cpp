@@ -38,7 +38,7 @@ Competition::Competition(const ResponseData& data, const TrainSettings& settings
   forms_.insert(forms_.begin(), kConstantForm);
 }
 
-std::vector<const Candidate*> Competition::Run() {
+Finalists Competition::Run() {
   trials_.Try(ProposeSubspaces(data_, settings_.filters), 0.0, kFirstRound);
   for (int round = 0; round < kMostRounds; ++round) {
     const std::vector<BitVector> subspaces = ProposeByLeaders();
@@ -46,11 +46,16 @@ std::vector<const Candidate*> Competition::Run() {
     const double width = (1.0 - kFirstRound) / kMostRounds;
     trials_.Try(subspaces, kFirstRound + width * round, width);
   }
-  std::vector<const Candidate*> finalists;
+  Finalists finalists;
   for (const bool needs_sound : {true, false}) {
     for (const CandidateForm& form : forms_) {
       const std::size_t best = BestOf(form, needs_sound);
-      if (best != kNone) finalists.push_back(&At(best));
+      if (best != kNone) finalists.push_back({&At(best)});
+    }
+    for (const CandidateForm& form : forms_) {
+      if (!Shrinks(form) || form.box_cox) continue;
+      const std::size_t whole = WholeOf(form, needs_sound);
+      if (whole != kNone) finalists.push_back({&At(whole), /*is_whole=*/true});
     }
     if (!finalists.empty()) return finalists;
   }
@@ -96,6 +101,19 @@ std::size_t Competition::BestOf(const CandidateForm& form, bool needs_sound) {
         return std::make_pair(candidate.GetNumberInputs(), -ScoreOf(candidate));
       },
       needs_sound);
+}
+
+std::size_t Competition::WholeOf(const CandidateForm& form, bool needs_sound) {
+  const auto is_whole = [&](const BitVector& subspace) {
+    for (std::size_t j = 0; j < subspace.size(); ++j)
+      if (!subspace[j] && data_.num_levels[j] > 1) return false;
+    return true;
+  };
+  return First(
+      [&](const Candidate& candidate) {
+        return IsSameForm(candidate.form, form) && is_whole(candidate.subspace);
+      },
+      [&](const Candidate& candidate) { return -ScoreOf(candidate); }, needs_sound);
 }
 
 /// New subspaces around that of the best model of each family: without the inputs that it can

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "training/candidate_trials.h"
+#include "training/finalist.h"
 
 #include <cstddef>
 #include <map>
@@ -21,10 +21,12 @@ class Competition {
   Competition(const ResponseData& data, const TrainSettings& settings,
               std::vector<CandidateForm> forms, double budget, const CompetitionObserver& observer);
 
-  /// The best sound candidate of each form, the constant first; valid as long as the competition. Of
-  /// those with much the same errors as the one of the highest score, the one of the fewest inputs. Without a sound candidate at all soundness does not count.
+  /// The best sound candidate of each form, the constant first; of those with much the same errors as
+  /// the one of the highest score, the one of the fewest inputs. Then, of the forms that shrink what
+  /// the data do not support, that over all inputs. Valid as long as the competition. Without a
+  /// sound candidate at all soundness does not count.
   /// @throws TrainingError  no candidate can be built
-  std::vector<const Candidate*> Run();
+  Finalists Run();
   CandidateTrials& GetTrials() { return trials_; }
 
  private:
@@ -34,6 +36,7 @@ class Competition {
   double ScoreOf(const Candidate& candidate) const { return trials_.GetScore(candidate); }
   bool IsSoundAt(std::size_t position);
   std::size_t BestOf(const CandidateForm& form, bool needs_sound);
+  std::size_t WholeOf(const CandidateForm& form, bool needs_sound);
   template <class Admits, class Rank>
   std::size_t First(const Admits& admits, const Rank& rank, bool needs_sound);
   std::vector<math::metamodel::BitVector> ProposeByLeaders();

@@ -3,6 +3,7 @@
 #include "doe/random_draws.h"
 
 #include <algorithm>
+#include <limits>
 #include <numeric>
 #include <vector>
 
@@ -54,6 +55,7 @@ ResponseData MakeResponseData(Eigen::MatrixXd points, Eigen::VectorXd values,
   Eigen::MatrixXd rows(points.rows(), points.cols() + 1);
   rows << points, values;
   data.groups = MakeGroups(rows, num_groups, seed);
+  data.singles = MakeGroups(rows, std::numeric_limits<std::uint32_t>::max(), seed);
   for (const auto& column : points.colwise()) data.num_levels.push_back(CountLevels(column));
   data.points = std::move(points);
   data.values = std::move(values);
@@ -65,6 +67,7 @@ ResponseData RowsOf(const ResponseData& data, const std::vector<Eigen::Index>& r
   some.points = data.points(rows, Eigen::all);
   some.values = data.values(rows);
   some.groups = data.groups(rows);
+  some.singles = data.singles(rows);
   for (const auto& column : some.points.colwise()) some.num_levels.push_back(CountLevels(column));
   return some;
 }

@@ -12,10 +12,11 @@ namespace corvath::training {
 
 /// The data of one response and how predictions of it are judged.
 struct ResponseData {
-  Eigen::MatrixXd points;               ///< n x m
-  Eigen::VectorXd values;               ///< n
-  math::metamodel::IndexVector groups;  ///< n: cross-validation groups
-  std::vector<std::size_t> num_levels;  ///< m: different values of each input
+  Eigen::MatrixXd points;                ///< n x m
+  Eigen::VectorXd values;                ///< n
+  math::metamodel::IndexVector groups;   ///< n: cross-validation groups
+  math::metamodel::IndexVector singles;  ///< n: a label for each design; copies share one
+  std::vector<std::size_t> num_levels;   ///< m: different values of each input
 };
 
 /// Designs that coincide in inputs and value share a group; measurements that were repeated, and

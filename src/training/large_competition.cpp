@@ -78,20 +78,20 @@ Fit FitToMany(const Candidate& winner, const Rows& competed, const ResponseData&
 }
 
 /// The finalist that wins by predictions at `judged` beside those of its own cross-validation.
-const Candidate& ChooseByAll(CandidateTrials& trials,
-                             const std::vector<const Candidate*>& finalists,
+const Candidate& ChooseByAll(CandidateTrials& trials, const Finalists& finalists,
                              const ResponseData& competed, const ResponseData& judged) {
   const Eigen::Index n = competed.values.size();
   Eigen::VectorXd values(n + judged.values.size());
   values << competed.values, judged.values;
   Eigen::MatrixXd predicted(values.size(), static_cast<Eigen::Index>(finalists.size()));
   for (std::size_t k = 0; k < finalists.size(); ++k) {
-    trials.Observe(Describe(finalists[k]->form) + L", judged on all designs");
-    predicted.col(static_cast<Eigen::Index>(k)) << finalists[k]->predicted,
-        trials.Build(*finalists[k])->Approximate(judged.points);
+    const Candidate& finalist = *finalists[k].candidate;
+    trials.Observe(Describe(finalist.form) + L", judged on all designs");
+    predicted.col(static_cast<Eigen::Index>(k)) << finalist.predicted,
+        trials.Build(finalist)->Approximate(judged.points);
   }
   constexpr std::size_t kNoGroups = 1;  // most of these designs are new to the models
-  return *finalists[ChooseForm(finalists, SquaredErrors(values, predicted), kNoGroups)];
+  return *finalists[Choose(finalists, SquaredErrors(values, predicted), kNoGroups)].candidate;
 }
 
 }  // namespace
@@ -106,7 +106,7 @@ ChosenModel RunLargeCompetition(const ResponseData& data, const TrainSettings& s
     observer(text, kCompeted * share);
   };
   Competition competition(some, settings, AllowedForms(settings.models), budget, in_part);
-  const std::vector<const Candidate*> finalists = competition.Run();
+  const Finalists finalists = competition.Run();
   CandidateTrials& trials = competition.GetTrials();
   const Rows others = Without(n, competed);
   const Rows judged = Pick(others, SpreadRows(data.points(others, Eigen::all), kMostJudged));

@@ -83,34 +83,43 @@ ChosenModel Finish(CandidateTrials& trials, const Candidate& winner, const Respo
   return chosen;
 }
 
-/// What the best of a form predicts; forms without a model are not there.
+/// What a finalist predicts; forms without a model are not there.
 struct FormForecast {
   CandidateForm form;
+  bool is_whole;
   Eigen::VectorXd predicted;
 };
 
-/// Predictions at `points` by the best of each form in a competition among `data`.
+/// Predictions at `points` by the finalists of a competition among `data`.
 std::vector<FormForecast> PredictByEachForm(const ResponseData& data, const TrainSettings& settings,
                                             double budget, const Eigen::MatrixXd& points,
                                             const CompetitionObserver& observer) {
   std::vector<FormForecast> forecasts;
   if (!IsConstantColumn(data.values)) {
     Competition competition(data, settings, AllowedForms(settings.models), budget, observer);
-    for (const Candidate* best : competition.Run())
-      forecasts.push_back({best->form, competition.GetTrials().Build(*best)->Approximate(points)});
+    std::map<const Candidate*, Eigen::VectorXd> known;  // one may be a finalist twice
+    for (const auto& [candidate, is_whole] : competition.Run()) {
+      Eigen::VectorXd& predicted = known[candidate];
+      if (predicted.size() == 0)
+        predicted = competition.GetTrials().Build(*candidate)->Approximate(points);
+      forecasts.push_back({candidate->form, is_whole, predicted});
+    }
   } else {
     forecasts.push_back(
-        {kConstantForm, Eigen::VectorXd::Constant(points.rows(), data.values.mean())});
+        {kConstantForm, false, Eigen::VectorXd::Constant(points.rows(), data.values.mean())});
   }
   return forecasts;
 }
 
-/// The forecast of a form. One that has no model here because its transform turned out to be none
-/// predicts as without it; one that has too few designs here, by the mean.
-const Eigen::VectorXd& ForecastOf(CandidateForm form, const std::vector<FormForecast>& forecasts) {
+/// The forecast of a finalist. One that has no model here because its transform turned out to be
+/// none predicts as without it; one that has too few designs here, by the mean.
+const Eigen::VectorXd& ForecastOf(const Finalist& finalist,
+                                  const std::vector<FormForecast>& forecasts) {
+  CandidateForm form = finalist.candidate->form;
   for (int step = 0; step < 2; ++step) {
     for (const FormForecast& forecast : forecasts)
-      if (IsSameForm(forecast.form, form)) return forecast.predicted;
+      if (IsSameForm(forecast.form, form) && forecast.is_whole == finalist.is_whole)
+        return forecast.predicted;
     form.box_cox = false;
   }
   return forecasts.front().predicted;
@@ -121,7 +130,7 @@ struct HonestForecasts {
   IndexVector groups;
   std::vector<Rows> members;                         ///< of each group
   std::vector<std::vector<FormForecast>> forecasts;  ///< at the members of each group
-  Eigen::MatrixXd predicted;                         ///< n x F: by each finalist's form
+  Eigen::MatrixXd predicted;                         ///< n x F: by the form of each finalist
 
   HonestForecasts(const ResponseData& data, std::uint32_t num_groups, std::uint32_t seed) {
     Eigen::MatrixXd designs(data.points.rows(), data.points.cols() + 1);
@@ -140,23 +149,23 @@ struct HonestForecasts {
     return others;
   }
 
-  void Collect(const std::vector<const Candidate*>& finalists) {
+  void Collect(const Finalists& finalists) {
     predicted.resize(groups.size(), static_cast<Eigen::Index>(finalists.size()));
     for (std::size_t k = 0; k < finalists.size(); ++k)
       for (std::size_t g = 0; g < members.size(); ++g)
         predicted(members[g], static_cast<Eigen::Index>(k)) =
-            ForecastOf(finalists[k]->form, forecasts[g]);
+            ForecastOf(finalists[k], forecasts[g]);
   }
 };
 
 /// Predictions of each group by the form that the other groups choose: the choice of the form does
 /// not know what it is judged by either.
 Eigen::VectorXd PredictByChoice(const HonestForecasts& honest, const Eigen::MatrixXd& errors,
-                                const std::vector<const Candidate*>& finalists) {
+                                const Finalists& finalists) {
   Eigen::VectorXd predicted(errors.rows());
   for (std::size_t g = 0; g < honest.members.size(); ++g) {
     const std::size_t form =
-        ChooseForm(finalists, errors(honest.WithoutGroup(g), Eigen::all), honest.members.size());
+        Choose(finalists, errors(honest.WithoutGroup(g), Eigen::all), honest.members.size());
     for (const Eigen::Index row : honest.members[g])
       predicted(row) = honest.predicted(row, static_cast<Eigen::Index>(form));
   }
@@ -177,7 +186,7 @@ ChosenModel ChooseAmongAll(const ResponseData& data, const TrainSettings& settin
   };
   const CompetitionObserver of_all = observer_of(num_groups);
   Competition competition(data, settings, AllowedForms(settings.models), budget, of_all);
-  std::vector<const Candidate*> finalists;
+  Finalists finalists;
   utils::ParallelTasks(num_groups + 1, [&](std::size_t g) {
     if (g == num_groups)
       finalists = competition.Run();
@@ -189,11 +198,14 @@ ChosenModel ChooseAmongAll(const ResponseData& data, const TrainSettings& settin
   honest.Collect(finalists);
 
   const Eigen::MatrixXd errors = SquaredErrors(data.values, honest.predicted);
-  const std::size_t winner = ChooseForm(finalists, errors, num_groups);
-  ChosenModel chosen = Finish(competition.GetTrials(), *finalists[winner], data);
+  const std::size_t winner = Choose(finalists, errors, num_groups);
+  ChosenModel chosen = Finish(competition.GetTrials(), *finalists[winner].candidate, data);
   const Eigen::VectorXd predicted = winner == 0 ? Eigen::VectorXd(honest.predicted.col(0))
                                                 : PredictByChoice(honest, errors, finalists);
-  chosen.results.CoDtest = std::max(0.0, Determination(data.values, predicted));
+  if (IsBetterThanConstant(SquaredErrors(data.values, predicted), errors.col(0), num_groups))
+    chosen.results.CoDtest = Determination(data.values, predicted);
+  else
+    chosen.results.CoDtest = 0.0;
   chosen.model->SetErrors(data.values - predicted, honest.groups);
   return chosen;
 }

@@ -40,8 +40,8 @@ constexpr Eigen::Index kMostRows = 1500;
 /// radii, penalty and family included, is run again without each of a few groups, and its winner
 /// predicts the group (M. Stone, "Cross-validatory choice and assessment of statistical
 /// predictions", J. Royal Statistical Society B 36, 1974, pp. 111-147). The residuals of these
-/// predictions become those of the model, so that its local errors are honest, too. Where the
-/// procedure predicts no better than the mean, the mean is the model, and the CoP is 0.
+/// predictions become those of the model, so that its local errors are honest, too. Where they
+/// are not better than the mean by more than a standard error, the CoP is told as 0.
 ///
 /// More rows than kMostRows are more than kriging and local models can bear: the competition then
 /// runs on rows that stand for all (spread_rows.h). The best of each form is fitted to as many rows as

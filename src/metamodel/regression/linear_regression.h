@@ -42,9 +42,13 @@ class LinearRegression : public SurrogateBase {
   /// a changed model is one of least squares.
   /// @returns false without support points, or when the terms are not those of StandardTerms
   bool BuildRidge(const RidgePenalty& penalty);
-  /// The same, with the penalty of the smallest cross-validated error in these groups.
+  /// The same, with the penalty of the smallest error when each of `singles` is left out: where
+  /// points are few, larger groups make the choice a matter of chance.
+  /// @param singles         labels of single points; of points that coincide, the same
+  /// @param groups          of cross-validation
   /// @param[out] predicted  each value without its group, in the user's units
-  RidgePenalty BuildOptimalRidge(const IndexVector& groups, Eigen::VectorXd& predicted);
+  RidgePenalty BuildOptimalRidge(const IndexVector& singles, const IndexVector& groups,
+                                 Eigen::VectorXd& predicted);
   /// Each value predicted without its group with this penalty, in the user's units. Built.
   Eigen::VectorXd CrossValidateRidge(const RidgePenalty& penalty, const IndexVector& groups) const;
 

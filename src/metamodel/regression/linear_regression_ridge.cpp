@@ -45,7 +45,8 @@ bool LinearRegression::BuildRidge(const RidgePenalty& penalty) {
   return true;
 }
 
-RidgePenalty LinearRegression::BuildOptimalRidge(const IndexVector& groups,
+RidgePenalty LinearRegression::BuildOptimalRidge(const IndexVector& singles,
+                                                 const IndexVector& groups,
                                                  Eigen::VectorXd& predicted) {
   if (trans_value_ && !BuildBoxCox()) return {};
   const Eigen::MatrixXd points = TransformedPoints();
@@ -59,16 +60,17 @@ RidgePenalty LinearRegression::BuildOptimalRidge(const IndexVector& groups,
     for (int step = kNumSteps; step >= 0; --step) {
       const double penalty =
           std::pow(10.0, kLowestLog + (kHighestLog - kLowestLog) * step / kNumSteps);
-      Eigen::VectorXd trial = solver.CrossValidate(penalty, groups);
+      Eigen::VectorXd trial = solver.CrossValidate(penalty, singles);
       BackTransform(trial);
       const double error = (values_ - trial).squaredNorm();
       if (!(error < least)) continue;
       least = error;
       best = {penalty, curvature};
-      predicted = std::move(trial);
     }
   }
-  if (std::isfinite(least)) BuildRidge(best);
+  if (!std::isfinite(least)) return {};
+  BuildRidge(best);
+  predicted = CrossValidateRidge(best, groups);
   return best;
 }
 

@@ -133,13 +133,20 @@ Eigen::VectorXd RidgeSolver::CrossValidate(double penalty, const IndexVector& gr
   for (Eigen::Index i = 0; i < groups.size(); ++i) members[groups(i)].push_back(i);
   const double of_constant = 1.0 / static_cast<double>(values_.size());
   Eigen::VectorXd predicted(values_.size());
+  constexpr double kUndetermined = 1e-9;
   for (const auto& [group, rows] : members) {
+    if (rows.size() == 1) {
+      const double rest = 1.0 - of_constant - half.row(rows[0]).squaredNorm();
+      predicted(rows[0]) = rest > kUndetermined
+                               ? values_(rows[0]) - residuals(rows[0]) / rest + mean_
+                               : std::numeric_limits<double>::quiet_NaN();
+      continue;
+    }
     const Eigen::MatrixXd own = half(rows, Eigen::all);
     Eigen::MatrixXd block = -(own * own.transpose());
     block.array() -= of_constant;
     block.diagonal().array() += 1.0;
     const Eigen::LDLT<Eigen::MatrixXd> factor(block);
-    constexpr double kUndetermined = 1e-9;
     const Eigen::VectorXd own_residuals = residuals(rows);
     Eigen::VectorXd left_out = factor.solve(own_residuals);
     if (!(factor.vectorD().minCoeff() > kUndetermined))
