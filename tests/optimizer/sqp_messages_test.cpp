@@ -30,8 +30,8 @@ TEST(NLPQLP, RefusesWrongArgumentsAndNamesThem) {
     std::int32_t ifail;
     const char* text;
   };
-  // WA needs 13 scalars, the stack of 10, 2 (M + 2N) + (N + M) + (N + 1) + N + (3N + 2M) + 3 (N + 1)
-  // + 2N + M, and the QP solver's M + 3 NMAX^2 / 2 + 10 NMAX + 1 + MMAX: 109 for N = 2, M = 1.
+  // WA needs 10 numbers, the stack of 10, 2 (M + 2N) + (N + M) + (N + 1) + N + (3N + 2M) + 3 (N + 1)
+  // + 2N + M, and the QP solver's M + 3 NMAX^2 / 2 + 10 NMAX + 1 + MMAX: 106 for N = 2, M = 1.
   const Case cases[] = {
       {[](NLPQLPInterface& c) { c.L = 0; }, 6, " *** ERROR 6: Wrong input parameter L: 0"},
       {[](NLPQLPInterface& c) { c.N = 0; }, 6, " *** ERROR 6: Wrong input parameter N: 0"},
@@ -67,8 +67,8 @@ TEST(NLPQLP, RefusesWrongArgumentsAndNamesThem) {
       {[](NLPQLPInterface& c) { c.ACCQP = std::nan(""); }, 9,
        " *** ERROR 9: Wrong input parameter ACCQP: nan"},
       {[](NLPQLPInterface& c) { c.ACC = 0.0; }, 9, " *** ERROR 9: Wrong input parameter ACC: 0"},
-      {[](NLPQLPInterface& c) { c.WA.resize(108); }, 5,
-       " *** ERROR 5: Length of WA too short, should be at least 109"},
+      {[](NLPQLPInterface& c) { c.WA.resize(105); }, 5,
+       " *** ERROR 5: Length of WA too short, should be at least 106"},
       {[](NLPQLPInterface& c) { c.KWA.resize(9); }, 5,
        " *** ERROR 5: Length of KWA too short, should be at least 10"},
       {[](NLPQLPInterface& c) { c.ACTIVE.resize(11); }, 5,
@@ -81,7 +81,7 @@ TEST(NLPQLP, RefusesWrongArgumentsAndNamesThem) {
        " *** ERROR 8: Starting value no. 1 violates bound: 0 nan 1"},
       // Passes; then the QP solver finds no room in KWA.
       {[](NLPQLPInterface& c) { c.KWA.resize(10); }, 5, "*** ERROR (QL): LIWAR too small!"},
-      {[](NLPQLPInterface& c) { c.WA.resize(109); }, -1, ""},
+      {[](NLPQLPInterface& c) { c.WA.resize(106); }, -1, ""},
   };
   for (const Case& one : cases) {
     SCOPED_TRACE(&one - cases);
