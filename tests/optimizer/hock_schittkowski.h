@@ -22,7 +22,8 @@ struct CollectedProblem {
   std::vector<double> upper;
   double optimum;
   /// f of x[1] ... x[n]; writes g[1] ... g[m].
-  Dual (*evaluate)(const Dual* x, Dual* g);
+  using Evaluate = Dual (*)(const Dual* x, Dual* g);
+  Evaluate evaluate = nullptr;
 
   int NumVariables() const { return static_cast<int>(start.size()); }
   int NumConstraints() const { return num_equalities + num_inequalities; }
