@@ -5,7 +5,6 @@
 #include <functional>
 
 using corvath::algorithm::optimizer::NLPQLPInterface;
-using Eigen::RowVector2d;
 using Eigen::Vector2d;
 using Eigen::Vector3d;
 using Eigen::VectorXd;
@@ -58,16 +57,17 @@ NLPQLPInterface TwoByTwo(const Vector2d& x, const Vector2d& lower, const Vector2
 
 TEST(SqpSteps, RelaxTheRowsThatNoDirectionMeets) {
   NLPQLPInterface core = TwoByTwo({0.5, 0.5}, {0, 0}, {1, 1});
-  core.F(0) = 7.0;
   core.G.col(0) << -1.0, 3.0;
   core.DF.head(2) << 1.0, 2.0;
-  core.DG.leftCols(2) << -4.0, -4.0, 1.0, 0.0;
-  const Vector2d d(-0.1, -0.2);
-  script = [&](const QpCall&) -> QpAnswer {
-    if (calls.size() == 1 || calls.size() == 4) return {1, {}, {}};
+  core.DG.leftCols(2) << -0.4, -0.4, 1.0, 0.0;
+  const Vector2d d(-0.05, -0.1);
+  const double delta = 0.25;
+  script = [&](const QpCall& call) -> QpAnswer {
+    if (call.num_rows == 0) return {0, Vector2d::Zero(), {}};
+    if (calls.size() == 1 || calls.size() > 3) return {1, {}, {}};
     VectorXd u(8);
     u << 1, 0, 3, 4, 5, 6, 7, 8;
-    return {0, Vector3d(d(0), d(1), calls.size() == 2 ? 0.95 : 0.25), u};
+    return {0, Vector3d(d(0), d(1), calls.size() == 2 ? 0.95 : delta), u};
   };
   Step(core);
   ASSERT_EQ(core.IFAIL, -1);
@@ -92,10 +92,14 @@ TEST(SqpSteps, RelaxTheRowsThatNoDirectionMeets) {
   EXPECT_EQ(core.ACTIVE[0], 1);
   EXPECT_EQ(core.ACTIVE[1], 0);
   Step(core);
-  ASSERT_EQ(calls.size(), 5u);
+  ASSERT_EQ(calls.size(), 9u);
   EXPECT_EQ(calls[4].a.col(2), Vector2d(1.0, 0.0));
-  const double slope = RowVector2d(-4.0, -4.0).dot(d) / 0.75;
+  const double slope = -0.4 * d.sum() / (1.0 - delta);
   EXPECT_NEAR(calls[4].c(2, 2), 4.0 * slope * slope / d.squaredNorm(), 1e-9);
+  // The merit function's gradient betrays the penalty of the first row: 4 u^2 / (1 - delta + d'Bd),
+  // with which the merit function rose, times ten.
+  const double r = 10.0 * 4.0 / (1.0 - delta + d.squaredNorm());
+  EXPECT_TRUE(calls[8].linear.isApprox(Vector2d(1.0, 2.0) + (1.0 + r) * Vector2d(0.4, 0.4), 1e-12));
 }
 
 TEST(SqpSteps, FallBackToTheMeritFunction) {
@@ -115,7 +119,7 @@ TEST(SqpSteps, FallBackToTheMeritFunction) {
   EXPECT_EQ(core.IFAIL, -1);
   ASSERT_EQ(calls.size(), 6u);
   for (const std::size_t k : {1, 2, 3, 4}) EXPECT_EQ(calls[k].c(2, 2), std::pow(100.0, k - 1));
-  EXPECT_EQ(calls[5].c(0, 1), 0.5);
+  EXPECT_EQ(calls[0].c(0, 1), 0.5);
   // Active are both rows (5 <= 0.1 / r), the lower bound of x1 and the upper one of x2, with r = 0.01
   // and the weights v - r g.
   const Vector2d weights(2.0 + 0.01, 0.1 - 0.05);
