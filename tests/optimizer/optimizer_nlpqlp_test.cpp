@@ -182,8 +182,8 @@ TEST(OptimizerNLPQLP, GoesOnWhereDesignsFail) {
 }
 
 TEST(OptimizerNLPQLP, TakesFivePointsWithFailedDesigns) {
-  // f = x1^2 + 3 x2, g = x1 - limit: the first trial is the start less the gradient, no further than
-  // the limit. The first of the four designs of x1 fails: of f the mean of (f(x + kh) - f) / kh over
+  // f = x1^2 + 3 x2: the first trial is the start less the gradient, no further than to where g seems
+  // to be 0. The first of the four designs of x1 fails: of f the mean of (f(x + kh) - f) / kh over
   // k = -1, 1, 2; g is taken as it stands, also from a design that failed.
   const double h = 0.125, slope = 2.0 + 2.0 * h / 3.0;
   const support::CollectedProblem far{0, 0, 1, {1, 0}, {}, {}, 0, [](const Dual* x, Dual* g) {
@@ -192,7 +192,7 @@ TEST(OptimizerNLPQLP, TakesFivePointsWithFailedDesigns) {
                                       }};
   support::CollectedProblem near = far;
   near.evaluate = [](const Dual* x, Dual* g) {
-    g[1] = x[1];
+    g[1] = x[1] + (x[1] - 1.0) * (x[1] - 1.0);  // slope 1 at the start
     return x[1] * x[1] + 3.0 * x[2];
   };
   for (const auto& [problem, x1] : {std::pair(far, 1.0 - slope), std::pair(near, 0.0)}) {
