@@ -17,7 +17,7 @@ void NLPQLP(std::int32_t L, std::int32_t M, std::int32_t ME, std::int32_t MMAX, 
                                STPMIN, MAXFUN, MAXIT, MAX_NM, TOL_NM, IPRINT, MODE,   IOUT, IFAIL,
                                WA,     LWA,    KWA,   LKWA,   ACTIVE, LACTIV, QPSOLVE};
   if (!CheckNumbers(arguments)) return;
-  const SqpMemory memory(arguments);
+  SqpMemory memory(arguments);
   if (CheckLengths(arguments, memory) && CheckStart(arguments))
     SqpRun(arguments, memory).Continue();
 }

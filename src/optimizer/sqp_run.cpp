@@ -42,7 +42,7 @@ double CurvatureTolerance(double accqp) {
 
 }  // namespace
 
-SqpRun::SqpRun(const SqpArguments& a, const SqpMemory& memory)
+SqpRun::SqpRun(const SqpArguments& a, SqpMemory& memory)
     : a_(a),
       n_(a.N),
       m_(a.M),

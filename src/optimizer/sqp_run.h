@@ -12,8 +12,8 @@ namespace corvath::algorithm::optimizer {
 /// One call of the core: a view of the caller's arrays, and the steps between two returns.
 class SqpRun {
  public:
-  /// `memory` is that of the arguments, which have passed their checks.
-  SqpRun(const SqpArguments& arguments, const SqpMemory& memory);
+  /// `memory` is that of the arguments, which have passed their checks; both are referred to.
+  SqpRun(const SqpArguments& arguments, SqpMemory& memory);
 
   void Continue();
 
@@ -50,14 +50,14 @@ class SqpRun {
   MeritFunction Merit() const;
   double& Rho() { return c_(n_, n_); }
 
-  SqpArguments a_;
+  const SqpArguments& a_;
   Eigen::Index n_, m_;
 
   // Constants of the run.
   double accqp_, tol_, beta_;
   std::int32_t max_trials_;
 
-  SqpMemory memory_;
+  SqpMemory& memory_;
   SqpNumbers numbers_;  ///< read from the memory at the start of a call, written at its end
   SqpCounts counts_;
 

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
+#include <vector>
 
 using corvath::algorithm::optimizer::NLPQLPInterface;
 using Eigen::Vector2d;
