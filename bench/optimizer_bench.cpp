@@ -1,6 +1,7 @@
 #include "optimizer/collected_run.h"
 #include "optimizer/dual_active_set.h"
 #include "optimizer/qp_solver.h"
+#include "whole_collection.h"
 
 #include <Eigen/Dense>
 #include <benchmark/benchmark.h>
@@ -104,7 +105,7 @@ void BM_CollectionSolved(benchmark::State& state) {
   int num_iterations = 0;
   for (auto _ : state) {
     num_iterations = 0;
-    for (const auto& problem : support::HockSchittkowski())
+    for (const auto& problem : bench::WholeCollection())
       num_iterations += support::RunCollected(problem, support::Gradients::kAnalytic).num_gradients;
   }
   state.counters["per_iteration"] = benchmark::Counter(
@@ -114,7 +115,7 @@ void BM_CollectionSolved(benchmark::State& state) {
 void BM_CollectionCalls(benchmark::State& state) {
   int num_iterations = 0;
   std::vector<int> num_calls;
-  for (const auto& problem : support::HockSchittkowski()) {
+  for (const auto& problem : bench::WholeCollection()) {
     const auto run = support::RunCollected(problem, support::Gradients::kAnalytic);
     num_calls.push_back(run.num_functions + run.num_gradients);
     num_iterations += run.num_gradients;
@@ -123,7 +124,7 @@ void BM_CollectionCalls(benchmark::State& state) {
   for (auto _ : state)
     for (std::size_t k = 0; k < num_calls.size(); ++k)
       for (int call = 0; call < num_calls[k]; ++call) {
-        const auto& problem = support::HockSchittkowski()[k];
+        const auto& problem = bench::WholeCollection()[k];
         benchmark::DoNotOptimize(support::EvaluateAt(problem, problem.start.data(), g));
       }
   state.counters["per_iteration"] = benchmark::Counter(

@@ -1,5 +1,6 @@
 #include "optimizer/dual_active_set.h"
 
+#include "optimizer/qp_solver.h"
 #include "optimizer/small_product.h"
 
 #include <algorithm>
@@ -10,7 +11,7 @@ namespace corvath::algorithm::optimizer {
 
 namespace {
 
-constexpr double kInfinity = 1e30;  // bounds from here on do not exist
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kEps = std::numeric_limits<double>::epsilon();
 
 /// A normal whose part outside the active normals is below this share of what its terms could have
@@ -218,9 +219,9 @@ std::int32_t DualActiveSet::MostViolated() {
     if (scales_(j) > 0.0) try_one(-residuals_(j) * scales_(j), j);
   for (Eigen::Index i = 0; i < n_; ++i) {
     const int flags = static_cast<int>(bound_flags_(i));
-    if ((flags & 1) == 0 && program_.lower[i] > -kInfinity)
+    if ((flags & 1) == 0 && program_.lower[i] > -kNoBound)
       try_one(program_.lower[i] - x_(i), m_ + i);
-    if ((flags & 2) == 0 && program_.upper[i] < kInfinity)
+    if ((flags & 2) == 0 && program_.upper[i] < kNoBound)
       try_one(x_(i) - program_.upper[i], m_ + n_ + i);
   }
   return found;
@@ -236,7 +237,7 @@ std::int32_t DualActiveSet::AddConstraint(std::int32_t constraint, std::int32_t 
     const bool independent = StepDirections(constraint);
 
     // How far the multipliers of the active inequalities stay non-negative.
-    double dual_step = std::numeric_limits<double>::infinity();
+    double dual_step = kInfinity;
     std::int32_t blocking = -1;
     const double noise =
         num_active_ > 0 ? 10.0 * kEps * change_.head(num_active_).cwiseAbs().maxCoeff() : 0.0;
@@ -249,7 +250,7 @@ std::int32_t DualActiveSet::AddConstraint(std::int32_t constraint, std::int32_t 
         blocking = k;
       }
     }
-    double full_step = std::numeric_limits<double>::infinity();
+    double full_step = kInfinity;
     if (independent) {
       const double curvature = projected_.tail(n_ - num_active_).squaredNorm();
       full_step = std::max(-side * Residual(constraint), 0.0) / curvature;

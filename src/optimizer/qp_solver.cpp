@@ -12,7 +12,7 @@ namespace {
 /// True if the arrays are long enough.
 bool CheckSizes(std::int64_t m, std::int64_t mmax, std::int64_t n, std::int64_t nmax,
                 std::int64_t mnn, std::int64_t lwar, std::int64_t liwar, bool print) {
-  const std::int64_t needed = m + 3 * nmax * nmax / 2 + 10 * nmax + 1 + mmax;
+  const std::int64_t needed = QlWorkSize(m, mmax, nmax);
   if (mnn < m + 2 * n) {
     if (print) std::cout << "*** ERROR (QL): MNN too small!\n";
   } else if (liwar < n) {

@@ -4,6 +4,14 @@
 
 namespace corvath::algorithm::optimizer {
 
+/// Length of WAR that QL needs. 64 bits: NMAX^2 alone may exceed 32.
+constexpr std::int64_t QlWorkSize(std::int64_t m, std::int64_t mmax, std::int64_t nmax) {
+  return m + nmax * nmax + nmax * nmax / 2 + 10 * nmax + 1 + mmax;
+}
+
+/// A bound of this magnitude and above is none.
+constexpr double kNoBound = 1e30;
+
 /// Strictly convex quadratic programs:
 ///
 ///     minimise x'Cx / 2 + d'x  subject to  a_j'x + b_j = 0 (j <= ME), a_j'x + b_j >= 0 (j > ME),
@@ -25,7 +33,7 @@ namespace corvath::algorithm::optimizer {
 /// @param D     N; linear term
 /// @param A     MMAX x N; constraint rows
 /// @param B     M; constants of the constraints
-/// @param XL, XU  N; a magnitude of 1e30 and above is no bound
+/// @param XL, XU  N; see kNoBound
 /// @param X     N; out: the solution
 /// @param U     MNN; out: multipliers of the constraints, of the N lower, of the N upper bounds
 /// @param EPS   largest violation, as a distance (no smaller than the rounding of |x|)
@@ -34,7 +42,7 @@ namespace corvath::algorithm::optimizer {
 ///              100 + k: constraint k (bounds behind the constraints) is not consistent with those
 ///              that were active
 /// @param IPRINT  above 0: messages on the standard output, whatever the unit IOUT
-/// @param WAR   work, LWAR >= M + 3 NMAX^2 / 2 + 10 NMAX + 1 + MMAX
+/// @param WAR   work, LWAR >= QlWorkSize
 /// @param IWAR  LIWAR >= N; out: the active constraints
 void QL(std::int32_t M, std::int32_t ME, std::int32_t MMAX, std::int32_t N, std::int32_t NMAX,
         std::int32_t MNN, double* C, const double* D, const double* A, const double* B,

@@ -16,7 +16,10 @@ void NLPQLP(std::int32_t L, std::int32_t M, std::int32_t ME, std::int32_t MMAX, 
                                G,      DF,     DG,    U,      XL,     XU,     C,      ACC,  ACCQP,
                                STPMIN, MAXFUN, MAXIT, MAX_NM, TOL_NM, IPRINT, MODE,   IOUT, IFAIL,
                                WA,     LWA,    KWA,   LKWA,   ACTIVE, LACTIV, QPSOLVE};
-  if (CheckArguments(arguments)) SqpRun(arguments).Continue();
+  if (!CheckNumbers(arguments)) return;
+  SqpMemory memory(arguments);
+  if (CheckLengths(arguments, memory) && CheckStart(arguments))
+    SqpRun(arguments, memory).Continue();
 }
 
 }  // namespace corvath::algorithm::optimizer

@@ -29,7 +29,7 @@ namespace corvath::algorithm::optimizer {
 ///    100: a QP could not be solved
 ///
 /// After an error of a run, X(:, 1), F(1) and G(:, 1) hold the last accepted iterate.
-/// @param LWA     length of WA, see RequiredWork
+/// @param LWA     length of WA, at least that of SqpMemory
 /// @param LKWA    at least NMAX + 20
 /// @param LACTIV  at least 2M + 10
 void NLPQLP(std::int32_t L, std::int32_t M, std::int32_t ME, std::int32_t MMAX, std::int32_t N,

@@ -53,11 +53,12 @@ void PrintTable(const SqpRun& run, double f, const double* x, const double* u, c
 
 }  // namespace
 
-void PrintSqpError(const SqpArguments& a, const char* detail, const double* number) {
+void Fail(const SqpArguments& a, std::int32_t ifail, const char* detail, const double* number) {
+  a.IFAIL = ifail;
   if (a.IPRINT <= 0) return;
-  std::cout << Text(a.IFAIL) << detail;
+  std::cout << Text(ifail) << detail;
   if (number != nullptr) std::cout << ' ' << *number;
-  if (a.IFAIL > 100) std::cout << ' ' << a.IFAIL;
+  if (ifail > 100) std::cout << ' ' << ifail;
   std::cout << '\n';
 }
 
@@ -69,13 +70,15 @@ void PrintSqpResult(const SqpRun& run) {
   const SqpArguments& a = run.Arguments();
   std::cout << " --- Final Convergence Analysis at Last Iterate ---\n";
   PrintTable(run, a.F[0], a.X, a.U, a.G);
-  std::cout << "   Number of function calls:      NFUNC = " << run.NumFunctions() << '\n'
-            << "   Number of gradient calls:      NGRAD = " << run.NumGradients() << '\n'
-            << "   Number of calls of QP solver:  NQL   = " << run.NumQps() << '\n';
-  if (run.BestIteration() == 0 || run.BestIteration() == run.Iteration()) return;
+  std::cout << "   Number of function calls:      NFUNC = " << run.Counts().num_functions << '\n'
+            << "   Number of gradient calls:      NGRAD = " << run.Counts().num_gradients << '\n'
+            << "   Number of calls of QP solver:  NQL   = " << run.Counts().num_qps << '\n';
+  if (run.Counts().best_iteration == 0 || run.Counts().best_iteration == run.Counts().iteration)
+    return;
   std::cout << " --- Final Convergence Analysis at Best Iterate ---\n"
-            << "   Best result at iteration:      ITER  = " << run.BestIteration() << '\n';
-  PrintTable(run, run.BestObjective(), run.BestX(), run.BestU(), run.BestG());
+            << "   Best result at iteration:      ITER  = " << run.Counts().best_iteration << '\n';
+  PrintTable(run, run.Numbers().best_f, run.Memory().best_x.data(), run.Memory().best_u.data(),
+             run.Memory().best_g.data());
 }
 
 }  // namespace corvath::algorithm::optimizer

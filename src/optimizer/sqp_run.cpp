@@ -16,8 +16,6 @@ constexpr double kMaxPenalty = 1e9;
 constexpr double kMaxFallBackPenalty = 1e6;
 constexpr double kStartRho = 1.0;  ///< weight of delta in the QP
 constexpr double kMaxRho = 1e6;
-constexpr Eigen::Index kNumScalars = 13;  ///< of WA, in front of its vectors
-constexpr std::int32_t kNumKept = 10;     ///< integers of KWA in front of the QP solver's
 constexpr double kMaxDelta = 0.9;  ///< a direction that leaves more of the constraints is refused
 
 /// Rounding unit of the machine as the method measures it, a power of ten.
@@ -44,46 +42,11 @@ double CurvatureTolerance(double accqp) {
 
 }  // namespace
 
-SqpRun::SqpRun(const SqpArguments& a)
+SqpRun::SqpRun(const SqpArguments& a, SqpMemory& memory)
     : a_(a),
       n_(a.N),
       m_(a.M),
-      iteration_(a.KWA[0]),
-      num_functions_(a.KWA[1]),
-      num_gradients_(a.KWA[2]),
-      num_qps_(a.KWA[3]),
-      trial_(a.KWA[4]),
-      num_pushed_(a.KWA[5]),
-      used_reference_(a.KWA[6]),
-      num_stationary_(a.KWA[7]),
-      best_iteration_(a.KWA[8]),
-      alpha_(a.WA[0]),
-      merit_(a.WA[1]),
-      reference_(a.WA[2]),
-      slope_(a.WA[3]),
-      trial_slope_(a.WA[4]),
-      dbd_(a.WA[5]),
-      multiplier_slope_(a.WA[6]),
-      f_(a.WA[7]),
-      best_kkt_(a.WA[8]),
-      best_f_(a.WA[9]),
-      stack_(a.WA + kNumScalars, a.MAX_NM),
-      r_(stack_.data() + a.MAX_NM, m_ + 2 * n_),
-      v_(r_.data() + r_.size(), m_ + 2 * n_),
-      x_(v_.data() + v_.size(), n_),
-      g_(x_.data() + n_, m_),
-      d_(g_.data() + m_, n_ + 1),
-      lagrangian_(d_.data() + n_ + 1, n_),
-      best_x_(lagrangian_.data() + n_, n_),
-      best_u_(best_x_.data() + n_, m_ + 2 * n_),
-      best_g_(best_u_.data() + best_u_.size(), m_),
-      qp_lower_(best_g_.data() + m_, n_ + 1),
-      qp_upper_(qp_lower_.data() + n_ + 1, n_ + 1),
-      diagonal_(qp_upper_.data() + n_ + 1, n_ + 1),
-      gradient_(diagonal_.data() + n_ + 1, n_),
-      product_(gradient_.data() + n_, n_),
-      weights_(product_.data() + n_, m_),
-      qp_work_(weights_.data() + m_),
+      memory_(memory),
       points_(a.X, n_, a.L, Eigen::OuterStride<>(a.NMAX)),
       values_(a.G, m_, a.L, Eigen::OuterStride<>(a.MMAX)),
       dg_(a.DG, m_, n_ + 1, Eigen::OuterStride<>(a.MMAX)),
@@ -96,6 +59,7 @@ SqpRun::SqpRun(const SqpArguments& a)
   const double stpmin = a.STPMIN > eps ? a.STPMIN : a.ACC;
   beta_ = a.L == 1 ? 0.1 : std::pow(stpmin, 1.0 / (a.L - 1));
   max_trials_ = a.L == 1 ? a.MAXFUN : a.L;
+  memory_.Load(numbers_, counts_);
 }
 
 void SqpRun::Continue() {
@@ -103,18 +67,19 @@ void SqpRun::Continue() {
     Start();
     Iterate();
   } else if (a_.IFAIL == -1) {
-    ++num_functions_;
+    ++counts_.num_functions;
     JudgePoints();
   } else {
-    ++num_gradients_;
+    ++counts_.num_gradients;
     UpdateMatrix();
   }
+  memory_.Store(numbers_, counts_);
 }
 
 void SqpRun::Start() {
-  std::fill_n(a_.KWA, kNumKept, 0);
-  num_functions_ = num_gradients_ = 1;
-  std::fill_n(a_.ACTIVE, m_, 1);
+  counts_ = {};
+  counts_.num_functions = counts_.num_gradients = 1;
+  std::fill_n(memory_.active, m_, 1);
   if (a_.MODE == 0) {
     c_.setIdentity();
     u_.setZero();
@@ -123,29 +88,29 @@ void SqpRun::Start() {
     c_.col(n_).setZero();
     c_.row(n_).setZero();
   }
-  v_ = u_;
+  memory_.v = u_;
   Rho() = kStartRho;
-  r_.setConstant(kStartPenalty);
-  dbd_ = multiplier_slope_ = 0.0;
-  best_kkt_ = std::numeric_limits<double>::infinity();
-  x_ = points_.col(0);
-  g_ = values_.col(0);
-  f_ = a_.F[0];
-  merit_ = Merit().Value(f_, g_, x_, u_, 0.0);
+  memory_.r.setConstant(kStartPenalty);
+  numbers_.dbd = numbers_.multiplier_slope = 0.0;
+  numbers_.best_kkt = std::numeric_limits<double>::infinity();
+  memory_.x = points_.col(0);
+  memory_.g = values_.col(0);
+  numbers_.f = a_.F[0];
+  numbers_.merit = Merit().Value(numbers_.f, memory_.g, memory_.x, u_, 0.0);
 }
 
 MeritFunction SqpRun::Merit() const {
   return {a_.ME, Eigen::Map<const Eigen::VectorXd>(a_.XL, n_),
-          Eigen::Map<const Eigen::VectorXd>(a_.XU, n_), v_, r_};
+          Eigen::Map<const Eigen::VectorXd>(a_.XU, n_), memory_.v, memory_.r};
 }
 
 void SqpRun::Iterate() {
-  if (++iteration_ >= a_.MAXIT) return Finish(1);
+  if (++counts_.iteration >= a_.MAXIT) return Finish(1);
   for (Direction first = Direction::kPlain;;) {
     fall_back_ = false;
     if (!FindDirection(first)) return;
     Measure();
-    if (dbd_ < -tol_) return Finish(2, "D*B*D =", &dbd_);
+    if (numbers_.dbd < -tol_) return Finish(2, "D*B*D =", &numbers_.dbd);
     KeepBest();
     bool stop = false;
     const bool usable = Decide(stop);
@@ -153,7 +118,7 @@ void SqpRun::Iterate() {
     if (usable) {
       UpdatePenalties();
       if (MakeDescent()) break;
-      if (fall_back_) return Finish(2, "DPHI*P =", &slope_);
+      if (fall_back_) return Finish(2, "DPHI*P =", &numbers_.slope);
     }
     if (usable && Rho() < kMaxRho) {
       Rho() = std::min(kMaxRho, 100.0 * Rho());
@@ -162,10 +127,10 @@ void SqpRun::Iterate() {
       first = Direction::kAugmentedLagrangian;
     }
   }
-  used_reference_ = 0;
-  merit_ = Merit().Value(f_, g_, x_, u_, 0.0);
-  if (a_.MAX_NM > 0) stack_(num_pushed_++ % a_.MAX_NM) = merit_;
-  StartSearch(merit_);
+  counts_.used_reference = 0;
+  numbers_.merit = Merit().Value(numbers_.f, memory_.g, memory_.x, u_, 0.0);
+  if (a_.MAX_NM > 0) memory_.stack(counts_.num_pushed++ % a_.MAX_NM) = numbers_.merit;
+  StartSearch(numbers_.merit);
   AskForPoints();
 }
 
@@ -176,9 +141,11 @@ bool SqpRun::FindDirection(Direction first) {
     const std::int32_t answer = SolveQp(n_, m_, a_.DF);
     if (answer == 0) return true;
     if (answer == 5) return ReportQpFailure(answer);
-    if (iteration_ > 1) {
+    if (counts_.iteration > 1) {
       // The published rule, from the values of the last iteration.
-      const double s = dbd_ > 0.0 ? 2.0 * std::abs(multiplier_slope_) / std::sqrt(dbd_) : 0.0;
+      const double s = numbers_.dbd > 0.0
+                           ? 2.0 * std::abs(numbers_.multiplier_slope) / std::sqrt(numbers_.dbd)
+                           : 0.0;
       Rho() = std::min(kMaxRho, std::max(kStartRho, s * s));
     }
   }
@@ -193,12 +160,12 @@ bool SqpRun::FindDirection(Direction first) {
 /// False if the run has ended or if delta stays large.
 bool SqpRun::FindRelaxedDirection() {
   a_.DF[n_] = 0.0;
-  for (Eigen::Index j = 0; j < m_; ++j) dg_(j, n_) = a_.ACTIVE[j] != 0 ? -g_(j) : 0.0;
+  for (Eigen::Index j = 0; j < m_; ++j) dg_(j, n_) = memory_.active[j] != 0 ? -memory_.g(j) : 0.0;
   for (;; Rho() = std::min(kMaxRho, 100.0 * Rho())) {
     const std::int32_t answer = SolveQp(n_ + 1, m_, a_.DF);
     if (answer == 3 || answer == 5 || answer > 100) return ReportQpFailure(answer);
     if (answer == 0) {
-      delta_ = d_(n_);
+      delta_ = memory_.d(n_);
       if (delta_ < kMaxDelta) return true;
     }
     if (Rho() >= kMaxRho) return false;
@@ -210,13 +177,13 @@ bool SqpRun::FindFallBackDirection() {
   fall_back_ = true;
   delta_ = 0.0;
   PrintSqpWarning(a_, "Augmented Lagrangian search direction");
-  Merit().Gradient(df_, dg_.leftCols(n_), g_, x_, weights_, gradient_);
-  const std::int32_t answer = SolveQp(n_, 0, gradient_.data());
+  Merit().Gradient(df_, dg_.leftCols(n_), memory_.g, memory_.x, memory_.weights, memory_.gradient);
+  const std::int32_t answer = SolveQp(n_, 0, memory_.gradient.data());
   if (answer != 0) return ReportQpFailure(answer);
   // The QP's multipliers of the bounds stand where those of the constraints belong. The estimates
   // of the constraints stay as they are: moving them would raise the merit function.
   std::copy_backward(a_.U, a_.U + 2 * n_, a_.U + m_ + 2 * n_);
-  u_.head(m_) = v_.head(m_);
+  u_.head(m_) = memory_.v.head(m_);
   return true;
 }
 
@@ -225,26 +192,26 @@ bool SqpRun::FindFallBackDirection() {
 std::int32_t SqpRun::SolveQp(Eigen::Index num_variables, Eigen::Index num_rows,
                              const double* linear) {
   for (Eigen::Index i = 0; i < n_; ++i) {
-    qp_lower_(i) = a_.XL[i] - x_(i);
-    qp_upper_(i) = a_.XU[i] - x_(i);
+    memory_.qp_lower(i) = a_.XL[i] - memory_.x(i);
+    memory_.qp_upper(i) = a_.XU[i] - memory_.x(i);
   }
-  qp_lower_(n_) = 0.0;
-  qp_upper_(n_) = 1.0;
-  d_(n_) = 0.0;
-  diagonal_ = c_.diagonal();
+  memory_.qp_lower(n_) = 0.0;
+  memory_.qp_upper(n_) = 1.0;
+  memory_.d(n_) = 0.0;
+  memory_.diagonal = c_.diagonal();
 
   std::int32_t answer = 0;
   const std::int32_t num_equalities = num_rows > 0 ? a_.ME : 0;
-  const auto used = static_cast<std::int32_t>(qp_work_ - a_.WA);
   a_.QPSOLVE(static_cast<std::int32_t>(num_rows), num_equalities, a_.MMAX,
              static_cast<std::int32_t>(num_variables), a_.NMAX, a_.MNN2, a_.C, linear, a_.DG,
-             g_.data(), qp_lower_.data(), qp_upper_.data(), d_.data(), a_.U, accqp_, 1, a_.IOUT,
-             answer, a_.IPRINT, qp_work_, a_.LWA - used, a_.KWA + kNumKept, a_.LKWA - kNumKept);
-  ++num_qps_;
+             memory_.g.data(), memory_.qp_lower.data(), memory_.qp_upper.data(), memory_.d.data(),
+             a_.U, accqp_, 1, a_.IOUT, answer, a_.IPRINT, memory_.qp_work, memory_.qp_work_size,
+             memory_.qp_integers, memory_.qp_integers_size);
+  ++counts_.num_qps;
 
   // The factor stands in the upper triangle and on the diagonal.
   for (Eigen::Index k = 0; k <= n_; ++k) c_.col(k).head(k) = c_.row(k).head(k);
-  c_.diagonal() = diagonal_;
+  c_.diagonal() = memory_.diagonal;
   if (num_variables > n_) {  // the multipliers of delta go behind those of x
     double* const bounds = a_.U + num_rows;
     const double delta_lower = bounds[n_];
@@ -264,52 +231,53 @@ bool SqpRun::ReportQpFailure(std::int32_t answer) {
 }
 
 void SqpRun::Measure() {
-  const auto d = d_.head(n_);
-  Multiply(c_.topLeftCorner(n_, n_), d, product_);
-  dbd_ = d.dot(product_);
+  const auto d = memory_.d.head(n_);
+  Multiply(c_.topLeftCorner(n_, n_), d, memory_.product);
+  numbers_.dbd = d.dot(memory_.product);
 
-  lagrangian_ = df_;
-  for (Eigen::Index i = 0; i < n_; ++i) lagrangian_(i) -= dg_.col(i).dot(u_.head(m_));
-  lagrangian_norm_ = (lagrangian_ - u_.segment(m_, n_) + u_.tail(n_)).norm();
-  multiplier_slope_ = (df_.dot(d) - lagrangian_.dot(d)) / (1.0 - delta_);
+  memory_.lagrangian = df_;
+  for (Eigen::Index i = 0; i < n_; ++i) memory_.lagrangian(i) -= dg_.col(i).dot(u_.head(m_));
+  lagrangian_norm_ = (memory_.lagrangian - u_.segment(m_, n_) + u_.tail(n_)).norm();
+  numbers_.multiplier_slope = (df_.dot(d) - memory_.lagrangian.dot(d)) / (1.0 - delta_);
 
-  kkt_ = std::abs(df_.dot(d)) + u_.head(m_).cwiseProduct(g_).cwiseAbs().sum();
+  kkt_ = std::abs(df_.dot(d)) + u_.head(m_).cwiseProduct(memory_.g).cwiseAbs().sum();
   for (Eigen::Index i = 0; i < n_; ++i) {
     const double lower = u_(m_ + i), upper = u_(m_ + n_ + i);
-    if (lower != 0.0) kkt_ += std::abs(lower * (a_.XL[i] - x_(i)));
-    if (upper != 0.0) kkt_ += std::abs(upper * (a_.XU[i] - x_(i)));
+    if (lower != 0.0) kkt_ += std::abs(lower * (a_.XL[i] - memory_.x(i)));
+    if (upper != 0.0) kkt_ += std::abs(upper * (a_.XU[i] - memory_.x(i)));
   }
   violation_ = 0.0;
   for (Eigen::Index j = 0; j < m_; ++j)
-    if (j < a_.ME || g_(j) < 0.0) violation_ += std::abs(g_(j));
+    if (j < a_.ME || memory_.g(j) < 0.0) violation_ += std::abs(memory_.g(j));
 }
 
 void SqpRun::KeepBest() {
-  if (a_.MAX_NM == 0 || !(kkt_ < best_kkt_)) return;
-  best_kkt_ = kkt_;
-  best_iteration_ = iteration_;
-  best_f_ = f_;
-  best_x_ = x_;
-  best_u_ = u_;
-  best_g_ = g_;
+  if (a_.MAX_NM == 0 || !(kkt_ < numbers_.best_kkt)) return;
+  numbers_.best_kkt = kkt_;
+  counts_.best_iteration = counts_.iteration;
+  numbers_.best_f = numbers_.f;
+  memory_.best_x = memory_.x;
+  memory_.best_u = u_;
+  memory_.best_g = memory_.g;
 }
 
 /// Ends the run where the iterate is optimal (`stop`). Otherwise whether the direction is of use.
 bool SqpRun::Decide(bool& stop) {
   const double root = std::sqrt(a_.ACC);
-  if (dbd_ < tol_) {
+  if (numbers_.dbd < tol_) {
     if (violation_ < root) {
       stop = true;
       Finish(0);
-    } else if (dbd_ <= 0.0 && fall_back_) {
+    } else if (numbers_.dbd <= 0.0 && fall_back_) {
       stop = true;
       Finish(7);
     }
-    return dbd_ > 0.0;
+    return numbers_.dbd > 0.0;
   }
   if (kkt_ < a_.ACC && violation_ <= root) {
-    ++num_stationary_;
-    if (lagrangian_norm_ <= std::sqrt(root) || dbd_ <= a_.ACC || num_stationary_ >= 3) {
+    ++counts_.num_stationary;
+    if (lagrangian_norm_ <= std::sqrt(root) || numbers_.dbd <= a_.ACC ||
+        counts_.num_stationary >= 3) {
       stop = true;
       Finish(0);
     }
@@ -320,54 +288,57 @@ bool SqpRun::Decide(bool& stop) {
 void SqpRun::UpdatePenalties() {
   const Eigen::Index count = m_ + 2 * n_;
   if (!fall_back_) {
-    const double sigma = dbd_ > accqp_ * accqp_
-                             ? 2.0 * static_cast<double>(m_) / ((1.0 - delta_) + dbd_)
+    const double sigma = numbers_.dbd > accqp_ * accqp_
+                             ? 2.0 * static_cast<double>(m_) / ((1.0 - delta_) + numbers_.dbd)
                              : kMaxPenalty;
     for (Eigen::Index j = 0; j < count; ++j) {
-      const double change = u_(j) - v_(j);
-      r_(j) = std::max(std::min(kMaxPenalty, sigma * change * change),
-                       std::min(r_(j), std::sqrt(r_(j)) * iteration_));
+      const double change = u_(j) - memory_.v(j);
+      memory_.r(j) = std::max(std::min(kMaxPenalty, sigma * change * change),
+                              std::min(memory_.r(j), std::sqrt(memory_.r(j)) * counts_.iteration));
     }
     return;
   }
-  double sum = gradient_.dot(d_.head(n_));
+  double sum = memory_.gradient.dot(memory_.d.head(n_));
   for (Eigen::Index i = 0; i < n_; ++i) {
     const double lower = u_(m_ + i), upper = u_(m_ + n_ + i);
-    if (lower != 0.0) sum += std::abs(lower * (a_.XL[i] - x_(i)));
-    if (upper != 0.0) sum += std::abs(upper * (a_.XU[i] - x_(i)));
+    if (lower != 0.0) sum += std::abs(lower * (a_.XL[i] - memory_.x(i)));
+    if (upper != 0.0) sum += std::abs(upper * (a_.XU[i] - memory_.x(i)));
   }
-  if (sum <= std::sqrt(std::sqrt(a_.ACC))) r_ = (10.0 * r_).cwiseMin(kMaxFallBackPenalty);
+  if (sum <= std::sqrt(std::sqrt(a_.ACC)))
+    memory_.r = (10.0 * memory_.r).cwiseMin(kMaxFallBackPenalty);
 }
 
 double SqpRun::Slope() {
-  Merit().Gradient(df_, dg_.leftCols(n_), g_, x_, weights_, gradient_);
-  return gradient_.dot(d_.head(n_)) + Merit().MultiplierSlope(g_, x_, u_);
+  Merit().Gradient(df_, dg_.leftCols(n_), memory_.g, memory_.x, memory_.weights, memory_.gradient);
+  return memory_.gradient.dot(memory_.d.head(n_)) +
+         Merit().MultiplierSlope(memory_.g, memory_.x, u_);
 }
 
 /// Raises the penalties until the merit function falls along the direction; false if they reach
 /// their limit first.
 bool SqpRun::MakeDescent() {
   for (;;) {
-    slope_ = Slope();
-    if (slope_ < 0.0) return true;
-    if (!(r_.maxCoeff() < kMaxPenalty)) return false;
-    r_ = (10.0 * r_).cwiseMin(kMaxPenalty);
+    numbers_.slope = Slope();
+    if (numbers_.slope < 0.0) return true;
+    if (!(memory_.r.maxCoeff() < kMaxPenalty)) return false;
+    memory_.r = (10.0 * memory_.r).cwiseMin(kMaxPenalty);
   }
 }
 
 void SqpRun::StartSearch(double reference) {
-  alpha_ = 1.0;
-  reference_ = reference;
-  trial_slope_ = slope_ * alpha_;
-  trial_ = 1;
+  numbers_.alpha = 1.0;
+  numbers_.reference = reference;
+  numbers_.trial_slope = numbers_.slope * numbers_.alpha;
+  counts_.trial = 1;
 }
 
 /// The next trial point, or all points of a parallel round, cut to the bounds.
 void SqpRun::AskForPoints() {
-  double alpha = alpha_;
+  double alpha = numbers_.alpha;
   for (Eigen::Index column = 0; column < a_.L; ++column, alpha *= beta_)
     for (Eigen::Index i = 0; i < n_; ++i)
-      points_(i, column) = std::min(std::max(x_(i) + alpha * d_(i), a_.XL[i]), a_.XU[i]);
+      points_(i, column) =
+          std::min(std::max(memory_.x(i) + alpha * memory_.d(i), a_.XL[i]), a_.XU[i]);
   a_.IFAIL = -1;
 }
 
@@ -379,21 +350,22 @@ void SqpRun::JudgePoints() {
   const MeritFunction merit = Merit();
   for (Eigen::Index column = 0;;) {
     const double value =
-        merit.Value(a_.F[column], values_.col(column), points_.col(column), u_, alpha_);
-    const double rise = value - reference_;
-    const bool is_last = trial_ >= max_trials_;
-    if (rise <= armijo * trial_slope_ && !(is_last && a_.L == 1)) return Accept(column, alpha_);
+        merit.Value(a_.F[column], values_.col(column), points_.col(column), u_, numbers_.alpha);
+    const double rise = value - numbers_.reference;
+    const bool is_last = counts_.trial >= max_trials_;
+    if (rise <= armijo * numbers_.trial_slope && !(is_last && a_.L == 1))
+      return Accept(column, numbers_.alpha);
     if (is_last) {
       if (!UseOlderReference()) return Finish(4);
       if (a_.L == 1) return AskForPoints();
       column = 0;  // the points of the round stay, judged more mildly
       continue;
     }
-    const double quotient = interpolation * trial_slope_ / (trial_slope_ - rise);
+    const double quotient = interpolation * numbers_.trial_slope / (numbers_.trial_slope - rise);
     const double factor = quotient > beta_ ? quotient : beta_;  // for a NaN the limit
-    alpha_ *= factor;
-    trial_slope_ *= factor;
-    ++trial_;
+    numbers_.alpha *= factor;
+    numbers_.trial_slope *= factor;
+    ++counts_.trial;
     if (a_.L == 1) return AskForPoints();
     ++column;
   }
@@ -401,48 +373,50 @@ void SqpRun::JudgePoints() {
 
 /// Starts the search again against an older merit value, once for each step.
 bool SqpRun::UseOlderReference() {
-  if (a_.MAX_NM == 0 || used_reference_ != 0) return false;
+  if (a_.MAX_NM == 0 || counts_.used_reference != 0) return false;
   PrintSqpWarning(a_, "Starting non-monotone line search");
-  used_reference_ = 1;
+  counts_.used_reference = 1;
   double reference = a_.TOL_NM;
-  if (iteration_ > 1)
-    reference = stack_.head(std::min(num_pushed_, a_.MAX_NM)).maxCoeff();
-  else if (f_ > a_.ACC)
-    reference = (1.0 + a_.TOL_NM) * f_;
-  else if (f_ < -a_.ACC)
-    reference = (1.0 - a_.TOL_NM) * f_;
+  if (counts_.iteration > 1)
+    reference = memory_.stack.head(std::min(counts_.num_pushed, a_.MAX_NM)).maxCoeff();
+  else if (numbers_.f > a_.ACC)
+    reference = (1.0 + a_.TOL_NM) * numbers_.f;
+  else if (numbers_.f < -a_.ACC)
+    reference = (1.0 - a_.TOL_NM) * numbers_.f;
   StartSearch(reference);
   return true;
 }
 
 void SqpRun::Accept(Eigen::Index column, double alpha) {
-  x_ = points_.col(column);
-  g_ = values_.col(column);
-  f_ = a_.F[column];
-  points_.col(0) = x_;
-  values_.col(0) = g_;
-  a_.F[0] = f_;
-  d_.head(n_) *= alpha;  // the step, for the update of the matrix
-  v_ += alpha * (u_ - v_);
-  for (Eigen::Index j = a_.ME; j < m_; ++j) a_.ACTIVE[j] = v_(j) <= 0.0 && g_(j) > a_.ACC ? 0 : 1;
+  memory_.x = points_.col(column);
+  memory_.g = values_.col(column);
+  numbers_.f = a_.F[column];
+  points_.col(0) = memory_.x;
+  values_.col(0) = memory_.g;
+  a_.F[0] = numbers_.f;
+  memory_.d.head(n_) *= alpha;  // the step, for the update of the matrix
+  memory_.v += alpha * (u_ - memory_.v);
+  for (Eigen::Index j = a_.ME; j < m_; ++j)
+    memory_.active[j] = memory_.v(j) <= 0.0 && memory_.g(j) > a_.ACC ? 0 : 1;
   a_.IFAIL = -2;
 }
 
 void SqpRun::UpdateMatrix() {
-  // Change of the gradient of the Lagrangian; that of the old point stands in lagrangian_.
+  // Change of the gradient of the Lagrangian; that of the old point stands in memory_.lagrangian.
   for (Eigen::Index i = 0; i < n_; ++i)
-    gradient_(i) = df_(i) - dg_.col(i).dot(u_.head(m_)) - lagrangian_(i);
-  if (!UpdateDampedBfgs(c_.topLeftCorner(n_, n_), d_.head(n_), gradient_, product_))
+    memory_.gradient(i) = df_(i) - dg_.col(i).dot(u_.head(m_)) - memory_.lagrangian(i);
+  if (!UpdateDampedBfgs(c_.topLeftCorner(n_, n_), memory_.d.head(n_), memory_.gradient,
+                        memory_.product))
     return Finish(3);
   Iterate();
 }
 
 void SqpRun::Finish(std::int32_t ifail, const char* detail, const double* number) {
+  points_.col(0) = memory_.x;
+  values_.col(0) = memory_.g;
+  a_.F[0] = numbers_.f;
   a_.IFAIL = ifail;
-  points_.col(0) = x_;
-  values_.col(0) = g_;
-  a_.F[0] = f_;
-  if (ifail != 0) PrintSqpError(a_, detail, number);
+  if (ifail != 0) Fail(a_, ifail, detail, number);
   if (a_.IPRINT > 0) PrintSqpResult(*this);
 }
 

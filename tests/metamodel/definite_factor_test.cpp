@@ -29,15 +29,19 @@ TEST(DefiniteFactor, AgreesWithTheInverse) {
 }
 
 TEST(DefiniteFactor, ServesWithinTheRounding) {
-  // |1 c; c 1| with c = 1 - 2^-51 has the determinant 2^-50 - 2^-102: regular, but only just.
-  const double c = 1.0 - 0x1p-51;
-  const double determinant = 0x1p-50;
-  const Eigen::Matrix2d matrix{{1.0, c}, {c, 1.0}};
-  const Eigen::Matrix2d inverse = Eigen::Matrix2d{{1.0, -c}, {-c, 1.0}} / determinant;
+  // S B S with B = (1 - c) I + c J and c = 1 - 2^-49: regular, but only just, and exact in doubles.
+  // B^-1 = (I - c / (1 + 2c) J) / (1 - c), det B = (1 - c)^2 (1 + 2c). The diagonal of S makes the
+  // pivots come in the order 3, 1, 2, a permutation that is not its own inverse.
+  const double c = 1.0 - 0x1p-49;
+  const Eigen::Matrix3d ones = Eigen::Matrix3d::Ones(), unit = Eigen::Matrix3d::Identity();
+  const Eigen::DiagonalMatrix<double, 3> s(2.0, 1.0, 4.0), s_inverse(0.5, 1.0, 0.25);
+  const Eigen::Matrix3d matrix = s * ((1.0 - c) * unit + c * ones) * s;
+  const Eigen::Matrix3d inverse =
+      s_inverse * ((unit - c / (1.0 + 2.0 * c) * ones) / (1.0 - c)) * s_inverse;
   DefiniteFactor factor;
   ASSERT_TRUE(factor.Compute(matrix));
-  EXPECT_NEAR(factor.LogDeterminant(), std::log(determinant), 1e-12);
-  EXPECT_TRUE(factor.Solve(Eigen::Matrix2d::Identity()).isApprox(inverse, 1e-12));
+  EXPECT_NEAR(factor.LogDeterminant(), std::log(64.0 * 0x1p-98 * (1.0 + 2.0 * c)), 1e-12);
+  EXPECT_TRUE(factor.Solve(unit).isApprox(inverse, 1e-12));
   const Eigen::MatrixXd root = factor.InverseRoot();
   EXPECT_TRUE((root.transpose() * root).isApprox(inverse, 1e-12));
   Eigen::MatrixXd lower;

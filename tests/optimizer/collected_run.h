@@ -92,8 +92,10 @@ class CollectedClient {
 };
 
 /// From the published start, moved to the bounds where it violates them, with up to 500 iterations.
-inline CollectedRun RunCollected(const CollectedProblem& problem, Gradients gradients,
-                                 int num_parallel = 1, double accuracy = 1e-7) {
+/// @param step  makes the calls of the core
+template <class Step>
+CollectedRun RunCollected(const CollectedProblem& problem, Gradients gradients, int num_parallel,
+                          double accuracy, Step&& step) {
   corvath::algorithm::optimizer::NLPQLPInterface core(
       problem.NumVariables(), problem.num_equalities, problem.num_inequalities, num_parallel);
   core.MAXIT = 500;
@@ -108,7 +110,7 @@ inline CollectedRun RunCollected(const CollectedProblem& problem, Gradients grad
   client.SetValues(0);
   client.SetGradients();
   CollectedRun run;
-  for (core.Step(); core.IFAIL < 0; core.Step()) {
+  for (step(core); core.IFAIL < 0; step(core)) {
     if (core.IFAIL == -1) {
       ++run.num_functions;
       for (int column = 0; column < num_parallel; ++column) client.SetValues(column);
@@ -122,6 +124,11 @@ inline CollectedRun RunCollected(const CollectedProblem& problem, Gradients grad
   run.violation = client.Violation(0);
   run.calls_to_target = client.CallsToTarget();
   return run;
+}
+
+inline CollectedRun RunCollected(const CollectedProblem& problem, Gradients gradients,
+                                 int num_parallel = 1, double accuracy = 1e-7) {
+  return RunCollected(problem, gradients, num_parallel, accuracy, [](auto& core) { core.Step(); });
 }
 
 inline bool IsSolved(const CollectedProblem& problem, const CollectedRun& run) {

@@ -64,4 +64,14 @@ inline Dual cos(const Dual& a) {
   return Chain(std::cos(a.value), a, -std::sin(a.value));
 }
 
+inline Dual Sq(const Dual& a) {
+  return a * a;
+}
+inline Dual Cube(const Dual& a) {
+  return a * a * a;
+}
+inline Dual Fourth(const Dual& a) {
+  return Sq(Sq(a));
+}
+
 }  // namespace support

@@ -22,7 +22,8 @@ struct CollectedProblem {
   std::vector<double> upper;
   double optimum;
   /// f of x[1] ... x[n]; writes g[1] ... g[m].
-  Dual (*evaluate)(const Dual* x, Dual* g);
+  using Evaluate = Dual (*)(const Dual* x, Dual* g);
+  Evaluate evaluate = nullptr;
 
   int NumVariables() const { return static_cast<int>(start.size()); }
   int NumConstraints() const { return num_equalities + num_inequalities; }
@@ -50,7 +51,12 @@ inline Dual EvaluateAt(const CollectedProblem& problem, const double* x, Dual* g
   return problem.evaluate(variables, g);
 }
 
-/// The problems in the order of their numbers.
+inline Dual Rosenbrock(const Dual* x) {
+  return 100.0 * Sq(x[2] - Sq(x[1])) + Sq(1.0 - x[1]);
+}
+
+/// Twenty problems in the order of their numbers, chosen so that a fault of the method which any
+/// problem of the collection betrays fails one of these; bench/ has the others.
 const std::vector<CollectedProblem>& HockSchittkowski();
 
 }  // namespace support

@@ -1,10 +1,23 @@
 #pragma once
 
 #include "optimizer/nlpqlp_interface.h"
+#include "optimizer/sqp_core.h"
 
 #include <cmath>
 
 namespace support {
+
+/// NLPQLPInterface::Step with another QP solver.
+inline void StepWith(corvath::algorithm::optimizer::NLPQLPInterface& c,
+                     corvath::algorithm::optimizer::QpSolve solver) {
+  const auto size = [](const auto& array) { return static_cast<std::int32_t>(array.size()); };
+  corvath::algorithm::optimizer::NLPQLP(
+      c.L, c.M, c.ME, c.MMAX, c.N, c.NMAX, c.MNN2, c.X.data(), c.F.data(), c.G.data(), c.DF.data(),
+      c.DG.data(), c.U.data(), c.XL.data(), c.XU.data(), c.C.data(), c.D.data(), c.ACC, c.ACCQP,
+      c.STPMIN, c.MAXFUN, c.MAXIT, c.MAX_NM, c.TOL_NM, c.IPRINT, c.MODE, c.IOUT, c.IFAIL,
+      c.WA.data(), size(c.WA), c.KWA.data(), size(c.KWA), c.ACTIVE.data(), size(c.ACTIVE), c.LQL,
+      solver);
+}
 
 /// Two variables, the sum of squares about (1, 2), x1 + x2 <= 2, from (0, 0): the client of the
 /// reverse communication.

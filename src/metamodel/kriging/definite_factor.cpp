@@ -84,7 +84,8 @@ Eigen::MatrixXd DefiniteFactor::InverseRoot() const {
   root = ldlt_.matrixL();
   InvertLower(root);
   root = ldlt_.vectorD().cwiseSqrt().cwiseInverse().asDiagonal() * root;
-  return root * ldlt_.transpositionsP();
+  // root P; from the right, Eigen would apply the transpositions in the wrong order.
+  return (ldlt_.transpositionsP().transpose() * root.transpose()).transpose();
 }
 
 void DefiniteFactor::InverseLower(Eigen::MatrixXd& inverse) const {

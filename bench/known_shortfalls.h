@@ -4,7 +4,7 @@
 #include <cmath>
 #include <iterator>
 
-namespace support {
+namespace bench {
 
 /// A problem of the collection that a run from its published start, to the accuracy 1e-7, does not
 /// solve to |f - f*| <= 1e-6 max(1, |f*|) with a violation of at most 1e-7, and why.
@@ -46,4 +46,4 @@ inline const KnownShortfall* FindShortfall(int number) {
   return found == std::end(known) ? nullptr : found;
 }
 
-}  // namespace support
+}  // namespace bench
