@@ -235,8 +235,9 @@ void AddTrain(CLI::App& app) {
       ->check(CLI::PositiveNumber.description(""))
       ->capture_default_str()
       ->type_name("SECONDS");
-  command->add_flag("--anisotropic", options.anisotropic,
-                    "No longer needed: kriging with a radius for each input always competes")
+  command
+      ->add_flag("--anisotropic", options.anisotropic,
+                 "No longer needed: kriging with a radius for each input always competes")
       ->group("");
   command
       ->add_option("--seed", options.seed,

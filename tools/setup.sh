@@ -1,19 +1,20 @@
 # Sourced by demo.sh and test.sh: installs the packages of tools/packages that are missing, and
 # builds. Needs Debian 12 (or a later release with the same packages).
 
-# Lists the packages that are not installed.
+# zel_missing_packages LIST: the packages of a list that are not installed.
 zel_missing_packages() {
   local package
-  grep -v '^#' tools/packages | while read -r package; do
+  grep -v '^#' "$1" | while read -r package; do
     [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] ||
       echo "$package"
   done
 }
 
-# Installs them, as root or through sudo; otherwise says what is missing and stops.
+# zel_install [LIST]: installs them (of tools/packages), as root or through sudo; otherwise says what
+# is missing and stops.
 zel_install() {
   local missing
-  missing=$(zel_missing_packages | tr '\n' ' ')
+  missing=$(zel_missing_packages "${1:-tools/packages}" | tr '\n' ' ')
   [ -n "$missing" ] || return 0
   local as_root=""
   if [ "$(id -u)" -ne 0 ]; then

@@ -41,8 +41,8 @@ struct TrainedResponse {
   std::vector<std::wstring> inputs;  ///< those that the model uses
   double cop = 0.0;      ///< 1 - SSE / SST at designs that the choice of the model did not know
   double cop_raw = 0.0;  ///< the same of the chosen model alone: the largest of many
-  double cod = 0.0;                  ///< the same of the fitted values
-  double cod_adjusted = 0.0;         ///< for the number of coefficients
+  double cod = 0.0;      ///< the same of the fitted values
+  double cod_adjusted = 0.0;  ///< for the number of coefficients
   /// Standard deviation of the noise that kriging finds in the response, in its units; NaN for other
   /// models and for transformed responses.
   double noise = 0.0;
