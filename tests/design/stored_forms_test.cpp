@@ -180,8 +180,8 @@ TEST(StoredForms, OfCriteria) {
   V without_sides = value.Read(0);
   without_sides.lhs_value_ = without_sides.rhs_value_ = CDesignEntry();
   form.Converted("CriterionDescription", &Criterion::GetDescription, description.Read(0), Since(3));
-  form.Converted("CriterionValue", &Criterion::GetValues, value.Read(0), Since(3), without_sides,
-                 Since(2));
+  form.Converted("CriterionValue", &Criterion::GetValues, value.Read(0), Since(3), Since(2));
+  form.Shows(&Criterion::GetValues, without_sides, Until(1));
   form.Check(kEqual);
 }
 

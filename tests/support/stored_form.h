@@ -103,28 +103,25 @@ class StoredForm {
   /// A field of every version that `get` shows: a member, a getter, or a function of the object.
   template <class Get>
   StoredForm& Field(const char* name, const Get& get, Shown<Get> value) {
-    return Converted(name, get, std::move(value), {}, std::invoke(get, T()));
+    return Converted(name, get, std::move(value), {});
   }
   /// From a version that does not hold the field comes `other`.
   template <class Get>
   StoredForm& Field(const char* name, const Get& get, Shown<Get> value, Versions versions,
                     Shown<Get> other = {}) {
-    return Converted(name, get, std::move(value), versions, std::move(other), versions);
+    AddField(name, value, other, versions);
+    AddExpectation(name, get,
+                   [=](unsigned version) { return versions.Has(version) ? &value : &other; });
+    return *this;
   }
-  /// A field that comes in another way from the rest of the versions `shown`, too.
+  /// A field that comes in another way from the rest of the versions `shown`. What the object shows
+  /// from versions outside of them stands in rows of its own.
   template <class Get>
   StoredForm& Converted(const char* name, const Get& get, Shown<Get> value, Versions versions,
-                        Shown<Get> other = {}, Versions shown = {}) {
-    EXPECT_FALSE(AreSame(value, other)) << name << ": this row cannot fail";
-    rows_.push_back(
-        {versions, 1,
-         [=](Archive& ar, std::size_t changed) { Put(ar, name, changed == 0 ? other : value); },
-         [=](const T& object, unsigned version) {
-           const Shown<Get> found = std::invoke(get, object);
-           EXPECT_TRUE(AreSame(found, shown.Has(version) ? value : other))
-               << name << " of version " << version;
-         }});
-    return *this;
+                        Versions shown = {}) {
+    T fresh;
+    AddField<Shown<Get>>(name, value, std::invoke(get, fresh), versions);
+    return Shows(get, value, shown, name);
   }
 
   /// A field that a reader converts or drops.
@@ -137,13 +134,10 @@ class StoredForm {
 
   /// What `get` shows of an object that read one of these versions.
   template <class Get>
-  StoredForm& Shows(const Get& get, Shown<Get> value, Versions versions = {}) {
-    rows_.push_back({versions, 0, [](Archive&, std::size_t) {},
-                     [=](const T& object, unsigned version) {
-                       if (!versions.Has(version)) return;
-                       const Shown<Get> shown = std::invoke(get, object);
-                       EXPECT_TRUE(AreSame(shown, value)) << "shown of version " << version;
-                     }});
+  StoredForm& Shows(const Get& get, Shown<Get> value, Versions versions = {},
+                    const char* name = "what comes") {
+    AddExpectation(name, get,
+                   [=](unsigned version) { return versions.Has(version) ? &value : nullptr; });
     return *this;
   }
 
@@ -232,6 +226,28 @@ class StoredForm {
     std::function<void(Archive&, std::size_t changed)> write;
     std::function<void(const T&, unsigned version)> expect;
   };
+
+  template <class Value>
+  void AddField(const char* name, const Value& value, const Value& other, Versions versions) {
+    EXPECT_FALSE(AreSame(value, other)) << name << ": this row cannot fail";
+    rows_.push_back(
+        {versions, 1,
+         [=](Archive& ar, std::size_t changed) { Put(ar, name, changed == 0 ? other : value); },
+         [](const T&, unsigned) {}});
+  }
+  /// @param expected  class version to a pointer to the value, null where none is expected
+  template <class Get, class Expected>
+  void AddExpectation(const char* name, const Get& get, const Expected& expected) {
+    rows_.push_back({{},
+                     0,
+                     [](Archive&, std::size_t) {},
+                     [=](const T& object, unsigned version) {
+                       const Shown<Get>* const value = expected(version);
+                       if (!value) return;
+                       const Shown<Get> found = std::invoke(get, object);
+                       EXPECT_TRUE(AreSame(found, *value)) << name << " of version " << version;
+                     }});
+  }
 
   void ExpectReads(unsigned version, T& read) const {
     // A number behind the object shows that the reader took all of it and no more.
