@@ -3,7 +3,6 @@
 #include "support/message_of.h"
 #include "support/values.h"
 
-#include <boost/archive/archive_exception.hpp>
 #include <boost/mpl/int.hpp>
 #include <gtest/gtest.h>
 
@@ -180,16 +179,9 @@ TEST(VariantArchive, KeepsWhatItCannotDerive) {
   EXPECT_EQ(Load<Value>(Save(Value(many))), Value(many));
 }
 
-TEST(VariantArchive, RefusesDamageAndKeepsTheOldValue) {
-  using boost::archive::archive_exception;
+TEST(VariantArchive, RefusesAbsurdSizesAndKeepsTheOldValue) {
   const Value original = Vec({5, 4});
   for (const Value& value : Samples()) {
-    const std::string bytes = Save(value);
-    for (std::size_t length = 0; length < bytes.size(); ++length) {
-      Value read = original;
-      EXPECT_THROW(LoadInto(bytes.substr(0, length), read), archive_exception);
-      EXPECT_EQ(read, original);
-    }
     for (const std::uint64_t lie : {std::uint64_t{1} << 40, std::uint64_t{1} << 60,
                                     std::numeric_limits<std::uint64_t>::max() / 2}) {
       if (value.IsComplex() || value.IsScalar() || value.IsBoolean() || value.IsUninitialized())
@@ -204,20 +196,6 @@ TEST(VariantArchive, RefusesDamageAndKeepsTheOldValue) {
   gutted.TakeVector(timeline);
   EXPECT_EQ(MessageOfExactly<CDimensionException>([&] { Load<Value>(Save(gutted)); }),
             "Timeline of signal and data-matrix have to be of same dimension.");
-  // Flipped bits: whatever is read is a value or an exception.
-  std::string bytes = Save(Sig({0, 1, 2}, {{1, {2, 3}, 4}, {5, 6, 7}}));
-  for (std::size_t bit = 0; bit < 8 * bytes.size(); ++bit) {
-    std::string damaged = bytes;
-    damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ (1 << bit % 8));
-    Value read;
-    try {
-      LoadInto(damaged, read);
-    } catch (const std::exception&) {
-      EXPECT_TRUE(read.IsUninitialized());
-      continue;
-    }
-    EXPECT_TRUE(read.IsUninitialized() || read.Size() <= 6) << bit;
-  }
 }
 
 }  // namespace
