@@ -24,7 +24,6 @@ using support::StoredForm;
 using support::Until;
 using Kind = corvath::enums::DeterministicProperties;
 using Type = corvath::enums::DesignEntry;
-using Text = std::wstring;
 
 const auto kEqual = [](const auto& a, const auto& b) { return a == b; };
 
@@ -171,8 +170,8 @@ TEST(StoredForms, OfCriteria) {
   StoredForm<Criterion, false> form(3, /*restores_defaults=*/true);
   form.Raw("type_", D::RHS_MINUS_LHS, Until(2));
   form.Raw("value_", CDesignEntry(1.0), Until(2));
-  form.Raw("lhs_", Text(L"a"), Until(2));
-  form.Raw("rhs_", Text(L"b"), Until(2));
+  form.Raw("lhs_", std::wstring(L"a"), Until(2));
+  form.Raw("rhs_", std::wstring(L"b"), Until(2));
   form.Raw("needeval_", false, Until(2));
   form.Raw("skv3_converted_", true, {1, 2});
   form.Raw("lhs_value_", CDesignEntry(2.0), {2, 2});
@@ -197,7 +196,33 @@ TEST(StoredForms, OfDesigns) {
       Since(1));
   sequence.Check(kEqual);
 
+  using M = RunInfoMeta;
+  StoredForm<M, false> message(1);
+  message.Field("run_info_", &M::GetRunInfo, M::UNUSABLE_RESPONSE);
+  message.Field("actor_name_", &M::GetActorName, L"step");
+  message.Field("response_name_", &M::GetResponseName, L"r");
+  message.Field("message_", &M::GetMessage, {L"a", L"b"});
+  message.Check(kEqual);
+  StoredForm<RunInfoContainer, false> messages(1);
+  messages.Field("run_infos_", &RunInfoContainer::GetMessages, {message.Read(1)});
+  messages.Check(kEqual);
   DesignForm().Check(kEqual);
+
+  using F = SDesign;
+  StoredForm<F, false> flat(0);
+  flat.Field(ZEL_MEMBER(F, responses), {{L"r", CDesignEntry(2.5)}});
+  flat.Field(ZEL_MEMBER(F, parameters), {{L"x", CDesignEntry(1.0)}});
+  flat.Field(ZEL_MEMBER(F, run_state), F::FINISHED);
+  flat.Field(ZEL_MEMBER(F, activation_state), F::eActivationStatus(2));
+  flat.Field(ZEL_MEMBER(F, criteria), {{L"c", MakeCriterion()}});
+  flat.Field(ZEL_MEMBER(F, is_approximated), true);
+  flat.Field(ZEL_MEMBER(F, id), DesignId(12).Appended(3));
+  flat.Field(ZEL_MEMBER(F, is_duplicate_of), DesignId(4));
+  flat.Field(ZEL_MEMBER(F, iteration), DesignId(5));
+  flat.Field(ZEL_MEMBER(F, workflow_id), 6);
+  flat.Field(ZEL_MEMBER(F, design_type), corvath::enums::DesignTypes::eType(7));
+  flat.Field(ZEL_MEMBER(F, algo_iteration), 8);
+  flat.Check();
 
   using Stats = DesignManager::Stats;
   StoredForm<Stats, false> stats(0);

@@ -198,42 +198,35 @@ TEST(SurrogateInfo, OldRecordsMayShareTheirPlainModel) {
   EXPECT_TRUE(pair.first.GetSurrogate()->Equals(*model));
 }
 
-TEST(SubspaceResults, GetSettingsOfTheirOwnWhileReading) {
-  auto settings = boost::make_shared<LinearRegressionSettings>(3);
+TEST(SubspaceResults, AreStoredWithSettingsOfTheirOwn) {
+  using R = SubspaceResults;
+  const auto settings = boost::make_shared<LinearRegressionSettings>(3);
   settings->SetOrder(2);
-  std::stringstream stream;
-  {
-    SubspaceResults first, second;
-    first.model_type = static_cast<ModelType::eModelType>(5);
-    first.singleCoPs = Eigen::Vector3d(0.1, 0.2, 0.3);
-    first.settings = second.settings = settings;
-    corvath::portable_binary_oarchive ar(stream);
-    ar << std::as_const(first) << std::as_const(second);
-  }
-  corvath::portable_binary_iarchive ar(stream, corvath::archive::kThrowOnMismatch);
-  SubspaceResults first, second;
-  ar >> first >> second;
-  ASSERT_TRUE(first.settings && second.settings);
-  EXPECT_NE(first.settings, second.settings);
-  EXPECT_TRUE(first.settings->Equals(*settings));
-  EXPECT_TRUE(second.settings->Equals(*settings));
-  EXPECT_EQ(first.model_type, 5);
-  EXPECT_EQ(first.singleCoPs, Eigen::Vector3d(0.1, 0.2, 0.3));
-}
+  const auto equal = [](const auto& a, const auto& b) { return a == b; };
+  StoredForm<R> form(0);
+  form.Field(ZEL_MEMBER(R, model_type), ModelType::eModelType{5});
+  form.Field(ZEL_MEMBER(R, settings), settings);
+  form.Field(ZEL_MEMBER(R, CoD), 0.25);
+  form.Field(ZEL_MEMBER(R, CoDadj), 0.5);
+  form.Field(ZEL_MEMBER(R, CoP), 0.75);
+  form.Field(ZEL_MEMBER(R, CoPadj), 0.625);
+  form.Field(ZEL_MEMBER(R, CoDtest), 0.125);
+  form.Field(ZEL_MEMBER(R, predError), 1.5);
+  form.Field(ZEL_MEMBER(R, singleCoPs), Eigen::Vector3d(0.1, 0.2, 0.3));
+  form.Check(equal);
 
-TEST(SubspaceResults, ContainerKeepsNamesOrderAndSettings) {
-  SubspaceResultContainer container;
-  SubspaceResults results;
-  results.CoD = 0.25;
-  results.CoPadj = kNaN;
-  container.Add(L"second", results);
-  results.settings = boost::make_shared<LinearRegressionSettings>(2);
-  container.Add(L"first", results);
-  const auto read = support::Load<SubspaceResultContainer>(support::Save(container));
-  EXPECT_EQ(read, container);
-  EXPECT_EQ(read.GetResults().front().first, L"second");
-  const SubspaceResultContainer copy = container;
-  EXPECT_EQ(copy, container);
-  EXPECT_NE(copy.GetResults().back().second.settings,
-            container.GetResults().back().second.settings);
+  using C = SubspaceResultContainer;
+  const C::Container results{{L"second", form.Read(0)}, {L"first", form.Read(0)}};
+  StoredForm<C> container(0);
+  container.Field("container_", &C::GetResults, results);
+  container.Check(equal);
+
+  // A file may share the settings; neither what is read nor a copy does.
+  const Pair<SubspaceResults> pair{results.front().second, results.front().second};
+  Pair<SubspaceResults> shared = pair;
+  shared.second.settings = shared.first.settings;
+  const auto read = support::Load<Pair<SubspaceResults>>(support::Save(shared));
+  ASSERT_TRUE(read.first.settings && read.second.settings);
+  EXPECT_NE(read.first.settings, read.second.settings);
+  EXPECT_NE(pair.first.settings, pair.second.settings);
 }
