@@ -52,7 +52,9 @@ TEST(AlgorithmInfo, TypeDecidesTheDetailedInformation) {
   EXPECT_TRUE(info.GetSystemsInformation());  // a reliability detail is one
   const auto systems = boost::make_shared<SystemsInformation>();
   EXPECT_FALSE(systems->IsEqual(nullptr));
-  EXPECT_FALSE(AlgorithmInfo(0).GetDetailedInformation()->IsEqual(systems));  // of another class
+  const auto optimization = AlgorithmInfo(0).GetDetailedInformation();
+  EXPECT_FALSE(optimization->IsEqual(systems));  // another class, whichever asks
+  EXPECT_FALSE(systems->IsEqual(optimization));
 }
 
 TEST(AlgorithmInfo, ACopyOwnsItsModels) {

@@ -130,6 +130,12 @@ TEST(VRDB, ReadsEveryClassVersionAndKeepsAllThroughAFile) {
   field([=](const VRDB& p) { return title(p.GetImagePathMap()); }, L"image", 7, L"");
   field([=](const VRDB& p) { return title(p.GetProcessPathMap()); }, L"process", 7, L"");
   field(ZEL_SHOWN_BY(GetCriteria()), fields.criteria, 13, fields.designs.GetCriteriaTemplate());
+  const auto original = fields.algorithm_info->GetDetailedInformation();
+  form.Shows(
+      [original](const VRDB& p) {
+        return original->IsEqual(p.GetAlgorithmInfo()->GetDetailedInformation());
+      },
+      true, Since(12));  // older ones do not tell the designs
   form.Shows(
       [](const VRDB& p) {
         const auto detail = p.GetAlgorithmInfo()->GetZELInformation();

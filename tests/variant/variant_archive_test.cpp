@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
+#include <utility>
 
 namespace {
 
@@ -29,7 +31,8 @@ using NumberVector = boost::numeric::ublas::vector<Number>;
 using NumberMatrix = boost::numeric::ublas::matrix<Number>;
 
 /// What a writer of a class version stores for `value`, field by field. The lie is for damaged files.
-std::string Write(unsigned version, const Value& value, std::uint64_t size_lie = 0) {
+support::StoredAs<Value, true> Stored(unsigned version, const Value& value,
+                                      std::uint64_t size_lie = 0) {
   // What does not belong to the kind was noise below version 3.
   const bool has_vector = value.IsVector() || value.HasTimeline();
   const bool has_matrix = value.IsMatrix() || value.HasTimeline();
@@ -51,7 +54,8 @@ std::string Write(unsigned version, const Value& value, std::uint64_t size_lie =
     return !belongs ? Until(2) : value.IsComplex() ? all : Until(5);
   };
   const Versions compact = value.IsComplex() ? Since(99) : Since(6);
-  StoredForm<Value> form(6);
+  const auto held = std::make_shared<StoredForm<Value>>(6);
+  StoredForm<Value>& form = *held;
   form.Raw("kind_", std::int32_t{value.GetKind()});
   form.Raw("series_", true, Until(1));
   form.Raw("complex_", value.IsComplex());
@@ -72,13 +76,13 @@ std::string Write(unsigned version, const Value& value, std::uint64_t size_lie =
   form.Raw("ordered_", value.IsOrdered(), Since(4));
 
   auto stored = form.As(version);
-  stored.write = [version, write = stored.write](corvath::portable_binary_oarchive& ar) {
+  stored.write = [version, held, write = stored.write](corvath::portable_binary_oarchive& ar) {
     corvath::portable_binary_archive_annotate_control& control = ar;
     if (version >= 5) control.DisableAnnotations();
     write(ar);
     if (version >= 5) control.EnableAnnotations();
   };
-  return Save(stored);
+  return stored;
 }
 
 }  // namespace
@@ -118,13 +122,16 @@ const std::vector<Value>& Samples() {
 TEST(VariantArchive, ReadsEveryClassVersionAndWritesTheCurrentOne) {
   for (const Value& expected : Samples()) {
     for (unsigned version = 0; version <= 7; ++version) {  // a newer writer is not refused
-      Value read = Vec({5, 4});
-      LoadInto(Write(version, expected), read);
+      // A number behind the value shows that all of it was read.
+      std::pair<Value, int> both(Vec({5, 4}), 0);
+      LoadInto(Save(std::pair(Stored(version, expected), 42)), both);
+      const Value& read = both.first;
+      EXPECT_EQ(both.second, 42) << "version " << version;
       EXPECT_EQ(read, expected) << "version " << version;
       EXPECT_EQ(read.IsComplex(), expected.IsComplex()) << "version " << version;
       EXPECT_EQ(read.IsOrdered(), expected.IsOrdered()) << "version " << version;
     }
-    EXPECT_EQ(Save(expected), Write(6, expected)) << Text(expected);
+    EXPECT_EQ(Save(expected), Save(Stored(6, expected))) << Text(expected);
   }
 }
 
@@ -152,7 +159,7 @@ TEST(VariantArchive, RefusesAbsurdSizesAndKeepsTheOldValue) {
       if (value.IsComplex() || value.IsScalar() || value.IsBoolean() || value.IsUninitialized())
         continue;
       Value read = original;
-      EXPECT_ANY_THROW(LoadInto(Write(6, value, lie), read)) << Text(value);
+      EXPECT_ANY_THROW(LoadInto(Save(Stored(6, value, lie)), read)) << Text(value);
       EXPECT_EQ(read, original);
     }
   }
