@@ -38,16 +38,14 @@ StoredForm<RandomProperties, false> RandomForm() {
   StoredForm<RandomProperties, false> form(4);
   form.Field("type_", &RandomProperties::GetType, corvath::enums::RandomVariable::LOGNORMAL);
   form.Field("kind_", &RandomProperties::GetKind, 3);
-  form.Field("params_", &RandomProperties::GetParams, Moments{0.25, 0.5});
-  form.Field("moments_", &RandomProperties::GetMoments, Moments{1.5, 2.5});
+  form.Field("params_", &RandomProperties::GetParams, Moments{0.25, 0.5}, {}, {0.25, 0.75});
+  form.Field("moments_", &RandomProperties::GetMoments, Moments{1.5, 2.5}, {}, {1.25, 2.5});
   form.Field("has_set_cov_", &RandomProperties::HasCov, true, Since(3));
   form.Field(
       "cov_", [](const RandomProperties& p) { return p.HasCov() ? p.GetCov() : 0.0; }, 0.125,
       Since(3));
-  form.Raw("validated_", false, Since(4));  // which equality leaves out
+  form.Uncompared("validated_", &RandomProperties::IsValidated, false, Since(4), true);
   form.Raw("pdf_coords_", std::vector<std::pair<double, double>>{{1.0, 2.0}, {3.0, 4.0}}, Until(1));
-  form.Shows(&RandomProperties::IsValidated, true, Until(3));
-  form.Shows(&RandomProperties::IsValidated, false, Since(4));
   return form;
 }
 

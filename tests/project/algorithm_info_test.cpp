@@ -65,6 +65,10 @@ TEST(AlgorithmInfo, ACopyOwnsItsModels) {
   copy.GetDetailedInformation()->ResetSupportData(project.GetDesignContainer(),
                                                   project.GetParameterManager());
   EXPECT_FALSE(info.GetDetailedInformation()->IsEqual(copy.GetDetailedInformation()));
+  SystemsInformation systems;
+  systems.SetSamplingType(1);
+  systems.AddDesignSet(L"s").surrogate_infos_ = support::GetModels(project);
+  systems.Clone()->ResetSupportData(project.GetDesignContainer(), project.GetParameterManager());
   for (const auto& record : support::GetModels(project).GetSurrogateInfos())
     EXPECT_EQ(record.GetSurrogate()->GetPoints().rows(), 40);
 

@@ -187,19 +187,13 @@ TEST(VRDB, RecoversTheDesignsOfModelsBelowVersion12) {
   }
 }
 
-TEST(VRDB, Version0HasAlgorithmType22OrThatOfItsModels) {
+TEST(VRDB, ModelsOfVersion0MakeAnAlgorithmOfTheirType) {
   Fields fields;
-  fields.designs = DesignsOf(L"x", {1.0, 2.0});
-  const VRDB plain = fields.Read(0);
-  EXPECT_EQ(plain.GetAlgorithmInfo()->GetType(), 22);
-  EXPECT_TRUE(plain.GetAllMetaData().empty());
-  EXPECT_TRUE(plain.GetReferenceDesign().GetParameters().Has(L"x"));
-
   fields.surrogate_infos = {SurrogateInfo(L"r")};
-  const VRDB with_models = fields.Read(0);
-  ASSERT_EQ(with_models.GetAlgorithmInfo()->GetType(), 18);
+  const VRDB read = fields.Read(0);
+  ASSERT_EQ(read.GetAlgorithmInfo()->GetType(), 18);
   EXPECT_TRUE(
-      with_models.GetAlgorithmInfo()->GetZELInformation()->surrogate_infos_.HasSurrogateInfo(L"r"));
+      read.GetAlgorithmInfo()->GetZELInformation()->surrogate_infos_.HasSurrogateInfo(L"r"));
 }
 
 TEST(VRDB, OldModelsMoveIntoTheDetailAndParametersAreRepairedBelowVersion8) {

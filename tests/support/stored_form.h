@@ -72,9 +72,6 @@ bool AreSame(const T& a, const T& b) {
     return Save(a) == Save(b);
 }
 
-template <class T, bool kTracked>
-class StoredForm;
-
 /// What the archive takes for an object of T: it has T's class record, with the class version that
 /// the form has set, and writes the fields of the form.
 template <class T, bool kTracked>
@@ -179,7 +176,7 @@ class StoredForm {
   StoredAs<T, kTracked> As(unsigned version, std::size_t changed = kUnchanged) const {
     boost::serialization::version<StoredAs<T, kTracked>>::value = static_cast<int>(version);
     return {[=](Archive& ar) {
-      std::size_t before = 0;
+      std::size_t before = 0;  // beyond `changed` the difference wraps to a number of no row
       for (const Row& row : rows_) {
         if (row.versions.Has(version)) row.write(ar, changed - before);
         before += row.num_changes;
@@ -203,7 +200,7 @@ class StoredForm {
     EXPECT_EQ(Save(read), Write(newest_));
   }
 
-  /// The same without writing, for a class that writes more than it has read.
+  /// Reading and copies alone, for a class that writes more than it has read.
   void CheckReading() const {
     for (unsigned version = 0; version <= newest_; ++version) CheckReading(version);
   }
@@ -214,7 +211,7 @@ class StoredForm {
     if (version == newest_) ExpectCopies(read);
   }
 
-  /// The same, and an object that differs in one field is not equal.
+  /// Check(), and an object of the newest version that differs in one field is not equal.
   template <class Equal>
   void Check(const Equal& equal) const {
     Check();
@@ -234,7 +231,7 @@ class StoredForm {
 
   struct Row {
     Versions versions;
-    std::size_t num_changes;  ///< values that can be the other one
+    std::size_t num_changes;  ///< values of the newest version that can be the other one
     std::function<void(Archive&, std::size_t changed)> write;
     std::function<void(const T&, unsigned version)> expect;
   };
@@ -243,7 +240,7 @@ class StoredForm {
   void AddField(const char* name, const Value& value, const Value& other, Versions versions) {
     EXPECT_FALSE(AreSame(value, other)) << name << ": this row cannot fail";
     rows_.push_back(
-        {versions, 1,
+        {versions, versions.Has(newest_) ? std::size_t{1} : std::size_t{0},
          [=](Archive& ar, std::size_t changed) { Put(ar, name, changed == 0 ? other : value); },
          [](const T&, unsigned) {}});
   }
@@ -310,7 +307,7 @@ template <class T, bool kTracked>
 struct version<support::StoredAs<T, kTracked>> {
   using tag = mpl::integral_c_tag;
   using type = mpl::int_<0>;
-  static inline int value = 0;
+  static inline int value = 0;  ///< set by the form that writes
 };
 
 template <class T, bool kTracked>
