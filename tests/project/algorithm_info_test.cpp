@@ -72,6 +72,12 @@ TEST(AlgorithmInfo, ACopyOwnsItsModels) {
   for (const auto& record : support::GetModels(project).GetSurrogateInfos())
     EXPECT_EQ(record.GetSurrogate()->GetPoints().rows(), 40);
 
+  AdditionalDesignContainer additional;
+  additional.design_sets_[L"d"] = boost::make_shared<DesignSet>(L"d");
+  const AdditionalDesignContainer own(additional);
+  own.design_sets_.at(L"d")->identifier_ = L"changed";
+  EXPECT_EQ(additional.design_sets_.at(L"d")->identifier_, L"d");
+
   AlgorithmInfo unknown(info);
   unknown.GetDetailedInformation()->SetSamplingType(0);
   unknown.GetDetailedInformation()->ResetSupportData(project.GetDesignContainer(),
