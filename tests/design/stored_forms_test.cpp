@@ -11,7 +11,6 @@
 
 #include <cstdint>
 #include <list>
-#include <map>
 #include <string>
 #include <utility>
 #include <vector>

@@ -17,7 +17,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <iostream>
 #include <sstream>
 
 namespace {

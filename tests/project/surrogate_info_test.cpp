@@ -12,9 +12,7 @@
 #include <cmath>
 #include <limits>
 #include <map>
-#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 using corvath::algorithm::datatypes::DesignId;
