@@ -1,6 +1,5 @@
 #include "design/criterion.h"
 
-#include "support/archive_round_trip.h"
 #include "support/message_of.h"
 #include "support/values.h"
 
@@ -16,7 +15,6 @@ namespace {
 using corvath::algorithm::datatypes::CDesignEntry;
 using corvath::algorithm::datatypes::Criterion;
 using corvath::algorithm::datatypes::CriterionDescription;
-using corvath::algorithm::datatypes::CriterionValue;
 using support::Scalar;
 using support::Vec;
 
@@ -31,51 +29,7 @@ Criterion WithValue(int type, const CDesignEntry& value) {
   return criterion;
 }
 
-/// The flat records of class versions 0 to 2.
-template <unsigned int V>
-struct OldCriterion {
-  CriterionDescription::eType type_ = CriterionDescription::RHS_MINUS_LHS;
-  CDesignEntry value_ = CDesignEntry(1.0);
-  std::wstring lhs_ = L"a";
-  std::wstring rhs_ = L"b";
-  bool needeval_ = false;
-  bool skv3_converted_ = true;
-  CDesignEntry lhs_value_ = CDesignEntry(2.0);
-  CDesignEntry rhs_value_ = CDesignEntry(3.0);
-
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int) {
-    ar& BOOST_SERIALIZATION_NVP(type_);
-    ar& BOOST_SERIALIZATION_NVP(value_);
-    ar& BOOST_SERIALIZATION_NVP(lhs_);
-    ar& BOOST_SERIALIZATION_NVP(rhs_);
-    ar& BOOST_SERIALIZATION_NVP(needeval_);
-    if (V >= 1) ar& BOOST_SERIALIZATION_NVP(skv3_converted_);
-    if (V >= 2) {
-      ar& BOOST_SERIALIZATION_NVP(lhs_value_);
-      ar& BOOST_SERIALIZATION_NVP(rhs_value_);
-    }
-  }
-};
-
-/// The record of class version 3, its two parts under their class names.
-struct NewCriterion {
-  CriterionDescription description;
-  CriterionValue value;
-
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int) {
-    ar& boost::serialization::make_nvp("CriterionDescription", description);
-    ar& boost::serialization::make_nvp("CriterionValue", value);
-  }
-};
-
 }  // namespace
-
-ZEL_CLASS_VERSION(OldCriterion<0>, 0)
-ZEL_CLASS_VERSION(OldCriterion<1>, 1)
-ZEL_CLASS_VERSION(OldCriterion<2>, 2)
-ZEL_CLASS_VERSION(NewCriterion, 3)
 
 TEST(Criterion, ExpressionAndValueFollowTheType) {
   const struct {
@@ -142,25 +96,4 @@ TEST(Criterion, JudgesEvaluatedValuesOnly) {
     EXPECT_FALSE(stale.IsValueInvalid());
     EXPECT_FALSE(stale.IsViolated());
   }
-}
-
-TEST(Criterion, ReadsAllRecords) {
-  const auto check = [](const Criterion& loaded, bool has_sides) {
-    EXPECT_EQ(loaded.GetExpression(), L"(b)-(a)");
-    EXPECT_EQ(loaded.GetValue(), CDesignEntry(1.0));
-    EXPECT_EQ(loaded.GetLhsValue(), has_sides ? CDesignEntry(2.0) : CDesignEntry());
-    EXPECT_EQ(loaded.GetRhsValue(), has_sides ? CDesignEntry(3.0) : CDesignEntry());
-    EXPECT_FALSE(loaded.NeedsEvaluation());
-  };
-  check(support::Load<Criterion>(support::Save(OldCriterion<0>())), false);
-  check(support::Load<Criterion>(support::Save(OldCriterion<1>())), false);
-  check(support::Load<Criterion>(support::Save(OldCriterion<2>())), true);
-
-  Criterion criterion = Make(3, L"a", L"b");
-  criterion.SetValues(CDesignEntry(2.0), CDesignEntry(3.0), CDesignEntry(1.0), false);
-  NewCriterion stored;
-  stored.description = criterion.GetDescription();
-  stored.value = criterion.GetValues();
-  EXPECT_EQ(support::Save(criterion), support::Save(stored));
-  check(support::Load<Criterion>(support::Save(stored)), true);
 }

@@ -1,7 +1,7 @@
 #include "design/design_entry.h"
 
-#include "support/archive_round_trip.h"
 #include "support/message_of.h"
+#include "support/stored_form.h"
 #include "support/values.h"
 
 #include <boost/serialization/variant.hpp>
@@ -39,26 +39,16 @@ struct EntryV5 {
     ar& BOOST_SERIALIZATION_NVP(data_);
   }
 };
-struct EntryV4 {
-  Value data_;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int) {
-    ar& BOOST_SERIALIZATION_NVP(data_);
-  }
-};
+
+/// An entry of a class version that stored its kind and then a value, or the value alone.
 template <class T>
-struct EntryV3 {
-  int which;
-  T value;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int) {
-    ar& BOOST_SERIALIZATION_NVP(which);
-    ar& BOOST_SERIALIZATION_NVP(value);
-  }
-};
-using RealV3 = EntryV3<double>;
-using BoolV3 = EntryV3<bool>;
-using TextV3 = EntryV3<std::wstring>;
+CDesignEntry ReadOld(unsigned version, int which, const T& value) {
+  support::StoredForm<CDesignEntry> form(4);
+  form.Raw("which", which, support::Until(3));
+  form.Raw("value", value, support::Until(3));
+  form.Raw("data_", value, support::Since(4));
+  return form.Read(version);
+}
 
 CDesignEntry Real(double x) {
   return CDesignEntry(x);
@@ -71,11 +61,6 @@ CDesignEntry Text(const wchar_t* text) {
 
 ZEL_CLASS_VERSION(EntryV5, 5)
 ZEL_TRACK_ALWAYS(EntryV5)
-ZEL_CLASS_VERSION(EntryV4, 4)
-ZEL_TRACK_ALWAYS(EntryV4)
-ZEL_CLASS_VERSION(RealV3, 3)
-ZEL_CLASS_VERSION(BoolV3, 0)
-ZEL_CLASS_VERSION(TextV3, 1)
 
 TEST(DesignEntry, NumbersItsTypesApartFromTheStoredAlternatives) {
   EXPECT_EQ(CDesignEntry().GetType(), 0);
@@ -321,18 +306,15 @@ TEST(DesignEntry, IsStoredAsABoostVariant) {
 }
 
 TEST(DesignEntry, ReadsOlderRecords) {
-  const auto loaded_v4 = support::Load<CDesignEntry>(support::Save(EntryV4{Scalar(2.5)}));
+  const CDesignEntry loaded_v4 = ReadOld(4, 0, Scalar(2.5));
   EXPECT_EQ(loaded_v4.GetType(), DesignEntry::VARIANT);
   EXPECT_EQ(loaded_v4.ToDouble(), 2.5);
-  const auto loaded_v3 = support::Load<CDesignEntry>(support::Save(RealV3{1, 2.5}));
+  const CDesignEntry loaded_v3 = ReadOld(3, 1, 2.5);
   EXPECT_EQ(loaded_v3.GetType(), DesignEntry::REAL);
   EXPECT_EQ(loaded_v3.ToDouble(), 2.5);
-  EXPECT_EQ(support::Load<CDesignEntry>(support::Save(TextV3{3, L"a"})).ToString(), L"a");
-  EXPECT_EQ(support::Load<CDesignEntry>(support::Save(BoolV3{4, true})).GetType(),
-            DesignEntry::BOOL);
+  EXPECT_EQ(ReadOld(1, 3, std::wstring(L"a")).ToString(), L"a");
+  EXPECT_EQ(ReadOld(0, 4, true).GetType(), DesignEntry::BOOL);
   for (const int which : {-1, 5, 6})
-    EXPECT_EQ(MessageOf([&] {
-                support::Load<CDesignEntry>(support::Save(RealV3{which, 0.0}));
-              }),
+    EXPECT_EQ(MessageOf([&] { ReadOld(3, which, 0.0); }),
               "The file holds a design entry of the unknown kind " + std::to_string(which) + ".");
 }

@@ -1,12 +1,11 @@
 #include "design/hierarchical_id.h"
 
-#include "support/archive_round_trip.h"
 #include "support/message_of.h"
+#include "support/stored_form.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <map>
 #include <sstream>
 #include <utility>
 #include <vector>
@@ -27,14 +26,10 @@ std::wstring Text(const Id& id) {
   return stream.str();
 }
 
-/// The stored form: the levels in a vector.
-struct StoredId {
-  std::vector<std::uint64_t> vec;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int) {
-    ar& BOOST_SERIALIZATION_NVP(vec);
-  }
-};
+/// The stored form: the levels in a vector, no object id.
+std::string Stored(const std::vector<std::uint64_t>& levels) {
+  return support::StoredForm<Id, false>(0).Raw("vec", levels).Write(0);
+}
 
 }  // namespace
 
@@ -78,22 +73,21 @@ TEST(HierarchicalId, HashesAllLevels) {
 
 TEST(HierarchicalId, StoresItsLevelsWithoutObjectIds) {
   const Id id = MakeId({7, 0, 3});
-  const StoredId stored{{7, 0, 3}};
-  EXPECT_EQ(support::Save(id), support::Save(stored));
+  EXPECT_EQ(support::Save(id), Stored({7, 0, 3}));
   Id loaded = MakeId({1, 2, 3, 4});
   support::LoadInto(support::Save(id), loaded);
   EXPECT_EQ(loaded, id);
-  EXPECT_EQ(support::MessageOf([] { support::Load<Id>(support::Save(StoredId{})); }),
+  EXPECT_EQ(support::MessageOf([] { support::Load<Id>(Stored({})); }),
             "The file holds a design id of 0 levels.");
 }
 
 TEST(HierarchicalId, DeepChainsNeedNoStack) {
   std::vector<std::uint64_t> levels(65536, 1);
-  const Id deep = support::Load<Id>(support::Save(StoredId{levels}));
+  const Id deep = support::Load<Id>(Stored(levels));
   const Id copy = deep;
   EXPECT_EQ(copy, deep);
   EXPECT_EQ(hash_value(copy), hash_value(deep));
   levels.push_back(1);
-  EXPECT_EQ(support::MessageOf([&] { support::Load<Id>(support::Save(StoredId{levels})); }),
+  EXPECT_EQ(support::MessageOf([&] { support::Load<Id>(Stored(levels)); }),
             "The file holds a design id of 65537 levels.");
 }

@@ -65,9 +65,10 @@ TEST(DoeArchive, StoresTheEngineAsItsNumbers) {
   EXPECT_EQ(loaded.GetDesigns(), fresh.GetDesigns());
 }
 
-TEST(DoeArchive, ComesBackThroughAPointer) {
+TEST(DoeArchive, ComesBackThroughAPointerUnderItsName) {
   const auto doe = boost::make_shared<DOE>(2, 17);
   doe->Build(kSobolSequence, 3, false);
+  EXPECT_STREQ(boost::serialization::guid<DOE>(), "::corvath::math::DOE");
   boost::shared_ptr<DOE> loaded;
   support::LoadInto(support::Save(doe), loaded);
   ASSERT_TRUE(loaded);
@@ -87,16 +88,6 @@ TEST(DoeArchive, RefusesDamage) {
     StoredDoe damaged = whole;
     damaged.saved_generator = text;
     EXPECT_THROW(support::LoadInto(support::Save(damaged), target), std::exception) << text;
-  }
-}
-
-TEST(DoeArchive, HasItsNameAndKeys) {
-  EXPECT_STREQ(boost::serialization::guid<DOE>(), "::corvath::math::DOE");
-  const std::string bytes = support::Save(DOE(2, 1), 0x2000);  // keys as text
-  std::size_t position = 0;
-  for (const char* key : {"numdimensions_", "designs_", "saved_generator"}) {
-    position = bytes.find(key, position);
-    EXPECT_NE(position, std::string::npos) << key;
   }
 }
 

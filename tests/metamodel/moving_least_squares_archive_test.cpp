@@ -1,25 +1,20 @@
 #include "metamodel/factories.h"
 #include "metamodel/moving_least_squares/moving_least_squares.h"
 #include "metamodel/regression/polynomial_basis.h"
-#include "support/archive_round_trip.h"
 #include "support/message_of.h"
 #include "support/points.h"
-#include "support/stand_in.h"
-#include "support/surrogate_stand_in.h"
+#include "support/surrogate_form.h"
 
 #include <gtest/gtest.h>
 
-/// The stored forms of moving least squares models, name by name.
+/// The stored forms of moving least squares models.
 namespace corvath::math::metamodel {
 namespace {
 
-using support::Put;
-using support::StandIn;
+using support::Since;
+using support::StoredForm;
+using support::Until;
 using transform::TransformType;
-using Archive = portable_binary_oarchive;
-
-struct Outer;
-struct SettingsTag;
 
 MovingLeastSquares Model() {
   const Eigen::MatrixXd points = 3.0 * support::UniformPoints(40, 2, 1);
@@ -40,111 +35,96 @@ Eigen::MatrixXd BasisOf(const MovingLeastSquares& model) {
                                model.GetSettingsBase().GetMainTermSelection(), {});
 }
 
-StandIn<SettingsTag, 0, true> StoredSettingsOf(const support::SettingsFields& base,
-                                               const MovingLeastSquaresSettings& settings) {
-  return {[&](Archive& ar) {
-    Put(ar, "SurrogateSettingsBase", support::StoredSettings<2>(base));
-    Put(ar, "order_", settings.GetOrder());
-    Put(ar, "main_term_selection_", settings.GetMainTermSelection());
-    Put(ar, "kernel_type_", static_cast<std::int32_t>(settings.GetKernelType()));
-    Put(ar, "kernel_parameter_", settings.GetKernelParameter());
-  }};
+Eigen::VectorXd TransformedValues(const MovingLeastSquares& model) {
+  return model.GetTransValue()->Forward(model.GetValues());
 }
 
-/// The model as version `Version` with base version `BaseVersion` stored it.
-template <int Version, int BaseVersion>
-std::string Stored(const MovingLeastSquares& model) {
-  const MovingLeastSquaresSettings& settings = model.GetSettingsBase();
-  const support::SettingsFields base{settings, 0, settings.GetState()};
-  return support::Save(StandIn<Outer, Version, true>{[&](Archive& ar) {
-    Put(ar, "SurrogateBase", support::StoredSurrogate<BaseVersion>(model));
-    if (Version == 2) Put(ar, "points_trans_reduced_", support::TransformedAndReduced(model));
-    if (Version >= 2)
-      Put(ar, "values_trans_", Eigen::VectorXd(model.GetTransValue()->Forward(model.GetValues())));
-    Put(ar, "coefficient_matrix_", BasisOf(model));
-    Put(ar, "settings_", StoredSettingsOf(base, settings));
-  }});
+/// Everything but the fields of version 0, over the base part of `base_version`.
+StoredForm<MovingLeastSquares> FormOf(const MovingLeastSquares& model, unsigned base_version,
+                                      const Eigen::VectorXd& values, const Eigen::MatrixXd& basis) {
+  StoredForm<MovingLeastSquares> form(3);
+  form.Part("SurrogateBase", support::SurrogateBaseForm(model), base_version);
+  form.Raw("points_trans_reduced_", support::TransformedAndReduced(model), {2, 2});
+  form.Raw("values_trans_", values, Since(2));
+  form.Raw("coefficient_matrix_", basis, Since(1));
+  form.Raw("settings_", model.GetSettingsBase(), Since(1));
+  return form;
 }
 
 TEST(StoredMovingLeastSquares, ReadsEveryVersion) {
   const MovingLeastSquares model = Model();
-  const std::string newest = Stored<3, 7>(model);
-  EXPECT_EQ(support::Save(model), newest);
-  EXPECT_TRUE(support::Load<MovingLeastSquares>(newest).Equals(model));
-  // Old forms lack the radii of errors at most, and predict the same.
-  EXPECT_TRUE(support::Load<MovingLeastSquares>(Stored<2, 1>(model)).Equals(model));
-  EXPECT_TRUE(support::Load<MovingLeastSquares>(Stored<1, 1>(model)).Equals(model));
-}
+  const auto form = [&](unsigned base_version) {
+    auto result = FormOf(model, base_version, TransformedValues(model), BasisOf(model));
+    result.Shows([&](const MovingLeastSquares& m) { return m.Equals(model); }, true);
+    return result;
+  };
+  EXPECT_EQ(support::Save(model), form(7).Write(3));
+  form(7).CheckReading(3);
+  for (const unsigned version : {1u, 2u}) form(1).CheckReading(version);
 
-template <class Kernel>
-std::string StoredVersion0(const MovingLeastSquares& model, std::uint64_t order,
-                           const BitVector& main, const boost::shared_ptr<Kernel>& kernel) {
-  return support::Save(StandIn<Outer, 0, true>{[&](Archive& ar) {
-    Put(ar, "SurrogateBase", support::StoredSurrogate<0>(model));
-    KernelBase* const weight = kernel.get();
-    Put(ar, "weight_", weight);
-    Put(ar, "coefficient_matrix_", BasisOf(model));
-    Put(ar, "order_", order);
-    Put(ar, "main_term_selection_", main);
-  }});
+  using S = MovingLeastSquaresSettings;
+  StoredForm<S> settings(0);
+  settings.Part("SurrogateSettingsBase", support::SettingsBaseForm());
+  settings.Field("order_", &S::GetOrder, 2);
+  settings.Field("main_term_selection_", &S::GetMainTermSelection,
+                 BitVector{true, true, false, true});
+  settings.Field("kernel_type_", &S::GetKernelType, KernelType::kConstInflExp);
+  settings.Field("kernel_parameter_", &S::GetKernelParameter, Eigen::Vector2d(0.9, 1.1));
+  settings.Check([](const S& a, const S& b) { return a.Equals(b); });
 }
 
 TEST(StoredMovingLeastSquares, RebuildsSettingsOfTheFirstVersion) {
   const MovingLeastSquares model = Model();
   const BitVector main = model.GetSettingsBase().GetMainTermSelection();
-  const auto kernel =
+  const auto read_first = [&](std::uint64_t order, const BitVector& bits,
+                              const boost::shared_ptr<KernelBase>& kernel) {
+    KernelBase* const weight = kernel.get();
+    StoredForm<MovingLeastSquares> form(0);
+    form.Part("SurrogateBase", support::SurrogateBaseForm(model), 0);
+    form.Raw("weight_", weight);
+    form.Raw("coefficient_matrix_", BasisOf(model));
+    form.Raw("order_", order);
+    form.Raw("main_term_selection_", bits);
+    return form.Read(0);
+  };
+  const boost::shared_ptr<KernelBase> kernel =
       MakeKernel(KernelType::kConstInflExp, model.GetSettingsBase().GetKernelParameter());
-  const auto read = support::Load<MovingLeastSquares>(StoredVersion0(model, 2, main, kernel));
+  const auto read = read_first(2, main, kernel);
   EXPECT_TRUE(read.GetSettingsBase().Equals(model.GetSettingsBase()));
   EXPECT_TRUE(read.Equals(model));
 
-  const auto nodal = MakeKernel(KernelType::kNodalInflExp, Eigen::VectorXd::Constant(1, 9.0));
-  const auto with_nodal = support::Load<MovingLeastSquares>(StoredVersion0(model, 2, main, nodal));
+  const auto with_nodal =
+      read_first(2, main, MakeKernel(KernelType::kNodalInflExp, Eigen::VectorXd::Constant(1, 9.0)));
   EXPECT_EQ(with_nodal.GetSettingsBase().GetKernelType(), KernelType::kNodalInflExp);
   EXPECT_EQ(with_nodal.GetSettingsBase().GetKernelParameter()(0), 9.0);
   EXPECT_TRUE(std::isfinite(with_nodal.Approximate(model.GetPoints().topRows(1))(0)));
 
-  const auto refusal = [&](std::uint64_t order, const BitVector& bits) {
-    MovingLeastSquares victim;
-    const std::string bytes = StoredVersion0(model, order, bits, kernel);
-    return support::MessageOf([&] { support::LoadInto(bytes, victim); });
-  };
-  EXPECT_EQ(refusal(std::uint64_t{1} << 62, main), "can not set mls order >2");
-  EXPECT_EQ(refusal(1, main), "size of selection vector is not consistent to order");
+  EXPECT_EQ(support::MessageOf([&] { read_first(std::uint64_t{1} << 62, main, kernel); }),
+            "can not set mls order >2");
+  EXPECT_EQ(support::MessageOf([&] { read_first(1, main, kernel); }),
+            "size of selection vector is not consistent to order");
 }
 
 TEST(StoredMovingLeastSquares, KnowsItsExportKeys) {
-  const auto expect_key = [](const auto& pointer, const std::string& key) {
-    const std::string stored = std::string{static_cast<char>(key.size()), '\0'} + key;
-    EXPECT_NE(support::Save(pointer).find(stored), std::string::npos) << key;
-  };
   const boost::shared_ptr<SurrogateBase> model(Model().Clone());
-  expect_key(model, "corvath::math::metamodel::MovingLeastSquares");
-  expect_key(boost::shared_ptr<SurrogateSettingsBase>(new MovingLeastSquaresSettings(1)),
-             "::corvath::math::metamodel::MovingLeastSquaresSettings");
-  const auto read = support::Load<boost::shared_ptr<SurrogateBase>>(support::Save(model));
-  EXPECT_TRUE(read->Equals(*model));
+  support::ExpectExportKey(model, "corvath::math::metamodel::MovingLeastSquares");
+  support::ExpectExportKey(
+      boost::shared_ptr<SurrogateSettingsBase>(new MovingLeastSquaresSettings(1)),
+      "::corvath::math::metamodel::MovingLeastSquaresSettings");
+  EXPECT_TRUE(
+      support::Load<boost::shared_ptr<SurrogateBase>>(support::Save(model))->Equals(*model));
 }
 
 TEST(StoredMovingLeastSquares, ThatContradictsItselfIsRefusedAtUse) {
   const MovingLeastSquares model = Model();
-  const support::SettingsFields base{model.GetSettingsBase(), 0, SettingsState::kFresh};
-  const auto load = [&](const Eigen::VectorXd& values, const Eigen::MatrixXd& basis) {
-    return support::Load<MovingLeastSquares>(
-        support::Save(StandIn<Outer, 3, true>{[&](Archive& ar) {
-          Put(ar, "SurrogateBase", support::StoredSurrogate<7>(model));
-          Put(ar, "values_trans_", values);
-          Put(ar, "coefficient_matrix_", basis);
-          Put(ar, "settings_", StoredSettingsOf(base, model.GetSettingsBase()));
-        }}));
-  };
-  const auto refusal = [&](const MovingLeastSquares& read) {
+  const auto refusal = [&](const Eigen::VectorXd& values, const Eigen::MatrixXd& basis) {
+    const MovingLeastSquares read = FormOf(model, 7, values, basis).Read(3);
     return support::MessageOf([&] { read.Approximate(Eigen::MatrixXd::Zero(1, 2)); });
   };
-  EXPECT_EQ(refusal(load(Eigen::VectorXd(39), BasisOf(model))),
+  EXPECT_EQ(refusal(Eigen::VectorXd(39), BasisOf(model)),
             "Moving Least Squares: 39 values, support points of 40 x 2 and a basis of 40 x 4 for "
             "2 selected inputs and 4 terms");
-  EXPECT_EQ(refusal(load(Eigen::VectorXd(40), Eigen::MatrixXd(40, 3))),
+  EXPECT_EQ(refusal(Eigen::VectorXd(40), Eigen::MatrixXd(40, 3)),
             "Moving Least Squares: 40 values, support points of 40 x 2 and a basis of 40 x 3 for "
             "2 selected inputs and 4 terms");
 }

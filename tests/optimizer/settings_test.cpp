@@ -2,7 +2,7 @@
 #include "optimizer/settings_nlpqlp.h"
 #include "support/archive_round_trip.h"
 #include "support/message_of.h"
-#include "support/stand_in.h"
+#include "support/stored_form.h"
 
 #include <gtest/gtest.h>
 
@@ -203,59 +203,51 @@ TEST(OptimizerSettings, ReturnFromTheArchiveThroughTheirBase) {
   EXPECT_TRUE(support::Load<boost::shared_ptr<Base>>(bytes)->Equals(settings));
 }
 
-struct NlpqlpTag;
-struct GradientTag;
-struct BaseTag;
-
-/// Bytes of settings at an old class version, field by field.
-template <int Version, int BaseVersion>
-std::string OldBytes() {
-  using support::Put;
+/// The form of `Filled()` with continuous parameters, over that version of the base part.
+support::StoredForm<Settings> FormOf(unsigned base_version) {
+  using support::Since;
+  using Gradient = corvath::algorithm::optimizer::OptimizerSettingsGradientBase<double>;
   // Tracked are the classes with an export key that pointers can hold; the base is abstract.
-  support::StandIn<BaseTag, BaseVersion> base{[](auto& ar) {
-    Put(ar, "ninputs_", std::uint64_t{2});
-    Put(ar, "nobjectives_", std::uint64_t{1});
-    Put(ar, "nequalities_", std::uint64_t{1});
-    Put(ar, "ninequalities_", std::uint64_t{1});
-    Put(ar, "start_designs_", Eigen::MatrixXd(Bounded().GetStartDesigns()));
-    Put(ar, "lowerbounds_", Eigen::VectorXd(Bounded().GetLowerBounds()));
-    Put(ar, "upperbounds_", Eigen::VectorXd(Bounded().GetUpperBounds()));
-    if (BaseVersion < 1) return;
-    Put(ar, "parameter_types_", std::vector<std::int32_t>{0, 0});
-    Put(ar, "discrete_states_vector_", std::vector<Eigen::VectorXd>(2));
-  }};
-  support::StandIn<GradientTag, 0, true> gradient{[&](auto& ar) {
-    Put(ar, "OptimizerSettingsBase<T>", base);
-    Put(ar, "max_num_function_calls_", std::uint64_t{77});
-    Put(ar, "accuracy_", 1e-4);
-  }};
-  support::StandIn<NlpqlpTag, Version, true> settings{[&](auto& ar) {
-    Put(ar, "OptimizerSettingsGradientBase<T>", gradient);
-    Put(ar, "nparallel_", std::uint64_t{3});
-    if (Version == 0) Put(ar, "computeinititalhessian", std::int32_t{1});
-    Put(ar, "gradient_dx_", Eigen::VectorXd(Eigen::Vector2d(0.01, 0.02)));
-    Put(ar, "nonmonotonous_line_search_stack_size_", std::uint64_t{4});
-    Put(ar, "numerical_differences_", NumericalDifferences::kFivePoint);
-    if (Version < 1) return;
-    Put(ar, "use_initial_stepsize_limit_", true);
-    Put(ar, "max_stepsize_", Eigen::VectorXd(Eigen::Vector2d(0.5, 0.6)));
-    if (Version < 2) return;
-    Put(ar, "min_stepsize_", 0.125);
-  }};
-  return support::Save(settings);
+  support::StoredForm<Base, false> base(1);
+  base.Raw("ninputs_", std::uint64_t{2}).Raw("nobjectives_", std::uint64_t{1});
+  base.Raw("nequalities_", std::uint64_t{1}).Raw("ninequalities_", std::uint64_t{1});
+  base.Raw("start_designs_", Eigen::MatrixXd(Bounded().GetStartDesigns()));
+  base.Raw("lowerbounds_", Eigen::VectorXd(Bounded().GetLowerBounds()));
+  base.Raw("upperbounds_", Eigen::VectorXd(Bounded().GetUpperBounds()));
+  base.Raw("parameter_types_", std::vector<std::int32_t>{0, 0}, Since(1));
+  base.Raw("discrete_states_vector_", std::vector<Eigen::VectorXd>(2), Since(1));
+  support::StoredForm<Gradient> gradient(0);
+  gradient.Part("OptimizerSettingsBase<T>", base, base_version);
+  gradient.Raw("max_num_function_calls_", std::uint64_t{77}).Raw("accuracy_", 1e-4);
+  support::StoredForm<Settings> form(2);
+  form.Part("OptimizerSettingsGradientBase<T>", gradient);
+  form.Raw("nparallel_", std::uint64_t{3});
+  form.Raw("computeinititalhessian", std::int32_t{1}, support::Until(0));
+  form.Raw("gradient_dx_", Eigen::VectorXd(Eigen::Vector2d(0.01, 0.02)));
+  form.Raw("nonmonotonous_line_search_stack_size_", std::uint64_t{4});
+  form.Raw("numerical_differences_", NumericalDifferences::kFivePoint);
+  form.Raw("use_initial_stepsize_limit_", true, Since(1));
+  form.Raw("max_stepsize_", Eigen::VectorXd(Eigen::Vector2d(0.5, 0.6)), Since(1));
+  form.Raw("min_stepsize_", 0.125, Since(2));
+  return form;
 }
 
 TEST(OptimizerSettings, ReadTheirOldVersions) {
   Settings expected = Filled();
   expected.ResetParameterTypes();
   expected.ResetDiscreteStates();
-  EXPECT_EQ((OldBytes<2, 1>()), support::Save(expected));  // names, order, versions of today
-  EXPECT_TRUE((support::Load<Settings>(OldBytes<2, 0>()).Equals(expected)));
+  EXPECT_EQ(FormOf(1).Write(2), support::Save(expected));  // names, order, versions of today
+  const auto read = [](unsigned version, unsigned base_version) {
+    Settings settings = Filled();  // so that a default that is not restored shows
+    support::LoadInto(FormOf(base_version).Write(version), settings);
+    return settings;
+  };
+  EXPECT_TRUE(read(2, 0).Equals(expected));
   expected.SetMinStepsize(0.0);
-  EXPECT_TRUE((support::Load<Settings>(OldBytes<1, 1>()).Equals(expected)));
+  EXPECT_TRUE(read(1, 1).Equals(expected));
   expected.SetUseInitialStepsizeLimit(false);
   expected.SetMaxStepsize(0.2);
-  EXPECT_TRUE((support::Load<Settings>(OldBytes<0, 0>()).Equals(expected)));
+  EXPECT_TRUE(read(0, 0).Equals(expected));
 }
 
 }  // namespace

@@ -17,7 +17,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <iostream>
 #include <sstream>
 
 namespace {
@@ -52,17 +51,6 @@ Json::Value Parse(const std::string& text) {
   stream >> root;
   return root;
 }
-
-/// Keeps what goes to the standard error stream: damaged annotations are printed there.
-class QuietErrors {
- public:
-  QuietErrors() : old_(std::cerr.rdbuf(sink_.rdbuf())) {}
-  ~QuietErrors() { std::cerr.rdbuf(old_); }
-
- private:
-  std::ostringstream sink_;
-  std::streambuf* old_;
-};
 
 TEST(ProjectFile, StartsWithMagicFlagAndHeaderText) {
   const TemporaryDirectory directory;
@@ -163,30 +151,6 @@ TEST(ProjectFile, ShortFilesEndInAnArchiveException) {
     fails(bytes);
 }
 
-TEST(ProjectFile, DamageNeverPassesForMoreThanAnException) {
-  const QuietErrors quiet;
-  const TemporaryDirectory directory;
-  const std::string path = directory.File("p");
-  SaveProjectFile(support::MakePlateProject(), path);
-  const std::string whole = ReadFile(path);
-  for (std::size_t length = 0; length < whole.size(); length += length < 3000 ? 7 : 331) {
-    WriteFile(path, whole.substr(0, length));
-    EXPECT_THROW(Open(path), std::exception) << length;
-  }
-  std::size_t refused = 0;
-  for (std::size_t i = 0; i < whole.size(); i += i < 3000 ? 5 : 97) {
-    std::string damaged = whole;
-    damaged[i] = static_cast<char>(damaged[i] ^ (1 << i % 8));
-    WriteFile(path, damaged);
-    try {
-      Open(path);
-    } catch (const std::exception&) {
-      ++refused;
-    }
-  }
-  EXPECT_GT(refused, 100u);
-}
-
 TEST(ProjectFile, AFailedSaveLeavesTheOldFileAndNoOther) {
   const TemporaryDirectory directory;
   const std::string path = directory.File("p.vrdb");
@@ -242,6 +206,7 @@ TEST(FileLock, IsSharedByReadersAndEndsWithItsHolder) {
     const pid_t child = ::fork();
     if (child == 0) {
       const FileLock lock(path, mode);
+      ::alarm(60);  // should the test end before it ends the child
       if (::write(ready[1], "", 1) != 1) ::_exit(1);
       for (;;) ::pause();
     }

@@ -1,345 +1,212 @@
 #include "design/parameter.h"
+#include "project/settings/zel_classic_settings.h"
 #include "project/settings/zel_combined_settings.h"
-#include "support/archive_round_trip.h"
-#include "support/stand_in.h"
+#include "support/stored_form.h"
 
 #include <boost/serialization/variant.hpp>
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <list>
+#include <map>
+#include <string>
+#include <utility>
+
 namespace {
 
 using namespace corvath::zel;
-using corvath::portable_binary_oarchive;
 using corvath::algorithm::datatypes::CDesignEntry;
 using corvath::algorithm::datatypes::EntrySequence;
 using corvath::algorithm::datatypes::Parameter;
 using corvath::math::metamodel::MetamodelSettings;
 using corvath::math::metamodel::SettingValue;
 using corvath::math::metamodel::ZELSettings;
-using support::Load;
-using support::Put;
-using support::Save;
-using support::StandIn;
-using Limits = std::map<std::wstring, std::pair<double, double>>;
+using support::Since;
+using support::StoredForm;
+using support::Until;
 using Flags = std::map<std::wstring, bool>;
 
-template <int Version>
-StandIn<struct MetamodelTag, Version, true> StoredMetamodel(const MetamodelSettings& s) {
-  return {[&s](portable_binary_oarchive& ar) {
-    Put(ar, "use_boxcox_", s.use_boxcox_);
-    Put(ar, "use_interpolation_", s.use_interpolation_);
-    Put(ar, "use_polynomials_", s.use_polynomials_);
-    Put(ar, "max_order_polynomial_", s.max_order_polynomial_);
-    Put(ar, "use_MLS_", s.use_MLS_);
-    Put(ar, "max_order_MLS_", s.max_order_MLS_);
-    Put(ar, "use_anisotropic_MLS_", s.use_anisotropic_MLS_);
-    Put(ar, "use_Kriging_", s.use_Kriging_);
-    Put(ar, "use_anisotropic_Kriging_", s.use_anisotropic_Kriging_);
-    Put(ar, "use_ASCMO_", s.use_ASCMO_);
-    Put(ar, "testing_type_", std::int32_t{s.testing_type_});
-    if (Version >= 1) {
-      Put(ar, "coeff_factor_poly_", s.coeff_factor_poly_);
-      Put(ar, "coeff_factor_mls_", s.coeff_factor_mls_);
-      Put(ar, "coeff_factor_kriging_", s.coeff_factor_kriging_);
-      Put(ar, "coeff_factor_ASCMO_", s.coeff_factor_ASCMO_);
-    }
-    if (Version >= 2) Put(ar, "custom_", s.custom_);
-    if (Version >= 3) {
-      Put(ar, "use_limits_", s.use_limits_);
-      Put(ar, "limits_", s.limits_);
-    }
-    if (Version >= 4) {
-      Put(ar, "custom_settings_", s.custom_settings_);
-      Put(ar, "skv_variables_", s.skv_variables_);
-    }
-  }};
+const auto kEqual = [](const auto& a, const auto& b) { return a == b; };
+const auto kBothEqual = [](const auto& a, const auto& b) {
+  EXPECT_EQ(a.IsEqual(b), a.IsNearlyEqual(b));
+  return a.IsEqual(b);
+};
+
+StoredForm<MetamodelSettings> FamilyForm() {
+  using S = MetamodelSettings;
+  using corvath::math::metamodel::TestingType::eTestingType;
+  const std::map<std::wstring, SettingValue> of_every_kind = {
+      {L"real", SettingValue(0.5)},
+      {L"whole", SettingValue(std::int64_t{-3})},
+      {L"text", SettingValue(std::wstring(L"t"))},
+      {L"flag", SettingValue(true)}};
+  StoredForm<S> form(4);
+  form.Field(ZEL_MEMBER(S, use_boxcox_), false);
+  form.Field(ZEL_MEMBER(S, use_interpolation_), true);
+  form.Field(ZEL_MEMBER(S, use_polynomials_), false);
+  form.Field(ZEL_MEMBER(S, max_order_polynomial_), 3);
+  form.Field(ZEL_MEMBER(S, use_MLS_), false);
+  form.Field(ZEL_MEMBER(S, max_order_MLS_), 1);
+  form.Field(ZEL_MEMBER(S, use_anisotropic_MLS_), true);
+  form.Field(ZEL_MEMBER(S, use_Kriging_), false);
+  form.Field(ZEL_MEMBER(S, use_anisotropic_Kriging_), true);
+  form.Field(ZEL_MEMBER(S, use_ASCMO_), true);
+  form.Field(ZEL_MEMBER(S, testing_type_), eTestingType{7});
+  form.Field(ZEL_MEMBER(S, coeff_factor_poly_), 1.0, Since(1), 2.0);
+  form.Field(ZEL_MEMBER(S, coeff_factor_mls_), 2.0, Since(1), 8.0);
+  form.Field(ZEL_MEMBER(S, coeff_factor_kriging_), 3.0, Since(1), 8.0);
+  form.Field(ZEL_MEMBER(S, coeff_factor_ASCMO_), 4.0, Since(1), 8.0);
+  form.Field(ZEL_MEMBER(S, custom_), {{L"c", true}}, Since(2));
+  form.Field(ZEL_MEMBER(S, use_limits_), true, Since(3));
+  form.Field(ZEL_MEMBER(S, limits_), {-7.0, 7.0}, Since(3), {-HUGE_VAL, HUGE_VAL});
+  form.Field(ZEL_MEMBER(S, custom_settings_), {{L"s", of_every_kind}}, Since(4));
+  form.Field(ZEL_MEMBER(S, skv_variables_), {{L"v", SettingValue(3.5)}}, Since(4));
+  return form;
 }
 
-template <int Version, int BaseVersion>
-StandIn<struct FilterTag, Version, true> StoredFilters(const ZELSettings& s) {
-  return {[&s](portable_binary_oarchive& ar) {
-    Put(ar, "MetamodelSettings", StoredMetamodel<BaseVersion>(s));
-    Put(ar, "info_important_", s.info_important_);
-    Put(ar, "use_significance_filter_", s.use_significance_filter_);
-    Put(ar, "min_significance_", s.min_significance_);
-    Put(ar, "step_significance_", s.step_significance_);
-    Put(ar, "use_spearman_", s.use_spearman_);
-    Put(ar, "use_coi_filter_", s.use_coi_filter_);
-    Put(ar, "max_CoI_", s.max_CoI_);
-    Put(ar, "step_CoI_", s.step_CoI_);
-    Put(ar, "use_adj_cod_", s.use_adj_cod_);
-    Put(ar, "use_cod_filter_", s.use_cod_filter_);
-    Put(ar, "max_CoD_", s.max_CoD_);
-    Put(ar, "step_CoD_", s.step_CoD_);
-    Put(ar, "use_corr_filter_", s.use_corr_filter_);
-    Put(ar, "num_corr_steps_", s.num_corr_steps_);
-    Put(ar, "toleranceCoP_model_", s.toleranceCoP_model_);
-    Put(ar, "toleranceCoP_variables_", s.toleranceCoP_variables_);
-    if (Version >= 1) {
-      Put(ar, "use_input_corr_filter_", s.use_input_corr_filter_);
-      Put(ar, "corr_input_check_", s.corr_input_check_);
-      Put(ar, "min_input_corr_", s.min_input_corr_);
-      Put(ar, "max_input_corr_", s.max_input_corr_);
-      Put(ar, "use_adj_cop_", s.use_adj_cop_);
-    }
-    if (Version >= 2) Put(ar, "use_uniform_resample_", s.use_uniform_resample_);
-  }};
+StoredForm<ZELSettings> FilterForm() {
+  using S = ZELSettings;
+  Eigen::Matrix<std::uint64_t, Eigen::Dynamic, 1> important(2);
+  important << 1, 70000;
+  StoredForm<S> form(2);
+  form.Part("MetamodelSettings", FamilyForm());
+  form.Field(ZEL_MEMBER(S, info_important_), important);
+  form.Field(ZEL_MEMBER(S, use_significance_filter_), false);
+  form.Field(ZEL_MEMBER(S, min_significance_), 0.9);
+  form.Field(ZEL_MEMBER(S, step_significance_), 0.02);
+  form.Field(ZEL_MEMBER(S, use_spearman_), true);
+  form.Field(ZEL_MEMBER(S, use_coi_filter_), false);
+  form.Field(ZEL_MEMBER(S, max_CoI_), 0.03);
+  form.Field(ZEL_MEMBER(S, step_CoI_), 0.04);
+  form.Field(ZEL_MEMBER(S, use_adj_cod_), false);
+  form.Field(ZEL_MEMBER(S, use_cod_filter_), false);
+  form.Field(ZEL_MEMBER(S, max_CoD_), 0.06);
+  form.Field(ZEL_MEMBER(S, step_CoD_), 0.07);
+  form.Field(ZEL_MEMBER(S, use_corr_filter_), false);
+  form.Field(ZEL_MEMBER(S, num_corr_steps_), 11);
+  form.Field(ZEL_MEMBER(S, toleranceCoP_model_), 0.08);
+  form.Field(ZEL_MEMBER(S, toleranceCoP_variables_), 0.09);
+  form.Field(ZEL_MEMBER(S, use_input_corr_filter_), true, Since(1));
+  form.Field(ZEL_MEMBER(S, corr_input_check_), 0.6, Since(1), 0.5);
+  form.Field(ZEL_MEMBER(S, min_input_corr_), 0.4, Since(1), 0.3);
+  form.Field(ZEL_MEMBER(S, max_input_corr_), 0.8, Since(1), 0.7);
+  form.Field(ZEL_MEMBER(S, use_adj_cop_), true, Since(1));
+  form.Field(ZEL_MEMBER(S, use_uniform_resample_), true, Since(2));
+  return form;
 }
 
-template <int Version>
-StandIn<struct AutomaticTag, Version, true> StoredAutomatic(std::int32_t complexity,
-                                                            std::int32_t reduction,
-                                                            std::uint64_t num_parallel) {
-  return {[=](portable_binary_oarchive& ar) {
-    Put(ar, "model_complexity_", complexity);
-    Put(ar, "variables_reduction_", reduction);
-    if (Version == 0) {
-      Put(ar, "write_cv_values_", true);
-      Put(ar, "cv_values_suffix_", std::wstring(L"_old"));
-    }
-    Put(ar, "num_parallel_", num_parallel);
-  }};
+StoredForm<ZELAutomaticSettings> AutomaticForm(int reduction) {
+  using S = ZELAutomaticSettings;
+  StoredForm<S> form(2);
+  form.Field(ZEL_MEMBER(S, model_complexity_), eModelComplexityType{5});
+  form.Raw("variables_reduction_", std::int32_t{reduction});
+  form.Raw("write_cv_values_", true, Until(0));
+  form.Raw("cv_values_suffix_", std::wstring(L"_old"), Until(0));
+  form.Field(ZEL_MEMBER(S, num_parallel_), 6);
+  return form;
 }
 
-template <int Version>
-StandIn<struct AdvancedTag, Version, true> StoredAdvanced(const ZELAdvancedSettings& s) {
-  return {[&s](portable_binary_oarchive& ar) {
-    Put(ar, "num_parallel_", s.num_parallel_);
-    Put(ar, "use_incomplete_", s.use_incomplete_);
-    Put(ar, "adapt_bounds_", s.adapt_bounds_);
-    Put(ar, "adapt_bounds_safety_factor_", s.adapt_bounds_safety_factor_);
-    Put(ar, "pzel_settings_", StoredFilters<2, 4>(s.pzel_settings_));
-    Put(ar, "custom_surrogates_", s.custom_surrogates_);
-    Put(ar, "log_in_project_log_", s.log_in_project_log_);
-    Put(ar, "log_in_file_", s.log_in_file_);
-    Put(ar, "log_file_path_", s.log_file_path_);
-    Put(ar, "write_function_string_", s.write_function_string_);
-    Put(ar, "write_cv_values_", s.write_cv_values_);
-    Put(ar, "cv_values_suffix_", s.cv_values_suffix_);
-    if (Version >= 1) {
-      Put(ar, "zel_custom_id_settings_container_", s.zel_custom_id_settings_container_);
-      Put(ar, "zel_custom_id_usage_container_", s.zel_custom_id_usage_container_);
-    }
-    if (Version >= 2) Put(ar, "export_fmu_", s.export_fmu_);
-  }};
-}
-
-/// `parameters` and `responses` are what the class version stores under these keys.
-template <int Version, class Parameters, class Responses>
-StandIn<struct DataTag, Version, true> StoredData(const Parameters& parameters,
-                                                  const Responses& responses, const ZELData& rest) {
-  return {[&](portable_binary_oarchive& ar) {
-    Put(ar, "parameters_", parameters);
-    Put(ar, "responses_", responses);
-    if (Version >= 3) Put(ar, "responses_boundaries_", rest.responses_boundaries_);
-    Put(ar, "parameter_importance_", rest.parameter_importance_);
-    Put(ar, "responses_usage_", rest.responses_usage_);
-    if (Version >= 4) Put(ar, "responses_zelability_", rest.responses_zelability_);
-  }};
+StoredForm<ZELAdvancedSettings> AdvancedForm(const boost::filesystem::path& log_file) {
+  using S = ZELAdvancedSettings;
+  StoredForm<S> form(2);
+  form.Field(ZEL_MEMBER(S, num_parallel_), 5);
+  form.Field(ZEL_MEMBER(S, use_incomplete_), false);
+  form.Field(ZEL_MEMBER(S, adapt_bounds_), false);
+  form.Field(ZEL_MEMBER(S, adapt_bounds_safety_factor_), 0.5);
+  form.Raw("pzel_settings_", FilterForm().Read(2));
+  form.Shows([](const S& s) { return s.pzel_settings_.IsEqual(FilterForm().Read(2)); }, true);
+  form.Field(ZEL_MEMBER(S, custom_surrogates_), {L"one", L"zwei \u00e4"});
+  form.Field(ZEL_MEMBER(S, log_in_project_log_), true);
+  form.Field(ZEL_MEMBER(S, log_in_file_), true);
+  form.Field(ZEL_MEMBER(S, log_file_path_), log_file);
+  form.Field(ZEL_MEMBER(S, write_function_string_), true);
+  form.Field(ZEL_MEMBER(S, write_cv_values_), true);
+  form.Field(ZEL_MEMBER(S, cv_values_suffix_), L"_x");
+  form.Field(ZEL_MEMBER(S, zel_custom_id_settings_container_),
+             {{L"id", {{L"k", CDesignEntry(L"v")}}}}, Since(1));
+  form.Field(ZEL_MEMBER(S, zel_custom_id_usage_container_), {{L"id", true}}, Since(1));
+  form.Field(ZEL_MEMBER(S, export_fmu_), true, Since(2));
+  return form;
 }
 
 /// Fifteen fields, of the types in their order.
-StandIn<struct ClassicTag, 0, true> StoredClassic() {
-  return {[](portable_binary_oarchive& ar) {
-    Put(ar, "delta_cop_", 0.5);
-    Put(ar, "signi_filter_", true);
-    Put(ar, "corr_filter_", true);
-    Put(ar, "coi_filter_", true);
-    Put(ar, "min_signi_quantil_", 0.25);
-    Put(ar, "corr_steps_", std::uint64_t{70000});
-    Put(ar, "max_coi_", 0.125);
-    for (const char* name : {"spearman_", "adjusted_", "cross_validation_"}) Put(ar, name, true);
-    Put(ar, "splitting_ratio_", 0.75);
-    for (const char* name : {"polynom_", "cmls_", "imls_", "adapt_bounds_"}) Put(ar, name, true);
-  }};
+StoredForm<ZELClassicSettings> ClassicForm() {
+  StoredForm<ZELClassicSettings> form(0);
+  form.Raw("delta_cop_", 0.5);
+  for (const char* name : {"signi_filter_", "corr_filter_", "coi_filter_"}) form.Raw(name, true);
+  form.Raw("min_signi_quantil_", 0.25);
+  form.Raw("corr_steps_", std::uint64_t{70000});
+  form.Raw("max_coi_", 0.125);
+  for (const char* name : {"spearman_", "adjusted_", "cross_validation_"}) form.Raw(name, true);
+  form.Raw("splitting_ratio_", 0.75);
+  for (const char* name : {"polynom_", "cmls_", "imls_", "adapt_bounds_"}) form.Raw(name, true);
+  return form;
 }
 
-template <int Version>
-StandIn<struct CombinedTag, Version, true> StoredCombined(const ZELCombinedSettings& s) {
-  return {[&s](portable_binary_oarchive& ar) {
-    Put(ar, "settings_type_", std::int32_t{s.settings_type_});
-    Put(ar, "data_", StoredData<4>(s.data_.parameters_, s.data_.responses_, s.data_));
-    Put(ar, "show_pp_", s.show_pp_);
-    Put(ar, "automatic_settings_",
-        StoredAutomatic<2>(s.automatic_settings_.model_complexity_,
-                           s.automatic_settings_.variables_reduction_,
-                           s.automatic_settings_.num_parallel_));
-    if (Version == 0) Put(ar, "classic_settings_", StoredClassic());
-    Put(ar, "advanced_settings_", StoredAdvanced<2>(s.advanced_settings_));
-    Put(ar, "default_parameter_bounds_adjustment_min_", s.default_parameter_bounds_adjustment_min_);
-    Put(ar, "default_parameter_bounds_adjustment_max_", s.default_parameter_bounds_adjustment_max_);
-    if (Version >= 2) Put(ar, "limits_", s.limits_);
-  }};
+/// Version 0 held whole parameters, version 1 names without values.
+StoredForm<ZELData> DataForm() {
+  Parameter parameter(L"x");
+  parameter.SetReferenceValue(CDesignEntry(2.5), false);
+  const std::list<std::wstring> names{L"a", L"b"};
+  const EntrySequence unset{{L"a", CDesignEntry()}, {L"b", CDesignEntry()}};
+  const EntrySequence parameters{{L"x", CDesignEntry(2.5)}};
+  const EntrySequence responses{{L"a", CDesignEntry(4.0)}, {L"b", CDesignEntry(true)}};
+  using D = ZELData;
+  StoredForm<D> form(4, /*restores_defaults=*/true);
+  form.Raw("parameters_", std::list<Parameter>{parameter}, Until(0));
+  form.Raw("parameters_", names, {1, 1});
+  form.Converted(ZEL_MEMBER(D, parameters_), parameters, Since(2), Since(2));
+  form.Shows(&D::parameters_, parameters, Until(0));
+  form.Shows(&D::parameters_, unset, {1, 1});
+  form.Raw("responses_", responses, Until(0));
+  form.Raw("responses_", names, {1, 1});
+  form.Converted(ZEL_MEMBER(D, responses_), responses, Since(2), Since(2));
+  form.Shows(&D::responses_, responses, Until(0));
+  form.Shows(&D::responses_, unset, {1, 1});
+  form.Field(ZEL_MEMBER(D, responses_boundaries_), {{L"a", {-1.0, 2.0}}}, Since(3));
+  form.Field(ZEL_MEMBER(D, parameter_importance_), {{L"x", 3}});
+  form.Field(ZEL_MEMBER(D, responses_usage_), {{L"a", false}});
+  form.Field(ZEL_MEMBER(D, responses_zelability_), {{L"a", false}}, Since(4),
+             {{L"a", true}, {L"b", true}});
+  return form;
 }
 
-/// Settings in which no field of any class has its default.
-ZELCombinedSettings UnusualSettings() {
-  ZELCombinedSettings settings(eSettingsType{2});
-  settings.data_.parameters_ = {{L"x", CDesignEntry(1.5)}};
-  settings.data_.responses_ = {{L"a", CDesignEntry()}, {L"b", CDesignEntry(true)}};
-  settings.data_.responses_boundaries_ = {{L"a", {-1.0, 2.0}}};
-  settings.data_.parameter_importance_ = {{L"x", 3}};
-  settings.data_.responses_usage_ = {{L"a", false}};
-  settings.data_.responses_zelability_ = {{L"a", false}};
-  settings.show_pp_ = true;
-  settings.automatic_settings_ = {eModelComplexityType{3}, eVariableReductionType{1}, 9};
-  settings.default_parameter_bounds_adjustment_min_ = 0.02;
-  settings.default_parameter_bounds_adjustment_max_ = 0.03;
-  settings.limits_ = {{L"a", {0.0, 1.0}}};
-
-  ZELAdvancedSettings& advanced = settings.advanced_settings_;
-  advanced.num_parallel_ = 5;
-  advanced.use_incomplete_ = advanced.adapt_bounds_ = false;
-  advanced.adapt_bounds_safety_factor_ = 0.5;
-  advanced.custom_surrogates_ = {L"one", L"zwei \u00e4"};
-  advanced.log_in_project_log_ = advanced.log_in_file_ = true;
-  advanced.log_file_path_ = "dir/log";
-  advanced.write_function_string_ = advanced.write_cv_values_ = advanced.export_fmu_ = true;
-  advanced.cv_values_suffix_ = L"_x";
-  advanced.zel_custom_id_settings_container_ = {{L"id", {{L"k", CDesignEntry(L"v")}}}};
-  advanced.zel_custom_id_usage_container_ = {{L"id", true}};
-
-  ZELSettings& filters = advanced.pzel_settings_;
-  filters.use_boxcox_ = filters.use_polynomials_ = filters.use_MLS_ = filters.use_Kriging_ = false;
-  filters.use_interpolation_ = filters.use_anisotropic_MLS_ = filters.use_anisotropic_Kriging_ =
-      filters.use_ASCMO_ = filters.use_limits_ = true;
-  filters.max_order_polynomial_ = 3;
-  filters.max_order_MLS_ = 1;
-  filters.testing_type_ = corvath::math::metamodel::TestingType::eTestingType{7};
-  filters.coeff_factor_poly_ = 1.0;
-  filters.coeff_factor_mls_ = 2.0;
-  filters.coeff_factor_kriging_ = 3.0;
-  filters.coeff_factor_ASCMO_ = 4.0;
-  filters.custom_ = {{L"c", true}};
-  filters.limits_ = {-7.0, 7.0};
-  filters.custom_settings_ = {{L"s",
-                               {{L"real", SettingValue(0.5)},
-                                {L"whole", SettingValue(std::int64_t{-3})},
-                                {L"text", SettingValue(std::wstring(L"t"))},
-                                {L"flag", SettingValue(true)}}}};
-  filters.skv_variables_ = {{L"v", SettingValue(3.5)}};
-  filters.info_important_.resize(2);
-  filters.info_important_ << 1, 70000;
-  filters.use_significance_filter_ = filters.use_coi_filter_ = filters.use_adj_cod_ =
-      filters.use_cod_filter_ = filters.use_corr_filter_ = false;
-  filters.use_spearman_ = filters.use_input_corr_filter_ = filters.use_adj_cop_ =
-      filters.use_uniform_resample_ = true;
-  filters.min_significance_ = 0.9;
-  filters.step_significance_ = 0.02;
-  filters.max_CoI_ = 0.03;
-  filters.step_CoI_ = 0.04;
-  filters.max_CoD_ = 0.06;
-  filters.step_CoD_ = 0.07;
-  filters.num_corr_steps_ = 11;
-  filters.toleranceCoP_model_ = 0.08;
-  filters.toleranceCoP_variables_ = 0.09;
-  filters.corr_input_check_ = 0.6;
-  filters.min_input_corr_ = 0.4;
-  filters.max_input_corr_ = 0.8;
-  return settings;
-}
-
-TEST(Settings, AreStoredFieldByFieldUnderTheirKeys) {
-  const ZELCombinedSettings settings = UnusualSettings();
-  const std::string bytes = Save(settings);
-  EXPECT_EQ(bytes, Save(StoredCombined<2>(settings)));
-  const auto loaded = Load<ZELCombinedSettings>(bytes);
-  EXPECT_TRUE(loaded == settings);
-  EXPECT_EQ(Save(loaded), bytes);
-  EXPECT_FALSE(ZELCombinedSettings() == settings);
-}
-
-TEST(Settings, CombinedOfVersion0SkipsTheClassicFields) {
-  ZELCombinedSettings settings = UnusualSettings();
-  const auto loaded = Load<ZELCombinedSettings>(Save(StoredCombined<0>(settings)));
-  settings.limits_.clear();
-  EXPECT_TRUE(loaded == settings);
-  EXPECT_TRUE(Load<ZELCombinedSettings>(Save(StoredCombined<1>(UnusualSettings()))) == settings);
-}
-
-TEST(Settings, OlderFiltersAndFamiliesHaveDefaultsForWhatTheyLack) {
-  const ZELSettings unusual = UnusualSettings().advanced_settings_.pzel_settings_;
-  const auto old = Load<ZELSettings>(Save(StoredFilters<0, 0>(unusual)));
-  EXPECT_EQ(old.coeff_factor_poly_, 2.0);
-  EXPECT_EQ(old.coeff_factor_mls_, 8.0);
-  EXPECT_EQ(old.coeff_factor_kriging_, 8.0);
-  EXPECT_EQ(old.coeff_factor_ASCMO_, 8.0);
-  EXPECT_TRUE(old.custom_.empty());
-  EXPECT_EQ(old.limits_, MetamodelSettings().limits_);
-  EXPECT_EQ(old.corr_input_check_, 0.5);
-  EXPECT_EQ(old.min_input_corr_, 0.3);
-  EXPECT_EQ(old.max_input_corr_, 0.7);
-  EXPECT_FALSE(old.use_input_corr_filter_ || old.use_adj_cop_ || old.use_uniform_resample_);
-  EXPECT_EQ(old.toleranceCoP_variables_, 0.09);  // the last that version 0 stores
-
-  const auto newer = Load<ZELSettings>(Save(StoredFilters<1, 3>(unusual)));
-  EXPECT_EQ(newer.max_input_corr_, 0.8);
-  EXPECT_EQ(newer.limits_, unusual.limits_);
-  EXPECT_TRUE(newer.custom_settings_.empty() && newer.skv_variables_.empty());
-}
-
-TEST(Settings, OldVariableReductionsOneAndTwoAreSwapped) {
-  for (const auto& [stored, expected] : {std::pair{0, 0}, {1, 2}, {2, 1}, {3, 3}}) {
-    const auto of_0 = Load<ZELAutomaticSettings>(Save(StoredAutomatic<0>(5, stored, 6)));
-    const auto of_1 = Load<ZELAutomaticSettings>(Save(StoredAutomatic<1>(5, stored, 6)));
-    const auto of_2 = Load<ZELAutomaticSettings>(Save(StoredAutomatic<2>(5, stored, 6)));
-    EXPECT_EQ(of_0.variables_reduction_, expected);
-    EXPECT_EQ(of_1.variables_reduction_, expected);
-    EXPECT_EQ(of_2.variables_reduction_, stored);
-    for (const auto& settings : {of_0, of_1, of_2}) {
-      EXPECT_EQ(settings.model_complexity_, 5);
-      EXPECT_EQ(settings.num_parallel_, 6u);
-    }
+TEST(Settings, OfEveryVersionAreReadCopiedAndTold) {
+  FamilyForm().Check(kBothEqual);
+  FilterForm().Check(kBothEqual);
+  for (const auto& [stored, swapped] : {std::pair{0, 0}, {1, 2}, {2, 1}, {3, 3}}) {
+    auto form = AutomaticForm(stored);
+    form.Shows(&ZELAutomaticSettings::variables_reduction_, eVariableReductionType{swapped},
+               Until(1));
+    form.Shows(&ZELAutomaticSettings::variables_reduction_, eVariableReductionType{stored},
+               Since(2));
+    form.Check(kEqual);
   }
+  AdvancedForm("dir/log").Check(kEqual);
+  DataForm().Check(kEqual);
+
+  using S = ZELCombinedSettings;
+  StoredForm<S> form(2);
+  form.Field(ZEL_MEMBER(S, settings_type_), eSettingsType{2});
+  form.Field(ZEL_MEMBER(S, data_), DataForm().Read(4));
+  form.Field(ZEL_MEMBER(S, show_pp_), true);
+  form.Field(ZEL_MEMBER(S, automatic_settings_), AutomaticForm(1).Read(2));
+  const auto classic = ClassicForm();
+  form.Raw("classic_settings_", classic.As(0), Until(0));
+  form.Field(ZEL_MEMBER(S, advanced_settings_), AdvancedForm("dir/log").Read(2));
+  form.Field(ZEL_MEMBER(S, default_parameter_bounds_adjustment_min_), 0.02);
+  form.Field(ZEL_MEMBER(S, default_parameter_bounds_adjustment_max_), 0.03);
+  form.Field(ZEL_MEMBER(S, limits_), {{L"a", {0.0, 1.0}}}, Since(2));
+  form.Check(kEqual);
 }
 
 TEST(Settings, AnEmptyLogFileOfVersion0GetsTheDefaultName) {
-  ZELAdvancedSettings settings = UnusualSettings().advanced_settings_;
-  settings.log_file_path_.clear();
-  EXPECT_EQ(Load<ZELAdvancedSettings>(Save(StoredAdvanced<0>(settings))).log_file_path_,
-            "message_log.txt");
-  EXPECT_EQ(Load<ZELAdvancedSettings>(Save(StoredAdvanced<1>(settings))).log_file_path_, "");
-  const auto old = Load<ZELAdvancedSettings>(Save(StoredAdvanced<0>(settings)));
-  EXPECT_TRUE(old.zel_custom_id_settings_container_.empty());
-  EXPECT_FALSE(old.export_fmu_);
-}
-
-TEST(Settings, OlderDataComeFromParametersOrNames) {
-  ZELData rest;
-  rest.responses_usage_ = {{L"a", true}};
-  rest.responses_boundaries_ = {{L"a", {1.0, 2.0}}};
-  const EntrySequence responses{{L"a", CDesignEntry(4.0)}, {L"b", CDesignEntry()}};
-  const Flags both{{L"a", true}, {L"b", true}};
-
-  Parameter parameter(L"x");
-  parameter.SetReferenceValue(CDesignEntry(2.5), false);
-  const std::list<Parameter> parameters{parameter};
-  const auto of_0 = Load<ZELData>(Save(StoredData<0>(parameters, responses, rest)));
-  EXPECT_TRUE(of_0.parameters_ == (EntrySequence{{L"x", CDesignEntry(2.5)}}));
-  EXPECT_TRUE(of_0.responses_ == responses);
-
-  const std::list<std::wstring> names{L"a", L"b"};
-  const auto of_1 = Load<ZELData>(Save(StoredData<1>(names, names, rest)));
-  const EntrySequence unset{{L"a", CDesignEntry()}, {L"b", CDesignEntry()}};
-  EXPECT_TRUE(of_1.parameters_ == unset);
-  EXPECT_TRUE(of_1.responses_ == unset);
-
-  const auto of_2 = Load<ZELData>(Save(StoredData<2>(unset, responses, rest)));
-  const auto of_3 = Load<ZELData>(Save(StoredData<3>(unset, responses, rest)));
-  EXPECT_TRUE(of_2.responses_boundaries_.empty());
-  EXPECT_EQ(of_3.responses_boundaries_, rest.responses_boundaries_);
-  for (const auto& data : {of_0, of_1, of_2, of_3}) {
-    EXPECT_EQ(data.responses_zelability_, both);
-    EXPECT_EQ(data.responses_usage_, rest.responses_usage_);
-  }
+  EXPECT_EQ(AdvancedForm("").Read(0).log_file_path_, "message_log.txt");
+  EXPECT_EQ(AdvancedForm("").Read(1).log_file_path_, "");
 }
 
 TEST(Settings, CompareExactlyOrNearly) {
-  const ZELSettings settings = UnusualSettings().advanced_settings_.pzel_settings_;
-  const auto copy = settings.Clone();
-  ASSERT_TRUE(dynamic_cast<const ZELSettings*>(copy.get()));
-  EXPECT_TRUE(settings.IsEqual(*copy));
-  EXPECT_TRUE(settings.IsNearlyEqual(*copy));
+  const ZELSettings settings = FilterForm().Read(2);
   EXPECT_FALSE(MetamodelSettings().IsEqual(ZELSettings()));  // another class, whichever asks
   EXPECT_FALSE(ZELSettings().IsEqual(MetamodelSettings()));
 
@@ -352,13 +219,10 @@ TEST(Settings, CompareExactlyOrNearly) {
       {[](ZELSettings& s) { s.max_CoI_ = std::nextafter(0.03, 1.0); }, true},
       {[](ZELSettings& s) { s.max_CoI_ *= 1.0 + 4 * kUlp; }, false},
       {[](ZELSettings& s) { s.max_CoI_ = -s.max_CoI_; }, false},
-      {[](ZELSettings& s) { s.coeff_factor_mls_ = std::nextafter(2.0, 0.0); }, true},
       {[](ZELSettings& s) { s.skv_variables_[L"v"] = std::nextafter(3.5, 4.0); }, true},
       {[](ZELSettings& s) { s.skv_variables_[L"v"] = true; }, false},
       {[](ZELSettings& s) { s.skv_variables_[L"w"] = 3.5; }, false},
       {[](ZELSettings& s) { s.info_important_(1) += 1; }, false},
-      {[](ZELSettings& s) { s.info_important_.resize(0); }, false},
-      {[](ZELSettings& s) { s.num_corr_steps_ += 1; }, false},
       {[](ZELSettings& s) { s.limits_.second = std::nextafter(7.0, 8.0); }, true},
   };
   for (const Case& c : cases) {

@@ -3,8 +3,8 @@
 #include "foundation/exception.h"
 #include "metamodel/regression/linear_regression.h"
 #include "metamodel/subspace_results.h"
-#include "support/archive_round_trip.h"
 #include "support/message_of.h"
+#include "support/stored_form.h"
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
@@ -12,9 +12,7 @@
 #include <cmath>
 #include <limits>
 #include <map>
-#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 using corvath::algorithm::datatypes::DesignId;
@@ -28,6 +26,9 @@ using corvath::math::metamodel::SubspaceResults;
 using corvath::math::metamodel::SurrogateBase;
 using corvath::math::metamodel::SurrogateSettingsBase;
 using corvath::utils::runtime_error;
+using support::Since;
+using support::StoredForm;
+using support::Until;
 
 namespace {
 
@@ -54,66 +55,39 @@ SurrogateInfo MakeInfo() {
   return info;
 }
 
-/// The stored forms before the present one, field by field.
-template <int version>
-struct OldInfo {
-  std::wstring response_name_ = L"stress[2]";
-  std::uint64_t response_index_ = 0;
-  bool is_response_scalar_ = true;
-  SurrogateBase* plain = nullptr;
-  boost::shared_ptr<SurrogateBase> shared;
-  AppraisalData appraisal_data_;
-  std::uint64_t num_vars_ = 2;
-  std::vector<bool> subspace_{true, false};
-  std::map<std::wstring, std::uint64_t> parameter_name_lookup_map_{{L"width", 0}, {L"height", 1}};
-  std::int32_t testing_type_ = 7;
-  std::map<std::uint64_t, DesignId> used_hids_{{0, DesignId(3)}, {1, DesignId(4)}};
-
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int) {
-    ar& BOOST_SERIALIZATION_NVP(response_name_) & BOOST_SERIALIZATION_NVP(response_index_);
-    ar& BOOST_SERIALIZATION_NVP(is_response_scalar_);
-    if (version == 0)
-      ar& boost::serialization::make_nvp("surrogate_", plain);
-    else
-      ar& boost::serialization::make_nvp("surrogate_", shared);
-    ar& BOOST_SERIALIZATION_NVP(appraisal_data_) & BOOST_SERIALIZATION_NVP(num_vars_);
-    ar& BOOST_SERIALIZATION_NVP(subspace_) & BOOST_SERIALIZATION_NVP(parameter_name_lookup_map_);
-    if (version >= 2) ar& BOOST_SERIALIZATION_NVP(testing_type_);
-    if (version == 3) ar& BOOST_SERIALIZATION_NVP(used_hids_);
-  }
-};
-
-template <int version>
-SurrogateInfo ReadOld(const std::wstring& name) {
-  OldInfo<version> old;
-  old.response_name_ = name;
-  old.shared = MakeModel();
-  old.plain = old.shared.get();
-  return support::Load<SurrogateInfo>(support::Save(old));
+/// The form of a record; `name` is that of the versions below 3, which told the element by it alone.
+StoredForm<SurrogateInfo, false> FormOf(const boost::shared_ptr<SurrogateBase>& model,
+                                        const std::wstring& name = L"stress[2]") {
+  using Lookup = SurrogateInfo::ParameterLookupMap;
+  const std::map<std::uint64_t, DesignId> dropped{{0, DesignId(3)}, {1, DesignId(4)}};
+  SurrogateBase* const plain = model.get();
+  AppraisalData data;
+  data.SetCoP(0.75);
+  using I = SurrogateInfo;
+  StoredForm<I, false> form(4);
+  form.Raw("response_name_", name, Until(2));
+  form.Converted("response_name_", &I::GetResponseName, L"stress", Since(3));
+  form.Raw("response_index_", std::uint64_t{0}, Until(2));
+  form.Converted("response_index_", &I::GetResponseIndex, 2, Since(3));
+  form.Raw("is_response_scalar_", true, Until(2));
+  form.Converted("is_response_scalar_", &I::IsResponseScalar, false, Since(3));
+  form.Raw("surrogate_", plain, Until(0));
+  form.Converted("surrogate_", &I::GetSurrogate, model, Since(1));
+  form.Field("appraisal_data_", &I::GetAppraisalData, data);
+  form.Field("num_vars_", &I::GetNumVars, 2);
+  form.Field("subspace_", &I::GetSubspace, {true, false});
+  form.Field("parameter_name_lookup_map_", &I::GetParameterNameLookupMap,
+             Lookup{{L"width", 0}, {L"height", 1}});
+  form.Field("testing_type_", &I::GetTestingType, 7, Since(2));
+  form.Raw("used_hids_", dropped, {3, 3});
+  form.Field("used_hids_", &I::GetUsedHids, {DesignId(3), DesignId(1).Appended(2)}, Since(4));
+  return form;
 }
 
-struct OldAppraisalData {
-  double cop_ = 0.5, cod_ = 0.625, codadj_ = 0.25;
-  Eigen::VectorXd single_cop_ = Eigen::Vector2d(0.125, kNaN);
-
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int) {
-    ar& BOOST_SERIALIZATION_NVP(cop_) & BOOST_SERIALIZATION_NVP(cod_);
-    ar& BOOST_SERIALIZATION_NVP(codadj_) & BOOST_SERIALIZATION_NVP(single_cop_);
-  }
-};
-
-/// Two records of the oldest form that point to one model.
-struct OldPair {
-  OldInfo<0> first, second;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int) {
-    ar& first& second;
-  }
-};
-struct NewPair {
-  SurrogateInfo first, second;
+/// Two records of the oldest form that point to one model, and what reads them.
+template <class Info>
+struct Pair {
+  Info first, second;
   template <class Archive>
   void serialize(Archive& ar, unsigned int) {
     ar& first& second;
@@ -121,11 +95,6 @@ struct NewPair {
 };
 
 }  // namespace
-
-ZEL_CLASS_VERSION(OldInfo<0>, 0)
-ZEL_CLASS_VERSION(OldInfo<1>, 1)
-ZEL_CLASS_VERSION(OldInfo<2>, 2)
-ZEL_CLASS_VERSION(OldInfo<3>, 3)
 
 TEST(AppraisalData, HasNoFiguresUntilTheyAreSet) {
   AppraisalData data;
@@ -148,13 +117,21 @@ TEST(AppraisalData, HasNoFiguresUntilTheyAreSet) {
 }
 
 TEST(AppraisalData, ReadsBothStoredForms) {
-  AppraisalData data;
-  data.SetCoP(0.5);
-  data.SetCoD(0.625, 0.25);
-  data.SetSingleCoPs(Eigen::Vector2d(0.125, kNaN));
-  EXPECT_EQ(support::Load<AppraisalData>(support::Save(OldAppraisalData())), data);
-  data.SetFirstOrderIndices(Eigen::Vector2d(kNaN, 0.75));
-  EXPECT_EQ(support::Load<AppraisalData>(support::Save(data)), data);
+  using D = AppraisalData;
+  const auto single = [](const D& d) { return d.HasSingleCoP(0) ? d.GetSingleCoP(0) : kNaN; };
+  const auto first = [](const D& d) { return d.HasFirstOrderIndex(1) ? 0.75 : 0.0; };
+  const Eigen::VectorXd indices = Eigen::Vector2d(kNaN, 0.75);
+  StoredForm<D, false> form(1);
+  form.Field(
+      "cop_", [](const D& d) { return d.HasCoP() ? d.GetCoP() : kNaN; }, 0.5);
+  form.Field("cod_", &D::GetCoD, 0.625);
+  form.Field("codadj_", &D::GetCoDAdjusted, 0.25);
+  form.Raw("single_cop_", Eigen::VectorXd(Eigen::Vector2d(0.125, kNaN)));
+  form.Shows(single, 0.125);
+  form.Raw("first_order_indices_", indices, support::Since(1));
+  form.Shows(first, 0.75, support::Since(1));
+  form.Shows(first, 0.0, support::Until(0));
+  form.Check([](const D& a, const D& b) { return a == b; });
 }
 
 TEST(SurrogateInfo, AnswersByInputName) {
@@ -201,73 +178,53 @@ TEST(SurrogateInfo, SurvivesTheArchiveAndOwnsItsClone) {
             SurrogateInfo(L"mass"));
 }
 
-TEST(SurrogateInfo, ReadsEveryOlderForm) {
-  const auto expect = [](const SurrogateInfo& info, bool is_split, std::int32_t testing_type) {
-    EXPECT_EQ(info.GetResponseName(), is_split ? L"stress" : L"stress[2]");
-    EXPECT_EQ(info.GetResponseIndex(), is_split ? 2u : 0u);
-    EXPECT_EQ(info.IsResponseScalar(), !is_split);
-    EXPECT_TRUE(info.GetSurrogate()->Equals(*MakeModel()));
-    EXPECT_EQ(info.GetSubspace(), (std::vector<bool>{true, false}));
-    EXPECT_EQ(info.GetParameterIndex(L"height"), 1u);
-    EXPECT_EQ(info.GetTestingType(), testing_type);
-    EXPECT_TRUE(info.GetUsedHids().empty());
-  };
-  expect(ReadOld<0>(L"stress[2]"), true, 0);
-  expect(ReadOld<1>(L"stress[2]"), true, 0);
-  expect(ReadOld<2>(L"stress[2]"), true, 7);
-  expect(ReadOld<3>(L"stress[2]"), false, 7);  // from here on the index has a field of its own
-
-  EXPECT_TRUE(ReadOld<2>(L"mass").IsResponseScalar());
+TEST(SurrogateInfo, ReadsEveryForm) {
+  const auto model = MakeModel();
+  FormOf(model).Check([](const SurrogateInfo& a, const SurrogateInfo& b) { return a == b; });
+  EXPECT_TRUE(FormOf(model, L"mass").Read(2).IsResponseScalar());
   for (const wchar_t* bad : {L"stress[x]", L"stress[]", L"stress[-1]", L"stress[1.5]"})
-    EXPECT_EQ(support::MessageOfExactly<runtime_error>([&] { ReadOld<2>(bad); }),
+    EXPECT_EQ(support::MessageOfExactly<runtime_error>([&] { FormOf(model, bad).Read(2); }),
               "Error with vector response: Bad lexical cast.");
 }
 
 TEST(SurrogateInfo, OldRecordsMayShareTheirPlainModel) {
   const auto model = MakeModel();
-  OldPair old;
-  old.first.plain = old.second.plain = model.get();
-  const NewPair pair = support::Load<NewPair>(support::Save(old));
+  const auto form = FormOf(model);
+  const Pair<decltype(form.As(0))> old{form.As(0), form.As(0)};
+  const auto pair = support::Load<Pair<SurrogateInfo>>(support::Save(old));
   EXPECT_EQ(pair.first.GetSurrogate(), pair.second.GetSurrogate());
   EXPECT_TRUE(pair.first.GetSurrogate()->Equals(*model));
 }
 
-TEST(SubspaceResults, GetSettingsOfTheirOwnWhileReading) {
-  auto settings = boost::make_shared<LinearRegressionSettings>(3);
+TEST(SubspaceResults, AreStoredWithSettingsOfTheirOwn) {
+  using R = SubspaceResults;
+  const auto settings = boost::make_shared<LinearRegressionSettings>(3);
   settings->SetOrder(2);
-  std::stringstream stream;
-  {
-    SubspaceResults first, second;
-    first.model_type = static_cast<ModelType::eModelType>(5);
-    first.singleCoPs = Eigen::Vector3d(0.1, 0.2, 0.3);
-    first.settings = second.settings = settings;
-    corvath::portable_binary_oarchive ar(stream);
-    ar << std::as_const(first) << std::as_const(second);
-  }
-  corvath::portable_binary_iarchive ar(stream, corvath::archive::kThrowOnMismatch);
-  SubspaceResults first, second;
-  ar >> first >> second;
-  ASSERT_TRUE(first.settings && second.settings);
-  EXPECT_NE(first.settings, second.settings);
-  EXPECT_TRUE(first.settings->Equals(*settings));
-  EXPECT_TRUE(second.settings->Equals(*settings));
-  EXPECT_EQ(first.model_type, 5);
-  EXPECT_EQ(first.singleCoPs, Eigen::Vector3d(0.1, 0.2, 0.3));
-}
+  const auto equal = [](const auto& a, const auto& b) { return a == b; };
+  StoredForm<R> form(0);
+  form.Field(ZEL_MEMBER(R, model_type), ModelType::eModelType{5});
+  form.Field(ZEL_MEMBER(R, settings), settings);
+  form.Field(ZEL_MEMBER(R, CoD), 0.25);
+  form.Field(ZEL_MEMBER(R, CoDadj), 0.5);
+  form.Field(ZEL_MEMBER(R, CoP), 0.75);
+  form.Field(ZEL_MEMBER(R, CoPadj), 0.625);
+  form.Field(ZEL_MEMBER(R, CoDtest), 0.125);
+  form.Field(ZEL_MEMBER(R, predError), 1.5);
+  form.Field(ZEL_MEMBER(R, singleCoPs), Eigen::Vector3d(0.1, 0.2, 0.3));
+  form.Check(equal);
 
-TEST(SubspaceResults, ContainerKeepsNamesOrderAndSettings) {
-  SubspaceResultContainer container;
-  SubspaceResults results;
-  results.CoD = 0.25;
-  results.CoPadj = kNaN;
-  container.Add(L"second", results);
-  results.settings = boost::make_shared<LinearRegressionSettings>(2);
-  container.Add(L"first", results);
-  const auto read = support::Load<SubspaceResultContainer>(support::Save(container));
-  EXPECT_EQ(read, container);
-  EXPECT_EQ(read.GetResults().front().first, L"second");
-  const SubspaceResultContainer copy = container;
-  EXPECT_EQ(copy, container);
-  EXPECT_NE(copy.GetResults().back().second.settings,
-            container.GetResults().back().second.settings);
+  using C = SubspaceResultContainer;
+  const C::Container results{{L"second", form.Read(0)}, {L"first", form.Read(0)}};
+  StoredForm<C> container(0);
+  container.Field("container_", &C::GetResults, results);
+  container.Check(equal);
+
+  // A file may share the settings; neither what is read nor a copy does.
+  const Pair<SubspaceResults> pair{results.front().second, results.front().second};
+  Pair<SubspaceResults> shared = pair;
+  shared.second.settings = shared.first.settings;
+  const auto read = support::Load<Pair<SubspaceResults>>(support::Save(shared));
+  ASSERT_TRUE(read.first.settings && read.second.settings);
+  EXPECT_NE(read.first.settings, read.second.settings);
+  EXPECT_NE(pair.first.settings, pair.second.settings);
 }

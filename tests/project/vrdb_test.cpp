@@ -3,10 +3,9 @@
 #include "metamodel/surrogate.h"
 #include "project/records/reliability_information.h"
 #include "project/records/zel_information.h"
-#include "support/archive_round_trip.h"
 #include "support/message_of.h"
 #include "support/plate_project.h"
-#include "support/stand_in.h"
+#include "support/stored_form.h"
 
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
@@ -17,22 +16,14 @@
 namespace {
 
 using namespace corvath::algorithm::datatypes;
-using corvath::portable_binary_oarchive;
 using corvath::enums::DeterministicProperties;
 using support::Load;
 using support::MessageOf;
-using support::Put;
 using support::Save;
-using support::StandIn;
+using support::Since;
+using support::StoredForm;
+using support::Until;
 using Kind = corvath::algorithm::datatypes::DeterministicProperties;
-
-/// A project as the class writes it for another class version.
-template <int Version>
-std::string SaveAs(const VRDB& project) {
-  return Save(StandIn<struct ProjectTag, Version, true>{[&](portable_binary_oarchive& ar) {
-    boost::serialization::access::member_save(ar, project, Version);
-  }});
-}
 
 /// The fields of a project in their order, with what a case gives.
 struct Fields {
@@ -42,30 +33,38 @@ struct Fields {
   Design reference;
   boost::shared_ptr<AlgorithmInfo> algorithm_info;
   VRDB::MetaData meta_data;
+  DesignManager validated;
+  DesignManager approximated;
+  Design nominal;
+  VRDB::PathMap images;
+  VRDB::PathMap processes;
   VRDB::Criteria criteria;
-};
 
-template <int Version>
-VRDB LoadFields(const Fields& fields) {
-  return Load<VRDB>(
-      Save(StandIn<struct FieldsTag, Version, true>{[&](portable_binary_oarchive& ar) {
-        if (Version < 9) Put(ar, "surrogate_infos_", fields.surrogate_infos);
-        Put(ar, "parameter_manager_", fields.parameters);
-        Put(ar, "design_container_", fields.designs);
-        if (Version < 10) Put(ar, "is_consistent_", true);
-        if (Version >= 1) Put(ar, "reference_design_", fields.reference);
-        if (Version >= 2) Put(ar, "algorithm_info_", fields.algorithm_info);
-        if (Version >= 3) Put(ar, "meta_data_", fields.meta_data);
-        if (Version >= 4) Put(ar, "validated_best_designs_", DesignManager());
-        if (Version >= 5) Put(ar, "approx_design_container_", DesignManager());
-        if (Version >= 6) Put(ar, "nominal_design_", Design());
-        if (Version >= 7) {
-          Put(ar, "image_path_map_", VRDB::PathMap());
-          Put(ar, "process_path_map_", VRDB::PathMap());
-        }
-        if (Version >= 13) Put(ar, "criteria_", fields.criteria);
-      }}));
-}
+  Fields() = default;
+  explicit Fields(const VRDB& project)
+      : parameters(project.GetParameterManager()),
+        designs(project.GetDesignContainer()),
+        algorithm_info(project.GetAlgorithmInfo()) {}
+
+  StoredForm<VRDB> ToForm() const {
+    StoredForm<VRDB> form(14, /*restores_defaults=*/true);
+    form.Raw("surrogate_infos_", surrogate_infos, Until(8));
+    form.Raw("parameter_manager_", parameters);
+    form.Raw("design_container_", designs);
+    form.Raw("is_consistent_", true, Until(9));
+    form.Raw("reference_design_", reference, Since(1));
+    form.Raw("algorithm_info_", algorithm_info, Since(2));
+    form.Raw("meta_data_", meta_data, Since(3));
+    form.Raw("validated_best_designs_", validated, Since(4));
+    form.Raw("approx_design_container_", approximated, Since(5));
+    form.Raw("nominal_design_", nominal, Since(6));
+    form.Raw("image_path_map_", images, Since(7));
+    form.Raw("process_path_map_", processes, Since(7));
+    form.Raw("criteria_", criteria, Since(13));
+    return form;
+  }
+  VRDB Read(unsigned version) const { return ToForm().Read(version); }
+};
 
 Parameter DiscreteParameter(const std::wstring& name) {
   Parameter parameter(name);
@@ -97,30 +96,56 @@ double BoundAsNumber(const VRDB& project, const std::wstring& name, bool upper) 
   return (upper ? bounds.second : bounds.first).GetScalar();
 }
 
-TEST(VRDB, KeepsAProjectThroughAFile) {
-  VRDB project = support::MakePlateProject();
-  project.GetDeactivatedDesigns() = {DesignId(3), DesignId(3).Appended(1)};
-  project.SetMetaData(L"note \u00e4", "text");
-  VRDBAttachedPath image;
-  image.path_ = "pictures/\u00e4.png";
-  image.title_ = L"title";
-  image.isPathFix_ = true;
-  image.autoInsertPlaceholders_ = false;
-  project.GetImagePathMap()[boost::uuids::uuid{{1, 2, 3}}] = image;
-  const std::string bytes = Save(project);
-  const VRDB loaded = Load<VRDB>(bytes);
+TEST(VRDB, ReadsEveryClassVersionAndKeepsAllThroughAFile) {
+  Fields fields(support::MakePlateProject());
+  fields.reference = Design({{L"x", CDesignEntry(3.0)}}, DesignId(77));
+  fields.validated = DesignsOf(L"v", {1.0});
+  fields.approximated = DesignsOf(L"a", {1.0, 2.0});
+  fields.nominal.SetId(DesignId(78));
+  fields.images[boost::uuids::uuid{{1, 2, 3}}].title_ = L"image";
+  fields.processes[boost::uuids::uuid{{4}}].title_ = L"process";
+  fields.criteria.Append(L"own", Criterion());
+  const VRDB::DesignIds deactivated{DesignId(3), DesignId(3).Appended(1)};
+  fields.meta_data = {{L"note \u00e4", "text"}, {L"deactivated_designs", Save(deactivated)}};
 
-  EXPECT_EQ(loaded.GetClassVersion(), 14u);
-  EXPECT_TRUE(loaded.GetParameterManager() == project.GetParameterManager());
-  EXPECT_TRUE(loaded.GetDesignContainer() == project.GetDesignContainer());
-  EXPECT_EQ(loaded.GetDeactivatedDesigns(), project.GetDeactivatedDesigns());
-  EXPECT_EQ(loaded.GetMetaData(L"note \u00e4"), "text");
-  const VRDBAttachedPath& path = loaded.GetImagePathMap().begin()->second;
-  EXPECT_EQ(path.path_, image.path_);
-  EXPECT_TRUE(path.isPathFix_ && !path.autoInsertPlaceholders_);
-  EXPECT_EQ(loaded.GetCriteria().size(), 2u);  // those of the designs
-  EXPECT_TRUE(loaded.GetAlgorithmInfo()->GetDetailedInformation()->IsEqual(
-      project.GetAlgorithmInfo()->GetDetailedInformation()));
+  StoredForm<VRDB> form = fields.ToForm();
+  const auto field = [&form](const auto& get, const auto& value, unsigned since,
+                             const auto& other) {
+    form.Shows(get, value, Since(since));
+    if (since > 0) form.Shows(get, other, Until(since - 1));
+  };
+  form.Shows(ZEL_SHOWN_BY(GetParameterManager()), fields.parameters);
+  form.Shows(ZEL_SHOWN_BY(GetDesignContainer()), fields.designs);
+  field(ZEL_SHOWN_BY(GetReferenceDesign()), fields.reference, 1,
+        fields.designs.BuildTemplate(false));
+  field(ZEL_SHOWN_BY(GetAlgorithmInfo()->GetType()), 18, 2, 22);
+  field(ZEL_SHOWN_BY(HasMetaData(L"note \u00e4")), true, 3, false);
+  field(ZEL_SHOWN_BY(GetDeactivatedDesigns()), deactivated, 3, VRDB::DesignIds());
+  field(ZEL_SHOWN_BY(GetValidatedBestDesigns()), fields.validated, 4, DesignManager());
+  field(ZEL_SHOWN_BY(GetApproxDesignContainer()), fields.approximated, 5, DesignManager());
+  field(ZEL_SHOWN_BY(GetNominalDesign()), fields.nominal, 6, Design());
+  const auto title = [](const VRDB::PathMap& paths) {
+    return paths.empty() ? std::wstring() : paths.begin()->second.title_;
+  };
+  field([=](const VRDB& p) { return title(p.GetImagePathMap()); }, L"image", 7, L"");
+  field([=](const VRDB& p) { return title(p.GetProcessPathMap()); }, L"process", 7, L"");
+  field(ZEL_SHOWN_BY(GetCriteria()), fields.criteria, 13, fields.designs.GetCriteriaTemplate());
+  const auto original = fields.algorithm_info->GetDetailedInformation();
+  form.Shows(
+      [original](const VRDB& p) {
+        return original->IsEqual(p.GetAlgorithmInfo()->GetDetailedInformation());
+      },
+      true, Since(12));  // older ones do not tell the designs
+  form.Shows(
+      [](const VRDB& p) {
+        const auto detail = p.GetAlgorithmInfo()->GetZELInformation();
+        return detail->surrogate_infos_.GetSurrogateInfo(L"mass").GetSurrogate()->GetPoints();
+      },
+      support::PlateDesigns(), Since(2));
+  form.CheckReading();
+  form.Expect(Load<VRDB>(Save(form.Read(14))), 14);
+  for (unsigned version = 0; version <= 15; ++version)  // a newer one, too
+    EXPECT_EQ(form.Read(version).GetClassVersion(), version);
 }
 
 TEST(VRDB, StoresSupportDataOnlyInTheDesigns) {
@@ -133,7 +158,7 @@ TEST(VRDB, StoresSupportDataOnlyInTheDesigns) {
   };
   const std::string bytes = Save(project);
   EXPECT_FALSE(holds_column(bytes));
-  EXPECT_TRUE(holds_column(SaveAs<13>(project)));  // which has no other place for them
+  EXPECT_TRUE(holds_column(Fields(project).ToForm().Write(13)));  // has no other place for them
 
   // The project keeps them, and a reader has them back to the bit.
   VRDB loaded = Load<VRDB>(bytes);
@@ -146,49 +171,29 @@ TEST(VRDB, StoresSupportDataOnlyInTheDesigns) {
     }
 }
 
-TEST(VRDB, ReadsEveryClassVersionAndNewerOnes) {
+TEST(VRDB, RecoversTheDesignsOfModelsBelowVersion12) {
   VRDB project = support::MakePlateProject();
-  project.SetMetaData(L"note", "text");
-  project.GetReferenceDesign().SetId(DesignId(77));
-  const auto check = [](VRDB loaded, int version) {
-    EXPECT_EQ(loaded.GetClassVersion(), static_cast<unsigned>(version));
-    EXPECT_EQ(loaded.GetDesignContainer().size(), 40u);
-    EXPECT_EQ(loaded.GetReferenceDesign().GetId() == DesignId(77), version >= 1);
-    EXPECT_EQ(loaded.HasMetaData(L"note"), version >= 3);
-    EXPECT_EQ(loaded.GetAlgorithmInfo()->GetType(), version >= 2 ? 18 : 22) << version;
-    EXPECT_EQ(loaded.GetCriteria().size(), 2u);
-    if (version >= 2) {
-      const auto& record = support::GetModels(loaded).GetSurrogateInfo(L"mass");
-      EXPECT_EQ(record.GetSurrogate()->GetPoints().rows(), 40);
-    }
-  };
-  check(Load<VRDB>(SaveAs<0>(project)), 0);
-  check(Load<VRDB>(SaveAs<1>(project)), 1);
-  check(Load<VRDB>(SaveAs<2>(project)), 2);
-  check(Load<VRDB>(SaveAs<3>(project)), 3);
-  check(Load<VRDB>(SaveAs<4>(project)), 4);
-  check(Load<VRDB>(SaveAs<5>(project)), 5);
-  check(Load<VRDB>(SaveAs<6>(project)), 6);
-  check(Load<VRDB>(SaveAs<7>(project)), 7);
-  check(Load<VRDB>(SaveAs<9>(project)), 9);
-  check(Load<VRDB>(SaveAs<12>(project)), 12);
-  check(Load<VRDB>(SaveAs<13>(project)), 13);
-  check(Load<VRDB>(SaveAs<15>(project)), 15);
+  const auto ids = support::GetModels(project).GetSurrogateInfo(L"mass").GetUsedHids();
+  support::GetModels(project).Update([](SurrogateInfo& info) { info.SetUsedHids({}); });
+  Fields fields(project);
+  fields.algorithm_info = boost::make_shared<AlgorithmInfo>(5);
+  fields.algorithm_info->GetSystemsInformation()->AddDesignSet(L"s").surrogate_infos_ =
+      support::GetModels(project);
+  for (const unsigned version : {11u, 12u}) {
+    const VRDB read = fields.Read(version);
+    const auto& set = read.GetAlgorithmInfo()->GetSystemsInformation()->GetDesignSet(L"s");
+    EXPECT_EQ(set.surrogate_infos_.GetSurrogateInfo(L"mass").GetUsedHids(),
+              version < 12 ? ids : SurrogateInfo::HidVector());
+  }
 }
 
-TEST(VRDB, Version0HasAlgorithmType22OrThatOfItsModels) {
+TEST(VRDB, ModelsOfVersion0MakeAnAlgorithmOfTheirType) {
   Fields fields;
-  fields.designs = DesignsOf(L"x", {1.0, 2.0});
-  const VRDB plain = LoadFields<0>(fields);
-  EXPECT_EQ(plain.GetAlgorithmInfo()->GetType(), 22);
-  EXPECT_TRUE(plain.GetAllMetaData().empty());
-  EXPECT_TRUE(plain.GetReferenceDesign().GetParameters().Has(L"x"));
-
   fields.surrogate_infos = {SurrogateInfo(L"r")};
-  const VRDB with_models = LoadFields<0>(fields);
-  ASSERT_EQ(with_models.GetAlgorithmInfo()->GetType(), 18);
+  const VRDB read = fields.Read(0);
+  ASSERT_EQ(read.GetAlgorithmInfo()->GetType(), 18);
   EXPECT_TRUE(
-      with_models.GetAlgorithmInfo()->GetZELInformation()->surrogate_infos_.HasSurrogateInfo(L"r"));
+      read.GetAlgorithmInfo()->GetZELInformation()->surrogate_infos_.HasSurrogateInfo(L"r"));
 }
 
 TEST(VRDB, OldModelsMoveIntoTheDetailAndParametersAreRepairedBelowVersion8) {
@@ -199,13 +204,13 @@ TEST(VRDB, OldModelsMoveIntoTheDetailAndParametersAreRepairedBelowVersion8) {
     return manager.GetParameter(L"d").GetDeterministicProperty(0).GetKind();
   };
 
-  const VRDB of_8 = LoadFields<8>(fields);
+  const VRDB of_8 = fields.Read(8);
   const auto detail_8 = of_8.GetAlgorithmInfo()->GetZELInformation();
   EXPECT_TRUE(detail_8->surrogate_infos_.HasSurrogateInfo(L"r"));
   EXPECT_EQ(kind_of(of_8.GetParameterManager()), DeterministicProperties::ORDINAL_BY_INDEX);
   EXPECT_EQ(of_8.GetSamplingType(), 0);
 
-  const VRDB of_7 = LoadFields<7>(fields);
+  const VRDB of_7 = fields.Read(7);
   const auto detail_7 = of_7.GetAlgorithmInfo()->GetZELInformation();
   EXPECT_TRUE(detail_7->surrogate_infos_.HasSurrogateInfo(L"r"));
   EXPECT_EQ(kind_of(of_7.GetParameterManager()), DeterministicProperties::ORDINAL_BY_VALUE);
@@ -220,7 +225,7 @@ TEST(VRDB, OldModelsMoveIntoTheDetailAndParametersAreRepairedBelowVersion8) {
   auto& own = fields.algorithm_info->GetZELInformation()->parameter_manager_;
   own.AddParameter(constant);
   own.AddParameter(RandomParameter(L"r"));
-  const VRDB with_own = LoadFields<7>(fields);
+  const VRDB with_own = fields.Read(7);
   EXPECT_EQ(with_own.GetSamplingType(), 2);
   EXPECT_EQ(kind_of(with_own.GetAlgorithmInfo()->GetZELInformation()->parameter_manager_),
             DeterministicProperties::ORDINAL_BY_VALUE);
@@ -234,32 +239,44 @@ TEST(VRDB, OldModelsOfAReliabilityProjectGoToItsFirstDesignSet) {
   auto& detail = *fields.algorithm_info->GetReliabilityInformation();
   detail.AddDesignSet(L"b");
   detail.AddDesignSet(L"a");
-  const VRDB named = LoadFields<8>(fields);
+  const VRDB named = fields.Read(8);
   const auto sets = named.GetAlgorithmInfo()->GetReliabilityInformation();
   EXPECT_EQ(sets->design_sets_map_.size(), 2u);
   EXPECT_TRUE(sets->GetDesignSet(L"a").surrogate_infos_.HasSurrogateInfo(L"r"));
   EXPECT_TRUE(sets->GetDesignSet(L"b").surrogate_infos_.IsEmpty());
 
-  // A file without sets gets them from its designs.
-  const auto limit = [&](double value) {
-    Criterion criterion(CriterionDescription::LIMIT_LHS_BELOW_RHS, L"x", L"1");
-    criterion.SetValues(CDesignEntry(), CDesignEntry(), CDesignEntry(value), false);
-    return criterion;
-  };
-  fields.designs.ModifyDesigns()[0].GetCriteria().Append(L"limit", limit(0.5));
-  fields.designs.ModifyDesigns()[1].GetCriteria().Append(L"limit", limit(-0.5));
-  Design failed({{L"x", CDesignEntry(3.0)}}, DesignId(3));
-  failed.GetCriteria().Append(L"limit", limit(std::nan("")));
-  fields.designs.Add(failed);
+  // A file without sets gets them from its designs: one violated limit state makes a design unsafe,
+  // and one without a value makes it failed.
+  const double nan = std::nan("");
+  const std::pair<double, double> limits[] = {
+      {0.5, 0.25}, {-0.5, 0.5}, {0.5, -0.5}, {-0.5, nan}, {nan, 0.5}};
+  fields.designs = DesignManager();
+  for (const auto& values : limits) {
+    Design design({{L"x", CDesignEntry(1.0)}}, DesignId(fields.designs.size() + 1));
+    for (const double value : {values.first, values.second}) {
+      Criterion criterion(CriterionDescription::LIMIT_LHS_BELOW_RHS, L"x", L"1");
+      criterion.SetValues(CDesignEntry(), CDesignEntry(), CDesignEntry(value), false);
+      design.GetCriteria().Append(L"limit", criterion);
+    }
+    fields.designs.Add(design);
+  }
   detail.design_sets_map_.clear();
-  const VRDB repaired = LoadFields<8>(fields);
-  const auto made = repaired.GetAlgorithmInfo()->GetReliabilityInformation();
-  EXPECT_EQ(made->prefered_design_set_, L"All designs");
-  EXPECT_EQ(made->GetDesignSet(L"All designs").design_ids_.size(), 3u);
-  EXPECT_TRUE(made->GetDesignSet(L"All designs").surrogate_infos_.HasSurrogateInfo(L"r"));
-  EXPECT_EQ(made->GetDesignSet(L"Safe domain designs").design_ids_.count(DesignId(1)), 1u);
-  EXPECT_EQ(made->GetDesignSet(L"Unsafe domain designs").design_ids_.count(DesignId(2)), 1u);
-  EXPECT_EQ(made->GetDesignSet(L"Failed designs").design_ids_.count(DesignId(3)), 1u);
+  const auto read = [&fields](unsigned version) {
+    return fields.Read(version).GetAlgorithmInfo()->GetReliabilityInformation();
+  };
+  for (const unsigned version : {8u, 10u}) {
+    const auto made = read(version);
+    const auto ids = [&made](const wchar_t* name) { return made->GetDesignSet(name).design_ids_; };
+    using Ids = std::set<DesignId>;
+    EXPECT_EQ(made->prefered_design_set_, L"All designs");
+    EXPECT_EQ(ids(L"All designs").size(), 5u);
+    EXPECT_EQ(ids(L"Safe domain designs"), (Ids{DesignId(1)}));
+    EXPECT_EQ(ids(L"Unsafe domain designs"), (Ids{DesignId(2), DesignId(3)}));
+    EXPECT_EQ(ids(L"Failed designs"), (Ids{DesignId(4), DesignId(5)}));
+    EXPECT_EQ(made->GetDesignSet(L"All designs").surrogate_infos_.HasSurrogateInfo(L"r"),
+              version < 9);
+  }
+  EXPECT_TRUE(read(11)->design_sets_map_.empty());
 }
 
 TEST(VRDB, EmptyCriteriaComeFromTheDesigns) {
@@ -267,10 +284,10 @@ TEST(VRDB, EmptyCriteriaComeFromTheDesigns) {
   fields.designs = DesignsOf(L"x", {1.0});
   fields.designs.ModifyDesigns()[0].GetCriteria().Append(
       L"goal", Criterion(CriterionDescription::RHS, L"", L"x"));
-  EXPECT_TRUE(LoadFields<13>(fields).GetCriteria().Has(L"goal"));
+  EXPECT_TRUE(fields.Read(13).GetCriteria().Has(L"goal"));
   fields.criteria.Append(L"own", Criterion());
-  EXPECT_FALSE(LoadFields<13>(fields).GetCriteria().Has(L"goal"));
-  EXPECT_TRUE(LoadFields<13>(fields).GetCriteria().Has(L"own"));
+  EXPECT_FALSE(fields.Read(13).GetCriteria().Has(L"goal"));
+  EXPECT_TRUE(fields.Read(13).GetCriteria().Has(L"own"));
 }
 
 TEST(VRDB, SavingNotesTheWriterInTheMetaData) {
@@ -301,7 +318,7 @@ TEST(VRDB, DamagedDeactivatedDesignsAreNone) {
   Fields fields;
   const auto load = [&](const std::string& value) {
     fields.meta_data = {{L"deactivated_designs", value}};
-    const VRDB loaded = LoadFields<14>(fields);
+    const VRDB loaded = fields.Read(14);
     EXPECT_EQ(loaded.GetMetaData(L"deactivated_designs"), value);
     return loaded.GetDeactivatedDesigns().size();
   };

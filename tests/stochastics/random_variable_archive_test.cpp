@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 
 namespace {
@@ -66,50 +65,6 @@ TEST(RandomVariableArchive, KeysStandInTheirOrder) {
     ASSERT_NE(found, std::string::npos) << key;
     position = found + std::string(key).size();
   }
-}
-
-/// Everything that evaluation takes from the members.
-void Visit(const RVSet& set) {
-  const auto n = static_cast<Eigen::Index>(set.GetNumRVs());
-  set.FromStandardGauss(Eigen::MatrixXd::Constant(n, 2, 0.3));
-  set.ToStandardGauss(Eigen::MatrixXd::Constant(n, 2, 0.3));
-  set.CDF(VectorXd::Constant(n, 0.5));
-  set.PDF(VectorXd::Constant(n, 0.5));
-  set.GetStandardCorrelationMatrix();
-  for (const auto& rv : set.GetRVs()) {
-    rv->GetMean();
-    rv->GetStates();
-    rv->GetLowerBound();
-    rv->GetUpperBound();
-    for (const double p : {0.0, 0.4, 1.0}) rv->InverseCDF(p);
-  }
-}
-
-TEST(RandomVariableArchive, DamagedFilesEndInAnErrorOrInUsableObjects) {
-  boost::shared_ptr<RVSet> set = RVSetFactory::GetInstance().Create(RVSet::kNataf);
-  for (const int type : kTypes) set->AddRV(RVFactory::GetInstance().Create(type));
-  const auto n = static_cast<Eigen::Index>(set->GetNumRVs());
-  set->SetCorrelationMatrix(Eigen::MatrixXd::Identity(n, n));
-  set->GetRVs()[0]->GetMean();
-  const std::string bytes = support::Save(set, 0x3000);  // without annotations, which would tell
-  std::mt19937 engine(11);
-  testing::internal::CaptureStdout();  // warnings of sets whose matrix was hit
-  int refused = 0;
-  for (int round = 0; round < 3000; ++round) {
-    std::string damaged = bytes;
-    for (int hits = 1 + static_cast<int>(engine() % 3); hits > 0; --hits)
-      damaged[engine() % bytes.size()] = static_cast<char>(engine());
-    if (round % 10 == 0) damaged.resize(engine() % bytes.size());
-    boost::shared_ptr<RVSet> loaded;
-    try {
-      support::LoadInto(damaged, loaded);
-      if (loaded) Visit(*loaded);
-    } catch (const std::exception&) {
-      ++refused;
-    }
-  }
-  testing::internal::GetCapturedStdout();
-  EXPECT_GT(refused, 300);
 }
 
 TEST(RandomVariableArchive, WrongNumberOfParametersIsRefused) {
