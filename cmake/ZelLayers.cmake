@@ -15,14 +15,27 @@ foreach(layer ${ZEL_LAYERS})
     list(APPEND ZEL_PRESENT_LAYERS ${layer})
   endif()
 endforeach()
-set(ZEL_THIRD_PARTY Boost::serialization Boost::filesystem Boost::date_time Eigen3::Eigen
-  PkgConfig::CRYPTOPP PkgConfig::JSONCPP TBB::tbb)
+# What each layer takes from outside; every class that is stored needs Boost.Serialization.
+set(ZEL_NEEDS_api Eigen3::Eigen)
+set(ZEL_NEEDS_solver Boost::filesystem Eigen3::Eigen PkgConfig::CRYPTOPP)
+set(ZEL_NEEDS_training Eigen3::Eigen)
+set(ZEL_NEEDS_project Boost::date_time Boost::filesystem Boost::serialization Eigen3::Eigen
+  PkgConfig::JSONCPP)
+set(ZEL_NEEDS_calculator Boost::filesystem Boost::serialization)
+set(ZEL_NEEDS_metamodel Boost::serialization Eigen3::Eigen)
+set(ZEL_NEEDS_design Boost::serialization Eigen3::Eigen)
+set(ZEL_NEEDS_optimizer Boost::serialization Eigen3::Eigen)
+set(ZEL_NEEDS_doe Boost::serialization Eigen3::Eigen)
+set(ZEL_NEEDS_stochastics Boost::serialization Eigen3::Eigen)
+set(ZEL_NEEDS_variant Boost::serialization)
+set(ZEL_NEEDS_archive Boost::filesystem Boost::serialization Eigen3::Eigen)
+set(ZEL_NEEDS_foundation Boost::filesystem TBB::tbb)
 
 # zel_layer(<name> file.cpp ...): the OBJECT library zel_<name> of this folder.
 function(zel_layer name)
   add_library(zel_${name} OBJECT ${ARGN})
   target_include_directories(zel_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/include)
-  target_link_libraries(zel_${name} PUBLIC ${ZEL_THIRD_PARTY} PRIVATE zel_warnings)
+  target_link_libraries(zel_${name} PUBLIC ${ZEL_NEEDS_${name}} PRIVATE zel_warnings)
 endfunction()
 
 # zel_link_layers(<target> layer ...): the objects of these layers. Object files do not travel along
