@@ -428,6 +428,10 @@ TEST(Distributions, TablesAreFittedFromSamples) {
   VectorXd expected(10);  // four classes on [0, 9]: ends 2.25, 4.5, 6.75
   expected << 0.0, 0.0, 2.25, 0.3, 4.5, 0.5, 6.75, 0.7, 9.0, 1.0;
   EXPECT_LT((fit(types::MULTIUNIFORM, ten)->GetParameters() - expected).norm(), 1e-15);
+  // The first of three classes on [0.3, 1.2] ends at 0.3 + 1 * 0.9 / 3 = 0.6, where a sample is; with
+  // the quotient taken first, just below it.
+  const auto thirds = fit(types::MULTIUNIFORM, {0.3, 0.6, 0.7, 1.0, 1.2});
+  EXPECT_EQ(thirds->GetParameters()(3), 0.4);
 
   for (const int type : {types::DISCRETE, types::MULTIUNIFORM}) {
     const auto rv = RVFactory::GetInstance().Create(type);

@@ -118,8 +118,9 @@ void RV_MultiUniform::Fit(const Eigen::MatrixXd& data) {
   Eigen::VectorXd table(2 * (classes + 1));
   table.head<2>() << smallest, 0.0;
   for (Eigen::Index i = 1; i <= classes; ++i) {
-    const double share = static_cast<double>(i) / static_cast<double>(classes);
-    const double end = i == classes ? largest : smallest + share * (largest - smallest);
+    // In this order of operations: a sample may lie on a class end, and then the last bit decides.
+    const double end =
+        smallest + static_cast<double>(i) * (largest - smallest) / static_cast<double>(classes);
     const auto count = std::upper_bound(sorted.begin(), sorted.end(), end) - sorted.begin();
     table.segment<2>(2 * i) << end, static_cast<double>(count) / n;
   }
