@@ -56,8 +56,12 @@ namespace corvath::algorithm {
 ///    deviation 2^-52, coefficient of variation 1e-6, unless a type says otherwise) is raised.
 ///    The tabulated types and the kernel density refuse tables that mean nothing.
 ///  - SetStats refuses moments outside the domain.
-///  - Both refuse NaN, infinities and a wrong number of elements. What is refused leaves the object
-///    as it was. A refusal is a corvath::utils::runtime_error whose text names variable and type.
+///  - Both refuse a wrong number of elements, and numbers that are not between -1e300 and 1e300 (NaN
+///    among them), given or calculated, so that no quantile overflows. What is refused leaves the
+///    object as it was. A refusal is a corvath::utils::runtime_error whose text names variable and
+///    type.
+///  - Where a search for the parameters does not return to the moments asked for, the moments are
+///    those of the parameters found, and the shared log says so.
 ///
 /// Functions of x and p let NaN pass. Const operations may run in several threads, except GetStat
 /// and GetParameter, which build the table of names at their first call.
@@ -128,19 +132,26 @@ class RV {
   /// Raises "RV '<name>' of type '<type>'" followed by `text`.
   [[noreturn]] void Raise(const std::wstring& text) const;
   /// Checks shared by SetParameters and SetStats: `expected` elements, else `text` and the number
-  /// obtained; then none of them NaN or infinite.
+  /// obtained; then each of them within kMaxMagnitude.
   void RequireCount(const Eigen::VectorXd& values, Eigen::Index expected,
                     const std::wstring& text) const;
-  void RequireFinite(const Eigen::VectorXd& values) const;
+  void RequireMagnitude(const Eigen::VectorXd& values) const;
   /// Checks shared by SetStats: the standard deviation and the coefficient of variation.
   void RequireSpread(double mean, double sd) const;
   /// The spread that RequireSpread accepts next to `mean`: `sd`, or the smallest above it.
   static double RaiseToFloor(double mean, double sd);
   /// After loading: a file may hold anything, but evaluation relies on the sizes.
   void RequireSizes(Eigen::Index parameters, Eigen::Index moments) const;
+  /// The only way to new parameters and moments: refuses them beyond kMaxMagnitude, before anything
+  /// changes.
+  void Store(const Eigen::VectorXd& parameters, const Eigen::VectorXd& moments);
   void Store(std::initializer_list<double> parameters, std::initializer_list<double> moments);
+  /// After a search: whether `found` are the moments asked for; if not, the shared log says so.
+  bool IsReached(const Eigen::VectorXd& asked, const Eigen::VectorXd& found) const;
   /// A number as all messages show it: six significant digits.
   static std::wstring Format(double number);
+
+  static constexpr double kMaxMagnitude = 1e300;
 
   // The keys of the persisted form are the members' names.
   Eigen::VectorXd RV_Parameter;            ///< in the order of GetParameterNames()

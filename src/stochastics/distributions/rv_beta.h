@@ -27,7 +27,7 @@ class RV_Beta : public RVType<RV_Beta, enums::RandomVariable::BETA, Support::kIn
 
   /// The parameters with these moments, which are in the domain.
   void TakeStats(double mean, double sd, double skewness, double kurtosis);
-  void UpdateMoments();
+  void TakeParameters(double a, double b, double alpha, double beta);
 };
 
 }  // namespace corvath::algorithm

@@ -24,8 +24,10 @@ double RV_Exponential::CDF(double x) const {
 }
 
 double RV_Exponential::InverseCDF(double p) const {
-  return RV_Parameter(1) -
-         std::log1p(-std::clamp(p, 0.0, 1.0 - math::kProbabilityMin)) * RV_Parameter(0);
+  // The probability above x is the one that is held above its minimum, which 1 - p is not exactly.
+  const double log_above =
+      1.0 - p <= math::kProbabilityMin ? std::log(math::kProbabilityMin) : std::log1p(-p);
+  return RV_Parameter(1) - log_above * RV_Parameter(0);
 }
 
 std::vector<std::wstring> RV_Exponential::GetParameterNames() const {

@@ -33,7 +33,6 @@ class RV_Lambda : public RVType<RV_Lambda, enums::RandomVariable::LAMBDA, Suppor
 
   /// The parameters with these moments, which are in the domain.
   void TakeStats(double mean, double sd, double skewness, double kurtosis);
-  void UpdateMoments();
   double Quantile(double p) const;
 };
 

@@ -67,9 +67,9 @@ void RV_Lognormal::TakeStats(double mean, double sd) {
 void RV_Lognormal::TakeParameters(double mu, double s) {
   s = std::clamp(s, math::kEps, kMaxShape);
   mu = std::clamp(mu, -kMaxMu, kMaxMu);
-  RV_Gauss.SetExact(mu, s);
   const double mean = std::exp(mu + 0.5 * s * s);
   Store({mu, s}, {mean, std::sqrt(std::expm1(s * s)) * mean});
+  RV_Gauss.SetExact(mu, s);
 }
 
 void RV_Lognormal::Reset() {

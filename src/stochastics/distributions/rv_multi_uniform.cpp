@@ -64,7 +64,7 @@ void RV_MultiUniform::SetParameters(const Eigen::VectorXd& parameters) {
   if (parameters.size() % 2 != 0)
     Raise(L": Number of distribution parameters should be even " +
           std::to_wstring(parameters.size()));
-  RequireFinite(parameters);
+  RequireMagnitude(parameters);
   Eigen::VectorXd table = parameters;
   const Eigen::Index last = table.size() - 2;
   const double first_probability = table(1);
@@ -89,8 +89,7 @@ void RV_MultiUniform::SetParameters(const Eigen::VectorXd& parameters) {
   const double sd = std::sqrt(variance);
   if (!(sd >= RaiseToFloor(mean, 0.0)))
     Raise(L": Standard deviation  (" + Format(sd) + L") is close to zero.");
-  RV_Parameter = table;
-  RV_Statistical_Moments = Eigen::Vector2d(mean, sd);
+  Store(table, Eigen::Vector2d(mean, sd));
 }
 
 void RV_MultiUniform::SetStats(const Eigen::VectorXd& moments) {
@@ -108,7 +107,7 @@ void RV_MultiUniform::Fit(const Eigen::MatrixXd& data) {
           std::to_wstring(data.cols()));
   if (data.rows() < 2) Raise(L": Not enough data points available. ");
   Eigen::VectorXd sorted = data.col(0);
-  RequireFinite(sorted);
+  RequireMagnitude(sorted);
   std::sort(sorted.begin(), sorted.end());
   const auto n = static_cast<double>(sorted.size());
   const double smallest = sorted(0);

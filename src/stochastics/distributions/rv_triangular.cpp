@@ -15,6 +15,18 @@ constexpr double kSqrtSix = 2.449489742783178;
 constexpr double kPi = 3.141592653589793;
 constexpr double kMaxSkewness = 0.4 * kSqrtTwo;  // of the right-angled triangle
 
+Eigen::Vector3d Moments(double a, double c, double b) {
+  const double mean = a / 3.0 + b / 3.0 + c / 3.0;
+  const double ab = b - a;
+  const double ac = c - a;
+  const double cb = b - c;
+  const double sd = std::hypot(ab, ac, cb) / 6.0;
+  // (a + b - 2c)(2a - b - c)(a - 2b + c) / 270 / sd^3, in distances
+  const double skewness =
+      sd > 0.0 ? (cb - ac) / sd * ((ab + ac) / sd) * ((ab + cb) / sd) / 270.0 : 0.0;
+  return {mean, sd, skewness};
+}
+
 }  // namespace
 
 double RV_Triangular::GetLowerBound() const {
@@ -66,10 +78,12 @@ void RV_Triangular::SetParameters(const Eigen::VectorXd& parameters) {
   RequireCount(parameters, 3, L": Wrong number of statistical parameters. Expected 3, obtained ");
   std::array<double, 3> sorted = {parameters(0), parameters(1), parameters(2)};
   std::sort(sorted.begin(), sorted.end());
-  TakeParameters(sorted[0], sorted[1], sorted[2]);
-  const Eigen::Vector3d moments = RV_Statistical_Moments;
+  const Eigen::Vector3d moments = Moments(sorted[0], sorted[1], sorted[2]);
   const double sd = RaiseToFloor(moments(0), moments(1));
-  if (!(moments(1) >= sd)) TakeStats(moments(0), sd, moments(2));
+  if (moments(1) >= sd)
+    TakeParameters(sorted[0], sorted[1], sorted[2]);
+  else
+    TakeStats(moments(0), sd, moments(2));
 }
 
 void RV_Triangular::SetStats(const Eigen::VectorXd& moments) {
@@ -93,18 +107,11 @@ void RV_Triangular::TakeStats(double mean, double sd, double skewness) {
     TakeParameters(mean + scale * std::cos(phi + 2.0 * kPi / 3.0),
                    mean + scale * std::cos(phi - 2.0 * kPi / 3.0), mean + scale * std::cos(phi));
   }
+  IsReached(Eigen::Vector3d(mean, sd, skewness), RV_Statistical_Moments);
 }
 
 void RV_Triangular::TakeParameters(double a, double c, double b) {
-  const double mean = a / 3.0 + b / 3.0 + c / 3.0;
-  const double ab = b - a;
-  const double ac = c - a;
-  const double cb = b - c;
-  const double sd = std::sqrt((ab * ab + ac * ac + cb * cb) / 36.0);
-  // (a + b - 2c)(2a - b - c)(a - 2b + c) / 270 / sd^3, in distances
-  const double skewness =
-      sd > 0.0 ? (cb - ac) / sd * ((ab + ac) / sd) * ((ab + cb) / sd) / 270.0 : 0.0;
-  Store({a, c, b}, {mean, sd, skewness});
+  Store(Eigen::Vector3d(a, c, b), Moments(a, c, b));
 }
 
 void RV_Triangular::Reset() {

@@ -161,13 +161,14 @@ void RV_Truncatednormal::TakeStats(double mean, double sd, double first, double 
   }
   const Eigen::Vector2d x = FitStandardised(a, b);
   TakeParameters(x(0) * sd + mean, x(1) * sd, a * sd + mean, b * sd + mean);
+  IsReached(Eigen::Vector2d(mean, sd), RV_Statistical_Moments.head<2>());
 }
 
 void RV_Truncatednormal::TakeParameters(double mu, double s, double a, double b) {
-  RV_Gauss.SetExact(mu, s);
-  RV_area = 1.0 / Mass((a - mu) / s, (b - mu) / s);
   const auto [mean, sd] = CutNormal(mu, s, a, b);
   Store({mu, s, a, b}, {mean, sd, a, b});
+  RV_Gauss.SetExact(mu, s);
+  RV_area = 1.0 / Mass((a - mu) / s, (b - mu) / s);
 }
 
 void RV_Truncatednormal::Reset() {

@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_uniform.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace corvath::algorithm {
 
@@ -19,6 +20,7 @@ double RV_Uniform::GetUpperBound() const {
 double RV_Uniform::PDF(double x) const {
   const double a = RV_Parameter(0);
   const double b = RV_Parameter(1);
+  if (std::isnan(x)) return x;
   return x < a || x > b ? 0.0 : 1.0 / (b - a);
 }
 
