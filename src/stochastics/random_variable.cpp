@@ -1,5 +1,6 @@
 #include "stochastics/random_variable.h"
 
+#include "archive/instantiate.h"
 #include "foundation/closeness.h"
 #include "foundation/exception.h"
 #include "foundation/log.h"
@@ -18,24 +19,11 @@ namespace {
 
 /// Both directions of id and text.
 struct TypeTexts {
-  std::map<int, std::wstring> texts = {{UNIFORM, L"UNIFORM"},
-                                       {NORMAL, L"NORMAL"},
-                                       {TRUNCATEDNORMAL, L"TRUNCATEDNORMAL"},
-                                       {LOGNORMAL, L"LOGNORMAL"},
-                                       {EXPONENTIAL, L"EXPONENTIAL"},
-                                       {TRIANGULAR, L"TRIANGULAR"},
-                                       {BETA, L"BETA"},
-                                       {WEIBULL, L"WEIBULL"},
-                                       {GUMBEL, L"GUMBEL"},
-                                       {FRECHET, L"FRECHET"},
-                                       {POLYMAP, L"POLYMAP"},
-                                       {KERNEL, L"KERNEL"},
-                                       {BERNOULLI, L"BERNOULLI"},
-                                       {LOGUNIFORM, L"LOGUNIFORM"},
-                                       {DISCRETE, L"DISCRETE"},
-                                       {MULTIUNIFORM, L"MULTIUNIFORM"},
-                                       {LAMBDA, L"LAMBDA"},
-                                       {POISSON, L"POISSON"}};
+  std::map<int, std::wstring> texts = {
+#define ZEL_TEXT(Class, name, id) {id, L## #name},
+      ZEL_DISTRIBUTIONS(ZEL_TEXT)
+#undef ZEL_TEXT
+  };
   std::map<std::wstring, eType> ids;
 
   TypeTexts() {
@@ -244,6 +232,14 @@ bool RV::IsReached(const Eigen::VectorXd& asked, const Eigen::VectorXd& found) c
   return reached;
 }
 
+template <class Archive>
+void RV::serialize(Archive& ar, const unsigned int) {
+  ar& BOOST_SERIALIZATION_NVP(RV_Parameter);
+  ar& BOOST_SERIALIZATION_NVP(RV_Statistical_Moments);
+  ar& BOOST_SERIALIZATION_NVP(RV_internal_parameter_map);
+  ar& BOOST_SERIALIZATION_NVP(RV_internal_moments_map);
+}
+
 std::wstring RV::Format(double number) {
   std::wostringstream stream;
   stream.imbue(std::locale::classic());
@@ -253,3 +249,5 @@ std::wstring RV::Format(double number) {
 
 }  // namespace algorithm
 }  // namespace corvath
+
+ZEL_INSTANTIATE_SERIALIZE(corvath::algorithm::RV)

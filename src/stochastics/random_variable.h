@@ -12,28 +12,34 @@
 #include <string>
 #include <vector>
 
+/// All distributions: class, name, and the id that projects store. A new one stands in this list and
+/// in two files of distributions/.
+#define ZEL_DISTRIBUTIONS(X)                \
+  X(RV_Uniform, UNIFORM, 3)                 \
+  X(RV_Normal, NORMAL, 4)                   \
+  X(RV_Truncatednormal, TRUNCATEDNORMAL, 5) \
+  X(RV_Lognormal, LOGNORMAL, 6)             \
+  X(RV_Exponential, EXPONENTIAL, 7)         \
+  X(RV_Triangular, TRIANGULAR, 15)          \
+  X(RV_Polymap, POLYMAP, 38)                \
+  X(RV_Kernel, KERNEL, 39)                  \
+  X(RV_Gumbel, GUMBEL, 30)                  \
+  X(RV_Weibull, WEIBULL, 22)                \
+  X(RV_Frechet, FRECHET, 36)                \
+  X(RV_Bernoulli, BERNOULLI, 40)            \
+  X(RV_Beta, BETA, 16)                      \
+  X(RV_Loguniform, LOGUNIFORM, 41)          \
+  X(RV_GeneralDiscrete, DISCRETE, 42)       \
+  X(RV_MultiUniform, MULTIUNIFORM, 43)      \
+  X(RV_Lambda, LAMBDA, 44)                  \
+  X(RV_Poisson, POISSON, 45)
+
 namespace corvath::enums::RandomVariable {
 
-/// Ids of the distributions; the numbers are stored in projects.
 enum eType : int {
-  UNIFORM = 3,
-  NORMAL = 4,
-  TRUNCATEDNORMAL = 5,
-  LOGNORMAL = 6,
-  EXPONENTIAL = 7,
-  TRIANGULAR = 15,
-  BETA = 16,
-  WEIBULL = 22,
-  GUMBEL = 30,
-  FRECHET = 36,
-  POLYMAP = 38,
-  KERNEL = 39,
-  BERNOULLI = 40,
-  LOGUNIFORM = 41,
-  DISCRETE = 42,
-  MULTIUNIFORM = 43,
-  LAMBDA = 44,
-  POISSON = 45
+#define ZEL_ENUMERATOR(Class, name, id) name = id,
+  ZEL_DISTRIBUTIONS(ZEL_ENUMERATOR)
+#undef ZEL_ENUMERATOR
 };
 
 /// "UNIFORM" for 3 and so on.
@@ -174,7 +180,8 @@ class RV {
 /// Bounds of a type's support, as the flags tell them.
 enum class Support { kLine, kLowerBound, kInterval };
 
-/// What every type says about itself in the same way.
+/// What every type says about itself in the same way, and its persisted form: that of RV, then what
+/// the type adds in a SerializeFurther of its own. Bodies in distributions/persisted_form.h.
 template <class Derived, enums::RandomVariable::eType kId, Support kSupport, bool kDiscrete = false>
 class RVType : public RV {
  public:
@@ -190,6 +197,29 @@ class RVType : public RV {
   std::vector<std::wstring> GetMomentNames() const override {
     return {L"Mean value", L"Standard deviation"};
   }
+
+ protected:
+  template <class Archive>
+  void SerializeFurther(Archive&) {}
+  /// How many parameters a variable of this type has; of one that takes any number of them, as many
+  /// as it needs to make use of those that it has.
+  Eigen::Index NumParameters() const {
+    return static_cast<Eigen::Index>(this->GetParameterNames().size());
+  }
+
+ private:
+  friend class boost::serialization::access;
+  template <class Archive>
+  void serialize(Archive& ar, unsigned int version);
 };
 
+#define ZEL_DECLARE(Class, name, id) class Class;
+ZEL_DISTRIBUTIONS(ZEL_DECLARE)
+#undef ZEL_DECLARE
+
 }  // namespace corvath::algorithm
+
+#define ZEL_DISTRIBUTION_KEY(Class, name, id) \
+  ZEL_EXPORT_KEY(corvath::algorithm::Class, "corvath::algorithm::" #Class)
+ZEL_DISTRIBUTIONS(ZEL_DISTRIBUTION_KEY)
+#undef ZEL_DISTRIBUTION_KEY

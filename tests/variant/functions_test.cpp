@@ -1,3 +1,4 @@
+#include "foundation/constants.h"
 #include "support/values.h"
 #include "variant/binary_functions.h"
 #include "variant/complex_parts.h"
@@ -21,7 +22,6 @@ namespace fn = functions;
 using Unary = void (*)(Value&, const Value&);
 using Binary = void (*)(Value&, const Value&, const Value&);
 
-constexpr double kPi = 3.141592653589793;
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
 std::string Out(Unary f, const Value& x) {

@@ -1,5 +1,7 @@
 #include "stochastics/distributions/rv_bernoulli.h"
 
+#include "stochastics/distributions/persisted_form.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -67,3 +69,5 @@ void RV_Bernoulli::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Bernoulli)

@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_beta.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/special_functions.h"
 
@@ -140,3 +141,5 @@ void RV_Beta::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Beta)

@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_exponential.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 
 #include <algorithm>
@@ -60,3 +61,5 @@ void RV_Exponential::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Exponential)

@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_frechet.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/special_functions.h"
 
@@ -97,3 +98,5 @@ void RV_Frechet::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Frechet)

@@ -1,5 +1,6 @@
 #include "stochastics/distributions/rv_general_discrete.h"
 
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/distributions/table_parameters.h"
 
 #include <algorithm>
@@ -134,3 +135,5 @@ void RV_GeneralDiscrete::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_GeneralDiscrete)

@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_kernel.h"
 
 #include "foundation/exception.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 
 #include <cmath>
@@ -81,4 +82,16 @@ void RV_Kernel::Reset() {
   RV_Kernel::SetParameters((Eigen::VectorXd(5) << -1.0, 1.0, -0.25, 0.25, 0.0).finished());
 }
 
+Eigen::Index RV_Kernel::NumParameters() const {
+  return std::max<Eigen::Index>(RV_Parameter.size(), 1);
+}
+
+template <class Archive>
+void RV_Kernel::SerializeFurther(Archive& ar) {
+  ar& BOOST_SERIALIZATION_NVP(RV_Gauss);
+  ar& BOOST_SERIALIZATION_NVP(Kernel_width);
+}
+
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Kernel)

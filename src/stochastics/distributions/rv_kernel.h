@@ -20,9 +20,10 @@ class RV_Kernel : public RVType<RV_Kernel, enums::RandomVariable::KERNEL, Suppor
   void Reset() override;
 
  private:
-  friend class boost::serialization::access;
+  friend RVType;
   template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
+  void SerializeFurther(Archive& ar);
+  Eigen::Index NumParameters() const;
 
   void RequireWidth() const;
 
@@ -31,5 +32,3 @@ class RV_Kernel : public RVType<RV_Kernel, enums::RandomVariable::KERNEL, Suppor
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_Kernel, "corvath::algorithm::RV_Kernel")

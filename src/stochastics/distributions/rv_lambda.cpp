@@ -2,6 +2,7 @@
 
 #include "foundation/closeness.h"
 #include "stochastics/distributions/lambda_moments.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 
 #include <Eigen/LU>
@@ -142,3 +143,5 @@ void RV_Lambda::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Lambda)

@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_lognormal.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 
 #include <algorithm>
 #include <cmath>
@@ -76,4 +77,11 @@ void RV_Lognormal::Reset() {
   TakeStats(1.0, 1.0);
 }
 
+template <class Archive>
+void RV_Lognormal::SerializeFurther(Archive& ar) {
+  ar& BOOST_SERIALIZATION_NVP(RV_Gauss);
+}
+
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Lognormal)

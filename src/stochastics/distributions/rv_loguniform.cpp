@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_loguniform.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 
 #include <algorithm>
 #include <cmath>
@@ -120,3 +121,5 @@ void RV_Loguniform::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Loguniform)

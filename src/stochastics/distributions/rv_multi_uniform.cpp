@@ -1,15 +1,13 @@
 #include "stochastics/distributions/rv_multi_uniform.h"
 
+#include "stochastics/distributions/persisted_form.h"
+#include "stochastics/distributions/rv_uniform.h"
 #include "stochastics/distributions/table_parameters.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace corvath::algorithm {
-
-namespace {
-constexpr double kSqrtTwelve = 3.4641016151377544;  // length over standard deviation
-}
 
 double RV_MultiUniform::GetLowerBound() const {
   return Value(0);
@@ -97,7 +95,7 @@ void RV_MultiUniform::SetStats(const Eigen::VectorXd& moments) {
   const double mean = moments(0);
   const double sd = moments(1);
   RequireSpread(mean, sd);
-  const double half = 0.5 * kSqrtTwelve * sd;
+  const double half = 0.5 * kUniformLength * sd;
   Store({mean - half, 0.0, mean + half, 1.0}, {mean, sd});
 }
 
@@ -127,7 +125,9 @@ void RV_MultiUniform::Fit(const Eigen::MatrixXd& data) {
 }
 
 void RV_MultiUniform::Reset() {
-  Store({0.0, 0.0, 1.0, 1.0}, {0.5, 1.0 / kSqrtTwelve});
+  Store({0.0, 0.0, 1.0, 1.0}, {0.5, 1.0 / kUniformLength});
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_MultiUniform)

@@ -1,5 +1,6 @@
 #include "stochastics/distributions/rv_poisson.h"
 
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/special_functions.h"
 
 #include <boost/numeric/conversion/cast.hpp>
@@ -94,3 +95,5 @@ void RV_Poisson::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Poisson)

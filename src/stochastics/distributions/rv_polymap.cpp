@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_polymap.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 
 #include <Eigen/LU>
@@ -163,4 +164,11 @@ void RV_Polymap::Reset() {
   TakeCoefficients(0.0, 1.0, kPlainNormal);
 }
 
+template <class Archive>
+void RV_Polymap::SerializeFurther(Archive& ar) {
+  ar& BOOST_SERIALIZATION_NVP(RV_Gauss);
+}
+
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Polymap)

@@ -1,6 +1,8 @@
 #include "stochastics/distributions/rv_triangular.h"
 
 #include "foundation/closeness.h"
+#include "foundation/constants.h"
+#include "stochastics/distributions/persisted_form.h"
 
 #include <algorithm>
 #include <array>
@@ -10,10 +12,8 @@ namespace corvath::algorithm {
 
 namespace {
 
-constexpr double kSqrtTwo = 1.4142135623730951;
 constexpr double kSqrtSix = 2.449489742783178;
-constexpr double kPi = 3.141592653589793;
-constexpr double kMaxSkewness = 0.4 * kSqrtTwo;  // of the right-angled triangle
+constexpr double kMaxSkewness = 0.4 * math::kSqrtTwo;  // of the right-angled triangle
 
 Eigen::Vector3d Moments(double a, double c, double b) {
   const double mean = a / 3.0 + b / 3.0 + c / 3.0;
@@ -95,7 +95,7 @@ void RV_Triangular::SetStats(const Eigen::VectorXd& moments) {
 // About the mean and in standard deviations, the three parameters are the roots of a cubic without
 // a quadratic term: sqrt(8) cos(phi + 2 pi k / 3), where the skewness is 0.4 sqrt(2) cos(3 phi).
 void RV_Triangular::TakeStats(double mean, double sd, double skewness) {
-  const double scale = 2.0 * kSqrtTwo * sd;
+  const double scale = 2.0 * math::kSqrtTwo * sd;
   if (std::abs(skewness) < 10.0 * math::kEps) {
     TakeParameters(mean - kSqrtSix * sd, mean, mean + kSqrtSix * sd);
   } else if (skewness >= kMaxSkewness) {
@@ -104,8 +104,9 @@ void RV_Triangular::TakeStats(double mean, double sd, double skewness) {
     TakeParameters(mean - scale, mean + 0.5 * scale, mean + 0.5 * scale);
   } else {
     const double phi = std::acos(skewness / kMaxSkewness) / 3.0;
-    TakeParameters(mean + scale * std::cos(phi + 2.0 * kPi / 3.0),
-                   mean + scale * std::cos(phi - 2.0 * kPi / 3.0), mean + scale * std::cos(phi));
+    TakeParameters(mean + scale * std::cos(phi + 2.0 * math::kPi / 3.0),
+                   mean + scale * std::cos(phi - 2.0 * math::kPi / 3.0),
+                   mean + scale * std::cos(phi));
   }
   IsReached(Eigen::Vector3d(mean, sd, skewness), RV_Statistical_Moments);
 }
@@ -119,3 +120,5 @@ void RV_Triangular::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Triangular)

@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_weibull.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/special_functions.h"
 
@@ -103,3 +104,5 @@ void RV_Weibull::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Weibull)
