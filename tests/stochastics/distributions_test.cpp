@@ -391,6 +391,9 @@ TEST(Distributions, ClosedFormsOfTheIterativeFits) {
   const auto plain = WithStats(types::POLYMAP, {1.0, 2.0, 0.5, 0.0});
   EXPECT_EQ(plain->GetParameters(), (VectorXd(5) << 1.0, 2.0, 1.0, 0.0, 0.0).finished());
   EXPECT_NEAR(plain->CDF(3.0), corvath::math::NormalCdf(1.0), 1e-15);
+  // u + 0.2 u^3: variance 2.8, fourth moment 87.072 by those of u, and 4 d^4 that stored fits have.
+  const auto cubic = WithParameters(types::POLYMAP, {0.0, 1.0, 1.0, 0.0, 0.2});
+  EXPECT_NEAR(cubic->GetStats()(3), (87.072 + 0.0064) / (2.8 * 2.8) - 3.0, 1e-12);
   // Both shapes 1 are the uniform distribution on l1 -+ 1 / l2, both (almost) 0 the logistic one.
   const auto uniform = WithParameters(types::LAMBDA, {3.0, 2.0, 1.0, 1.0});
   EXPECT_NEAR(uniform->GetStats()(1), 1.0 / std::sqrt(12.0), 1e-14);

@@ -240,6 +240,7 @@ TEST(NatafModel, WithoutAMatrixItIsIndependentAndSaysSo) {
   EXPECT_EQ(set.ToStandardGauss(u), independent.ToStandardGauss(u));
   EXPECT_EQ(independent.GetCorrelationMatrix(), MatrixXd::Identity(2, 2));
   EXPECT_EQ(independent.CorrelateStandardGauss(u), u);
+  EXPECT_NE(independent.Clone()->GetRVs()[0], independent.GetRVs()[0]);
 }
 
 TEST(RVSet, RefusalsNameTheProblemAndChangeNothing) {
