@@ -9,7 +9,7 @@
 // Its argument is the number of candidates; the file holds what 30000 give, in about a minute.
 
 #include "doe/sobol_table.h"
-#include "support/sobol_quality.h"
+#include "sobol_quality.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -60,7 +60,7 @@ int main(int argc, char** argv) {
       PropertyA with = property_a;
       if (!with.Add(polynomial, candidate.initial)) continue;
       for (const auto& other : chosen) {
-        candidate.cost += support::PairCost(other, candidate.v);
+        candidate.cost += sobol::PairCost(other, candidate.v);
         if (!best.initial.empty() && candidate.cost >= best.cost) break;
       }
       if (best.initial.empty() || candidate.cost < best.cost) best = candidate;
@@ -81,9 +81,9 @@ int main(int argc, char** argv) {
   double total = 0.0;
   for (std::size_t i = 0; i < chosen.size(); ++i)
     for (std::size_t j = 0; j < i; ++j) {
-      total += support::PairCost(chosen[i], chosen[j]);
+      total += sobol::PairCost(chosen[i], chosen[j]);
       for (int m = 2; m <= 16; ++m)
-        worst = std::max(worst, support::PairQuality(chosen[i], chosen[j], m));
+        worst = std::max(worst, sobol::PairQuality(chosen[i], chosen[j], m));
     }
   std::fprintf(stderr, "total cost %g, largest t %d\n", total, worst);
   return 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/constants.h"
 #include "variant/variant.h"
 
 #include <initializer_list>
@@ -16,8 +17,7 @@ struct Constant {
 /// Calls `add(constant)` for each of them.
 template <class Add>
 void ForEachConstant(Add add) {
-  add(Constant{L"PI", math::Value(3.141592653589793),
-               L"circumference of a circle over its diameter"});
+  add(Constant{L"PI", math::Value(math::kPi), L"circumference of a circle over its diameter"});
   add(Constant{L"E", math::Value(2.718281828459045), L"base of the natural logarithm"});
   add(Constant{L"TRUE", math::Value(true), L"truth value"});
   add(Constant{L"FALSE", math::Value(false), L"truth value"});

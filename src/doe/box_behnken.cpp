@@ -1,6 +1,6 @@
 #include "doe/box_behnken.h"
 
-#include <algorithm>
+#include <bitset>
 #include <limits>
 
 namespace corvath::math {
@@ -45,10 +45,9 @@ std::vector<Block> Blocks(std::uint64_t d) {
   return blocks;
 }
 
-/// The half of the runs of five factors that is kept, by the number of the run from 1.
-bool IsKept(std::uint64_t run) {
-  constexpr std::uint64_t kKept[] = {1, 4, 6, 7, 10, 11, 13, 16, 18, 19, 21, 24, 25, 28, 30, 31};
-  return std::binary_search(std::begin(kKept), std::end(kKept), run);
+/// Of all signs of five factors, the half with an odd number of negative ones is left out.
+bool IsDropped(std::uint64_t run, std::size_t factors) {
+  return factors == 5 && std::bitset<5>(run).count() % 2 == 0;
 }
 
 std::uint64_t RunsPerBlock(std::uint64_t d) {
@@ -96,7 +95,7 @@ std::vector<std::vector<std::uint32_t>> BoxBehnken(std::uint64_t d, bool centre_
   for (const Block& block : Blocks(d)) {
     const std::uint64_t runs = std::uint64_t{1} << block.size();
     for (std::uint64_t run = 0; run < runs; ++run) {
-      if (d == 11 && !IsKept(run + 1)) continue;
+      if (IsDropped(run, block.size())) continue;
       auto row = centre;
       // The last factor of the block changes its sign fastest.
       for (std::size_t k = 0; k < block.size(); ++k)

@@ -26,6 +26,13 @@ double TakeNearest(std::vector<double>& pool, double value) {
   return state;
 }
 
+/// The state that stands for the middle: of the smallest magnitude, and of -1 and 1 the latter.
+double MiddleState(const std::vector<double>& states) {
+  const double smallest = states[SmallestMagnitude(states)];
+  const bool has_one = std::find(states.begin(), states.end(), 1.0) != states.end();
+  return std::abs(smallest) >= 1.0 && has_one ? 1.0 : smallest;
+}
+
 /// Chooses among more states than there are levels.
 std::vector<double> ChosenStates(const std::vector<double>& states, const LevelTriple& triple) {
   const double first = states.front();
@@ -38,7 +45,7 @@ std::vector<double> ChosenStates(const std::vector<double>& states, const LevelT
   }
   if (triple.upper != 0) pool.pop_back();
   if (triple.inner == 1) {
-    levels.push_back(states[SmallestMagnitude(states)]);
+    levels.push_back(MiddleState(states));
   } else {
     const double step = (last - first) / static_cast<double>(triple.inner + 1);
     for (std::uint64_t k = 1; k <= triple.inner; ++k)

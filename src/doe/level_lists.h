@@ -21,8 +21,8 @@ using LevelLists = std::vector<std::vector<double>>;
 
 /// A continuous dimension has equally spaced levels from -1 to 1, from 0 without lower ones; a
 /// single level is 0. A discrete dimension with too many states has those nearest to equally spaced
-/// ones, and as a single inner level the state of the smallest magnitude; one with fewer states
-/// than levels has them all.
+/// ones, and as a single inner level the state of the smallest magnitude (1 rather than -1); one
+/// with fewer states than levels has them all.
 /// @param extend  repeat short lists from their beginning until they have all levels
 LevelLists MakeLevelLists(std::uint64_t dimensions, const StateLists& state_lists,
                           const LevelTriple& triple, bool extend);

@@ -31,6 +31,7 @@ double MiddleOfNearestState(const RV& variable, double x) {
 }  // namespace
 
 double MarginalToGauss(const RV& variable, double x) {
+  if (std::isnan(x)) return x;
   const Eigen::VectorXd& parameters = variable.GetParameters();
   switch (variable.GetTypeId()) {
     case types::NORMAL:

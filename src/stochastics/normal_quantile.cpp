@@ -1,14 +1,11 @@
 #include "stochastics/normal_quantile.h"
 
+#include "foundation/constants.h"
 #include "stochastics/special_functions.h"
 
 #include <cmath>
 
 namespace corvath::math {
-
-namespace {
-constexpr double kSqrtTwo = 1.4142135623730951;
-}
 
 double ClampProbability(double p) {
   if (p < kProbabilityMin) return kProbabilityMin;

@@ -1,7 +1,9 @@
 #include "stochastics/random_variable.h"
 
+#include "archive/instantiate.h"
 #include "foundation/closeness.h"
 #include "foundation/exception.h"
+#include "foundation/log.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,24 +19,11 @@ namespace {
 
 /// Both directions of id and text.
 struct TypeTexts {
-  std::map<int, std::wstring> texts = {{UNIFORM, L"UNIFORM"},
-                                       {NORMAL, L"NORMAL"},
-                                       {TRUNCATEDNORMAL, L"TRUNCATEDNORMAL"},
-                                       {LOGNORMAL, L"LOGNORMAL"},
-                                       {EXPONENTIAL, L"EXPONENTIAL"},
-                                       {TRIANGULAR, L"TRIANGULAR"},
-                                       {BETA, L"BETA"},
-                                       {WEIBULL, L"WEIBULL"},
-                                       {GUMBEL, L"GUMBEL"},
-                                       {FRECHET, L"FRECHET"},
-                                       {POLYMAP, L"POLYMAP"},
-                                       {KERNEL, L"KERNEL"},
-                                       {BERNOULLI, L"BERNOULLI"},
-                                       {LOGUNIFORM, L"LOGUNIFORM"},
-                                       {DISCRETE, L"DISCRETE"},
-                                       {MULTIUNIFORM, L"MULTIUNIFORM"},
-                                       {LAMBDA, L"LAMBDA"},
-                                       {POISSON, L"POISSON"}};
+  std::map<int, std::wstring> texts = {
+#define ZEL_TEXT(Class, name, id) {id, L## #name},
+      ZEL_DISTRIBUTIONS(ZEL_TEXT)
+#undef ZEL_TEXT
+  };
   std::map<std::wstring, eType> ids;
 
   TypeTexts() {
@@ -180,13 +169,14 @@ void RV::Raise(const std::wstring& text) const {
 void RV::RequireCount(const Eigen::VectorXd& values, Eigen::Index expected,
                       const std::wstring& text) const {
   if (values.size() != expected) Raise(text + std::to_wstring(values.size()));
-  RequireFinite(values);
+  RequireMagnitude(values);
 }
 
-void RV::RequireFinite(const Eigen::VectorXd& values) const {
+void RV::RequireMagnitude(const Eigen::VectorXd& values) const {
   for (const double value : values)
-    if (!std::isfinite(value))
-      Raise(L": Parameters and moments must be finite, obtained: " + Format(value));
+    if (!(std::abs(value) <= kMaxMagnitude))  // this way round, NaN is refused too
+      Raise(L": Parameters and moments must be between -1e300 and 1e300, obtained: " +
+            Format(value));
 }
 
 void RV::RequireSpread(double mean, double sd) const {
@@ -208,13 +198,46 @@ void RV::RequireSizes(Eigen::Index parameters, Eigen::Index moments) const {
           std::to_wstring(moments));
 }
 
+void RV::Store(const Eigen::VectorXd& parameters, const Eigen::VectorXd& moments) {
+  RequireMagnitude(parameters);
+  RequireMagnitude(moments);
+  RV_Parameter = parameters;
+  RV_Statistical_Moments = moments;
+}
+
 void RV::Store(std::initializer_list<double> parameters, std::initializer_list<double> moments) {
   const auto vector = [](std::initializer_list<double> values) {
     return Eigen::Map<const Eigen::VectorXd>(values.begin(),
                                              static_cast<Eigen::Index>(values.size()));
   };
-  RV_Parameter = vector(parameters);
-  RV_Statistical_Moments = vector(moments);
+  Store(vector(parameters), vector(moments));
+}
+
+bool RV::IsReached(const Eigen::VectorXd& asked, const Eigen::VectorXd& found) const {
+  constexpr double kTolerance = 1e-6;
+  bool reached = true;
+  std::wstring texts[2];
+  for (Eigen::Index i = 0; i < asked.size(); ++i) {
+    // Mean and standard deviation in terms of the latter; skewness and kurtosis have no unit.
+    const double unit = i < 2 ? asked(1) : 1.0 + std::abs(asked(i));
+    reached = reached && std::abs(found(i) - asked(i)) <= kTolerance * unit;
+    texts[0] += (i > 0 ? L", " : L"") + Format(asked(i));
+    texts[1] += (i > 0 ? L", " : L"") + Format(found(i));
+  }
+  if (!reached)
+    utils::log::GetSharedStreamLog()->Write(
+        utils::log::kWarning,
+        L"RV '" + name_ + L"' of type '" + GetTypeName() + L"': The moments (" + texts[0] +
+            L") are not reached; those of the variable are (" + texts[1] + L").");
+  return reached;
+}
+
+template <class Archive>
+void RV::serialize(Archive& ar, const unsigned int) {
+  ar& BOOST_SERIALIZATION_NVP(RV_Parameter);
+  ar& BOOST_SERIALIZATION_NVP(RV_Statistical_Moments);
+  ar& BOOST_SERIALIZATION_NVP(RV_internal_parameter_map);
+  ar& BOOST_SERIALIZATION_NVP(RV_internal_moments_map);
 }
 
 std::wstring RV::Format(double number) {
@@ -226,3 +249,5 @@ std::wstring RV::Format(double number) {
 
 }  // namespace algorithm
 }  // namespace corvath
+
+ZEL_INSTANTIATE_SERIALIZE(corvath::algorithm::RV)

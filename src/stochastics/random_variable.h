@@ -12,28 +12,34 @@
 #include <string>
 #include <vector>
 
+/// All distributions: class, name, and the id that projects store. A new one stands in this list and
+/// in two files of distributions/.
+#define ZEL_DISTRIBUTIONS(X)                \
+  X(RV_Uniform, UNIFORM, 3)                 \
+  X(RV_Normal, NORMAL, 4)                   \
+  X(RV_Truncatednormal, TRUNCATEDNORMAL, 5) \
+  X(RV_Lognormal, LOGNORMAL, 6)             \
+  X(RV_Exponential, EXPONENTIAL, 7)         \
+  X(RV_Triangular, TRIANGULAR, 15)          \
+  X(RV_Polymap, POLYMAP, 38)                \
+  X(RV_Kernel, KERNEL, 39)                  \
+  X(RV_Gumbel, GUMBEL, 30)                  \
+  X(RV_Weibull, WEIBULL, 22)                \
+  X(RV_Frechet, FRECHET, 36)                \
+  X(RV_Bernoulli, BERNOULLI, 40)            \
+  X(RV_Beta, BETA, 16)                      \
+  X(RV_Loguniform, LOGUNIFORM, 41)          \
+  X(RV_GeneralDiscrete, DISCRETE, 42)       \
+  X(RV_MultiUniform, MULTIUNIFORM, 43)      \
+  X(RV_Lambda, LAMBDA, 44)                  \
+  X(RV_Poisson, POISSON, 45)
+
 namespace corvath::enums::RandomVariable {
 
-/// Ids of the distributions; the numbers are stored in projects.
 enum eType : int {
-  UNIFORM = 3,
-  NORMAL = 4,
-  TRUNCATEDNORMAL = 5,
-  LOGNORMAL = 6,
-  EXPONENTIAL = 7,
-  TRIANGULAR = 15,
-  BETA = 16,
-  WEIBULL = 22,
-  GUMBEL = 30,
-  FRECHET = 36,
-  POLYMAP = 38,
-  KERNEL = 39,
-  BERNOULLI = 40,
-  LOGUNIFORM = 41,
-  DISCRETE = 42,
-  MULTIUNIFORM = 43,
-  LAMBDA = 44,
-  POISSON = 45
+#define ZEL_ENUMERATOR(Class, name, id) name = id,
+  ZEL_DISTRIBUTIONS(ZEL_ENUMERATOR)
+#undef ZEL_ENUMERATOR
 };
 
 /// "UNIFORM" for 3 and so on.
@@ -56,8 +62,12 @@ namespace corvath::algorithm {
 ///    deviation 2^-52, coefficient of variation 1e-6, unless a type says otherwise) is raised.
 ///    The tabulated types and the kernel density refuse tables that mean nothing.
 ///  - SetStats refuses moments outside the domain.
-///  - Both refuse NaN, infinities and a wrong number of elements. What is refused leaves the object
-///    as it was. A refusal is a corvath::utils::runtime_error whose text names variable and type.
+///  - Both refuse a wrong number of elements, and numbers that are not between -1e300 and 1e300 (NaN
+///    among them), given or calculated, so that no quantile overflows. What is refused leaves the
+///    object as it was. A refusal is a corvath::utils::runtime_error whose text names variable and
+///    type.
+///  - Where a search for the parameters does not return to the moments asked for, the moments are
+///    those of the parameters found, and the shared log says so.
 ///
 /// Functions of x and p let NaN pass. Const operations may run in several threads, except GetStat
 /// and GetParameter, which build the table of names at their first call.
@@ -128,19 +138,26 @@ class RV {
   /// Raises "RV '<name>' of type '<type>'" followed by `text`.
   [[noreturn]] void Raise(const std::wstring& text) const;
   /// Checks shared by SetParameters and SetStats: `expected` elements, else `text` and the number
-  /// obtained; then none of them NaN or infinite.
+  /// obtained; then each of them within kMaxMagnitude.
   void RequireCount(const Eigen::VectorXd& values, Eigen::Index expected,
                     const std::wstring& text) const;
-  void RequireFinite(const Eigen::VectorXd& values) const;
+  void RequireMagnitude(const Eigen::VectorXd& values) const;
   /// Checks shared by SetStats: the standard deviation and the coefficient of variation.
   void RequireSpread(double mean, double sd) const;
   /// The spread that RequireSpread accepts next to `mean`: `sd`, or the smallest above it.
   static double RaiseToFloor(double mean, double sd);
   /// After loading: a file may hold anything, but evaluation relies on the sizes.
   void RequireSizes(Eigen::Index parameters, Eigen::Index moments) const;
+  /// The only way to new parameters and moments: refuses them beyond kMaxMagnitude, before anything
+  /// changes.
+  void Store(const Eigen::VectorXd& parameters, const Eigen::VectorXd& moments);
   void Store(std::initializer_list<double> parameters, std::initializer_list<double> moments);
+  /// After a search: whether `found` are the moments asked for; if not, the shared log says so.
+  bool IsReached(const Eigen::VectorXd& asked, const Eigen::VectorXd& found) const;
   /// A number as all messages show it: six significant digits.
   static std::wstring Format(double number);
+
+  static constexpr double kMaxMagnitude = 1e300;
 
   // The keys of the persisted form are the members' names.
   Eigen::VectorXd RV_Parameter;            ///< in the order of GetParameterNames()
@@ -163,7 +180,8 @@ class RV {
 /// Bounds of a type's support, as the flags tell them.
 enum class Support { kLine, kLowerBound, kInterval };
 
-/// What every type says about itself in the same way.
+/// What every type says about itself in the same way, and its persisted form: that of RV, then what
+/// the type adds in a SerializeFurther of its own. Bodies in distributions/persisted_form.h.
 template <class Derived, enums::RandomVariable::eType kId, Support kSupport, bool kDiscrete = false>
 class RVType : public RV {
  public:
@@ -179,6 +197,29 @@ class RVType : public RV {
   std::vector<std::wstring> GetMomentNames() const override {
     return {L"Mean value", L"Standard deviation"};
   }
+
+ protected:
+  template <class Archive>
+  void SerializeFurther(Archive&) {}
+  /// How many parameters a variable of this type has; of one that takes any number of them, as many
+  /// as it needs to make use of those that it has.
+  Eigen::Index NumParameters() const {
+    return static_cast<Eigen::Index>(this->GetParameterNames().size());
+  }
+
+ private:
+  friend class boost::serialization::access;
+  template <class Archive>
+  void serialize(Archive& ar, unsigned int version);
 };
 
+#define ZEL_DECLARE(Class, name, id) class Class;
+ZEL_DISTRIBUTIONS(ZEL_DECLARE)
+#undef ZEL_DECLARE
+
 }  // namespace corvath::algorithm
+
+#define ZEL_DISTRIBUTION_KEY(Class, name, id) \
+  ZEL_EXPORT_KEY(corvath::algorithm::Class, "corvath::algorithm::" #Class)
+ZEL_DISTRIBUTIONS(ZEL_DISTRIBUTION_KEY)
+#undef ZEL_DISTRIBUTION_KEY

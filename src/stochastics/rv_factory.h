@@ -6,6 +6,10 @@
 
 namespace corvath::algorithm {
 
+/// A variable with the default parameters of its type; instantiated by ZEL_DISTRIBUTION.
+template <class Type>
+boost::shared_ptr<RV> MakePrototype();
+
 /// Makes random variables by type id: one prototype per type, built once.
 class RVFactory {
  public:

@@ -1,5 +1,6 @@
 #include "stochastics/rv_set.h"
 
+#include "archive/instantiate.h"
 #include "foundation/exception.h"
 #include "stochastics/marginal_transform.h"
 #include "stochastics/rv_set_nataf.h"
@@ -120,4 +121,26 @@ boost::shared_ptr<RVSet> RVSetFactory::Create(int kind) const {
   return found->second->Clone();
 }
 
+template <class Archive>
+void RVSet::serialize(Archive& ar, const unsigned int) {
+  ar& BOOST_SERIALIZATION_NVP(Ident);
+  ar& BOOST_SERIALIZATION_NVP(Correlation_matrix);
+  ar& BOOST_SERIALIZATION_NVP(m_c_sq);
+  ar& BOOST_SERIALIZATION_NVP(m_c_sq_inv);
+  ar& BOOST_SERIALIZATION_NVP(Correlation_determinant);
+  ar& BOOST_SERIALIZATION_NVP(RVs);
+  if (Archive::is_loading::value)
+    for (const boost::shared_ptr<RV>& variable : RVs)
+      if (!variable) throw utils::runtime_error(L"A random variable of a stored RVSet is missing.");
+}
+
+template <class Archive>
+void RVSet_Independent::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RVSet", boost::serialization::base_object<RVSet>(*this));
+}
+
 }  // namespace corvath::algorithm
+
+ZEL_INSTANTIATE_SERIALIZE(corvath::algorithm::RVSet)
+ZEL_INSTANTIATE_SERIALIZE(corvath::algorithm::RVSet_Independent)
+ZEL_EXPORT_IMPLEMENT(corvath::algorithm::RVSet_Independent)

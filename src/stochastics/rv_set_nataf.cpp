@@ -1,5 +1,6 @@
 #include "stochastics/rv_set_nataf.h"
 
+#include "archive/instantiate.h"
 #include "foundation/exception.h"
 #include "foundation/log.h"
 #include "stochastics/nataf_adjustment.h"
@@ -135,4 +136,12 @@ boost::shared_ptr<RVSet> RVSet_Nataf::Clone() const {
   return copy;
 }
 
+template <class Archive>
+void RVSet_Nataf::serialize(Archive& ar, const unsigned int) {
+  ar& boost::serialization::make_nvp("RVSet", boost::serialization::base_object<RVSet>(*this));
+}
+
 }  // namespace corvath::algorithm
+
+ZEL_INSTANTIATE_SERIALIZE(corvath::algorithm::RVSet_Nataf)
+ZEL_EXPORT_IMPLEMENT(corvath::algorithm::RVSet_Nataf)

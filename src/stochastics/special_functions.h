@@ -6,16 +6,18 @@ namespace corvath::math {
 
 double Erfc(double x);
 double ErfcInverse(double p);
-double Gamma(double x);
 double LogGamma(double x);
 /// ln G(1 + x) for x > -1, with all its digits next to 0.
 double LogGamma1p(double x);
-double Beta(double a, double b);
 /// Regularised incomplete beta function I_x(a, b), 1 - I_x(a, b), and the x at which it is p.
 double IncompleteBeta(double a, double b, double x);
 double IncompleteBetaComplement(double a, double b, double x);
 double IncompleteBetaInverse(double a, double b, double p);
+/// x^(a - 1) (1 - x)^(b - 1) / B(a, b)
+double BetaDensity(double a, double b, double x);
 /// Regularised upper incomplete gamma function Q(a, x).
 double IncompleteGammaUpper(double a, double x);
+/// x^(a - 1) e^-x / G(a)
+double GammaDensity(double a, double x);
 
 }  // namespace corvath::math

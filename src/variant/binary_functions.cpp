@@ -16,8 +16,9 @@ namespace {
 using Complex = Value::Complex;
 
 /// z^n for a whole n >= 0, which may be larger than any integer type holds.
-Complex WholePower(Complex z, double n) {
-  Complex result = 1.0;
+template <class Number>
+Number WholePower(Number z, double n) {
+  Number result = 1.0;
   while (n > 0.0) {
     if (std::fmod(n, 2.0) == 1.0) result *= z;
     n = std::floor(n / 2.0);
@@ -102,6 +103,12 @@ Complex Power(const Complex& z, const Complex& y) {
   }
   for (const double whole : {std::ceil(exponent), std::floor(exponent)})
     if (IsZero(whole - exponent)) {
+      // In complex arithmetic, infinity times a real number has a NaN beside it. A power that
+      // overflows is infinity, its reciprocal 0, and the other way round.
+      if (z.imag() == 0.0 && !std::isnan(z.real())) {
+        const double power = WholePower(z.real(), std::abs(whole));
+        return whole < 0.0 ? 1.0 / power : power;
+      }
       const Complex power = WholePower(z, std::abs(whole));
       return whole < 0.0 ? Quotient(1.0, power) : power;
     }

@@ -1,5 +1,7 @@
 #include "variant/dft_plan.h"
 
+#include "foundation/constants.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -9,8 +11,6 @@ namespace corvath::math::dft {
 namespace {
 
 using Complex = Plan::Complex;
-
-constexpr double kPi = 3.14159265358979323846;
 
 /// Largest prime factor that the mixed radix transform takes: each costs its own length in products
 /// per number.

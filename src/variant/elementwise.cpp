@@ -1,5 +1,6 @@
 #include "variant/elementwise.h"
 
+#include "foundation/constants.h"
 #include "variant/entrywise.h"
 
 #include <boost/math/complex.hpp>
@@ -14,7 +15,6 @@ namespace {
 
 using Complex = Value::Complex;
 
-constexpr double kPi = 3.141592653589793;
 constexpr double kLog10OfE = 0.4342944819032518;
 constexpr double kInf = std::numeric_limits<double>::infinity();
 

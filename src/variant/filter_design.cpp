@@ -1,5 +1,6 @@
 #include "variant/filter_design.h"
 
+#include "foundation/constants.h"
 #include "foundation/math_exception.h"
 #include "variant/elementwise.h"
 
@@ -16,8 +17,6 @@ namespace {
 using Complex = Value::Complex;
 using Section = AnalogPrototype::Section;
 using Coefficients = std::array<double, 3>;
-
-constexpr double kPi = 3.14159265358979323846;
 
 void CheckOrder(int order) {
   if (order < 1) throw CFilterException("Order must be positive.");

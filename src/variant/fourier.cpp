@@ -1,5 +1,6 @@
 #include "variant/fourier.h"
 
+#include "foundation/constants.h"
 #include "foundation/math_exception.h"
 #include "variant/dft.h"
 #include "variant/entrywise.h"
@@ -23,7 +24,6 @@ using Complex = Value::Complex;
 using Vector = Value::Vector;
 using Matrix = Value::Matrix;
 
-constexpr double kPi = 3.14159265358979323846;
 constexpr const char* kTooShort = "Signal must have at least 2 data points.";
 
 enum class Direction { kForward, kBackward };

@@ -62,10 +62,6 @@ void RequireMatrices(const Value& a, const Value& b, const char* text) {
   if (!a.IsMatrix() || !b.IsMatrix()) throw CTypeException(text);
 }
 
-double Divide(double a, double b) {
-  return Quotient(a, b).real();  // NaN for a divisor of zero
-}
-
 }  // namespace
 
 void mac(Value& result, const Value& a, const Value& b) {
@@ -74,7 +70,7 @@ void mac(Value& result, const Value& a, const Value& b) {
     throw CDimensionException("MAC: Input matrices need the same number of rows.");
   result = Value(OfPairs(a.GetMatrix(), b.GetMatrix(),
                          [](const Complex& inner, double a_square, double b_square) {
-                           return Divide(std::norm(inner), a_square * b_square);
+                           return Quotient(std::norm(inner), a_square * b_square);
                          }));
 }
 
@@ -95,7 +91,7 @@ void sdi(Value& result, const Value& a, const Value& b) {
     throw CDimensionException("SDI: Input matrices need the same number of rows.");
   result = Value(OfPairs(a.GetMatrix(), b.GetMatrix(),
                          [](const Complex& inner, double a_square, double b_square) {
-                           const double half = Divide(inner.real(), a_square + b_square);
+                           const Complex half = Quotient(inner.real(), a_square + b_square);
                            return 4.0 * half * half;
                          }));
 }

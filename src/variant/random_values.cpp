@@ -1,5 +1,6 @@
 #include "variant/random_values.h"
 
+#include "foundation/constants.h"
 #include "variant/entrywise.h"
 
 #include <boost/random/exponential_distribution.hpp>
@@ -16,8 +17,6 @@ namespace {
 
 using Generator = boost::random::mt19937;
 using Draw = std::function<double()>;
-
-constexpr double kPi = 3.141592653589793;
 
 /// Uniform on [0, 1): the generator's 32 bits as a fraction.
 double UnitUniform(Generator& generator) {

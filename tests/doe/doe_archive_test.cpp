@@ -65,16 +65,6 @@ TEST(DoeArchive, StoresTheEngineAsItsNumbers) {
   EXPECT_EQ(loaded.GetDesigns(), fresh.GetDesigns());
 }
 
-TEST(DoeArchive, ComesBackThroughAPointerUnderItsName) {
-  const auto doe = boost::make_shared<DOE>(2, 17);
-  doe->Build(kSobolSequence, 3, false);
-  EXPECT_STREQ(boost::serialization::guid<DOE>(), "::corvath::math::DOE");
-  boost::shared_ptr<DOE> loaded;
-  support::LoadInto(support::Save(doe), loaded);
-  ASSERT_TRUE(loaded);
-  EXPECT_EQ(loaded->GetDesigns(), doe->GetDesigns());
-}
-
 TEST(DoeArchive, RefusesDamage) {
   StoredDoe whole;
   support::LoadInto(support::Save(DOE(2, 17)), whole);
@@ -89,6 +79,30 @@ TEST(DoeArchive, RefusesDamage) {
     damaged.saved_generator = text;
     EXPECT_THROW(support::LoadInto(support::Save(damaged), target), std::exception) << text;
   }
+}
+
+TEST(DoeArchive, HasItsNameAndKeysAndNoStates) {
+  EXPECT_STREQ(boost::serialization::guid<DOE>(), "::corvath::math::DOE");
+  const auto doe = boost::make_shared<DOE>(2, 17);
+  const std::string bytes = support::Save(doe, 0x2000);  // keys as text
+  std::size_t position = 0;
+  for (const char* key : {"numdimensions_", "designs_", "saved_generator"}) {
+    position = bytes.find(key, position);
+    EXPECT_NE(position, std::string::npos) << key;
+  }
+  boost::shared_ptr<DOE> loaded;
+  support::LoadInto(support::Save(doe), loaded);
+  ASSERT_TRUE(loaded);
+  DOE target(2, 1, {Eigen::VectorXd{{7.0}}, Eigen::VectorXd{{7.0}}});
+  support::LoadInto(support::Save(*doe), target);
+  for (DOE* object : {doe.get(), loaded.get(), &target}) object->Build(kPlainMonteCarlo, 3, false);
+  EXPECT_EQ(loaded->GetDesigns(), doe->GetDesigns());
+  EXPECT_EQ(target.GetDesigns(), doe->GetDesigns());
+  // Another number of dimensions has no use for the lists either.
+  DOE wider(2, 1, {Eigen::VectorXd{{7.0}}, Eigen::VectorXd{{7.0}}});
+  wider.SetMatrix(Eigen::MatrixXd(0, 3));
+  wider.Build(kFullFactorial, 2, false);
+  EXPECT_EQ(wider.GetDesigns().size(), 8U);
 }
 
 }  // namespace

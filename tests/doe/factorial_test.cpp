@@ -33,6 +33,8 @@ TEST(Factorial, SmallSchemesGiveTheirPointsInOrder) {
   EXPECT_EQ(Build(kStarPoints, 1, 2), (Rows{{-1}, {-0.5}, {0}, {0.5}, {1}}));
   EXPECT_EQ(Build(kKoshal, 2, 1), (Rows{{0, 0}, {0, 1}, {1, 0}}));
   EXPECT_EQ(Build(kKoshal, 2, 2), (Rows{{-1, 0}, {1, 0}, {0, -1}, {0, 1}, {0, 0}, {1, 1}}));
+  const Rows koshal = Build(kKoshal, 3, 2);
+  EXPECT_EQ(Rows(koshal.end() - 3, koshal.end()), (Rows{{1, 1, 0}, {1, 0, 1}, {0, 1, 1}}));
   EXPECT_EQ(Build(kCentralComposite, 2, 2),
             (Rows{{-1, 0}, {1, 0}, {0, -1}, {0, 1}, {0, 0}, {-1, -1}, {1, -1}, {-1, 1}, {1, 1}}));
   EXPECT_EQ(Build(kMixedTerms, 3, 2), (Rows{{1, 1, 0}, {1, 0, 1}, {0, 1, 1}}));
@@ -69,8 +71,11 @@ TEST(Factorial, TakesStatesNearEquallySpacedOnes) {
   } cases[] = {
       {kFullFactorial, 3, States({-4, -3, 0.5, 2, 9}), {{-4}, {0.5}, {9}}},
       {kFullFactorial, 3, States({-4, -3, -2, 2, 9}), {{-4}, {-2}, {9}}},  // none below 1
+      {kFullFactorial, 3, States({-4, -1, 1, 9}), {{-4}, {1}, {9}}},
       {kFullFactorial, 4, States({0, 1, 4, 5, 9}), {{0}, {4}, {5}, {9}}},  // near 3 and 6
       {kFullFactorial, 4, States({0, 1, 2, 30, 31, 90}), {{0}, {30}, {31}, {90}}},
+      {kFullFactorial, 4, States({0, 1, 3, 4.5, 6}), {{0}, {1}, {4.5}, {6}}},  // 2 is between two
+      {kKoshal, 2, States({0, 5}), {{0}, {0}, {5}}},  // from the beginning again
       {kFullFactorial, 9, States({3, 5, 8}), {{3}, {5}, {8}}},
       {kFullFactorial, 2, States({7}), {{7}}},
       {kAxialPoints, 2, States({0, 1, 4, 5, 9}), {{4}, {5}, {9}}},
@@ -113,8 +118,12 @@ TEST(BoxBehnken, IsOrthogonalAndBalanced) {
     // Each row but the centre has as many factors at an end as its block has.
     const Eigen::VectorXd ends = x.cwiseAbs().rowwise().sum();
     EXPECT_EQ(ends.head(ends.size() - 1).minCoeff(), ends.maxCoeff()) << d;
+    if (d != 11) continue;
+    // Here the blocks have a half of all signs: those with a positive product.
+    for (Eigen::Index i = 0; i + 1 < x.rows(); ++i)
+      EXPECT_EQ((x.row(i).array() == -1.0).count() % 2, 0) << x.row(i);
   }
-  const std::size_t centres[][2] = {{4, 3}, {7, 6}, {8, 8}, {10, 10}, {11, 12}, {16, 12}};
+  const std::size_t centres[][2] = {{4, 3}, {5, 6}, {7, 6}, {8, 8}, {10, 10}, {11, 12}, {16, 12}};
   for (const auto& [d, count] : centres)
     EXPECT_EQ(BoxBehnken(d, true).size(), CountBoxBehnken(d) - 1 + count);
 }

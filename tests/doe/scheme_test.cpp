@@ -101,66 +101,30 @@ TEST(Scheme, LargestLevelsAreTheLastThatCount) {
 }
 
 TEST(Scheme, SaysWhatDoesNotFit) {
+  const std::string low = "Discretisation level(", high = "Discretisation level (";
+  const std::string parameters = "Number of Parameters (";
+  const std::string minimum = ") does not fit the minimum value for the choosen DOE method (";
+  const std::string maximum = ") does not fit the maximum value for the choosen DOE method (";
+  const std::string states = " requires at least 3 states for each parameter.";
   const struct {
     int type;
     std::uint64_t d, level;
     StateLists lists;
-    const char* message;
+    std::string message;
   } cases[] = {
-      {kFullFactorial,
-       2,
-       1,
-       {},
-       "Discretisation level(1) does not fit the minimum value for the choosen DOE method (2)."},
-      {kSobolSequence,
-       2,
-       14,
-       {},
-       "Discretisation level(14) does not fit the minimum value for the choosen DOE method (15)."},
-      {kAdvancedLatinHypercube,
-       2,
-       9,
-       {},
-       "Discretisation level(9) does not fit the minimum value for the choosen DOE method (10)."},
-      {kKoshal,
-       2,
-       3,
-       {},
-       "Discretisation level (3) does not fit the maximum value for the choosen DOE method (2)."},
-      {kDOptimalLinear,
-       201,
-       1,
-       {},
-       "Number of Parameters (201) does not fit the maximum value for the choosen DOE method "
-       "(200)."},
-      {kDOptimalQuadraticNoMixed,
-       76,
-       2,
-       {},
-       "Number of Parameters (76) does not fit the maximum value for the choosen DOE method (75)."},
-      {kDOptimalQuadratic,
-       26,
-       2,
-       {},
-       "Number of Parameters (26) does not fit the maximum value for the choosen DOE method (25)."},
-      {kCentralComposite,
-       1,
-       2,
-       {},
-       "Number of Parameters (1) does not fit the minimum value for the choosen DOE method (2)."},
-      {kBoxBehnken,
-       2,
-       1,
-       {},
-       "Number of Parameters (2) does not fit the minimum value for the choosen DOE method (3)."},
-      {kKoshalQuadratic, 2, 2, Lists({0, 2}),
-       "Koshal quadratic requires at least 3 states for each parameter."},
-      {kCentralComposite, 2, 2, Lists({0, 2}),
-       "Central composite requires at least 3 states for each parameter."},
-      {kBoxBehnken, 3, 2, Lists({0, 2, 0}),
-       "Box & Behnken requires at least 3 states for each parameter."},
-      {kDOptimalQuadratic, 2, 2, Lists({2, 5}),
-       "D-optimal quadratic requires at least 3 states for each parameter."},
+      {kFullFactorial, 2, 1, {}, low + "1" + minimum + "2)."},
+      {kSobolSequence, 2, 14, {}, low + "14" + minimum + "15)."},
+      {kAdvancedLatinHypercube, 2, 9, {}, low + "9" + minimum + "10)."},
+      {kKoshal, 2, 3, {}, high + "3" + maximum + "2)."},
+      {kDOptimalLinear, 201, 1, {}, parameters + "201" + maximum + "200)."},
+      {kDOptimalQuadraticNoMixed, 76, 2, {}, parameters + "76" + maximum + "75)."},
+      {kDOptimalQuadratic, 26, 2, {}, parameters + "26" + maximum + "25)."},
+      {kCentralComposite, 1, 2, {}, parameters + "1" + minimum + "2)."},
+      {kBoxBehnken, 2, 1, {}, parameters + "2" + minimum + "3)."},
+      {kKoshalQuadratic, 2, 2, Lists({0, 2}), "Koshal quadratic" + states},
+      {kCentralComposite, 2, 2, Lists({0, 2}), "Central composite" + states},
+      {kBoxBehnken, 3, 2, Lists({0, 2, 0}), "Box & Behnken" + states},
+      {kDOptimalQuadratic, 2, 2, Lists({2, 5}), "D-optimal quadratic" + states},
   };
   for (const auto& [type, d, level, lists, message] : cases)
     EXPECT_EQ(MessageOfExactly<std::domain_error>(
@@ -169,6 +133,8 @@ TEST(Scheme, SaysWhatDoesNotFit) {
 }
 
 TEST(Scheme, BuildRefusesAndLeavesEverythingAsItWas) {
+  constexpr std::uint64_t kTera = 1000000000000;
+  const std::string too_large = " in 2 dimensions is too large.";
   const struct {
     int type;
     std::uint64_t level;
@@ -182,18 +148,9 @@ TEST(Scheme, BuildRefusesAndLeavesEverythingAsItWas) {
       {kBoxBehnken, 1, {}, "Box-Behnken designs only supported for at least three factors"},
       {kBoxBehnken, 1, Lists({2, 3, 3}),
        "Box-Behnken designs only supported for at least three levels"},
-      {kFullFactorial,
-       1000000000000,
-       {},
-       "A sample of 2^64 or more points in 2 dimensions is too large."},
-      {kFullFactorial,
-       1000000,
-       {},
-       "A sample of 1000000000000 points in 2 dimensions is too large."},
-      {kPlainMonteCarlo,
-       1000000000000,
-       {},
-       "A sample of 1000000000000 points in 2 dimensions is too large."},
+      {kFullFactorial, kTera, {}, "A sample of 2^64 or more points" + too_large},
+      {kFullFactorial, 1000000, {}, "A sample of 1000000000000 points" + too_large},
+      {kPlainMonteCarlo, kTera, {}, "A sample of 1000000000000 points" + too_large},
   };
   for (const auto& [type, level, lists, message] : cases) {
     DOE doe(lists.empty() ? 2 : lists.size(), 1, lists);

@@ -14,22 +14,23 @@ using namespace corvath::algorithm;
 namespace types = corvath::enums::RandomVariable;
 using Eigen::VectorXd;
 
-const int kTypes[] = {types::UNIFORM,      types::NORMAL,      types::TRUNCATEDNORMAL,
-                      types::LOGNORMAL,    types::EXPONENTIAL, types::TRIANGULAR,
-                      types::BETA,         types::WEIBULL,     types::GUMBEL,
-                      types::FRECHET,      types::POLYMAP,     types::KERNEL,
-                      types::BERNOULLI,    types::LOGUNIFORM,  types::DISCRETE,
-                      types::MULTIUNIFORM, types::LAMBDA,      types::POISSON};
+const int kTypes[] = {
+#define ZEL_ID(Class, name, id) id,
+    ZEL_DISTRIBUTIONS(ZEL_ID)
+#undef ZEL_ID
+};
 
 TEST(RandomVariableArchive, EveryTypeComesBackThroughAPointer) {
   RVSet_Nataf set;
   for (const int type : kTypes) {
     const auto rv = RVFactory::GetInstance().Create(type);
-    if (type != types::KERNEL && type != types::BERNOULLI) {
-      VectorXd moments = rv->GetStats();
-      moments.head(2) << 3.0, 0.5;
+    VectorXd moments = rv->GetStats();
+    moments.head(2) << 3.0, 0.5;
+    if (type == types::TRUNCATEDNORMAL) moments(2) = 2.5;  // cut off enough to be seen
+    if (type == types::KERNEL)
+      rv->SetParameters(Eigen::Vector3d(2.0, 3.0, 5.0));
+    else if (type != types::BERNOULLI)
       rv->SetStats(moments);
-    }
     rv->GetMean();  // builds the table of names, which is stored
     set.AddRV(rv);
   }

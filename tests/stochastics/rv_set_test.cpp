@@ -156,6 +156,8 @@ TEST(NatafModel, DiscreteStatesGoToTheMiddleOfTheirStep) {
   EXPECT_NEAR(MarginalToGauss(*table, 0.9), quantile(0.45), 1e-15);
   EXPECT_NEAR(MarginalToGauss(*table, -5.0), quantile(0.1), 1e-15);
   EXPECT_NEAR(MarginalToGauss(*table, 2.1), quantile(0.85), 1e-15);
+  EXPECT_NEAR(MarginalToGauss(*table, 2.0), quantile(0.45), 1e-15);  // between two: the lower one
+  EXPECT_NEAR(MarginalToGauss(*coin, 0.5), quantile(0.85), 1e-15);
   for (const auto& rv : {coin, table})
     for (Eigen::Index i = 0; i < rv->GetStates().rows(); ++i) {
       const double state = rv->GetStates()(i, 0);
@@ -238,6 +240,7 @@ TEST(NatafModel, WithoutAMatrixItIsIndependentAndSaysSo) {
   EXPECT_EQ(set.ToStandardGauss(u), independent.ToStandardGauss(u));
   EXPECT_EQ(independent.GetCorrelationMatrix(), MatrixXd::Identity(2, 2));
   EXPECT_EQ(independent.CorrelateStandardGauss(u), u);
+  EXPECT_NE(independent.Clone()->GetRVs()[0], independent.GetRVs()[0]);
 }
 
 TEST(RVSet, RefusalsNameTheProblemAndChangeNothing) {

@@ -1,5 +1,6 @@
 #include "variant/filters.h"
 
+#include "foundation/constants.h"
 #include "support/values.h"
 #include "variant/filter_cascade.h"
 #include "variant/filter_design.h"
@@ -15,8 +16,6 @@ namespace {
 
 using namespace support;
 namespace fn = functions;
-
-constexpr double kPi = 3.14159265358979323846;
 
 /// The cascade's transfer function at angle `omega` of the unit circle.
 Complex Transfer(const FilterSections& sections, double omega) {

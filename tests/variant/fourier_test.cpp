@@ -1,5 +1,6 @@
 #include "variant/fourier.h"
 
+#include "foundation/constants.h"
 #include "support/values.h"
 #include "variant/dft.h"
 
@@ -14,7 +15,6 @@ namespace {
 using namespace support;
 namespace fn = functions;
 
-constexpr double kPi = 3.14159265358979323846;
 using Numbers = std::vector<Complex>;
 
 Numbers RandomNumbers(std::size_t n) {

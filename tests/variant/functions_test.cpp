@@ -1,3 +1,4 @@
+#include "foundation/constants.h"
 #include "support/values.h"
 #include "variant/binary_functions.h"
 #include "variant/complex_parts.h"
@@ -21,7 +22,6 @@ namespace fn = functions;
 using Unary = void (*)(Value&, const Value&);
 using Binary = void (*)(Value&, const Value&, const Value&);
 
-constexpr double kPi = 3.141592653589793;
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
 std::string Out(Unary f, const Value& x) {
@@ -195,6 +195,15 @@ TEST(BinaryFunctions, PowersOfNumbers) {
   EXPECT_EQ(Eval(fn::pow, 2, -2), 0.25);
   EXPECT_EQ(Eval(fn::pow, {0, 1}, 2), Complex(-1, 0));
   EXPECT_EQ(Eval(fn::pow, -1, 1e300), 1.0);  // a whole number beyond any integer type
+  const struct {
+    double base, exponent, power;
+  } out_of_range[] = {{1e200, 2, HUGE_VAL},
+                      {-1e200, 3, -HUGE_VAL},
+                      {10, -600, 0},
+                      {1e-15, -30, HUGE_VAL},
+                      {HUGE_VAL, 3, HUGE_VAL}};
+  for (const auto& [base, exponent, power] : out_of_range)
+    EXPECT_EQ(Text(Value(Eval(fn::pow, base, exponent))), Text(Scalar(power))) << base;
   EXPECT_EQ(Eval(fn::pow, 4, 0.5), 2.0);
   ExpectNear(Eval(fn::pow, -8, 1.0 / 3), {1, std::sqrt(3.0)}, 1e-15, "principal cube root");
   ExpectNear(Eval(fn::pow, {0, 1}, {0, 1}), std::exp(-kPi / 2), 1e-15, "i^i");

@@ -1,5 +1,7 @@
 #include "stochastics/distributions/rv_bernoulli.h"
 
+#include "stochastics/distributions/persisted_form.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -24,7 +26,7 @@ double RV_Bernoulli::PMF(double x) const {
 }
 
 double RV_Bernoulli::PDF(double x) const {
-  return x == 0.0 || x == 1.0 ? std::numeric_limits<double>::quiet_NaN() : 0.0;
+  return x == 0.0 || x == 1.0 || std::isnan(x) ? std::numeric_limits<double>::quiet_NaN() : 0.0;
 }
 
 Eigen::MatrixXd RV_Bernoulli::GetStates() const {
@@ -32,11 +34,13 @@ Eigen::MatrixXd RV_Bernoulli::GetStates() const {
 }
 
 double RV_Bernoulli::CDF(double x) const {
+  if (std::isnan(x)) return x;
   if (x < 0.0) return 0.0;
   return x >= 1.0 ? 1.0 : 1.0 - RV_Parameter(0);
 }
 
 double RV_Bernoulli::InverseCDF(double p) const {
+  if (std::isnan(p)) return p;
   return 1.0 - RV_Parameter(0) >= p ? 0.0 : 1.0;
 }
 
@@ -54,7 +58,7 @@ void RV_Bernoulli::SetStats(const Eigen::VectorXd& moments) {
   if (moments.size() != 1 && moments.size() != 2)
     Raise(L": Wrong number of statistical moments. Expected: 1 or 2, obtained: " +
           std::to_wstring(moments.size()));
-  RequireFinite(moments);
+  RequireMagnitude(moments);
   if (moments(0) < kMinProbability) Raise(L": Mean value must be larger than zero.");
   if (moments(0) > 1.0 - kMinProbability) Raise(L": Mean value must be smaller than one.");
   SetParameters(moments.head<1>());
@@ -65,3 +69,5 @@ void RV_Bernoulli::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Bernoulli)

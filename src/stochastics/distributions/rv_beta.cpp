@@ -1,11 +1,13 @@
 #include "stochastics/distributions/rv_beta.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/special_functions.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace corvath::algorithm {
 
@@ -15,10 +17,11 @@ constexpr double kMinShape = 10.0 * math::kEps;
 constexpr double kMaxShape = 1e100;  // beyond, squares overflow; the spread is at its floor by then
 constexpr double kMaxSkewness = 1e6;  // beyond, both shapes are below their floor
 
-/// One factor of the density, distance^(shape - 1): flat at shape 1, cut off next to the bound.
-double Factor(double distance, double shape) {
-  if (std::abs(shape - 1.0) < 1e-6) return 1.0;
-  return distance > 1e-6 ? std::pow(distance, shape - 1.0) : 0.0;
+/// Next to a bound the density is cut off, unless the shape there is this close to 1; then it is
+/// flat.
+constexpr double kCut = 1e-6;
+bool IsFlat(double shape) {
+  return std::abs(shape - 1.0) < 1e-6;
 }
 
 /// Mean and standard deviation on [0, 1].
@@ -28,6 +31,16 @@ double UnitMean(double alpha, double beta) {
 double UnitSd(double alpha, double beta) {
   const double sum = alpha + beta;
   return std::sqrt(alpha / sum * (beta / sum) / (sum + 1.0));
+}
+
+Eigen::Vector4d Moments(double a, double b, double alpha, double beta) {
+  const double length = b - a;
+  const double sum = alpha + beta;
+  const double root = std::sqrt(alpha) * std::sqrt(beta);
+  const double difference = (alpha - beta) / root;
+  return {UnitMean(alpha, beta) * length + a, UnitSd(alpha, beta) * length,
+          -2.0 * difference * std::sqrt(sum + 1.0) / (sum + 2.0),
+          6.0 * (difference * difference * (sum + 1.0) / (sum + 2.0) - 1.0) / (sum + 3.0)};
 }
 
 }  // namespace
@@ -47,7 +60,12 @@ double RV_Beta::PDF(double x) const {
   const double alpha = RV_Parameter(2);
   const double beta = RV_Parameter(3);
   const double u = (x - a) / (b - a);
-  return Factor(u, alpha) * Factor(1.0 - u, beta) / math::Beta(alpha, beta) / (b - a);
+  if ((u <= kCut && !IsFlat(alpha)) || (u >= 1.0 - kCut && !IsFlat(beta))) return 0.0;
+  const double inside = std::clamp(u, std::numeric_limits<double>::min(), 1.0 - 0.5 * math::kEps);
+  double density = math::BetaDensity(alpha, beta, inside);
+  if (IsFlat(alpha)) density *= std::pow(inside, 1.0 - alpha);
+  if (IsFlat(beta)) density *= std::pow(1.0 - inside, 1.0 - beta);
+  return density / (b - a);
 }
 
 double RV_Beta::CDF(double x) const {
@@ -57,9 +75,11 @@ double RV_Beta::CDF(double x) const {
 }
 
 double RV_Beta::InverseCDF(double p) const {
-  return RV_Parameter(0) + (RV_Parameter(1) - RV_Parameter(0)) *
-                               math::IncompleteBetaInverse(RV_Parameter(2), RV_Parameter(3),
-                                                           math::ClampProbability(p));
+  const double a = RV_Parameter(0);
+  const double b = RV_Parameter(1);
+  const double u =
+      math::IncompleteBetaInverse(RV_Parameter(2), RV_Parameter(3), math::ClampProbability(p));
+  return std::clamp(a + (b - a) * u, a, b);  // rounding may lead out of a long interval
 }
 
 std::vector<std::wstring> RV_Beta::GetMomentNames() const {
@@ -74,12 +94,14 @@ void RV_Beta::SetParameters(const Eigen::VectorXd& parameters) {
   RequireCount(parameters, 4, L": Obtained wrong number of parameters. Expected: 4, obtained: ");
   // Bounds in the wrong order are exchanged, as those of the uniform distribution.
   const auto [a, b] = std::minmax({parameters(0), parameters(1)});
-  RV_Parameter = Eigen::Vector4d(a, b, std::clamp(parameters(2), kMinShape, kMaxShape),
-                                 std::clamp(parameters(3), kMinShape, kMaxShape));
-  UpdateMoments();
-  const Eigen::Vector4d moments = RV_Statistical_Moments;
+  const double alpha = std::clamp(parameters(2), kMinShape, kMaxShape);
+  const double beta = std::clamp(parameters(3), kMinShape, kMaxShape);
+  const Eigen::Vector4d moments = Moments(a, b, alpha, beta);
   const double sd = RaiseToFloor(moments(0), moments(1));
-  if (!(moments(1) >= sd)) TakeStats(moments(0), sd, moments(2), moments(3));
+  if (moments(1) >= sd)
+    Store(Eigen::Vector4d(a, b, alpha, beta), moments);
+  else
+    TakeStats(moments(0), sd, moments(2), moments(3));
 }
 
 void RV_Beta::SetStats(const Eigen::VectorXd& moments) {
@@ -107,27 +129,17 @@ void RV_Beta::TakeStats(double mean, double sd, double skewness, double kurtosis
 
   const double scale = sd / UnitSd(alpha, beta);
   const double a = mean - scale * UnitMean(alpha, beta);
-  RV_Parameter =
-      Eigen::Vector4d(a, a + scale, std::max(alpha, kMinShape), std::max(beta, kMinShape));
-  UpdateMoments();
+  TakeParameters(a, a + scale, std::max(alpha, kMinShape), std::max(beta, kMinShape));
 }
 
-void RV_Beta::UpdateMoments() {
-  const double length = RV_Parameter(1) - RV_Parameter(0);
-  const double alpha = RV_Parameter(2);
-  const double beta = RV_Parameter(3);
-  const double sum = alpha + beta;
-  const double root = std::sqrt(alpha) * std::sqrt(beta);
-  const double difference = (alpha - beta) / root;
-  RV_Statistical_Moments = Eigen::Vector4d(
-      UnitMean(alpha, beta) * length + RV_Parameter(0), UnitSd(alpha, beta) * length,
-      -2.0 * difference * std::sqrt(sum + 1.0) / (sum + 2.0),
-      6.0 * (difference * difference * (sum + 1.0) / (sum + 2.0) - 1.0) / (sum + 3.0));
+void RV_Beta::TakeParameters(double a, double b, double alpha, double beta) {
+  Store(Eigen::Vector4d(a, b, alpha, beta), Moments(a, b, alpha, beta));
 }
 
 void RV_Beta::Reset() {
-  RV_Parameter = Eigen::Vector4d(0.0, 1.0, 2.0, 2.0);
-  UpdateMoments();
+  TakeParameters(0.0, 1.0, 2.0, 2.0);
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Beta)

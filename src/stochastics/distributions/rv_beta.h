@@ -21,15 +21,9 @@ class RV_Beta : public RVType<RV_Beta, enums::RandomVariable::BETA, Support::kIn
   void Reset() override;
 
  private:
-  friend class boost::serialization::access;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
-
   /// The parameters with these moments, which are in the domain.
   void TakeStats(double mean, double sd, double skewness, double kurtosis);
-  void UpdateMoments();
+  void TakeParameters(double a, double b, double alpha, double beta);
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_Beta, "corvath::algorithm::RV_Beta")

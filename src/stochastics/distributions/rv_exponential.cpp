@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_exponential.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 
 #include <algorithm>
@@ -24,8 +25,10 @@ double RV_Exponential::CDF(double x) const {
 }
 
 double RV_Exponential::InverseCDF(double p) const {
-  return RV_Parameter(1) -
-         std::log1p(-std::clamp(p, 0.0, 1.0 - math::kProbabilityMin)) * RV_Parameter(0);
+  // The probability above x is the one that is held above its minimum, which 1 - p is not exactly.
+  const double log_above =
+      1.0 - p <= math::kProbabilityMin ? std::log(math::kProbabilityMin) : std::log1p(-p);
+  return RV_Parameter(1) - log_above * RV_Parameter(0);
 }
 
 std::vector<std::wstring> RV_Exponential::GetParameterNames() const {
@@ -58,3 +61,5 @@ void RV_Exponential::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Exponential)

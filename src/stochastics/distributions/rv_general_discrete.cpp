@@ -1,5 +1,6 @@
 #include "stochastics/distributions/rv_general_discrete.h"
 
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/distributions/table_parameters.h"
 
 #include <algorithm>
@@ -25,6 +26,7 @@ double RV_GeneralDiscrete::PMF(double x) const {
 }
 
 double RV_GeneralDiscrete::PDF(double x) const {
+  if (std::isnan(x)) return x;
   for (Eigen::Index i = 0; i < NumStates(); ++i)
     if (Value(i) == x) return std::numeric_limits<double>::quiet_NaN();
   return 0.0;
@@ -36,6 +38,7 @@ Eigen::MatrixXd RV_GeneralDiscrete::GetStates() const {
 }
 
 double RV_GeneralDiscrete::CDF(double x) const {
+  if (std::isnan(x)) return x;
   if (x < GetLowerBound()) return 0.0;
   if (x >= GetUpperBound()) return 1.0;
   double sum = 0.0;
@@ -65,7 +68,7 @@ void RV_GeneralDiscrete::SetParameters(const Eigen::VectorXd& parameters) {
   if (parameters.size() % 2 != 0)
     Raise(L": Number of distribution parameters should be even " +
           std::to_wstring(parameters.size()));
-  RequireFinite(parameters);
+  RequireMagnitude(parameters);
   std::vector<std::pair<double, double>> states;
   double sum = 0.0;
   for (Eigen::Index i = 0; i < parameters.size(); i += 2) {
@@ -93,8 +96,7 @@ void RV_GeneralDiscrete::SetParameters(const Eigen::VectorXd& parameters) {
   const double sd = std::sqrt(variance);
   if (!(sd >= RaiseToFloor(mean, 0.0)))
     Raise(L": Standard deviation  (" + Format(sd) + L") is close to zero.");
-  RV_Parameter = table;
-  RV_Statistical_Moments = Eigen::Vector2d(mean, sd);
+  Store(table, Eigen::Vector2d(mean, sd));
 }
 
 void RV_GeneralDiscrete::SetStats(const Eigen::VectorXd& moments) {
@@ -112,7 +114,7 @@ void RV_GeneralDiscrete::Fit(const Eigen::MatrixXd& data) {
           std::to_wstring(data.cols()));
   if (data.rows() < 2) Raise(L": Not enough data points available. ");
   Eigen::VectorXd sorted = data.col(0);
-  RequireFinite(sorted);
+  RequireMagnitude(sorted);
   std::sort(sorted.begin(), sorted.end());
   const auto n = static_cast<double>(sorted.size());
   const double tolerance = (sorted(sorted.size() - 1) - sorted(0)) / (n - 1.0) / 100.0;
@@ -133,3 +135,5 @@ void RV_GeneralDiscrete::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_GeneralDiscrete)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "stochastics/distributions/table_parameters.h"
 #include "stochastics/random_variable.h"
 
 namespace corvath::algorithm {
@@ -24,9 +25,8 @@ class RV_GeneralDiscrete
   void Reset() override;
 
  private:
-  friend class boost::serialization::access;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
+  friend RVType;
+  Eigen::Index NumParameters() const { return WholeTable(RV_Parameter.size()); }
 
   Eigen::Index NumStates() const { return RV_Parameter.size() / 2; }
   double Value(Eigen::Index i) const { return RV_Parameter(2 * i); }
@@ -34,5 +34,3 @@ class RV_GeneralDiscrete
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_GeneralDiscrete, "corvath::algorithm::RV_GeneralDiscrete")

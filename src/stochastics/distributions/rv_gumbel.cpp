@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_gumbel.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 
 #include <algorithm>
@@ -59,3 +60,5 @@ void RV_Gumbel::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Gumbel)

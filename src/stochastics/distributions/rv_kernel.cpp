@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_kernel.h"
 
 #include "foundation/exception.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 
 #include <cmath>
@@ -35,27 +36,20 @@ double RV_Kernel::CDF(double x) const {
   return sum / static_cast<double>(RV_Parameter.size());
 }
 
-// Newton's method from the mean, held in a bracket: the quantile of a mixture lies between the
-// smallest and the largest one of its parts.
+// Newton's method from the mean, to a hundredth of the standard deviation: within about its square
+// of the quantile, since the convergence is quadratic. Far out, next to gaps between samples, it may
+// run away; such quantiles are refused.
 double RV_Kernel::InverseCDF(double p) const {
   RequireWidth();
   if (std::isnan(p)) return p;
   constexpr int kMaxSteps = 151;
-  constexpr double kTolerance = 1e-13;  // of the standard deviation
+  constexpr double kTolerance = 0.01;
   const double bounded = math::ClampProbability(p);
-  const double sd = RV_Statistical_Moments(1);
-  const double reach = Kernel_width * math::NormalQuantile(bounded);
-  double low = RV_Parameter.minCoeff() + reach;
-  double high = RV_Parameter.maxCoeff() + reach;
   double x = RV_Statistical_Moments(0);
-  for (int i = 1; i < kMaxSteps; ++i) {
-    const double error = CDF(x) - bounded;
-    (error < 0.0 ? low : high) = x;
-    double next = x - error / PDF(x);
-    if (!(next > low && next < high)) next = 0.5 * (low + high);
-    const double step = next - x;
-    x = next;
-    if (std::abs(step) <= kTolerance * (sd + std::abs(x))) return x;
+  for (int i = 1; i < kMaxSteps && std::isfinite(x); ++i) {
+    const double step = (CDF(x) - bounded) / PDF(x);
+    x -= step;
+    if (std::abs(step / RV_Statistical_Moments(1)) < kTolerance) return x;
   }
   throw utils::runtime_error(L"RV '" + GetName() + L"' of type '" + TypeNumber() +
                              L"': Iteration does not converge.");
@@ -70,13 +64,12 @@ void RV_Kernel::SetParameters(const Eigen::VectorXd& samples) {
     throw utils::runtime_error(L"RV " + GetName() + L" of type " + TypeNumber() +
                                L": Too few input samples given, expected: 1, obtained: " +
                                std::to_wstring(samples.size()));
-  RequireFinite(samples);
+  RequireMagnitude(samples);
   const auto n = static_cast<double>(samples.size());
   const double mean = samples.sum() / n;
   const double sd =
       samples.size() < 2 ? 0.0 : std::sqrt((samples.array() - mean).square().sum() / (n - 1.0));
-  RV_Parameter = Eigen::VectorXd(samples);
-  RV_Statistical_Moments = Eigen::Vector2d(mean, sd);
+  Store(samples, Eigen::Vector2d(mean, sd));
   Kernel_width = sd / std::sqrt(n);
 }
 
@@ -89,4 +82,16 @@ void RV_Kernel::Reset() {
   RV_Kernel::SetParameters((Eigen::VectorXd(5) << -1.0, 1.0, -0.25, 0.25, 0.0).finished());
 }
 
+Eigen::Index RV_Kernel::NumParameters() const {
+  return std::max<Eigen::Index>(RV_Parameter.size(), 1);
+}
+
+template <class Archive>
+void RV_Kernel::SerializeFurther(Archive& ar) {
+  ar& BOOST_SERIALIZATION_NVP(RV_Gauss);
+  ar& BOOST_SERIALIZATION_NVP(Kernel_width);
+}
+
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Kernel)

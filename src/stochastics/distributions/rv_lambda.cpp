@@ -2,6 +2,7 @@
 
 #include "foundation/closeness.h"
 #include "stochastics/distributions/lambda_moments.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 
 #include <Eigen/LU>
@@ -28,6 +29,12 @@ double AllowedShape(double shape) {
 /// (p^l - 1) / l
 double Branch(double p, double l) {
   return std::expm1(l * std::log(p)) / l;
+}
+
+/// Mean, standard deviation, skewness and excess kurtosis of l1 to l4.
+Eigen::Vector4d Moments(const Eigen::Vector4d& l) {
+  const LambdaMoments moments = MomentsOfLambda(l(2), l(3));
+  return {l(0) + moments.mean / l(1), moments.sd / l(1), moments.skewness, moments.kurtosis};
 }
 
 /// Shapes with this skewness, which is not negative, and excess kurtosis: Newton's method with
@@ -79,6 +86,7 @@ double RV_Lambda::PDF(double x) const {
 }
 
 double RV_Lambda::CDF(double x) const {
+  if (std::isnan(x)) return x;
   if (x < GetLowerBound()) return 0.0;
   if (x > GetUpperBound()) return 1.0;
   double p = 0.5;
@@ -101,12 +109,14 @@ std::vector<std::wstring> RV_Lambda::GetParameterNames() const {
 
 void RV_Lambda::SetParameters(const Eigen::VectorXd& parameters) {
   RequireCount(parameters, 4, L": Obtained wrong number of parameters. Expected: 4, obtained: ");
-  RV_Parameter = Eigen::Vector4d(parameters(0), std::max(parameters(1), kMinScale),
-                                 AllowedShape(parameters(2)), AllowedShape(parameters(3)));
-  UpdateMoments();
-  const Eigen::Vector4d moments = RV_Statistical_Moments;
+  const Eigen::Vector4d allowed(parameters(0), std::max(parameters(1), kMinScale),
+                                AllowedShape(parameters(2)), AllowedShape(parameters(3)));
+  const Eigen::Vector4d moments = Moments(allowed);
   const double sd = RaiseToFloor(moments(0), moments(1));
-  if (!(moments(1) >= sd)) TakeStats(moments(0), sd, moments(2), moments(3));
+  if (moments(1) >= sd)
+    Store(allowed, moments);
+  else
+    TakeStats(moments(0), sd, moments(2), moments(3));
 }
 
 void RV_Lambda::SetStats(const Eigen::VectorXd& moments) {
@@ -121,20 +131,17 @@ void RV_Lambda::TakeStats(double mean, double sd, double skewness, double kurtos
   if (skewness < 0.0) std::swap(l(0), l(1));  // the mirror image
   const LambdaMoments moments = MomentsOfLambda(l(0), l(1));
   const double l2 = moments.sd / sd;
-  RV_Parameter = Eigen::Vector4d(mean - moments.mean / l2, l2, l(0), l(1));
-  UpdateMoments();
-}
-
-void RV_Lambda::UpdateMoments() {
-  const LambdaMoments moments = MomentsOfLambda(RV_Parameter(2), RV_Parameter(3));
-  RV_Statistical_Moments =
-      Eigen::Vector4d(RV_Parameter(0) + moments.mean / RV_Parameter(1),
-                      moments.sd / RV_Parameter(1), moments.skewness, moments.kurtosis);
+  const Eigen::Vector4d parameters(mean - moments.mean / l2, l2, l(0), l(1));
+  const Eigen::Vector4d found = Moments(parameters);
+  Store(parameters, found);
+  IsReached(Eigen::Vector4d(mean, sd, skewness, kurtosis), found);
 }
 
 void RV_Lambda::Reset() {
-  RV_Parameter = Eigen::Vector4d(0.0, 1.4635, 0.1349, 0.1349);
-  UpdateMoments();
+  const Eigen::Vector4d parameters(0.0, 1.4635, 0.1349, 0.1349);
+  Store(parameters, Moments(parameters));
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Lambda)

@@ -27,16 +27,9 @@ class RV_Lambda : public RVType<RV_Lambda, enums::RandomVariable::LAMBDA, Suppor
   void Reset() override;
 
  private:
-  friend class boost::serialization::access;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
-
   /// The parameters with these moments, which are in the domain.
   void TakeStats(double mean, double sd, double skewness, double kurtosis);
-  void UpdateMoments();
   double Quantile(double p) const;
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_Lambda, "corvath::algorithm::RV_Lambda")

@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_lognormal.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 
 #include <algorithm>
 #include <cmath>
@@ -67,13 +68,20 @@ void RV_Lognormal::TakeStats(double mean, double sd) {
 void RV_Lognormal::TakeParameters(double mu, double s) {
   s = std::clamp(s, math::kEps, kMaxShape);
   mu = std::clamp(mu, -kMaxMu, kMaxMu);
-  RV_Gauss.SetExact(mu, s);
   const double mean = std::exp(mu + 0.5 * s * s);
   Store({mu, s}, {mean, std::sqrt(std::expm1(s * s)) * mean});
+  RV_Gauss.SetExact(mu, s);
 }
 
 void RV_Lognormal::Reset() {
   TakeStats(1.0, 1.0);
 }
 
+template <class Archive>
+void RV_Lognormal::SerializeFurther(Archive& ar) {
+  ar& BOOST_SERIALIZATION_NVP(RV_Gauss);
+}
+
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Lognormal)

@@ -21,9 +21,9 @@ class RV_Lognormal
   void Reset() override;
 
  private:
-  friend class boost::serialization::access;
+  friend RVType;
   template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
+  void SerializeFurther(Archive& ar);
 
   /// The parameters with this mean and standard deviation, which are in the domain.
   void TakeStats(double mean, double sd);
@@ -34,5 +34,3 @@ class RV_Lognormal
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_Lognormal, "corvath::algorithm::RV_Lognormal")

@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_loguniform.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 
 #include <algorithm>
 #include <cmath>
@@ -31,9 +32,9 @@ double Slope(double q) {
   return q * (2.0 / 3.0 - q2 * (4.0 / 45.0 - q2 * (12.0 / 945.0 - q2 * 8.0 / 4725.0)));
 }
 
-/// ln b - ln a, exact for bounds that are close together.
+/// ln b - ln a, exact for bounds that are close together, and without overflow.
 double LogLength(double a, double b) {
-  return std::log1p((b - a) / a);
+  return b < 2.0 * a ? std::log1p((b - a) / a) : std::log(b) - std::log(a);
 }
 
 }  // namespace
@@ -47,6 +48,7 @@ double RV_Loguniform::GetUpperBound() const {
 }
 
 double RV_Loguniform::PDF(double x) const {
+  if (std::isnan(x)) return x;
   const double a = RV_Parameter(0);
   const double b = RV_Parameter(1);
   return x < a || x > b ? 0.0 : 1.0 / LogLength(a, b) / x;
@@ -109,7 +111,9 @@ void RV_Loguniform::TakeStats(double mean, double sd) {
   }
   const double a = 2.0 * q * mean / std::expm1(2.0 * q);
   const double b = -2.0 * q * mean / std::expm1(-2.0 * q);
-  Store({a, b}, {mean, mean * std::sqrt(SquaredVariation(0.5 * LogLength(a, b)))});
+  const double found = mean * std::sqrt(SquaredVariation(0.5 * LogLength(a, b)));
+  Store({a, b}, {mean, found});
+  IsReached(Eigen::Vector2d(mean, sd), Eigen::Vector2d(mean, found));
 }
 
 void RV_Loguniform::Reset() {
@@ -117,3 +121,5 @@ void RV_Loguniform::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Loguniform)

@@ -21,14 +21,8 @@ class RV_Loguniform
   void Reset() override;
 
  private:
-  friend class boost::serialization::access;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
-
   /// The parameters with this mean and standard deviation, which are in the domain.
   void TakeStats(double mean, double sd);
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_Loguniform, "corvath::algorithm::RV_Loguniform")

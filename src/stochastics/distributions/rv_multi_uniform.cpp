@@ -1,15 +1,13 @@
 #include "stochastics/distributions/rv_multi_uniform.h"
 
+#include "stochastics/distributions/persisted_form.h"
+#include "stochastics/distributions/rv_uniform.h"
 #include "stochastics/distributions/table_parameters.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace corvath::algorithm {
-
-namespace {
-constexpr double kSqrtTwelve = 3.4641016151377544;  // length over standard deviation
-}
 
 double RV_MultiUniform::GetLowerBound() const {
   return Value(0);
@@ -64,7 +62,7 @@ void RV_MultiUniform::SetParameters(const Eigen::VectorXd& parameters) {
   if (parameters.size() % 2 != 0)
     Raise(L": Number of distribution parameters should be even " +
           std::to_wstring(parameters.size()));
-  RequireFinite(parameters);
+  RequireMagnitude(parameters);
   Eigen::VectorXd table = parameters;
   const Eigen::Index last = table.size() - 2;
   const double first_probability = table(1);
@@ -89,8 +87,7 @@ void RV_MultiUniform::SetParameters(const Eigen::VectorXd& parameters) {
   const double sd = std::sqrt(variance);
   if (!(sd >= RaiseToFloor(mean, 0.0)))
     Raise(L": Standard deviation  (" + Format(sd) + L") is close to zero.");
-  RV_Parameter = table;
-  RV_Statistical_Moments = Eigen::Vector2d(mean, sd);
+  Store(table, Eigen::Vector2d(mean, sd));
 }
 
 void RV_MultiUniform::SetStats(const Eigen::VectorXd& moments) {
@@ -98,7 +95,7 @@ void RV_MultiUniform::SetStats(const Eigen::VectorXd& moments) {
   const double mean = moments(0);
   const double sd = moments(1);
   RequireSpread(mean, sd);
-  const double half = 0.5 * kSqrtTwelve * sd;
+  const double half = 0.5 * kUniformLength * sd;
   Store({mean - half, 0.0, mean + half, 1.0}, {mean, sd});
 }
 
@@ -108,7 +105,7 @@ void RV_MultiUniform::Fit(const Eigen::MatrixXd& data) {
           std::to_wstring(data.cols()));
   if (data.rows() < 2) Raise(L": Not enough data points available. ");
   Eigen::VectorXd sorted = data.col(0);
-  RequireFinite(sorted);
+  RequireMagnitude(sorted);
   std::sort(sorted.begin(), sorted.end());
   const auto n = static_cast<double>(sorted.size());
   const double smallest = sorted(0);
@@ -118,8 +115,9 @@ void RV_MultiUniform::Fit(const Eigen::MatrixXd& data) {
   Eigen::VectorXd table(2 * (classes + 1));
   table.head<2>() << smallest, 0.0;
   for (Eigen::Index i = 1; i <= classes; ++i) {
-    const double share = static_cast<double>(i) / static_cast<double>(classes);
-    const double end = i == classes ? largest : smallest + share * (largest - smallest);
+    // In this order of operations: a sample may lie on a class end, and then the last bit decides.
+    const double end =
+        smallest + static_cast<double>(i) * (largest - smallest) / static_cast<double>(classes);
     const auto count = std::upper_bound(sorted.begin(), sorted.end(), end) - sorted.begin();
     table.segment<2>(2 * i) << end, static_cast<double>(count) / n;
   }
@@ -127,7 +125,9 @@ void RV_MultiUniform::Fit(const Eigen::MatrixXd& data) {
 }
 
 void RV_MultiUniform::Reset() {
-  Store({0.0, 0.0, 1.0, 1.0}, {0.5, 1.0 / kSqrtTwelve});
+  Store({0.0, 0.0, 1.0, 1.0}, {0.5, 1.0 / kUniformLength});
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_MultiUniform)

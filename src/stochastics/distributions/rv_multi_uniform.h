@@ -1,5 +1,6 @@
 #pragma once
 
+#include "stochastics/distributions/table_parameters.h"
 #include "stochastics/random_variable.h"
 
 namespace corvath::algorithm {
@@ -23,9 +24,8 @@ class RV_MultiUniform
   void Reset() override;
 
  private:
-  friend class boost::serialization::access;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
+  friend RVType;
+  Eigen::Index NumParameters() const { return WholeTable(RV_Parameter.size()); }
 
   Eigen::Index NumPoints() const { return RV_Parameter.size() / 2; }
   double Value(Eigen::Index i) const { return RV_Parameter(2 * i); }
@@ -35,5 +35,3 @@ class RV_MultiUniform
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_MultiUniform, "corvath::algorithm::RV_MultiUniform")

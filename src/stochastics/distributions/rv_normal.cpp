@@ -1,5 +1,6 @@
 #include "stochastics/distributions/rv_normal.h"
 
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 
 namespace corvath::algorithm {
@@ -37,3 +38,5 @@ void RV_Normal::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Normal)

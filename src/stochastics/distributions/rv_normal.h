@@ -20,13 +20,6 @@ class RV_Normal : public RVType<RV_Normal, enums::RandomVariable::NORMAL, Suppor
   /// For a type that holds the parameters of its inner normal itself: s > 0 without the floors,
   /// which are those of a physical quantity and would take a narrow distribution off its moments.
   void SetExact(double mu, double s) { Store({mu, s}, {mu, s}); }
-
- private:
-  friend class boost::serialization::access;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_Normal, "corvath::algorithm::RV_Normal")

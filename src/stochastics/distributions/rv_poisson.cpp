@@ -1,5 +1,6 @@
 #include "stochastics/distributions/rv_poisson.h"
 
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/special_functions.h"
 
 #include <boost/numeric/conversion/cast.hpp>
@@ -29,17 +30,17 @@ double RV_Poisson::GetLowerBound() const {
 
 double RV_Poisson::PMF(double x) const {
   if (!IsState(x)) return 0.0;
-  const double lambda = RV_Parameter(0);
-  return std::exp(std::log(lambda) * x - lambda - math::LogGamma(x + 1.0));
+  return math::GammaDensity(x + 1.0, RV_Parameter(0));  // lambda^x e^-lambda / x!
 }
 
 double RV_Poisson::PDF(double x) const {
-  return IsState(x) ? std::numeric_limits<double>::quiet_NaN() : 0.0;
+  return IsState(x) || std::isnan(x) ? std::numeric_limits<double>::quiet_NaN() : 0.0;
 }
 
 // The sum of PMF(k) for k up to x is a regularised incomplete gamma function, which costs the same
 // for every x.
 double RV_Poisson::CDF(double x) const {
+  if (std::isnan(x)) return x;
   if (x < 0.0) return 0.0;
   if (std::isinf(x)) return 1.0;
   return math::IncompleteGammaUpper(std::floor(x) + 1.0, RV_Parameter(0));
@@ -51,7 +52,7 @@ double RV_Poisson::InverseCDF(double p) const {
   if (CDF(0.0) >= bounded) return 0.0;
   double low = 0.0;  // too small
   double high = 1.0;
-  while (CDF(high) < bounded && high < 1e300) high *= 2.0;
+  while (CDF(high) < bounded && high < 10.0 * kMaxMagnitude) high *= 2.0;
   while (true) {
     const double middle = std::floor(0.5 * low + 0.5 * high);
     if (middle <= low || middle >= high) return high;
@@ -84,7 +85,7 @@ void RV_Poisson::SetStats(const Eigen::VectorXd& moments) {
   if (moments.size() != 1 && moments.size() != 2)
     Raise(L": Wrong number of statistical moments. Expected: 1 or 2, obtained: " +
           std::to_wstring(moments.size()));
-  RequireFinite(moments);
+  RequireMagnitude(moments);
   if (moments(0) < kMinLambda) Raise(L": Mean value must be strictly positive.");
   SetParameters(moments.head<1>());
 }
@@ -94,3 +95,5 @@ void RV_Poisson::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Poisson)

@@ -20,13 +20,6 @@ class RV_Poisson
   void SetParameters(const Eigen::VectorXd& parameters) override;
   void SetStats(const Eigen::VectorXd& moments) override;
   void Reset() override;
-
- private:
-  friend class boost::serialization::access;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_Poisson, "corvath::algorithm::RV_Poisson")

@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_polymap.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 
 #include <Eigen/LU>
@@ -86,12 +87,12 @@ double RV_Polymap::ToGauss(double x) const {
   const double target = (x - RV_Parameter(0)) / RV_Parameter(1);
   if (!std::isfinite(target)) return target;
   constexpr int kMaxIterations = 100;
-  constexpr double kTolerance = 1e-13;
+  constexpr double kTolerance = 1e-6;  // of the last step; the next one would be of its square
   double u = 0.0;
   for (int i = 0; i < kMaxIterations; ++i) {
     const double step = (Polynomial(c, u) - target) / Slope(c, u);
     u -= step;
-    if (std::abs(step) <= kTolerance * (1.0 + std::abs(u))) return u;
+    if (std::abs(step) < kTolerance) return u;
   }
   // Newton's method may run in a circle about a flat stretch. Halving does not, on a rising cubic.
   double low = -1.0;
@@ -136,7 +137,7 @@ void RV_Polymap::SetParameters(const Eigen::VectorXd& parameters) {
     RV_Polymap::SetStats(parameters);
     return;
   }
-  RequireFinite(parameters);
+  RequireMagnitude(parameters);
   const Vector3d coefficients = parameters.tail<3>();
   TakeCoefficients(parameters(0), std::max(parameters(1), math::kEps),
                    IsMonotone(coefficients) ? coefficients : kPlainNormal);
@@ -144,10 +145,12 @@ void RV_Polymap::SetParameters(const Eigen::VectorXd& parameters) {
 
 void RV_Polymap::SetStats(const Eigen::VectorXd& moments) {
   RequireCount(moments, 4, L": Wrong number of statistical moments. Expected: 4, obtained: ");
-  const double sd = moments(1);
+  const Eigen::Vector4d asked = moments;  // which may be the moments that change here
+  const double sd = asked(1);
   if (sd < math::kEps)
     Raise(L": Standard deviation  (" + Format(sd) + L") must be strictly positive.");
-  TakeCoefficients(moments(0), sd, FitCoefficients(moments(2), moments(3)));
+  TakeCoefficients(asked(0), sd, FitCoefficients(asked(2), asked(3)));
+  IsReached(asked, RV_Statistical_Moments);
 }
 
 void RV_Polymap::TakeCoefficients(double mean, double sd, const Vector3d& coefficients) {
@@ -161,4 +164,11 @@ void RV_Polymap::Reset() {
   TakeCoefficients(0.0, 1.0, kPlainNormal);
 }
 
+template <class Archive>
+void RV_Polymap::SerializeFurther(Archive& ar) {
+  ar& BOOST_SERIALIZATION_NVP(RV_Gauss);
+}
+
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Polymap)

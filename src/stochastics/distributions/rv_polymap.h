@@ -24,9 +24,9 @@ class RV_Polymap : public RVType<RV_Polymap, enums::RandomVariable::POLYMAP, Sup
   void Reset() override;
 
  private:
-  friend class boost::serialization::access;
+  friend RVType;
   template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
+  void SerializeFurther(Archive& ar);
 
   /// Sets parameters and moments of a monotone polynomial.
   void TakeCoefficients(double mean, double sd, const Eigen::Vector3d& coefficients);
@@ -37,5 +37,3 @@ class RV_Polymap : public RVType<RV_Polymap, enums::RandomVariable::POLYMAP, Sup
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_Polymap, "corvath::algorithm::RV_Polymap")

@@ -1,6 +1,8 @@
 #include "stochastics/distributions/rv_triangular.h"
 
 #include "foundation/closeness.h"
+#include "foundation/constants.h"
+#include "stochastics/distributions/persisted_form.h"
 
 #include <algorithm>
 #include <array>
@@ -10,10 +12,20 @@ namespace corvath::algorithm {
 
 namespace {
 
-constexpr double kSqrtTwo = 1.4142135623730951;
 constexpr double kSqrtSix = 2.449489742783178;
-constexpr double kPi = 3.141592653589793;
-constexpr double kMaxSkewness = 0.4 * kSqrtTwo;  // of the right-angled triangle
+constexpr double kMaxSkewness = 0.4 * math::kSqrtTwo;  // of the right-angled triangle
+
+Eigen::Vector3d Moments(double a, double c, double b) {
+  const double mean = a / 3.0 + b / 3.0 + c / 3.0;
+  const double ab = b - a;
+  const double ac = c - a;
+  const double cb = b - c;
+  const double sd = std::hypot(ab, ac, cb) / 6.0;
+  // (a + b - 2c)(2a - b - c)(a - 2b + c) / 270 / sd^3, in distances
+  const double skewness =
+      sd > 0.0 ? (cb - ac) / sd * ((ab + ac) / sd) * ((ab + cb) / sd) / 270.0 : 0.0;
+  return {mean, sd, skewness};
+}
 
 }  // namespace
 
@@ -66,10 +78,12 @@ void RV_Triangular::SetParameters(const Eigen::VectorXd& parameters) {
   RequireCount(parameters, 3, L": Wrong number of statistical parameters. Expected 3, obtained ");
   std::array<double, 3> sorted = {parameters(0), parameters(1), parameters(2)};
   std::sort(sorted.begin(), sorted.end());
-  TakeParameters(sorted[0], sorted[1], sorted[2]);
-  const Eigen::Vector3d moments = RV_Statistical_Moments;
+  const Eigen::Vector3d moments = Moments(sorted[0], sorted[1], sorted[2]);
   const double sd = RaiseToFloor(moments(0), moments(1));
-  if (!(moments(1) >= sd)) TakeStats(moments(0), sd, moments(2));
+  if (moments(1) >= sd)
+    TakeParameters(sorted[0], sorted[1], sorted[2]);
+  else
+    TakeStats(moments(0), sd, moments(2));
 }
 
 void RV_Triangular::SetStats(const Eigen::VectorXd& moments) {
@@ -81,7 +95,7 @@ void RV_Triangular::SetStats(const Eigen::VectorXd& moments) {
 // About the mean and in standard deviations, the three parameters are the roots of a cubic without
 // a quadratic term: sqrt(8) cos(phi + 2 pi k / 3), where the skewness is 0.4 sqrt(2) cos(3 phi).
 void RV_Triangular::TakeStats(double mean, double sd, double skewness) {
-  const double scale = 2.0 * kSqrtTwo * sd;
+  const double scale = 2.0 * math::kSqrtTwo * sd;
   if (std::abs(skewness) < 10.0 * math::kEps) {
     TakeParameters(mean - kSqrtSix * sd, mean, mean + kSqrtSix * sd);
   } else if (skewness >= kMaxSkewness) {
@@ -90,21 +104,15 @@ void RV_Triangular::TakeStats(double mean, double sd, double skewness) {
     TakeParameters(mean - scale, mean + 0.5 * scale, mean + 0.5 * scale);
   } else {
     const double phi = std::acos(skewness / kMaxSkewness) / 3.0;
-    TakeParameters(mean + scale * std::cos(phi + 2.0 * kPi / 3.0),
-                   mean + scale * std::cos(phi - 2.0 * kPi / 3.0), mean + scale * std::cos(phi));
+    TakeParameters(mean + scale * std::cos(phi + 2.0 * math::kPi / 3.0),
+                   mean + scale * std::cos(phi - 2.0 * math::kPi / 3.0),
+                   mean + scale * std::cos(phi));
   }
+  IsReached(Eigen::Vector3d(mean, sd, skewness), RV_Statistical_Moments);
 }
 
 void RV_Triangular::TakeParameters(double a, double c, double b) {
-  const double mean = a / 3.0 + b / 3.0 + c / 3.0;
-  const double ab = b - a;
-  const double ac = c - a;
-  const double cb = b - c;
-  const double sd = std::sqrt((ab * ab + ac * ac + cb * cb) / 36.0);
-  // (a + b - 2c)(2a - b - c)(a - 2b + c) / 270 / sd^3, in distances
-  const double skewness =
-      sd > 0.0 ? (cb - ac) / sd * ((ab + ac) / sd) * ((ab + cb) / sd) / 270.0 : 0.0;
-  Store({a, c, b}, {mean, sd, skewness});
+  Store(Eigen::Vector3d(a, c, b), Moments(a, c, b));
 }
 
 void RV_Triangular::Reset() {
@@ -112,3 +120,5 @@ void RV_Triangular::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Triangular)

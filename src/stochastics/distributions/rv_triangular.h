@@ -21,15 +21,9 @@ class RV_Triangular
   void Reset() override;
 
  private:
-  friend class boost::serialization::access;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
-
   /// The triangle with these moments; the skewness is held in the family's range.
   void TakeStats(double mean, double sd, double skewness);
   void TakeParameters(double a, double c, double b);
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_Triangular, "corvath::algorithm::RV_Triangular")

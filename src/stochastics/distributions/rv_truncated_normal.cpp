@@ -1,6 +1,9 @@
 #include "stochastics/distributions/rv_truncated_normal.h"
 
 #include "foundation/closeness.h"
+#include "foundation/constants.h"
+#include "stochastics/distributions/persisted_form.h"
+#include "stochastics/distributions/rv_uniform.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/special_functions.h"
 
@@ -12,9 +15,6 @@
 namespace corvath::algorithm {
 
 namespace {
-
-constexpr double kSqrtTwo = 1.4142135623730951;
-constexpr double kSqrtTwelve = 3.4641016151377544;  // length over sd of the uniform distribution
 
 /// Probability between two standard normal values, taken in the tail where it does not cancel.
 double Mass(double alpha, double beta) {
@@ -118,8 +118,9 @@ double RV_Truncatednormal::InverseCDF(double p) const {
   const double alpha = (a - mu) / s;
   // The probability from the side whose tail does not cancel. No clamp: the result is bounded.
   const double z =
-      alpha > 0.0 ? kSqrtTwo * math::ErfcInverse(2.0 * (math::NormalCdf(-alpha) - p / RV_area))
-                  : -kSqrtTwo * math::ErfcInverse(2.0 * (math::NormalCdf(alpha) + p / RV_area));
+      alpha > 0.0
+          ? math::kSqrtTwo * math::ErfcInverse(2.0 * (math::NormalCdf(-alpha) - p / RV_area))
+          : -math::kSqrtTwo * math::ErfcInverse(2.0 * (math::NormalCdf(alpha) + p / RV_area));
   return std::clamp(mu + s * z, a, b);
 }
 
@@ -154,24 +155,33 @@ void RV_Truncatednormal::TakeStats(double mean, double sd, double first, double 
   constexpr double kFar = 1e10;
   double a = std::max((std::min(lower, mean - sd) - mean) / sd, -kFar);
   double b = std::min((std::max(upper, mean + sd) - mean) / sd, kFar);
-  if (b - a < kSqrtTwelve) {  // too short for the standard deviation, even of a uniform variable
-    const double factor = kSqrtTwelve * 1.001 / (b - a);
+  if (b - a < kUniformLength) {  // too short for the standard deviation, even of a uniform variable
+    const double factor = kUniformLength * 1.001 / (b - a);
     a *= factor;
     b *= factor;
   }
   const Eigen::Vector2d x = FitStandardised(a, b);
   TakeParameters(x(0) * sd + mean, x(1) * sd, a * sd + mean, b * sd + mean);
+  IsReached(Eigen::Vector2d(mean, sd), RV_Statistical_Moments.head<2>());
 }
 
 void RV_Truncatednormal::TakeParameters(double mu, double s, double a, double b) {
-  RV_Gauss.SetExact(mu, s);
-  RV_area = 1.0 / Mass((a - mu) / s, (b - mu) / s);
   const auto [mean, sd] = CutNormal(mu, s, a, b);
   Store({mu, s, a, b}, {mean, sd, a, b});
+  RV_Gauss.SetExact(mu, s);
+  RV_area = 1.0 / Mass((a - mu) / s, (b - mu) / s);
 }
 
 void RV_Truncatednormal::Reset() {
   TakeParameters(0.0, 1.0, -10.0, 10.0);
 }
 
+template <class Archive>
+void RV_Truncatednormal::SerializeFurther(Archive& ar) {
+  ar& BOOST_SERIALIZATION_NVP(RV_Gauss);
+  ar& BOOST_SERIALIZATION_NVP(RV_area);
+}
+
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Truncatednormal)

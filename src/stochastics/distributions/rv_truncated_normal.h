@@ -22,9 +22,9 @@ class RV_Truncatednormal : public RVType<RV_Truncatednormal, enums::RandomVariab
   void Reset() override;
 
  private:
-  friend class boost::serialization::access;
+  friend RVType;
   template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
+  void SerializeFurther(Archive& ar);
 
   /// Newton search for the location and scale with this mean and standard deviation on [a, b].
   void TakeStats(double mean, double sd, double a, double b);
@@ -35,5 +35,3 @@ class RV_Truncatednormal : public RVType<RV_Truncatednormal, enums::RandomVariab
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_Truncatednormal, "corvath::algorithm::RV_Truncatednormal")

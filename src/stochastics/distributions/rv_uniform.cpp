@@ -1,12 +1,11 @@
 #include "stochastics/distributions/rv_uniform.h"
 
+#include "stochastics/distributions/persisted_form.h"
+
 #include <algorithm>
+#include <cmath>
 
 namespace corvath::algorithm {
-
-namespace {
-constexpr double kSqrtTwelve = 3.4641016151377544;  // length over standard deviation
-}
 
 double RV_Uniform::GetLowerBound() const {
   return RV_Parameter(0);
@@ -19,6 +18,7 @@ double RV_Uniform::GetUpperBound() const {
 double RV_Uniform::PDF(double x) const {
   const double a = RV_Parameter(0);
   const double b = RV_Parameter(1);
+  if (std::isnan(x)) return x;
   return x < a || x > b ? 0.0 : 1.0 / (b - a);
 }
 
@@ -41,7 +41,7 @@ void RV_Uniform::SetParameters(const Eigen::VectorXd& parameters) {
   RequireCount(parameters, 2, L": Wrong number of statistical parameters. Expected: 2, obtained: ");
   const auto [a, b] = std::minmax({parameters(0), parameters(1)});
   const double mean = 0.5 * a + 0.5 * b;
-  const double sd = (b - a) / kSqrtTwelve;
+  const double sd = (b - a) / kUniformLength;
   const double floored = RaiseToFloor(mean, sd);
   if (floored > sd)
     TakeStats(mean, floored);
@@ -56,12 +56,14 @@ void RV_Uniform::SetStats(const Eigen::VectorXd& moments) {
 }
 
 void RV_Uniform::TakeStats(double mean, double sd) {
-  const double half = 0.5 * kSqrtTwelve * sd;
+  const double half = 0.5 * kUniformLength * sd;
   Store({mean - half, mean + half}, {mean, sd});
 }
 
 void RV_Uniform::Reset() {
-  Store({0.0, 1.0}, {0.5, 1.0 / kSqrtTwelve});
+  Store({0.0, 1.0}, {0.5, 1.0 / kUniformLength});
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Uniform)

@@ -4,6 +4,9 @@
 
 namespace corvath::algorithm {
 
+/// Length of a uniform distribution over its standard deviation: sqrt(12).
+constexpr double kUniformLength = 3.4641016151377544;
+
 /// Uniform distribution on [a, b]; bounds in the wrong order are exchanged.
 class RV_Uniform : public RVType<RV_Uniform, enums::RandomVariable::UNIFORM, Support::kInterval> {
  public:
@@ -19,14 +22,8 @@ class RV_Uniform : public RVType<RV_Uniform, enums::RandomVariable::UNIFORM, Sup
   void Reset() override;
 
  private:
-  friend class boost::serialization::access;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
-
   /// The parameters with this mean and standard deviation, which are in the domain.
   void TakeStats(double mean, double sd);
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_Uniform, "corvath::algorithm::RV_Uniform")

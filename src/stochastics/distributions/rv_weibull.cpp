@@ -1,6 +1,7 @@
 #include "stochastics/distributions/rv_weibull.h"
 
 #include "foundation/closeness.h"
+#include "stochastics/distributions/persisted_form.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/special_functions.h"
 
@@ -23,6 +24,12 @@ double LogVariation(double k) {
 
 double MeanOfUnitScale(double k) {
   return std::exp(math::LogGamma1p(1.0 / k));
+}
+
+/// Mean and standard deviation.
+Eigen::Vector2d Moments(double lambda, double k) {
+  const double mean = lambda * MeanOfUnitScale(k);
+  return {mean, mean * std::sqrt(std::expm1(LogVariation(k)))};
 }
 
 }  // namespace
@@ -55,15 +62,16 @@ void RV_Weibull::SetParameters(const Eigen::VectorXd& parameters) {
   RequireCount(parameters, 2, L": Obtained wrong number of parameters. Expected: 2, obtained: ");
   const double lambda = std::max(parameters(0), math::kEps);
   const double k = std::max(parameters(1), kMinShape);
-  const double mean = lambda * MeanOfUnitScale(k);
-  const double sd = mean * std::sqrt(std::expm1(LogVariation(k)));
+  const Eigen::Vector2d moments = Moments(lambda, k);
+  const double mean = moments(0);
+  const double sd = moments(1);
   const double allowed_mean = std::max(mean, math::kEps);
   const double allowed_sd =
       std::min(RaiseToFloor(allowed_mean, sd), allowed_mean * kMaxCoefficientOfVariation);
   if (allowed_mean != mean || allowed_sd != sd)
     TakeStats(allowed_mean, allowed_sd);
   else
-    Store({lambda, k}, {mean, sd});
+    Store(Eigen::Vector2d(lambda, k), moments);
 }
 
 void RV_Weibull::SetStats(const Eigen::VectorXd& moments) {
@@ -77,15 +85,18 @@ void RV_Weibull::SetStats(const Eigen::VectorXd& moments) {
   TakeStats(mean, sd);
 }
 
-// Bisection of (0, 2 k0), k0 = 100, which is doubled until the shape lies inside; the coefficient of
-// variation 1e-6 needs one of 1.3e6.
+// Bisection of (0, 200) down to 2e-10. Interval and width are contract: variables of equal moments
+// have equal parameters wherever they were made. A coefficient of variation below 0.0064, which
+// would need a larger shape, is not reached.
 void RV_Weibull::TakeStats(double mean, double sd) {
+  constexpr double kWidth = 1e-10;
   const double target = std::log1p((sd / mean) * (sd / mean));
   double k = 100.0;
-  while (k < 1e8 && LogVariation(2.0 * k) > target) k *= 2.0;
-  constexpr double kWidth = 1e-16;  // of the shape, relative: all that a double can hold
-  for (double h = 0.5 * k; h > kWidth * k; h *= 0.5) k += LogVariation(k) < target ? -h : h;
-  Store({mean / MeanOfUnitScale(k), k}, {mean, sd});
+  for (double h = 50.0; h >= kWidth; h *= 0.5) k += LogVariation(k) < target ? -h : h;
+  const Eigen::Vector2d parameters(mean / MeanOfUnitScale(k), k);
+  const Eigen::Vector2d asked(mean, sd);
+  const Eigen::Vector2d found = Moments(parameters(0), k);
+  Store(parameters, IsReached(asked, found) ? asked : found);
 }
 
 void RV_Weibull::Reset() {
@@ -93,3 +104,5 @@ void RV_Weibull::Reset() {
 }
 
 }  // namespace corvath::algorithm
+
+ZEL_DISTRIBUTION(RV_Weibull)

@@ -19,14 +19,8 @@ class RV_Weibull : public RVType<RV_Weibull, enums::RandomVariable::WEIBULL, Sup
   void Reset() override;
 
  private:
-  friend class boost::serialization::access;
-  template <class Archive>
-  void serialize(Archive& ar, unsigned int version);
-
   /// The parameters with this mean and standard deviation, which are in the domain.
   void TakeStats(double mean, double sd);
 };
 
 }  // namespace corvath::algorithm
-
-ZEL_EXPORT_KEY(corvath::algorithm::RV_Weibull, "corvath::algorithm::RV_Weibull")

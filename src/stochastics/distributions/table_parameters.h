@@ -2,6 +2,7 @@
 
 #include <Eigen/Core>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,11 @@ inline std::vector<std::wstring> TableParameterNames(Eigen::Index rows) {
     names.emplace_back(L"Probability");
   }
   return names;
+}
+
+/// The size that a stored table of `size` numbers must have: pairs, at least two of them.
+inline Eigen::Index WholeTable(Eigen::Index size) {
+  return std::max<Eigen::Index>(size - size % 2, 4);
 }
 
 }  // namespace corvath::algorithm

@@ -2,7 +2,7 @@
 
 #include "doe/sobol_table.h"
 
-namespace support {
+namespace sobol {
 
 using corvath::math::DirectionNumbers;
 
@@ -16,4 +16,4 @@ int PairQuality(const DirectionNumbers& a, const DirectionNumbers& b, int m);
 /// pair weighs more than several fair ones.
 double PairCost(const DirectionNumbers& a, const DirectionNumbers& b);
 
-}  // namespace support
+}  // namespace sobol

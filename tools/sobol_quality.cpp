@@ -1,8 +1,8 @@
-#include "support/sobol_quality.h"
+#include "sobol_quality.h"
 
 #include <algorithm>
 
-namespace support {
+namespace sobol {
 namespace {
 
 using corvath::math::kSobolBits;
@@ -69,4 +69,4 @@ double PairCost(const DirectionNumbers& a, const DirectionNumbers& b) {
   return cost;
 }
 
-}  // namespace support
+}  // namespace sobol
