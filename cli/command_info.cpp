@@ -314,8 +314,10 @@ void RunInfo(const InfoOptions& options) {
   const TextTable descriptions = PrintOutputs(project, solver, text);
   PrintCriteria(project, solver, text);
   if (options.candidates) PrintAllCandidates(project, solver, text);
-  text << "\nModels in full\n";
-  descriptions.Print(text, "  ");
+  if (options.models) {
+    text << "\nModels in full\n";
+    descriptions.Print(text, "  ");
+  }
   PrintResult(text.str());
 }
 

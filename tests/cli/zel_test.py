@@ -171,11 +171,18 @@ class Zel(ProgramTest):
                      stdin=table(designs(1)))
         self.refused(result, "folder.csv")
 
-    def test_a_full_disk_is_an_error(self):
+    def test_output_that_nobody_takes_is_an_error(self):
+        reader, broken = os.pipe()
+        os.close(reader)
         with open("/dev/full", "wb") as full:
-            result = subprocess.run([ZEL, "solve", SAMPLE, "--in", "-"], input=table(designs(5)),
-                                    stdout=full, stderr=subprocess.PIPE, timeout=60)
-        self.refused(result, "standard output", "No space left")
+            for output, text in ((full, "No space left"), (broken, "Broken pipe")):
+                for arguments in (["solve", SAMPLE, "--in", "-"], ["functions"], ["--help"],
+                                  ["solve", "--help"], ["--version"]):
+                    with self.subTest(text, arguments=arguments):
+                        result = subprocess.run([ZEL, *arguments], input=table(designs(5)),
+                                                stdout=output, stderr=subprocess.PIPE, timeout=60)
+                        self.refused(result, "standard output", text)
+        os.close(broken)
 
     def sample(self, *arguments):
         """The names and rows that zel sample writes."""
@@ -309,6 +316,9 @@ class Zel(ProgramTest):
         text = zel("info", SAMPLE).stdout.decode()
         for word in INPUTS + OUTPUTS + ["stress_limit", "Linear Regression"]:
             self.assertIn(word, text)
+        longer = zel("info", SAMPLE, "--models").stdout.decode()
+        self.assertTrue(longer.startswith(text))
+        self.assertTrue(longer[len(text):].startswith("\nModels in full\n"))
 
     def test_info_shows_distributions_and_correlations_of_random_inputs(self):
         random = str(pathlib.Path(SAMPLE).parent / "zel_tenbar_random.vrdb")
@@ -334,6 +344,12 @@ class Zel(ProgramTest):
                           ["fly", SAMPLE]):
             with self.subTest(arguments):
                 self.assertEqual(zel(*arguments).returncode, 2)
+        hints = {("trian", SAMPLE): 'no command "trian"; did you mean "train"?',
+                 ("train", "t.csv", "--inpts=a", "--responses", "y"): 'did you mean "--inputs"?',
+                 ("--lgo", "info", SAMPLE): 'no option "--lgo"; did you mean "--log"?',
+                 ("solve", SAMPLE, "--quux"): "zel solve --help lists all"}
+        for arguments, text in hints.items():
+            self.refused(zel(*arguments), text, status=2)
         for arguments in (["--help"], ["solve", "--help"], ["--version"]):
             self.assertEqual(zel(*arguments).returncode, 0)
 
