@@ -98,6 +98,17 @@ def test_copies_and_pickles_open_the_file_again(plate):
         assert_plate(twin.solve(Plate.designs(2)), Plate.designs(2))
 
 
+def test_a_pickled_project_keeps_its_hash(tmp_path):
+    path = shutil.copy(Plate.path, tmp_path / "plate.vrdb")
+    with zelsolver.Project(path, zelsolver.file_hash(path)) as signed:
+        with pickle.loads(pickle.dumps(signed)) as twin:
+            assert twin.hash == signed.hash
+        pickled = pickle.dumps(signed)
+    shutil.copy(SAMPLE, path)  # another file by now
+    with pytest.raises(zelsolver.SignatureError):
+        pickle.loads(pickled)
+
+
 def test_checks_the_hash():
     hash = zelsolver.file_hash(SAMPLE)
     assert hash == subprocess.run([ZEL, "hash", SAMPLE], capture_output=True, text=True,
