@@ -26,7 +26,8 @@ std::vector<std::string> LongOptions(const CLI::App& app) {
 
 std::vector<std::string> Commands(const CLI::App& app) {
   std::vector<std::string> names;
-  for (const CLI::App* const command : app.get_subcommands({})) names.push_back(command->get_name());
+  for (const CLI::App* const command : app.get_subcommands({}))
+    names.push_back(command->get_name());
   return names;
 }
 
