@@ -117,7 +117,7 @@ class Installed(unittest.TestCase):
                          VERSION)
         flags = run("pkg-config", "--cflags", "--libs", "zelsolver", env=self.environment).strip()
         for compiler, source in (("gcc -std=c99 -Wall -Wextra -Wpedantic -Werror", "predict.c"),
-                                 ("g++ -std=c++11 -Wall -Wextra -Wpedantic -Werror", "predict.cpp")):
+                                 ("g++ -std=c++17 -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror", "predict.cpp")):
             with self.subTest(source):
                 program = pathlib.Path(self.folder.name, source + ".out")
                 run("sh", "-c", f"{compiler} '{OUTSIDE / source}' {flags} -o '{program}'")
@@ -173,7 +173,8 @@ class DebianPackages(unittest.TestCase):
         library = f"libzelsolver{MAJOR}"
         expected = {
             library: [f"lib/{SONAME}", f"lib/libzelsolver.so.{VERSION}"],
-            "libzelsolver-dev": ["include/zelsolver/zelsolver.h", "lib/libzelsolver.so",
+            "libzelsolver-dev": ["include/zelsolver/zelsolver.h", "include/zelsolver/zelsolver.hpp",
+                                 "lib/libzelsolver.so",
                                  "lib/pkgconfig/zelsolver.pc",
                                  "lib/cmake/zelsolver/zelsolver-config.cmake",
                                  "lib/cmake/zelsolver/zelsolver-config-version.cmake"],
