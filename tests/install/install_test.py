@@ -106,6 +106,13 @@ class Installed(unittest.TestCase):
         run(CMAKE, "--build", build, env=self.environment)
         self.check(build / "in_c")
         self.check(build / "in_cpp")
+        # The examples that are installed beside it are such a project, too.
+        examples = pathlib.Path(self.folder.name, "examples")
+        run(CMAKE, "-S", self.prefix / "share/doc/zelsolver/examples", "-B", examples,
+            env=self.environment)
+        run(CMAKE, "--build", examples, env=self.environment)
+        self.assertEqual(run(examples / "cpp_caller", SAMPLE, env=self.environment),
+                         run(examples / "c_caller", SAMPLE, env=self.environment))
         result = subprocess.run(  # the next generation would not fit
             [CMAKE, "-S", OUTSIDE, "-B", build / "other", f"-DZEL_WANTED={int(MAJOR) + 1}"],
             capture_output=True, text=True, timeout=60, env=self.environment)
