@@ -18,7 +18,7 @@ echo "\$ zel info $sample"
 echo
 echo "Predictions beside the finite element analysis, at designs not used for training"
 echo
-build/release/examples/compare_tenbar "$sample"
+build/release/tools/sample_projects/compare_tenbar "$sample"
 
 echo
 echo "\$ zel solve $sample --in examples/points.csv --density"
@@ -42,4 +42,4 @@ echo "\$ zel info $random"
 echo
 echo "Least mass on the first project's models, checked with the finite element analysis"
 echo
-build/release/examples/optimise_tenbar "$sample"
+build/release/tools/sample_projects/optimise_tenbar "$sample"

@@ -1,4 +1,3 @@
-#include "api/call_frame.h"
 #include "candidate_list.h"
 #include "commands.h"
 #include "date_text.h"
@@ -15,12 +14,12 @@
 #include "solver/zel_solver.h"
 #include "standard_output.h"
 #include "stochastics/random_variable.h"
+#include "table_columns.h"
 #include "text_table.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <ostream>
 #include <sstream>
 
@@ -32,7 +31,7 @@ using corvath::utils::ToUtf8;
 
 /// A bound or reference value; "-" where the project has none.
 std::string ValueText(double value) {
-  return std::isnan(value) || value == std::numeric_limits<double>::max() ? "-" : Short(value);
+  return std::isfinite(value) ? Short(value) : "-";
 }
 
 std::string UnitOf(const corvath::algorithm::datatypes::ParameterManager& manager,
@@ -43,7 +42,7 @@ std::string UnitOf(const corvath::algorithm::datatypes::ParameterManager& manage
 
 void PrintInputs(const Project& project, corvath::zel::ZELSolver& solver, std::ostream& out) {
   const auto& manager = solver.GetProject().GetParameterManager();
-  const std::vector<double> bounds = project.GetBounds();
+  const std::vector<zelsolver::Bounds> bounds = project.GetBounds();
   const auto& inputs = project.GetInputs();
   const bool has_units = std::any_of(inputs.begin(), inputs.end(), [&](const std::string& name) {
     return !UnitOf(manager, name).empty();
@@ -55,7 +54,7 @@ void PrintInputs(const Project& project, corvath::zel::ZELSolver& solver, std::o
   if (has_units) table.AddColumn("unit", TextTable::Align::kLeft);
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     const std::string& name = inputs[i];
-    std::vector<std::string> row = {name, ValueText(bounds[2 * i]), ValueText(bounds[2 * i + 1]),
+    std::vector<std::string> row = {name, ValueText(bounds[i].lower), ValueText(bounds[i].upper),
                                     ValueText(project.GetReferenceValue(name))};
     if (has_units) row.push_back(UnitOf(manager, name));
     table.AddRow(std::move(row));
@@ -65,8 +64,8 @@ void PrintInputs(const Project& project, corvath::zel::ZELSolver& solver, std::o
 }
 
 /// The words, dates and titles of the table that the project was trained on.
-void PrintColumns(const Project& project, std::ostream& out) {
-  const TableColumns columns = project.ReadColumns();
+void PrintColumns(corvath::zel::ZELSolver& solver, std::ostream& out) {
+  const TableColumns columns = TableColumns::FromProject(solver.GetProject());
   if (columns.GetAll().empty()) return;
   out << "\nColumns of the table\n";
   TextTable table;
@@ -194,7 +193,7 @@ Json::Value Texts(const std::vector<std::wstring>& texts) {
 
 /// A bound or reference value; null where the project has none.
 Json::Value ValueJson(double value) {
-  return value == std::numeric_limits<double>::max() ? Json::Value() : JsonNumber(value);
+  return std::isfinite(value) ? JsonNumber(value) : Json::Value();
 }
 
 Json::Value DistributionJson(const corvath::algorithm::datatypes::Parameter& parameter) {
@@ -217,16 +216,16 @@ Json::Value DistributionJson(const corvath::algorithm::datatypes::Parameter& par
 
 Json::Value InputsJson(const Project& project, corvath::zel::ZELSolver& solver) {
   const auto& manager = solver.GetProject().GetParameterManager();
-  const TableColumns columns = project.ReadColumns();
-  const std::vector<double> bounds = project.GetBounds();
+  const TableColumns columns = TableColumns::FromProject(solver.GetProject());
+  const std::vector<zelsolver::Bounds> bounds = project.GetBounds();
   Json::Value list(Json::arrayValue);
   for (std::size_t i = 0; i < project.GetInputs().size(); ++i) {
     const std::string& name = project.GetInputs()[i];
     const TableColumn* const column = columns.Find(name);
     Json::Value json = column == nullptr ? Json::Value(Json::objectValue) : column->ToJson();
     json["name"] = name;
-    json["lower"] = ValueJson(bounds[2 * i]);
-    json["upper"] = ValueJson(bounds[2 * i + 1]);
+    json["lower"] = ValueJson(bounds[i].lower);
+    json["upper"] = ValueJson(bounds[i].upper);
     json["reference"] = ValueJson(project.GetReferenceValue(name));
     const std::string unit = UnitOf(manager, name);
     if (!unit.empty()) json["unit"] = unit;
@@ -248,7 +247,7 @@ Json::Value OutputJson(const Project& project, corvath::zel::ZELSolver& solver,
   const std::vector<double> cops = project.GetCoPs(name);
   const std::vector<bool> filtered = project.GetFiltered(name);
   const auto& model = solver.GetSurrogateInfos().GetSurrogateInfo(FromUtf8(name)).GetSurrogate();
-  const TableColumns columns = project.ReadColumns();
+  const TableColumns columns = TableColumns::FromProject(solver.GetProject());
   const TableColumn* const column = columns.Find(name);
   Json::Value json = column == nullptr ? Json::Value(Json::objectValue) : column->ToJson();
   json["name"] = name;
@@ -270,7 +269,7 @@ Json::Value OutputJson(const Project& project, corvath::zel::ZELSolver& solver,
 Json::Value Document(const Project& project, corvath::zel::ZELSolver& solver,
                      bool with_candidates) {
   Json::Value document;
-  document["project"] = project.GetFile();
+  document["project"] = project.GetPath();
   document["inputs"] = InputsJson(project, solver);
   document["correlations"] = Json::Value(Json::arrayValue);
   const auto& correlations = solver.GetProject().GetParameterManager().GetCoherences();
@@ -299,23 +298,25 @@ Json::Value Document(const Project& project, corvath::zel::ZELSolver& solver,
 
 void RunInfo(const InfoOptions& options) {
   ClaimStandardOutput();  // before the library logs what it meets
-  const Project project(options.file, options.hash);
-  const auto shared = corvath::zel::api::ProvideSolver(
-      options.file.c_str(), options.hash.empty() ? nullptr : options.hash.c_str());
-  corvath::zel::ZELSolver& solver = *shared;
+  const Project project = OpenProject(options.file, options.hash);
+  corvath::zel::ZELSolver solver(/*allow_missing_models=*/false);
+  if (!solver.Load(FromUtf8(options.file)))
+    throw Refusal(options.file + ": changed while it was read");
   if (options.json) {
     PrintResult(JsonText(Document(project, solver, options.candidates)));
     return;
   }
   std::ostringstream text;
   PrintInputs(project, solver, text);
-  PrintColumns(project, text);
+  PrintColumns(solver, text);
   PrintDistributions(project, solver, text);
   const TextTable descriptions = PrintOutputs(project, solver, text);
   PrintCriteria(project, solver, text);
   if (options.candidates) PrintAllCandidates(project, solver, text);
-  text << "\nModels in full\n";
-  descriptions.Print(text, "  ");
+  if (options.models) {
+    text << "\nModels in full\n";
+    descriptions.Print(text, "  ");
+  }
   PrintResult(text.str());
 }
 

@@ -3,13 +3,13 @@
 #include "csv_header.h"
 #include "csv_reader.h"
 #include "csv_writer.h"
+#include "input_reach.h"
 #include "name_hint.h"
 #include "output_file.h"
 #include "progress_line.h"
 #include "project.h"
 #include "standard_output.h"
-
-#include <zelsolver/zelsolver.h>
+#include "table_columns.h"
 
 #include <algorithm>
 #include <charconv>
@@ -55,19 +55,15 @@ class Extras {
 
   /// Each quantity by itself: a model without the one may have the other. What it refuses is NaN; the
   /// library's log says why.
-  void Solve(unsigned int n, const std::vector<double>& inputs, bool extrapolate) {
+  void Solve(std::size_t n, const std::vector<double>& inputs) {
     for (Block& block : blocks_) {
-      if (block.refused) {
-        block.values.assign(n * block.width, std::nan(""));
-        continue;
-      }
+      block.values.assign(n * block.width, std::nan(""));
+      if (block.refused) continue;
       try {
-        project_.SolveOne(output_, n, inputs,
-                          extrapolate ? block.flag | ZEL_RESPONSE_EXTRAPOLATE : block.flag,
-                          block.values);
-      } catch (const Refusal&) {
+        project_.SolveResponse(output_, inputs, block.flag | ZEL_RESPONSE_EXTRAPOLATE,
+                               block.values);
+      } catch (const zelsolver::Error&) {
         block.refused = true;
-        block.values.assign(n * block.width, std::nan(""));
       }
     }
   }
@@ -96,6 +92,11 @@ class Extras {
 std::string Number(double value) {
   char text[32];
   return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
+}
+
+bool IsOutside(double value, const zelsolver::Bounds& bounds) {
+  constexpr double kTolerance = 1e-8;
+  return value < bounds.lower - kTolerance || value > bounds.upper + kTolerance;
 }
 
 /// The rows of one block, and where they came from.
@@ -151,16 +152,21 @@ class Designs {
     return by_input_;
   }
 
-  /// @throws Refusal  a value is outside, as the library counts it
-  void CheckBounds(const std::vector<double>& bounds) const {
-    constexpr double kTolerance = 1e-8;
+  /// Counts values outside the bounds, as the library does.
+  /// @param reach  beyond it a value is refused
+  /// @throws Refusal  it is, and where
+  void CheckBounds(const std::vector<zelsolver::Bounds>& bounds,
+                   const std::vector<zelsolver::Bounds>& reach,
+                   std::vector<std::uint64_t>& num_outside) const {
     for (std::size_t d = 0; d < size_; ++d)
       for (std::size_t i = 0; i < inputs_.size(); ++i) {
         const double value = rows_[d * inputs_.size() + i];
-        if (value < bounds[2 * i] - kTolerance || value > bounds[2 * i + 1] + kTolerance)
+        if (!IsOutside(value, bounds[i])) continue;
+        if (IsOutside(value, reach[i]))
           throw Refusal(header_->Place(row_numbers_[d], columns_[i]) + ": " + Number(value) +
-                        " is outside [" + Number(bounds[2 * i]) + ", " + Number(bounds[2 * i + 1]) +
+                        " is outside [" + Number(bounds[i].lower) + ", " + Number(bounds[i].upper) +
                         "]; --extrapolate predicts there too");
+        ++num_outside[i];
       }
   }
 
@@ -179,14 +185,17 @@ class Solver {
  public:
   explicit Solver(const SolveOptions& options)
       : options_(options),
-        project_(options.file, options.hash),
+        project_(OpenProject(options.file, options.hash)),
+        record_(ReadRecord(project_)),
         bounds_(project_.GetBounds()),
+        reach_(options.extrapolate
+                   ? std::vector<zelsolver::Bounds>(bounds_.size(), {-HUGE_VAL, HUGE_VAL})
+                   : ReachOfInputs(record_, project_.GetInputs(), bounds_)),
+        num_outside_(bounds_.size()),
         reader_(options.in),
-        designs_(project_.GetInputs(), project_.ReadColumns()),
+        designs_(project_.GetInputs(), TableColumns::FromProject(record_)),
         file_(options.out),
         writer_(file_) {
-    flags_ = ZEL_SOLVE_RESPONSES;
-    if (options.extrapolate) flags_ |= ZEL_SOLVE_EXTRAPOLATE;
     if (options.criteria) flags_ |= ZEL_SOLVE_CRITERIA;
     const auto& outputs = project_.GetOutputs();
     for (const auto& name : options.gradients)
@@ -214,9 +223,13 @@ class Solver {
     if (designs_.GetSize() > 0) SolveBlock();
     writer_.Flush();
     file_.Commit();
+    progress_.Clear();
     const std::string format = reader_.DescribeFormat();
     if (!options_.quiet && !format.empty())
       std::cerr << "zel: " << reader_.GetName() << ": " << format << '\n';
+    const std::string outside = DescribeOutside();
+    if (!options_.quiet && !outside.empty())
+      std::cerr << "zel: " << reader_.GetName() << ": " << outside << '\n';
   }
 
  private:
@@ -229,14 +242,24 @@ class Solver {
     writer_.EndRecord();
   }
 
+  /// "outside the range of the project's designs: area_1 3 of 200, load_inner 17 of 200"; empty if
+  /// there are none.
+  std::string DescribeOutside() const {
+    std::string list;
+    for (std::size_t i = 0; i < num_outside_.size(); ++i)
+      if (num_outside_[i] > 0)
+        list += (list.empty() ? "" : ", ") + project_.GetInputs()[i] + ' ' +
+                std::to_string(num_outside_[i]) + " of " + std::to_string(num_solved_);
+    return list.empty() ? "" : "outside the range of the project's designs: " + list;
+  }
+
   void SolveBlock() {
-    // The library checks bounds, too, but knows no rows.
-    if (!options_.extrapolate) designs_.CheckBounds(bounds_);
+    designs_.CheckBounds(bounds_, reach_, num_outside_);
     const std::size_t n = designs_.GetSize();
     const auto& inputs = designs_.ByInput();
-    project_.Solve(static_cast<unsigned int>(n), inputs, flags_, values_);
-    for (Extras& extras : extras_)
-      extras.Solve(static_cast<unsigned int>(n), inputs, options_.extrapolate);
+    values_.resize(project_.GetSize(inputs, flags_));
+    project_.Solve(inputs, flags_, values_);
+    for (Extras& extras : extras_) extras.Solve(n, inputs);
     const std::size_t num_outputs = project_.GetOutputs().size();
     const std::size_t num_criteria = options_.criteria ? project_.GetCriteria().size() : 0;
     const double* const criteria = values_.data() + num_outputs * n;
@@ -253,13 +276,17 @@ class Solver {
 
   const SolveOptions& options_;
   Project project_;
-  std::vector<double> bounds_;
+  corvath::algorithm::datatypes::VRDB record_;
+  std::vector<zelsolver::Bounds> bounds_;
+  std::vector<zelsolver::Bounds> reach_;    ///< at least the bounds
+  std::vector<std::uint64_t> num_outside_;  ///< of each input
   CsvReader reader_;
   Designs designs_;
   OutputFile file_;
   CsvWriter writer_;
   ProgressLine progress_;
-  unsigned int flags_ = 0;
+  // CheckBounds() names the row and decides; the library knows no rows.
+  unsigned int flags_ = ZEL_SOLVE_RESPONSES | ZEL_SOLVE_EXTRAPOLATE;
   std::vector<double> values_;
   std::vector<Extras> extras_;  ///< one for each output
   std::uint64_t num_solved_ = 0;

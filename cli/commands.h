@@ -17,12 +17,12 @@ struct InfoOptions {
   std::string file;
   std::string hash;         ///< expected signature of `file`; empty: not checked
   bool candidates = false;  ///< the models that competed, too
+  bool models = false;      ///< the models' descriptions, too
   bool json = false;        ///< as one JSON document
 };
 
 /// Prints what the project `file` holds: inputs with bounds, reference values and, where they are
-/// random, distributions and correlations; responses with CoP, model and used inputs; criteria;
-/// descriptions of the models.
+/// random, distributions and correlations; responses with CoP, model and used inputs; criteria.
 void RunInfo(const InfoOptions& options);
 
 struct SolveOptions {

@@ -30,7 +30,8 @@ void OnSignal(int signal) {
 
 void HandleInterruptions() {
   on_terminal = isatty(STDERR_FILENO) != 0;
-  signal(SIGXFSZ, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);  // these two: what fails to be written says so itself
+  signal(SIGPIPE, SIG_IGN);
   for (const int number : kSignals) {
     struct sigaction action {};
     sigaction(number, nullptr, &action);

@@ -3,6 +3,7 @@
 #include "interruption.h"
 #include "manual.h"
 #include "standard_output.h"
+#include "usage_hint.h"
 
 #include <CLI/CLI.hpp>
 #include <zelsolver/zelsolver.h>
@@ -42,6 +43,7 @@ void AddInfo(CLI::App& app) {
   command->add_flag(
       "--candidates", options.candidates,
       "List the models that competed for each response, the chosen one marked with *");
+  command->add_flag("--models", options.models, "Show the formulas of the models, in full");
   command->add_flag("--json", options.json, "Print all as one JSON document");
   command
       ->add_option("--hash", options.hash,
@@ -272,6 +274,22 @@ void AddPages(CLI::App& app) {
   add("--bash-completion", cli::BashCompletion);
 }
 
+/// @return the exit status
+int Run(CLI::App& app, int argc, char** argv) {
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    const std::string hint = error.get_exit_code() == 0 ? "" : cli::UsageHint(app);
+    if (!hint.empty()) {
+      std::cerr << "zel: " << hint << '\n';
+      return kUsage;
+    }
+    if (app.exit(error) != 0) return kUsage;
+    cli::FlushStandardOutput();
+  }
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -295,9 +313,7 @@ int main(int argc, char** argv) {
   AddHash(app);
   AddPages(app);
   try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : kUsage;
+    return Run(app, argc, argv);
   } catch (const std::bad_alloc&) {
     std::cerr << "zel: out of memory\n";
     return kRefused;
@@ -305,5 +321,4 @@ int main(int argc, char** argv) {
     std::cerr << "zel: " << error.what() << '\n';
     return kRefused;
   }
-  return 0;
 }

@@ -45,7 +45,8 @@ std::size_t Distance(const std::string& a, const std::string& b) {
   return row.back();
 }
 
-/// The name with the fewest letters to change; null if that is another word.
+}  // namespace
+
 const std::string* FindNear(const std::string& name, const std::vector<std::string>& names) {
   const std::string wanted = Lower(name);
   const std::string* best = nullptr;
@@ -62,8 +63,6 @@ const std::string* FindNear(const std::string& name, const std::vector<std::stri
   }
   return best;
 }
-
-}  // namespace
 
 std::string NameHint(const std::string& name, const std::vector<std::string>& names,
                      const std::string& list) {

@@ -1,6 +1,5 @@
 #include "sample_inputs.h"
 
-#include "api/call_frame.h"
 #include "commands.h"
 #include "csv_cell.h"
 #include "design/parameter_manager.h"
@@ -124,16 +123,15 @@ SampleInputs SampleInputs::FromProject(const std::string& file, const std::strin
   namespace types = corvath::algorithm::datatypes;
   using Kinds = corvath::enums::DeterministicProperties;
   SampleInputs inputs;
-  const Project project(file, hash);
+  const Project project = OpenProject(file, hash);
   inputs.names_ = project.GetInputs();
   if (inputs.names_.empty()) throw Refusal(file + ": no inputs");
-  inputs.columns_told_ = project.ReadColumns();
-  const auto solver =
-      corvath::zel::api::ProvideSolver(file.c_str(), hash.empty() ? nullptr : hash.c_str());
-  const auto& names = solver->GetInputNames();
-  const types::ParameterManager& manager = solver->GetProject().GetParameterManager();
-  if (solver->GetProject().GetSamplingType() ==
-      types::DetailedInformationBase::kStochasticSampling) {
+  const types::VRDB record = ReadRecord(project);
+  inputs.columns_told_ = TableColumns::FromProject(record);
+  std::vector<std::wstring> names;
+  for (const std::string& name : inputs.names_) names.push_back(corvath::utils::FromUtf8(name));
+  const types::ParameterManager& manager = record.GetParameterManager();
+  if (record.GetSamplingType() == types::DetailedInformationBase::kStochasticSampling) {
     inputs.variables_ = types::ParameterManagerToRVSet(manager.GetSubset(names), types::Design());
     for (const std::wstring& name : types::GetVariableNames(*inputs.variables_))
       inputs.columns_.push_back(std::find(names.begin(), names.end(), name) - names.begin());

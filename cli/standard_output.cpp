@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <iostream>
 
 namespace cli {
 namespace {
@@ -42,6 +43,10 @@ std::FILE* ClaimStandardOutput() {
 void PrintResult(std::string_view text) {
   std::FILE* const out = ClaimStandardOutput();
   if (std::fwrite(text.data(), 1, text.size(), out) != text.size() || std::fflush(out) != 0) Fail();
+}
+
+void FlushStandardOutput() {
+  if (!std::cout.flush()) Fail();
 }
 
 }  // namespace cli

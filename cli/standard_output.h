@@ -17,4 +17,7 @@ std::FILE* ClaimStandardOutput();
 /// Writes `text` to the claimed standard output and flushes it. @throws Refusal  it cannot
 void PrintResult(std::string_view text);
 
+/// Flushes what went to std::cout: help, version, pages. @throws Refusal  it cannot
+void FlushStandardOutput();
+
 }  // namespace cli

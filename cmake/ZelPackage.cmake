@@ -39,8 +39,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzelsolver-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION}-1)")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "predictions from trained metamodels (development)
-${about} the C header, and the files by which CMake and
-pkg-config find the library.")
+${about} the headers for C and C++, and the files by which CMake
+and pkg-config find the library.")
 
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME zelsolver)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION science)

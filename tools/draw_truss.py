@@ -15,7 +15,7 @@ import sys
 
 PROJECT = pathlib.Path(__file__).resolve().parent.parent / "examples/zel_tenbar.vrdb"
 INPUTS = [f"area_{i}" for i in range(1, 11)]
-# The ten-bar truss of examples/ten_bar_truss.h: bays of 360 in, 10^4 ksi, 100 kips at nodes 1 and 3.
+# The ten-bar truss of tools/sample_projects/ten_bar_truss.h: bays of 360 in, 10^4 ksi, 100 kips at nodes 1 and 3.
 NODES = [(720, 360), (720, 0), (360, 360), (360, 0), (0, 360), (0, 0)]
 BARS = [(4, 2), (2, 0), (5, 3), (3, 1), (2, 3), (0, 1), (4, 3), (5, 2), (2, 1), (3, 0)]
 MODULUS, LOAD, LOADED = 1e4, 100.0, (1, 3)

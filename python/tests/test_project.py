@@ -47,14 +47,11 @@ def test_knows_parameters_that_are_no_inputs(plate):
 def test_refuses_unknown_names(plate, ask, name):
     with pytest.raises(zelsolver.UnknownNameError) as caught:
         getattr(plate, ask)(name)
-    assert str(name) in str(caught.value) or repr(name) in str(caught.value)
-
-
-def test_says_which_names_there_are(plate):
-    with pytest.raises(KeyError) as caught:
-        plate.cop("weight")
-    assert str(caught.value) == ('no response "weight"; there are "mass", "flat", "stress[0]", '
-                                 '"stress[1]", "stress[2]"')
+    text = str(caught.value)
+    assert str(name) in text or repr(name) in text
+    if (ask, name) == ("cop", "weight"):
+        assert text == ('no response "weight"; there are "mass", "flat", "stress[0]", "stress[1]", '
+                        '"stress[2]"')
 
 
 def test_closes(plate):
@@ -89,13 +86,20 @@ def test_takes_any_kind_of_path_and_survives_a_change_of_directory(monkeypatch, 
             monkeypatch.chdir(tmp_path)
 
 
-def test_copies_and_pickles_open_the_file_again(plate):
-    for twin in (copy.copy(plate), pickle.loads(pickle.dumps(plate))):
+def test_copies_and_pickles_open_the_file_again_and_keep_its_hash(tmp_path):
+    path = shutil.copy(Plate.path, tmp_path / "plate.vrdb")
+    original = zelsolver.Project(path, zelsolver.file_hash(path))
+    for twin in (copy.copy(original), pickle.loads(pickle.dumps(original))):
+        assert twin.hash == original.hash
         twin.close()
-        assert not plate.closed
-    with pickle.loads(pickle.dumps(plate)) as twin:
-        plate.close()
+        assert not original.closed
+    pickled = pickle.dumps(original)
+    with pickle.loads(pickled) as twin:
+        original.close()
         assert_plate(twin.solve(Plate.designs(2)), Plate.designs(2))
+    shutil.copy(SAMPLE, path)  # another file by now
+    with pytest.raises(zelsolver.SignatureError):
+        pickle.loads(pickled)
 
 
 def test_checks_the_hash():

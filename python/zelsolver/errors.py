@@ -4,7 +4,7 @@ library's own words where the library found it. A bug to report is anything else
 from __future__ import annotations
 
 import os
-from typing import Optional, Sequence, Tuple
+from typing import Any, Optional, Sequence, Tuple
 
 
 class ZelError(Exception):
@@ -34,6 +34,9 @@ class ProjectNotFoundError(ProjectError, FileNotFoundError):
         super().__init__(f"{path}: {os.strerror(2)}")
         self.errno, self.strerror, self.filename = 2, os.strerror(2), path
 
+    def __reduce__(self) -> Tuple[Any, ...]:  # also out of a pool of processes
+        return type(self), (self.filename,)
+
 
 class SignatureError(ProjectError):
     """The file's SHA-512 is not the one that the caller expects."""
@@ -57,10 +60,14 @@ class BoundsError(InputError):
     def __init__(self, text: str, row: int, input: str, value: float,
                  bounds: Tuple[float, float]) -> None:
         super().__init__(f"{text} (design {row})", status=2)
+        self._text = text
         #: Row of the first design outside, from 0; its first input outside; that value.
         self.row, self.input, self.value = row, input, value
         #: (lower, upper) of the input.
         self.bounds = bounds
+
+    def __reduce__(self) -> Tuple[Any, ...]:
+        return type(self), (self._text, self.row, self.input, self.value, self.bounds)
 
 
 class ModelError(ZelError):

@@ -177,9 +177,8 @@ class Project:
             else _not_asked("criterion (criteria=True evaluates them)", len(designs)),
             self._densities(trust, len(designs)) if density
             else _not_asked("density (density=True adds it)", len(designs)),
-            MappingProxyType({name: _as_errors(t[-1]) for name, t in trust.items()}
-                             if errors else {}),
-            MappingProxyType(refused), getattr(X, "index", None) if hasattr(X, "columns") else None)
+            {name: _as_errors(t[-1]) for name, t in trust.items()} if errors else {},
+            refused, getattr(X, "index", None) if hasattr(X, "columns") else None)
 
     @overload
     def gradients(self, X: Any, response: str, *, extrapolate: bool = ...) -> NamedArrays: ...

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from types import MappingProxyType
 from typing import Any, Dict, Iterator, Mapping, NamedTuple, Optional, Sequence, Tuple
 
 import numpy as np
@@ -70,6 +71,9 @@ class NamedArrays(Mapping[str, Array]):
         array = self.array if dtype is None else self.array.astype(dtype, copy=False)
         return array.copy() if copy else array
 
+    def __reduce__(self) -> Tuple[Any, ...]:
+        return type(self), (self.names, self.array, self._kind)
+
     def __repr__(self) -> str:
         return f"NamedArrays({dict(self)!r})"
 
@@ -78,7 +82,7 @@ class Solution(Mapping[str, Array]):
     """What Project.solve() predicts at n designs.
 
     `solution["mass"]` is a response or, if none has this name, a criterion: n values in its unit,
-    NaN where it could not be computed.
+    NaN where it could not be computed. It can be pickled.
     """
 
     __slots__ = ("responses", "criteria", "density", "errors", "refused", "index")
@@ -92,9 +96,9 @@ class Solution(Mapping[str, Array]):
         #: By response, see Project.density().
         self.density = density
         #: By response, see Project.errors().
-        self.errors = errors
+        self.errors: Mapping[str, LocalErrors] = MappingProxyType(dict(errors))
         #: Responses whose density and errors are NaN because the model knows none, and why.
-        self.refused = refused
+        self.refused: Mapping[str, str] = MappingProxyType(dict(refused))
         #: Index of the DataFrame that was solved, else None.
         self.index = index
 
@@ -111,6 +115,10 @@ class Solution(Mapping[str, Array]):
 
     def __len__(self) -> int:
         return sum(1 for _ in self)
+
+    def __reduce__(self) -> Tuple[Any, ...]:
+        return type(self), (self.responses, self.criteria, self.density, dict(self.errors),
+                            dict(self.refused), self.index)
 
     def __repr__(self) -> str:
         return f"Solution({dict(self)!r})"

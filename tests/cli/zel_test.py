@@ -4,6 +4,7 @@ import csv
 import ctypes
 import hashlib
 import io
+import json
 import math
 import os
 import pathlib
@@ -14,6 +15,8 @@ import statistics
 import subprocess
 
 from program import INPUTS, LIBRARY, OUTPUTS, SAMPLE, ZEL, ProgramTest, designs, main, table, zel
+
+RANDOM = str(pathlib.Path(SAMPLE).with_name("zel_tenbar_random.vrdb"))
 
 
 def predict(rows):
@@ -171,11 +174,18 @@ class Zel(ProgramTest):
                      stdin=table(designs(1)))
         self.refused(result, "folder.csv")
 
-    def test_a_full_disk_is_an_error(self):
+    def test_output_that_nobody_takes_is_an_error(self):
+        reader, broken = os.pipe()
+        os.close(reader)
         with open("/dev/full", "wb") as full:
-            result = subprocess.run([ZEL, "solve", SAMPLE, "--in", "-"], input=table(designs(5)),
-                                    stdout=full, stderr=subprocess.PIPE, timeout=60)
-        self.refused(result, "standard output", "No space left")
+            for output, text in ((full, "No space left"), (broken, "Broken pipe")):
+                for arguments in (["solve", SAMPLE, "--in", "-"], ["functions"], ["--help"],
+                                  ["solve", "--help"], ["--version"]):
+                    with self.subTest(text, arguments=arguments):
+                        result = subprocess.run([ZEL, *arguments], input=table(designs(5)),
+                                                stdout=output, stderr=subprocess.PIPE, timeout=60)
+                        self.refused(result, "standard output", text)
+        os.close(broken)
 
     def sample(self, *arguments):
         """The names and rows that zel sample writes."""
@@ -225,21 +235,43 @@ class Zel(ProgramTest):
 
     def test_sample_of_a_project_can_be_solved(self):
         path = self.path / "sample.csv"
-        self.assertEqual(zel("sample", "--scheme", "space", "--n", "30", "--from", SAMPLE,
+        self.assertEqual(zel("sample", "--scheme", "space", "--n", "200", "--from", SAMPLE,
                              "--out", str(path)).returncode, 0)
         header, *rows = csv.reader(io.StringIO(path.read_text()))
         self.assertEqual(header, INPUTS)
-        for column in zip(*rows):  # one value in the middle of each of 30 intervals
+        for column in zip(*rows):  # one value in the middle of each of 200 intervals
             values = sorted(map(float, column))
             steps = [b - a for a, b in zip(values, values[1:])]
             self.assertAlmostEqual(min(steps), max(steps), places=12)
-        result = zel("solve", SAMPLE, "--in", str(path), "--extrapolate")
-        self.assertEqual(result.returncode, 0, result.stderr)
-        self.assertEqual(result.stdout.count(b"\n"), 31)
+        # The designs of the study do not reach the ends of the inputs.
+        outside = [sum(not lower <= float(value) <= upper for value in column) for column, (
+            lower, upper) in zip(zip(*rows), self.bounds(SAMPLE))]
+        self.assertGreater(sum(outside), 0)
+        self.refused(zel("solve", SAMPLE, "--in", str(path)), "is outside")
+        self.refused(zel("solve", SAMPLE, "--in", str(path), "--extrapolate"), "range", *(
+            f"{name} {count} of 200" for name, count in zip(INPUTS, outside) if count), status=0)
+
+    def bounds(self, project):
+        return [(input["lower"], input["upper"])
+                for input in json.loads(zel("info", project, "--json").stdout)["inputs"]]
+
+    def test_random_inputs_are_solved_where_their_distributions_reach(self):
+        header, rows = self.sample("--scheme", "plain", "--n", "500", "--from", RANDOM)
+        outside = [sum(not lower <= value <= upper for value in column)
+                   for column, (lower, upper) in zip(zip(*rows), self.bounds(RANDOM))]
+        result = zel("solve", RANDOM, "--in", "-", stdin=table(rows, header))
+        self.assertEqual(result.stdout.count(b"\n"), 501)
+        self.assertNotIn(b"nan", result.stdout)
+        self.refused(result, ": ".join(("range of the project's designs", ", ".join(
+            f"{name} {count} of 500" for name, count in zip(header, outside) if count))), status=0)
+        self.assertEqual(
+            zel("solve", RANDOM, "--in", "-", "--quiet", stdin=table(rows, header)).stderr, b"")
+        rows[3][header.index("load_inner")] = 161  # 6.1 standard deviations above the mean
+        self.refused(zel("solve", RANDOM, "--in", "-", stdin=table(rows, header)), "row 5",
+                     '"load_inner"', "161 is outside", "--extrapolate")
 
     def test_sample_of_random_inputs_follows_distributions_and_correlations(self):
-        project = str(pathlib.Path(SAMPLE).with_name("zel_tenbar_random.vrdb"))
-        header, rows = self.sample("--scheme", "ortho", "--n", "4000", "--from", project)
+        header, rows = self.sample("--scheme", "ortho", "--n", "4000", "--from", RANDOM)
         columns = dict(zip(header, zip(*rows)))
         # Mean and standard deviation, as the project states them; each far beyond the error of
         # 4000 stratified values.
@@ -260,7 +292,7 @@ class Zel(ProgramTest):
         self.assertAlmostEqual(correlation("area_1", "area_3"), 0.4, delta=0.05)
         self.assertAlmostEqual(correlation("modulus", "load_inner"), 0.0, delta=0.05)
         # Levels of a grid are standard deviations: the centre is the median of each variable.
-        center = self.sample("--scheme", "center", "--from", project)[1][0]
+        center = self.sample("--scheme", "center", "--from", RANDOM)[1][0]
         self.assertAlmostEqual(center[header.index("load_inner")], 100, places=9)
         self.assertAlmostEqual(center[header.index("modulus")], 1e4 / math.sqrt(1 + 0.05**2),
                                places=6)
@@ -309,10 +341,12 @@ class Zel(ProgramTest):
         text = zel("info", SAMPLE).stdout.decode()
         for word in INPUTS + OUTPUTS + ["stress_limit", "Linear Regression"]:
             self.assertIn(word, text)
+        longer = zel("info", SAMPLE, "--models").stdout.decode()
+        self.assertTrue(longer.startswith(text))
+        self.assertTrue(longer[len(text):].startswith("\nModels in full\n"))
 
     def test_info_shows_distributions_and_correlations_of_random_inputs(self):
-        random = str(pathlib.Path(SAMPLE).parent / "zel_tenbar_random.vrdb")
-        lines = zel("info", random).stdout.decode().splitlines()
+        lines = zel("info", RANDOM).stdout.decode().splitlines()
 
         def line(name, word):
             return next(text for text in lines if text.strip().startswith(name) and word in text)
@@ -334,6 +368,12 @@ class Zel(ProgramTest):
                           ["fly", SAMPLE]):
             with self.subTest(arguments):
                 self.assertEqual(zel(*arguments).returncode, 2)
+        hints = {("trian", SAMPLE): 'no command "trian"; did you mean "train"?',
+                 ("train", "t.csv", "--inpts=a", "--responses", "y"): 'did you mean "--inputs"?',
+                 ("--lgo", "info", SAMPLE): 'no option "--lgo"; did you mean "--log"?',
+                 ("solve", SAMPLE, "--quux"): "zel solve --help lists all"}
+        for arguments, text in hints.items():
+            self.refused(zel(*arguments), text, status=2)
         for arguments in (["--help"], ["solve", "--help"], ["--version"]):
             self.assertEqual(zel(*arguments).returncode, 0)
 

@@ -106,6 +106,13 @@ class Installed(unittest.TestCase):
         run(CMAKE, "--build", build, env=self.environment)
         self.check(build / "in_c")
         self.check(build / "in_cpp")
+        # The examples that are installed beside it are such a project, too.
+        examples = pathlib.Path(self.folder.name, "examples")
+        run(CMAKE, "-S", self.prefix / "share/doc/zelsolver/examples", "-B", examples,
+            env=self.environment)
+        run(CMAKE, "--build", examples, env=self.environment)
+        self.assertEqual(run(examples / "cpp_caller", SAMPLE, env=self.environment),
+                         run(examples / "c_caller", SAMPLE, env=self.environment))
         result = subprocess.run(  # the next generation would not fit
             [CMAKE, "-S", OUTSIDE, "-B", build / "other", f"-DZEL_WANTED={int(MAJOR) + 1}"],
             capture_output=True, text=True, timeout=60, env=self.environment)
@@ -117,7 +124,7 @@ class Installed(unittest.TestCase):
                          VERSION)
         flags = run("pkg-config", "--cflags", "--libs", "zelsolver", env=self.environment).strip()
         for compiler, source in (("gcc -std=c99 -Wall -Wextra -Wpedantic -Werror", "predict.c"),
-                                 ("g++ -std=c++11 -Wall -Wextra -Wpedantic -Werror", "predict.cpp")):
+                                 ("g++ -std=c++17 -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror", "predict.cpp")):
             with self.subTest(source):
                 program = pathlib.Path(self.folder.name, source + ".out")
                 run("sh", "-c", f"{compiler} '{OUTSIDE / source}' {flags} -o '{program}'")
@@ -173,7 +180,8 @@ class DebianPackages(unittest.TestCase):
         library = f"libzelsolver{MAJOR}"
         expected = {
             library: [f"lib/{SONAME}", f"lib/libzelsolver.so.{VERSION}"],
-            "libzelsolver-dev": ["include/zelsolver/zelsolver.h", "lib/libzelsolver.so",
+            "libzelsolver-dev": ["include/zelsolver/zelsolver.h", "include/zelsolver/zelsolver.hpp",
+                                 "lib/libzelsolver.so",
                                  "lib/pkgconfig/zelsolver.pc",
                                  "lib/cmake/zelsolver/zelsolver-config.cmake",
                                  "lib/cmake/zelsolver/zelsolver-config-version.cmake"],

@@ -8,60 +8,60 @@
 namespace {
 
 /// Ten areas between the bounds of the study.
-examples::AreaBounds Bounds() {
-  return {Eigen::VectorXd::Constant(examples::kNumBars, examples::kSmallestArea),
-          Eigen::VectorXd::Constant(examples::kNumBars, examples::kLargestArea)};
+sample_projects::AreaBounds Bounds() {
+  return {Eigen::VectorXd::Constant(sample_projects::kNumBars, sample_projects::kSmallestArea),
+          Eigen::VectorXd::Constant(sample_projects::kNumBars, sample_projects::kLargestArea)};
 }
 
-examples::TrussResponse Analyse(const Eigen::RowVectorXd& areas, std::array<double, 2> loads) {
-  examples::Truss truss;
+sample_projects::TrussResponse Analyse(const Eigen::RowVectorXd& areas, std::array<double, 2> loads) {
+  sample_projects::Truss truss;
   truss.loads = loads;
   for (std::size_t i = 0; i < truss.areas.size(); ++i)
     truss.areas[i] = areas(static_cast<Eigen::Index>(i));
-  return examples::AnalyseTenBarTruss(truss);
+  return sample_projects::AnalyseTenBarTruss(truss);
 }
 
 TEST(TrussOptimum, MeetsTheOptimalityCriterionOfTheDisplacementLimit) {
   corvath::algorithm::optimizer::OptimizerNLPQLP<double> optimizer;
   int num_iterates = 0;
-  const examples::TrussIterate optimum =
-      examples::MinimiseMass(optimizer, Bounds(), examples::AnalyseDesigns,
-                             [&](const examples::TrussIterate&) { ++num_iterates; });
+  const sample_projects::TrussIterate optimum =
+      sample_projects::MinimiseMass(optimizer, Bounds(), sample_projects::AnalyseDesigns,
+                             [&](const sample_projects::TrussIterate&) { ++num_iterates; });
   EXPECT_TRUE(optimizer.IsConverged());
   EXPECT_GT(num_iterates, 5);
   const Eigen::RowVectorXd areas = optimum.areas;
   const auto real = Analyse(areas, {100.0, 100.0});
-  EXPECT_NEAR(real.displacement, examples::kLargestDisplacement, 1e-6);
-  EXPECT_LT(examples::LargestExcess(optimum.responses).first, 1e-6);
+  EXPECT_NEAR(real.displacement, sample_projects::kLargestDisplacement, 1e-6);
+  EXPECT_LT(sample_projects::LargestExcess(optimum.responses).first, 1e-6);
 
   // Virtual work: with the forces f_i of a unit load at the outer lower node, where the truss sinks
   // the most, d(displacement) / d(area_i) = -stress_i f_i L_i / (E area_i), f_i / area_i being the stress of the unit load. With the mass rho L_i of
   // a unit of area, virtual work per mass is the same in all bars between the bounds, smaller at
   // lower and larger at upper bounds: Venkayya's optimality criterion.
   const auto virtual_work = Analyse(areas, {1.0, 0.0});
-  Eigen::VectorXd ratio(examples::kNumBars);
-  for (int i = 0; i < examples::kNumBars; ++i) {
+  Eigen::VectorXd ratio(sample_projects::kNumBars);
+  for (int i = 0; i < sample_projects::kNumBars; ++i) {
     const auto k = static_cast<std::size_t>(i);
     ratio(i) = real.stresses[k] * virtual_work.stresses[k];
   }
   double common = 0.0;
   int num_free = 0;
   const auto is_free = [&](int i) {
-    return areas(i) > examples::kSmallestArea + 1e-6 && areas(i) < examples::kLargestArea - 1e-6;
+    return areas(i) > sample_projects::kSmallestArea + 1e-6 && areas(i) < sample_projects::kLargestArea - 1e-6;
   };
-  for (int i = 0; i < examples::kNumBars; ++i)
+  for (int i = 0; i < sample_projects::kNumBars; ++i)
     if (is_free(i)) {
       common += ratio(i);
       ++num_free;
     }
   ASSERT_GE(num_free, 3);
   common /= num_free;
-  for (int i = 0; i < examples::kNumBars; ++i) {
+  for (int i = 0; i < sample_projects::kNumBars; ++i) {
     SCOPED_TRACE("bar " + std::to_string(i + 1) + ", area " + std::to_string(areas(i)));
     // Differences of 0.01 in^2 move the optimum by less than 1e-4 of these.
     if (is_free(i)) {
       EXPECT_NEAR(ratio(i), common, 1e-3 * common);
-    } else if (areas(i) < 0.5 * (examples::kSmallestArea + examples::kLargestArea)) {
+    } else if (areas(i) < 0.5 * (sample_projects::kSmallestArea + sample_projects::kLargestArea)) {
       EXPECT_LT(ratio(i), common);
     } else {
       EXPECT_GT(ratio(i), common);

@@ -124,9 +124,9 @@ double Welch(const Point& x) {
 }
 
 double TrussDisplacement(const Point& areas) {
-  examples::Truss truss;
+  sample_projects::Truss truss;
   std::copy(areas.begin(), areas.end(), truss.areas.begin());
-  return examples::AnalyseTenBarTruss(truss).displacement;
+  return sample_projects::AnalyseTenBarTruss(truss).displacement;
 }
 
 std::vector<PublishedFunction> MakeFunctions() {

@@ -1,21 +1,22 @@
 // Prints the predictions of a project with ten inputs at the given design.
-#include <zelsolver/zelsolver.h>
+#include <zelsolver/zelsolver.hpp>
 
-#include <array>
 #include <cstdio>
 #include <iostream>
 #include <string>
+#include <vector>
 
 int main(int argc, char** argv) {
   if (argc != 12) return 2;
-  std::array<double, 10> design{};
-  std::array<double, 12> out{};
-  for (int i = 0; i < 10; ++i) design[static_cast<std::size_t>(i)] = std::stod(argv[2 + i]);
-  if (dzel2_solve(argv[1], 1, design.data(), design.size(), ZEL_SOLVE_RESPONSES, out.data(),
-                  out.size()) != ZEL_OK) {
-    std::cerr << dzel2_getLastError() << '\n';
+  try {
+    const zelsolver::Project project(argv[1]);
+    std::vector<double> design;
+    for (int i = 2; i < argc; ++i) design.push_back(std::stod(argv[i]));
+    for (const double value : project.Solve(design)) std::printf("%.17g\n", value);
+  } catch (const zelsolver::Error& error) {
+    std::cerr << error.what() << '\n';
     return 1;
   }
-  for (const double value : out) std::printf("%.17g\n", value);
-  return dzel2_cleanup();
+  zelsolver::Project::CloseAll();
+  return 0;
 }

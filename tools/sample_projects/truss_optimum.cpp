@@ -6,7 +6,7 @@
 #include <cmath>
 #include <vector>
 
-namespace examples {
+namespace sample_projects {
 namespace {
 
 using Optimizer = corvath::algorithm::optimizer::OptimizerNLPQLP<double>;
@@ -101,4 +101,4 @@ TrussIterate MinimiseMass(Optimizer& optimizer, const AreaBounds& bounds,
   return iterate;
 }
 
-}  // namespace examples
+}  // namespace sample_projects

@@ -4,7 +4,7 @@
 
 #include <boost/make_shared.hpp>
 
-namespace examples {
+namespace sample_projects {
 
 using corvath::math::metamodel::MovingLeastSquares;
 using corvath::math::metamodel::MovingLeastSquaresSettings;
@@ -35,4 +35,4 @@ TrainedModel TrainMovingLeastSquares(const TrainingData& data) {
   return trained;
 }
 
-}  // namespace examples
+}  // namespace sample_projects

@@ -6,7 +6,7 @@
 
 #include <stdexcept>
 
-namespace examples {
+namespace sample_projects {
 
 using corvath::math::metamodel::KernelType;
 using corvath::math::metamodel::OrdinaryKriging;
@@ -30,4 +30,4 @@ TrainedModel TrainKriging(const TrainingData& data, bool anisotropic) {
   return trained;
 }
 
-}  // namespace examples
+}  // namespace sample_projects

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace examples {
+namespace sample_projects {
 
 /// A study of the truss on its way into a project file.
 struct Study {
@@ -40,4 +40,4 @@ corvath::algorithm::datatypes::Design AnalyseDesign(
 void AddModels(Study& study,
                const std::function<TrainedModel(const std::wstring&, const TrainingData&)>& train);
 
-}  // namespace examples
+}  // namespace sample_projects

@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace examples {
+namespace sample_projects {
 namespace {
 
 using namespace corvath::algorithm::datatypes;
@@ -122,4 +122,4 @@ void AddModels(Study& study,
                                       study.points.col(i).maxCoeff());
 }
 
-}  // namespace examples
+}  // namespace sample_projects

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace examples {
+namespace sample_projects {
 
 /// The study of the sample project: all areas between these bounds, in^2.
 constexpr double kSmallestArea = 5.0;
@@ -13,4 +13,4 @@ inline std::wstring AreaName(int bar) {
   return L"area_" + std::to_wstring(bar + 1);
 }
 
-}  // namespace examples
+}  // namespace sample_projects

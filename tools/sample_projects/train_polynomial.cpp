@@ -7,7 +7,7 @@
 #include <optional>
 #include <utility>
 
-namespace examples {
+namespace sample_projects {
 namespace {
 
 using corvath::math::metamodel::LinearRegression;
@@ -96,4 +96,4 @@ TrainedModel TrainPolynomial(const TrainingData& data) {
   return trained;
 }
 
-}  // namespace examples
+}  // namespace sample_projects

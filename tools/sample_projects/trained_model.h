@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace examples {
+namespace sample_projects {
 
 /// The data of one response and how predictions of it are judged.
 struct TrainingData {
@@ -48,4 +48,4 @@ TrainedModel TrainKriging(const TrainingData& data, bool anisotropic);
 /// without each group.
 TrainedModel TrainThinPlateSplines(const TrainingData& data);
 
-}  // namespace examples
+}  // namespace sample_projects

@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace examples {
+namespace sample_projects {
 
 constexpr int kNumBars = 10;
 
@@ -32,4 +32,4 @@ struct TrussResponse {
 /// @throws std::domain_error  an area or the modulus is not positive
 TrussResponse AnalyseTenBarTruss(const Truss& truss);
 
-}  // namespace examples
+}  // namespace sample_projects

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace examples {
+namespace sample_projects {
 namespace {
 
 constexpr double kBay = 360.0;    // in
@@ -69,4 +69,4 @@ TrussResponse AnalyseTenBarTruss(const Truss& truss) {
   return response;
 }
 
-}  // namespace examples
+}  // namespace sample_projects

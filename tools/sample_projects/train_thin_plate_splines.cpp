@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace examples {
+namespace sample_projects {
 namespace {
 
 using corvath::math::metamodel::SurrogateTPS;
@@ -43,4 +43,4 @@ TrainedModel TrainThinPlateSplines(const TrainingData& data) {
   return trained;
 }
 
-}  // namespace examples
+}  // namespace sample_projects

@@ -14,7 +14,7 @@
 #include <exception>
 #include <iostream>
 
-namespace examples {
+namespace sample_projects {
 namespace {
 
 using namespace corvath::algorithm::datatypes;
@@ -70,7 +70,7 @@ Study MakeStudy() {
 }
 
 }  // namespace
-}  // namespace examples
+}  // namespace sample_projects
 
 int main(int argc, char** argv) {
   if (argc != 2) {
@@ -78,7 +78,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    corvath::algorithm::datatypes::SaveProjectFile(examples::MakeStudy().project, argv[1]);
+    corvath::algorithm::datatypes::SaveProjectFile(sample_projects::MakeStudy().project, argv[1]);
   } catch (const std::exception& error) {
     std::cerr << "make_tenbar: " << error.what() << '\n';
     return 1;

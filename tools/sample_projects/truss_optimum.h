@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 
-namespace examples {
+namespace sample_projects {
 
 constexpr double kLargestStress = 25.0;       ///< ksi, in tension and in compression
 constexpr double kLargestDisplacement = 2.0;  ///< in
@@ -48,4 +48,4 @@ Eigen::MatrixXd AnalyseDesigns(const Eigen::MatrixXd& areas);
 /// Largest excess over a limit as a share of it (negative: none comes that close), and whose.
 std::pair<double, std::string> LargestExcess(const Eigen::RowVectorXd& responses);
 
-}  // namespace examples
+}  // namespace sample_projects

@@ -1,0 +1,37 @@
+#include "input_reach.h"
+
+#include "design/parameter_manager.h"
+#include "design/random_conversion.h"
+#include "foundation/text.h"
+#include "project/records/detailed_information.h"
+#include "stochastics/random_variable.h"
+
+#include <algorithm>
+#include <exception>
+
+namespace cli {
+
+namespace types = corvath::algorithm::datatypes;
+
+std::vector<zelsolver::Bounds> ReachOfInputs(const types::VRDB& record,
+                                             const std::vector<std::string>& inputs,
+                                             std::vector<zelsolver::Bounds> bounds) {
+  constexpr double kTail = 1e-9;
+  if (record.GetSamplingType() != types::DetailedInformationBase::kStochasticSampling)
+    return bounds;
+  for (std::size_t i = 0; i < inputs.size(); ++i) {
+    const auto* const parameter =
+        record.GetParameterManager().FindParameter(corvath::utils::FromUtf8(inputs[i]));
+    if (parameter == nullptr || !parameter->HasRandom()) continue;
+    try {
+      const auto variable = types::ParameterToRV(*parameter);
+      // In this order a NaN leaves the bound as it is.
+      bounds[i].lower = std::min(bounds[i].lower, variable->InverseCDF(kTail));
+      bounds[i].upper = std::max(bounds[i].upper, variable->InverseCDF(1.0 - kTail));
+    } catch (const std::exception&) {  // numbers that make no distribution
+    }
+  }
+  return bounds;
+}
+
+}  // namespace cli
