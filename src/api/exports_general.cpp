@@ -1,7 +1,6 @@
 #include "api/call_frame.h"
 #include "api/result_buffers.h"
 #include "foundation/build_version.h"
-#include "solver/solver_provider.h"
 
 #include <cstdlib>
 
@@ -28,7 +27,7 @@ int dzel2_free(void* ptr) {
 int dzel2_cleanup() {
   return api::Call([] {
     api::ReleaseResultBuffers();
-    api::GetSolverProvider().Clear();
+    api::CloseSolvers();
   });
 }
 int dzel_cleanup() {

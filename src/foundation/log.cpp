@@ -91,12 +91,14 @@ template class BasicStreamLog<wchar_t>;
 BasicStreamLog::BasicStreamLog()
     : templates::BasicStreamLog<wchar_t>(StandardOutput(), StandardError()) {}
 
+namespace {
+
+const boost::shared_ptr<LogBase> shared_log = boost::make_shared<BasicStreamLog>();
+
+}  // namespace
+
 boost::shared_ptr<LogBase> GetSharedStreamLog() {
-  static std::mutex mutex;
-  static boost::shared_ptr<LogBase> shared;
-  const std::lock_guard<std::mutex> lock(mutex);
-  if (!shared) shared = boost::make_shared<BasicStreamLog>();
-  return shared;
+  return shared_log;
 }
 
 }  // namespace corvath::utils::log

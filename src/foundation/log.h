@@ -89,7 +89,7 @@ class BasicStreamLog : public templates::BasicStreamLog<wchar_t> {
   BasicStreamLog();
 };
 
-/// The one process-wide BasicStreamLog, created at the first call.
+/// The one process-wide BasicStreamLog; lives from loading to unloading.
 boost::shared_ptr<LogBase> GetSharedStreamLog();
 
 }  // namespace corvath::utils::log

@@ -2,6 +2,7 @@
 
 #include "foundation/closeness.h"
 #include "foundation/exception.h"
+#include "foundation/until_unload.h"
 
 #include <algorithm>
 #include <cmath>
@@ -42,9 +43,10 @@ struct TypeTexts {
   }
 };
 
+utils::UntilUnload<TypeTexts> type_texts;
+
 const TypeTexts& Texts() {
-  static const TypeTexts instance;
-  return instance;
+  return type_texts.Get();
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "stochastics/rv_factory.h"
 
 #include "foundation/exception.h"
+#include "foundation/until_unload.h"
 #include "stochastics/distributions/rv_bernoulli.h"
 #include "stochastics/distributions/rv_beta.h"
 #include "stochastics/distributions/rv_exponential.h"
@@ -31,11 +32,12 @@ void RegisterAll(RVFactory& factory) {
   (factory.Register(boost::make_shared<Types>()), ...);
 }
 
+utils::UntilUnload<RVFactory> rv_factory;
+
 }  // namespace
 
 RVFactory& RVFactory::GetInstance() {
-  static RVFactory instance;
-  return instance;
+  return rv_factory.Get([] { return RVFactory(); });
 }
 
 RVFactory::RVFactory() {

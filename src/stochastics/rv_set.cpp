@@ -1,6 +1,7 @@
 #include "stochastics/rv_set.h"
 
 #include "foundation/exception.h"
+#include "foundation/until_unload.h"
 #include "stochastics/marginal_transform.h"
 #include "stochastics/rv_set_nataf.h"
 
@@ -16,6 +17,8 @@ std::wstring SizeMessage(const wchar_t* function, Eigen::Index size, std::size_t
          L") must match the number of random variables (=" + std::to_wstring(n) +
          L") within this set.";
 }
+
+utils::UntilUnload<RVSetFactory> rv_set_factory;
 
 }  // namespace
 
@@ -104,8 +107,7 @@ void RVSet_Independent::SetCorrelationMatrix(const Eigen::MatrixXd&) {
 }
 
 RVSetFactory& RVSetFactory::GetInstance() {
-  static RVSetFactory instance;
-  return instance;
+  return rv_set_factory.Get([] { return RVSetFactory(); });
 }
 
 RVSetFactory::RVSetFactory()

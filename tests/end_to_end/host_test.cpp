@@ -35,6 +35,11 @@ TEST_F(Host, KeepsItsOwnOutputAndSeesTheLog) {
                   std::string("ERROR: Error in approximation: ") + kViolation, "fprintf after"));
 }
 
+TEST_F(Host, CallsFromExitHandlersAndDestructors) {
+  const auto [output, status] = RunCommand("'" TEST_ENDING_HOST "' '" + project_ + "' 2>&1");
+  EXPECT_EQ(status, 0) << output;
+}
+
 TEST_F(Host, TwoProcessesOpenOneFileAtOnce) {
   const std::string one = "'" TEST_HOST "' '" + project_ + "' /no/such/file 2>/dev/null";
   FILE* const first = popen(one.c_str(), "r");
