@@ -1,6 +1,7 @@
 #include "api/call_frame.h"
 
 #include "api/thread_state.h"
+#include "archive/other_copies.h"
 #include "foundation/text.h"
 #include "solver/solver_provider.h"
 #include "solver/zel_solver.h"
@@ -49,6 +50,7 @@ std::atomic<bool> has_shared_error{false};
 class SharedOwner {
  public:
   SharedOwner() {
+    archive::KeepLoadedWithOtherCopies(boost::serialization::guid<ZELSolver>());
     shared = new Shared;
     pthread_atfork(
         [] {

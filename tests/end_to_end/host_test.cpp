@@ -40,6 +40,18 @@ TEST_F(Host, CallsFromExitHandlersAndDestructors) {
   EXPECT_EQ(status, 0) << output;
 }
 
+TEST_F(Host, LoadsTwoCopiesOfTheLibrary) {
+  const std::string copy = Project("libcopy.so");
+  ASSERT_EQ(RunCommand("cp '" TEST_LIBRARY "' '" + copy + "'").second, 0);
+  for (const std::string scope : {"local", "global", "deepbind"}) {
+    if (TEST_SANITIZED && scope == "deepbind") continue;  // the sanitizers refuse it
+    const auto [output, status] =
+        RunCommand("'" TEST_COPIES_HOST "' " + scope + " '" TEST_LIBRARY "' '" + copy + "' '" +
+                   project_ + "' '" TEST_SAMPLE "' 2>&1");
+    EXPECT_EQ(status, 0) << scope << '\n' << output;
+  }
+}
+
 TEST_F(Host, TwoProcessesOpenOneFileAtOnce) {
   const std::string one = "'" TEST_HOST "' '" + project_ + "' /no/such/file 2>/dev/null";
   FILE* const first = popen(one.c_str(), "r");
