@@ -9,7 +9,7 @@
 namespace end_to_end {
 namespace {
 
-using testing::UnorderedElementsAre;
+using testing::ElementsAre;
 
 std::vector<std::string> LinesOf(const std::string& path) {
   std::ifstream file(path);
@@ -22,17 +22,22 @@ class Host : public EndToEnd {};
 
 TEST_F(Host, KeepsItsOwnOutputAndSeesTheLog) {
   // In the C locale, where wide standard streams would stop at the first non-ASCII character.
-  ASSERT_EQ(std::system(("LC_ALL=C '" TEST_HOST "' '" + project_ + "' '/no/such/Tr\xc3\xa4ger' >'" +
-                         Project("host.out") + "' 2>'" + Project("host.err") + "'")
-                            .c_str()),
-            0);
-  EXPECT_THAT(LinesOf(Project("host.out")),
-              UnorderedElementsAre("printf before", "cout before", "printf between", "cout between",
-                                   "printf after", "cout after, 3 calls"));
-  EXPECT_THAT(LinesOf(Project("host.err")),
-              UnorderedElementsAre(
-                  "cerr before", "ERROR: \"/no/such/Tr\xc3\xa4ger\" does not exist",
-                  std::string("ERROR: Error in approximation: ") + kViolation, "fprintf after"));
+  const std::string no_project = "/no/such/Tr\xc3\xa4ger";
+  const std::string missing = "ERROR: \"" + no_project + "\" does not exist";
+  for (const std::string text : {"narrow", "wide"}) {
+    const auto run =
+        RunCommand("LC_ALL=C '" TEST_HOST "' '" + project_ + "' '" + no_project + "' " + text +
+                   " >'" + Project("host.out") + "' 2>'" + Project("host.err") + "'");
+    EXPECT_EQ(run.second, 0) << text;
+    EXPECT_THAT(LinesOf(Project("host.out")),
+                ElementsAre("print before", "stream before", "print between", "stream after"))
+        << text;
+    EXPECT_THAT(
+        LinesOf(Project("host.err")),
+        ElementsAre(missing, "error before", missing,
+                    std::string("ERROR: Error in approximation: ") + kViolation, "error after"))
+        << text;
+  }
 }
 
 TEST_F(Host, CallsFromExitHandlersAndDestructors) {
@@ -53,17 +58,12 @@ TEST_F(Host, LoadsTwoCopiesOfTheLibrary) {
 }
 
 TEST_F(Host, TwoProcessesOpenOneFileAtOnce) {
-  const std::string one = "'" TEST_HOST "' '" + project_ + "' /no/such/file 2>/dev/null";
+  const std::string one = "'" TEST_HOST "' '" + project_ + "' /no/such/file >/dev/null 2>&1";
   FILE* const first = popen(one.c_str(), "r");
   FILE* const second = popen(one.c_str(), "r");
   ASSERT_TRUE(first != nullptr && second != nullptr);
-  for (FILE* const pipe : {first, second}) {
-    std::string output;
-    char block[256];
-    for (std::size_t n; (n = fread(block, 1, sizeof block, pipe)) > 0;) output.append(block, n);
-    EXPECT_EQ(pclose(pipe), 0);
-    EXPECT_THAT(output, testing::HasSubstr("3 calls"));
-  }
+  EXPECT_EQ(pclose(first), 0);
+  EXPECT_EQ(pclose(second), 0);
 }
 
 }  // namespace
