@@ -73,10 +73,10 @@ class SharedOwner {
 
 const SharedOwner shared_owner;
 
-/// Keeps `text`, or as much as memory allows.
+/// Keeps `text` as valid UTF-8 (it may quote what a caller passed), or as much as memory allows.
 void Keep(const char* text, std::string& last) noexcept {
   try {
-    last = text;
+    last = utils::ToUtf8(utils::FromUtf8(text));
   } catch (const std::exception&) {  // no memory for it: what fits in place
     last.assign(text, std::min(std::strlen(text), last.capacity()));
   }

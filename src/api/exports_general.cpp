@@ -34,9 +34,9 @@ int dzel_cleanup() {
   return api::Collapse(dzel2_cleanup());
 }
 
-int dzel2_set_paths_for_custom_interface() {
+int dzel2_set_paths_for_custom_interface(...) {
   return ZEL_UNSUPPORTED;
 }
-int dzel_set_paths_for_custom_interface() {
+int dzel_set_paths_for_custom_interface(...) {
   return ZEL_FAILED;
 }
