@@ -13,8 +13,7 @@
 
 namespace corvath::zel {
 class ZELSolver;
-class ZELSolverProvider;
-}  // namespace corvath::zel
+}
 
 /// What all exports share. Any of them may run on any thread at any time.
 namespace corvath::zel::api {
@@ -64,12 +63,12 @@ constexpr int Collapse(int status) {
   return status == ZEL_OK ? ZEL_OK : ZEL_FAILED;
 }
 
-ZELSolverProvider& GetSolverProvider();
-
 /// The solver of a path as an export receives it: a null path is "zel_tenbar.vrdb" in the current
 /// directory, a null hash is none.
 /// @throws std::runtime_error "Providing solver failed.", and see ZELSolverProvider::GetSolver
 boost::shared_ptr<ZELSolver> ProvideSolver(const char* path_utf8, const char* hash);
+/// Closes all solvers, see ZELSolverProvider::Clear.
+void CloseSolvers();
 
 /// Memory of the caller that holds, or is to receive, `size` elements.
 /// @throws std::invalid_argument  it is null although `size` isn't 0; `what` names it in the text

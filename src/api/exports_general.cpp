@@ -1,7 +1,6 @@
 #include "api/call_frame.h"
 #include "api/result_buffers.h"
 #include "foundation/build_version.h"
-#include "solver/solver_provider.h"
 
 #include <cstdlib>
 
@@ -28,16 +27,16 @@ int dzel2_free(void* ptr) {
 int dzel2_cleanup() {
   return api::Call([] {
     api::ReleaseResultBuffers();
-    api::GetSolverProvider().Clear();
+    api::CloseSolvers();
   });
 }
 int dzel_cleanup() {
   return api::Collapse(dzel2_cleanup());
 }
 
-int dzel2_set_paths_for_custom_interface() {
+int dzel2_set_paths_for_custom_interface(...) {
   return ZEL_UNSUPPORTED;
 }
-int dzel_set_paths_for_custom_interface() {
+int dzel_set_paths_for_custom_interface(...) {
   return ZEL_FAILED;
 }

@@ -8,47 +8,44 @@
 namespace corvath::zel::api {
 namespace {
 
+pthread_key_t key{};
+bool has_key = false;  ///< from loading to unloading
+
+ThreadState* Find() noexcept {
+  return has_key ? static_cast<ThreadState*>(pthread_getspecific(key)) : nullptr;
+}
+
 /// A key instead of a thread_local object, whose destructor would keep the library loaded after the
 /// host has closed it. Unloading releases the state of the thread that unloads.
-class StateKey {
+class KeyOwner {
  public:
-  StateKey() {
-    if (pthread_key_create(&key_, [](void* state) { delete static_cast<ThreadState*>(state); }) !=
-        0)
+  KeyOwner() {
+    if (pthread_key_create(&key, [](void* state) { delete static_cast<ThreadState*>(state); }) != 0)
       throw std::bad_alloc();
+    has_key = true;
   }
-  StateKey(const StateKey&) = delete;
-  StateKey& operator=(const StateKey&) = delete;
-  ~StateKey() {
+  KeyOwner(const KeyOwner&) = delete;
+  KeyOwner& operator=(const KeyOwner&) = delete;
+  ~KeyOwner() {
     delete Find();
-    pthread_setspecific(key_, nullptr);
-    pthread_key_delete(key_);
+    has_key = false;
+    pthread_key_delete(key);
   }
-
-  ThreadState* Find() const noexcept {
-    return static_cast<ThreadState*>(pthread_getspecific(key_));
-  }
-  void Set(std::unique_ptr<ThreadState> state) const {
-    if (pthread_setspecific(key_, state.get()) != 0) throw std::bad_alloc();
-    state.release();
-  }
-
- private:
-  pthread_key_t key_{};
 };
 
-StateKey state_key;
+const KeyOwner key_owner;
 
 }  // namespace
 
 ThreadState* FindThreadState() noexcept {
-  return state_key.Find();
+  return Find();
 }
 
 ThreadState& GetThreadState() {
-  if (ThreadState* const known = state_key.Find()) return *known;
-  state_key.Set(std::make_unique<ThreadState>());
-  return *state_key.Find();
+  if (ThreadState* const known = Find()) return *known;
+  auto state = std::make_unique<ThreadState>();
+  if (!has_key || pthread_setspecific(key, state.get()) != 0) throw std::bad_alloc();
+  return *state.release();
 }
 
 }  // namespace corvath::zel::api

@@ -4,6 +4,7 @@
 
 #include <boost/archive/archive_exception.hpp>
 #include <boost/archive/detail/archive_serializer_map.hpp>
+#include <boost/archive/detail/basic_serializer.hpp>
 #include <boost/serialization/void_cast.hpp>
 
 namespace corvath::archive {
@@ -17,6 +18,15 @@ constexpr int kMaxDepth = 1000;
   throw archive_exception(archive_exception::unregistered_class);
 }
 
+/// The record of this library's class of the same type; null if it is abstract or never behind a
+/// pointer. The registry of Boost's shared library, which also knows the classes of a second copy
+/// of this library in the process, may have given that copy's record.
+const PointerGuard::TypeInfo* FindRecord(const PointerGuard::TypeInfo& type) {
+  using Serializers = boost::archive::detail::archive_serializer_map<portable_binary_iarchive>;
+  const auto* const serializer = Serializers::find(type);
+  return serializer == nullptr ? nullptr : &serializer->get_eti();
+}
+
 }  // namespace
 
 PointerGuard::~PointerGuard() {
@@ -28,8 +38,7 @@ void PointerGuard::NoteClass(const TypeInfo& type) {
 }
 
 bool PointerGuard::CanHold(const TypeInfo& type) const {
-  using Serializers = boost::archive::detail::archive_serializer_map<portable_binary_iarchive>;
-  if (Serializers::find(type) == nullptr) return false;  // abstract, or never behind a pointer
+  if (FindRecord(type) == nullptr) return false;
   if (type == pointer_->expected_) return true;
   // Whether the cast exists is asked with the address of a buffer: it is computed, not followed.
   alignas(std::max_align_t) static char object[64];
@@ -54,6 +63,7 @@ void PointerGuard::OnClassId(int id) {
 void PointerGuard::OnClassName(const char* name) {
   if (pointer_ == nullptr) return;
   const TypeInfo* type = TypeInfo::find(name);
+  if (type != nullptr) type = FindRecord(*type);
   if (type == nullptr || ids_.count(type) != 0 || !CanHold(*type)) Refuse();
   NoteClass(*type);
 }

@@ -1,5 +1,6 @@
 #include "archive/portable_iarchive.h"
 
+#include "foundation/standard_streams.h"
 #include "foundation/text.h"
 
 #include <boost/archive/impl/archive_serializer_map.ipp>
@@ -7,7 +8,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iostream>
 #include <limits>
 
 template class boost::archive::detail::archive_serializer_map<corvath::portable_binary_iarchive>;
@@ -219,7 +219,7 @@ void portable_binary_iarchive::OnMismatch(const std::string& message) const {
   if (throw_on_mismatch_)
     throw portable_binary_iarchive_exception(
         portable_binary_iarchive_exception::annotation_mismatch);
-  std::cerr << "portable_binary_iarchive: annotations differ, " << message << '\n';
+  utils::PrintError("portable_binary_iarchive: annotations differ, " + message + '\n');
 }
 
 }  // namespace corvath

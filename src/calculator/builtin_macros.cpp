@@ -1,5 +1,7 @@
 #include "calculator/builtin_macros.h"
 
+#include "foundation/until_unload.h"
+
 #include <list>
 #include <string>
 
@@ -80,11 +82,12 @@ CalculatorTypeTraits::Macros MakeBuiltinMacros() {
   return macros;
 }
 
+utils::UntilUnload<CalculatorTypeTraits::Macros> builtin_macros;
+
 }  // namespace
 
 const CalculatorTypeTraits::Macros& GetBuiltinMacros() {
-  static const CalculatorTypeTraits::Macros macros = MakeBuiltinMacros();
-  return macros;
+  return builtin_macros.Get(MakeBuiltinMacros);
 }
 
 }  // namespace corvath::calculator

@@ -1,9 +1,17 @@
 #include "calculator/function_table.h"
 
+#include "foundation/until_unload.h"
+
 #include <algorithm>
 #include <utility>
 
 namespace corvath::calculator {
+
+namespace {
+
+utils::UntilUnload<FunctionTable> function_table;
+
+}  // namespace
 
 const wchar_t* GetGroupName(FunctionGroup group) {
   switch (group) {
@@ -49,8 +57,7 @@ FunctionTable::FunctionTable() {
 }
 
 const FunctionTable& FunctionTable::Get() {
-  static const FunctionTable table;
-  return table;
+  return function_table.Get([] { return FunctionTable(); });
 }
 
 const Function* FunctionTable::Find(std::wstring_view name) const {

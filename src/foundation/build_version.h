@@ -18,7 +18,7 @@ struct BuildVersion {
   std::string date;       ///< day of the build, ISO 8601
 };
 
-/// The record of this build; lives as long as the process.
+/// The record of this build; lives from loading to unloading.
 const BuildVersion& GetBuildVersion();
 
 }  // namespace corvath::utils

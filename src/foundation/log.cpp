@@ -1,21 +1,22 @@
 #include "foundation/log.h"
 
+#include "foundation/standard_streams.h"
 #include "foundation/text.h"
 
 #include <boost/make_shared.hpp>
 
-#include <iostream>
+#include <ostream>
 #include <streambuf>
 
 namespace corvath::utils::log {
 namespace {
 
-/// A wide stream buffer that hands complete UTF-8 text to a narrow standard stream. std::wcout
-/// itself would turn the C stream under it wide, after which the host's printf and std::cout print
-/// nothing; and in the C locale it stops at the first non-ASCII character.
+/// A wide stream buffer that hands complete UTF-8 text to `print`. std::wcout itself would turn the
+/// C stream under it wide, after which the host's printf and std::cout print nothing; and in the C
+/// locale it stops at the first non-ASCII character.
 class Utf8Buffer : public std::wstreambuf {
  public:
-  explicit Utf8Buffer(std::ostream& narrow) : narrow_(narrow) {}
+  explicit Utf8Buffer(void (*print)(std::string_view)) : print_(print) {}
 
  protected:
   int_type overflow(int_type c) override {
@@ -27,32 +28,15 @@ class Utf8Buffer : public std::wstreambuf {
     return n;
   }
   int sync() override {
-    narrow_ << ToUtf8(pending_) << std::flush;
+    print_(ToUtf8(pending_));
     pending_.clear();
-    return narrow_ ? 0 : -1;
+    return 0;
   }
 
  private:
-  std::ostream& narrow_;
+  void (*print_)(std::string_view);
   std::wstring pending_;
 };
-
-struct Utf8Stream {
-  explicit Utf8Stream(std::ostream& narrow) : buffer(narrow), stream(&buffer) {}
-  Utf8Buffer buffer;
-  std::wostream stream;
-};
-
-/// Never destroyed: loggers may write until the very end of the process.
-std::wostream& StandardOutput() {
-  static auto* const out = new Utf8Stream(std::cout);
-  return out->stream;
-}
-
-std::wostream& StandardError() {
-  static auto* const err = new Utf8Stream(std::cerr);
-  return err->stream;
-}
 
 }  // namespace
 
@@ -88,15 +72,36 @@ template class BasicStreamLog<wchar_t>;
 
 }  // namespace templates
 
-BasicStreamLog::BasicStreamLog()
-    : templates::BasicStreamLog<wchar_t>(StandardOutput(), StandardError()) {}
+namespace detail {
+
+struct StandardStreams::Streams {
+  Utf8Buffer out_buffer{PrintOutput};
+  Utf8Buffer err_buffer{PrintError};
+  std::wostream out{&out_buffer};
+  std::wostream err{&err_buffer};
+};
+
+StandardStreams::StandardStreams() : streams_(std::make_unique<Streams>()) {}
+StandardStreams::~StandardStreams() = default;
+std::wostream& StandardStreams::GetOut() {
+  return streams_->out;
+}
+std::wostream& StandardStreams::GetErr() {
+  return streams_->err;
+}
+
+}  // namespace detail
+
+BasicStreamLog::BasicStreamLog() : templates::BasicStreamLog<wchar_t>(GetOut(), GetErr()) {}
+
+namespace {
+
+const boost::shared_ptr<LogBase> shared_log = boost::make_shared<BasicStreamLog>();
+
+}  // namespace
 
 boost::shared_ptr<LogBase> GetSharedStreamLog() {
-  static std::mutex mutex;
-  static boost::shared_ptr<LogBase> shared;
-  const std::lock_guard<std::mutex> lock(mutex);
-  if (!shared) shared = boost::make_shared<BasicStreamLog>();
-  return shared;
+  return shared_log;
 }
 
 }  // namespace corvath::utils::log

@@ -3,6 +3,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <ostream>
 #include <string>
@@ -83,13 +84,31 @@ using LogBase = templates::LogBase<wchar_t>;
 using LogDummy = templates::LogDummy<wchar_t>;
 using VectorLog = templates::VectorLog<wchar_t>;
 
+namespace detail {
+
+/// Wide streams to the process's standard output and error, see foundation/standard_streams.h. A
+/// base, so that they stand before the log that writes to them.
+class StandardStreams {
+ protected:
+  StandardStreams();
+  ~StandardStreams();
+  std::wostream& GetOut();
+  std::wostream& GetErr();
+
+ private:
+  struct Streams;
+  std::unique_ptr<Streams> streams_;
+};
+
+}  // namespace detail
+
 /// The log of the process: standard output, and standard error for level 1, both as UTF-8.
-class BasicStreamLog : public templates::BasicStreamLog<wchar_t> {
+class BasicStreamLog : private detail::StandardStreams, public templates::BasicStreamLog<wchar_t> {
  public:
   BasicStreamLog();
 };
 
-/// The one process-wide BasicStreamLog, created at the first call.
+/// The one process-wide BasicStreamLog; lives from loading to unloading.
 boost::shared_ptr<LogBase> GetSharedStreamLog();
 
 }  // namespace corvath::utils::log

@@ -23,6 +23,9 @@ class ReplacementFile {
   /// The file to be written to, by its name.
   const std::string& GetName() const { return name_; }
 
+  /// The file whose place it takes: behind a symbolic link the link's target.
+  const boost::filesystem::path& GetTarget() const { return target_; }
+
   /// Brings the content to the disk, then puts the file in the target's place and under its mode.
   /// @throws std::runtime_error  see ThrowWriteError()
   void Commit();

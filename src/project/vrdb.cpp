@@ -2,29 +2,16 @@
 
 #include "foundation/build_version.h"
 #include "foundation/exception.h"
-#include "project/file/project_file.h"
 #include "project/records/detailed_information.h"
 #include "project/records/zel_information.h"
 
 #include <boost/date_time/posix_time/posix_time.hpp>
-#include <boost/format.hpp>
 #include <boost/make_shared.hpp>
 
-#include <stdexcept>
 
 namespace corvath::algorithm::datatypes {
 
 VRDB::VRDB() : algorithm_info_(boost::make_shared<AlgorithmInfo>()) {}
-
-VRDB::VRDB(const std::wstring& path) : VRDB() {
-  const boost::filesystem::path file = ToNativePath(path);
-  FileStatus status;
-  if (!ProjectFileReader(file).Read(*this, header_, status))
-    throw std::runtime_error(
-        str(boost::format("Error while reading \"%1%\": %2%") % status.path % status.message));
-  if (algorithm_info_ && algorithm_info_->GetDetailedInformation())
-    algorithm_info_->GetDetailedInformation()->SetFileContext(file.parent_path(), file.stem());
-}
 
 VRDB::~VRDB() = default;
 

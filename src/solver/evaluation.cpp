@@ -61,10 +61,9 @@ std::vector<double> ZELSolver::EvaluateResponse(const std::wstring& response,
     });
     return Join(std::move(parts));
   } catch (const std::exception& error) {
-    // The exception's text does not know which of many responses it belongs to.
+    if (throw_on_error) throw;
     LogLine(GetLogger(), kError) << L"Evaluation of response \"" << response << L"\" failed: "
                                  << utils::MessageOf(error);
-    if (throw_on_error) throw;
     return {};
   }
 }
@@ -93,14 +92,39 @@ std::vector<double> ZELSolver::EvaluateAllResponses(const Evaluator& evaluator,
   return result;
 }
 
+void ZELSolver::BuildErrorsOnce(const std::wstring& response) {
+  try {
+    const SurrogatePointer& surrogate = GetModel(response).surrogate;
+    if (!surrogate || !surrogate->IsBuilt()) return;
+    const std::lock_guard<std::mutex> building(errors_mutex_);
+    const auto is_done = [&] {
+      const std::lock_guard<std::mutex> lock(names_mutex_);
+      return with_errors_.count(surrogate.get()) > 0;
+    };
+    if (is_done()) return;
+    try {
+      surrogate->BuildErrors();
+    } catch (const std::exception&) {
+      // The evaluation fails then, with the model's own text.
+    }
+    const std::lock_guard<std::mutex> lock(names_mutex_);
+    with_errors_.insert(surrogate.get());
+  } catch (const std::exception&) {
+    // An unknown response: the evaluation says so, after its check of the bounds.
+  }
+}
+
 std::vector<double> ZELSolver::ErrorsPerResponse(const std::wstring& response,
                                                  const ConstPoints& matrix, ExtrapolationType type,
                                                  bool throw_on_error) {
+  BuildErrorsOnce(response);
   return EvaluateResponse(response, Errors, matrix, type, throw_on_error);
 }
 
 std::vector<double> ZELSolver::ErrorsAllResponses(const ConstPoints& matrix, ExtrapolationType type,
                                                   bool throw_on_error) {
+  for (const Output& output : GetOutputs())
+    if (output.is_complete) BuildErrorsOnce(output.name);
   return EvaluateAllResponses(Errors, matrix, type, throw_on_error);
 }
 

@@ -95,6 +95,7 @@ void ZELSolverProvider::AfterForkInChild() {
     new std::shared_ptr<Slot>(slot->second);  // a mutex that no thread will unlock stays for good
     slot = solvers_.erase(slot);
   }
+  ZELSolver::RenewErrorsMutex();
   AfterForkInParent();
 }
 

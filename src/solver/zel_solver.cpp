@@ -36,10 +36,9 @@ using utils::log::LogLine;
 /// Status code of a reference design that was built here.
 constexpr auto kBuiltReference = static_cast<algorithm::datatypes::RunInfoMeta::eRunInfo>(7);
 
-bool IsFile(const std::wstring& path) {
+boost::filesystem::file_status StatusOf(const std::wstring& path) {
   boost::system::error_code error;
-  const auto status = boost::filesystem::status(algorithm::datatypes::ToNativePath(path), error);
-  return boost::filesystem::exists(status) && !boost::filesystem::is_directory(status);
+  return boost::filesystem::status(algorithm::datatypes::ToNativePath(path), error);
 }
 
 const SurrogateInfoContainer* FindSurrogateInfos(const AlgorithmInfo& info) {
@@ -71,8 +70,13 @@ bool ZELSolver::Load(const std::wstring& path) {
     LogLine(GetLogger(), kError) << L"Given path is empty.";
     return false;
   }
-  if (!IsFile(path)) {
+  const auto status = StatusOf(path);
+  if (!boost::filesystem::exists(status) || boost::filesystem::is_directory(status)) {
     LogLine(GetLogger(), kError) << L"\"" << path << L"\" does not exist";
+    return false;
+  }
+  if (!boost::filesystem::is_regular_file(status)) {  // opening a pipe would wait for its writer
+    LogLine(GetLogger(), kError) << L"\"" << path << L"\" is no regular file";
     return false;
   }
   vrdb_ = VRDB(path);
@@ -88,9 +92,9 @@ bool ZELSolver::Initialize() {
     const SurrogateInfoContainer& infos = GetSurrogateInfos();
     if (!infos.CheckAvailable(log)) return false;
     infos.SetLogger(log);
-    // A model that can't be built, or has no errors, fails when it is used.
-    infos.BuildAll({}, log);
-    infos.BuildErrorsAll({}, log);
+    // A model that can't be built fails when it is used, and says so then. Errors are built when
+    // they are asked for: that may take seconds, and most callers never ask.
+    infos.BuildAll({}, boost::make_shared<utils::log::LogDummy>());
 
     if (infos.IsEmpty()) {
       if (!allow_missing_models_) {
@@ -118,6 +122,7 @@ void ZELSolver::DropCaches() {
   criteria_templates_.reset();
   outputs_.reset();
   models_.clear();
+  with_errors_.clear();
   input_bounds_.reset();
   data_limits_.reset();
 }

@@ -17,9 +17,11 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -85,7 +87,7 @@ class ZELSolver {
   /// @throws what reading a project throws
   bool Load(const std::wstring& path);
 
-  /// Builds all models and their errors. A model that fails to build stays and fails at use.
+  /// Builds all models. A model that fails to build stays and fails at use.
   /// False, with a line in the log, when the project has no models (unless that is allowed), or not
   /// those that it promises. Throws no std::exception.
   bool Initialize();
@@ -110,6 +112,8 @@ class ZELSolver {
   VRDB& GetProject() { return vrdb_; }
   /// What threads may share of solvers, for handlers of fork().
   static std::mutex& GetNamesMutex() { return names_mutex_; }
+  /// In the child of a fork(): what another thread was building the child builds anew.
+  static void RenewErrorsMutex() { new (&errors_mutex_) std::mutex; }
   const std::wstring& GetPath() const { return path_; }
 
   /// Looks for the first value out of bounds, design by design. The tolerance is 1e-8; NaN is never
@@ -219,6 +223,10 @@ class ZELSolver {
 
   Limits FindLimits(ExtrapolationType type, const std::vector<std::wstring>& inputs,
                     const Bounds& data_bounds) const;
+  /// Builds the errors of a model that was stored without, at the first call for all threads. A
+  /// model that has none says so itself when they are asked for.
+  void BuildErrorsOnce(const std::wstring& response);
+
   std::wstring FindViolation(const ConstPoints& matrix, ExtrapolationType type);
 
   std::wstring ApproximateOutput(const Output& output, const ConstPoints& matrix, double* values);
@@ -244,6 +252,9 @@ class ZELSolver {
   std::optional<CriteriaList> criteria_;
   std::optional<std::vector<Output>> outputs_;
   std::unordered_map<const SurrogateInfo*, Model> models_;
+  /// Held while errors are built. No fork waits for it, that may take long.
+  inline static std::mutex errors_mutex_;
+  std::unordered_set<const math::metamodel::SurrogateBase*> with_errors_;  ///< or tried in vain
   std::optional<Bounds> input_bounds_;
   std::optional<Limits> data_limits_;
 };

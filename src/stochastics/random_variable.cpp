@@ -4,6 +4,7 @@
 #include "foundation/closeness.h"
 #include "foundation/exception.h"
 #include "foundation/log.h"
+#include "foundation/until_unload.h"
 
 #include <algorithm>
 #include <cmath>
@@ -31,9 +32,10 @@ struct TypeTexts {
   }
 };
 
+utils::UntilUnload<TypeTexts> type_texts;
+
 const TypeTexts& Texts() {
-  static const TypeTexts instance;
-  return instance;
+  return type_texts.Get();
 }
 
 }  // namespace

@@ -1,14 +1,20 @@
 #include "stochastics/rv_factory.h"
 
 #include "foundation/exception.h"
+#include "foundation/until_unload.h"
 
 #include <iostream>
 
 namespace corvath::algorithm {
 
+namespace {
+
+utils::UntilUnload<RVFactory> rv_factory;
+
+}  // namespace
+
 RVFactory& RVFactory::GetInstance() {
-  static RVFactory instance;
-  return instance;
+  return rv_factory.Get([] { return RVFactory(); });
 }
 
 RVFactory::RVFactory() {

@@ -2,6 +2,7 @@
 
 #include "archive/instantiate.h"
 #include "foundation/exception.h"
+#include "foundation/until_unload.h"
 #include "stochastics/marginal_transform.h"
 #include "stochastics/rv_set_nataf.h"
 
@@ -17,6 +18,8 @@ std::wstring SizeMessage(const wchar_t* function, Eigen::Index size, std::size_t
          L") must match the number of random variables (=" + std::to_wstring(n) +
          L") within this set.";
 }
+
+utils::UntilUnload<RVSetFactory> rv_set_factory;
 
 }  // namespace
 
@@ -105,8 +108,7 @@ void RVSet_Independent::SetCorrelationMatrix(const Eigen::MatrixXd&) {
 }
 
 RVSetFactory& RVSetFactory::GetInstance() {
-  static RVSetFactory instance;
-  return instance;
+  return rv_set_factory.Get([] { return RVSetFactory(); });
 }
 
 RVSetFactory::RVSetFactory()

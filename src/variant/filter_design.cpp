@@ -2,6 +2,7 @@
 
 #include "foundation/constants.h"
 #include "foundation/math_exception.h"
+#include "foundation/until_unload.h"
 #include "variant/elementwise.h"
 
 #include <cmath>
@@ -46,9 +47,12 @@ Complex EllipsePole(int k, int order, double v) {
   return {-std::sin(theta) * std::sinh(v), std::cos(theta) * std::cosh(v)};
 }
 
-/// Upper pole of each conjugate pair, then the real one.
-const std::vector<Complex>& BesselPoles(int order) {
-  static const std::vector<Complex> poles[] = {
+using Poles = std::vector<std::vector<Complex>>;
+utils::UntilUnload<Poles> bessel_poles;
+
+/// By order, from 1: the upper pole of each conjugate pair, then the real one.
+Poles MakeBesselPoles() {
+  return {
       {{-1.0, 0.0}},
       {{-1.103, 0.6368}},
       {{-1.0509, 1.0025}, {-1.327, 0.0}},
@@ -62,8 +66,12 @@ const std::vector<Complex>& BesselPoles(int order) {
        {-0.8684, 2.2996},
        {-1.8478, 0.7295},
        {-1.6669, 1.2248},
-       {-1.3649, 1.7388}}};
-  return poles[order - 1];
+       {-1.3649, 1.7388}},
+  };
+}
+
+const std::vector<Complex>& BesselPoles(int order) {
+  return bessel_poles.Get(MakeBesselPoles)[static_cast<std::size_t>(order - 1)];
 }
 
 double Tangent(double angle) {

@@ -76,8 +76,9 @@ TEST_F(BadInput, PathsThatAreNoProject) {
   const std::string empty = Write("empty.vrdb", "");
   const std::string text = Write("text.vrdb", "This is no project, but longer than a header.\n");
   for (const std::string& path :
-       {Project(""), std::string("/no/such/file"), std::string("\xff\xfe\x80.vrdb"), std::string(),
-        empty, text, Project("no_models.vrdb"), std::string(300, 'a')}) {
+       {Project(""), std::string("/no/such/file"), std::string("/dev/zero"),
+        std::string("\xff\xfe\x80.vrdb"), std::string(), empty, text, Project("no_models.vrdb"),
+        std::string(300, 'a')}) {
     EXPECT_EQ(dzel2_hasSurrogate(path.c_str()), 2) << path;
     EXPECT_NE(LastError(), "");
   }
@@ -88,6 +89,12 @@ TEST_F(BadInput, PathsThatAreNoProject) {
     EXPECT_THAT(LastError(), HasSubstr("Error while reading"));
   }
   std::remove(unreadable.c_str());
+}
+
+TEST_F(BadInput, TheLastErrorIsUtf8WhateverItQuotes) {
+  double value = 0.0;
+  EXPECT_EQ(dzel2_getReferenceValuePerParameter(path_, "a\xe4\xff", &value), 2);
+  EXPECT_EQ(LastError(), "Parameter (a\xef\xbf\xbd\xef\xbf\xbd) not found.");
 }
 
 TEST_F(BadInput, NonAsciiPathsOpen) {

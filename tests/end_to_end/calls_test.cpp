@@ -46,7 +46,7 @@ TEST_F(Calls, TheLastErrorBelongsToTheLastCall) {
   EXPECT_EQ(dzel_getLastError(), dzel2_getLastError()) << "one for both generations";
 
   // These leave it as it is.
-  EXPECT_EQ(dzel2_set_paths_for_custom_interface(), 4);
+  EXPECT_EQ(dzel2_set_paths_for_custom_interface("a path", 2, nullptr), 4);
   EXPECT_EQ(dzel_set_paths_for_custom_interface(), 1);
   dzel2_get_version_str();
   EXPECT_STREQ(dzel2_getLastError(), "Initializing new solver failed.");

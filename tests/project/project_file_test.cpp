@@ -1,7 +1,7 @@
 #include "project/file/project_file.h"
 
 #include "foundation/text.h"
-#include "project/file/file_lock.h"
+#include "project/file/writer_lock.h"
 #include "project/vrdb.h"
 #include "support/archive_round_trip.h"
 #include "support/message_of.h"
@@ -9,7 +9,6 @@
 #include "support/temporary_directory.h"
 
 #include <boost/filesystem/operations.hpp>
-#include <boost/interprocess/sync/file_lock.hpp>
 #include <gtest/gtest.h>
 #include <json/json.h>
 #include <signal.h>
@@ -132,6 +131,10 @@ TEST(ProjectFile, SaysWhichFileCannotBeRead) {
   EXPECT_EQ(MessageOf([&] { Open(missing); }), expected(missing));
   const std::string folder = directory.GetPath().string();
   EXPECT_EQ(MessageOf([&] { Open(folder); }), expected(folder));
+  const std::string pipe = directory.File("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  for (const std::string& other : {pipe, std::string("/dev/zero")})
+    EXPECT_EQ(MessageOf([&] { Open(other); }), expected(other)) << "at once";
   EXPECT_STREQ(GetStatusText(0), "successful");
   EXPECT_STREQ(GetStatusText(6), "invalid header found");
   EXPECT_STREQ(GetStatusText(7), "unknown");
@@ -191,43 +194,37 @@ TEST(ProjectFile, SavingKeepsModeAndSymbolicLink) {
   EXPECT_EQ(Open(link).GetAlgorithmInfo()->GetType(), 22);
 }
 
-TEST(FileLock, IsSharedByReadersAndEndsWithItsHolder) {
+TEST(WriterLock, MakesWritersWaitButNotForLongAndReadersNever) {
   const TemporaryDirectory directory;
   const std::string path = directory.File("p.vrdb");
   SaveProjectFile(VRDB(), path);
-  const boost::filesystem::path object = FileLock::GetLockObject(path);
-  ASSERT_TRUE(boost::filesystem::exists(object));
-  EXPECT_EQ(FileLock::GetLockObject("a/b"), FileLock::GetLockObject("a\\b"));
-  EXPECT_NE(FileLock::GetLockObject("a/b"), FileLock::GetLockObject("a/c"));
+  const auto num_files = [&] {
+    const boost::filesystem::directory_iterator files(directory.GetPath());
+    return std::distance(begin(files), end(files));
+  };
+  EXPECT_EQ(num_files(), 1) << "no lock stays behind";
 
-  for (const auto mode : {FileLock::Mode::kShared, FileLock::Mode::kExclusive}) {
-    int ready[2];
-    ASSERT_EQ(::pipe(ready), 0);
-    const pid_t child = ::fork();
-    if (child == 0) {
-      const FileLock lock(path, mode);
-      ::alarm(60);  // should the test end before it ends the child
-      if (::write(ready[1], "", 1) != 1) ::_exit(1);
-      for (;;) ::pause();
-    }
-    char byte = 0;
-    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
-    {
-      boost::interprocess::file_lock probe(object.c_str());
-      const bool shared = probe.try_lock_sharable();
-      EXPECT_EQ(shared, mode == FileLock::Mode::kShared);
-      if (shared) {
-        probe.unlock_sharable();
-        Open(path);  // beside the other reader
-      }
-      EXPECT_FALSE(probe.try_lock());
-    }
-    ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
-    ::close(ready[0]);
-    ::close(ready[1]);
-    const FileLock writer(path, FileLock::Mode::kExclusive);  // waits for nobody
+  int ready[2];
+  ASSERT_EQ(::pipe(ready), 0);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    const WriterLock lock(path);
+    ::alarm(60);  // should the test end before it ends the child
+    if (::write(ready[1], "", 1) != 1) ::_exit(1);
+    for (;;) ::pause();
   }
+  char byte = 0;
+  ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+  Open(path);
+  EXPECT_EQ(MessageOf([&] { WriterLock(path, std::chrono::milliseconds(50)); }),
+            "Error while writing \"\"" + path + "\"\": process " + std::to_string(child) +
+                " is writing it (waited 0 s)");
+  ::kill(child, SIGKILL);
+  ::waitpid(child, nullptr, 0);
+  ::close(ready[0]);
+  ::close(ready[1]);
+  SaveProjectFile(VRDB(), path);  // takes over what the killed process left
+  EXPECT_EQ(num_files(), 1);
 }
 
 }  // namespace

@@ -354,6 +354,7 @@ TEST_F(SupportData, TakesTheValuesThemselvesOverRandomInputs) {
 TEST_F(SupportData, StaysWhereTheDesignsAreNotKnown) {
   AddModel(SurrogateInfo(L"none"), {});
   AddModel(SurrogateInfo(L"unset"), {0, 0, 0});
+  AddModel(SurrogateInfo(L"mass"), {98, 1, 99});
   testing::internal::CaptureStdout();
   infos.ResetSupportData();
   infos.RestoreSupportData(designs, parameters, true);
@@ -363,7 +364,8 @@ TEST_F(SupportData, StaysWhereTheDesignsAreNotKnown) {
             "WARNING: empty id vector for response 'unset' - will not reset support data for "
             "saving vrdb\n"
             "WARNING: empty id vector for response 'none' - not able to restore support data\n"
-            "WARNING: empty id vector for response 'unset' - not able to restore support data\n");
+            "WARNING: empty id vector for response 'unset' - not able to restore support data\n"
+            "WARNING: 2 of 3 used designs of response 'mass' not found\n");
   EXPECT_EQ(Model(L"none").GetValues(), Eigen::Vector3d(7, 8, 9));
 }
 

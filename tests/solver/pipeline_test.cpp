@@ -16,6 +16,9 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
+#include <thread>
+#include <vector>
 
 namespace corvath::zel {
 namespace {
@@ -317,6 +320,28 @@ TEST_F(Pipeline, ErrorsOfAllResponsesStandOutputByOutput) {
     EXPECT_TRUE(std::equal(one.begin(), one.end(), all.begin() + static_cast<long>(10 * k))) << k;
     EXPECT_NEAR(one[0], 1.0, 1e-12) << "the fit is exact";
   }
+}
+
+TEST_F(Pipeline, BuildsErrorsWhenTheyAreAskedForOnceForAllThreads) {
+  const auto model = GetModels(project_).GetSurrogateInfo(L"mass").GetSurrogate();
+  const std::unique_ptr<math::metamodel::SurrogateBase> with_errors(model->Clone());
+  with_errors->BuildErrors();
+  ASSERT_GT(with_errors->GetResiduals().size(), 0);
+  ZELSolver& solver = Solver();
+  solver.ApproximateMatrix(kDesigns, true, kDataBounds, true);
+  solver.GradientsPerResponse(L"mass", kDesigns, kDataBounds, true);
+  EXPECT_EQ(model->GetResiduals().size(), 0) << "nobody asked";
+
+  std::vector<std::vector<double>> results(4);
+  std::vector<std::thread> callers;
+  for (auto& result : results)
+    callers.emplace_back(
+        [&] { result = solver.ErrorsPerResponse(L"mass", kDesigns, kDataBounds, true); });
+  for (auto& caller : callers) caller.join();
+  EXPECT_EQ(results[0].size(), 10u);
+  for (const auto& result : results) EXPECT_EQ(result, results[0]);
+  EXPECT_EQ(model->GetResiduals(), with_errors->GetResiduals());
+  EXPECT_EQ(model->GetWeightErrorRadius(), with_errors->GetWeightErrorRadius());
 }
 
 TEST_F(Pipeline, ErrorsLeaveOutIncompleteAndUnlistedResponses) {

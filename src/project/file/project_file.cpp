@@ -4,15 +4,16 @@
 #include "archive/portable_oarchive.h"
 #include "foundation/replacement_file.h"
 #include "foundation/text.h"
-#include "project/file/file_lock.h"
+#include "project/file/writer_lock.h"
+#include "project/records/detailed_information.h"
 #include "project/vrdb.h"
 
 #include <boost/filesystem/operations.hpp>
-#include <boost/interprocess/exceptions.hpp>
+#include <boost/format.hpp>
 
 #include <cerrno>
 #include <fstream>
-#include <memory>
+#include <stdexcept>
 #include <system_error>
 #include <vector>
 
@@ -22,15 +23,6 @@ namespace {
 namespace fs = boost::filesystem;
 
 constexpr std::size_t kStreamBuffer = std::size_t{1} << 18;  // larger ones read no faster
-
-/// Null where there can be no lock; work then goes on without.
-std::unique_ptr<FileLock> TryLock(const fs::path& path, FileLock::Mode mode) {
-  try {
-    return std::make_unique<FileLock>(path, mode);
-  } catch (const boost::interprocess::interprocess_exception&) {
-    return nullptr;
-  }
-}
 
 void WriteContent(std::ostream& stream, const VRDB& project, const fs::path& path,
                   const ProjectFileForm& form) {
@@ -73,11 +65,6 @@ fs::path ToNativePath(const std::wstring& path) {
 }
 
 bool ProjectFileReader::Read(VRDB& project, std::string& header, FileStatus& status) const {
-  const std::unique_ptr<FileLock> lock = TryLock(path_, FileLock::Mode::kShared);
-  return ReadUnlocked(project, header, status);
-}
-
-bool ProjectFileReader::ReadUnlocked(VRDB& project, std::string& header, FileStatus& status) const {
   const auto report = [&](FileStatus::Code code) {
     status = {code, path_, GetStatusText(code)};
     return code == FileStatus::kSuccessful;
@@ -86,9 +73,10 @@ bool ProjectFileReader::ReadUnlocked(VRDB& project, std::string& header, FileSta
   std::ifstream stream;
   stream.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
   boost::system::error_code error;
-  const bool is_directory = fs::is_directory(path_, error);  // opens, but cannot be read
-  if (!is_directory) stream.open(path_.c_str(), std::ios::in | std::ios::binary);
-  if (is_directory || !stream.good()) return report(FileStatus::kInvalidStreamWhileReading);
+  // A directory opens, but cannot be read; a pipe would wait for its writer.
+  const bool is_file = fs::is_regular_file(path_, error);
+  if (is_file) stream.open(path_.c_str(), std::ios::in | std::ios::binary);
+  if (!is_file || !stream.good()) return report(FileStatus::kInvalidStreamWhileReading);
 
   const FileHeader outer = ReadFileHeader(stream);
   portable_binary_iarchive archive(stream);
@@ -118,8 +106,23 @@ void SaveProjectFile(const VRDB& project, const fs::path& path, const ProjectFil
   stream.close();
   if (!stream) throw_stream_error();
 
-  const std::unique_ptr<FileLock> lock = TryLock(path, FileLock::Mode::kExclusive);
+  const WriterLock lock(temporary.GetTarget());
   temporary.Commit();
 }
+
+VRDB LoadProjectFile(const fs::path& path) {
+  VRDB project;
+  FileStatus status;
+  if (!ProjectFileReader(path).Read(project, project.GetHeader(), status))
+    throw std::runtime_error(
+        str(boost::format("Error while reading \"%1%\": %2%") % status.path % status.message));
+  const auto& info = project.GetAlgorithmInfo();
+  if (info && info->GetDetailedInformation())
+    info->GetDetailedInformation()->SetFileContext(path.parent_path(), path.stem());
+  return project;
+}
+
+// Declared by the class for those who open a project by its path; the class knows no files.
+VRDB::VRDB(const std::wstring& path) : VRDB(LoadProjectFile(ToNativePath(path))) {}
 
 }  // namespace corvath::algorithm::datatypes

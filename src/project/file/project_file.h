@@ -34,8 +34,7 @@ const char* GetStatusText(int code);
 /// The native path of a wide one: UTF-8.
 boost::filesystem::path ToNativePath(const std::wstring& path);
 
-/// Reads one project file, under a lock shared with the other readers of the machine; without lock
-/// where there can be none.
+/// Reads one project file. It waits for nobody: saving replaces a file in one step.
 class ProjectFileReader {
  public:
   explicit ProjectFileReader(boost::filesystem::path path) : path_(std::move(path)) {}
@@ -46,10 +45,13 @@ class ProjectFileReader {
   bool Read(VRDB& project, std::string& header, FileStatus& status) const;
 
  private:
-  bool ReadUnlocked(VRDB& project, std::string& header, FileStatus& status) const;
-
   boost::filesystem::path path_;
 };
+
+/// The project of a file, with all that VRDB(path) does, which forwards here.
+/// @throws std::runtime_error                `Error while reading ...`: it cannot be opened
+/// @throws boost::archive::archive_exception  it is damaged
+VRDB LoadProjectFile(const boost::filesystem::path& path);
 
 /// Forms of a file to be written. The defaults are those of a new project file.
 struct ProjectFileForm {

@@ -16,6 +16,15 @@ namespace {
 
 constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
 
+/// Tells of designs that the project lacks: without them a model mostly has no errors.
+void WarnOfMissing(const SurrogateInfo& info, std::size_t num_found) {
+  const std::size_t num_used = info.GetUsedHids().size();
+  if (num_found == num_used) return;
+  utils::log::LogLine(utils::log::GetSharedStreamLog(), utils::log::kWarning)
+      << num_used - num_found << L" of " << num_used << L" used designs of response '"
+      << info.GetFullName() << L"' not found";
+}
+
 void Warn(const SurrogateInfo& info, const wchar_t* consequence) {
   utils::log::LogLine(utils::log::GetSharedStreamLog(), utils::log::kWarning)
       << L"empty id vector for response '" << info.GetFullName() << L"' - " << consequence;
@@ -113,6 +122,7 @@ void SurrogateInfoContainer::RestoreSupportData(const DesignManager& designs,
     if (!info.GetSurrogate()) continue;
     try {
       support.Select(info);
+      WarnOfMissing(info, support.GetDesigns().size());
       info.GetSurrogate()->SetSupportData(support.GetPoints(),
                                           ResponseValues(support.GetDesigns(), info));
     } catch (const std::exception& error) {
