@@ -200,6 +200,17 @@ TEST(LinearRegression, KnowsItsLimitsOfData) {
   EXPECT_LT(Deviation(full.Approximate(points), values), 1e-8);
   const Eigen::VectorXd others = (values.sum() - values.array()) / 9.0;
   EXPECT_LT(Deviation(full.ApproximateLeaveOneOut(), others), 1e-12);
+  // Neither where the normal equations have a condition of 1e13 and the leverages are noise.
+  LinearRegressionSettings fifth(8);
+  fifth.SetOrder(5);
+  const auto num_terms = static_cast<Eigen::Index>(fifth.GetNumberCoefficients());
+  const Eigen::MatrixXd many = Points(num_terms, 8, 2);
+  LinearRegression noisy(many, Response(many), fifth);
+  ASSERT_TRUE(noisy.Build());
+  EXPECT_LT(Deviation(noisy.ApproximateLeaveOneOut(),
+                      (Response(many).sum() - Response(many).array()) /
+                          static_cast<double>(num_terms - 1)),
+            1e-12);
 
   Eigen::MatrixXd dependent = Points(20, 3, 1);
   dependent.col(2) = dependent.col(0) - 2.0 * dependent.col(1);
@@ -318,7 +329,7 @@ TEST(LinearRegression, RefusesBadInputAndSaysWhatIsWrong) {
   EXPECT_EQ(MessageOfExactly<Runtime>([&] { LinearRegression(points, values.head(3)); }),
             "Surrogate needs same number of support points (20) and values (3)");
   EXPECT_EQ(MessageOfExactly<Runtime>([&] { LinearRegression(points, values, values.head(3)); }),
-            "Linear Regression needs same number of support points (20) and weights (3)");
+            "Surrogate needs same number of support points (20) and weights (3)");
   LinearRegression model(points, values);
   EXPECT_EQ(MessageOfExactly<Runtime>([&] { model.Approximate(points); }),
             "can not approximate - build first");

@@ -1,8 +1,12 @@
 #include "metamodel/surrogate.h"
 
 #include "foundation/exception.h"
+#include "metamodel/kriging/ordinary_kriging.h"
+#include "metamodel/local_errors.h"
+#include "metamodel/moving_least_squares/moving_least_squares.h"
 #include "metamodel/regression/linear_regression.h"
 #include "metamodel/transforms/trans_min_max.h"
+#include "support/archive_round_trip.h"
 #include "support/message_of.h"
 #include "support/points.h"
 
@@ -11,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <type_traits>
 
 namespace corvath::math::metamodel {
 namespace {
@@ -109,7 +114,7 @@ TEST(SurrogateErrors, AveragesResidualsByNearness) {
   Eigen::MatrixXd x = support::UniformPoints(300, 3, 4);
   x.bottomRows(20).array() += 1.0;
   const Eigen::MatrixXd errors = model.ApproximateErrors(x);
-  ASSERT_EQ(errors.cols(), SurrogateBase::kNumErrorColumns);
+  ASSERT_EQ(errors.cols(), kNumErrorColumns);
   const double h = model.GetPointsRadiiMean();
   const double radius = model.GetWeightErrorRadius();
   for (Eigen::Index row = 0; row < x.rows(); ++row) {
@@ -124,12 +129,11 @@ TEST(SurrogateErrors, AveragesResidualsByNearness) {
       magnitudes += w * std::abs(e(i));
     }
     const double mean_square = squares / weight;
-    EXPECT_NEAR(errors(row, SurrogateBase::kLocalCoP),
-                std::max(0.0, 1.0 - mean_square * 60.0 / sst), 1e-12);
-    EXPECT_NEAR(errors(row, SurrogateBase::kRootMeanSquareError), std::sqrt(mean_square), 1e-13);
-    EXPECT_NEAR(errors(row, SurrogateBase::kMeanError), sum / weight, 1e-13);
-    EXPECT_NEAR(errors(row, SurrogateBase::kMeanAbsoluteError), magnitudes / weight, 1e-13);
-    EXPECT_NEAR(errors(row, SurrogateBase::kDensity), density, 1e-12);
+    EXPECT_NEAR(errors(row, kLocalCoP), std::max(0.0, 1.0 - mean_square * 60.0 / sst), 1e-12);
+    EXPECT_NEAR(errors(row, kRootMeanSquareError), std::sqrt(mean_square), 1e-13);
+    EXPECT_NEAR(errors(row, kMeanError), sum / weight, 1e-13);
+    EXPECT_NEAR(errors(row, kMeanAbsoluteError), magnitudes / weight, 1e-13);
+    EXPECT_NEAR(errors(row, kDensity), density, 1e-12);
   }
 }
 
@@ -139,7 +143,7 @@ TEST(SurrogateErrors, ReportsNoNegativeCoP) {
   model.Build();
   model.BuildErrors();
   const Eigen::MatrixXd errors = model.ApproximateErrors(support::UniformPoints(5, 2, 3));
-  EXPECT_EQ(errors.col(SurrogateBase::kLocalCoP), Eigen::VectorXd::Zero(5));
+  EXPECT_EQ(errors.col(kLocalCoP), Eigen::VectorXd::Zero(5));
   EXPECT_LT(Deviation(errors.middleCols(1, 3), Eigen::MatrixXd::Ones(5, 3)), 1e-14);
 }
 
@@ -152,7 +156,7 @@ TEST(SurrogateErrors, ConstantResponseOrPerfectFitHasNone) {
     model->BuildErrors();
     const Eigen::MatrixXd errors = model->ApproximateErrors(points);
     EXPECT_EQ(errors.leftCols(4), Eigen::RowVector4d(1, 0, 0, 0).replicate(30, 1));
-    EXPECT_GE(errors.col(SurrogateBase::kDensity).minCoeff(), 1.0);  // each point counts itself
+    EXPECT_GE(errors.col(kDensity).minCoeff(), 1.0);  // each point counts itself
   }
 }
 
@@ -178,8 +182,7 @@ TEST(SurrogateErrors, OneSupportPointHasADensityOfUnitWidth) {
   model.BuildErrors();
   EXPECT_EQ(model.GetPointsRadiiMean(), 0.0);
   // h^2 = r = 2.
-  EXPECT_NEAR(model.ApproximateErrors(Eigen::RowVector2d(2.0, 3.0))(0, SurrogateBase::kDensity),
-              0.01, 1e-15);
+  EXPECT_NEAR(model.ApproximateErrors(Eigen::RowVector2d(2.0, 3.0))(0, kDensity), 0.01, 1e-15);
 }
 
 TEST(SurrogateErrors, BuildsOnlyWhatIsMissing) {
@@ -204,6 +207,103 @@ TEST(SurrogateErrors, BuildsOnlyWhatIsMissing) {
   EXPECT_EQ(MessageOfExactly<std::logic_error>(build), "Surrogate::BuildErrors - need build first");
   model.ApproximatePrognosis();
   EXPECT_EQ(model.last_subsets, quarters);
+}
+
+/// A built model of any family whose parts are then made to disagree, as in a damaged file.
+template <class Model>
+class Damaged : public Model {
+ public:
+  Damaged(Eigen::Index num_points,
+          const typename std::remove_cv_t<
+              std::remove_reference_t<decltype(std::declval<Model>().GetSettingsBase())>>& settings)
+      : Model(support::UniformPoints(num_points, 2, 1), support::UniformVector(num_points, 2),
+              settings) {
+    this->Build();
+    this->BuildErrors();
+  }
+  using Model::need_build_;
+  using Model::points_;
+  using Model::points_trans_reduced_;
+  using Model::residuals_;
+  using Model::subsets_;
+  using Model::values_;
+  using Model::weights_;
+};
+
+template <class Settings>
+Settings WithRadius() {
+  Settings settings(2);
+  settings.SetKernelParameter(Eigen::VectorXd::Ones(1));
+  return settings;
+}
+
+/// What `use` of the model says after `damage`.
+template <class Model, class Settings, class Damage, class Use>
+std::string Refusal(const Settings& settings, Damage damage, Use use) {
+  Damaged<Model> model(20, settings);
+  damage(model);
+  return support::MessageOf([&] { use(model); });
+}
+
+TEST(Surrogate, RefusesPartsThatDisagreeInNumber) {
+  const auto check = [](auto* type, const auto& settings) {
+    using Model = std::remove_pointer_t<decltype(type)>;
+    const auto unbuilt = [](auto change) {
+      return [=](auto& model) {
+        model.need_build_ = true;
+        change(model);
+      };
+    };
+    const auto few_values = unbuilt([](auto& m) { m.values_.conservativeResize(19); });
+    const auto many_weights = unbuilt([](auto& m) { m.weights_.setOnes(21); });
+    const auto build = [](auto& m) { m.Build(); };
+    const auto optimise = [](auto& m) { m.BuildOptimal(); };
+    const auto box_cox = [](auto& m) { m.BuildBoxCox(); };
+    const std::string values = "Surrogate needs same number of support points (20) and values (19)";
+    const std::string points = "Surrogate needs same number of support points (20) and ";
+    EXPECT_EQ(Refusal<Model>(settings, few_values, build), values);
+    EXPECT_EQ(Refusal<Model>(settings, few_values, optimise), values);
+    EXPECT_EQ(Refusal<Model>(settings, few_values, box_cox), values);
+    EXPECT_EQ(Refusal<Model>(settings, many_weights, build), points + "weights (21)");
+    EXPECT_EQ(Refusal<Model>(settings, many_weights, optimise), points + "weights (21)");
+
+    const auto errors = [](auto& m) { m.BuildErrors(IndexVector::LinSpaced(20, 0, 4)); };
+    EXPECT_EQ(Refusal<Model>(
+                  settings, [](auto& m) { m.residuals_.resize(7); }, errors),
+              points + "residuals (7)");
+    EXPECT_EQ(Refusal<Model>(
+                  settings, [](auto& m) { m.subsets_.setZero(7); }, errors),
+              points + "groups (7)");
+    // Of 20 designs one is missing; then all.
+    const auto without_one = [](auto& m) {
+      m.SetSupportData(m.points_.topRows(19).eval(), m.values_.head(19).eval());
+    };
+    EXPECT_EQ(Refusal<Model>(settings, without_one, errors),
+              "Surrogate needs same number of support points (19) and transformed support points "
+              "(20)");
+    const auto without_all = [](auto& m) { m.SetSupportData({}, {}); };
+    EXPECT_EQ(Refusal<Model>(settings, without_all, errors),
+              "Surrogate: support point data is missing");
+    EXPECT_EQ(Refusal<Model>(settings, without_all, optimise), "");  // nothing to choose from
+    const auto nothing = [](auto& m) {
+      m.SetSupportData({}, {});
+      m.points_trans_reduced_.resize(0, 2);
+      m.residuals_.resize(0);
+      m.points_.resize(0, 2);
+    };
+    EXPECT_EQ(Refusal<Model>(settings, nothing,
+                             [](auto& m) { m.ApproximateErrors(Eigen::MatrixXd::Zero(1, 2)); }),
+              "Surrogate ApproximateErrors needs BuildErrors first");
+    // A file with such a model says the same when it is read.
+    Damaged<Model> model(20, settings);
+    model.weights_.setOnes(19);
+    EXPECT_EQ(support::MessageOf(
+                  [&] { support::Load<Model>(support::Save(static_cast<const Model&>(model))); }),
+              points + "weights (19)");
+  };
+  check(static_cast<LinearRegression*>(nullptr), LinearRegressionSettings(2));
+  check(static_cast<MovingLeastSquares*>(nullptr), WithRadius<MovingLeastSquaresSettings>());
+  check(static_cast<OrdinaryKriging*>(nullptr), WithRadius<OrdinaryKrigingSettings>());
 }
 
 TEST(SurrogateErrors, RefusesWhatDoesNotFit) {
