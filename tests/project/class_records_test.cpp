@@ -76,6 +76,7 @@ const std::vector<std::string> kClasses{
     "Transform",
     "LinearRegressionSettings",
     "SurrogateSettingsBase",
+    "vector of bool",
     "vector of unsigned char",
     "AppraisalData",
     "map from text to uint64",
