@@ -207,10 +207,10 @@ TEST(LinearRegression, KnowsItsLimitsOfData) {
   const Eigen::MatrixXd many = Points(num_terms, 8, 2);
   LinearRegression noisy(many, Response(many), fifth);
   ASSERT_TRUE(noisy.Build());
-  EXPECT_LT(Deviation(noisy.ApproximateLeaveOneOut(),
-                      (Response(many).sum() - Response(many).array()) /
-                          static_cast<double>(num_terms - 1)),
-            1e-12);
+  EXPECT_LT(
+      Deviation(noisy.ApproximateLeaveOneOut(), (Response(many).sum() - Response(many).array()) /
+                                                    static_cast<double>(num_terms - 1)),
+      1e-12);
 
   Eigen::MatrixXd dependent = Points(20, 3, 1);
   dependent.col(2) = dependent.col(0) - 2.0 * dependent.col(1);

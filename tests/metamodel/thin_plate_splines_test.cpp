@@ -2,11 +2,9 @@
 
 #include "foundation/exception.h"
 #include "metamodel/regression/linear_regression_settings.h"
-#include "support/archive_round_trip.h"
 #include "support/message_of.h"
 
 #include <Eigen/Dense>
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -124,14 +122,4 @@ TEST(ThinPlateSplines, HasNoSettingsAndNoCrossValidation) {
   EXPECT_EQ(message([&] { model.GetSettingsBase(); }),
             "GetSettingsBase not implemented for SurrogateTPS");
   model.SetSettings(LinearRegressionSettings(2));  // any are taken, none are kept
-}
-
-TEST(ThinPlateSplines, SurvivesTheArchive) {
-  const Eigen::MatrixXd p = RandomPoints(12, 2);
-  const auto model = boost::make_shared<SurrogateTPS>(p, Wave(p));
-  ASSERT_TRUE(model->Build());
-  const boost::shared_ptr<SurrogateBase> base = model;
-  const auto read = support::Load<boost::shared_ptr<SurrogateBase>>(support::Save(base));
-  EXPECT_TRUE(read->Equals(*model));
-  EXPECT_EQ(read->Approximate(p), model->Approximate(p));
 }
