@@ -1,28 +1,16 @@
 #include "metamodel/kriging/ordinary_kriging.h"
 
-#include "foundation/exception.h"
-#include "metamodel/kernels/kernels_constant.h"
-#include "metamodel/kernels/kernels_nodal.h"
-#include "metamodel/regression/linear_regression.h"
 #include "metamodel/transforms/trans_box_cox.h"
-#include "metamodel/transforms/trans_min_max.h"
-#include "support/archive_round_trip.h"
-#include "support/message_of.h"
 
 #include <Eigen/Dense>
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <memory>
-#include <string>
 #include <vector>
 
 using namespace corvath::math::metamodel;
 using corvath::math::transform::TransBoxCox;
 using corvath::math::transform::TransformType;
-using corvath::math::transform::TransMinMax;
-using corvath::utils::log::VectorLog;
 
 namespace {
 
@@ -287,111 +275,4 @@ TEST(OrdinaryKriging, RefusesASingularSystemAndKeepsWhatItHad) {
   EXPECT_FALSE(model.IsBuilt());
   EXPECT_EQ(model.GetKernelWeights(), weights);
   EXPECT_TRUE(model.IsSolvable());
-}
-
-TEST(OrdinaryKriging, AConstantResponseHasNoVariance) {
-  const Sample sample(12);
-  OrdinaryKriging model(sample.points, Eigen::VectorXd::Zero(12),
-                        Settings(KernelType::kConstInflIsoExp, One(1.0), 1e-6));
-  ASSERT_TRUE(model.Build());
-  EXPECT_EQ(model.GetSigma2(), 0.0);
-  EXPECT_TRUE(std::isfinite(model.GetLikelihood()));
-  EXPECT_TRUE(model.LikelihoodGradient().allFinite());
-  EXPECT_EQ(model.Approximate(sample.points), Eigen::VectorXd::Zero(12));
-}
-
-TEST(OrdinaryKriging, BoxCoxParametersAreThoseOfAQuadraticRegression) {
-  const Sample sample;
-  OrdinaryKriging model(sample.points, sample.values.array().pow(3),
-                        Settings(KernelType::kConstInflIsoExp, One(1.2), 1e-4));
-  model.SetValueTransform(TransformType::kBoxCox, {});
-  LinearRegressionSettings quadratic(3);
-  quadratic.SetOrder(2);
-  LinearRegression regression(sample.points, sample.values.array().pow(3), quadratic);
-  regression.SetValueTransform(TransformType::kBoxCox, {});
-  ASSERT_TRUE(regression.BuildBoxCox());
-  ASSERT_TRUE(model.BuildBoxCox());
-  EXPECT_TRUE(model.IsBuilt());
-  EXPECT_EQ(model.GetTransValue()->GetParameters(), regression.GetTransValue()->GetParameters());
-  EXPECT_EQ(model.GetSettingsBase().GetValueTransformParameter(),
-            regression.GetTransValue()->GetParameters());
-  EXPECT_EQ(model.GetSettingsBase().GetState(), SettingsState::kOptimized);
-}
-
-TEST(OrdinaryKriging, SaysWhatIsWrong) {
-  const Sample sample(10);
-  OrdinaryKriging model(sample.points, sample.values);
-  const auto log = boost::make_shared<VectorLog>();
-  model.SetLogger(log);
-  EXPECT_FALSE(model.Build());  // no kernel parameter
-  EXPECT_EQ(log->GetLines().size(), 1u);
-  const auto message = [](auto action) { return support::MessageOf(action); };
-  EXPECT_EQ(message([&] { model.Approximate(sample.points); }),
-            "can not approximate - build first");
-  EXPECT_EQ(message([&] { model.ApproximateLeaveOneOut(); }),
-            "can not approximate CV - build first");
-  EXPECT_EQ(message([&] {
-              model.SetSettings(LinearRegressionSettings(3));
-            }).find("Initialize Kriging failed. Could not convert surrogate setting : "),
-            0u);
-  model.SetSettings(Settings(KernelType::kConstInflIsoExp, One(1.0), 1e-6));
-  ASSERT_TRUE(model.Build());
-  EXPECT_EQ(message([&] { model.Approximate(sample.points.leftCols(2)); }),
-            "Surrogate approximate needs same number of input dimension (2) as support points (3)");
-  EXPECT_EQ(message([&] { model.ApproximateCrossValidation(IndexVector::Zero(9)); }),
-            "subset vector has wrong length");
-  EXPECT_EQ(message([&] { model.ApproximateCrossValidationDirect(IndexVector::Zero(11)); }),
-            "subset vector has wrong length");
-
-  model.SetSupportData(sample.points, sample.values.head(7));  // as a damaged file may have it
-  model.SetSettings(model.GetSettingsBase());
-  EXPECT_EQ(message([&] { model.Build(); }),
-            "Surrogate needs same number of support points (10) and values (7)");
-  model.SetSupportData(Eigen::MatrixXd(0, 3), Eigen::VectorXd());
-  EXPECT_FALSE(model.Build());
-  EXPECT_EQ(message([&] { model.ComputeSingleCoPs(); }),
-            "Surrogate: support point data is missing");
-}
-
-TEST(OrdinaryKrigingSettings, AreCheckedAndCounted) {
-  VectorLog log;
-  const auto message = [&](const OrdinaryKrigingSettings& settings) {
-    return support::MessageOfExactly<corvath::utils::runtime_error>([&] { settings.Check(&log); });
-  };
-  EXPECT_EQ(message(OrdinaryKrigingSettings()), "Number of inputs can not be 0.");
-  EXPECT_EQ(message(Settings(KernelType::kConstInflIsoReg, One(1.0), 0.0)),
-            "Kernel is not of type correlation");
-  EXPECT_EQ(message(Settings(KernelType::kConstInflExp, Eigen::Vector2d(1, 1), 0.0)),
-            "Wrong number of dimensions in anisotropic kernel");
-  EXPECT_EQ(message(Settings(KernelType::kConstInflExp, Eigen::VectorXd(), 0.0)), "<no exception>");
-  EXPECT_EQ(log.GetLines().back().second, L"Wrong number of dimensions in anisotropic kernel");
-  EXPECT_EQ(support::MessageOf([&] { Settings(KernelType(7), One(1.0), 0.0).Check(&log); }),
-            "Unknown kernel type.");
-
-  OrdinaryKrigingSettings settings = Settings(KernelType::kConstInflExp, Eigen::VectorXd(), 0.0);
-  settings.SetVariableSelection({true, true, false});
-  EXPECT_EQ(settings.GetNumberParameters(), 1u + 2u + 2u);
-  settings.SetValueTransformParameter({0.5, 0.1, 10.1});
-  EXPECT_EQ(settings.GetNumberParameters(), 1u + 1u + 2u + 2u);
-  EXPECT_EQ(settings.GetComplexity(), 11u);
-  settings.SetKernelParameter(Eigen::Vector3d(1, 2, 3));
-  EXPECT_EQ(settings.GetNumberParameters(), 1u + 1u + 3u + 2u);
-  settings.SetKernelType(KernelType::kNodalInflExp);
-  EXPECT_EQ(settings.GetKernelParameter().size(), 0);
-  EXPECT_EQ(settings.GetNumberParameters(), 1u + 1u + 1u + 2u);
-  EXPECT_EQ(settings.GetComplexity(), 10u);
-  EXPECT_FALSE(settings.Equals(OrdinaryKrigingSettings(3)));
-  settings.ResetToLinear();
-  EXPECT_TRUE(settings.Equals(OrdinaryKrigingSettings(3)));
-}
-
-TEST(OrdinaryKriging, IsNamedByItsKernel) {
-  const Sample sample(5);
-  const auto name = [&](KernelType type, bool short_form) {
-    return OrdinaryKriging(sample.points, sample.values, Settings(type, Eigen::VectorXd(), 0.0))
-        .GetName(short_form);
-  };
-  EXPECT_EQ(name(KernelType::kConstInflExp, true), L"Anisotropic Kriging");
-  EXPECT_EQ(name(KernelType::kConstInflIsoExp, false), L"Isotropic Kriging | 0");
-  EXPECT_EQ(name(KernelType::kNodalInflExp, false), L"Isotropic Kriging | 0");
 }

@@ -191,9 +191,10 @@ void UseTransforms(Settings& settings) {
 }
 
 /// Built models with all that a surrogate can hold.
-template <class Model, class Settings>
-Model Full(const Settings& settings) {
-  Model model(3.0 * support::UniformPoints(30, 2, 1), support::UniformVector(30, 2), settings);
+template <class Model, class Settings, class... Weights>
+Model Full(const Settings& settings, const Weights&... weights) {
+  Model model(3.0 * support::UniformPoints(30, 2, 1), support::UniformVector(30, 2), settings,
+              weights...);
   EXPECT_TRUE(model.Build());
   EXPECT_TRUE(model.BuildErrors(IndexVector::LinSpaced(30, 0, 4)));
   model.SetSingleCoPs(Eigen::RowVector2d(0.7, 0.2));
@@ -207,12 +208,8 @@ LinearRegression Regression() {
   UseTransforms(settings);
   settings.SetLimitTransform(TransformType::kLimits);
   settings.SetLimitTransformParameter({0.0, 1.0});
-  LinearRegression model(3.0 * support::UniformPoints(30, 2, 1), support::UniformVector(30, 2),
-                         settings, 0.5 + support::UniformVector(30, 3).array());
-  model.Build();
-  model.BuildErrors(IndexVector::LinSpaced(30, 0, 4));
-  model.SetSingleCoPs(Eigen::RowVector2d(0.7, 0.2));
-  return model;
+  return Full<LinearRegression>(settings,
+                                Eigen::VectorXd(0.5 + support::UniformVector(30, 3).array()));
 }
 
 MovingLeastSquares LocalModel() {
@@ -324,36 +321,40 @@ TEST(StoredForm, OfTheNewestModels) {
   check(splines, support::Save(splines));
 }
 
+/// What came with a later version than `Version` is as in a new model.
+template <int Version>
+void ExpectBaseOf(const LinearRegression& model) {
+  const auto read = support::Load<LinearRegression>(Newest<Version>(model));
+  const LinearRegression fresh;
+  const auto expect = [&](int since, auto get) {
+    EXPECT_EQ(get(read), get(Version >= since ? model : fresh)) << Version << ", " << since;
+  };
+  expect(0, [](auto& m) { return m.GetPoints(); });
+  expect(0, [](auto& m) { return m.GetValues(); });
+  expect(0, [](auto& m) { return m.GetTransCoord()->GetName(); });
+  expect(1, [](auto& m) { return m.GetWeights(); });
+  expect(2, [](auto& m) { return m.GetResiduals(); });
+  expect(3, [](auto& m) { return m.GetSubsets(); });
+  expect(4, [](auto& m) { return m.GetTransLimit() != nullptr; });
+  expect(5, [](auto& m) { return m.GetSingleCoPs(); });
+  expect(6, [](auto& m) { return m.GetPointsRadiiMean(); });
+  expect(7, [](auto& m) { return m.GetWeightErrorRadius(); });
+}
+
+template <int... Versions>
+void ExpectBasesOf(const LinearRegression& model, std::integer_sequence<int, Versions...>) {
+  (ExpectBaseOf<Versions>(model), ...);
+}
+
 TEST(StoredForm, OfEveryVersionOfTheBase) {
   const LinearRegression model = Regression();
-  const auto v6 = support::Load<LinearRegression>(Newest<6>(model));
-  EXPECT_EQ(v6.GetWeightErrorRadius(), 0.0);
-  EXPECT_EQ(v6.GetPointsRadiiMean(), model.GetPointsRadiiMean());
-  const auto v5 = support::Load<LinearRegression>(Newest<5>(model));
-  EXPECT_EQ(v5.GetPointsRadiiMean(), 0.0);
-  EXPECT_EQ(v5.GetSingleCoPs(), model.GetSingleCoPs());
-  auto v4 = support::Load<LinearRegression>(Newest<4>(model));
-  EXPECT_EQ(v4.GetSingleCoPs().size(), 0);
-  const Eigen::MatrixXd x = 3.0 * support::UniformPoints(9, 2, 4);
-  EXPECT_EQ(v4.Approximate(x), model.Approximate(x));
-  const auto v3 = support::Load<LinearRegression>(Newest<3>(model));
-  EXPECT_EQ(v3.GetTransLimit(), nullptr);
-  EXPECT_EQ(v3.GetSubsets(), model.GetSubsets());
-  const auto v2 = support::Load<LinearRegression>(Newest<2>(model));
-  EXPECT_EQ(v2.GetSubsets().size(), 0);
-  EXPECT_EQ(v2.GetResiduals(), model.GetResiduals());
-  const auto v1 = support::Load<LinearRegression>(Newest<1>(model));
-  EXPECT_EQ(v1.GetResiduals().size(), 0);
-  EXPECT_EQ(v1.GetWeights(), model.GetWeights());
-  const auto v0 = support::Load<LinearRegression>(Newest<0>(model));
-  EXPECT_EQ(v0.GetWeights().size(), 0);
-  EXPECT_EQ(v0.GetPoints(), model.GetPoints());
-  EXPECT_EQ(v0.GetTransCoord()->GetName(), model.GetTransCoord()->GetName());
+  ExpectBasesOf(model, std::make_integer_sequence<int, 8>());
   // Radii that an old file lacks come with the next errors.
-  ASSERT_TRUE(v4.BuildErrors());
-  EXPECT_EQ(v4.GetResiduals(), model.GetResiduals());
-  EXPECT_EQ(v4.GetPointsRadiiMean(), model.GetPointsRadiiMean());
-  EXPECT_EQ(v4.GetWeightErrorRadius(), model.GetWeightErrorRadius());
+  auto old = support::Load<LinearRegression>(Newest<4>(model));
+  const Eigen::MatrixXd x = 3.0 * support::UniformPoints(9, 2, 4);
+  EXPECT_EQ(old.Approximate(x), model.Approximate(x));
+  ASSERT_TRUE(old.BuildErrors());
+  EXPECT_EQ(old.ApproximateErrors(x), model.ApproximateErrors(x));
 }
 
 std::string Regression0(const LinearRegression& model, std::uint64_t order) {
@@ -393,7 +394,6 @@ std::string Local0(const MovingLeastSquares& model, std::uint64_t order, const B
 
 TEST(StoredForm, OfOlderMovingLeastSquares) {
   MovingLeastSquares model = LocalModel();
-  model.SetSettings(model.GetSettingsBase());
   model.Initialize(model.GetSettingsBase());  // without errors, as base version 1 has none
   model.SetSingleCoPs({});
   ASSERT_TRUE(model.Build());

@@ -1,13 +1,10 @@
 #include "metamodel/surrogate.h"
 
 #include "foundation/exception.h"
-#include "metamodel/kriging/ordinary_kriging.h"
 #include "metamodel/local_errors.h"
-#include "metamodel/moving_least_squares/moving_least_squares.h"
 #include "metamodel/regression/linear_regression.h"
 #include "metamodel/transforms/trans_min_max.h"
-#include "support/archive_round_trip.h"
-#include "support/message_of.h"
+#include "support/expect_refusals.h"
 #include "support/points.h"
 
 #include <boost/make_shared.hpp>
@@ -15,7 +12,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <type_traits>
 
 namespace corvath::math::metamodel {
 namespace {
@@ -209,124 +205,27 @@ TEST(SurrogateErrors, BuildsOnlyWhatIsMissing) {
   EXPECT_EQ(model.last_subsets, quarters);
 }
 
-/// A built model of any family whose parts are then made to disagree, as in a damaged file.
-template <class Model>
-class Damaged : public Model {
- public:
-  Damaged(Eigen::Index num_points,
-          const typename std::remove_cv_t<
-              std::remove_reference_t<decltype(std::declval<Model>().GetSettingsBase())>>& settings)
-      : Model(support::UniformPoints(num_points, 2, 1), support::UniformVector(num_points, 2),
-              settings) {
-    this->Build();
-    this->BuildErrors();
-  }
-  using Model::need_build_;
-  using Model::points_;
-  using Model::points_trans_reduced_;
-  using Model::residuals_;
-  using Model::subsets_;
-  using Model::values_;
-  using Model::weights_;
-};
-
-template <class Settings>
-Settings WithRadius() {
-  Settings settings(2);
-  settings.SetKernelParameter(Eigen::VectorXd::Ones(1));
-  return settings;
-}
-
-/// What `use` of the model says after `damage`.
-template <class Model, class Settings, class Damage, class Use>
-std::string Refusal(const Settings& settings, Damage damage, Use use) {
-  Damaged<Model> model(20, settings);
-  damage(model);
-  return support::MessageOf([&] { use(model); });
-}
-
-TEST(Surrogate, RefusesPartsThatDisagreeInNumber) {
-  const auto check = [](auto* type, const auto& settings) {
-    using Model = std::remove_pointer_t<decltype(type)>;
-    const auto unbuilt = [](auto change) {
-      return [=](auto& model) {
-        model.need_build_ = true;
-        change(model);
-      };
-    };
-    const auto few_values = unbuilt([](auto& m) { m.values_.conservativeResize(19); });
-    const auto many_weights = unbuilt([](auto& m) { m.weights_.setOnes(21); });
-    const auto build = [](auto& m) { m.Build(); };
-    const auto optimise = [](auto& m) { m.BuildOptimal(); };
-    const auto box_cox = [](auto& m) { m.BuildBoxCox(); };
-    const std::string values = "Surrogate needs same number of support points (20) and values (19)";
-    const std::string points = "Surrogate needs same number of support points (20) and ";
-    EXPECT_EQ(Refusal<Model>(settings, few_values, build), values);
-    EXPECT_EQ(Refusal<Model>(settings, few_values, optimise), values);
-    EXPECT_EQ(Refusal<Model>(settings, few_values, box_cox), values);
-    EXPECT_EQ(Refusal<Model>(settings, many_weights, build), points + "weights (21)");
-    EXPECT_EQ(Refusal<Model>(settings, many_weights, optimise), points + "weights (21)");
-
-    const auto errors = [](auto& m) { m.BuildErrors(IndexVector::LinSpaced(20, 0, 4)); };
-    EXPECT_EQ(Refusal<Model>(
-                  settings, [](auto& m) { m.residuals_.resize(7); }, errors),
-              points + "residuals (7)");
-    EXPECT_EQ(Refusal<Model>(
-                  settings, [](auto& m) { m.subsets_.setZero(7); }, errors),
-              points + "groups (7)");
-    // Of 20 designs one is missing; then all.
-    const auto without_one = [](auto& m) {
-      m.SetSupportData(m.points_.topRows(19).eval(), m.values_.head(19).eval());
-    };
-    EXPECT_EQ(Refusal<Model>(settings, without_one, errors),
-              "Surrogate needs same number of support points (19) and transformed support points "
-              "(20)");
-    const auto without_all = [](auto& m) { m.SetSupportData({}, {}); };
-    EXPECT_EQ(Refusal<Model>(settings, without_all, errors),
-              "Surrogate: support point data is missing");
-    EXPECT_EQ(Refusal<Model>(settings, without_all, optimise), "");  // nothing to choose from
-    const auto nothing = [](auto& m) {
-      m.SetSupportData({}, {});
-      m.points_trans_reduced_.resize(0, 2);
-      m.residuals_.resize(0);
-      m.points_.resize(0, 2);
-    };
-    EXPECT_EQ(Refusal<Model>(settings, nothing,
-                             [](auto& m) { m.ApproximateErrors(Eigen::MatrixXd::Zero(1, 2)); }),
-              "Surrogate ApproximateErrors needs BuildErrors first");
-    // A file with such a model says the same when it is read.
-    Damaged<Model> model(20, settings);
-    model.weights_.setOnes(19);
-    EXPECT_EQ(support::MessageOf(
-                  [&] { support::Load<Model>(support::Save(static_cast<const Model&>(model))); }),
-              points + "weights (19)");
-  };
-  check(static_cast<LinearRegression*>(nullptr), LinearRegressionSettings(2));
-  check(static_cast<MovingLeastSquares*>(nullptr), WithRadius<MovingLeastSquaresSettings>());
-  check(static_cast<OrdinaryKriging*>(nullptr), WithRadius<OrdinaryKrigingSettings>());
-}
-
 TEST(SurrogateErrors, RefusesWhatDoesNotFit) {
-  using Runtime = utils::runtime_error;
   GivenModel model = RandomModel(20, 2);
-  EXPECT_EQ(MessageOfExactly<Runtime>([&] { model.ApproximateErrors(Eigen::MatrixXd(1, 3)); }),
-            "Surrogate approximate errors needs same number of input dimension (3) as support "
-            "points (2)");
-  EXPECT_EQ(MessageOfExactly<Runtime>([&] { model.ApproximateErrors(Eigen::MatrixXd(1, 2)); }),
-            "Surrogate ApproximateErrors needs BuildErrors first");
-  EXPECT_EQ(MessageOfExactly<Runtime>([&] { model.ApproximateGradients(Eigen::MatrixXd(1, 3)); }),
-            "Surrogate approximate needs same number of input dimension (3) as support points (2)");
+  const auto errors_at = [&](Eigen::Index m) {
+    return [&model, m] { model.ApproximateErrors(Eigen::MatrixXd(1, m)); };
+  };
+  const std::string width = "needs same number of input dimension (3) as support points (2)";
+  const std::string errors_first = "Surrogate ApproximateErrors needs BuildErrors first";
+  support::ExpectRefusals<utils::runtime_error>({
+      {errors_at(3), "Surrogate approximate errors " + width},
+      {errors_at(2), errors_first},
+      {[&] { model.ApproximateGradients(Eigen::MatrixXd(1, 3)); },
+       "Surrogate approximate " + width},
+  });
   model.Build();
   model.BuildErrors();
-  const Eigen::VectorXd values = support::UniformVector(3, 1);
-  model.SetSupportData(support::UniformPoints(3, 3, 1), values);
-  EXPECT_EQ(MessageOfExactly<Runtime>([&] { model.ApproximateErrors(Eigen::MatrixXd(1, 3)); }),
-            "Surrogate ApproximateErrors needs BuildErrors first");
+  model.SetSupportData(support::UniformPoints(3, 3, 1), support::UniformVector(3, 1));
+  support::ExpectRefusals<utils::runtime_error>({{errors_at(3), errors_first}});
   model.SetSupportData({}, {});
-  EXPECT_EQ(MessageOfExactly<std::logic_error>([&] { model.ApproximatePrognosis(); }),
-            "Surrogate: support point data is missing");
-  EXPECT_EQ(MessageOfExactly<std::logic_error>([&] { model.ApproximateLeaveOneOut(); }),
-            "Surrogate: support point data is missing");
+  const std::string missing = "Surrogate: support point data is missing";
+  support::ExpectRefusals<std::logic_error>({{[&] { model.ApproximatePrognosis(); }, missing},
+                                             {[&] { model.ApproximateLeaveOneOut(); }, missing}});
 }
 
 TEST(SurrogateGradients, AreThoseOfAQuadratic) {
