@@ -28,6 +28,7 @@ class SurrogateBase {
 
   /// Fits the model to its support points; returns at once when nothing is to be done.
   /// @returns false when the support points do not suffice
+  /// @throws corvath::utils::runtime_error  the numbers of points, values and weights disagree
   virtual bool Build() = 0;
   /// Whether a build with the present data would have a regular system.
   virtual bool IsSolvable() const = 0;
@@ -76,7 +77,8 @@ class SurrogateBase {
 
   /// Residuals of leave-one-out, or of cross-validation in these groups, and the radii of density
   /// and local errors. Does only what is still missing.
-  /// @throws std::logic_error  the model is not built
+  /// @throws std::logic_error  the model is not built, or its support points are missing
+  /// @throws corvath::utils::runtime_error  parts with a row per support point disagree in number
   bool BuildErrors();
   bool BuildErrors(const IndexVector& subsets);
 

@@ -21,6 +21,8 @@ Eigen::VectorXd SurrogateBase::ApproximatePrognosis() const {
 void SurrogateBase::BeginBuildErrors() {
   if (need_build_ || NeedsBuild(trans_coord_) || NeedsBuild(trans_value_))
     throw std::logic_error("Surrogate::BuildErrors - need build first");
+  // A build with other support data leaves the groups of the earlier ones behind, without residuals.
+  if (residuals_.size() == 0 && subsets_.size() != values_.size()) subsets_.resize(0);
   RequireSameSupport();
   if (points_radii_mean_ != 0.0 && weight_error_radius_ != 0.0) return;
   const ErrorRadii radii = ErrorRadii::Of(points_trans_reduced_);
