@@ -4,21 +4,13 @@
 
 #include <boost/serialization/nvp.hpp>
 #include <boost/serialization/split_free.hpp>
-#include <boost/serialization/tracking.hpp>
 
 #include <cstdint>
 #include <vector>
 
-/// A std::vector<bool> is stored without class record: "num_bits", then the bytes, lowest bit
-/// first.
+/// A std::vector<bool> is stored without class record, like any collection of numbers, and like one
+/// it takes a class id: "num_bits", then the bytes, lowest bit first.
 namespace boost::serialization {
-
-template <>
-struct tracking_level<std::vector<bool>> {
-  using tag = mpl::integral_c_tag;
-  using type = mpl::int_<track_never>;
-  static constexpr int value = track_never;
-};
 
 template <class Archive>
 void save(Archive& ar, const std::vector<bool>& bits, const unsigned int) {

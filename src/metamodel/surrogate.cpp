@@ -6,6 +6,7 @@
 #include "foundation/text.h"
 #include "metamodel/factories.h"
 #include "metamodel/same_figures.h"
+#include "metamodel/support_rows.h"
 #include "metamodel/transforms/trans_min_max.h"
 
 #include <boost/make_shared.hpp>
@@ -51,14 +52,9 @@ SurrogateBase::SurrogateBase()
 
 SurrogateBase::SurrogateBase(const Eigen::MatrixXd& points, const Eigen::VectorXd& values)
     : SurrogateBase() {
-  if (points.rows() != values.size()) {
-    std::wostringstream message;
-    message << L"Surrogate needs same number of support points (" << points.rows()
-            << L") and values (" << values.size() << L")";
-    throw utils::runtime_error(message.str());
-  }
   points_ = points;
   values_ = values;
+  RequireSupportData();
 }
 
 void SurrogateBase::Initialize(const SurrogateSettingsBase& settings) {
@@ -157,6 +153,30 @@ void SurrogateBase::ReduceColumns(const ConstPoints& matrix, const BitVector& fi
     if (filter[static_cast<std::size_t>(j)]) reduced.col(next++) = matrix.col(j);
 }
 
+void SurrogateBase::RequireSupportData() const {
+  if (GetNumberPoints() != values_.size()) {  // here, none is a number too
+    std::wostringstream message;
+    message << L"Surrogate needs same number of support points (" << GetNumberPoints()
+            << L") and values (" << values_.size() << L")";
+    throw utils::runtime_error(message.str());
+  }
+  RequireSameRows({{L"support points", GetNumberPoints()}, {L"weights", weights_.size()}});
+}
+
+void SurrogateBase::RequireSameSupport() const {
+  RequireSupportData();
+  RequireSameRows({{L"support points", GetNumberPoints()},
+                   {L"weights", weights_.size()},
+                   {L"transformed support points", points_trans_reduced_.rows()},
+                   {L"residuals", residuals_.size()},
+                   {L"groups", subsets_.size()}});
+}
+
+void SurrogateBase::RequireValues() const {
+  if (points_.size() == 0 || values_.size() == 0)
+    throw std::logic_error("Surrogate: support point data is missing");
+}
+
 void SurrogateBase::RequireInputs(Eigen::Index columns) const {
   if (columns == GetNumberInputs()) return;
   std::wostringstream message;
@@ -184,10 +204,37 @@ void SurrogateBase::RebuildSettings(SurrogateSettingsBase& settings) const {
 }
 
 Eigen::VectorXd SurrogateBase::ApproximateLeaveOneOut() const {
-  if (points_.size() == 0 || values_.size() == 0)
-    throw std::logic_error("Surrogate: support point data is missing");
+  if (GetClassWithoutSettings()) RefuseValidation(L"ApproximateLeaveOneOut");
+  RequireValues();
   return ApproximateCrossValidation(
       IndexVector::LinSpaced(values_.size(), 0, static_cast<std::uint64_t>(values_.size() - 1)));
+}
+
+Eigen::VectorXd SurrogateBase::ApproximateCrossValidation(const IndexVector&) const {
+  RefuseValidation(L"ApproximateCrossValidation");
+}
+
+BitVector SurrogateBase::GetVariableSelection() const {
+  RefuseWithoutSettings("GetVariableSelection");
+}
+
+std::uint64_t SurrogateBase::GetNumberCoefficients() const {
+  RefuseWithoutSettings("GetNumberCoefficients");
+}
+
+const SurrogateSettingsBase& SurrogateBase::GetSettingsBase() const {
+  RefuseWithoutSettings("GetSettingsBase");
+}
+
+void SurrogateBase::RefuseWithoutSettings(const char* operation) const {
+  const char* name = GetClassWithoutSettings();
+  throw std::logic_error(std::string(operation) + " not implemented for " +
+                         (name ? name : "this surrogate"));
+}
+
+void SurrogateBase::RefuseValidation(const wchar_t* operation) const {
+  throw utils::runtime_error(std::wstring(L"The method ") + operation +
+                             L" is not implemented for surrogate model '" + GetName(false) + L"'.");
 }
 
 std::wstring SurrogateBase::GetDescription() const {
@@ -230,6 +277,7 @@ void SurrogateBase::serialize(Archive& ar, unsigned int version) {
   if (version >= 5) ar& BOOST_SERIALIZATION_NVP(single_cops_);
   if (version >= 6) ar& BOOST_SERIALIZATION_NVP(points_radii_mean_);
   if (version >= 7) ar& BOOST_SERIALIZATION_NVP(weight_error_radius_);
+  if constexpr (Archive::is_loading::value) RequireSameSupport();
 }
 
 }  // namespace corvath::math::metamodel

@@ -28,6 +28,7 @@ class SurrogateBase {
 
   /// Fits the model to its support points; returns at once when nothing is to be done.
   /// @returns false when the support points do not suffice
+  /// @throws corvath::utils::runtime_error  the numbers of points, values and weights disagree
   virtual bool Build() = 0;
   /// Whether a build with the present data would have a regular system.
   virtual bool IsSolvable() const = 0;
@@ -40,7 +41,7 @@ class SurrogateBase {
   virtual Eigen::VectorXd ApproximateLeaveOneOut() const;
   /// Prediction of each support point without its group; `subsets` holds the group of each point,
   /// empty means one group per point.
-  virtual Eigen::VectorXd ApproximateCrossValidation(const IndexVector& subsets) const = 0;
+  virtual Eigen::VectorXd ApproximateCrossValidation(const IndexVector& subsets) const;
   /// Prediction of each support point without itself or its group, from stored residuals where
   /// there are any.
   /// @throws std::logic_error  there are no support points
@@ -55,11 +56,11 @@ class SurrogateBase {
   virtual const Eigen::VectorXd& GetValues() const { return values_; }
   virtual const Eigen::MatrixXd& GetPoints() const { return points_; }
   /// Which inputs the model uses: m bits.
-  virtual BitVector GetVariableSelection() const = 0;
-  virtual std::uint64_t GetNumberCoefficients() const = 0;
+  virtual BitVector GetVariableSelection() const;
+  virtual std::uint64_t GetNumberCoefficients() const;
   /// The model as a formula in the inputs, where it has one.
   virtual std::wstring GetModelFunction(const std::vector<std::wstring>& names) const;
-  virtual const SurrogateSettingsBase& GetSettingsBase() const = 0;
+  virtual const SurrogateSettingsBase& GetSettingsBase() const;
   /// Whether the model can be used on this machine; every model of this library can.
   virtual bool CheckAvailable(const boost::shared_ptr<utils::log::LogBase>& logger);
   virtual bool Equals(const SurrogateBase& other) const;
@@ -76,7 +77,8 @@ class SurrogateBase {
 
   /// Residuals of leave-one-out, or of cross-validation in these groups, and the radii of density
   /// and local errors. Does only what is still missing.
-  /// @throws std::logic_error  the model is not built
+  /// @throws std::logic_error  the model is not built, or its support points are missing
+  /// @throws corvath::utils::runtime_error  parts with a row per support point disagree in number
   bool BuildErrors();
   bool BuildErrors(const IndexVector& subsets);
 
@@ -85,18 +87,8 @@ class SurrogateBase {
   /// @throws std::logic_error  the model is not built, or sizes differ from N
   void SetErrors(const Eigen::VectorXd& residuals, const IndexVector& subsets);
 
-  /// Columns of ApproximateErrors.
-  enum ErrorColumn : Eigen::Index {
-    kLocalCoP = 0,
-    kRootMeanSquareError = 1,
-    kMeanError = 2,
-    kMeanAbsoluteError = 3,
-    kDensity = 4,
-    kNumErrorColumns = 5
-  };
-  /// How far to trust the prediction at each row of `points` (n x m): an n x 5 matrix. The errors
-  /// are averages of the residuals, weighted by nearness; the density counts support points in
-  /// reach, one at distance h for 0.01.
+  /// How far to trust the prediction at each row of `points` (n x m): LocalErrors there, an n x 5
+  /// matrix with a column per ErrorColumn.
   /// @throws corvath::utils::runtime_error  another number of inputs, or BuildErrors is missing
   Eigen::MatrixXd ApproximateErrors(const ConstPoints& points) const;
 
@@ -138,6 +130,10 @@ class SurrogateBase {
   SurrogateBase(const SurrogateBase&) = default;
   SurrogateBase& operator=(const SurrogateBase&) = default;
 
+  /// The class name of a family that has neither settings and selected inputs nor
+  /// cross-validation: these operations then refuse in its name. Null where a family overrides them.
+  virtual const char* GetClassWithoutSettings() const { return nullptr; }
+
   Eigen::Index GetNumberPoints() const { return points_.rows(); }
   Eigen::Index GetNumberInputs() const { return points_.cols(); }
 
@@ -159,6 +155,15 @@ class SurrogateBase {
   static void ReduceColumns(const ConstPoints& matrix, const BitVector& filter,
                             Eigen::MatrixXd& reduced);
 
+  /// What a fit reads must have one row per support point.
+  /// @throws corvath::utils::runtime_error  the numbers of points, values or weights disagree
+  void RequireSupportData() const;
+  /// The same for all parts, those of a fit and of BuildErrors included; support data that were left
+  /// out of a file may be missing as a whole.
+  void RequireSameSupport() const;
+
+  /// @throws std::logic_error  there are no support points: a file may leave them out
+  void RequireValues() const;
   /// @throws corvath::utils::runtime_error  `columns` is not m
   void RequireInputs(Eigen::Index columns) const;
 
@@ -196,8 +201,9 @@ class SurrogateBase {
   void serialize(Archive& ar, unsigned int version);
 
   void ClearErrors();
-  void BuildRadii();
   void BeginBuildErrors();
+  [[noreturn]] void RefuseWithoutSettings(const char* operation) const;
+  [[noreturn]] void RefuseValidation(const wchar_t* operation) const;
 };
 
 }  // namespace corvath::math::metamodel

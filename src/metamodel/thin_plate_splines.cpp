@@ -62,7 +62,7 @@ Eigen::FullPivLU<Eigen::MatrixXd> Factorise(const Eigen::MatrixXd& scaled_points
   return factors;
 }
 
-void RequireSupportData(const Eigen::MatrixXd& points, const Eigen::VectorXd& values) {
+void RequireValuePerPoint(const Eigen::MatrixXd& points, const Eigen::VectorXd& values) {
   if (points.rows() == values.size() && points.rows() > 0) return;
   std::wostringstream message;
   message << L"Surrogate needs the same number of support points (=" << points.rows()
@@ -86,7 +86,7 @@ bool SurrogateTPS::IsBuilt() const {
 bool SurrogateTPS::Build() {
   if (!need_build_ && !NeedsBuild(trans_coord_)) return true;
   residuals_.resize(0);
-  RequireSupportData(points_, values_);
+  RequireValuePerPoint(points_, values_);
   const Eigen::MatrixXd scaled_points = TransformedPoints().transpose();
   const auto factors = Factorise(scaled_points);
   Eigen::VectorXd right_side = Eigen::VectorXd::Zero(factors.rows());
@@ -99,7 +99,7 @@ bool SurrogateTPS::Build() {
 
 bool SurrogateTPS::IsSolvable() const {
   try {
-    RequireSupportData(points_, values_);
+    RequireValuePerPoint(points_, values_);
     Factorise(PreviewTransformedPoints().transpose());
     return true;
   } catch (const std::exception&) {
@@ -148,32 +148,8 @@ Eigen::VectorXd SurrogateTPS::Approximate(const ConstPoints& points) const {
   return values;
 }
 
-Eigen::VectorXd SurrogateTPS::ApproximateLeaveOneOut() const {
-  throw utils::runtime_error(
-      L"The method ApproximateLeaveOneOut is not implemented for surrogate model '" +
-      GetName(false) + L"'.");
-}
-
-Eigen::VectorXd SurrogateTPS::ApproximateCrossValidation(const IndexVector& /*subsets*/) const {
-  throw utils::runtime_error(
-      L"The method ApproximateCrossValidation is not implemented for surrogate model '" +
-      GetName(false) + L"'.");
-}
-
 std::wstring SurrogateTPS::GetName(bool /*short_form*/) const {
   return L"Thin Plate Splines";
-}
-
-BitVector SurrogateTPS::GetVariableSelection() const {
-  throw std::logic_error("GetVariableSelection not implemented for SurrogateTPS");
-}
-
-std::uint64_t SurrogateTPS::GetNumberCoefficients() const {
-  throw std::logic_error("GetNumberCoefficients not implemented for SurrogateTPS");
-}
-
-const SurrogateSettingsBase& SurrogateTPS::GetSettingsBase() const {
-  throw std::logic_error("GetSettingsBase not implemented for SurrogateTPS");
 }
 
 void SurrogateTPS::SetSettings(const SurrogateSettingsBase& /*settings*/) {}

@@ -31,23 +31,19 @@ class SurrogateTPS : public SurrogateBase {
   /// @throws corvath::utils::runtime_error  not built, another number of inputs, or a stored model
   ///                                        whose parts contradict each other
   Eigen::VectorXd Approximate(const ConstPoints& points) const override;
-  /// @throws corvath::utils::runtime_error  always; the same for cross-validation
-  Eigen::VectorXd ApproximateLeaveOneOut() const override;
-  Eigen::VectorXd ApproximateCrossValidation(const IndexVector& subsets) const override;
   bool BuildOptimal(const IndexVector& subsets) override;
 
   std::wstring GetName(bool short_form) const override;
   std::wstring GetDescription() const override { return GetName(false); }
-  /// @throws std::logic_error  always; the same for the next two
-  BitVector GetVariableSelection() const override;
-  std::uint64_t GetNumberCoefficients() const override;
-  const SurrogateSettingsBase& GetSettingsBase() const override;
   bool Equals(const SurrogateBase& other) const override;
   SurrogateTPS* Clone() const override { return new SurrogateTPS(*this); }
   void SetSettings(const SurrogateSettingsBase& settings) override;
 
   /// The radial function: r^2 ln r above 0, otherwise 0.
   virtual double Phi(double r) const;
+
+ protected:
+  const char* GetClassWithoutSettings() const override { return "SurrogateTPS"; }
 
  private:
   friend class boost::serialization::access;

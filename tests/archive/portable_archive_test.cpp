@@ -271,14 +271,27 @@ TEST(PortableArchive, RoundTripsCollections) {
   EXPECT_EQ(support::Load<boost::uuids::uuid>(bytes), uuid);
 }
 
-TEST(PortableArchive, BitVectorHasNoClassRecord) {
-  const std::vector<bool> bits{true, false, true};
-  EXPECT_EQ(support::Save(bits, archive::kAnnotateNothing).substr(kHeader.size()),
-            // num_bits; then the bytes: count, item_version, one byte as an integer
-            FromHex("0300"
-                    "0100"
+/// Bits, then an object behind a pointer, whose class id tells how many classes came before.
+struct BitsAndPointer {
+  std::vector<bool> bits_{true, false, true};
+  Plain* plain_ = nullptr;
+  template <class Archive>
+  void serialize(Archive& ar, unsigned int) {
+    ar& BOOST_SERIALIZATION_NVP(bits_) & BOOST_SERIALIZATION_NVP(plain_);
+  }
+};
+
+TEST(PortableArchive, BitVectorTakesAClassIdButHasNoClassRecord) {
+  Plain plain;
+  BitsAndPointer object;
+  object.plain_ = &plain;
+  EXPECT_EQ(support::Save(object, archive::kAnnotateNothing).substr(kHeader.size(), 14),
+            FromHex("00000000"  // class 0, the object: tracked, version
+                    "0300"      // class 1, the bits: num_bits
+                    "0100"      // class 2, the bytes: count, item_version, one byte as an integer
                     "0000"
-                    "0500"));
+                    "0500"
+                    "0300"));  // class 3
 }
 
 }  // namespace

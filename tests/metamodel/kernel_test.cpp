@@ -1,7 +1,6 @@
 #include "metamodel/factories.h"
 #include "metamodel/kernels/kernels_constant.h"
 #include "metamodel/kernels/kernels_nodal.h"
-#include "support/message_of.h"
 #include "support/points.h"
 
 #include <gtest/gtest.h>
@@ -11,8 +10,6 @@
 
 namespace corvath::math::metamodel {
 namespace {
-
-using support::MessageOfExactly;
 
 Eigen::VectorXd Radius(double radius) {
   return Eigen::VectorXd::Constant(1, radius);
@@ -90,66 +87,20 @@ TEST(Kernel, WeightsOfAPointSetAreThoseOfItsRows) {
 }
 
 TEST(Kernel, TellsWhatItCanServeFor) {
-  struct Case {
-    int type;
+  const struct {
+    KernelType type;
     bool correlation, constant, isotropic;
-    std::uint64_t count;
-  };
-  for (const Case& c : {Case{1, true, true, false, 2}, Case{101, true, true, true, 1},
-                        Case{102, false, true, true, 1}, Case{201, true, false, false, 1}}) {
-    const Eigen::VectorXd parameters = Eigen::VectorXd::Ones(c.type == 1 ? 2 : 1);
-    const auto kernel = MakeKernel(static_cast<KernelType>(c.type), parameters);
-    EXPECT_EQ(static_cast<int>(kernel->GetType()), c.type);
-    EXPECT_EQ(kernel->IsCorrelation(), c.correlation) << c.type;
-    EXPECT_EQ(kernel->IsConstantInfluence(), c.constant) << c.type;
-    EXPECT_EQ(kernel->IsIsotropic(), c.isotropic) << c.type;
-    EXPECT_EQ(kernel->GetParameterCount(), c.count) << c.type;
-    EXPECT_TRUE(kernel->IsKernelOfSurrogate());
-    EXPECT_EQ(kernel->GetParameterNames(), std::list<std::wstring>{L"Influence radius"});
-    const std::unique_ptr<KernelBase> copy(kernel->Clone());
-    EXPECT_EQ(copy->GetParameters(), parameters);
-    EXPECT_EQ(MakeKernel(static_cast<KernelType>(c.type), {})->GetParameters().size(), 0);
+  } cases[] = {{KernelType::kConstInflExp, true, true, false},
+               {KernelType::kConstInflIsoExp, true, true, true},
+               {KernelType::kConstInflIsoReg, false, true, true},
+               {KernelType::kNodalInflExp, true, false, false}};
+  for (const auto& c : cases) {
+    const auto kernel = MakeKernel(c.type, Radius(1.0));
+    EXPECT_EQ(kernel->GetType(), c.type);
+    EXPECT_EQ(kernel->IsCorrelation(), c.correlation);
+    EXPECT_EQ(kernel->IsConstantInfluence(), c.constant);
+    EXPECT_EQ(kernel->IsIsotropic(), c.isotropic);
   }
-  EXPECT_EQ(MessageOfExactly<std::logic_error>([] { MakeKernel(KernelType(7), {}); }),
-            "Unknown kernel type.");
-}
-
-TEST(Kernel, RefusesBadParametersAndWrongUse) {
-  using Domain = std::domain_error;
-  const auto refusal = [](int type, const Eigen::VectorXd& parameters) {
-    const auto kernel = MakeKernel(static_cast<KernelType>(type), Eigen::VectorXd());
-    const std::string message =
-        MessageOfExactly<Domain>([&] { kernel->SetParameters(parameters); });
-    EXPECT_EQ(kernel->GetParameters().size(), 0);
-    return message;
-  };
-  for (const int type : {1, 101, 102, 201})
-    EXPECT_EQ(refusal(type, {}), "KernelConstInflExp: undefined parameter");
-  const std::string greater_zero = ": parameter must be greater zero";
-  for (const double bad : {0.0, -1.0, std::nan("")}) {
-    EXPECT_EQ(refusal(1, Eigen::Vector2d(1.0, bad)), "KernelConstInflExp" + greater_zero);
-    EXPECT_EQ(refusal(101, Radius(bad)), "KernelConstInflIsoExp" + greater_zero);
-    EXPECT_EQ(refusal(102, Radius(bad)), "KernelConstInflIsoReg" + greater_zero);
-    EXPECT_EQ(refusal(201, Radius(bad)),
-              "KernelNodalInflExp: parameter must be greater or equal one");
-  }
-  const Eigen::VectorXd two = Eigen::VectorXd::Ones(2);
-  EXPECT_EQ(refusal(101, two), "Kernel: Invalid size of parameter vector");
-  EXPECT_EQ(refusal(102, two), "Kernel: Invalid size of parameter vector");
-
-  const KernelConstInflExp aniso(two);
-  const KernelNodalInflExp nodal(two);
-  EXPECT_EQ(MessageOfExactly<Domain>([&] { aniso.EvaluateDistance(1.0); }),
-            "EvaluateDistance works only for isotropic kernels");
-  EXPECT_EQ(MessageOfExactly<Domain>([&] { nodal.EvaluateDistance(1.0); }),
-            "EvaluateDistance works only for isotropic kernels");
-  EXPECT_EQ(MessageOfExactly<Domain>([&] { aniso.EvaluateDistances(two); }),
-            "EvaluateDistances works only for isotropic kernels");
-  EXPECT_EQ(MessageOfExactly<Domain>(
-                [&] { WeightsOf(aniso, Eigen::Vector3d::Zero(), Eigen::MatrixXd::Zero(2, 3)); }),
-            "Kernel: Invalid size of parameter vector");
-  EXPECT_EQ(MessageOfExactly<Domain>([&] { KernelConstInflIsoExp().EvaluateDistance(1.0); }),
-            "KernelConstInflExp: undefined parameter");
 }
 
 }  // namespace

@@ -45,28 +45,6 @@ std::vector<TestFunction> TestFunctions() {
          const double root = b - 5.1 / (4.0 * kPi * kPi) * a * a + 5.0 / kPi * a - 6.0;
          return root * root + 10.0 * (1.0 - 1.0 / (8.0 * kPi)) * std::cos(a) + 10.0;
        }},
-      // H. H. Rosenbrock, "An automatic method for finding the greatest or least value of a
-      // function", The Computer Journal 3, 1960, pp. 175-184.
-      {"Rosenbrock", 2, 20,
-       [](const Eigen::VectorXd& u) {
-         const double a = 4.0 * u(0) - 2.0, b = 4.0 * u(1) - 2.0;
-         return 100.0 * std::pow(b - a * a, 2) + std::pow(1.0 - a, 2);
-       }},
-      // J. K. Hartman, "Some experiments in global optimization", Naval Research Logistics Quarterly
-      // 20, 1973, pp. 569-576.
-      {"Hartman", 3, 20,
-       [](const Eigen::VectorXd& u) {
-         const Eigen::Vector3d rates[] = {{3.0, 10.0, 30.0}, {0.1, 10.0, 35.0}};
-         const Eigen::Vector3d centres[] = {{0.3689, 0.1170, 0.2673},
-                                            {0.4699, 0.4387, 0.7470},
-                                            {0.1091, 0.8732, 0.5547},
-                                            {0.03815, 0.5743, 0.8828}};
-         const double heights[] = {1.0, 1.2, 3.0, 3.2};
-         double sum = 0.0;
-         for (int i = 0; i < 4; ++i)
-           sum -= heights[i] * std::exp(-rates[i % 2].dot((u - centres[i]).cwiseAbs2()));
-         return sum;
-       }},
       // J. H. Friedman, "Multivariate adaptive regression splines", Annals of Statistics 19, 1991,
       // pp. 1-67.
       {"Friedman", 5, 30, [](const Eigen::VectorXd& u) {
@@ -145,48 +123,34 @@ const Eigen::VectorXd& Radii(const OrdinaryKriging& model) {
 
 }  // namespace
 
-TEST(KrigingFit, IsotropicReachesTheBestOfADenseScan) {
+TEST(KrigingFit, ReachesTheBestLikelihoodOfADenseScan) {
   for (const TestFunction& function : TestFunctions())
-    for (const bool noisy : {false, true}) {
-      const Sample sample(function, noisy);
-      OrdinaryKriging model = Unfitted(sample, kIsotropic);
-      ASSERT_TRUE(model.BuildOptimal());
-      const auto likelihood = [&](const Eigen::VectorXd& x) {
-        return Likelihood(sample, Eigen::VectorXd::Constant(sample.points.cols(), x(1)), x(0));
-      };
-      const double best =
-          Scan(likelihood, Eigen::Vector2d(-6.0, -1.0), Eigen::Vector2d(0.0, 1.3), 50);
-      EXPECT_LT(model.GetLikelihood(), best + 1e-3) << function.name << noisy;
-      EXPECT_NEAR(model.GetLikelihood(),
-                  likelihood(Eigen::Vector2d(Nugget(model), Radii(model)(0))), 1e-5);
-    }
-}
-
-TEST(KrigingFit, AnisotropicReachesTheBestOfADenseScan) {
-  for (const TestFunction& function : TestFunctions())
-    for (const bool noisy : {false, true}) {
-      const Sample sample(function, noisy);
-      OrdinaryKriging model = Unfitted(sample, kAnisotropic);
-      ASSERT_TRUE(model.BuildOptimal());
-      const auto likelihood = [&](const Eigen::VectorXd& x) {
-        return Likelihood(sample, x.tail(x.size() - 1), x(0));
-      };
-      const Eigen::Index d = 1 + function.num_inputs;
-      Eigen::VectorXd lower = Eigen::VectorXd::Constant(d, -0.59);
-      Eigen::VectorXd upper = Eigen::VectorXd::Constant(d, 1.92);
-      lower(0) = -6.0;
-      upper(0) = 0.0;
-      const int steps[] = {50, 20, 10, 6, 5};  // in 2 dimensions and more
-      const double best = Scan(likelihood, lower, upper, steps[d - 2]);
-      EXPECT_LT(model.GetLikelihood(), best + 1e-3) << function.name << noisy;
-      Eigen::VectorXd found(d);
-      found << Nugget(model), Radii(model);
-      EXPECT_NEAR(model.GetLikelihood(), likelihood(found), 1e-5);
-      for (Eigen::Index i = 0; i < d; ++i) {
-        EXPECT_GE(found(i), std::pow(10.0, lower(i)) * (1.0 - 1e-12));
-        EXPECT_LE(found(i), std::pow(10.0, upper(i)) * (1.0 + 1e-12));
+    for (const bool noisy : {false, true})
+      for (const KernelType type : {kIsotropic, kAnisotropic}) {
+        const Sample sample(function, noisy);
+        OrdinaryKriging model = Unfitted(sample, type);
+        ASSERT_TRUE(model.BuildOptimal());
+        const bool isotropic = type == kIsotropic;
+        const auto likelihood = [&](const Eigen::VectorXd& x) {
+          const Eigen::VectorXd radii = x.tail(x.size() - 1);
+          return Likelihood(sample, isotropic ? radii.replicate(function.num_inputs, 1) : radii,
+                            x(0));
+        };
+        const Eigen::Index d = isotropic ? 2 : 1 + function.num_inputs;
+        Eigen::VectorXd lower = Eigen::VectorXd::Constant(d, isotropic ? -1.0 : -0.59);
+        Eigen::VectorXd upper = Eigen::VectorXd::Constant(d, isotropic ? 1.3 : 1.92);
+        lower(0) = -6.0;
+        upper(0) = 0.0;
+        const int steps[] = {50, 20, 10, 6, 5};  // in 2 dimensions and more
+        const double best = Scan(likelihood, lower, upper, steps[d - 2]);
+        EXPECT_LT(model.GetLikelihood(), best + 1e-3) << function.name << noisy << isotropic;
+        Eigen::VectorXd found(d);
+        found << Nugget(model), Radii(model);
+        EXPECT_NEAR(model.GetLikelihood(), likelihood(found), 1e-5);
+        const Eigen::ArrayXd logarithms = found.array().log10();
+        EXPECT_TRUE(isotropic || (logarithms > lower.array() - 1e-12).all());
+        EXPECT_TRUE(isotropic || (logarithms < upper.array() + 1e-12).all());
       }
-    }
 }
 
 TEST(KrigingFit, CrossValidationErrorReachesTheBestOfADenseScan) {
@@ -206,17 +170,6 @@ TEST(KrigingFit, CrossValidationErrorReachesTheBestOfADenseScan) {
   };
   const double best = Scan(error, Eigen::Vector2d(-6.0, -0.5), Eigen::Vector2d(0.0, 1.1), 30);
   EXPECT_LT(error(Eigen::Vector2d(Nugget(model), Radii(model)(0))), best * 1.001);
-}
-
-TEST(KrigingFit, OneInputMakesBothFitsTheSame) {
-  for (const bool noisy : {false, true}) {
-    const Sample sample(TestFunctions()[0], noisy);
-    OrdinaryKriging isotropic = Unfitted(sample, kIsotropic);
-    OrdinaryKriging anisotropic = Unfitted(sample, kAnisotropic);
-    ASSERT_TRUE(isotropic.BuildOptimal() && anisotropic.BuildOptimal());
-    EXPECT_NEAR(isotropic.GetLikelihood(), anisotropic.GetLikelihood(), 1e-3);
-    EXPECT_NEAR(Radii(isotropic)(0), Radii(anisotropic)(0), 0.02 * Radii(isotropic)(0));
-  }
 }
 
 TEST(KrigingFit, IsRepeatedExactlyAndLeavesABuiltModel) {
@@ -245,6 +198,7 @@ TEST(KrigingFit, TakesTheValueTransformOfAQuadraticRegression) {
   transformed.BuildBoxCox();
   ASSERT_TRUE(model.BuildOptimal());
   EXPECT_EQ(model.GetTransValue()->GetParameters(), transformed.GetTransValue()->GetParameters());
+  EXPECT_EQ(model.GetName(false), L"Isotropic Kriging | 0");
   sample.values = model.GetTransValue()->Forward(sample.values);
   OrdinaryKriging plain = Unfitted(sample, kIsotropic);
   ASSERT_TRUE(plain.BuildOptimal());
@@ -271,12 +225,13 @@ TEST(KrigingFit, AConstantResponseIsFitted) {
       }
 }
 
-TEST(KrigingFit, ANodalKernelCountsFromOne) {
+TEST(KrigingFit, ANodalKernelIsDefinedOnItsSupportPoints) {
   Sample sample(TestFunctions()[1], true);
   OrdinaryKriging model = Unfitted(sample, KernelType::kNodalInflExp);
   ASSERT_TRUE(model.BuildOptimal());
   ASSERT_EQ(Radii(model).size(), 1);
-  EXPECT_GE(Radii(model)(0), 1.0);
+  EXPECT_GE(Radii(model)(0), 2.0);  // the nearest of a support point is itself, at no distance
+  EXPECT_TRUE(model.Approximate(sample.points).allFinite());
   EXPECT_LE(Radii(model)(0), std::pow(10.0, 1.92) * (1.0 + 1e-12));
   sample.points.row(4) = sample.points.row(2);  // no distance: the kernel has no value
   OrdinaryKriging coincident = Unfitted(sample, KernelType::kNodalInflExp);
@@ -300,11 +255,9 @@ TEST(KrigingFit, RefusesBadInputAndKeepsTheSettings) {
   /// Whether the fit of these data fails, and changes nothing that counts.
   const auto fails = [&](const Eigen::MatrixXd& points, const Eigen::VectorXd& values,
                          KernelType type) {
-    Sample sample = good;
-    sample.points = points;
-    sample.values = values;
-    OrdinaryKriging model = Unfitted(sample, type);
+    OrdinaryKriging model(points, values);
     OrdinaryKrigingSettings settings = model.GetSettingsBase();
+    settings.SetKernelType(type);
     settings.SetKernelParameter(Eigen::VectorXd::Constant(type == kIsotropic ? 1 : 2, 0.75));
     model.SetSettings(settings);
     model.SetLogger(log);
@@ -313,26 +266,23 @@ TEST(KrigingFit, RefusesBadInputAndKeepsTheSettings) {
     EXPECT_EQ(model.GetSettingsBase().GetState(), SettingsState::kReplaced);
     return failed;
   };
+  const auto logged = [&](const std::wstring& text) {
+    return log->GetLines().back().second.find(text) != std::wstring::npos;
+  };
   for (const KernelType type : {kIsotropic, kAnisotropic}) {
     for (const double bad : {std::nan(""), HUGE_VAL}) {
       Sample sample = good;
-      sample.values(3) = bad;
-      EXPECT_TRUE(fails(sample.points, sample.values, type));
-      sample = good;
-      sample.points(3, 1) = bad;
-      EXPECT_TRUE(fails(sample.points, sample.values, type));
+      sample.values(3) = sample.points(3, 1) = bad;
+      EXPECT_TRUE(fails(good.points, sample.values, type));
+      EXPECT_TRUE(fails(sample.points, good.values, type));
     }
-    EXPECT_EQ(log->GetLines().back().second,
-              L"Kriging: no parameters can be chosen for support points or values that are not "
-              L"finite numbers.");
+    EXPECT_TRUE(logged(L"values that are not finite numbers."));
     EXPECT_TRUE(fails(Eigen::MatrixXd(0, 2), Eigen::VectorXd(), type));
     EXPECT_EQ(support::MessageOf([&] { fails(good.points.topRows(1), good.values.head(1), type); }),
               "At least two points are required.");
   }
   EXPECT_TRUE(fails(Eigen::MatrixXd::Ones(20, 2), good.values, kIsotropic));
-  EXPECT_EQ(log->GetLines().back().second,
-            L"Kriging: no parameters can be chosen; all support points coincide, no input is "
-            L"selected, or no trial can be solved.");
+  EXPECT_TRUE(logged(L"all support points coincide, no input is selected, or no trial"));
 
   OrdinaryKriging model = Unfitted(good, kIsotropic);
   OrdinaryKrigingSettings settings = model.GetSettingsBase();

@@ -1,6 +1,7 @@
 #include "metamodel/moving_least_squares/moving_least_squares.h"
 
 #include "foundation/exception.h"
+#include "metamodel/kriging/ordinary_kriging.h"
 #include "metamodel/regression/linear_regression.h"
 #include "metamodel/transforms/trans_box_cox.h"
 #include "support/message_of.h"
@@ -299,6 +300,11 @@ TEST(MovingLeastSquares, TakesTheBoxCoxTransformOfAQuadraticRegression) {
   MovingLeastSquaresSettings settings = Settings(3, 1, KernelType::kConstInflIsoExp, Radius(1.0));
   settings.SetVariableSelection({true, true, false});
   settings.SetValueTransform(TransformType::kBoxCox);
+  OrdinaryKrigingSettings kriging(3);
+  kriging.SetCoordTransform(TransformType::kNone);
+  kriging.SetVariableSelection({true, true, false});
+  kriging.SetKernelParameter(Radius(1.0));
+  kriging.SetValueTransform(TransformType::kBoxCox);
   const auto transform_of = [&](Eigen::Index n, std::uint64_t order, bool interactions) {
     LinearRegressionSettings quadratic(3);
     quadratic.SetCoordTransform(TransformType::kNone);
@@ -314,13 +320,16 @@ TEST(MovingLeastSquares, TakesTheBoxCoxTransformOfAQuadraticRegression) {
   const std::tuple<Eigen::Index, std::uint64_t, bool> cases[] = {
       {60, 2, true}, {5, 2, false}, {4, 1, false}};
   for (const auto& [n, order, interactions] : cases) {
-    MovingLeastSquares model(points.topRows(n), values.head(n), settings);
-    ASSERT_TRUE(model.BuildBoxCox());
-    EXPECT_TRUE(model.IsBuilt());
     const auto expected = transform_of(n, order, interactions);
-    EXPECT_EQ(model.GetTransValue()->GetParameters(), expected) << n;
-    EXPECT_EQ(model.GetSettingsBase().GetValueTransformParameter(), expected) << n;
-    EXPECT_EQ(model.GetSettingsBase().GetState(), SettingsState::kOptimized);
+    const auto check = [&](auto&& model) {
+      ASSERT_TRUE(model.BuildBoxCox());
+      EXPECT_TRUE(model.IsBuilt());
+      EXPECT_EQ(model.GetTransValue()->GetParameters(), expected);
+      EXPECT_EQ(model.GetSettingsBase().GetValueTransformParameter(), expected);
+      EXPECT_EQ(model.GetSettingsBase().GetState(), SettingsState::kOptimized);
+    };
+    check(MovingLeastSquares(points.topRows(n), values.head(n), settings));
+    check(OrdinaryKriging(points.topRows(n), values.head(n), kriging));
   }
   EXPECT_NE(transform_of(60, 2, true)[0], 1.0);
 }
@@ -369,6 +378,15 @@ TEST(MovingLeastSquares, SingleCoPsAreTheLossWithoutTheInput) {
   EXPECT_NEAR(cops(1), unexplained / total - loss(one), 1e-12);
 }
 
+TEST(MovingLeastSquares, DescribesItself) {
+  const Eigen::MatrixXd points = support::UniformPoints(9, 2, 1);
+  const MovingLeastSquares model(points, Response(points));
+  EXPECT_EQ(model.GetName(true), L"Moving Least Squares");
+  EXPECT_EQ(model.GetDescription(),
+            L"Moving Least Squares | 1| Constant influence, isotropic, exponential coordinate "
+            L"transformation : MinMax ( 0, 1 ) | value transformation : nonenone");
+}
+
 TEST(MovingLeastSquares, KnowsItsLimitsOfData) {
   Eigen::MatrixXd points = support::UniformPoints(10, 3, 1);
   points.col(2) = points.col(0) + points.col(1);
@@ -379,74 +397,6 @@ TEST(MovingLeastSquares, KnowsItsLimitsOfData) {
   EXPECT_FALSE(few.IsSolvable());
   EXPECT_FALSE(few.Build());
   EXPECT_FALSE(few.IsBuilt());
-}
-
-TEST(MovingLeastSquares, DescribesItselfAndRefusesBadInput) {
-  const Eigen::MatrixXd points = support::UniformPoints(9, 2, 1);
-  MovingLeastSquares model(points, Response(points));
-  EXPECT_EQ(model.GetName(true), L"Moving Least Squares");
-  EXPECT_EQ(model.GetName(false), L"Moving Least Squares | 1");
-  EXPECT_EQ(model.GetDescription(),
-            L"Moving Least Squares | 1| Constant influence, isotropic, exponential coordinate "
-            L"transformation : MinMax ( 0, 1 ) | value transformation : nonenone");
-  using Logic = std::logic_error;
-  EXPECT_EQ(MessageOfExactly<Logic>([&] { model.Approximate(points); }),
-            "MLS::Approximate - need build first");
-  EXPECT_EQ(MessageOfExactly<Logic>([&] { model.ApproximateCrossValidation({}); }),
-            "MLS::ApproximateCrossValidation - need build first");
-  ASSERT_TRUE(model.Build());
-  EXPECT_EQ(MessageOfExactly<Logic>([&] { model.Approximate(Eigen::MatrixXd(1, 3)); }),
-            "MLS::Approximate - dimension of approximation points is wrong");
-  EXPECT_EQ(MessageOfExactly<Logic>([&] { model.ApproximateCrossValidation(IndexVector(3)); }),
-            "subset vector has wrong length");
-  // No radius yet.
-  EXPECT_THROW(model.Approximate(points), std::domain_error);
-  EXPECT_NE(
-      MessageOfExactly<utils::runtime_error>([&] { model.Initialize(LinearRegressionSettings(2)); })
-          .find("Initialize Moving Least Squares failed. Could not convert surrogate "
-                "setting : "),
-      std::string::npos);
-  MovingLeastSquaresSettings settings(2);
-  settings.SetKernelType(KernelType(7));
-  model.Initialize(settings);
-  EXPECT_EQ(MessageOfExactly<Logic>([&] { model.GetDescription(); }), "Unknown kernel type");
-}
-
-TEST(MovingLeastSquaresSettings, CountsTermsParametersAndComplexity) {
-  using Runtime = utils::runtime_error;
-  MovingLeastSquaresSettings settings(3);
-  EXPECT_EQ(settings.GetNumberCoefficients(), 4u);
-  EXPECT_EQ(settings.GetNumberParameters(), 5u);
-  EXPECT_EQ(settings.GetComplexity(), 11u);
-  EXPECT_TRUE(settings.GetInteractionSelection().empty());
-  settings.SetKernelParameter(Radius(1.0));
-  settings.SetKernelType(KernelType::kConstInflExp);
-  EXPECT_EQ(settings.GetKernelParameter().size(), 0);
-  EXPECT_EQ(settings.GetNumberParameters(), 7u);
-  settings.SetKernelParameter(Radius(1.0));
-  settings.SetValueTransformParameter({0.5, 0.1, 10.1});
-  EXPECT_EQ(settings.GetNumberParameters(), 6u);
-  settings.SetOrder(2);
-  settings.SetVariableSelection({true, false, true});
-  EXPECT_EQ(settings.GetMainTermSelection(), (BitVector{true, false, true, true, false, true}));
-  EXPECT_EQ(settings.GetVariableSelection(), (BitVector{true, false, true}));
-  EXPECT_EQ(settings.GetNumberCoefficients(), 5u);
-  settings.SetOrder(0);
-  settings.SetVariableSelection({true, false, true});
-  EXPECT_EQ(settings.GetNumberCoefficients(), 1u);
-  EXPECT_EQ(settings.GetNumberParameters(), 1u + 1u + 1u + 2u);
-  settings.ResetToLinear();
-  EXPECT_TRUE(settings.Equals(MovingLeastSquaresSettings(3)));
-
-  settings.SetOrder(3);
-  EXPECT_EQ(MessageOfExactly<Runtime>([&] { settings.Check(nullptr); }),
-            "can not set mls order >2");
-  settings.SetOrder(2);
-  settings.SetMainTermSelection(BitVector(3, true));
-  EXPECT_EQ(MessageOfExactly<Runtime>([&] { settings.Check(nullptr); }),
-            "size of selection vector is not consistent to order");
-  EXPECT_EQ(MessageOfExactly<Runtime>([] { MovingLeastSquaresSettings().Check(nullptr); }),
-            "Number of inputs can not be 0.");
 }
 
 }  // namespace

@@ -1,9 +1,10 @@
 #include "metamodel/surrogate.h"
 
 #include "foundation/exception.h"
+#include "metamodel/local_errors.h"
 #include "metamodel/regression/linear_regression.h"
 #include "metamodel/transforms/trans_min_max.h"
-#include "support/message_of.h"
+#include "support/expect_refusals.h"
 #include "support/points.h"
 
 #include <boost/make_shared.hpp>
@@ -109,7 +110,7 @@ TEST(SurrogateErrors, AveragesResidualsByNearness) {
   Eigen::MatrixXd x = support::UniformPoints(300, 3, 4);
   x.bottomRows(20).array() += 1.0;
   const Eigen::MatrixXd errors = model.ApproximateErrors(x);
-  ASSERT_EQ(errors.cols(), SurrogateBase::kNumErrorColumns);
+  ASSERT_EQ(errors.cols(), kNumErrorColumns);
   const double h = model.GetPointsRadiiMean();
   const double radius = model.GetWeightErrorRadius();
   for (Eigen::Index row = 0; row < x.rows(); ++row) {
@@ -124,12 +125,11 @@ TEST(SurrogateErrors, AveragesResidualsByNearness) {
       magnitudes += w * std::abs(e(i));
     }
     const double mean_square = squares / weight;
-    EXPECT_NEAR(errors(row, SurrogateBase::kLocalCoP),
-                std::max(0.0, 1.0 - mean_square * 60.0 / sst), 1e-12);
-    EXPECT_NEAR(errors(row, SurrogateBase::kRootMeanSquareError), std::sqrt(mean_square), 1e-13);
-    EXPECT_NEAR(errors(row, SurrogateBase::kMeanError), sum / weight, 1e-13);
-    EXPECT_NEAR(errors(row, SurrogateBase::kMeanAbsoluteError), magnitudes / weight, 1e-13);
-    EXPECT_NEAR(errors(row, SurrogateBase::kDensity), density, 1e-12);
+    EXPECT_NEAR(errors(row, kLocalCoP), std::max(0.0, 1.0 - mean_square * 60.0 / sst), 1e-12);
+    EXPECT_NEAR(errors(row, kRootMeanSquareError), std::sqrt(mean_square), 1e-13);
+    EXPECT_NEAR(errors(row, kMeanError), sum / weight, 1e-13);
+    EXPECT_NEAR(errors(row, kMeanAbsoluteError), magnitudes / weight, 1e-13);
+    EXPECT_NEAR(errors(row, kDensity), density, 1e-12);
   }
 }
 
@@ -139,7 +139,7 @@ TEST(SurrogateErrors, ReportsNoNegativeCoP) {
   model.Build();
   model.BuildErrors();
   const Eigen::MatrixXd errors = model.ApproximateErrors(support::UniformPoints(5, 2, 3));
-  EXPECT_EQ(errors.col(SurrogateBase::kLocalCoP), Eigen::VectorXd::Zero(5));
+  EXPECT_EQ(errors.col(kLocalCoP), Eigen::VectorXd::Zero(5));
   EXPECT_LT(Deviation(errors.middleCols(1, 3), Eigen::MatrixXd::Ones(5, 3)), 1e-14);
 }
 
@@ -152,7 +152,7 @@ TEST(SurrogateErrors, ConstantResponseOrPerfectFitHasNone) {
     model->BuildErrors();
     const Eigen::MatrixXd errors = model->ApproximateErrors(points);
     EXPECT_EQ(errors.leftCols(4), Eigen::RowVector4d(1, 0, 0, 0).replicate(30, 1));
-    EXPECT_GE(errors.col(SurrogateBase::kDensity).minCoeff(), 1.0);  // each point counts itself
+    EXPECT_GE(errors.col(kDensity).minCoeff(), 1.0);  // each point counts itself
   }
 }
 
@@ -178,8 +178,7 @@ TEST(SurrogateErrors, OneSupportPointHasADensityOfUnitWidth) {
   model.BuildErrors();
   EXPECT_EQ(model.GetPointsRadiiMean(), 0.0);
   // h^2 = r = 2.
-  EXPECT_NEAR(model.ApproximateErrors(Eigen::RowVector2d(2.0, 3.0))(0, SurrogateBase::kDensity),
-              0.01, 1e-15);
+  EXPECT_NEAR(model.ApproximateErrors(Eigen::RowVector2d(2.0, 3.0))(0, kDensity), 0.01, 1e-15);
 }
 
 TEST(SurrogateErrors, BuildsOnlyWhatIsMissing) {
@@ -207,26 +206,26 @@ TEST(SurrogateErrors, BuildsOnlyWhatIsMissing) {
 }
 
 TEST(SurrogateErrors, RefusesWhatDoesNotFit) {
-  using Runtime = utils::runtime_error;
   GivenModel model = RandomModel(20, 2);
-  EXPECT_EQ(MessageOfExactly<Runtime>([&] { model.ApproximateErrors(Eigen::MatrixXd(1, 3)); }),
-            "Surrogate approximate errors needs same number of input dimension (3) as support "
-            "points (2)");
-  EXPECT_EQ(MessageOfExactly<Runtime>([&] { model.ApproximateErrors(Eigen::MatrixXd(1, 2)); }),
-            "Surrogate ApproximateErrors needs BuildErrors first");
-  EXPECT_EQ(MessageOfExactly<Runtime>([&] { model.ApproximateGradients(Eigen::MatrixXd(1, 3)); }),
-            "Surrogate approximate needs same number of input dimension (3) as support points (2)");
+  const auto errors_at = [&](Eigen::Index m) {
+    return [&model, m] { model.ApproximateErrors(Eigen::MatrixXd(1, m)); };
+  };
+  const std::string width = "needs same number of input dimension (3) as support points (2)";
+  const std::string errors_first = "Surrogate ApproximateErrors needs BuildErrors first";
+  support::ExpectRefusals<utils::runtime_error>({
+      {errors_at(3), "Surrogate approximate errors " + width},
+      {errors_at(2), errors_first},
+      {[&] { model.ApproximateGradients(Eigen::MatrixXd(1, 3)); },
+       "Surrogate approximate " + width},
+  });
   model.Build();
   model.BuildErrors();
-  const Eigen::VectorXd values = support::UniformVector(3, 1);
-  model.SetSupportData(support::UniformPoints(3, 3, 1), values);
-  EXPECT_EQ(MessageOfExactly<Runtime>([&] { model.ApproximateErrors(Eigen::MatrixXd(1, 3)); }),
-            "Surrogate ApproximateErrors needs BuildErrors first");
+  model.SetSupportData(support::UniformPoints(3, 3, 1), support::UniformVector(3, 1));
+  support::ExpectRefusals<utils::runtime_error>({{errors_at(3), errors_first}});
   model.SetSupportData({}, {});
-  EXPECT_EQ(MessageOfExactly<std::logic_error>([&] { model.ApproximatePrognosis(); }),
-            "Surrogate: support point data is missing");
-  EXPECT_EQ(MessageOfExactly<std::logic_error>([&] { model.ApproximateLeaveOneOut(); }),
-            "Surrogate: support point data is missing");
+  const std::string missing = "Surrogate: support point data is missing";
+  support::ExpectRefusals<std::logic_error>({{[&] { model.ApproximatePrognosis(); }, missing},
+                                             {[&] { model.ApproximateLeaveOneOut(); }, missing}});
 }
 
 TEST(SurrogateGradients, AreThoseOfAQuadratic) {
@@ -259,14 +258,15 @@ TEST(SurrogateGradients, AreZeroWithoutARangeOfTheInput) {
 
 TEST(Surrogate, CopiesAreIndependent) {
   LinearRegression model(support::UniformPoints(20, 2, 1), support::UniformVector(20, 2));
-  ASSERT_TRUE(model.Build());
+  ASSERT_TRUE(model.Build() && model.BuildErrors(IndexVector::LinSpaced(20, 0, 4)));
   const std::unique_ptr<LinearRegression> copy(model.Clone());
   EXPECT_TRUE(copy->Equals(model));
   const Eigen::VectorXd before = copy->Approximate(support::UniformPoints(9, 2, 3));
   // Another range of support points: a build of the original scales differently.
-  model.SetSupportData(9.0 * support::UniformPoints(20, 2, 4), support::UniformVector(20, 5));
+  model.SetSupportData(9.0 * support::UniformPoints(25, 2, 4), support::UniformVector(25, 5));
   model.Initialize(LinearRegressionSettings(2));
   ASSERT_TRUE(model.Build());
+  EXPECT_TRUE(model.BuildErrors());  // the groups of the 20 points are of the past
   EXPECT_FALSE(copy->Equals(model));
   EXPECT_EQ(copy->Approximate(support::UniformPoints(9, 2, 3)), before);
 }

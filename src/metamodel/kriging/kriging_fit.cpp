@@ -98,7 +98,7 @@ Candidate OrdinaryKriging::Trials::Polish(const Candidate& start, const Eigen::V
 
 bool OrdinaryKriging::BuildOptimal(const IndexVector& subsets) {
   residuals_.resize(0);
-  RequireValuePerPoint();
+  RequireSupportData();
   if (GetNumberPoints() == 0) return false;
   if (!points_.allFinite() || !values_.allFinite()) {
     utils::log::LogLine(logger_, utils::log::kError)
@@ -106,29 +106,12 @@ bool OrdinaryKriging::BuildOptimal(const IndexVector& subsets) {
            L"numbers.";
     return false;
   }
-  const OrdinaryKrigingSettings settings = settings_;
-  const auto trans_value = trans_value_;
-  const auto restore = [&] {
-    settings_ = settings;
-    trans_value_ = trans_value;
-    need_build_ = true;
-  };
-  try {
-    if (trans_value_) {
-      PassInterruptionPoint();
-      ChooseValueTransform();
-    }
-    need_build_ = true;
-    if (Fit(subsets)) {
-      WriteTransformParameters(settings_);
-      settings_.SetState(SettingsState::kOptimized);
-      return true;
-    }
-  } catch (...) {
-    restore();
-    throw;
+  need_build_ = true;
+  OrdinaryKriging trial(*this);  // a search that fails or is interrupted leaves no trace
+  if (trial.Fit(subsets)) {
+    *this = std::move(trial);
+    return true;
   }
-  restore();
   utils::log::LogLine(logger_, utils::log::kError)
       << L"Kriging: no parameters can be chosen; all support points coincide, no input is "
          L"selected, or no trial can be solved.";
@@ -136,7 +119,7 @@ bool OrdinaryKriging::BuildOptimal(const IndexVector& subsets) {
 }
 
 bool OrdinaryKriging::BuildWithNoise(const std::vector<Eigen::Index>& rows) {
-  RequireValuePerPoint();
+  RequireSupportData();
   if (rows.size() < 2 || CountBits(GetVariableSelection()) == 0) return false;
   if (trans_value_) ChooseValueTransform();
   TransformSupportData();
@@ -155,8 +138,18 @@ bool OrdinaryKriging::BuildWithNoise(const std::vector<Eigen::Index>& rows) {
 }
 
 bool OrdinaryKriging::Fit(const IndexVector& subsets) {
+  if (trans_value_) {
+    PassInterruptionPoint();
+    ChooseValueTransform();
+  }
   TransformSupportData();
-  if (points_trans_reduced_.cols() == 0) return false;
+  if (points_trans_reduced_.cols() == 0 || !FitKernel(subsets)) return false;
+  WriteTransformParameters(settings_);
+  settings_.SetState(SettingsState::kOptimized);
+  return true;
+}
+
+bool OrdinaryKriging::FitKernel(const IndexVector& subsets) {
   switch (settings_.GetKernelType()) {
     case KernelType::kConstInflExp:
     case KernelType::kNodalInflExp:
@@ -272,10 +265,12 @@ class BestFew {
 
 bool OrdinaryKriging::FitAnisotropic() {
   // Radii from 0.26 to 83, in coordinates where the inputs reach from 0 to 1. A nodal kernel has one
-  // parameter: a number of neighbours, which cannot fall below 1.
+  // parameter, a number of neighbours: from 2, because a support point is its own nearest, and the
+  // distance 0 to the first of them leaves its prediction undefined. The half keeps rounding away.
   const bool is_nodal = settings_.GetKernelType() == KernelType::kNodalInflExp;
+  if (is_nodal && points_trans_reduced_.rows() < 2) return false;
   const Eigen::Index d = 1 + (is_nodal ? 1 : points_trans_reduced_.cols());
-  Eigen::VectorXd lower = Eigen::VectorXd::Constant(d, is_nodal ? 0.0 : -0.59);
+  Eigen::VectorXd lower = Eigen::VectorXd::Constant(d, is_nodal ? std::log10(2.5) : -0.59);
   Eigen::VectorXd upper = Eigen::VectorXd::Constant(d, 1.92);
   lower(0) = kLowestLogNugget;
   upper(0) = kHighestLogNugget;

@@ -117,7 +117,7 @@ Eigen::VectorXd OrdinaryKriging::ApproximateCrossValidationDirect(
 }
 
 Eigen::VectorXd OrdinaryKriging::ComputeSingleCoPs(const IndexVector& subsets) const {
-  if (values_.size() == 0) throw std::logic_error("Surrogate: support point data is missing");
+  RequireValues();
   const double error = SumOfSquares(values_, ApproximateCrossValidation(subsets));
   const double total = (values_.array() - values_.mean()).square().sum();
   const BitVector selection = GetVariableSelection();

@@ -56,14 +56,6 @@ void OrdinaryKriging::TransformSupportData() {
   values_trans_ = TransformedValues();
 }
 
-void OrdinaryKriging::RequireValuePerPoint() const {
-  if (values_.size() == GetNumberPoints()) return;
-  std::wostringstream message;
-  message << L"Surrogate needs same number of support points (" << GetNumberPoints()
-          << L") and values (" << values_.size() << L")";
-  throw utils::runtime_error(message.str());
-}
-
 bool OrdinaryKriging::Build() {
   if (IsBuilt()) {
     // The oldest stored form lacks the transformed values, which cross-validation needs.
@@ -75,7 +67,7 @@ bool OrdinaryKriging::Build() {
   need_build_ = true;  // a failure on the way leaves no half-built model behind
   residuals_.resize(0);
   likelihood_ = 0.0;
-  RequireValuePerPoint();
+  RequireSupportData();
   if (GetNumberPoints() == 0) return false;
   if (settings_.GetKernelParameter().size() == 0) {
     utils::log::LogLine(logger_, utils::log::kError)

@@ -122,12 +122,11 @@ class OrdinaryKriging : public SurrogateBase {
   void ChooseValueTransform();
 
   class Trials;  ///< solutions of the model with other parameters
+  /// The steps of BuildOptimal on this model, which is left half built when they fail.
   bool Fit(const IndexVector& subsets);
+  bool FitKernel(const IndexVector& subsets);
   bool FitIsotropic(const IndexVector& subsets);
   bool FitAnisotropic();
-
-  /// @throws corvath::utils::runtime_error  the numbers of points and values differ
-  void RequireValuePerPoint() const;
 
   /// The parts of a loaded model must fit each other before anything is computed with them.
   void RequireConsistent() const;

@@ -62,6 +62,7 @@ void MovingLeastSquares::SetSettings(const SurrogateSettingsBase& settings) {
 
 bool MovingLeastSquares::Build() {
   if (!need_build_ && !NeedsBuild(trans_coord_)) return true;
+  RequireSupportData();
   residuals_.resize(0);
   if (GetNumberCoefficients() > static_cast<std::uint64_t>(GetNumberPoints())) return false;
   const Eigen::MatrixXd points = TransformedPoints();
@@ -77,6 +78,7 @@ bool MovingLeastSquares::Build() {
 }
 
 bool MovingLeastSquares::IsSolvable() const {
+  RequireSupportData();
   if (GetNumberCoefficients() > static_cast<std::uint64_t>(GetNumberPoints())) return false;
   if (settings_.GetOrder() == 0) return true;
   const Eigen::MatrixXd basis =

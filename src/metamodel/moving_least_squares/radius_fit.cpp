@@ -64,7 +64,8 @@ bool MovingLeastSquares::BuildOptimal(const IndexVector& subsets) {
   else
     Build();
   residuals_.resize(0);
-  if (!IsBuilt()) return false;
+  if (!IsBuilt() || GetNumberPoints() == 0) return false;  // a file may leave the points out
+  RequireSameSupport();
   const IndexVector groups = GroupsOrPoints(subsets, values_.size());
   const auto kernel = MakeKernel(settings_.GetKernelType(), settings_.GetKernelParameter());
   if (!kernel->IsIsotropic()) return false;
@@ -126,6 +127,7 @@ MovingLeastSquaresSettings WithoutInput(const MovingLeastSquaresSettings& settin
 }  // namespace
 
 Eigen::VectorXd MovingLeastSquares::ComputeSingleCoPs(const IndexVector& subsets) const {
+  RequireValues();
   const double unexplained = SumOfSquares(values_, ApproximateCrossValidation(subsets));
   const double total = (values_.array() - values_.mean()).square().sum();
   const BitVector selection = GetVariableSelection();

@@ -80,6 +80,7 @@ bool Search(const RepeatedRegression& regression, const Eigen::MatrixXd& design,
 }  // namespace
 
 bool LinearRegression::BuildBoxCox() {
+  RequireSupportData();
   const Eigen::MatrixXd points = TransformedPoints();
   points_trans_reduced_ = ReduceColumns(points, GetVariableSelection());
   residuals_.resize(0);

@@ -8,6 +8,7 @@
 #include <Eigen/LU>
 
 #include <algorithm>
+#include <limits>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -19,6 +20,21 @@ namespace {
 
 /// Rows predicted at once: the transformed block of ten inputs fits the first-level cache.
 constexpr Eigen::Index kBlockRows = 256;
+
+/// 1 - leverage up to which a point counts as not determined by the others. With as many terms as
+/// weighted points none is, whatever rounding makes of the leverages. Otherwise the rounding of the
+/// normal equations, which grows with their condition; up to a limit, because terms that depend on
+/// each other have no condition, but leverages.
+/// @param reciprocal_condition  of the normal equations
+double UndeterminedShare(const Eigen::MatrixXd& design, const Eigen::VectorXd& weights,
+                         double reciprocal_condition) {
+  constexpr double kLeast = 1e-9;
+  constexpr double kMost = 1e-3;
+  const Eigen::Index num_points =
+      weights.size() == 0 ? design.rows() : (weights.array() != 0.0).count();
+  if (design.cols() >= num_points) return std::numeric_limits<double>::infinity();
+  return std::clamp(std::numeric_limits<double>::epsilon() / reciprocal_condition, kLeast, kMost);
+}
 
 }  // namespace
 
@@ -32,13 +48,8 @@ LinearRegression::LinearRegression(const Eigen::MatrixXd& points, const Eigen::V
                                    const LinearRegressionSettings& settings,
                                    const Eigen::VectorXd& weights)
     : SurrogateBase(points, values) {
-  if (weights.size() != 0 && weights.size() != values.size()) {
-    std::wostringstream message;
-    message << L"Linear Regression needs same number of support points (" << values.size()
-            << L") and weights (" << weights.size() << L")";
-    throw utils::runtime_error(message.str());
-  }
   weights_ = weights;
+  RequireSupportData();
   Initialize(settings);
 }
 
@@ -59,6 +70,7 @@ bool LinearRegression::Build() {
   if (!need_build_ && !NeedsBuild(trans_coord_) && !NeedsBuild(trans_value_) &&
       !NeedsBuild(trans_limit_))
     return true;
+  RequireSupportData();
   residuals_.resize(0);
   if (GetNumberCoefficients() > static_cast<std::uint64_t>(GetNumberPoints())) return false;
   const Eigen::MatrixXd points = TransformedPoints();
@@ -72,6 +84,7 @@ bool LinearRegression::Build() {
 }
 
 bool LinearRegression::IsSolvable() const {
+  RequireSupportData();
   const std::uint64_t num_coefficients = GetNumberCoefficients();
   if (num_coefficients > static_cast<std::uint64_t>(GetNumberPoints())) return false;
   const Eigen::MatrixXd design =
@@ -159,19 +172,19 @@ Eigen::VectorXd LinearRegression::ApproximateLeaveOneOut() const {
   RequireSupportMatrix();
   const Eigen::MatrixXd& X = coefficient_matrix_;
   const Eigen::LDLT<Eigen::MatrixXd> factors(NormalMatrix(X, weights_));
+  const double undetermined = UndeterminedShare(X, weights_, factors.rcond());
   const Eigen::MatrixXd solved = factors.solve(X.transpose());  // P x N
   Eigen::ArrayXd leverage = X.transpose().cwiseProduct(solved).colwise().sum();
   if (weights_.size() > 0) leverage *= weights_.array();
   const Eigen::VectorXd z = ForwardValues();
   const Eigen::VectorXd e = z - X * coefficients_;
   Eigen::VectorXd result(z.size());
-  // A point that the other points do not determine at all (leverage 1, as with as many coefficients
-  // as points) is predicted by the mean of the others: its residual over 0 would be noise.
-  constexpr double kUndetermined = 1e-9;
+  // A point that the other points do not determine at all (leverage 1) is predicted by the mean of
+  // the others: its residual over 0 would be noise.
   const auto others = static_cast<double>(z.size() - 1);
   for (Eigen::Index i = 0; i < z.size(); ++i) {
     const double d = 1.0 - leverage(i);
-    result(i) = d <= kUndetermined ? (z.sum() - z(i)) / others : z(i) - e(i) / d;
+    result(i) = d <= undetermined ? (z.sum() - z(i)) / others : z(i) - e(i) / d;
   }
   BackTransform(result);
   return result;

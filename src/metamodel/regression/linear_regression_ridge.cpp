@@ -30,6 +30,7 @@ StandardTerms LinearRegression::TermsOf(const ConstPoints& transformed, double c
 }
 
 bool LinearRegression::BuildRidge(const RidgePenalty& penalty) {
+  RequireSupportData();
   residuals_.resize(0);
   if (GetNumberPoints() == 0 || settings_.GetOrder() > 2) return false;
   const Eigen::MatrixXd points = TransformedPoints();
@@ -48,6 +49,7 @@ bool LinearRegression::BuildRidge(const RidgePenalty& penalty) {
 RidgePenalty LinearRegression::BuildOptimalRidge(const IndexVector& singles,
                                                  const IndexVector& groups,
                                                  Eigen::VectorXd& predicted) {
+  RequireSupportData();
   if (trans_value_ && !BuildBoxCox()) return {};
   const Eigen::MatrixXd points = TransformedPoints();
   const Eigen::VectorXd values = TransformedValues();
