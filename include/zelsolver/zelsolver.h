@@ -92,9 +92,9 @@
 
 /* Parameters of a function that takes any arguments. */
 #if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ > 201710L)
-#define ZEL_ANY_ARGUMENTS (...)
+#define ZEL_ANY_ARGUMENTS ...
 #else
-#define ZEL_ANY_ARGUMENTS ()
+#define ZEL_ANY_ARGUMENTS
 #endif
 
 #ifdef __cplusplus
@@ -161,12 +161,12 @@ ZEL_API int dzel_cleanup(void);
  * Any arguments are taken and none is read; the last error stays as it is.
  * @return 4
  */
-ZEL_API int dzel2_set_paths_for_custom_interface ZEL_ANY_ARGUMENTS;
+ZEL_API int dzel2_set_paths_for_custom_interface(ZEL_ANY_ARGUMENTS);
 /**
  * dzel2_set_paths_for_custom_interface().
  * @return 1
  */
-ZEL_API int dzel_set_paths_for_custom_interface ZEL_ANY_ARGUMENTS;
+ZEL_API int dzel_set_paths_for_custom_interface(ZEL_ANY_ARGUMENTS);
 
 /* ---- What a project holds ------------------------------------------------------------------- */
 
