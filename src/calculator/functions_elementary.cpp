@@ -54,10 +54,44 @@ void Rand(FunctionCall& call, Value& result) {
   fn::rand(result, x, distribution, call.Evaluate(2), call.GetGenerator());
 }
 
+/// A function of one matrix that takes cubic time.
+template <void (*Of)(Value&, const Value&)>
+void Factorised(FunctionCall& call, Value& result) {
+  Value storage;
+  const Value& x = call.Borrow(0, storage);
+  if (x.IsMatrix()) call.CountMultiplications(std::uint64_t{x.Size()} * x.Size1());
+  Of(result, x);
+}
+
+std::uint64_t ProductWork(const Value& a, const Value& b) {
+  return std::uint64_t{a.Size()} * (b.IsMatrix() ? b.Size2() : 1);
+}
+/// For each pair of columns.
+std::uint64_t ColumnWork(const Value& a, const Value& b) {
+  return std::uint64_t{a.Size()} * b.Size2();
+}
+/// For each pair of rows.
+std::uint64_t RowWork(const Value& a, const Value& b) {
+  return std::uint64_t{a.Size()} * b.Size1();
+}
+
+/// A function of two matrices whose multiplications `Work` tells.
+template <void (*Of)(Value&, const Value&, const Value&),
+          std::uint64_t (*Work)(const Value&, const Value&)>
+void OfMatrices(FunctionCall& call, Value& result) {
+  const Value a = call.Evaluate(0);
+  Value storage;
+  const Value& b = call.Borrow(1, storage);
+  if (!a.IsUninitialized() && !b.IsUninitialized()) call.CountMultiplications(Work(a, b));
+  Of(result, a, b);
+}
+
 void ModePairs(FunctionCall& call, Value& result) {
   const Value a = call.Evaluate(0);
   const Value b = call.Evaluate(1);
-  fn::modepairs(result, a, b, call.Evaluate(2));
+  const Value limit = call.Evaluate(2);
+  if (a.IsMatrix() && b.IsMatrix()) call.CountMultiplications(ColumnWork(a, b));
+  fn::modepairs(result, a, b, limit);
 }
 
 struct UnaryEntry {
@@ -113,18 +147,18 @@ void AddElementaryFunctions(FunctionTable& table) {
 
   add_unary(Group::kLinearAlgebra, {
                                        {L"transpose", Unary<fn::transpose>},
-                                       {L"invert", Unary<fn::invert>},
+                                       {L"invert", Factorised<fn::invert>},
                                        {L"euklidnorm", Unary<fn::euklidnorm>},
-                                       {L"lufactorize", Unary<fn::lufactorize>},
+                                       {L"lufactorize", Factorised<fn::lufactorize>},
                                    });
   table.Add(Group::kLinearAlgebra, {L"innerprod"}, {2}, Binary<fn::innerprod>);
   table.Add(Group::kLinearAlgebra, {L"outerprod"}, {2}, Binary<fn::outerprod>);
-  table.Add(Group::kLinearAlgebra, {L"matrixmult"}, {2}, Binary<fn::matrixmult>);
+  table.Add(Group::kLinearAlgebra, {L"matrixmult"}, {2}, OfMatrices<fn::matrixmult, ProductWork>);
   table.Add(Group::kLinearAlgebra, {L"times"}, {2}, Binary<fn::times>);
 
-  table.Add(Group::kModal, {L"mac"}, {2}, Binary<fn::mac>);
-  table.Add(Group::kModal, {L"comac"}, {2}, Binary<fn::comac>);
-  table.Add(Group::kModal, {L"sdi"}, {2}, Binary<fn::sdi>);
+  table.Add(Group::kModal, {L"mac"}, {2}, OfMatrices<fn::mac, ColumnWork>);
+  table.Add(Group::kModal, {L"comac"}, {2}, OfMatrices<fn::comac, RowWork>);
+  table.Add(Group::kModal, {L"sdi"}, {2}, OfMatrices<fn::sdi, ColumnWork>);
   table.Add(Group::kModal, {L"modepairs"}, {3}, ModePairs);
 
   add_unary(Group::kQueries, {
