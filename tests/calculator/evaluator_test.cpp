@@ -1,10 +1,9 @@
-#include "calculator/calculator.h"
+#include "calculator/calculator_fixture.h"
 #include "calculator/parser.h"
 #include "calculator/workspace.h"
 #include "foundation/math_exception.h"
 #include "foundation/text.h"
 #include "support/message_of.h"
-#include "support/values.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +21,7 @@ using support::Scalar;
 using support::Sig;
 using support::Vec;
 
-class Calculator : public testing::Test {
+class Calculator : public support::CalculatorFixture {
  protected:
   Calculator() {
     calculator_.SetObject(L"a", L"", Scalar(2.0));
@@ -31,29 +30,6 @@ class Calculator : public testing::Test {
     calculator_.SetObject(L"m", L"", Mat({{1.0, 2.0, 3.0}, {4.0, 5.0, 6.0}}));
     calculator_.SetObject(L"S", L"", Sig({0.0, 1.0, 2.0}, {{5.0, 6.0, 7.0}, {8.0, 9.0, 10.0}}));
   }
-
-  Value Evaluate(const std::wstring& text) { return calculator_.Evaluate(text); }
-  void ExpectValue(const std::wstring& text, const Value& expected) {
-    try {
-      const Value value = Evaluate(text);
-      EXPECT_TRUE(value == expected && value.GetKind() == expected.GetKind())
-          << ToUtf8(text) << " gives " << support::Text(value);
-    } catch (const std::exception& error) {
-      ADD_FAILURE() << ToUtf8(text) << ": " << error.what();
-    }
-  }
-  /// The message with an error's place: "message@offset".
-  std::string Failure(const std::wstring& text) {
-    try {
-      return "gives " + support::Text(Evaluate(text));
-    } catch (const CExpressionPositionException& error) {
-      return ToUtf8(error.GetRawMessage()) + "@" + std::to_string(error.GetOffset());
-    } catch (const std::exception& error) {
-      return error.what();
-    }
-  }
-
-  CCalculator calculator_;
 };
 
 TEST_F(Calculator, GivesTextsTheirValues) {
@@ -134,7 +110,7 @@ TEST_F(Calculator, GivesTextsTheirValues) {
       {L"isfinite(v)&&!isnan(1)&&isnan(0/0)&&isvector(v)&&issignal(S)", Value(true)},
       {L"isinitialized(v[(1)(2)])", Value(false)},
       {L"isnormal(0)", Value(false)},
-      {L"interpolate(S,[0.5],LINEAR,0,0)[1,0]", Scalar(8.5)},
+      {L"interpolate(S,[0.5],LINEAR)[1,0]", Scalar(8.5)},
       {L"size2(interpolate(S,0.5))", Scalar(5.0)},
       {L"size(rand(v,UNIFORM,[0,1]))", Scalar(5.0)},
   };
