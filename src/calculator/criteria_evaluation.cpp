@@ -122,8 +122,9 @@ void CriteriaEvaluation::DefineCriteria(const Design& design) {
     try {
       if (criterion.NeedsEvaluation()) {
         const std::wstring expression = criterion.GetExpression();
-        workspace.texts.Parse(expression);  // one that cannot be read makes no object
+        const ParsedText& text = workspace.texts.Parse(expression);  // or there is no object
         calculator_.SetObject(name, expression, Value());
+        workspace.objects.SetText(workspace.objects[name], text);
       } else {
         calculator_.SetObject(name, L"", criterion.GetValue().ToVariant());
       }

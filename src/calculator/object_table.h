@@ -64,8 +64,6 @@ class ObjectTable {
   void DropTexts();
   /// Whether expressions wait for their trees: nobody knows what reading one may do.
   bool HasUnread() const { return num_unread_ > 0; }
-  /// Names that denote something, for Forget() and reports: all entries.
-  const std::unordered_map<std::wstring, Object>& GetEntries() const { return objects_; }
 
  private:
   const Object* FindConstant(std::wstring_view name) const;

@@ -142,8 +142,10 @@ TEST(ReferenceOrder, PutsNumbersBehindThoseThatTheyReferTo) {
     std::vector<Order> references(n);
     std::vector<std::vector<bool>> reaches(n, std::vector<bool>(n));
     for (std::size_t i = 0; i < n; ++i)
-      for (std::size_t j = 0; j < n; ++j)
-        if (random() % 8 == 0) references[i].push_back(j), reaches[i][j] = true;
+      for (std::size_t j = 0; j < n; ++j) {
+        reaches[i][j] = random() % 8 == 0;
+        if (reaches[i][j]) references[i].push_back(j);
+      }
     for (std::size_t k = 0; k < n; ++k)
       for (std::size_t i = 0; i < n; ++i)
         for (std::size_t j = 0; j < n; ++j)
