@@ -22,11 +22,31 @@ boost::random::mt19937& calculator::Workspace::GetGenerator() {
   return *generator_;
 }
 
+void calculator::Workspace::CountSteps(std::uint64_t count) {
+  steps += count;
+  if (steps > max_steps)
+    throw CCalculatorException(L"Evaluation of more than " + std::to_wstring(max_steps) +
+                               L" steps");
+}
+
+const ParsedText& calculator::Workspace::GetText(Object& object) {
+  if (!object.text) objects.SetText(object, texts.Parse(object.expression));
+  return *object.text;
+}
+
+void calculator::Workspace::MakeRoom() {
+  if (depth > 0 || !texts.IsHalfFull()) return;
+  macros.ForgetExpansions();
+  objects.DropTexts();
+  texts.Clear();
+}
+
 CCalculator::CCalculator() : workspace_(std::make_unique<calculator::Workspace>()) {}
 
 CCalculator::~CCalculator() = default;
 
 CCalculator::Variant CCalculator::Evaluate(const std::wstring& text) {
+  workspace_->MakeRoom();
   Variant result;
   calculator::Evaluator(*workspace_).Evaluate(workspace_->texts.Parse(text), result);
   return result;
@@ -68,10 +88,12 @@ calculator::ObjectState CCalculator::GetObjectState(const std::wstring& name) co
 }
 
 std::set<std::wstring> CCalculator::GetDependencies(const std::wstring& text) {
+  workspace_->MakeRoom();
   return calculator::GetDependencies(*workspace_, workspace_->texts.Parse(text));
 }
 
 bool CCalculator::HasCircularDependency(const std::wstring& text) {
+  workspace_->MakeRoom();
   return calculator::HasCircularDependency(*workspace_, workspace_->texts.Parse(text));
 }
 

@@ -3,10 +3,12 @@
 #include "calculator/dependencies.h"
 #include "calculator/evaluator.h"
 #include "calculator/macro_file.h"
+#include "calculator/reference_order.h"
 
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <set>
 #include <utility>
 
 namespace corvath::calculator {
@@ -70,8 +72,9 @@ bool CriteriaEvaluation::IsPlanFor(const Design& design) const {
          !HasText(design.GetResponses()) &&
          std::equal(criteria.begin(), criteria.end(), plan_.criteria.begin(), plan_.criteria.end(),
                     [](const auto& criterion, const auto& known) {
-                      return criterion.first == known.first &&
-                             criterion.second.GetDescription() == known.second;
+                      return criterion.first == known.name &&
+                             criterion.second.GetDescription() == known.description &&
+                             criterion.second.NeedsEvaluation() == known.needs_evaluation;
                     });
 }
 
@@ -84,6 +87,7 @@ void CriteriaEvaluation::MakePlan(Design& design) {
   workspace.objects.Forget();
   workspace.assigned_entries = 0;
   workspace.macros.ForgetDefined();
+  workspace.MakeRoom();
   for (const auto& [name, entry] : design.GetParameters())
     plan_.parameters.push_back(PrepareInput(name, entry));
   for (const auto& [name, entry] : design.GetResponses())
@@ -92,47 +96,71 @@ void CriteriaEvaluation::MakePlan(Design& design) {
   CheckResponses(design);
   SetInputs(plan_.responses, design.GetResponses(), design);
 
-  std::map<std::wstring, std::size_t> positions;
-  for (const auto& [name, criterion] : design.GetCriteria()) {
-    positions.emplace(name, plan_.criteria.size());  // the first of a name counts
-    plan_.criteria.emplace_back(name, criterion.GetDescription());
-  }
-  for (const std::wstring& name : FindOrder(design)) {
-    const auto found = positions.find(name);
-    if (found == positions.end()) continue;
-    const std::size_t position = found->second;
-    const Criterion& criterion = design.GetCriteria()[position].second;
-    Object& object = workspace.objects[name];
-    const ObjectState state = ObjectTable::GetState(object);
-    const bool settable =
-        state == kDefined || (state == kUnknown && calculator_.IsValidIdentifier(name, true));
-    plan_.steps.push_back({position, &object, settable, PrepareSide(criterion.GetLhs()),
-                           PrepareSide(criterion.GetRhs())});
-    Run(plan_.steps.back(), design);
+  for (const auto& [name, criterion] : design.GetCriteria())
+    plan_.criteria.push_back({name, criterion.GetDescription(), criterion.NeedsEvaluation()});
+  DefineCriteria(design);
+  for (const std::size_t position : FindOrder(design)) {
+    const auto& [name, criterion] = design.GetCriteria()[position];
+    Step& step = plan_.steps.emplace_back();
+    step.position = position;
+    step.object = &workspace.objects[name];
+    step.settable = calculator_.IsValidIdentifier(name, true);
+    if (criterion.NeedsEvaluation()) {
+      step.lhs = PrepareSide(criterion.GetLhs());
+      step.rhs = PrepareSide(criterion.GetRhs());
+    }
+    Run(step, design);
   }
   plan_.reusable = !workspace.texts.MayDefine() && ReadsOnlyFinished() &&
                    !HasText(design.GetParameters()) && !HasText(design.GetResponses());
 }
 
-/// Makes each criterion an object of its expression, and lists the criteria and what they depend
-/// on, dependencies first.
-std::vector<std::wstring> CriteriaEvaluation::FindOrder(const Design& design) {
-  std::vector<std::wstring> order;
-  std::set<std::wstring> listed;
-  const auto append = [&](const std::wstring& name) {
-    if (listed.insert(name).second) order.push_back(name);
-  };
+/// Makes each criterion an object: of its expression, or of the value that it keeps.
+void CriteriaEvaluation::DefineCriteria(const Design& design) {
+  Workspace& workspace = calculator_.GetWorkspace();
   for (const auto& [name, criterion] : design.GetCriteria()) {
     try {
-      const std::wstring expression = criterion.GetExpression();
-      for (const std::wstring& dependency : calculator_.GetDependencies(expression))
-        append(dependency);
-      append(name);
-      calculator_.SetObject(name, expression, Value());
-    } catch (const std::exception&) {
-      append(name);  // what is wrong shows when its sides are evaluated
+      if (criterion.NeedsEvaluation()) {
+        const std::wstring expression = criterion.GetExpression();
+        const ParsedText& text = workspace.texts.Parse(expression);  // or there is no object
+        calculator_.SetObject(name, expression, Value());
+        workspace.objects.SetText(workspace.objects[name], text);
+      } else {
+        calculator_.SetObject(name, L"", criterion.GetValue().ToVariant());
+      }
+    } catch (const std::exception&) {  // what is wrong shows when its sides are evaluated
     }
   }
+}
+
+/// Positions of the criteria, each behind those that it reads. Of one name the first alone counts.
+std::vector<std::size_t> CriteriaEvaluation::FindOrder(const Design& design) {
+  Workspace& workspace = calculator_.GetWorkspace();
+  const auto& criteria = design.GetCriteria();
+  std::vector<std::size_t> positions;  // of the criteria that count
+  std::map<const Object*, std::size_t> numbers;
+  for (std::size_t i = 0; i < criteria.size(); ++i)
+    if (numbers.emplace(&workspace.objects[criteria[i].first], positions.size()).second)
+      positions.push_back(i);
+
+  std::vector<std::vector<std::size_t>> references(positions.size());
+  for (std::size_t i = 0; i < positions.size(); ++i) {
+    const Criterion& criterion = criteria[positions[i]].second;
+    if (!criterion.NeedsEvaluation()) continue;
+    std::set<std::size_t> read;
+    for (const std::wstring* side : {&criterion.GetLhs(), &criterion.GetRhs()}) {
+      try {
+        if (side->empty()) continue;
+        for (const Object* object : FindReads(workspace, workspace.texts.Parse(*side)))
+          if (const auto found = numbers.find(object); found != numbers.end())
+            read.insert(found->second);
+      } catch (const std::exception&) {  // the side has no value, and reads nothing
+      }
+    }
+    references[i].assign(read.begin(), read.end());
+  }
+  std::vector<std::size_t> order = OrderByReferences(references);
+  for (std::size_t& number : order) number = positions[number];
   return order;
 }
 
@@ -152,26 +180,21 @@ CriteriaEvaluation::Side CriteriaEvaluation::PrepareSide(const std::wstring& tex
   return side;
 }
 
-/// Whether no step reads a criterion that comes later, nor the expression of one.
+/// Whether no step reads a criterion that comes later, as some do within a cycle.
 bool CriteriaEvaluation::ReadsOnlyFinished() {
   Workspace& workspace = calculator_.GetWorkspace();
   std::map<const Object*, std::size_t> due;  // number of the step that gives an object its value
   for (std::size_t i = 0; i < plan_.steps.size(); ++i)
     if (plan_.steps[i].settable) due[plan_.steps[i].object] = i;
-  const auto is_finished = [&](const Object& object, std::size_t step) {
-    const auto found = due.find(&object);
+  const auto is_finished = [&](const Object* object, std::size_t step) {
+    const auto found = due.find(object);
     return found == due.end() || found->second < step;
   };
   const auto reads_finished = [&](const Side& side, std::size_t step) {
     if (!side.text) return true;
-    for (ParsedText::Index node = 0; node <= side.text->GetRoot(); ++node)
-      if (side.text->GetRule(node) == Rule::kObject &&
-          !is_finished(side.text->GetObject(node), step))
-        return false;
-    if (side.text->CallsMacros())
-      for (const std::wstring& name : workspace.macros.FindReach(*side.text).objects)
-        if (!is_finished(workspace.objects[name], step)) return false;
-    return true;
+    const std::set<const Object*> reads = FindReads(workspace, *side.text);
+    return std::all_of(reads.begin(), reads.end(),
+                       [&](const Object* object) { return is_finished(object, step); });
   };
   for (std::size_t i = 0; i < plan_.steps.size(); ++i)
     if (!reads_finished(plan_.steps[i].lhs, i) || !reads_finished(plan_.steps[i].rhs, i))

@@ -6,9 +6,7 @@
 #include "design/design.h"
 
 #include <optional>
-#include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace corvath::calculator {
@@ -28,11 +26,12 @@ struct CriteriaOptions {
 /// once, and what the texts of one design define does not show in the next.
 ///
 /// A design's parameters and responses are objects under their names; so are its criteria, with
-/// their expressions, and later with their values. What a criterion depends on is evaluated before
-/// it. A side that takes part in a cycle has no value.
+/// their expressions, and later with their values. What a criterion refers to is evaluated before it,
+/// wherever it stands, also where a macro's body refers to it. A side that takes part in a cycle has
+/// no value.
 ///
 /// The plan (order, trees, cycles) of one design serves the following ones while they hold the same
-/// names and criteria and no text defines anything.
+/// names and criteria and no text defines anything. It takes time in proportion to the texts.
 class CriteriaEvaluation {
  public:
   using Design = algorithm::datatypes::Design;
@@ -65,24 +64,30 @@ class CriteriaEvaluation {
   };
   /// A criterion in the order of evaluation.
   struct Step {
-    std::size_t position;
-    Object* object;
-    bool settable;  ///< others may read its value by its name
+    std::size_t position = 0;
+    Object* object = nullptr;
+    bool settable = false;  ///< others may read its value by its name
     Side lhs;
     Side rhs;
+  };
+  struct PlannedCriterion {
+    std::wstring name;
+    algorithm::datatypes::CriterionDescription description;
+    bool needs_evaluation;
   };
   struct Plan {
     bool reusable = false;
     std::vector<Input> parameters;
     std::vector<Input> responses;
-    std::vector<std::pair<std::wstring, algorithm::datatypes::CriterionDescription>> criteria;
+    std::vector<PlannedCriterion> criteria;
     std::vector<Step> steps;
   };
 
   void NeedMacros(const Design& design);
   bool IsPlanFor(const Design& design) const;
   void MakePlan(Design& design);
-  std::vector<std::wstring> FindOrder(const Design& design);
+  void DefineCriteria(const Design& design);
+  std::vector<std::size_t> FindOrder(const Design& design);
   Side PrepareSide(const std::wstring& text);
   bool ReadsOnlyFinished();
   Input PrepareInput(const std::wstring& name, const CDesignEntry& entry);

@@ -1,6 +1,7 @@
 #include "calculator/dependencies.h"
 
 #include "calculator/calculator_exception.h"
+#include "calculator/parser.h"
 
 #include <vector>
 
@@ -19,8 +20,7 @@ class Walk {
   /// @param path  the objects whose expressions are being walked
   void Run(const ParsedText& text, ParsedText::Index node, std::set<std::wstring>& path,
            std::set<std::wstring>& found) {
-    if (++depth_ > kMaxDepth)
-      throw CCalculatorException(L"Expressions are nested too deep inside each other");
+    if (++depth_ > kMaxDepth) throw CCalculatorException(kNestedTooDeep);
     std::vector<ParsedText::Index> open{node};
     const auto open_children = [&](ParsedText::Index parent, std::size_t first) {
       for (std::size_t i = text.NumChildren(parent); i-- > first;)
@@ -67,9 +67,9 @@ class Walk {
     }
     if (mode_ == Mode::kLookForCycles && object.expression.empty()) return;
     if (!found.insert(object.name).second || object.expression.empty()) return;
-    if (!object.text) object.text = &workspace_.texts.Parse(object.expression);
+    const ParsedText& text = workspace_.GetText(object);
     path.insert(object.name);
-    Run(*object.text, object.text->GetRoot(), path, found);
+    Run(text, text.GetRoot(), path, found);
     path.erase(object.name);
   }
 
@@ -99,6 +99,22 @@ bool HasCircularDependency(Workspace& workspace, const ParsedText& text) {
   } catch (const CCircularDependencyException&) {
     return true;
   }
+}
+
+std::set<const Object*> FindReads(Workspace& workspace, const ParsedText& text) {
+  std::set<const Object*> reads;
+  std::vector<bool> is_target(text.GetRoot() + 1);
+  for (ParsedText::Index node = text.GetRoot() + 1; node-- > 0;) {  // parents first
+    if (text.GetRule(node) == Rule::kAssign)
+      for (std::size_t i = 0; i + 1 < text.NumChildren(node); ++i)
+        is_target[text.Child(node, i)] = true;
+    if (text.GetRule(node) == Rule::kObject && !is_target[node])
+      reads.insert(&text.GetObject(node));
+  }
+  if (text.CallsMacros())
+    for (const std::wstring& name : workspace.macros.FindReach(text).objects)
+      reads.insert(&workspace.objects[name]);
+  return reads;
 }
 
 }  // namespace corvath::calculator

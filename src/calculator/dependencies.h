@@ -14,4 +14,8 @@ std::set<std::wstring> GetDependencies(Workspace& workspace, const ParsedText& t
 /// Whether an object that the text depends on depends on itself.
 bool HasCircularDependency(Workspace& workspace, const ParsedText& text);
 
+/// The objects that the text itself reads, those in the bodies of the macros that it calls among
+/// them; not what the expressions of objects read. Known or not.
+std::set<const Object*> FindReads(Workspace& workspace, const ParsedText& text);
+
 }  // namespace corvath::calculator

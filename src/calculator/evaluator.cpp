@@ -87,6 +87,13 @@ void CountEntries(const Workspace& workspace, const Value& value, std::size_t& c
                                L" numbers at a time");
 }
 
+/// Counts the multiplications of a product of matrices, before they are made.
+void CountProduct(Workspace& workspace, const Value& left, const Value& right) {
+  const auto is_table = [](const Value& value) { return value.IsMatrix() || value.HasTimeline(); };
+  if (is_table(left) && is_table(right) && (left.IsMatrix() || right.IsMatrix()))
+    workspace.CountSteps(std::uint64_t{left.Size()} * right.Size2() / kEntriesPerStep);
+}
+
 std::wstring Quoted(const std::wstring& name) {
   return L"\"" + name + L"\"";
 }
@@ -98,14 +105,11 @@ class Evaluator::Level {
  public:
   explicit Level(Workspace& workspace) : workspace_(workspace) {
     if (workspace_.depth == 0) workspace_.steps = 0;
-    if (++workspace_.steps > workspace_.max_steps) {
-      throw CCalculatorException(L"Evaluation of more than " +
-                                 std::to_wstring(workspace_.max_steps) + L" steps");
-    }
+    workspace_.CountSteps(1);
     if (workspace_.depth >= kMaxDepth) {
       if (workspace_.macro_depth > 1)
         throw CCircularDependencyException(L"Macros are called too deep inside each other");
-      throw CCalculatorException(L"Expressions are nested too deep inside each other");
+      throw CCalculatorException(kNestedTooDeep);
     }
     ++workspace_.depth;
   }
@@ -197,7 +201,8 @@ const Value* Evaluator::FindPlainValue(const ParsedText& text, Index node) const
 }
 
 const Value* Evaluator::FindLastingValue(const ParsedText& text, Index node) const {
-  return workspace_.texts.MayDefine() ? nullptr : FindPlainValue(text, node);
+  const bool may_change = workspace_.texts.MayDefine() || workspace_.objects.HasUnread();
+  return may_change ? nullptr : FindPlainValue(text, node);
 }
 
 const Value& Evaluator::Borrow(const ParsedText& text, Index node, Value& storage) {
@@ -261,7 +266,9 @@ void Evaluator::EvaluateBinary(const ParsedText& text, Index node, Value& result
       right = &right_storage;
     }
     const Value& left_value = Borrow(text, left, left_storage);
-    Apply(text.GetOperator(node), result, left_value, *right);
+    const Operator op = text.GetOperator(node);
+    if (op == Operator::kMultiply) CountProduct(workspace_, left_value, *right);
+    Apply(op, result, left_value, *right);
   });
 }
 
@@ -290,7 +297,10 @@ void Evaluator::EvaluateChain(const ParsedText& text, Index node, Value& result)
   for (; !pending.empty(); pending.pop_back()) {
     const Pending& op = pending.back();
     RaisingAt(text, op.node, [&] {
-      Apply(text.GetOperator(op.node), result, result, op.in_place ? *op.in_place : op.own);
+      const Operator kind = text.GetOperator(op.node);
+      const Value& right = op.in_place ? *op.in_place : op.own;
+      if (kind == Operator::kMultiply) CountProduct(workspace_, result, right);
+      Apply(kind, result, result, right);
     });
   }
 }
@@ -309,19 +319,19 @@ void Evaluator::EvaluateObject(Object& object, Value& result) {
     throw CCircularDependencyException(L"object " + object.name +
                                        L" depends on expression dependent on " + object.name);
   }
-  if (!object.text) object.text = &workspace_.texts.Parse(object.expression);
-  const ParsedText* const text = object.text;
+  const ParsedText& text = workspace_.GetText(object);
   const std::wstring expression = object.expression;
   object.evaluating = true;
   struct Reset {
     ~Reset() { object.evaluating = false; }
     Object& object;
   } reset{object};
-  Evaluate(*text, result);
+  Evaluate(text, result);
   // The evaluation may have assigned the object itself: its record is that of before.
-  object.expression = expression;
-  object.text = text;
-  object.value = result;
+  if (object.expression == expression)
+    object.value = result;
+  else
+    workspace_.objects.Define(object, expression, result, &text);
 }
 
 void Evaluator::EvaluateVector(const ParsedText& text, Index node, Value& result) {
@@ -376,8 +386,7 @@ void Evaluator::EvaluateAssign(const ParsedText& text, Index node, Value& result
       throw CCalculatorException(L"Irregular object assignment: " + Quoted(target.name) +
                                  L" is an immutable object");
     CountEntries(workspace_, result, workspace_.assigned_entries);
-    workspace_.objects.Define(target, expression_text, result);
-    target.text = &parsed;
+    workspace_.objects.Define(target, expression_text, result, &parsed);
   }
 }
 
@@ -455,7 +464,7 @@ void Evaluator::EvaluateSwitch(const ParsedText& text, Index node, Value& result
     const std::wstring_view word = text.GetText(child);
     if (word.front() == L'#') {
       // The rule lets no other word through that is a token; an #if or #switch is refused here.
-      if (text.GetRule(child) != Rule::kSwitch) Raise(text, child, L"Unexpected keyword");
+      if (text.GetRule(child) != Rule::kSwitch) Raise(text, node, L"Unexpected keyword");
       return Evaluate(text, text.Child(node, i + 1), result);
     }
     Value value;

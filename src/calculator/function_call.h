@@ -47,6 +47,12 @@ class FunctionCall {
   /// The quoted text of an argument.
   std::wstring GetString(std::size_t i) const;
 
+  /// Counts multiplications of matrices, before they are made.
+  /// @throws CCalculatorException  too many in one evaluation
+  void CountMultiplications(std::uint64_t count) {
+    evaluator_.GetWorkspace().CountSteps(count / kEntriesPerStep);
+  }
+
   boost::random::mt19937& GetGenerator() { return evaluator_.GetWorkspace().GetGenerator(); }
 
   /// Raises at the function's node.

@@ -1,8 +1,10 @@
 #include "calculator/function_table.h"
 
+#include "calculator/functions/groups.h"
 #include "foundation/until_unload.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <utility>
 
 namespace corvath::calculator {
@@ -50,10 +52,11 @@ bool Function::Takes(std::size_t count) const {
 }
 
 FunctionTable::FunctionTable() {
-  AddElementaryFunctions(*this);
-  AddSignalFunctions(*this);
-  AddFilterFunctions(*this);
-  AddDataFunctions(*this);
+  for (const auto add : {AddElementaryFunctions, AddStatisticsFunctions, AddComplexFunctions,
+                         AddLinearAlgebraFunctions, AddModalFunctions, AddConstructorFunctions,
+                         AddSignalFunctions, AddPeakFunctions, AddFilterFunctions,
+                         AddFourierFunctions, AddTableFunctions, AddQueryFunctions})
+    add(*this);
 }
 
 const FunctionTable& FunctionTable::Get() {

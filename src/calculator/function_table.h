@@ -63,10 +63,4 @@ class FunctionTable {
   Functions functions_;
 };
 
-// One for each file of functions, functions_*.cpp.
-void AddElementaryFunctions(FunctionTable& table);
-void AddSignalFunctions(FunctionTable& table);
-void AddFilterFunctions(FunctionTable& table);
-void AddDataFunctions(FunctionTable& table);
-
 }  // namespace corvath::calculator

@@ -20,7 +20,9 @@ struct Occurrence {
 std::vector<Occurrence> FindObjects(const std::wstring& body) {
   const ParseResult result = Parse(body, Whitespace::kSkip);
   if (!result.match)
-    throw CExpressionPositionException(L"Error determining object positions", body, result.stop);
+    throw CExpressionPositionException(
+        result.too_deep ? kNestedTooDeep : L"Error determining object positions", body,
+        result.stop);
   std::vector<Occurrence> objects;
   for (SyntaxTree::Index node = 0; node < result.tree.size(); ++node)
     if (const Node& object = result.tree[node]; object.rule == Rule::kObject)

@@ -4,6 +4,7 @@
 #include "calculator/parsed_text.h"
 #include "calculator/parser.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace corvath::calculator {
@@ -48,11 +49,14 @@ MacroTable::Body MacroTable::Inspect(const Macro& macro) {
   const std::wstring text = DeleteBlanks(macro.expression_);
   if (text.size() > kMaxTextLength) return {true, {}, {}};
   const ParseResult parsed = Parse(text, Whitespace::kSkip);
-  if (!parsed.full) return {true, {}, {}};  // what stands behind the match may mean anything
+  if (!parsed.full) return {true, {}, {}};    // what stands behind the match may mean anything
+  const auto& parameters = macro.arg_names_;  // the text of the call has what replaces them
   for (Index node = 0; node <= parsed.tree.GetRoot(); ++node) {
     switch (parsed.tree[node].rule) {
       case Rule::kObject:
-        result.objects.emplace_back(parsed.tree.Text(node, text));
+        if (const std::wstring name(parsed.tree.Text(node, text));
+            std::find(parameters.begin(), parameters.end(), name) == parameters.end())
+          result.objects.push_back(name);
         break;
       case Rule::kMacro:
         if (parsed.tree.NumChildren(node) > 0)  // empty parentheses have the number, too

@@ -35,12 +35,13 @@ class MacroTable {
   /// What the macros that a text calls, and those that they call, can do to objects.
   struct Reach {
     bool may_define = false;         ///< or nobody can tell, as a macro is not known yet
-    std::set<std::wstring> objects;  ///< those that the bodies name, parameters among them
+    std::set<std::wstring> objects;  ///< those that the bodies name, without parameters
   };
   Reach FindReach(const ParsedText& text);
 
   /// The text that a call has become, null at its first evaluation.
   const ParsedText* FindExpansion(const ParsedText& text, Index call) const;
+  void ForgetExpansions() { expansions_.clear(); }
   void KeepExpansion(const ParsedText& text, Index call, const ParsedText& expansion);
 
  private:

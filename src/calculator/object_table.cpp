@@ -2,6 +2,7 @@
 
 #include "calculator/constants.h"
 
+#include <iterator>
 #include <utility>
 
 namespace corvath::calculator {
@@ -13,6 +14,10 @@ std::wstring ConstantName(std::wstring_view name) {
   std::wstring result = L"@";
   for (const wchar_t c : name) result += c >= L'a' && c <= L'z' ? c - (L'a' - L'A') : c;
   return result;
+}
+
+bool IsUnread(const Object& object) {
+  return !object.expression.empty() && object.text == nullptr;
 }
 
 }  // namespace
@@ -41,15 +46,34 @@ Object& ObjectTable::operator[](std::wstring_view name) {
   return object;
 }
 
-void ObjectTable::Define(Object& object, std::wstring expression, math::Value value) {
+void ObjectTable::Define(Object& object, std::wstring expression, math::Value value,
+                         const ParsedText* text) {
+  if (IsUnread(object)) --num_unread_;
   object.known = true;
   object.evaluating = false;
-  object.text = nullptr;
+  object.text = text;
   object.expression = std::move(expression);
   object.value = std::move(value);
+  if (IsUnread(object)) ++num_unread_;
+}
+
+void ObjectTable::SetText(Object& object, const ParsedText& text) {
+  if (IsUnread(object)) --num_unread_;
+  object.text = &text;
+}
+
+void ObjectTable::DropTexts() {
+  num_unread_ = 0;
+  for (auto entry = objects_.begin(); entry != objects_.end();) {
+    Object& object = entry->second;
+    object.text = nullptr;
+    if (IsUnread(object)) ++num_unread_;
+    entry = object.known ? std::next(entry) : objects_.erase(entry);
+  }
 }
 
 void ObjectTable::Forget() {
+  num_unread_ = 0;
   for (auto& entry : objects_) {
     Object& object = entry.second;
     if (!object.known || object.name.front() == L'@') continue;

@@ -17,7 +17,7 @@ struct Object {
   bool known = false;
   std::wstring expression;  ///< empty for a plain value
   math::Value value;        ///< with an expression the value of its last evaluation
-  /// The expression's tree; null until it is needed.
+  /// The expression's tree; null until it is needed. See Workspace::GetText().
   const ParsedText* text = nullptr;
   /// The constant that the name denotes while it is not known itself; null if there is none.
   const Object* constant = nullptr;
@@ -52,17 +52,24 @@ class ObjectTable {
   }
   bool IsConstant(std::wstring_view name) const { return FindConstant(name) != nullptr; }
 
-  /// Gives the entry a value and an expression; it must not denote a constant.
-  void Define(Object& object, std::wstring expression, math::Value value);
+  /// Gives the entry a value and an expression, with its tree if that is known; it must not denote
+  /// a constant.
+  void Define(Object& object, std::wstring expression, math::Value value,
+              const ParsedText* text = nullptr);
   /// Makes all names but the constants unknown.
   void Forget();
-  /// Names that denote something, for Forget() and reports: all entries.
-  const std::unordered_map<std::wstring, Object>& GetEntries() const { return objects_; }
+  /// Notes the tree of the object's expression.
+  void SetText(Object& object, const ParsedText& text);
+  /// Drops all trees, and the entries of unknown names, to which they point.
+  void DropTexts();
+  /// Whether expressions wait for their trees: nobody knows what reading one may do.
+  bool HasUnread() const { return num_unread_ > 0; }
 
  private:
   const Object* FindConstant(std::wstring_view name) const;
 
   std::unordered_map<std::wstring, Object> objects_;
+  std::size_t num_unread_ = 0;  ///< objects with an expression and without its tree
 };
 
 }  // namespace corvath::calculator

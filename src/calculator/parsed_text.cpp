@@ -91,6 +91,12 @@ ParsedText::Meaning ParsedText::Find(Index node, ObjectTable& objects) const {
   return meaning;
 }
 
+void ParseCache::Clear() {
+  texts_.clear();
+  length_ = 0;
+  may_define_ = false;
+}
+
 const ParsedText& ParseCache::Parse(std::wstring_view text) {
   std::wstring normal = DeleteBlanks(text);
   if (const auto found = texts_.find(normal); found != texts_.end()) return *found->second;
@@ -101,7 +107,8 @@ const ParsedText& ParseCache::Parse(std::wstring_view text) {
         L" characters");
   ParseResult result = calculator::Parse(normal);
   if (!result.full)
-    throw CExpressionPositionException(L"Error while parsing", std::move(normal), result.stop);
+    throw CExpressionPositionException(result.too_deep ? kNestedTooDeep : L"Error while parsing",
+                                       std::move(normal), result.stop);
   length_ += normal.size();
   auto parsed =
       std::make_unique<const ParsedText>(std::move(normal), std::move(result.tree), objects_);

@@ -88,7 +88,7 @@ class ParsedText {
   bool calls_macros_ = false;
 };
 
-/// The parsed texts of one calculator, each parsed once. They stay where they are.
+/// The parsed texts of one calculator, each parsed once. They stay where they are until Clear().
 class ParseCache {
  public:
   ParseCache(ObjectTable& objects, MacroTable& macros) : objects_(objects), macros_(macros) {}
@@ -97,12 +97,15 @@ class ParseCache {
 
   /// The tree of `text`, whose blanks do not count.
   /// @throws CExpressionPositionException  the text is no expression; nothing is kept
-  /// @throws CCalculatorException          it is too long
+  /// @throws CCalculatorException          it is too long, or all texts together are
   const ParsedText& Parse(std::wstring_view text);
 
   std::size_t size() const { return texts_.size(); }
-  /// Most characters of all texts together.
+  /// Most characters of all texts together: their trees take some 250 bytes for each.
   void SetMaxLength(std::size_t max_length) { max_length_ = max_length; }
+  bool IsHalfFull() const { return length_ > max_length_ / 2; }
+  /// Drops all texts.
+  void Clear();
   /// Whether one of the texts may define objects or macros, by itself or by what it calls.
   bool MayDefine() const { return may_define_; }
 

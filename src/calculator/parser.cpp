@@ -65,6 +65,7 @@ class Parser {
       root = Expression();
     } catch (const TooDeep& place) {
       result.stop = place.position;
+      result.too_deep = true;
       return result;
     }
     Skip();

@@ -13,6 +13,9 @@ constexpr std::size_t kMaxTextLength = std::size_t{1} << 21;
 /// Deepest nesting of rules inside each other; a pair of parentheses takes two levels.
 constexpr int kMaxNesting = 1000;
 
+/// What an error says about it.
+constexpr const wchar_t* kNestedTooDeep = L"Expressions are nested too deep inside each other";
+
 /// `text` without its blanks (space and tab), also those in quoted strings.
 std::wstring DeleteBlanks(std::wstring_view text);
 
@@ -21,10 +24,11 @@ std::wstring DeleteBlanks(std::wstring_view text);
 bool BeginsName(wchar_t c);
 
 struct ParseResult {
-  SyntaxTree tree;       ///< of what matched; no nodes unless `match`
-  std::size_t stop = 0;  ///< offset up to which a sequence of rules went through
-  bool match = false;    ///< the start rule matched, perhaps only the text's beginning
-  bool full = false;     ///< it matched and consumed the whole text
+  SyntaxTree tree;        ///< of what matched; no nodes unless `match`
+  std::size_t stop = 0;   ///< offset up to which a sequence of rules went through
+  bool match = false;     ///< the start rule matched, perhaps only the text's beginning
+  bool full = false;      ///< it matched and consumed the whole text
+  bool too_deep = false;  ///< no match, for its nesting goes too deep at `stop`
 };
 
 enum class Whitespace {

@@ -1,6 +1,6 @@
 #include "calculator/scalar_program.h"
 
-#include "calculator/function_adaptors.h"
+#include "calculator/functions/function_adaptors.h"
 #include "variant/arithmetic.h"
 #include "variant/binary_functions.h"
 #include "variant/complex_division.h"

@@ -21,7 +21,7 @@ constexpr int kMaxDepth = 2000;
 /// Most macro calls inside each other.
 constexpr int kMaxMacroDepth = 100;
 /// Most nodes that one call evaluates, objects' expressions included; kEntriesPerStep numbers of a
-/// value count as a node. Takes some seconds.
+/// value, or multiplications of matrices, count as a node. Takes some seconds.
 constexpr std::uint64_t kMaxSteps = std::uint64_t{1} << 24;
 constexpr std::size_t kEntriesPerStep = 256;
 
@@ -30,6 +30,17 @@ struct Workspace {
   ObjectTable objects;
   MacroTable macros;
   ParseCache texts{objects, macros};
+
+  /// Counts work against the limit. @throws CCalculatorException  there is too much
+  void CountSteps(std::uint64_t count);
+
+  /// The tree of an object's expression.
+  /// @throws CCalculatorException  as ParseCache::Parse()
+  const ParsedText& GetText(Object& object);
+
+  /// Forgets the trees of all texts where they take half of what they may, so that the next
+  /// evaluation finds room. Nothing may hold a tree, or the entry of a name that is not known.
+  void MakeRoom();
 
   /// The random numbers of this calculator, seeded at the first call.
   boost::random::mt19937& GetGenerator();

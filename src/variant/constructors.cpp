@@ -76,11 +76,32 @@ void signal(Value& result, const std::vector<Value>& arguments) {
     built = Value::Signal(first.GetVector(), Matrix(0, first.Size()));
   else
     built.SetKind(Value::SIGNAL);
+  const std::size_t num_samples =
+      built.GetMatrix().size1() > 0 ? built.GetMatrix().size2() : built.GetVector().size();
+  std::size_t num_rows = 0;
+  bool complex = built.IsComplex();
   for (std::size_t i = 1; i < arguments.size(); ++i) {
-    if (!arguments[i].IsVector() && !arguments[i].HasTimeline())
+    const Value& channel = arguments[i];
+    if (!channel.IsVector() && !channel.HasTimeline())
       throw CTypeException("At least one input object of unsupported type " +
-                           arguments[i].GetKindName());
-    built.addChannels(arguments[i]);
+                           channel.GetKindName());
+    if ((channel.IsVector() ? channel.Size() : channel.GetMatrix().size2()) != num_samples)
+      throw CDimensionException("addChannels: dimensions do not match.");
+    num_rows += channel.IsVector() ? 1 : channel.Size1();
+    complex = complex || channel.IsComplex();
+  }
+  if (num_rows > 0) {
+    Matrix rows(num_rows, num_samples);
+    auto out = rows.data().begin();  // row by row
+    for (std::size_t i = 1; i < arguments.size(); ++i) {
+      const Value& channel = arguments[i];
+      out = channel.IsVector()
+                ? std::copy(channel.GetVector().begin(), channel.GetVector().end(), out)
+                : std::copy(channel.GetMatrix().data().begin(), channel.GetMatrix().data().end(),
+                            out);
+    }
+    built.addChannels(Value(std::move(rows)));
+    built.SetComplex(complex);
   }
   result = built.GetVector().size() > 0 ? std::move(built) : Value();
 }

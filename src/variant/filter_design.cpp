@@ -7,7 +7,8 @@
 
 #include <cmath>
 #include <complex>
-#include <cstdio>
+#include <locale>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -82,9 +83,11 @@ double Tangent(double angle) {
 
 /// `text` with the Nyquist limit in the place of its "%f".
 std::string WithLimit(const char* text, double limit) {
-  char buffer[512];  // the largest double has 309 digits in front of the point
-  std::snprintf(buffer, sizeof buffer, text, limit);
-  return buffer;
+  std::ostringstream number;
+  number.imbue(std::locale::classic());
+  number << std::fixed << limit;  // six decimals
+  std::string message = text;
+  return message.replace(message.find("%f"), 2, number.str());
 }
 
 bool IsInside(double frequency, double nyquist) {

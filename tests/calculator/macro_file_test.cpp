@@ -14,7 +14,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <random>
 #include <sstream>
 #include <string>
 
@@ -174,29 +173,6 @@ TEST_F(MacroFile, WhatIsNoMacroFileGivesNoMacros) {
   EXPECT_EQ(ReadMacroFile(directory_.GetPath()).problem, "not a regular file");
   EXPECT_TRUE(LoadMacros(directory_.File("none")).empty());
   EXPECT_FALSE(ReadMacroFile(directory_.File("none")).exists);
-}
-
-TEST_F(MacroFile, DamagedBytesNeverCrash) {
-  const std::string whole = BoostForm(kMacros);
-  std::mt19937 random(7);
-  const auto draw = [&](std::size_t n) { return static_cast<std::size_t>(random() % n); };
-  for (int i = 0; i < 600; ++i) {
-    std::string damaged = whole;
-    for (std::size_t k = draw(4) + 1; k > 0; --k) {
-      const std::size_t place = draw(damaged.size());
-      switch (draw(3)) {
-        case 0:
-          damaged[place] = static_cast<char>(draw(256));
-          break;
-        case 1:
-          damaged.erase(place, draw(20));
-          break;
-        default:
-          damaged.insert(place, whole, draw(whole.size()), draw(40));
-      }
-    }
-    EXPECT_LE(LoadMacros(Write(damaged)).size(), 2 * kMacros.size());
-  }
 }
 
 TEST_F(MacroFile, TheUsersLiesInTheApplicationDataDirectory) {

@@ -70,6 +70,13 @@ TEST(NumberTable, ReadsWhatProgramsWrite) {
       "+2.0e0 .3E+1\n1. 0.04e2\n",
       "2e 3\n1e+ 4\n",  // no exponents
       "2,3\n1,4-5\n",   // no separator between 4 and -5: a remark
+      "2,3.0.5\n1,4\n",
+      "2n3\n1i4\n",  // letters that numbers begin with, but none does
+      "2 -+3\n1 -+4\n",
+      "2\xC3\xA4"
+      "3\n1\xB0"
+      "4\n",
+      "2 3\x01 9\n1 4\n",  // a control character ends the row
   };
   for (const char* text : cases) {
     const Value value = Parse(text);

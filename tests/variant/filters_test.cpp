@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <random>
@@ -144,6 +145,42 @@ TEST(FilterDesign, BesselIsThreeDecibelsDownAtTheEdges) {
              (0.002 * omega);
     };
     EXPECT_NEAR(delay(0.5) / delay(0.05), 1, order == 3 ? 0.02 : 0.005) << order;
+  }
+}
+
+TEST(FilterDesign, BesselPolesAreTheRootsOfTheReverseBesselPolynomials) {
+  // theta_n(s) = sum (2n-k)! / (2^(n-k) k! (n-k)!) s^k, up to the scale of the table, which has four
+  // decimals.
+  for (int n = 1; n <= 10; ++n) {
+    std::vector<double> theta(static_cast<std::size_t>(n) + 1);
+    for (int k = 0; k <= n; ++k)
+      theta[static_cast<std::size_t>(k)] =
+          std::exp(std::lgamma(2 * n - k + 1) - std::lgamma(k + 1) - std::lgamma(n - k + 1)) /
+          std::pow(2.0, n - k);
+    const auto value = [&](const Complex& s, bool derivative) {
+      Complex sum = 0;
+      for (std::size_t k = theta.size(); k-- > (derivative ? 1 : 0);)
+        sum = sum * s + theta[k] * (derivative ? static_cast<double>(k) : 1.0);
+      return sum;
+    };
+    std::vector<Complex> poles;  // one of each conjugate pair
+    double product = 1;          // of all their magnitudes
+    for (const auto& section : BesselPrototype(n).sections) {
+      const auto& d = section.denominator;
+      const Complex root = std::sqrt(Complex(d[1] * d[1] - 4 * d[0] * d[2]));
+      poles.push_back(section.order == 1 ? Complex(-d[0] / d[1]) : (root - d[1]) / (2 * d[2]));
+      product *= section.order == 1 ? std::abs(poles.back()) : std::norm(poles.back());
+    }
+    const double scale = std::pow(theta[0] / product, 1.0 / n);
+    std::vector<Complex> roots;
+    for (const Complex& pole : poles) {
+      Complex root = pole * scale;
+      for (int i = 0; i < 20; ++i) root -= value(root, false) / value(root, true);
+      EXPECT_NEAR(std::abs(root / scale - pole), 0, 2e-4) << n << ": " << pole;
+      for (const Complex& other : roots) EXPECT_GT(std::abs(root - other), 0.1) << n;
+      roots.push_back(root);
+    }
+    EXPECT_EQ(roots.size(), static_cast<std::size_t>(n + 1) / 2);
   }
 }
 
@@ -293,6 +330,47 @@ TEST(Filters, RunsHaveTheDesignedGainAndBackwardRunsNoPhase) {
       EXPECT_NEAR(std::abs(Response(r, kStep, f) - std::norm(expected)), 0, 2e-5) << type;
       EXPECT_EQ(r.GetVector().size(), 4000u);
     }
+}
+
+TEST(Filters, BackwardRunsAreForwardRunsOfTheReversedOutcome) {
+  // With either start condition; the signal is 0 at neither end.
+  const Value x = Ramp(40, 1, [](double t) { return 3 + std::cos(t) + 0.1 * t; });
+  const auto reversed = [&](const Value& signal) {
+    std::vector<Complex> y(signal.GetMatrix().data().begin(), signal.GetMatrix().data().end());
+    std::reverse(y.begin(), y.end());
+    return XY({x.GetVector().begin(), x.GetVector().end()}, y);
+  };
+  using Run = std::function<void(Value&, const Value&, int start1, int start2, bool backward)>;
+  const Value cf = Scalar(0.1);
+  const Run runs[] = {
+      [&](Value& r, const Value& s, int start1, int start2, bool backward) {
+        fn::butterworthFilter(r, s, cf, 3, kLowPass, 1, 0, 0, start1, start2, backward);
+      },
+      [&](Value& r, const Value& s, int start1, int start2, bool backward) {
+        fn::sineButterworthFilter(r, s, cf, 3, kLowPass, 1, 0, 0, start1, start2, backward);
+      },
+      [&](Value& r, const Value& s, int start1, int start2, bool backward) {
+        fn::besselFilter(r, s, cf, 3, kLowPass, 1, 0, 0, start1, start2, backward);
+      },
+      [&](Value& r, const Value& s, int start1, int start2, bool backward) {
+        fn::chebyOneFilter(r, s, cf, 0.3, 3, kLowPass, 1, 0, 0, start1, start2, backward);
+      },
+      [&](Value& r, const Value& s, int start1, int start2, bool backward) {
+        fn::chebyTwoFilter(r, s, cf, 0.3, 3, kLowPass, 1, 0, 0, start1, start2, backward);
+      },
+      [&](Value& r, const Value& s, int start1, int start2, bool backward) {
+        fn::saeFilter(r, s, cf, 1, 0, 0, start1, start2, backward);
+      },
+  };
+  for (const Run& run : runs)
+    for (const int start1 : {kStartZero, kStartConstant})
+      for (const int start2 : {kStartZero, kStartConstant}) {
+        Value both, forward, again;
+        run(both, x, start1, start2, true);
+        run(forward, x, start1, start1, false);
+        run(again, reversed(forward), start2, start2, false);
+        EXPECT_TRUE(IsClose(both, reversed(again), 1e-12)) << &run - runs << start1 << start2;
+      }
 }
 
 TEST(Filters, ZeroPhaseRunsKeepSymmetry) {

@@ -435,6 +435,8 @@ TEST(Constructors, SignalsFromParts) {
   EXPECT_EQ(signal({x}), Text(Sig({0, 1}, {{1, 2}})));
   EXPECT_EQ(signal({t, Vec({3, 4}), x}), Text(Sig({0, 1}, {{3, 4}, {1, 2}})));
   EXPECT_EQ(signal({x, Vec({3, 4})}), Text(Sig({0, 1}, {{1, 2}, {3, 4}})));
+  EXPECT_EQ(signal({x, Vec({3, {4, 1}}), Sig({5, 6}, {{7, 8}, {9, 0}})}),
+            Text(Sig({0, 1}, {{1, 2}, {3, {4, 1}}, {7, 8}, {9, 0}})));
   EXPECT_EQ(signal({Vec({}), Vec({})}), Text(Value()));
   EXPECT_EQ(signal({t}), "CType: Input object of unsupported type VECTOR");
   EXPECT_EQ(signal({Scalar(1), t}),
