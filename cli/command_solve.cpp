@@ -53,8 +53,8 @@ class Extras {
       }
   }
 
-  /// Each quantity by itself: a model without the one may have the other. What it refuses is NaN; the
-  /// library's log says why.
+  /// Each quantity by itself: a model without the one may have the other. What it refuses is NaN, and
+  /// standard error says why.
   void Solve(std::size_t n, const std::vector<double>& inputs) {
     for (Block& block : blocks_) {
       block.values.assign(n * block.width, std::nan(""));
@@ -62,8 +62,10 @@ class Extras {
       try {
         project_.SolveResponse(output_, inputs, block.flag | ZEL_RESPONSE_EXTRAPOLATE,
                                block.values);
-      } catch (const zelsolver::Error&) {
+      } catch (const zelsolver::Error& error) {
         block.refused = true;
+        std::cerr << "zel: no " << NameOf(block.flag) << " of " << output_ << ": " << error.what()
+                  << '\n';
       }
     }
   }
@@ -81,6 +83,11 @@ class Extras {
     bool refused;
     std::vector<double> values;
   };
+
+  static const char* NameOf(unsigned int flag) {
+    if (flag == ZEL_RESPONSE_GRADIENTS) return "gradients";
+    return flag == ZEL_RESPONSE_DENSITIES ? "density" : "errors";
+  }
 
   void Add(unsigned int flag, std::size_t width) { blocks_.push_back({flag, width, false, {}}); }
 

@@ -119,7 +119,7 @@ def test_models_that_know_no_errors_cost_only_their_own(truss, capfd):
     for _ in range(3):
         solution = truss.solve(designs, errors=True, density=True)
         truss.gradients(designs)
-    assert capfd.readouterr().err.count("stress[8]") == 2  # once for each kind of question
+    assert capfd.readouterr().err == ""  # `refused` tells
     assert list(solution.refused) == ["stress[8]"]
     assert "BuildErrors" in solution.refused["stress[8]"]
     assert np.isfinite(solution["stress[8]"]).all()

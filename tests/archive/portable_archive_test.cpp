@@ -271,20 +271,28 @@ TEST(PortableArchive, RoundTripsCollections) {
   EXPECT_EQ(support::Load<boost::uuids::uuid>(bytes), uuid);
 }
 
+struct Pointed {
+  std::int32_t number_ = 0;
+  template <class Archive>
+  void serialize(Archive& ar, unsigned int) {
+    ar& BOOST_SERIALIZATION_NVP(number_);
+  }
+};
+
 /// Bits, then an object behind a pointer, whose class id tells how many classes came before.
 struct BitsAndPointer {
   std::vector<bool> bits_{true, false, true};
-  Plain* plain_ = nullptr;
+  Pointed* pointed_ = nullptr;
   template <class Archive>
   void serialize(Archive& ar, unsigned int) {
-    ar& BOOST_SERIALIZATION_NVP(bits_) & BOOST_SERIALIZATION_NVP(plain_);
+    ar& BOOST_SERIALIZATION_NVP(bits_) & BOOST_SERIALIZATION_NVP(pointed_);
   }
 };
 
 TEST(PortableArchive, BitVectorTakesAClassIdButHasNoClassRecord) {
-  Plain plain;
+  Pointed pointed;
   BitsAndPointer object;
-  object.plain_ = &plain;
+  object.pointed_ = &pointed;
   EXPECT_EQ(support::Save(object, archive::kAnnotateNothing).substr(kHeader.size(), 14),
             FromHex("00000000"  // class 0, the object: tracked, version
                     "0300"      // class 1, the bits: num_bits
