@@ -9,10 +9,12 @@ namespace {
 /// Squared errors that many times those of the best are larger, whatever their scatter says: of exact
 /// functions some form is often a hundred times better, most of it at a few designs.
 constexpr double kLargestGrowth = 2.0;
-/// Standard errors of paired differences within which a plainer form counts as equal, and within which
-/// equally plain ones do. On some 300 public tables of 18 to 200 rows, 1 to 2 and 0.2 to 0.5 do much
-/// the same.
-constexpr double kEqual = 1.5;
+/// Standard errors of paired differences within which a plainer form counts as equal: one by custom,
+/// more where designs are few and standard errors themselves are uncertain; and within which equally
+/// plain ones do. On some 300 public tables of 18 to 200 rows, 1 to 2 and 0.2 to 0.5 do much the same.
+constexpr double kEqual = 1.0;
+constexpr double kEqualForFew = 1.5;
+constexpr Eigen::Index kFew = 150;
 constexpr double kNearlyEqual = 0.35;
 
 int RankOf(const Finalist& finalist) {
@@ -43,6 +45,7 @@ bool IsWithin(const Eigen::VectorXd& errors, const Eigen::VectorXd& best, double
 std::size_t Choose(const Finalists& finalists, const Eigen::MatrixXd& errors,
                    std::size_t num_groups) {
   const double correction = CorrectionFor(num_groups);
+  const double equal = errors.rows() <= kFew ? kEqualForFew : kEqual;
   const Eigen::VectorXd totals = errors.colwise().sum();
   const auto total = [&](std::size_t k) { return totals(static_cast<Eigen::Index>(k)); };
   const auto column = [&](std::size_t k) { return errors.col(static_cast<Eigen::Index>(k)); };
@@ -62,7 +65,7 @@ std::size_t Choose(const Finalists& finalists, const Eigen::MatrixXd& errors,
   std::size_t best = best_left();
   keep([&](std::size_t k) {
     return k == best || (total(k) <= kLargestGrowth * total(best) &&
-                         IsWithin(column(k), column(best), correction * kEqual));
+                         IsWithin(column(k), column(best), correction * equal));
   });
   int plainest = RankOf(finalists[left.front()]);
   for (const std::size_t k : left) plainest = std::min(plainest, RankOf(finalists[k]));

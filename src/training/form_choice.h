@@ -10,8 +10,8 @@ namespace corvath::training {
 
 /// The choice among the finalists, by the squared errors of honest predictions.
 ///
-/// Of those whose errors are larger than those of the best by at most one and a half standard errors
-/// of the paired differences, the plainest win (one standard error: L. Breiman, J. H. Friedman,
+/// Of those whose errors are larger than those of the best by at most one standard error of the paired
+/// differences (one and a half up to 150 designs), the plainest win (L. Breiman, J. H. Friedman,
 /// R. A. Olshen, C. J. Stone, "Classification and Regression Trees", 1984, section 3.4.3). The
 /// standard error is that of means over groups whose models share most of their designs (C. Nadeau,
 /// Y. Bengio, "Inference for the generalization error", Machine Learning 52, 2003, pp. 239-281).
