@@ -102,8 +102,7 @@ std::string Number(double value) {
 }
 
 bool IsOutside(double value, const zelsolver::Bounds& bounds) {
-  constexpr double kTolerance = 1e-8;
-  return value < bounds.lower - kTolerance || value > bounds.upper + kTolerance;
+  return value < bounds.lower - ZEL_BOUNDS_TOLERANCE || value > bounds.upper + ZEL_BOUNDS_TOLERANCE;
 }
 
 /// The rows of one block, and where they came from.

@@ -67,7 +67,7 @@
  * order of their names.
  *
  * Bounds. Unless a call extrapolates, every input value must lie in the range that the project's
- * designs cover, to within 1e-8, or the call fails and names the first value outside. NaN passes,
+ * designs cover, to within ZEL_BOUNDS_TOLERANCE, or the call fails and names the first value outside. NaN passes,
  * and predictions of it are NaN.
  *
  * Memory. Name lists are allocated for the caller, who releases them with dzel2_free(). The
@@ -89,6 +89,9 @@
 #else
 #define ZEL_API
 #endif
+
+/* By how much an input may lie outside of the bounds, in its own unit. */
+#define ZEL_BOUNDS_TOLERANCE 1e-8
 
 /* Parameters of a function that takes any arguments. */
 #if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ > 201710L)

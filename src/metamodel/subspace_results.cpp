@@ -1,7 +1,7 @@
 #include "metamodel/subspace_results.h"
 
 #include "archive/instantiate.h"
-#include "metamodel/same_figures.h"
+#include "foundation/same_figures.h"
 #include "metamodel/surrogate_settings.h"
 
 #include <set>

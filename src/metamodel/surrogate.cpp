@@ -3,9 +3,9 @@
 #include "archive/instantiate.h"
 #include "foundation/exception.h"
 #include "foundation/log_line.h"
+#include "foundation/same_figures.h"
 #include "foundation/text.h"
 #include "metamodel/factories.h"
-#include "metamodel/same_figures.h"
 #include "metamodel/support_rows.h"
 #include "metamodel/transforms/trans_min_max.h"
 
@@ -39,11 +39,6 @@ std::wstring NameOrNone(const boost::shared_ptr<Transform>& trans) {
   return trans ? trans->GetName() : L"none";
 }
 
-std::wstring WideMessage(const std::exception& error) {
-  const auto* wide = dynamic_cast<const utils::exception*>(&error);
-  return wide ? wide->GetMessage() : utils::FromUtf8(error.what());
-}
-
 }  // namespace
 
 SurrogateBase::SurrogateBase()
@@ -66,7 +61,7 @@ void SurrogateBase::Initialize(const SurrogateSettingsBase& settings) {
     SetSettings(settings);
   } catch (const std::exception& error) {
     const std::wstring message =
-        WideMessage(error) +
+        utils::MessageOf(error) +
         L"\nThe surrogate can not be initialized. An error in the settings is very likely.";
     utils::log::LogLine(logger_, utils::log::kError) << message;
     throw utils::runtime_error(message);

@@ -2,8 +2,8 @@
 
 #include "archive/instantiate.h"
 #include "foundation/exception.h"
+#include "foundation/same_figures.h"
 #include "metamodel/kernels/kernel.h"
-#include "metamodel/same_figures.h"
 
 #include <Eigen/LU>
 

@@ -1,8 +1,8 @@
 #include "optimizer/settings_base.h"
 
 #include "foundation/log_line.h"
+#include "foundation/same_figures.h"
 #include "optimizer/refuse.h"
-#include "optimizer/same_values.h"
 
 #include <algorithm>
 #include <limits>
@@ -110,13 +110,13 @@ bool Settings::Equals(const Settings& other) const {
   return typeid(*this) == typeid(other) && ninputs_ == other.ninputs_ &&
          nobjectives_ == other.nobjectives_ && nequalities_ == other.nequalities_ &&
          ninequalities_ == other.ninequalities_ &&
-         SameValues(start_designs_, other.start_designs_) &&
-         SameValues(lowerbounds_, other.lowerbounds_) &&
-         SameValues(upperbounds_, other.upperbounds_) &&
+         math::SameFigures(start_designs_, other.start_designs_) &&
+         math::SameFigures(lowerbounds_, other.lowerbounds_) &&
+         math::SameFigures(upperbounds_, other.upperbounds_) &&
          parameter_types_ == other.parameter_types_ &&
          std::equal(discrete_states_vector_.begin(), discrete_states_vector_.end(),
                     other.discrete_states_vector_.begin(), other.discrete_states_vector_.end(),
-                    [](const Vector& a, const Vector& b) { return SameValues(a, b); });
+                    [](const Vector& a, const Vector& b) { return math::SameFigures(a, b); });
 }
 
 }  // namespace corvath::algorithm::optimizer

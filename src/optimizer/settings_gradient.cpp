@@ -1,7 +1,7 @@
 #include "optimizer/settings_gradient.h"
 
+#include "foundation/same_figures.h"
 #include "optimizer/refuse.h"
-#include "optimizer/same_values.h"
 
 #include <algorithm>
 
@@ -44,7 +44,7 @@ bool Settings::Equals(const OptimizerSettingsBase<double>& other) const {
   const auto* const own = dynamic_cast<const Settings*>(&other);
   return own && OptimizerSettingsBase<double>::Equals(other) &&
          max_num_function_calls_ == own->max_num_function_calls_ &&
-         SameValue(accuracy_, own->accuracy_);
+         math::SameFigure(accuracy_, own->accuracy_);
 }
 
 }  // namespace corvath::algorithm::optimizer

@@ -1,8 +1,8 @@
 #include "optimizer/settings_nlpqlp.h"
 
 #include "foundation/log_line.h"
+#include "foundation/same_figures.h"
 #include "optimizer/refuse.h"
-#include "optimizer/same_values.h"
 
 namespace corvath::algorithm::optimizer {
 
@@ -91,12 +91,12 @@ void Settings::Check(utils::LogBase* logger) const {
 bool Settings::Equals(const OptimizerSettingsBase<double>& other) const {
   const auto* const own = dynamic_cast<const Settings*>(&other);
   return own && OptimizerSettingsGradientBase<double>::Equals(other) &&
-         nparallel_ == own->nparallel_ && SameValues(gradient_dx_, own->gradient_dx_) &&
+         nparallel_ == own->nparallel_ && math::SameFigures(gradient_dx_, own->gradient_dx_) &&
          nonmonotonous_line_search_stack_size_ == own->nonmonotonous_line_search_stack_size_ &&
          numerical_differences_ == own->numerical_differences_ &&
          use_initial_stepsize_limit_ == own->use_initial_stepsize_limit_ &&
-         SameValues(max_stepsize_, own->max_stepsize_) &&
-         SameValue(min_stepsize_, own->min_stepsize_);
+         math::SameFigures(max_stepsize_, own->max_stepsize_) &&
+         math::SameFigure(min_stepsize_, own->min_stepsize_);
 }
 
 }  // namespace corvath::algorithm::optimizer

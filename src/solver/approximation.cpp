@@ -2,6 +2,7 @@
 #include "design/input_columns.h"
 #include "foundation/exception.h"
 #include "foundation/log_line.h"
+#include "project/records/detailed_information.h"
 #include "solver/model_points.h"
 #include "solver/row_ranges.h"
 #include "solver/zel_solver.h"
@@ -21,7 +22,6 @@ using utils::log::kError;
 using utils::log::LogLine;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr std::int32_t kStochasticSampling = 2;
 
 /// Gives `design` the responses that `pattern` has and `design` lacks, without values.
 void AddMissingResponses(const Design& pattern, Design& design) {
@@ -163,8 +163,10 @@ Eigen::MatrixXd ZELSolver::GetInputs(const DesignManager& designs) {
     for (const auto& parameter : GetReferenceDesign().GetParameters())
       if (!design.GetParameters().Has(parameter.first))
         design.GetParameters().Append(parameter.first, parameter.second);
-  const auto side = vrdb_.GetSamplingType() == kStochasticSampling ? InputSide::kRandom
-                                                                   : InputSide::kDeterministic;
+  const auto side =
+      vrdb_.GetSamplingType() == algorithm::datatypes::DetailedInformationBase::kStochasticSampling
+          ? InputSide::kRandom
+          : InputSide::kDeterministic;
   return InputColumns::Of(vrdb_.GetParameterManager(), GetInputNames(), side).ToMatrix(complete);
 }
 

@@ -2,6 +2,8 @@
 #include "foundation/log_line.h"
 #include "solver/zel_solver.h"
 
+#include <zelsolver/zelsolver.h>
+
 #include <locale>
 #include <sstream>
 
@@ -10,13 +12,11 @@ namespace {
 
 using algorithm::datatypes::CDesignEntry;
 
-constexpr double kTolerance = 1e-8;
-
 /// Whether a value of the column is outside. One pass without a branch per value: that there is
 /// none is the rule.
 bool HasOutside(const Eigen::Ref<const Eigen::VectorXd>& column, double lower, double upper) {
-  const double lowest = lower - kTolerance;
-  const double highest = upper + kTolerance;
+  const double lowest = lower - ZEL_BOUNDS_TOLERANCE;
+  const double highest = upper + ZEL_BOUNDS_TOLERANCE;
   const double* const x = column.data();
   unsigned int outside = 0;
   for (Eigen::Index d = 0; d < column.size(); ++d)

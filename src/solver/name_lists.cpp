@@ -1,5 +1,6 @@
 #include "design/indexed_name.h"
 #include "project/records/algorithm_info.h"
+#include "project/records/detailed_information.h"
 #include "project/records/zel_information.h"
 #include "solver/zel_solver.h"
 
@@ -17,8 +18,6 @@ using algorithm::datatypes::SurrogateInfo;
 using algorithm::datatypes::SurrogateInfoContainer;
 using algorithm::datatypes::VRDB;
 using algorithm::datatypes::ZELInformation;
-
-constexpr std::int32_t kStochasticSampling = 2;
 
 /// The inputs that the models of a project of type 18 list for themselves; null if they don't.
 const ParameterManager* FindModelInputs(const VRDB& project) {
@@ -111,7 +110,8 @@ const ZELSolver::Bounds& ZELSolver::GetInputBounds() {
 std::vector<std::wstring> ZELSolver::FindInputNames() const {
   const ParameterManager& parameters = vrdb_.GetParameterManager();
   const ParameterManager* const model_inputs = FindModelInputs(vrdb_);
-  const bool stochastic = vrdb_.GetSamplingType() == kStochasticSampling;
+  const bool stochastic =
+      vrdb_.GetSamplingType() == algorithm::datatypes::DetailedInformationBase::kStochasticSampling;
 
   std::vector<std::wstring> names;
   for (const Parameter& candidate :

@@ -2,11 +2,11 @@
 
 #include "foundation/exception.h"
 #include "foundation/log_line.h"
+#include "foundation/same_figures.h"
 #include "metamodel/factories.h"
 #include "metamodel/kernels/kernel_block.h"
 #include "metamodel/kriging/definite_factor.h"
 #include "metamodel/regression/quadratic_box_cox.h"
-#include "metamodel/same_figures.h"
 
 #include <algorithm>
 #include <sstream>
@@ -126,12 +126,14 @@ Eigen::VectorXd OrdinaryKriging::Approximate(const ConstPoints& points) const {
   const KernelBlock block_weights(*kernel, points_trans_reduced_);
   Eigen::VectorXd values(points.rows());
   Eigen::MatrixXd block;
+  Eigen::MatrixXd reduced;
   for (Eigen::Index begin = 0; begin < points.rows(); begin += kBlockRows) {
     const Eigen::Index rows = std::min(kBlockRows, points.rows() - begin);
     block = points.middleRows(begin, rows);
     if (trans_coord_) trans_coord_->ForwardInPlace(block);
     auto result = values.segment(begin, rows);
-    block_weights.WeightedSums(ReduceColumns(block, selection), kernel_weights_, result);
+    ReduceColumns(block, selection, reduced);
+    block_weights.WeightedSums(reduced, kernel_weights_, result);
     result.array() += mean_;
     BackTransform(result);
   }

@@ -3,8 +3,8 @@
 #include "archive/instantiate.h"
 #include "foundation/exception.h"
 #include "foundation/log_line.h"
+#include "foundation/same_figures.h"
 #include "metamodel/factories.h"
-#include "metamodel/same_figures.h"
 
 namespace corvath::math::metamodel {
 

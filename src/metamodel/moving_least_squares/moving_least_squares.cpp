@@ -1,13 +1,13 @@
 #include "metamodel/moving_least_squares/moving_least_squares.h"
 
 #include "foundation/exception.h"
+#include "foundation/same_figures.h"
 #include "metamodel/cross_validation_groups.h"
 #include "metamodel/factories.h"
 #include "metamodel/kernels/kernel_block.h"
 #include "metamodel/moving_least_squares/local_fits.h"
 #include "metamodel/regression/polynomial_basis.h"
 #include "metamodel/regression/quadratic_box_cox.h"
-#include "metamodel/same_figures.h"
 
 #include <Eigen/LU>
 

@@ -2,7 +2,7 @@
 
 #include "archive/instantiate.h"
 #include "foundation/exception.h"
-#include "metamodel/same_figures.h"
+#include "foundation/same_figures.h"
 
 namespace corvath::math::metamodel {
 

@@ -1,8 +1,8 @@
 #include "metamodel/regression/linear_regression.h"
 
 #include "foundation/exception.h"
+#include "foundation/same_figures.h"
 #include "metamodel/regression/polynomial_basis.h"
-#include "metamodel/same_figures.h"
 
 #include <Eigen/Cholesky>
 #include <Eigen/LU>

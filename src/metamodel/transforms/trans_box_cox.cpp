@@ -1,7 +1,7 @@
 #include "metamodel/transforms/trans_box_cox.h"
 
 #include "archive/instantiate.h"
-#include "metamodel/same_figures.h"
+#include "foundation/same_figures.h"
 
 #include <cmath>
 #include <sstream>
@@ -69,7 +69,7 @@ std::wstring TransBoxCox::GetName() const {
 bool TransBoxCox::Equals(const Transform& other) const {
   if (!Transform::Equals(other)) return false;
   const auto* same = dynamic_cast<const TransBoxCox*>(&other);
-  return same && metamodel::SameFigure(lambda_, same->lambda_) &&
+  return same && SameFigure(lambda_, same->lambda_) &&
          lambda_inv_ == same->lambda_inv_ && min_scaled_ == same->min_scaled_ &&
          max_scaled_ == same->max_scaled_ && trans_minmax_.Equals(same->trans_minmax_);
 }

@@ -1,7 +1,7 @@
 #include "metamodel/transforms/trans_min_max.h"
 
 #include "archive/instantiate.h"
-#include "metamodel/same_figures.h"
+#include "foundation/same_figures.h"
 
 #include <cmath>
 #include <sstream>
@@ -58,7 +58,6 @@ std::wstring TransMinMax::GetName() const {
 bool TransMinMax::Equals(const Transform& other) const {
   if (!Transform::Equals(other)) return false;
   const auto* same = dynamic_cast<const TransMinMax*>(&other);
-  using metamodel::SameFigures;
   return same && min_scaled_ == same->min_scaled_ && max_scaled_ == same->max_scaled_ &&
          SameFigures(scaling_, same->scaling_) &&
          SameFigures(offset_forward_, same->offset_forward_) &&

@@ -1,25 +1,23 @@
 #pragma once
 
-#include <Eigen/Core>
-
 #include <cmath>
+
+namespace corvath::math {
 
 /// Comparison of stored figures, in which NaN stands for a figure that was not computed: two NaNs
 /// are the same, so that a copy always equals its original.
-namespace corvath::math::metamodel {
-
 inline bool SameFigure(double a, double b) {
   return a == b || (std::isnan(a) && std::isnan(b));
 }
 
-/// Same shape and same entries, in this order.
+/// Same shape and same entries, in this order. For dense matrices and vectors of Eigen.
 template <class Matrix>
 bool SameFigures(const Matrix& a, const Matrix& b) {
   if (a.rows() != b.rows() || a.cols() != b.cols()) return false;
-  for (Eigen::Index col = 0; col < a.cols(); ++col)
-    for (Eigen::Index row = 0; row < a.rows(); ++row)
+  for (decltype(a.cols()) col = 0; col < a.cols(); ++col)
+    for (decltype(a.rows()) row = 0; row < a.rows(); ++row)
       if (!SameFigure(a(row, col), b(row, col))) return false;
   return true;
 }
 
-}  // namespace corvath::math::metamodel
+}  // namespace corvath::math
