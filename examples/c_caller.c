@@ -4,11 +4,10 @@
  *
  *     c_caller zel_tenbar.vrdb
  */
-#include <zelsolver/zelsolver.h>
-
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <zelsolver/zelsolver.h>
 
 static int fail(const char* what) {
   const char* text = dzel2_getLastError();
@@ -18,7 +17,9 @@ static int fail(const char* what) {
 }
 
 /* The name behind `name` in a list, which ends with an empty one. */
-static const char* next(const char* name) { return name + strlen(name) + 1; }
+static const char* next(const char* name) {
+  return name + strlen(name) + 1;
+}
 
 static int print_project(const char* path) {
   unsigned int dims[2]; /* inputs, outputs */

@@ -8,7 +8,6 @@
 #include <boost/date_time/posix_time/posix_time.hpp>
 #include <boost/make_shared.hpp>
 
-
 namespace corvath::algorithm::datatypes {
 
 VRDB::VRDB() : algorithm_info_(boost::make_shared<AlgorithmInfo>()) {}

@@ -48,7 +48,8 @@ TEST_F(Examples, TheOptimiserFindsAlmostTheLeastMassOfTheAnalysis) {
 
   const auto failed = RunCommand("'" TEST_OPTIMISER "' /no/such/file 2>&1");
   EXPECT_NE(failed.second, 0);
-  EXPECT_THAT(failed.first, HasSubstr("optimise_tenbar: /no/such/file: Initializing new solver failed."));
+  EXPECT_THAT(failed.first,
+              HasSubstr("optimise_tenbar: /no/such/file: Initializing new solver failed."));
 }
 
 TEST_F(Examples, TheCallersSayWhatFailed) {

@@ -13,7 +13,8 @@ sample_projects::AreaBounds Bounds() {
           Eigen::VectorXd::Constant(sample_projects::kNumBars, sample_projects::kLargestArea)};
 }
 
-sample_projects::TrussResponse Analyse(const Eigen::RowVectorXd& areas, std::array<double, 2> loads) {
+sample_projects::TrussResponse Analyse(const Eigen::RowVectorXd& areas,
+                                       std::array<double, 2> loads) {
   sample_projects::Truss truss;
   truss.loads = loads;
   for (std::size_t i = 0; i < truss.areas.size(); ++i)
@@ -26,7 +27,7 @@ TEST(TrussOptimum, MeetsTheOptimalityCriterionOfTheDisplacementLimit) {
   int num_iterates = 0;
   const sample_projects::TrussIterate optimum =
       sample_projects::MinimiseMass(optimizer, Bounds(), sample_projects::AnalyseDesigns,
-                             [&](const sample_projects::TrussIterate&) { ++num_iterates; });
+                                    [&](const sample_projects::TrussIterate&) { ++num_iterates; });
   EXPECT_TRUE(optimizer.IsConverged());
   EXPECT_GT(num_iterates, 5);
   const Eigen::RowVectorXd areas = optimum.areas;
@@ -47,7 +48,8 @@ TEST(TrussOptimum, MeetsTheOptimalityCriterionOfTheDisplacementLimit) {
   double common = 0.0;
   int num_free = 0;
   const auto is_free = [&](int i) {
-    return areas(i) > sample_projects::kSmallestArea + 1e-6 && areas(i) < sample_projects::kLargestArea - 1e-6;
+    return areas(i) > sample_projects::kSmallestArea + 1e-6 &&
+           areas(i) < sample_projects::kLargestArea - 1e-6;
   };
   for (int i = 0; i < sample_projects::kNumBars; ++i)
     if (is_free(i)) {

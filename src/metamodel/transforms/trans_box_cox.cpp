@@ -69,9 +69,9 @@ std::wstring TransBoxCox::GetName() const {
 bool TransBoxCox::Equals(const Transform& other) const {
   if (!Transform::Equals(other)) return false;
   const auto* same = dynamic_cast<const TransBoxCox*>(&other);
-  return same && SameFigure(lambda_, same->lambda_) &&
-         lambda_inv_ == same->lambda_inv_ && min_scaled_ == same->min_scaled_ &&
-         max_scaled_ == same->max_scaled_ && trans_minmax_.Equals(same->trans_minmax_);
+  return same && SameFigure(lambda_, same->lambda_) && lambda_inv_ == same->lambda_inv_ &&
+         min_scaled_ == same->min_scaled_ && max_scaled_ == same->max_scaled_ &&
+         trans_minmax_.Equals(same->trans_minmax_);
 }
 
 template <class Archive>

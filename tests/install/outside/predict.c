@@ -1,8 +1,7 @@
 /* Prints the predictions of a project with ten inputs at the given design. */
-#include <zelsolver/zelsolver.h>
-
 #include <stdio.h>
 #include <stdlib.h>
+#include <zelsolver/zelsolver.h>
 
 int main(int argc, char** argv) {
   double design[10];
