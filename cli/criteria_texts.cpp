@@ -22,7 +22,6 @@ namespace cli {
 namespace {
 
 using corvath::algorithm::datatypes::CDesignEntry;
-using corvath::algorithm::datatypes::Criterion;
 using corvath::algorithm::datatypes::CriterionSequence;
 using corvath::algorithm::datatypes::Design;
 using corvath::algorithm::datatypes::EntrySequence;

@@ -228,6 +228,7 @@ std::string IdentifierOf(const std::string& name) {
 std::vector<std::string> UseColumns(const std::vector<std::string>& texts, DesignTable& table) {
   Rewriter rewriter(table);
   std::vector<std::string> rewritten;
+  rewritten.reserve(texts.size());
   for (const std::string& text : texts) rewritten.push_back(rewriter.Run(text));
   return rewritten;
 }

@@ -57,8 +57,9 @@ void LoadSetItems(Archive& ar, Set& set, std::size_t count) {
   for (; count > 0; --count) {
     typename Set::value_type item{};
     ar >> boost::serialization::make_nvp("item", item);
+    const void* const read_at = &item;
     const auto place = set.insert(set.end(), std::move(item));
-    ar.reset_object_address(&*place, &item);
+    ar.reset_object_address(&*place, read_at);
   }
 }
 
@@ -68,8 +69,9 @@ void LoadMap(Archive& ar, Map& map) {
   for (std::size_t count = LoadCount(ar); count > 0; --count) {
     typename Map::value_type item{};
     ar >> boost::serialization::make_nvp("item", item);
+    const void* const read_at = &item.second;
     const auto place = map.insert(map.end(), std::move(item));
-    ar.reset_object_address(&place->second, &item.second);
+    ar.reset_object_address(&place->second, read_at);
   }
 }
 

@@ -52,7 +52,7 @@ class portable_binary_iarchive
   /// @param stream  binary; must outlive the archive
   /// @param flags   archive/archive_flags.h, together with Boost's own
   explicit portable_binary_iarchive(std::istream& stream, unsigned int flags = 0);
-  ~portable_binary_iarchive();
+  ~portable_binary_iarchive() override;
 
   void DisableAnnotations() override { ++suspended_; }
   void EnableAnnotations() override { --suspended_; }

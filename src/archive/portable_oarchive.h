@@ -32,7 +32,7 @@ class portable_binary_oarchive
   /// @param stream  binary; must outlive the archive
   /// @param flags   archive/archive_flags.h, together with Boost's own
   explicit portable_binary_oarchive(std::ostream& stream, unsigned int flags = 0);
-  ~portable_binary_oarchive();
+  ~portable_binary_oarchive() override;
 
   void DisableAnnotations() override { ++suspended_; }
   void EnableAnnotations() override { --suspended_; }

@@ -24,6 +24,7 @@ std::vector<std::vector<Eigen::Index>> GroupsOf(const IndexVector& subsets, Eige
   for (Eigen::Index i = 0; i < n; ++i)
     by_number[subsets.size() == 0 ? static_cast<std::uint64_t>(i) : subsets(i)].push_back(i);
   std::vector<std::vector<Eigen::Index>> groups;
+  groups.reserve(by_number.size());
   for (auto& entry : by_number) groups.push_back(std::move(entry.second));
   return groups;
 }
