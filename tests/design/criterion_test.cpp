@@ -12,9 +12,7 @@
 
 namespace {
 
-using corvath::algorithm::datatypes::CDesignEntry;
-using corvath::algorithm::datatypes::Criterion;
-using corvath::algorithm::datatypes::CriterionDescription;
+using namespace corvath::algorithm::datatypes;
 using support::Scalar;
 using support::Vec;
 

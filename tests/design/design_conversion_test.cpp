@@ -8,52 +8,49 @@
 #include <stdexcept>
 
 using namespace corvath::algorithm::datatypes;
+using Entry = CDesignEntry;
+using support::MessageOf;
 using Kind = corvath::enums::DeterministicProperties;
 using Type = corvath::enums::DesignEntry;
 using Names = std::vector<std::wstring>;
 
 namespace {
 
-std::vector<CDesignEntry> Texts() {
-  return {CDesignEntry(L"a"), CDesignEntry(L"b"), CDesignEntry(L"c")};
+std::vector<Entry> Texts() {
+  return {Entry(L"a"), Entry(L"b"), Entry(L"c")};
 }
 
 /// One property of each kind, not in the order of their names.
 NamedProperties AllKinds() {
   return {{L"nominal", DeterministicProperties::Discrete(Kind::NOMINAL_BY_INDEX, Texts())},
-          {L"value",
-           DeterministicProperties::Discrete(
-               Kind::ORDINAL_BY_VALUE, {CDesignEntry(1.0), CDesignEntry(2.0), CDesignEntry(4.0)})},
+          {L"value", DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE,
+                                                       {Entry(1.0), Entry(2.0), Entry(4.0)})},
           {L"free", DeterministicProperties::Continuous(0.0, 1.0)},
           {L"index", DeterministicProperties::Discrete(Kind::ORDINAL_BY_INDEX, Texts())}};
 }
 
 EntrySequence Sequence(double free, double value, const wchar_t* index, const wchar_t* nominal) {
-  return {{L"free", CDesignEntry(free)},
-          {L"value", CDesignEntry(value)},
-          {L"index", CDesignEntry(index)},
-          {L"nominal", CDesignEntry(nominal)}};
+  return {{L"free", Entry(free)},
+          {L"value", Entry(value)},
+          {L"index", Entry(index)},
+          {L"nominal", Entry(nominal)}};
 }
 
 Design DesignOf(EntrySequence parameters) {
   return Design(std::move(parameters), DesignId(1));
 }
 
-std::string ToMatrixRefusal(const DeterministicProperties& property, const CDesignEntry& value) {
-  return support::MessageOf([&] {
-    DesignsToMatrix({DesignOf({{L"x", value}})}, {{L"x", property}});
-  });
+std::string ToMatrixRefusal(const DeterministicProperties& property, const Entry& value) {
+  return MessageOf([&] { DesignsToMatrix({DesignOf({{L"x", value}})}, {{L"x", property}}); });
 }
 
 }  // namespace
 
 TEST(DesignConversion, TurnsValuesIntoNumbersByName) {
-  EntrySequence shuffled{{L"index", CDesignEntry(L"c")},
-                         {L"unused", CDesignEntry(7)},
-                         {L"nominal", CDesignEntry(L"a")},
-                         {L"free", CDesignEntry(1)},  // an INTEGER is a number as well
-                         {L"value", CDesignEntry(2.9)},
-                         {L"free", CDesignEntry(8.0)}};  // the first of a name counts
+  EntrySequence shuffled{
+      {L"index", Entry(L"c")},   {L"unused", Entry(7)},
+      {L"nominal", Entry(L"a")}, {L"free", Entry(1)},     // an INTEGER is a number as well
+      {L"value", Entry(2.9)},    {L"free", Entry(8.0)}};  // the first of a name counts
   const Eigen::MatrixXd matrix =
       DesignsToMatrix({DesignOf(Sequence(0.25, 4.0, L"a", L"b")), DesignOf(shuffled),
                        DesignOf(Sequence(std::nan(""), 100.0, L"b", L"c"))},
@@ -80,10 +77,10 @@ TEST(DesignConversion, TurnsNumbersIntoValuesOfTheDomains) {
   const std::vector<EntrySequence> sequences = MatrixToDesigns(matrix, AllKinds());
   const auto sequence = [](const wchar_t* nominal, double value, double free,
                            const wchar_t* index) {
-    return EntrySequence{{L"nominal", CDesignEntry(nominal)},
-                         {L"value", CDesignEntry(value)},
-                         {L"free", CDesignEntry(free)},
-                         {L"index", CDesignEntry(index)}};
+    return EntrySequence{{L"nominal", Entry(nominal)},
+                         {L"value", Entry(value)},
+                         {L"free", Entry(free)},
+                         {L"index", Entry(index)}};
   };
   ASSERT_EQ(sequences.size(), 2u);
   EXPECT_EQ(sequences[0], sequence(L"b", 4.0, -0.5, L"c"));
@@ -93,31 +90,30 @@ TEST(DesignConversion, TurnsNumbersIntoValuesOfTheDomains) {
 TEST(DesignConversion, SaysWhichValueDoesNotFit) {
   const DeterministicProperties free;
   const auto by_index = DeterministicProperties::Discrete(Kind::ORDINAL_BY_INDEX, Texts());
-  EXPECT_EQ(support::MessageOf([&] {
+  EXPECT_EQ(MessageOf([&] {
               DesignsToMatrix({DesignOf({})}, {{L"Höhe", free}});
             }),
             "Parameter \"H\xc3\xb6he\" does not exist in current design.");
-  EXPECT_EQ(ToMatrixRefusal(by_index, CDesignEntry(L"steel")),
+  EXPECT_EQ(ToMatrixRefusal(by_index, Entry(L"steel")),
             "No matching discrete state found steel for parameter x");
-  EXPECT_THROW(DesignsToMatrix({DesignOf({{L"x", CDesignEntry(1)}})}, {{L"x", by_index}}),
+  EXPECT_THROW(DesignsToMatrix({DesignOf({{L"x", Entry(1)}})}, {{L"x", by_index}}),
                std::range_error);
   EXPECT_EQ(ToMatrixRefusal(DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, Texts()),
-                            CDesignEntry(L"a")),
+                            Entry(L"a")),
             "Can not handle string to be ordinal discrete by value");
-  auto nothing = DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, {CDesignEntry()});
-  EXPECT_EQ(ToMatrixRefusal(nothing, CDesignEntry()),
-            "Discrete states have unsupported domain type.");
+  auto nothing = DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, {Entry()});
+  EXPECT_EQ(ToMatrixRefusal(nothing, Entry()), "Discrete states have unsupported domain type.");
   const corvath::math::Variant<double> vector(corvath::math::Variant<double>::Vector(2));
-  EXPECT_EQ(ToMatrixRefusal(free, CDesignEntry(vector)),
+  EXPECT_EQ(ToMatrixRefusal(free, Entry(vector)),
             "Designpoint conversion failed: variant isn't scalar.");
   DeterministicProperties unknown;
   unknown.SetKind(static_cast<Kind::eKind>(9));
-  EXPECT_EQ(ToMatrixRefusal(unknown, CDesignEntry(1.0)), "Unknown deterministic kind");
-  EXPECT_EQ(support::MessageOf([&] {
+  EXPECT_EQ(ToMatrixRefusal(unknown, Entry(1.0)), "Unknown deterministic kind");
+  EXPECT_EQ(MessageOf([&] {
               MatrixToDesigns(Eigen::MatrixXd::Zero(1, 1), {{L"x", unknown}});
             }),
             "Unknown deterministic kind");
-  EXPECT_EQ(support::MessageOf([] { MatrixToDesigns(Eigen::MatrixXd::Zero(2, 3), AllKinds()); }),
+  EXPECT_EQ(MessageOf([] { MatrixToDesigns(Eigen::MatrixXd::Zero(2, 3), AllKinds()); }),
             "Exactly as many deterministic properties as design point elements needed!");
 }
 
@@ -136,7 +132,7 @@ TEST(InputColumns, FollowsTheNamesAskedForOnEitherSide) {
     manager.AddParameter(parameter);
   }
   EntrySequence parameters = Sequence(0.5, 2.9, L"b", L"c");
-  parameters.Append(L"free#$#fine", CDesignEntry(0.0625));
+  parameters.Append(L"free#$#fine", Entry(0.0625));
   const std::vector<Design> designs{DesignOf(parameters)};
 
   const Names names{L"index", L"free#$#fine", L"value", L"free"};
@@ -146,16 +142,15 @@ TEST(InputColumns, FollowsTheNamesAskedForOnEitherSide) {
   EXPECT_EQ(deterministic.ToMatrix(std::vector<const Design*>(2, &designs[0])).row(1),
             (Eigen::RowVector4d(1.0, 0.0625, 2.0, 0.5)));
   const auto back = deterministic.ToSequences(Eigen::RowVector4d(2.0, 0.5, 3.5, 0.25));
-  EXPECT_EQ(back[0].Get(L"index"), CDesignEntry(L"c"));
-  EXPECT_EQ(back[0].Get(L"value"), CDesignEntry(4.0));
+  EXPECT_EQ(back[0].Get(L"index"), Entry(L"c"));
+  EXPECT_EQ(back[0].Get(L"value"), Entry(4.0));
 
   // On the random side a value keeps its number.
   const InputColumns random = InputColumns::Of(manager, {L"value", L"free"}, InputSide::kRandom);
   EXPECT_EQ(random.ToMatrix(designs), (Eigen::RowVector2d(2.9, 0.5)));
 
-  EXPECT_EQ(support::MessageOf([&] { InputColumns::Of(manager, {L"index"}, InputSide::kRandom); }),
+  EXPECT_EQ(MessageOf([&] { InputColumns::Of(manager, {L"index"}, InputSide::kRandom); }),
             "The parameter \"index\" does not scatter.");
-  EXPECT_EQ(
-      support::MessageOf([&] { InputColumns::Of(manager, {L"other"}, InputSide::kDeterministic); }),
-      "Cannot return non existing parameter \"other\"");
+  EXPECT_EQ(MessageOf([&] { InputColumns::Of(manager, {L"other"}, InputSide::kDeterministic); }),
+            "Cannot return non existing parameter \"other\"");
 }

@@ -20,12 +20,7 @@ namespace {
 using corvath::algorithm::datatypes::CDesignEntry;
 using corvath::algorithm::datatypes::UninitializedType;
 using corvath::enums::DesignEntry;
-using support::Mat;
-using support::MessageOf;
-using support::Scalar;
-using support::Sig;
-using support::Value;
-using support::Vec;
+using namespace support;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
@@ -63,18 +58,17 @@ ZEL_CLASS_VERSION(EntryV5, 5)
 ZEL_TRACK_ALWAYS(EntryV5)
 
 TEST(DesignEntry, NumbersItsTypesApartFromTheStoredAlternatives) {
-  EXPECT_EQ(CDesignEntry().GetType(), 0);
-  EXPECT_EQ(CDesignEntry(true).GetType(), 1);
-  EXPECT_EQ(Real(1.0).GetType(), 2);
-  EXPECT_EQ(CDesignEntry(1).GetType(), 3);
-  EXPECT_EQ(Text(L"1").GetType(), 4);
-  EXPECT_EQ(CDesignEntry(Scalar(1.0)).GetType(), 5);
-  const wchar_t* const texts[] = {L"UNINITIALIZED", L"BOOL",   L"REAL",
-                                  L"INTEGER",       L"STRING", L"VARIANT"};
+  const std::pair<CDesignEntry, const wchar_t*> kinds[] = {{CDesignEntry(), L"UNINITIALIZED"},
+                                                           {CDesignEntry(true), L"BOOL"},
+                                                           {Real(1.0), L"REAL"},
+                                                           {CDesignEntry(1), L"INTEGER"},
+                                                           {Text(L"1"), L"STRING"},
+                                                           {CDesignEntry(Scalar(1.0)), L"VARIANT"}};
   for (int i = 0; i < 6; ++i) {
     const auto type = static_cast<DesignEntry::eType>(i);
-    EXPECT_EQ(DesignEntry::GetText(type), texts[i]);
-    EXPECT_EQ(DesignEntry::GetType(texts[i]), type);
+    EXPECT_EQ(kinds[i].first.GetType(), type);
+    EXPECT_EQ(DesignEntry::GetText(type), kinds[i].second);
+    EXPECT_EQ(DesignEntry::GetType(kinds[i].second), type);
   }
   const auto unknown = [](int n) {
     return support::MessageOfExactly<std::invalid_argument>(
@@ -268,20 +262,20 @@ TEST(DesignEntry, SubtractsByType) {
             CDesignEntry(Mat({{{0.0, -1.0}, {1.0, -1.0}}})));
   EXPECT_EQ(Real(1.0) - CDesignEntry(Vec({1.0, 3.0})), CDesignEntry(Vec({0.0, -2.0})));
 
-  const auto refusal = [](const CDesignEntry& a, const CDesignEntry& b) {
-    return MessageOf([&] { a - b; });
+  const CDesignEntry row(Mat({{1.0}})), vector(Vec({1.0}));
+  const struct {
+    CDesignEntry a, b;
+    const char* refusal;
+  } cases[] = {
+      {Real(1.0), Text(L"1"), "Substraction not supported for strings"},
+      {Text(L"1"), Text(L"1"), "Substraction not supported for strings"},
+      {CDesignEntry(true), Real(1.0), "Invalid type BOOLEAN for operation -."},
+      {vector, CDesignEntry(Vec({1.0, 2.0})), "Vector dimensions do not match."},
+      {row, CDesignEntry(Mat({{1.0, 2.0}})), "Matrix dimensions do not match."},
+      {row, vector, "Type of second Input object not compatible with first."},
+      {CDesignEntry(), Real(1.0), "Input object has invalid datatype for operation -."},
   };
-  EXPECT_EQ(refusal(Real(1.0), Text(L"1")), "Substraction not supported for strings");
-  EXPECT_EQ(refusal(Text(L"1"), Text(L"1")), "Substraction not supported for strings");
-  EXPECT_EQ(refusal(CDesignEntry(true), Real(1.0)), "Invalid type BOOLEAN for operation -.");
-  EXPECT_EQ(refusal(CDesignEntry(Vec({1.0})), CDesignEntry(Vec({1.0, 2.0}))),
-            "Vector dimensions do not match.");
-  EXPECT_EQ(refusal(CDesignEntry(Mat({{1.0}})), CDesignEntry(Mat({{1.0, 2.0}}))),
-            "Matrix dimensions do not match.");
-  EXPECT_EQ(refusal(CDesignEntry(Mat({{1.0}})), CDesignEntry(Vec({1.0}))),
-            "Type of second Input object not compatible with first.");
-  EXPECT_EQ(refusal(CDesignEntry(), Real(1.0)),
-            "Input object has invalid datatype for operation -.");
+  for (const auto& c : cases) EXPECT_EQ(MessageOf([&] { c.a - c.b; }), c.refusal);
 }
 
 TEST(DesignEntry, IsStoredAsABoostVariant) {
@@ -306,14 +300,15 @@ TEST(DesignEntry, IsStoredAsABoostVariant) {
 }
 
 TEST(DesignEntry, ReadsOlderRecords) {
-  const CDesignEntry loaded_v4 = ReadOld(4, 0, Scalar(2.5));
-  EXPECT_EQ(loaded_v4.GetType(), DesignEntry::VARIANT);
-  EXPECT_EQ(loaded_v4.ToDouble(), 2.5);
-  const CDesignEntry loaded_v3 = ReadOld(3, 1, 2.5);
-  EXPECT_EQ(loaded_v3.GetType(), DesignEntry::REAL);
-  EXPECT_EQ(loaded_v3.ToDouble(), 2.5);
-  EXPECT_EQ(ReadOld(1, 3, std::wstring(L"a")).ToString(), L"a");
-  EXPECT_EQ(ReadOld(0, 4, true).GetType(), DesignEntry::BOOL);
+  const std::pair<CDesignEntry, CDesignEntry> cases[] = {
+      {ReadOld(4, 0, Scalar(2.5)), CDesignEntry(Scalar(2.5))},
+      {ReadOld(3, 1, 2.5), Real(2.5)},
+      {ReadOld(1, 3, std::wstring(L"a")), Text(L"a")},
+      {ReadOld(0, 4, true), CDesignEntry(true)}};
+  for (const auto& [read, expected] : cases) {
+    EXPECT_EQ(read.GetType(), expected.GetType());
+    EXPECT_EQ(read, expected);
+  }
   for (const int which : {-1, 5, 6})
     EXPECT_EQ(MessageOf([&] { ReadOld(3, which, 0.0); }),
               "The file holds a design entry of the unknown kind " + std::to_string(which) + ".");

@@ -14,9 +14,7 @@
 namespace {
 
 using namespace corvath::algorithm::datatypes;
-using support::MessageOfExactly;
-using support::Scalar;
-using support::Vec;
+using namespace support;
 
 DesignId Id(std::uint64_t top) {
   return DesignId(top);

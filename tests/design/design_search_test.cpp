@@ -15,9 +15,7 @@
 namespace {
 
 using namespace corvath::algorithm::datatypes;
-using support::MessageOfExactly;
-using support::Scalar;
-using support::Vec;
+using namespace support;
 
 Design MakeDesign(std::uint64_t id, const EntrySequence& parameters) {
   return Design(parameters, DesignId(id));

@@ -10,11 +10,7 @@
 namespace {
 
 using namespace corvath::algorithm::datatypes;
-using support::Mat;
-using support::Scalar;
-using support::Sig;
-using support::Value;
-using support::Vec;
+using namespace support;
 
 /// A container of one response "x", which has these values.
 DesignManager Container(const std::vector<CDesignEntry>& values) {

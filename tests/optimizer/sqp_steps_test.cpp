@@ -7,9 +7,7 @@
 #include <vector>
 
 using corvath::algorithm::optimizer::NLPQLPInterface;
-using Eigen::Vector2d;
-using Eigen::Vector3d;
-using Eigen::VectorXd;
+using namespace Eigen;
 
 /// Single steps of the core, told apart by a QP solver that answers from a script.
 namespace {

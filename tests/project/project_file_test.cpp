@@ -21,11 +21,7 @@
 namespace {
 
 using namespace corvath::algorithm::datatypes;
-using support::MessageOf;
-using support::ReadFile;
-using support::Save;
-using support::TemporaryDirectory;
-using support::WriteFile;
+using namespace support;
 
 VRDB Open(const std::string& path) {
   return VRDB(corvath::utils::FromUtf8(path));

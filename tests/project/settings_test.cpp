@@ -15,15 +15,9 @@
 namespace {
 
 using namespace corvath::zel;
-using corvath::algorithm::datatypes::CDesignEntry;
-using corvath::algorithm::datatypes::EntrySequence;
-using corvath::algorithm::datatypes::Parameter;
-using corvath::math::metamodel::MetamodelSettings;
-using corvath::math::metamodel::SettingValue;
-using corvath::math::metamodel::ZELSettings;
-using support::Since;
-using support::StoredForm;
-using support::Until;
+using namespace corvath::algorithm::datatypes;
+using namespace corvath::math::metamodel;
+using namespace support;
 using Flags = std::map<std::wstring, bool>;
 
 const auto kEqual = [](const auto& a, const auto& b) { return a == b; };

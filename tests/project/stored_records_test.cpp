@@ -23,9 +23,7 @@
 namespace {
 
 using namespace corvath::algorithm::datatypes;
-using support::Since;
-using support::StoredForm;
-using support::Until;
+using namespace support;
 using Text = std::wstring;
 using Names = std::list<Text>;
 using IdSet = boost::unordered_set<DesignId>;

@@ -17,18 +17,9 @@
 
 using corvath::algorithm::datatypes::DesignId;
 using corvath::algorithm::datatypes::SurrogateInfo;
-using corvath::math::metamodel::AppraisalData;
-using corvath::math::metamodel::LinearRegression;
-using corvath::math::metamodel::LinearRegressionSettings;
-using corvath::math::metamodel::ModelType;
-using corvath::math::metamodel::SubspaceResultContainer;
-using corvath::math::metamodel::SubspaceResults;
-using corvath::math::metamodel::SurrogateBase;
-using corvath::math::metamodel::SurrogateSettingsBase;
+using namespace corvath::math::metamodel;
 using corvath::utils::runtime_error;
-using support::Since;
-using support::StoredForm;
-using support::Until;
+using namespace support;
 
 namespace {
 
@@ -157,12 +148,15 @@ TEST(SurrogateInfo, AnswersByInputName) {
 }
 
 TEST(SurrogateInfo, KnowsWhetherItsDesignsAreKnown) {
-  SurrogateInfo info;
-  EXPECT_FALSE(info.HasUsedHids());
-  info.SetUsedHids({DesignId(), DesignId(0)});
-  EXPECT_FALSE(info.HasUsedHids());
-  info.SetUsedHids({DesignId(), DesignId(0).Appended(0)});
-  EXPECT_TRUE(info.HasUsedHids());
+  const std::pair<SurrogateInfo::HidVector, bool> cases[] = {
+      {{}, false},
+      {{DesignId(), DesignId(0)}, false},
+      {{DesignId(), DesignId(0).Appended(0)}, true}};
+  for (const auto& [ids, known] : cases) {
+    SurrogateInfo info;
+    info.SetUsedHids(ids);
+    EXPECT_EQ(info.HasUsedHids(), known);
+  }
 }
 
 TEST(SurrogateInfo, SurvivesTheArchiveAndOwnsItsClone) {

@@ -17,12 +17,7 @@ namespace {
 
 using namespace corvath::algorithm::datatypes;
 using corvath::enums::DeterministicProperties;
-using support::Load;
-using support::MessageOf;
-using support::Save;
-using support::Since;
-using support::StoredForm;
-using support::Until;
+using namespace support;
 using Kind = corvath::algorithm::datatypes::DeterministicProperties;
 
 /// The fields of a project in their order, with what a case gives.
@@ -187,15 +182,6 @@ TEST(VRDB, RecoversTheDesignsOfModelsBelowVersion12) {
   }
 }
 
-TEST(VRDB, ModelsOfVersion0MakeAnAlgorithmOfTheirType) {
-  Fields fields;
-  fields.surrogate_infos = {SurrogateInfo(L"r")};
-  const VRDB read = fields.Read(0);
-  ASSERT_EQ(read.GetAlgorithmInfo()->GetType(), 18);
-  EXPECT_TRUE(
-      read.GetAlgorithmInfo()->GetZELInformation()->surrogate_infos_.HasSurrogateInfo(L"r"));
-}
-
 TEST(VRDB, OldModelsMoveIntoTheDetailAndParametersAreRepairedBelowVersion8) {
   Fields fields;
   fields.parameters.AddParameter(DiscreteParameter(L"d"));
@@ -203,6 +189,11 @@ TEST(VRDB, OldModelsMoveIntoTheDetailAndParametersAreRepairedBelowVersion8) {
   const auto kind_of = [](const ParameterManager& manager) {
     return manager.GetParameter(L"d").GetDeterministicProperty(0).GetKind();
   };
+
+  const VRDB of_0 = fields.Read(0);  // no algorithm yet: one of the models' type is made
+  ASSERT_EQ(of_0.GetAlgorithmInfo()->GetType(), 18);
+  EXPECT_TRUE(
+      of_0.GetAlgorithmInfo()->GetZELInformation()->surrogate_infos_.HasSurrogateInfo(L"r"));
 
   const VRDB of_8 = fields.Read(8);
   const auto detail_8 = of_8.GetAlgorithmInfo()->GetZELInformation();
@@ -280,14 +271,8 @@ TEST(VRDB, OldModelsOfAReliabilityProjectGoToItsFirstDesignSet) {
 }
 
 TEST(VRDB, EmptyCriteriaComeFromTheDesigns) {
-  Fields fields;
-  fields.designs = DesignsOf(L"x", {1.0});
-  fields.designs.ModifyDesigns()[0].GetCriteria().Append(
-      L"goal", Criterion(CriterionDescription::RHS, L"", L"x"));
+  Fields fields(support::MakePlateProject());
   EXPECT_TRUE(fields.Read(13).GetCriteria().Has(L"goal"));
-  fields.criteria.Append(L"own", Criterion());
-  EXPECT_FALSE(fields.Read(13).GetCriteria().Has(L"goal"));
-  EXPECT_TRUE(fields.Read(13).GetCriteria().Has(L"own"));
 }
 
 TEST(VRDB, SavingNotesTheWriterInTheMetaData) {

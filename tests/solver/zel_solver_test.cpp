@@ -19,20 +19,9 @@
 namespace corvath::zel {
 namespace {
 
-using algorithm::datatypes::AlgorithmInfo;
-using algorithm::datatypes::CDesignEntry;
-using algorithm::datatypes::Parameter;
-using algorithm::datatypes::RandomProperties;
-using algorithm::datatypes::SurrogateInfo;
-using algorithm::datatypes::VRDB;
-using support::GetModels;
-using support::kPlateInputs;
-using support::kPlateOutputs;
-using support::MakePlateProject;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using namespace algorithm::datatypes;
+using namespace support;
+using namespace testing;
 using utils::log::VectorLog;
 
 /// A solver of a project in memory, with its log.
@@ -61,7 +50,7 @@ void SetModel(VRDB& project, std::size_t k, const SurrogateInfo::SurrogatePointe
   });
 }
 
-TEST(ZELSolverNames, PublishesWhatTheModelsServe) {
+TEST(ZELSolver, PublishesWhatTheModelsServeAndBuildsItsReferenceDesign) {
   OpenProject open(MakePlateProject());
   ASSERT_TRUE(open.is_open);
   EXPECT_EQ(open.solver.GetInputNames(), kPlateInputs);
@@ -69,6 +58,14 @@ TEST(ZELSolverNames, PublishesWhatTheModelsServe) {
   ASSERT_EQ(open.solver.GetCriteriaList().size(), 2u);
   EXPECT_EQ(open.solver.GetCriteriaList()[0].first, L"goal");
   EXPECT_EQ(open.solver.GetCriteriaList()[1].second.GetLhs(), L"stress[0]");
+
+  const auto& design = open.solver.GetReferenceDesign();
+  ASSERT_EQ(design.GetParameters().size(), 3u);
+  EXPECT_EQ(design.GetParameters().Get(kPlateInputs[2]), CDesignEntry(15.0));
+  EXPECT_TRUE(design.GetResponses().Get(L"history").IsUninitialized());
+  EXPECT_TRUE(design.GetCriteria().Has(L"limit"));
+  EXPECT_EQ(design.GetStatus().GetMessages().front().GetRunInfo(), 7);
+  EXPECT_EQ(&open.solver.GetReferenceDesign(), &design);
 }
 
 TEST(ZELSolverNames, TestsEachElementOfAVectorByItself) {
@@ -178,29 +175,12 @@ TEST(ZELSolverOpening, AModelThatThrowsCostsItsErrorsNotTheOpening) {
   }
 }
 
-TEST(ZELSolver, BuildsItsReferenceDesign) {
-  OpenProject open(MakePlateProject());
-  const auto& design = open.solver.GetReferenceDesign();
-  ASSERT_EQ(design.GetParameters().size(), 3u);
-  EXPECT_EQ(design.GetParameters().Get(kPlateInputs[2]), CDesignEntry(15.0));
-  EXPECT_TRUE(design.GetResponses().Get(L"history").IsUninitialized());
-  EXPECT_TRUE(design.GetCriteria().Has(L"limit"));
-  EXPECT_EQ(design.GetStatus().GetMessages().front().GetRunInfo(), 7);
-  EXPECT_EQ(&open.solver.GetReferenceDesign(), &design);
-}
-
 TEST(ZELSolver, IsStoredAsItsProject) {
   VRDB project = MakePlateProject();
   GetModels(project) = {};
   const OpenProject original(std::move(project), /*allow_missing_models=*/true);
   const ZELSolver* const stored = &original.solver;
-  const std::string bytes = support::Save(stored);
-
-  std::istringstream stream(bytes);
-  portable_binary_iarchive archive(stream);
-  ZELSolver* loaded = nullptr;
-  archive >> loaded;
-  const std::unique_ptr<ZELSolver> owner(loaded);
+  const std::unique_ptr<ZELSolver> loaded(support::Load<ZELSolver*>(support::Save(stored)));
   ASSERT_TRUE(loaded->Initialize()) << "through a pointer, it takes a project without models";
   EXPECT_EQ(loaded->GetInputNames(), kPlateInputs);
 }
