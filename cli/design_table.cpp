@@ -24,6 +24,7 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 std::vector<std::wstring> ToWide(const std::vector<std::string>& names) {
   std::vector<std::wstring> wide;
+  wide.reserve(names.size());
   for (const std::string& name : names) wide.push_back(FromUtf8(name));
   return wide;
 }

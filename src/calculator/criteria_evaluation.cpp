@@ -15,7 +15,6 @@ namespace corvath::calculator {
 
 namespace {
 
-using algorithm::datatypes::Criterion;
 using algorithm::datatypes::Design;
 using algorithm::datatypes::EntrySequence;
 using algorithm::datatypes::RunInfoMeta;

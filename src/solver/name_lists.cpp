@@ -10,14 +10,12 @@
 namespace corvath::zel {
 namespace {
 
-using algorithm::datatypes::AlgorithmInfo;
 using algorithm::datatypes::IndexedName;
 using algorithm::datatypes::Parameter;
 using algorithm::datatypes::ParameterManager;
 using algorithm::datatypes::SurrogateInfo;
 using algorithm::datatypes::SurrogateInfoContainer;
 using algorithm::datatypes::VRDB;
-using algorithm::datatypes::ZELInformation;
 
 /// The inputs that the models of a project of type 18 list for themselves; null if they don't.
 const ParameterManager* FindModelInputs(const VRDB& project) {
@@ -71,6 +69,7 @@ const std::vector<std::wstring>& ZELSolver::GetOutputNames() {
   const auto& outputs = GetOutputs();
   return Once(output_names_, [&] {
     std::vector<std::wstring> names;
+    names.reserve(outputs.size());
     for (const Output& output : outputs) names.push_back(output.name);
     return names;
   });
