@@ -160,7 +160,7 @@ Eigen::MatrixXd SurrogateBase::ApproximateErrors(const ConstPoints& points) cons
       std::max(points_radii_mean_ * points_radii_mean_, static_cast<double>(r) / n / n);
   const KernelConstInflIsoExp density_kernel(
       Eigen::VectorXd::Constant(1, std::sqrt(bandwidth * kDensityRadiusSquared)));
-  const KernelBlock density(density_kernel, support);
+  KernelBlock density(density_kernel, support);
   const Eigen::VectorXd ones = Eigen::VectorXd::Ones(num_support);
   const KernelConstInflIsoExp error_kernel(
       Eigen::VectorXd::Constant(1, local ? weight_error_radius_ : 1.0));

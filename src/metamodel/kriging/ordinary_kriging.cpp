@@ -131,15 +131,17 @@ Eigen::VectorXd OrdinaryKriging::Approximate(const ConstPoints& points) const {
     throw utils::runtime_error(message.str());
   }
   const auto kernel = MakeKernel(settings_.GetKernelType(), settings_.GetKernelParameter());
-  const KernelBlock block_weights(*kernel, points_trans_reduced_);
+  KernelBlock block_weights(*kernel, points_trans_reduced_);
   Eigen::VectorXd values(points.rows());
   Eigen::MatrixXd block;
+  Eigen::MatrixXd reduced;
   for (Eigen::Index begin = 0; begin < points.rows(); begin += kBlockRows) {
     const Eigen::Index rows = std::min(kBlockRows, points.rows() - begin);
     block = points.middleRows(begin, rows);
     if (trans_coord_) trans_coord_->ForwardInPlace(block);
     auto result = values.segment(begin, rows);
-    block_weights.WeightedSums(ReduceColumns(block, selection), kernel_weights_, result);
+    ReduceColumns(block, selection, reduced);
+    block_weights.WeightedSums(reduced, kernel_weights_, result);
     result.array() += mean_;
     BackTransform(result);
   }
