@@ -63,7 +63,6 @@ class Criterion {
   Criterion(eType type, std::wstring lhs, std::wstring rhs);
 
   const CriterionDescription& GetDescription() const { return description_; }
-  void SetDescription(CriterionDescription description) { description_ = std::move(description); }
   eType GetType() const { return description_.type_; }
   const std::wstring& GetLhs() const { return description_.lhs_; }
   const std::wstring& GetRhs() const { return description_.rhs_; }
