@@ -40,6 +40,7 @@ class AppraisalData {
   double GetSingleCoP(Eigen::Index i) const;
 
   void SetCoP(double cop) { cop_ = cop; }
+  /// Plain and adjusted; NaN for what is not computed.
   void SetCoD(double cod, double adjusted) {
     cod_ = cod;
     codadj_ = adjusted;

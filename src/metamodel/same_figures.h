@@ -8,6 +8,7 @@
 /// are the same, so that a copy always equals its original.
 namespace corvath::math::metamodel {
 
+/// Equal, or both NaN.
 inline bool SameFigure(double a, double b) {
   return a == b || (std::isnan(a) && std::isnan(b));
 }

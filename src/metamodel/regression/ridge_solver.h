@@ -52,6 +52,7 @@ class RidgeSolver {
   /// O(N k^2 + k^3) time with k the smaller size of `design` (N x k).
   RidgeSolver(const Eigen::MatrixXd& design, const Eigen::VectorXd& values);
 
+  /// b for the penalty p, not negative: k values.
   Eigen::VectorXd GetCoefficients(double penalty) const;
   double GetConstant() const { return mean_; }
   /// Prediction of each value without its group: exact, from the block of the hat matrix that
