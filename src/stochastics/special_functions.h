@@ -4,8 +4,10 @@
 /// their domains they give NaN or infinity instead of raising an exception.
 namespace corvath::math {
 
+/// Complementary error function 1 - erf x, and the x at which it is p, for p in [0, 2].
 double Erfc(double x);
 double ErfcInverse(double p);
+/// Gamma function, and the logarithm of its magnitude.
 double Gamma(double x);
 double LogGamma(double x);
 /// ln G(1 + x) for x > -1, with all its digits next to 0.
