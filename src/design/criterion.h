@@ -71,6 +71,7 @@ class Criterion {
   const CDesignEntry& GetValue() const { return value_.value_; }
   const CDesignEntry& GetLhsValue() const { return value_.lhs_value_; }
   const CDesignEntry& GetRhsValue() const { return value_.rhs_value_; }
+  /// Whether the values stored with the criterion are not those of its texts.
   bool NeedsEvaluation() const { return value_.needeval_; }
 
   /// One expression of the criterion, "(rhs)-(lhs)" for example; an empty text counts as "0".
