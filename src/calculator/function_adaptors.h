@@ -5,6 +5,7 @@
 /// Entries of the function table made of functions of the value type. Internal.
 namespace corvath::calculator {
 
+/// Functions of one and of two arguments, which are evaluated from left to right.
 template <void (*Of)(math::Value&, const math::Value&)>
 void Unary(FunctionCall& call, math::Value& result) {
   math::Value storage;
