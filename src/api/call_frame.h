@@ -64,6 +64,7 @@ constexpr int Collapse(int status) {
   return status == ZEL_OK ? ZEL_OK : ZEL_FAILED;
 }
 
+/// The registry of the process, made at the first call; forks wait for it.
 ZELSolverProvider& GetSolverProvider();
 
 /// The solver of a path as an export receives it: a null path is "zel_tenbar.vrdb" in the current
