@@ -13,6 +13,7 @@ namespace corvath {
 /// archive by dynamic_cast; an archive without it has no annotations.
 class portable_binary_archive_annotate_control {
  public:
+  /// To be undone by EnableAnnotations(); see AnnotationPause.
   virtual void DisableAnnotations() = 0;
   virtual void EnableAnnotations() = 0;
 
@@ -49,6 +50,7 @@ std::uint16_t AnnotationChecksum(std::string_view name);
 /// The names that were met under each checksum, for the message about a mismatch.
 class AnnotationNames {
  public:
+  /// Each name once. `name` is a literal: it is told from others by its address first.
   void Note(std::uint16_t checksum, const char* name);
   /// ` (could be: "a", "b")`, or nothing if no name was met under `checksum`.
   std::string CouldBe(std::uint16_t checksum) const;

@@ -59,6 +59,8 @@ class PointerGuard {
     std::optional<std::size_t> object_;  ///< index of the object that this load created
   };
 
+  /// What the archive reads in front of an object. Outside the load of a pointer none is refused.
+  /// @throws boost::archive::archive_exception  an id or a name that the pointer cannot hold
   void OnClassId(int id);
   void OnClassName(const char* name);
   void OnObjectId(std::size_t id);

@@ -28,7 +28,6 @@ class portable_binary_iarchive_exception : public boost::archive::archive_except
 
   explicit portable_binary_iarchive_exception(portable_code what_is_wrong)
       : archive_exception(other_exception), portable_code_(what_is_wrong) {}
-  portable_code GetCode() const { return portable_code_; }
   const char* what() const noexcept override;
 
  private:

@@ -35,6 +35,7 @@ class Evaluator {
   std::vector<Value> EvaluateAll(const ParsedText& text, Index node,
                                  const std::function<void(const Value&)>& check = {});
 
+  /// @throws CExpressionPositionException  always: `message`, and the text marked at `node`
   [[noreturn]] static void Raise(const ParsedText& text, Index node, const std::wstring& message);
 
  private:

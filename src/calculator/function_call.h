@@ -22,6 +22,7 @@ class FunctionCall {
   std::wstring GetName() const { return std::wstring(text_.GetText(node_)); }
   std::size_t Count() const { return text_.NumChildren(node_); }
 
+  /// The value of argument i, below Count().
   math::Value Evaluate(std::size_t i);
   void Evaluate(std::size_t i, math::Value& result);
   /// All arguments; see Evaluator::EvaluateAll.
@@ -43,6 +44,7 @@ class FunctionCall {
   /// The truth value of an argument that must be BOOLEAN. Throws like Real().
   bool Boolean(std::size_t i);
 
+  /// Whether argument i is a quoted text.
   bool IsString(std::size_t i) const;
   /// The quoted text of an argument.
   std::wstring GetString(std::size_t i) const;

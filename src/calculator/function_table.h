@@ -42,6 +42,7 @@ struct Function {
   std::vector<int> counts;  ///< allowed numbers of arguments
   void (*run)(FunctionCall& call, math::Value& result);
 
+  /// Whether it can be called with `count` arguments.
   bool Takes(std::size_t count) const;
 };
 
@@ -50,10 +51,13 @@ class FunctionTable {
  public:
   using Functions = std::map<std::wstring, Function, std::less<>>;
 
+  /// The table, filled at the first call.
   static const FunctionTable& Get();
 
+  /// Null for a name that is no function.
   const Function* Find(std::wstring_view name) const;
   const Functions& GetFunctions() const { return functions_; }
+  /// Enters one function under each of `names`. `counts`: allowed numbers of arguments.
   void Add(FunctionGroup group, std::initializer_list<const wchar_t*> names,
            std::vector<int> counts, void (*run)(FunctionCall&, math::Value&));
 

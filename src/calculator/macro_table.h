@@ -37,11 +37,13 @@ class MacroTable {
     bool may_define = false;         ///< or nobody can tell, as a macro is not known yet
     std::set<std::wstring> objects;  ///< those that the bodies name, without parameters
   };
+  /// Follows calls to any depth; of macros known now.
   Reach FindReach(const ParsedText& text);
 
   /// The text that a call has become, null at its first evaluation.
   const ParsedText* FindExpansion(const ParsedText& text, Index call) const;
   void ForgetExpansions() { expansions_.clear(); }
+  /// Remembers it for the next evaluation; both texts must stay where they are.
   void KeepExpansion(const ParsedText& text, Index call, const ParsedText& expansion);
 
  private:

@@ -41,6 +41,7 @@ enum ObjectState {
 /// is not known denotes the constant of its upper case form, so that pi, Pi and PI are @PI.
 class ObjectTable {
  public:
+  /// Holds the constants.
   ObjectTable();
   ObjectTable(const ObjectTable&) = delete;
   ObjectTable& operator=(const ObjectTable&) = delete;

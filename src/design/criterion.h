@@ -63,7 +63,6 @@ class Criterion {
   Criterion(eType type, std::wstring lhs, std::wstring rhs);
 
   const CriterionDescription& GetDescription() const { return description_; }
-  void SetDescription(CriterionDescription description) { description_ = std::move(description); }
   eType GetType() const { return description_.type_; }
   const std::wstring& GetLhs() const { return description_.lhs_; }
   const std::wstring& GetRhs() const { return description_.rhs_; }
@@ -72,6 +71,7 @@ class Criterion {
   const CDesignEntry& GetValue() const { return value_.value_; }
   const CDesignEntry& GetLhsValue() const { return value_.lhs_value_; }
   const CDesignEntry& GetRhsValue() const { return value_.rhs_value_; }
+  /// Whether the values stored with the criterion are not those of its texts.
   bool NeedsEvaluation() const { return value_.needeval_; }
 
   /// One expression of the criterion, "(rhs)-(lhs)" for example; an empty text counts as "0".

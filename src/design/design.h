@@ -31,6 +31,7 @@ class Design {
   static constexpr std::int32_t kDefaultWorkflowId = 22;
 
   Design() = default;
+  /// Not started, with default states and without responses or criteria.
   Design(EntrySequence parameters, DesignId id);
   /// A copy of `pattern` with other parameters, which must be as many, if it has any.
   /// @throws utils::logic_error  another number

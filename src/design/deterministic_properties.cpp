@@ -84,12 +84,6 @@ void DeterministicProperties::SetBounds(const CDesignEntry& lower, const CDesign
   upper_bound_ = upper;
 }
 
-void DeterministicProperties::SetRelativeBounds(const CDesignEntry& lower,
-                                                const CDesignEntry& upper) {
-  lower_bound_relative_ = lower;
-  upper_bound_relative_ = upper;
-}
-
 void DeterministicProperties::ConvertBounds() {
   for (CDesignEntry* bound : {&lower_bound_, &upper_bound_})
     if (bound->GetType() != Type::UNINITIALIZED) *bound = ConvertEntry(*bound, domain_flag_);

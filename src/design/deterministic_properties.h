@@ -61,7 +61,6 @@ class DeterministicProperties {
                    bool allow_equal = false) const;
   /// Checks, then stores.
   void SetBounds(const CDesignEntry& lower, const CDesignEntry& upper, bool allow_equal = false);
-  void SetRelativeBounds(const CDesignEntry& lower, const CDesignEntry& upper);
 
   /// Changes the kind and brings bounds, states and data type in line with it: a continuous domain
   /// exists for REAL alone, and bounds of a discrete one span all states.

@@ -20,6 +20,7 @@ void SortStates(std::vector<CDesignEntry>& states);
 /// The states of a domain by value, sorted for many searches.
 class StatesByValue {
  public:
+  /// In any order; sorted here, O(n log n).
   explicit StatesByValue(std::vector<CDesignEntry> states = {});
 
   /// The state nearest to `value`; exactly between two it is the upper one. The first state's type
@@ -41,6 +42,7 @@ CDesignEntry NearestDiscreteState(const CDesignEntry& value,
 /// The states of a domain by index, in the order given.
 class StatesByIndex {
  public:
+  /// Kept in this order.
   explicit StatesByIndex(std::vector<CDesignEntry> states = {});
 
   /// Position of the first state equal to `value`. Takes O(log n) comparisons if the states are

@@ -13,6 +13,7 @@ struct SDesign {
   enum eActivationStatus : std::int32_t { ACTIVE = 0 };
 
   SDesign() = default;
+  /// Everything of `design` but the messages of its run.
   explicit SDesign(const Design& design);
   /// The working form; it has no messages.
   Design ToDesign() const;

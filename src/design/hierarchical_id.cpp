@@ -36,13 +36,6 @@ std::vector<T> Levels(const CHierachicalId<T>& id) {
 }  // namespace
 
 template <class T>
-std::size_t CHierachicalId<T>::GetDepth() const {
-  std::size_t depth = 1;
-  for (const CHierachicalId* node = next_.get(); node; node = node->next_.get()) ++depth;
-  return depth;
-}
-
-template <class T>
 const CHierachicalId<T>& CHierachicalId<T>::Leaf() const {
   const CHierachicalId* node = this;
   while (node->next_) node = node->next_.get();

@@ -48,8 +48,6 @@ class CHierachicalId {
   T GetValue() const { return value_; }
   /// The identifier without its top level; null at the deepest level.
   const CHierachicalId* GetNext() const { return next_.get(); }
-  /// Number of levels, at least 1.
-  std::size_t GetDepth() const;
   /// The deepest level as an identifier of one level.
   const CHierachicalId& Leaf() const;
 

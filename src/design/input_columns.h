@@ -38,6 +38,7 @@ class InputColumns {
                          InputSide side);
 
   std::size_t GetSize() const { return columns_.size(); }
+  /// The names of the columns, in their order.
   std::vector<std::wstring> GetNames() const;
 
   /// One row per design, one column per input. Takes O(designs x (inputs + parameters of a

@@ -65,6 +65,7 @@ class CNVPSequence {
   }
   T& Get(const Key& name) { return const_cast<T&>(std::as_const(*this).Get(name)); }
 
+  /// Behind the last element, also where the name is there already: Find() stays with the first.
   void Append(Key name, T value) { seq_.emplace_back(std::move(name), std::move(value)); }
   /// Gives the first element of that name the value; a new name is appended.
   void Set(const Key& name, T value) {

@@ -22,6 +22,7 @@ class RunInfoMeta {
 
   RunInfoMeta() = default;
   explicit RunInfoMeta(eRunInfo run_info) : run_info_(run_info) {}
+  /// Whoever reports, the response concerned or "", and the lines of the message.
   RunInfoMeta(eRunInfo run_info, std::wstring actor_name, std::wstring response_name,
               std::list<std::wstring> message);
 

@@ -27,6 +27,7 @@ std::wstring GetLevelName(std::uint32_t level);
 
 namespace templates {
 
+/// Takes the lines of a log. Levels are the constants above. Derived classes lock for themselves.
 template <class Char>
 class LogBase {
  public:

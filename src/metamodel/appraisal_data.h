@@ -26,9 +26,8 @@ class AppraisalData {
   double GetCoP() const;
   bool HasCoP() const { return cop_ == cop_; }
 
-  /// Coefficient of determination and its adjusted form, NaN when not computed.
+  /// Coefficient of determination, NaN when not computed.
   double GetCoD() const { return cod_; }
-  double GetCoDAdjusted() const { return codadj_; }
 
   /// Whether input `i` has a first order index: false beyond the vector and for NaN.
   bool HasFirstOrderIndex(Eigen::Index i) const;
@@ -41,6 +40,7 @@ class AppraisalData {
   double GetSingleCoP(Eigen::Index i) const;
 
   void SetCoP(double cop) { cop_ = cop; }
+  /// Plain and adjusted; NaN for what is not computed.
   void SetCoD(double cod, double adjusted) {
     cod_ = cod;
     codadj_ = adjusted;

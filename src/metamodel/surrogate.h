@@ -50,6 +50,7 @@ class SurrogateBase {
   virtual bool BuildOptimal(const IndexVector& subsets) = 0;
   bool BuildOptimal() { return BuildOptimal(IndexVector()); }
 
+  /// The family's name; the long form adds the order where the family has one.
   virtual std::wstring GetName(bool short_form) const = 0;
   /// One line on the model; here the names of its transforms.
   virtual std::wstring GetDescription() const;

@@ -44,6 +44,7 @@ class DualActiveSet {
   /// Steps of the walk: each adds a constraint to the active set or drops one.
   std::int32_t NumChanges() const { return num_changes_; }
 
+  /// Number of active constraints, and the index of the k-th of them.
   std::int32_t NumActive() const { return num_active_; }
   std::int32_t Active(std::int32_t k) const { return active_[k]; }
   /// Multiplier of the k-th active constraint for its normal as the caller gave it.

@@ -19,6 +19,8 @@ class MeritFunction {
  public:
   using Vector = Eigen::Ref<const Eigen::VectorXd>;
 
+  /// @param lower, upper  N bounds of x
+  /// @param v, r          estimates of the multipliers and penalties; all are referred to
   MeritFunction(Eigen::Index num_equalities, const Vector& lower, const Vector& upper,
                 const Vector& v, const Vector& r)
       : num_equalities_(num_equalities), lower_(lower), upper_(upper), v_(v), r_(r) {}

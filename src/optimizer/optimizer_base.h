@@ -54,6 +54,9 @@ class OptimizerBase<double> {
     std::uint64_t num_succeeded;
   };
 
+  /// Checks the settings, forgets any earlier run and starts a new one; in any state.
+  /// @throws utils::runtime_error  the settings are refused
+  /// @throws std::bad_cast         they are those of another algorithm
   virtual void Initialize(const OptimizerSettingsBase<double>& settings) = 0;
 
  protected:
@@ -63,6 +66,7 @@ class OptimizerBase<double> {
   virtual bool IsDone() const = 0;  ///< whether the run is over
 
  public:
+  /// Whether the run ended at a point that meets the conditions of optimality.
   virtual bool IsConverged() const = 0;
 
  protected:
@@ -70,10 +74,14 @@ class OptimizerBase<double> {
   virtual void OnSetInputs(const Matrix& designs) { inputs_ = designs; }
 
  public:
+  /// The best design of the run so far and its responses: one row each, columns as in the settings;
+  /// no rows before the algorithm has accepted a first design.
   virtual Matrix GetBestInputs() const = 0;
   virtual Matrix GetBestObjectives() const = 0;
   virtual Matrix GetBestEqualities() const = 0;
   virtual Matrix GetBestInequalities() const = 0;
+  /// Numbers of the best designs among all appraised ones.
+  /// @throws utils::runtime_error  the algorithm cannot tell
   virtual std::vector<std::uint64_t> GetBestIndex() const = 0;
 
   /// Ends the loop; Finalize must follow.
@@ -84,15 +92,22 @@ class OptimizerBase<double> {
 
   /// The designs that await responses; may be repeated before Appraise.
   const Matrix& GetNextDesigns();
+  /// The designs as computed: the expected number of rows, one column per input. After
+  /// GetNextDesigns() alone, as all that hand results back.
   void SetInputs(const Matrix& designs);
   /// One bit per design: its evaluation succeeded. A design that failed may hold any responses.
   void SetCriteriaSuccessInfo(const BitVector& bits);
+  /// Responses of the expected designs: one row per design, one column per response.
   void SetObjectives(const Matrix& values);
   void SetEqualities(const Matrix& values);
   void SetInequalities(const Matrix& values);
+  /// Takes the round's results; the run may end here. Repeating it changes nothing.
+  /// @throws utils::runtime_error  results are missing, or one of a succeeded design is not finite
   void Appraise();
+  /// Prepares the next designs. After Appraise(); does nothing once the run is over.
   void Adapt();
   bool IsTerminated() const { return state_ == State::kTerminated || state_ == State::kFinalized; }
+  /// Closes a run that is over; repeating it changes nothing.
   void Finalize();
 
   State GetState() const { return state_; }

@@ -30,6 +30,7 @@ class OptimizerSettingsBase<double> {
   /// @throws utils::runtime_error  the first thing that an optimiser could not work with
   virtual void Check(utils::LogBase* logger) const;
 
+  /// The most iterations of a run.
   virtual std::uint64_t GetMaxNumFunctionCalls() const = 0;
 
   /// Resets parameter types and discrete states as well; other vectors keep their size.
@@ -38,6 +39,7 @@ class OptimizerSettingsBase<double> {
   virtual void SetNumberEqualities(std::uint64_t number) { nequalities_ = number; }
   virtual void SetNumberInequalities(std::uint64_t number) { ninequalities_ = number; }
 
+  /// No bounds: the lowest double for each input, and below the largest one. In the inputs' units.
   virtual void ResetLowerBounds();
   virtual void SetLowerBounds(const Vector& bounds) { lowerbounds_ = bounds; }
   virtual void ResetUpperBounds();
@@ -53,6 +55,7 @@ class OptimizerSettingsBase<double> {
   /// @throws std::logic_error  `index` is not that of an input
   virtual void SetDiscreteState(std::uint64_t index, const Vector& states);
 
+  /// One design in the middle of the bounds.
   virtual void ResetStartDesigns();
   /// One row per design, one column per input.
   virtual void SetStartDesigns(const Matrix& designs) { start_designs_ = designs; }

@@ -35,6 +35,7 @@ struct SqpCounts {
 template <class T>
 class ArrayParts {
  public:
+  /// The array stays the caller's.
   ArrayParts(T* array, std::int64_t length) : array_(array), length_(length) {}
 
   /// The next `count` entries; null where the array is too short for them.
@@ -42,6 +43,7 @@ class ArrayParts {
     taken_ += count;
     return taken_ <= length_ ? array_ + (taken_ - count) : nullptr;
   }
+  /// The same as a vector over these entries.
   Eigen::Map<Eigen::VectorXd> TakeVector(Eigen::Index size) { return {Take(size), size}; }
 
   std::int64_t Taken() const { return taken_; }
@@ -60,6 +62,7 @@ struct SqpMemory {
   /// `a` has passed CheckNumbers. Only the sizes may be used before CheckLengths has passed, too.
   explicit SqpMemory(const SqpArguments& a);
 
+  /// Read and write what a run keeps in WA and KWA between two calls.
   void Load(SqpNumbers& to_numbers, SqpCounts& to_counts) const;
   void Store(const SqpNumbers& from_numbers, const SqpCounts& from_counts) const;
 

@@ -15,6 +15,7 @@ class SqpRun {
   /// `memory` is that of the arguments, which have passed their checks; both are referred to.
   SqpRun(const SqpArguments& arguments, SqpMemory& memory);
 
+  /// Goes on where IFAIL says, up to the next request for values or the end, and stores the state.
   void Continue();
 
   /// For the final tables.

@@ -86,9 +86,11 @@ class VRDB {
   std::uint32_t GetClassVersion() const { return class_version_; }
 
   const MetaData& GetAllMetaData() const { return meta_data_; }
+  /// Texts in UTF-8 by key.
   bool HasMetaData(const std::wstring& key) const;
   /// @throws corvath::utils::runtime_error `No such meta data: <key>`
   const std::string& GetMetaData(const std::wstring& key) const;
+  /// Replaces the text of a key that exists.
   void SetMetaData(const std::wstring& key, std::string value);
 
   /// The range of each input over the designs, see ExtractInputBounds. Worked out at every call.

@@ -13,6 +13,7 @@ boost::shared_ptr<RV> MakePrototype();
 /// Makes random variables by type id: one prototype per type, built once.
 class RVFactory {
  public:
+  /// The factory of the process, with all distributions registered.
   static RVFactory& GetInstance();
 
   /// A new variable of the type with its default parameters and the name "RV".

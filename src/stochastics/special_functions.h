@@ -4,8 +4,10 @@
 /// their domains they give NaN or infinity instead of raising an exception.
 namespace corvath::math {
 
+/// Complementary error function 1 - erf x, and the x at which it is p, for p in [0, 2].
 double Erfc(double x);
 double ErfcInverse(double p);
+/// Logarithm of the magnitude of the gamma function.
 double LogGamma(double x);
 /// ln G(1 + x) for x > -1, with all its digits next to 0.
 double LogGamma1p(double x);

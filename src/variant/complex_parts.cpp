@@ -70,19 +70,6 @@ void norm(Value& result, const Value& x) {
   Apply(result, x, "norm", [](const Complex& z) { return Complex(std::norm(z)); });
 }
 
-void magnitude_square(Value& result, const Value& x) {
-  RefuseBoolean(x.IsBoolean(), "magnitude-squared");
-  if (x.IsMatrix() || x.HasTimeline())
-    throw CTypeException("Magnitude-squared-function is not defined for types with matrices.");
-  if (x.IsUninitialized()) throw CTypeException(entrywise::kInvalidKind);
-  double sum = 0.0;
-  if (x.IsScalar())
-    sum = std::norm(x.GetScalar());
-  else
-    for (const Complex& z : x.GetVector().data()) sum += std::norm(z);
-  result = Value(sum);
-}
-
 void sgn(Value& result, const Value& x) {
   if (!x.IsScalar())
     throw CTypeException(

@@ -14,8 +14,6 @@ void abs(Value& result, const Value& x);
 void arg(Value& result, const Value& x);   ///< in (-pi, pi]
 void norm(Value& result, const Value& x);  ///< re^2 + im^2
 
-/// Of a SCALAR x conj(x), of a VECTOR the sum of it, as a real SCALAR.
-void magnitude_square(Value& result, const Value& x);
 /// x / |x| of a SCALAR; 1, -1 or 0 of a real one.
 void sgn(Value& result, const Value& x);
 

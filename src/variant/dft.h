@@ -36,6 +36,7 @@ Status Backward(Descriptor* handle, std::complex<double>* data) noexcept;
 /// Sets `handle` to null.
 Status Free(Descriptor*& handle) noexcept;
 
+/// The status in words, "Not enough memory." for example.
 const char* StatusText(Status status) noexcept;
 
 }  // namespace corvath::math::dft

@@ -19,7 +19,6 @@ class Plan {
   /// @param length  above 0
   explicit Plan(std::size_t length);
 
-  std::size_t GetLength() const { return length_; }
   /// In place; uses buffers of the plan.
   void Forward(Complex* data);
   void Backward(Complex* data);

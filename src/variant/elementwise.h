@@ -23,6 +23,7 @@ void asinh(Value& result, const Value& x);
 void acosh(Value& result, const Value& x);
 void atanh(Value& result, const Value& x);
 
+/// x pi / 180 and x 180 / pi.
 void deg2rad(Value& result, const Value& x);
 void rad2deg(Value& result, const Value& x);
 void log(Value& result, const Value& x);  ///< to base 10

@@ -65,6 +65,7 @@ Value::Matrix Zip(const Value::Matrix& x, const Value::Matrix& y, F f) {
   return result;
 }
 
+/// Whether rows and columns agree.
 inline bool SameSize(const Value::Matrix& x, const Value::Matrix& y) {
   return x.size1() == y.size1() && x.size2() == y.size2();
 }

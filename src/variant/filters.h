@@ -21,6 +21,7 @@
 /// @throws CFilterException     order, ripple, start condition, factor, ratio, number of points
 namespace corvath::math::functions {
 
+/// Maximally flat in the pass band; one pass has the gain 1/sqrt(2) at `cf`.
 void butterworthFilter(Value& result, const Value& signal, const Value& cf, int order, int type,
                        int interpolation, double d0, double d1, int start1, int start2,
                        bool backward);

@@ -16,6 +16,7 @@ class AlignedPair {
   AlignedPair(const AlignedPair&) = delete;
   AlignedPair& operator=(const AlignedPair&) = delete;
 
+  /// The operands on the common timeline.
   const Value& Left() const { return *left_; }
   const Value& Right() const { return *right_; }
   /// `data` on the common timeline: XYDATA if either operand is, else SIGNAL.

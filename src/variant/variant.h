@@ -121,6 +121,8 @@ class Variant {
   std::size_t Size2() const;  ///< 1, columns or samples; throws for UNINITIALIZED
   std::size_t Size() const;   ///< number of entries of the data, Size1() x Size2()
 
+  /// What the kind holds, without a copy where it is a reference.
+  /// @throws CTypeException another kind
   bool GetBoolean() const;
   const Complex& GetScalar() const;
   const Vector& GetVector() const;  ///< of a signal: its timeline

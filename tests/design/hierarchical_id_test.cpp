@@ -52,7 +52,7 @@ TEST(HierarchicalId, CopiesDeeplyAndMovesItsTail) {
   const Id source = MakeId({7, 0});
   Id copy = source;
   copy.Append(3);
-  EXPECT_EQ(source.GetDepth(), 2u);
+  EXPECT_EQ(source, MakeId({7, 0}));
   EXPECT_EQ(source.Appended(3), copy);
   EXPECT_EQ(Text(copy), L"7.0.3");
   EXPECT_EQ(copy.Leaf(), Id(3));

@@ -128,7 +128,7 @@ TEST(KernelBlock, AgreesWithEachKernelPointByPoint) {
   const KernelNodalInflExp nodal(Eigen::VectorXd::Constant(1, 5.0));
   for (const KernelBase* kernel :
        std::initializer_list<const KernelBase*>{&anisotropic, &isotropic, &regularised, &nodal}) {
-    const KernelBlock block(*kernel, points);
+    KernelBlock block(*kernel, points);
     Eigen::VectorXd sums(6);
     block.WeightedSums(x, values, sums);
     Eigen::MatrixXd weights(37, 6);

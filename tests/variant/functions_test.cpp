@@ -173,17 +173,13 @@ TEST(Elementwise, RoundingSendsHalvesAwayFromZero) {
   EXPECT_EQ(Out(fn::floor, Scalar(1.2, -1.2)), Text(Scalar(1, -2)));
 }
 
-TEST(Elementwise, SignAndMagnitude) {
+TEST(Elementwise, Sign) {
   EXPECT_EQ(Out(fn::sgn, Scalar(-3)), Text(Scalar(-1)));
   EXPECT_EQ(Out(fn::sgn, Scalar(0)), Text(Scalar(0)));
   EXPECT_EQ(Out(fn::sgn, Scalar(3, 4)), Text(Scalar(0.6, 0.8)));
   EXPECT_EQ(Out(fn::sgn, Vec({1})),
             "CType: Invalid type. Only type SCALAR allowed for signum-function. Matrix signum is "
             "not supported.");
-  EXPECT_EQ(Out(fn::magnitude_square, Scalar(3, 4)), Text(Scalar(25)));
-  EXPECT_EQ(Out(fn::magnitude_square, Vec({{3, 4}, 1})), Text(Scalar(26)));
-  EXPECT_EQ(Out(fn::magnitude_square, Mat({{1}})),
-            "CType: Magnitude-squared-function is not defined for types with matrices.");
 }
 
 TEST(BinaryFunctions, PowersOfNumbers) {

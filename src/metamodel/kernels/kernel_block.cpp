@@ -36,20 +36,20 @@ KernelBlock::KernelBlock(const KernelBase& kernel, const Eigen::MatrixXd& points
     if (factors_.size() != points.cols())
       throw std::domain_error("Kernel: Invalid size of parameter vector");
   }
+  if (factors_.size() == 0) weights_.resize(points.rows());
 }
 
 void KernelBlock::WeightedSums(const ConstPoints& x, const Eigen::VectorXd& values,
-                               Eigen::Ref<Eigen::VectorXd> sums) const {
+                               Eigen::Ref<Eigen::VectorXd> sums) {
   if (factors_.size() != 0) {
     const simd::ExpKernel job =
         MakeJob(points_, points_.rows(), x, factors_, kernel_.IsIsotropic());
     simd::GetKernelRoutines().weighted_sums(job, values.data(), sums.data());
     return;
   }
-  Eigen::VectorXd weights(points_.rows());
   for (Eigen::Index i = 0; i < x.rows(); ++i) {
-    kernel_.Weights(weights, x.row(i).transpose(), points_);
-    sums(i) = weights.dot(values);
+    kernel_.Weights(weights_, x.row(i).transpose(), points_);
+    sums(i) = weights_.dot(values);
   }
 }
 

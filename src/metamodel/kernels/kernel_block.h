@@ -17,9 +17,9 @@ class KernelBlock {
   KernelBlock(const KernelBase& kernel, const Eigen::MatrixXd& points);
 
   /// sums(i) = the weights of the support points at row i of `x` (n x r) times `values` (N). A NaN
-  /// in a row makes its sum NaN.
+  /// in a row makes its sum NaN. Allocates nothing; not for two threads at once.
   void WeightedSums(const ConstPoints& x, const Eigen::VectorXd& values,
-                    Eigen::Ref<Eigen::VectorXd> sums) const;
+                    Eigen::Ref<Eigen::VectorXd> sums);
 
   /// Column i of `weights` (k x n): the weights of the first k support points at row i of `x`
   /// (n x r).
@@ -29,6 +29,7 @@ class KernelBlock {
   const KernelBase& kernel_;
   const Eigen::MatrixXd& points_;
   Eigen::VectorXd factors_;  ///< of the squared differences; empty where the routines do not serve
+  Eigen::VectorXd weights_;  ///< N, of the row at hand; empty where the routines serve
 };
 
 }  // namespace corvath::math::metamodel

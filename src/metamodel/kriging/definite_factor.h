@@ -16,6 +16,7 @@ class DefiniteFactor {
   /// @returns false when A is not positive definite to working accuracy; nothing else may be called
   bool Compute(const Eigen::MatrixXd& matrix);
 
+  /// ln det A.
   double LogDeterminant() const;
   /// A^-1 b for each column of `b`.
   Eigen::MatrixXd Solve(const Eigen::Ref<const Eigen::MatrixXd>& b) const;

@@ -123,7 +123,7 @@ Eigen::VectorXd OrdinaryKriging::Approximate(const ConstPoints& points) const {
     throw utils::runtime_error(message.str());
   }
   const auto kernel = MakeKernel(settings_.GetKernelType(), settings_.GetKernelParameter());
-  const KernelBlock block_weights(*kernel, points_trans_reduced_);
+  KernelBlock block_weights(*kernel, points_trans_reduced_);
   Eigen::VectorXd values(points.rows());
   Eigen::MatrixXd block;
   Eigen::MatrixXd reduced;

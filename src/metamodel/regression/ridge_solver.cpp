@@ -121,10 +121,6 @@ Eigen::VectorXd RidgeSolver::GetCoefficients(double penalty) const {
   return right_ * (projected_.array() * Shrinkage(penalty) / squared_.sqrt()).matrix();
 }
 
-double RidgeSolver::GetDegreesOfFreedom(double penalty) const {
-  return 1.0 + Shrinkage(penalty).sum();
-}
-
 Eigen::VectorXd RidgeSolver::CrossValidate(double penalty, const IndexVector& groups) const {
   const Eigen::ArrayXd shrinkage = Shrinkage(penalty);
   const Eigen::MatrixXd half = left_ * shrinkage.sqrt().matrix().asDiagonal();

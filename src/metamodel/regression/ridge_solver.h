@@ -52,10 +52,9 @@ class RidgeSolver {
   /// O(N k^2 + k^3) time with k the smaller size of `design` (N x k).
   RidgeSolver(const Eigen::MatrixXd& design, const Eigen::VectorXd& values);
 
+  /// b for the penalty p, not negative: k values.
   Eigen::VectorXd GetCoefficients(double penalty) const;
   double GetConstant() const { return mean_; }
-  /// Trace of the hat matrix, the constant included.
-  double GetDegreesOfFreedom(double penalty) const;
   /// Prediction of each value without its group: exact, from the block of the hat matrix that
   /// belongs to it, (I - H_gg)^-1 (y - f)_g. NaN where the others do not determine it.
   Eigen::VectorXd CrossValidate(double penalty, const IndexVector& groups) const;

@@ -12,6 +12,8 @@ namespace corvath::math::transform {
 /// pp. 211-252. k = 1 stays affine; k = 0 stands for the logarithm.
 class TransBoxCox : public Transform {
  public:
+  /// @param lambda_inv              k
+  /// @param min_scaled, max_scaled  range of u, both positive
   explicit TransBoxCox(std::int64_t lambda_inv = 1, double min_scaled = 0.1,
                        double max_scaled = 10.1)
       : lambda_(lambda_inv == 0 ? 0.0 : 1.0 / static_cast<double>(lambda_inv)),

@@ -10,6 +10,7 @@ namespace corvath::math::transform {
 /// NaN.
 class TransLimits : public Transform {
  public:
+  /// Limits in the user's units; none by default.
   explicit TransLimits(double lower_limit = -std::numeric_limits<double>::infinity(),
                        double upper_limit = std::numeric_limits<double>::infinity())
       : lower_limit_(lower_limit), upper_limit_(upper_limit) {}

@@ -36,11 +36,13 @@ class Transform {
   virtual std::wstring GetName() const = 0;
   virtual TransformType GetType() const = 0;
 
+  /// Same class, parameters and state; here the state alone, which derived classes extend.
   virtual bool Equals(const Transform& other) const { return need_build_ == other.need_build_; }
 
   /// A copy, owned by the caller.
   virtual Transform* Clone() const = 0;
 
+  /// ForwardInPlace() and BackwardInPlace() of a copy: same shape, same errors.
   Eigen::MatrixXd Forward(Eigen::MatrixXd data) const {
     ForwardInPlace(data);
     return data;

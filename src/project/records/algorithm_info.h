@@ -45,6 +45,7 @@ class AlgorithmInfo {
     kZEL3 = 28
   };
 
+  /// With the empty detailed information of its type, where the type has one.
   explicit AlgorithmInfo(std::int32_t type = kDefault);
   /// A copy owns its models.
   AlgorithmInfo(const AlgorithmInfo& other);
