@@ -26,8 +26,9 @@ class AppraisalData {
   double GetCoP() const;
   bool HasCoP() const { return cop_ == cop_; }
 
-  /// Coefficient of determination, NaN when not computed.
+  /// Coefficient of determination and its adjusted form, NaN when not computed.
   double GetCoD() const { return cod_; }
+  double GetCoDAdjusted() const { return codadj_; }
 
   /// Whether input `i` has a first order index: false beyond the vector and for NaN.
   bool HasFirstOrderIndex(Eigen::Index i) const;

@@ -54,6 +54,7 @@ class SurrogateInfo {
   void SetAppraisalData(math::metamodel::AppraisalData data) { appraisal_data_ = std::move(data); }
 
   /// Number of inputs of the model, and which of them belong to its subspace.
+  std::uint64_t GetNumVars() const { return num_vars_; }
   const std::vector<bool>& GetSubspace() const { return subspace_; }
   /// Input name to its column in the model and its bit in the subspace.
   const ParameterLookupMap& GetParameterNameLookupMap() const { return parameter_name_lookup_map_; }
