@@ -1,6 +1,6 @@
-#include "variant/filter_cascade.h"
-#include "variant/filter_design.h"
-#include "variant/filters.h"
+#include "variant/signals/filter_cascade.h"
+#include "variant/signals/filter_design.h"
+#include "variant/signals/filters.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,4 +1,4 @@
-#include "variant/dft.h"
+#include "variant/signals/dft.h"
 
 #include <benchmark/benchmark.h>
 #include <unsupported/Eigen/FFT>

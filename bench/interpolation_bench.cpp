@@ -1,4 +1,4 @@
-#include "variant/interpolation.h"
+#include "variant/functions/interpolation.h"
 
 #include <benchmark/benchmark.h>
 

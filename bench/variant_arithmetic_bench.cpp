@@ -1,6 +1,6 @@
-#include "variant/arithmetic.h"
-#include "variant/complex_division.h"
-#include "variant/elementwise.h"
+#include "variant/operators/arithmetic.h"
+#include "variant/operators/elementwise.h"
+#include "variant/value/complex_division.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,7 +1,7 @@
 #include "wide_project.h"
 
-#include "design/design_manager.h"
-#include "design/parameter_manager.h"
+#include "design/designs/design_manager.h"
+#include "design/parameters/parameter_manager.h"
 #include "metamodel/regression/linear_regression.h"
 #include "metamodel/regression/linear_regression_settings.h"
 #include "project/models/surrogate_info.h"

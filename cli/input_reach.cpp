@@ -1,7 +1,7 @@
 #include "input_reach.h"
 
-#include "design/parameter_manager.h"
-#include "design/random_conversion.h"
+#include "design/parameters/parameter_manager.h"
+#include "design/parameters/random_conversion.h"
 #include "foundation/text.h"
 #include "project/records/detailed_information.h"
 #include "stochastics/random_variable.h"

@@ -2,8 +2,8 @@
 
 #include "commands.h"
 #include "csv_cell.h"
-#include "design/parameter_manager.h"
-#include "design/random_conversion.h"
+#include "design/parameters/parameter_manager.h"
+#include "design/parameters/random_conversion.h"
 #include "foundation/text.h"
 #include "project.h"
 #include "project/records/detailed_information.h"

@@ -3,9 +3,9 @@
 #include "archive/archive_flags.h"
 #include "archive/instantiate.h"
 #include "archive/portable_iarchive.h"
-#include "design/design.h"
-#include "design/design_manager.h"
-#include "design/parameter_manager.h"
+#include "design/designs/design.h"
+#include "design/designs/design_manager.h"
+#include "design/parameters/parameter_manager.h"
 #include "seeds.h"
 
 #include <cstddef>

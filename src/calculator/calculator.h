@@ -3,7 +3,7 @@
 #include "calculator/calculator_exception.h"
 #include "calculator/macro.h"
 #include "calculator/object_table.h"
-#include "variant/variant.h"
+#include "variant/value/variant.h"
 
 #include <memory>
 #include <optional>

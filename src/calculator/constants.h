@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/constants.h"
-#include "variant/variant.h"
+#include "variant/value/variant.h"
 
 #include <initializer_list>
 

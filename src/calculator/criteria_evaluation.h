@@ -3,7 +3,7 @@
 #include "calculator/calculator.h"
 #include "calculator/scalar_program.h"
 #include "calculator/workspace.h"
-#include "design/design.h"
+#include "design/designs/design.h"
 
 #include <optional>
 #include <string>

@@ -6,10 +6,10 @@
 #include "calculator/parser.h"
 #include "foundation/math_exception.h"
 #include "foundation/text.h"
-#include "variant/arithmetic.h"
-#include "variant/binary_functions.h"
-#include "variant/limits.h"
-#include "variant/ordering.h"
+#include "variant/functions/ordering.h"
+#include "variant/operators/arithmetic.h"
+#include "variant/operators/binary_functions.h"
+#include "variant/value/limits.h"
 
 #include <boost/lexical_cast/bad_lexical_cast.hpp>
 

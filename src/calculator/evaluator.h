@@ -2,7 +2,7 @@
 
 #include "calculator/parsed_text.h"
 #include "calculator/workspace.h"
-#include "variant/variant.h"
+#include "variant/value/variant.h"
 
 #include <functional>
 #include <string>

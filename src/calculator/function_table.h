@@ -1,7 +1,7 @@
 #pragma once
 
 #include "calculator/function_help.h"
-#include "variant/variant.h"
+#include "variant/value/variant.h"
 
 #include <functional>
 #include <initializer_list>

@@ -1,6 +1,6 @@
 #include "calculator/number_table.h"
 
-#include "variant/limits.h"
+#include "variant/value/limits.h"
 
 #include <algorithm>
 #include <array>

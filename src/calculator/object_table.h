@@ -1,6 +1,6 @@
 #pragma once
 
-#include "variant/variant.h"
+#include "variant/value/variant.h"
 
 #include <cstddef>
 #include <string>

@@ -1,11 +1,11 @@
 #include "calculator/scalar_program.h"
 
 #include "calculator/functions/function_adaptors.h"
-#include "variant/arithmetic.h"
-#include "variant/binary_functions.h"
-#include "variant/complex_division.h"
-#include "variant/complex_parts.h"
-#include "variant/elementwise.h"
+#include "variant/operators/arithmetic.h"
+#include "variant/operators/binary_functions.h"
+#include "variant/operators/elementwise.h"
+#include "variant/value/complex_division.h"
+#include "variant/value/complex_parts.h"
 
 #include <cmath>
 #include <exception>

@@ -3,7 +3,7 @@
 #include "calculator/macro_table.h"
 #include "calculator/object_table.h"
 #include "calculator/parsed_text.h"
-#include "variant/limits.h"
+#include "variant/value/limits.h"
 
 #include <boost/random/mersenne_twister.hpp>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "archive/serialization.h"
-#include "design/design_entry.h"
+#include "design/designs/design_entry.h"
 
 #include <cstddef>
 #include <cstdint>

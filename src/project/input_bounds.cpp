@@ -1,8 +1,8 @@
 #include "project/input_bounds.h"
 
-#include "design/design_manager.h"
-#include "design/input_columns.h"
-#include "design/parameter_manager.h"
+#include "design/designs/design_manager.h"
+#include "design/designs/input_columns.h"
+#include "design/parameters/parameter_manager.h"
 #include "foundation/exception.h"
 #include "project/records/detailed_information.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "design/design_entry.h"
+#include "design/designs/design_entry.h"
 
 #include <cstdint>
 #include <map>

@@ -1,5 +1,5 @@
-#include "design/indexed_responses.h"
-#include "design/input_columns.h"
+#include "design/designs/indexed_responses.h"
+#include "design/designs/input_columns.h"
 #include "foundation/exception.h"
 #include "foundation/log_line.h"
 #include "project/records/detailed_information.h"

@@ -1,6 +1,6 @@
 #include "calculator/criteria_evaluation.h"
+#include "design/designs/indexed_responses.h"
 #include "design/indexed_name.h"
-#include "design/indexed_responses.h"
 #include "foundation/log_line.h"
 #include "solver/zel_solver.h"
 

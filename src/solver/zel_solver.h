@@ -2,9 +2,9 @@
 
 #include "archive/serialization.h"
 #include "design/criterion.h"
-#include "design/design.h"
-#include "design/design_manager.h"
-#include "design/parameter_manager.h"
+#include "design/designs/design.h"
+#include "design/designs/design_manager.h"
+#include "design/parameters/parameter_manager.h"
 #include "foundation/log.h"
 #include "metamodel/surrogate.h"
 #include "project/models/surrogate_info_container.h"

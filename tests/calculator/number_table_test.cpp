@@ -1,7 +1,7 @@
 #include "calculator/number_table.h"
 
 #include "support/values.h"
-#include "variant/limits.h"
+#include "variant/value/limits.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 #include "calculator/calculator_fixture.h"
 #include "foundation/text.h"
 #include "support/temporary_directory.h"
-#include "variant/filters.h"
-#include "variant/fourier.h"
-#include "variant/modal.h"
-#include "variant/peaks.h"
+#include "variant/signals/filters.h"
+#include "variant/signals/fourier.h"
+#include "variant/signals/modal.h"
+#include "variant/signals/peaks.h"
 
 #include <gtest/gtest.h>
 

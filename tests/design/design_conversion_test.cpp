@@ -1,4 +1,4 @@
-#include "design/design_conversion.h"
+#include "design/designs/design_conversion.h"
 
 #include "support/message_of.h"
 

@@ -1,4 +1,4 @@
-#include "design/design_entry.h"
+#include "design/designs/design_entry.h"
 
 #include "support/message_of.h"
 #include "support/stored_form.h"

@@ -1,4 +1,4 @@
-#include "design/design_manager.h"
+#include "design/designs/design_manager.h"
 
 #include "foundation/exception.h"
 #include "support/archive_round_trip.h"

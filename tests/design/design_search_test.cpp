@@ -1,4 +1,4 @@
-#include "design/design_manager.h"
+#include "design/designs/design_manager.h"
 #include "foundation/closeness.h"
 #include "support/message_of.h"
 #include "support/values.h"

@@ -1,4 +1,4 @@
-#include "design/design_manager.h"
+#include "design/designs/design_manager.h"
 #include "support/values.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "design/design.h"
+#include "design/designs/design.h"
 
-#include "design/flat_design.h"
+#include "design/designs/flat_design.h"
 #include "design/name_positions.h"
 #include "foundation/exception.h"
 #include "support/archive_round_trip.h"

@@ -1,4 +1,4 @@
-#include "design/discrete_states.h"
+#include "design/parameters/discrete_states.h"
 
 #include "support/message_of.h"
 

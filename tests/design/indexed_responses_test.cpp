@@ -1,4 +1,4 @@
-#include "design/indexed_responses.h"
+#include "design/designs/indexed_responses.h"
 
 #include "design/indexed_name.h"
 #include "support/values.h"

@@ -1,4 +1,4 @@
-#include "design/parameter_manager.h"
+#include "design/parameters/parameter_manager.h"
 
 #include "support/message_of.h"
 

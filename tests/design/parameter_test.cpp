@@ -1,4 +1,4 @@
-#include "design/parameter.h"
+#include "design/parameters/parameter.h"
 
 #include "design/random_uuid.h"
 #include "foundation/exception.h"

@@ -1,4 +1,4 @@
-#include "design/random_conversion.h"
+#include "design/parameters/random_conversion.h"
 
 #include "foundation/exception.h"
 #include "stochastics/rv_factory.h"

@@ -1,8 +1,8 @@
 // The stored forms of parameters, designs and their parts, of every class version.
 
-#include "design/design_manager.h"
-#include "design/flat_design.h"
-#include "design/parameter_manager.h"
+#include "design/designs/design_manager.h"
+#include "design/designs/flat_design.h"
+#include "design/parameters/parameter_manager.h"
 #include "support/message_of.h"
 #include "support/stored_form.h"
 #include "support/values.h"

@@ -1,4 +1,4 @@
-#include "design/parameter.h"
+#include "design/parameters/parameter.h"
 #include "project/settings/zel_classic_settings.h"
 #include "project/settings/zel_combined_settings.h"
 #include "support/stored_form.h"

@@ -1,7 +1,7 @@
 #include "project/models/surrogate_info_container.h"
 
-#include "design/design_manager.h"
-#include "design/parameter_manager.h"
+#include "design/designs/design_manager.h"
+#include "design/parameters/parameter_manager.h"
 #include "foundation/exception.h"
 #include "metamodel/regression/linear_regression.h"
 #include "support/archive_round_trip.h"

@@ -2,7 +2,7 @@
 
 #include "foundation/math_exception.h"
 #include "foundation/text.h"
-#include "variant/variant.h"
+#include "variant/value/variant.h"
 
 #include <algorithm>
 #include <complex>

@@ -1,7 +1,7 @@
 #include "training/train_study.h"
 
-#include "design/design_manager.h"
-#include "design/parameter_manager.h"
+#include "design/designs/design_manager.h"
+#include "design/parameters/parameter_manager.h"
 #include "metamodel/surrogate.h"
 #include "project/records/algorithm_info.h"
 #include "project/records/zel_information.h"

@@ -1,9 +1,9 @@
-#include "variant/filters.h"
+#include "variant/signals/filters.h"
 
 #include "foundation/constants.h"
 #include "support/values.h"
-#include "variant/filter_cascade.h"
-#include "variant/filter_design.h"
+#include "variant/signals/filter_cascade.h"
+#include "variant/signals/filter_design.h"
 
 #include <gtest/gtest.h>
 

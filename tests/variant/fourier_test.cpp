@@ -1,8 +1,8 @@
-#include "variant/fourier.h"
+#include "variant/signals/fourier.h"
 
 #include "foundation/constants.h"
 #include "support/values.h"
-#include "variant/dft.h"
+#include "variant/signals/dft.h"
 
 #include <gtest/gtest.h>
 

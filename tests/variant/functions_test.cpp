@@ -1,11 +1,11 @@
 #include "foundation/constants.h"
 #include "support/values.h"
-#include "variant/binary_functions.h"
-#include "variant/complex_parts.h"
-#include "variant/constructors.h"
-#include "variant/elementwise.h"
-#include "variant/random_values.h"
-#include "variant/reductions.h"
+#include "variant/functions/reductions.h"
+#include "variant/operators/binary_functions.h"
+#include "variant/operators/elementwise.h"
+#include "variant/value/complex_parts.h"
+#include "variant/value/constructors.h"
+#include "variant/value/random_values.h"
 
 #include <gtest/gtest.h>
 

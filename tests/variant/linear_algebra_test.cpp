@@ -1,4 +1,4 @@
-#include "variant/linear_algebra.h"
+#include "variant/functions/linear_algebra.h"
 
 #include "support/values.h"
 

@@ -1,4 +1,4 @@
-#include "variant/modal.h"
+#include "variant/signals/modal.h"
 
 #include "support/values.h"
 

@@ -1,7 +1,7 @@
 #include "support/values.h"
-#include "variant/arithmetic.h"
-#include "variant/interpolation.h"
-#include "variant/ordering.h"
+#include "variant/functions/interpolation.h"
+#include "variant/functions/ordering.h"
+#include "variant/operators/arithmetic.h"
 
 #include <gtest/gtest.h>
 

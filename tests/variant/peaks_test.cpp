@@ -1,4 +1,4 @@
-#include "variant/peaks.h"
+#include "variant/signals/peaks.h"
 
 #include "support/values.h"
 

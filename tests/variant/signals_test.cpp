@@ -1,8 +1,8 @@
 #include "support/values.h"
-#include "variant/calculus.h"
-#include "variant/interpolation.h"
-#include "variant/power_mean.h"
-#include "variant/timeline.h"
+#include "variant/functions/calculus.h"
+#include "variant/functions/interpolation.h"
+#include "variant/operators/power_mean.h"
+#include "variant/signals/timeline.h"
 
 #include <gtest/gtest.h>
 

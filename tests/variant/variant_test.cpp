@@ -1,4 +1,4 @@
-#include "variant/variant.h"
+#include "variant/value/variant.h"
 
 #include "foundation/math_exception.h"
 #include "support/message_of.h"

@@ -4,7 +4,7 @@
 //
 //     make_tenbar zel_tenbar.vrdb
 
-#include "design/parameter_manager.h"
+#include "design/parameters/parameter_manager.h"
 #include "project/file/project_file.h"
 #include "project/records/algorithm_info.h"
 #include "project/records/zel_information.h"

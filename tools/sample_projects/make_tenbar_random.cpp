@@ -3,8 +3,8 @@
 //
 //     make_tenbar_random zel_tenbar_random.vrdb
 
-#include "design/parameter_manager.h"
-#include "design/random_conversion.h"
+#include "design/parameters/parameter_manager.h"
+#include "design/parameters/random_conversion.h"
 #include "project/file/project_file.h"
 #include "project/records/algorithm_info.h"
 #include "project/records/detailed_information.h"

@@ -1,7 +1,7 @@
 #include "study.h"
 
 #include "design/criterion.h"
-#include "design/design_manager.h"
+#include "design/designs/design_manager.h"
 #include "doe/doe.h"
 #include "project/models/surrogate_info.h"
 #include "project/models/surrogate_info_container.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "design/design.h"
+#include "design/designs/design.h"
 #include "project/vrdb.h"
 #include "ten_bar_truss.h"
 #include "trained_model.h"

@@ -1,8 +1,8 @@
 #include "calculator/functions/function_adaptors.h"
 #include "calculator/functions/groups.h"
 #include "calculator/functions/help_records.h"
-#include "variant/complex_parts.h"
-#include "variant/reductions.h"
+#include "variant/functions/reductions.h"
+#include "variant/value/complex_parts.h"
 
 // Complex numbers and their parts.
 namespace corvath::calculator {

@@ -1,4 +1,4 @@
-#include "variant/constructors.h"
+#include "variant/value/constructors.h"
 
 #include "calculator/functions/function_adaptors.h"
 #include "calculator/functions/groups.h"

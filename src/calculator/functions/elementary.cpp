@@ -1,11 +1,11 @@
 #include "calculator/functions/function_adaptors.h"
 #include "calculator/functions/groups.h"
 #include "calculator/functions/help_records.h"
-#include "variant/binary_functions.h"
-#include "variant/complex_parts.h"
-#include "variant/elementwise.h"
-#include "variant/random_values.h"
-#include "variant/reductions.h"
+#include "variant/functions/reductions.h"
+#include "variant/operators/binary_functions.h"
+#include "variant/operators/elementwise.h"
+#include "variant/value/complex_parts.h"
+#include "variant/value/random_values.h"
 
 #include <vector>
 

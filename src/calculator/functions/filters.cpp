@@ -1,4 +1,4 @@
-#include "variant/filters.h"
+#include "variant/signals/filters.h"
 
 #include "calculator/functions/function_adaptors.h"
 #include "calculator/functions/groups.h"

@@ -1,4 +1,4 @@
-#include "variant/fourier.h"
+#include "variant/signals/fourier.h"
 
 #include "calculator/functions/function_adaptors.h"
 #include "calculator/functions/groups.h"

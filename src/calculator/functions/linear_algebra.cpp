@@ -1,10 +1,10 @@
-#include "variant/linear_algebra.h"
+#include "variant/functions/linear_algebra.h"
 
 #include "calculator/functions/function_adaptors.h"
 #include "calculator/functions/groups.h"
 #include "calculator/functions/help_records.h"
-#include "variant/binary_functions.h"
-#include "variant/reductions.h"
+#include "variant/functions/reductions.h"
+#include "variant/operators/binary_functions.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "variant/modal.h"
+#include "variant/signals/modal.h"
 
 #include "calculator/functions/function_adaptors.h"
 #include "calculator/functions/groups.h"

@@ -1,4 +1,4 @@
-#include "variant/peaks.h"
+#include "variant/signals/peaks.h"
 
 #include "calculator/functions/function_adaptors.h"
 #include "calculator/functions/groups.h"

@@ -1,7 +1,7 @@
 #include "calculator/functions/function_adaptors.h"
 #include "calculator/functions/groups.h"
 #include "calculator/functions/help_records.h"
-#include "variant/elementwise.h"
+#include "variant/operators/elementwise.h"
 
 #include <algorithm>
 #include <cmath>

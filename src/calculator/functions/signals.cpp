@@ -1,10 +1,10 @@
 #include "calculator/functions/function_adaptors.h"
 #include "calculator/functions/groups.h"
 #include "calculator/functions/help_records.h"
-#include "variant/calculus.h"
-#include "variant/constructors.h"
-#include "variant/interpolation.h"
-#include "variant/timeline.h"
+#include "variant/functions/calculus.h"
+#include "variant/functions/interpolation.h"
+#include "variant/signals/timeline.h"
+#include "variant/value/constructors.h"
 
 // Functions that work on signals.
 namespace corvath::calculator {

@@ -1,8 +1,8 @@
 #include "calculator/functions/function_adaptors.h"
 #include "calculator/functions/groups.h"
 #include "calculator/functions/help_records.h"
-#include "variant/power_mean.h"
-#include "variant/reductions.h"
+#include "variant/functions/reductions.h"
+#include "variant/operators/power_mean.h"
 
 // Statistics of numbers and signals.
 namespace corvath::calculator {

@@ -1,8 +1,8 @@
 #include "project/models/used_designs.h"
 
-#include "design/design_manager.h"
-#include "design/input_columns.h"
-#include "design/parameter_manager.h"
+#include "design/designs/design_manager.h"
+#include "design/designs/input_columns.h"
+#include "design/parameters/parameter_manager.h"
 #include "metamodel/surrogate.h"
 #include "project/models/surrogate_info_container.h"
 

@@ -1,6 +1,6 @@
 #include "project/records/legacy_conversion.h"
 
-#include "design/design_manager.h"
+#include "design/designs/design_manager.h"
 
 #include <boost/format.hpp>
 #include <boost/make_shared.hpp>

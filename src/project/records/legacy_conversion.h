@@ -1,6 +1,6 @@
 #pragma once
 
-#include "design/design_entry.h"
+#include "design/designs/design_entry.h"
 #include "design/named_sequence.h"
 #include "project/records/reliability_information.h"
 #include "project/records/zel_information.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "archive/serialization.h"
-#include "design/design_manager.h"
+#include "design/designs/design_manager.h"
 #include "project/records/design_set.h"
 #include "project/records/detailed_information.h"
 

@@ -2,7 +2,7 @@
 
 #include "archive/serialization.h"
 #include "design/hierarchical_id.h"
-#include "design/parameter_manager.h"
+#include "design/parameters/parameter_manager.h"
 #include "project/models/surrogate_info_container.h"
 #include "project/records/detailed_information.h"
 

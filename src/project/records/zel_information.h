@@ -1,9 +1,9 @@
 #pragma once
 
 #include "archive/serialization.h"
-#include "design/design_entry.h"
-#include "design/parameter_manager.h"
-#include "design/random_properties.h"
+#include "design/designs/design_entry.h"
+#include "design/parameters/parameter_manager.h"
+#include "design/parameters/random_properties.h"
 #include "foundation/publisher.h"
 #include "metamodel/subspace_results.h"
 #include "project/models/surrogate_info_container.h"

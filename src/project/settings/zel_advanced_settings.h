@@ -1,7 +1,7 @@
 #pragma once
 
 #include "archive/serialization.h"
-#include "design/design_entry.h"
+#include "design/designs/design_entry.h"
 #include "design/named_sequence.h"
 #include "project/settings/zel_settings.h"
 

@@ -1,7 +1,7 @@
 #include "project/settings/zel_data.h"
 
 #include "archive/instantiate.h"
-#include "design/parameter.h"
+#include "design/parameters/parameter.h"
 
 #include <list>
 #include <tuple>
