@@ -11,8 +11,8 @@ using Eigen::Index;
 
 constexpr std::uint64_t kGolden = 0x9e3779b97f4a7c15U;  // 2^64 over the golden ratio
 
-/// The finaliser of SplitMix64: G. L. Steele, D. Lea, C. H. Flood, "Fast splittable pseudorandom number
-/// generators", OOPSLA 2014, pp. 453-472.
+/// The finaliser of SplitMix64: G. L. Steele, D. Lea, C. H. Flood, "Fast splittable pseudorandom
+/// number generators", OOPSLA 2014, pp. 453-472.
 std::uint64_t Mix(std::uint64_t z) {
   z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9U;
   z = (z ^ (z >> 27)) * 0x94d049bb133111ebU;

@@ -126,8 +126,8 @@ TEST(Sobol, BuildContinuesBehindTheDesigns) {
 }
 
 TEST(ScrambledSobol, KeepsTheEvennessAndIsUnbiased) {
-  // Of 2^10 points each of 1024 equal intervals of a dimension, and each of 32 x 32 cells of the first
-  // two dimensions, has one.
+  // Of 2^10 points each of 1024 equal intervals of a dimension, and each of 32 x 32 cells of the
+  // first two dimensions, has one.
   constexpr Eigen::Index kN = 1024;
   const Eigen::MatrixXd points = ScrambledSobol(5, 3).GetPoints(3 * kN, kN);
   EXPECT_EQ(points.bottomRows(24), ScrambledSobol(5, 3).GetPoints(4 * kN - 24, 24));
