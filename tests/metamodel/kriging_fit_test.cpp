@@ -1,3 +1,4 @@
+#include "foundation/constants.h"
 #include "metamodel/kriging/ordinary_kriging.h"
 #include "support/message_of.h"
 #include "support/points.h"
@@ -14,12 +15,11 @@
 #include <vector>
 
 using namespace corvath::math::metamodel;
+using corvath::math::kPi;
 using corvath::math::transform::TransformType;
 using corvath::utils::log::VectorLog;
 
 namespace {
-
-constexpr double kPi = 3.14159265358979323846;
 
 /// Test functions of the literature, the inputs taken from the unit cube.
 struct TestFunction {
