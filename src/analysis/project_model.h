@@ -12,9 +12,9 @@ namespace corvath::analysis {
 
 /// The study of an open project: its trained models, and its criteria on their predictions.
 ///
-/// Inputs of a study over deterministic parameters have the range of their domains; those of a study
-/// over random variables that of the analysed designs. A distribution is known where the parameter has
-/// one, in either kind of study.
+/// Inputs of a study over deterministic parameters have the range of their domains; those of a
+/// study over random variables that of the analysed designs. A distribution is known where the
+/// parameter has one, in either kind of study.
 class ProjectModel : public StudyModel {
  public:
   using CriterionSequence = algorithm::datatypes::CriterionSequence;

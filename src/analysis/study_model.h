@@ -20,8 +20,8 @@ using math::metamodel::ConstPoints;
 /// One input of a study.
 struct StudyInput {
   std::wstring name;
-  /// The range in which it may be moved: of its domain, else of the analysed designs; infinite where
-  /// neither is known.
+  /// The range in which it may be moved: of its domain, else of the analysed designs; infinite
+  /// where neither is known.
   double lower = -std::numeric_limits<double>::infinity();
   double upper = std::numeric_limits<double>::infinity();
   std::vector<double> states;  ///< of a discrete input, ascending, as models take them; else empty
@@ -58,8 +58,8 @@ struct StudyDesigns {
 };
 
 /// What the analyses know of a study: m inputs, and q quantities of which the first R are responses
-/// and the others criteria, as functions of the inputs. Blocks of designs have one row per design and
-/// one column per input, in the users' units.
+/// and the others criteria, as functions of the inputs. Blocks of designs have one row per design
+/// and one column per input, in the users' units.
 ///
 /// Threads may share a model, and blocks are worked on by all processors (foundation/parallel.h);
 /// values do not depend on the number of threads.
@@ -82,19 +82,19 @@ class StudyModel {
 
   /// Responses at the rows of `x` (n x m): n x R, NaN where a model fails.
   virtual Eigen::MatrixXd Responses(const ConstPoints& x) const = 0;
-  /// Criteria at the rows of `x` where the responses have these values (n x R): n x (q - R), NaN for
-  /// one without a number.
+  /// Criteria at the rows of `x` where the responses have these values (n x R): n x (q - R), NaN
+  /// for one without a number.
   virtual Eigen::MatrixXd Criteria(const ConstPoints& x, const ConstPoints& responses) const = 0;
   /// All quantities at the rows of `x`: n x q.
   Eigen::MatrixXd Evaluate(const ConstPoints& x) const;
 
-  /// Gradients of all quantities at the design `x` (m values): q x m, quantity units per input unit.
-  /// Central differences over 1e-4 of each input's range, evaluated as one block; at an end of the
-  /// range (GetHardLower, GetHardUpper) differences of the same order to the inside.
+  /// Gradients of all quantities at the design `x` (m values): q x m, quantity units per input
+  /// unit. Central differences over 1e-4 of each input's range, evaluated as one block; at an end
+  /// of the range (GetHardLower, GetHardUpper) differences of the same order to the inside.
   virtual Eigen::MatrixXd Gradients(const Eigen::VectorXd& x) const;
 
-  /// R standard errors of prediction: root mean square of the cross-validated residuals, 0 for what is
-  /// exact, NaN where they are not known. May take seconds at the first call.
+  /// R standard errors of prediction: root mean square of the cross-validated residuals, 0 for what
+  /// is exact, NaN where they are not known. May take seconds at the first call.
   virtual Eigen::VectorXd StandardErrors() const = 0;
   /// How far to trust one response at the rows of `x`: n x metamodel::kNumErrorColumns, NaN where
   /// that is not known.

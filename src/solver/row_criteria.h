@@ -15,15 +15,15 @@
 
 namespace corvath::zel {
 
-/// Criteria at rows of inputs and predicted outputs: one design that takes on the values of each row,
-/// and one calculator, so that each text is parsed once. Not to be shared by threads.
+/// Criteria at rows of inputs and predicted outputs: one design that takes on the values of each
+/// row, and one calculator, so that each text is parsed once. Not to be shared by threads.
 class RowCriteria {
  public:
   using EntrySequence = algorithm::datatypes::EntrySequence;
 
   /// @param inputs   names of the columns of the inputs
-  /// @param outputs  names of the outputs, elements of vector responses as "name[i]"; empty for what
-  ///                 has no values
+  /// @param outputs  names of the outputs, elements of vector responses as "name[i]"; empty for
+  ///                 what has no values
   /// @param log      told once what is wrong with a criterion or a response
   RowCriteria(const std::vector<std::wstring>& inputs, const std::vector<std::wstring>& outputs,
               const algorithm::datatypes::CriterionSequence& criteria,
