@@ -3,9 +3,9 @@
 #include "calculator/function_table.h"
 #include "commands.h"
 #include "foundation/text.h"
-#include "help_text.h"
 #include "standard_output.h"
-#include "text_table.h"
+#include "study/describe/help_text.h"
+#include "study/describe/text_table.h"
 
 #include <sstream>
 

@@ -1,11 +1,11 @@
 #include "calculator/constants.h"
 #include "calculator/function_help.h"
 #include "commands.h"
-#include "csv_cell.h"
 #include "foundation/text.h"
-#include "help_text.h"
-#include "name_hint.h"
 #include "standard_output.h"
+#include "study/describe/help_text.h"
+#include "study/table/csv_cell.h"
+#include "study/table/name_hint.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,15 +1,15 @@
 #include "commands.h"
-#include "csv_cell.h"
-#include "csv_header.h"
-#include "csv_reader.h"
 #include "csv_writer.h"
 #include "input_reach.h"
-#include "name_hint.h"
 #include "output_file.h"
 #include "progress_line.h"
 #include "project.h"
 #include "standard_output.h"
-#include "table_columns.h"
+#include "study/table/csv_cell.h"
+#include "study/table/csv_header.h"
+#include "study/table/csv_reader.h"
+#include "study/table/name_hint.h"
+#include "study/table/table_columns.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,17 +1,14 @@
 #pragma once
 
+#include "study/refusal.h"
+
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace cli {
 
-/// An input that a command refuses: one line for standard error, exit status 1.
-class Refusal : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+using namespace corvath::study;  // what a command does stands there; here it is asked for
 
 struct InfoOptions {
   std::string file;

@@ -1,7 +1,7 @@
 #include "sample_inputs.h"
 
 #include "commands.h"
-#include "csv_cell.h"
+#include "study/table/csv_cell.h"
 #include "design/parameters/parameter_manager.h"
 #include "design/parameters/random_conversion.h"
 #include "foundation/text.h"

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "commands.h"
 #include "doe/scheme.h"
-#include "table_columns.h"
+#include "study/table/table_columns.h"
 
 #include <Eigen/Core>
 #include <boost/shared_ptr.hpp>

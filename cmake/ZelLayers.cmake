@@ -5,9 +5,11 @@ find_package(TBB 2021 REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(CRYPTOPP REQUIRED IMPORTED_TARGET libcrypto++)
 pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
+find_library(ZEL_LIBCSV csv REQUIRED)
 
 # Top to bottom: dependencies flow downwards only (tools/check_layers holds the arrows).
-set(ZEL_LAYERS api solver training project calculator metamodel design optimizer doe stochastics
+set(ZEL_LAYERS api study report exchange analysis solver training project calculator metamodel design
+  optimizer doe stochastics
   variant archive foundation)
 set(ZEL_PRESENT_LAYERS "")
 foreach(layer ${ZEL_LAYERS})
@@ -17,6 +19,8 @@ foreach(layer ${ZEL_LAYERS})
 endforeach()
 # What each layer takes from outside; every class that is stored needs Boost.Serialization.
 set(ZEL_NEEDS_api Eigen3::Eigen)
+set(ZEL_NEEDS_study Boost::filesystem Eigen3::Eigen PkgConfig::JSONCPP ${ZEL_LIBCSV})
+set(ZEL_NEEDS_analysis Eigen3::Eigen)
 set(ZEL_NEEDS_solver Boost::filesystem Eigen3::Eigen PkgConfig::CRYPTOPP)
 set(ZEL_NEEDS_training Eigen3::Eigen)
 set(ZEL_NEEDS_project Boost::date_time Boost::filesystem Boost::serialization Eigen3::Eigen
