@@ -124,14 +124,18 @@ def _numbers(values: Any, what: str) -> Matrix:
     return array
 
 
+def is_missing(value: object) -> bool:
+    """Whether it is None or pandas.NA."""
+    return value is None or value is getattr(sys.modules.get("pandas"), "NA", None)
+
+
 def _from_objects(array: NDArray[Any], what: str) -> Matrix:
-    missing = getattr(sys.modules.get("pandas"), "NA", None)
     numbers = np.empty(array.shape)
     for index, value in np.ndenumerate(array):
         try:
             if isinstance(value, (str, bytes, bytearray)):  # float() would read them
                 raise TypeError
-            numbers[index] = np.nan if value is None or value is missing else float(value)
+            numbers[index] = np.nan if is_missing(value) else float(value)
         except (TypeError, ValueError, OverflowError):
             place = f" at {index[0] if len(index) == 1 else index}" if index else ""
             raise InputError(f"{what}: {value!r}{place} is not a real number") from None

@@ -182,8 +182,8 @@ TEST(Propagation, HasTheClosedFormsOfALinearStudy) {
     const auto expect = [](const Interval& interval, double expected) {
       EXPECT_NEAR(interval.value, expected, interval.high - interval.low);
       EXPECT_LT(interval.low, interval.value);
-      // 16384 designs: 9 % of a probability of 0.1, less of the others.
-      EXPECT_LT(interval.high - interval.low, 0.1 * std::abs(expected));
+      // Of 16384 designs: 10 % of the probability 0.083, less of the others.
+      EXPECT_LT(interval.high - interval.low, 0.11 * std::abs(expected));
     };
     expect(f.mean, 15.0);
     expect(f.deviation, std::sqrt(variance));
