@@ -1,3 +1,4 @@
+#include "analysis_commands.h"
 #include "commands.h"
 #include "completion.h"
 #include "foundation/build_version.h"
@@ -310,6 +311,8 @@ int main(int argc, char** argv) {
   AddFunctions(app);
   AddSample(app);
   AddTrain(app);
+  cli::AddSensitivity(app);
+  cli::AddPropagate(app);
   AddHash(app);
   AddPages(app);
   try {
