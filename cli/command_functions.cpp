@@ -3,9 +3,9 @@
 #include "calculator/function_table.h"
 #include "commands.h"
 #include "foundation/text.h"
-#include "help_text.h"
 #include "standard_output.h"
-#include "text_table.h"
+#include "study/describe/help_text.h"
+#include "study/describe/text_table.h"
 
 #include <sstream>
 
@@ -41,13 +41,6 @@ void PrintConstants(std::ostream& out) {
 }
 
 }  // namespace
-
-std::vector<std::string> FunctionNames() {
-  std::vector<std::string> names;
-  for (const auto& entry : calculator::FunctionTable::Get().GetFunctions())
-    names.push_back(ToUtf8(entry.first));
-  return names;
-}
 
 void RunFunctions() {
   std::ostringstream out;

@@ -4,7 +4,7 @@
 #include "foundation/exception.h"
 #include "foundation/text.h"
 #include "standard_output.h"
-#include "text_table.h"
+#include "study/describe/text_table.h"
 
 #include <sstream>
 

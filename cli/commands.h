@@ -1,17 +1,14 @@
 #pragma once
 
+#include "study/refusal.h"
+
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace cli {
 
-/// An input that a command refuses: one line for standard error, exit status 1.
-class Refusal : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+using namespace corvath::study;  // what a command does stands there; here it is asked for
 
 struct InfoOptions {
   std::string file;
@@ -51,9 +48,6 @@ struct SampleOptions {
   std::string out = "-";            ///< CSV; "-" is standard output
 };
 
-/// What --scheme may be, in full.
-std::vector<std::string> SchemeNames();
-
 /// Writes a CSV of points in the units of the inputs, one column each.
 void RunSample(const SampleOptions& options);
 
@@ -78,6 +72,19 @@ struct TrainOptions {
 /// prints how good they are.
 void RunTrain(const TrainOptions& options);
 
+struct ExportOptions {
+  std::string file;
+  std::string format = "json";         ///< see ExportFormats
+  std::string out = "-";               ///< "-" is standard output
+  std::string name;                    ///< of the identifiers; empty: that of `out`, or the project's
+  std::string hash;                    ///< expected signature of `file`; empty: not checked
+  std::vector<std::string> responses;  ///< empty: all
+  bool quiet = false;                  ///< errors alone
+};
+
+/// Writes the models as a description or as source text for other programs.
+void RunExport(const ExportOptions& options);
+
 /// Prints the SHA-512 signature of `file`.
 void RunHash(const std::string& file);
 
@@ -87,9 +94,6 @@ void RunEval(const std::string& expression, const std::vector<std::string>& defi
 
 /// Lists the macros that expression texts can call: the built-in ones and the user's.
 void RunMacros();
-
-/// The names of all functions, ascending.
-std::vector<std::string> FunctionNames();
 
 /// Prints signatures, text and arguments of a function of expressions, or what a constant means.
 /// @throws Refusal  there is none of this name; the message shows near ones

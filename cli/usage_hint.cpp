@@ -1,7 +1,8 @@
 #include "usage_hint.h"
 
-#include "csv_cell.h"
-#include "name_hint.h"
+#include "commands.h"
+#include "study/table/csv_cell.h"
+#include "study/table/name_hint.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,0 +1,49 @@
+#include "commands.h"
+#include "exchange/export_project.h"
+#include "exchange/model_reader.h"
+#include "exchange/project_reader.h"
+#include "foundation/text.h"
+#include "output_file.h"
+#include "project.h"
+#include "solver/zel_solver.h"
+#include "standard_output.h"
+
+#include <exception>
+#include <iostream>
+
+namespace cli {
+namespace {
+
+/// "truss" of "out/truss.c"; empty for standard output.
+std::string NameOfFile(const std::string& path) {
+  if (path == "-") return {};
+  const std::string file = path.substr(path.find_last_of('/') + 1);
+  return file.substr(0, file.find('.'));
+}
+
+}  // namespace
+
+void RunExport(const ExportOptions& options) {
+  ClaimStandardOutput();  // before the library logs what it meets
+  OpenProject(options.file, options.hash);
+  corvath::zel::ZELSolver solver(/*allow_missing_models=*/false);
+  if (!solver.Load(corvath::utils::FromUtf8(options.file)))
+    throw Refusal(options.file + ": changed while it was read");
+  corvath::exchange::Export result;
+  try {
+    const auto project =
+        corvath::exchange::DescribeProject(solver, options.file, options.responses);
+    result = corvath::exchange::ExportProject(
+        project, options.format, options.name.empty() ? NameOfFile(options.out) : options.name);
+  } catch (const corvath::exchange::NotDescribable& error) {
+    throw Refusal(options.file + ": " + error.what());
+  }
+  OutputFile file(options.out);
+  file.Write(result.text);
+  file.Commit();
+  if (options.quiet) return;
+  for (const std::string& warning : result.warnings)
+    std::cerr << "zel: " << options.file << ": " << warning << '\n';
+}
+
+}  // namespace cli

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "design/criterion.h"
+#include "design/named_sequence.h"
+#include "training/training_table.h"
+
+#include <string>
+#include <vector>
+
+namespace corvath::study {
+
+/// The criteria that texts such as "name: expression" or "name: left <= right" describe (see
+/// training::ParseCriterion), tried on the first design that failed for no response.
+/// @throws Refusal  a text is malformed, its name is taken or cannot be used; it uses a name or a
+///                  function that there is not, depends on itself or fails; or its value is no
+///                  number
+corvath::algorithm::datatypes::CriterionSequence ParseCriteria(
+    const std::vector<std::string>& texts, const corvath::training::TrainingTable& table);
+
+}  // namespace corvath::study
