@@ -42,13 +42,6 @@ void PrintConstants(std::ostream& out) {
 
 }  // namespace
 
-std::vector<std::string> FunctionNames() {
-  std::vector<std::string> names;
-  for (const auto& entry : calculator::FunctionTable::Get().GetFunctions())
-    names.push_back(ToUtf8(entry.first));
-  return names;
-}
-
 void RunFunctions() {
   std::ostringstream out;
   for (int i = 0; i <= static_cast<int>(calculator::kLastFunctionGroup); ++i) {

@@ -48,9 +48,6 @@ struct SampleOptions {
   std::string out = "-";            ///< CSV; "-" is standard output
 };
 
-/// What --scheme may be, in full.
-std::vector<std::string> SchemeNames();
-
 /// Writes a CSV of points in the units of the inputs, one column each.
 void RunSample(const SampleOptions& options);
 
@@ -97,9 +94,6 @@ void RunEval(const std::string& expression, const std::vector<std::string>& defi
 
 /// Lists the macros that expression texts can call: the built-in ones and the user's.
 void RunMacros();
-
-/// The names of all functions, ascending.
-std::vector<std::string> FunctionNames();
 
 /// Prints signatures, text and arguments of a function of expressions, or what a constant means.
 /// @throws Refusal  there is none of this name; the message shows near ones

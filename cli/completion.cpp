@@ -2,6 +2,8 @@
 
 #include "commands.h"
 #include "manual.h"
+#include "study/expression/language.h"
+#include "study/sample/sample.h"
 
 #include <CLI/CLI.hpp>
 

@@ -42,16 +42,20 @@ void HandleInterruptions() {
   }
 }
 
-FileInWork::FileInWork(const std::string& path) {
-  // A path that is longer cannot be opened either.
-  if (path.size() >= sizeof file_in_work) return;
-  path.copy(file_in_work, path.size());
-  file_in_work[path.size()] = '\0';
-  has_file = 1;
-}
-
-FileInWork::~FileInWork() {
-  has_file = 0;
+corvath::study::FileWatcher& GetFileWatcher() {
+  class Watcher : public corvath::study::FileWatcher {
+   public:
+    void Begin(const std::string& path) override {
+      // A path that is longer cannot be opened either.
+      if (path.size() >= sizeof file_in_work) return;
+      path.copy(file_in_work, path.size());
+      file_in_work[path.size()] = '\0';
+      has_file = 1;
+    }
+    void End() override { has_file = 0; }
+  };
+  static Watcher watcher;
+  return watcher;
 }
 
 InterruptionDelay::InterruptionDelay() {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <signal.h>
+#include "study/table/output_file.h"
 
-#include <string>
+#include <signal.h>
 
 namespace cli {
 
@@ -11,14 +11,8 @@ namespace cli {
 /// beyond the limit of the process is an error of writing and no signal.
 void HandleInterruptions();
 
-/// The file in work, which an interruption removes; one at a time. To be made before the file is.
-class FileInWork {
- public:
-  explicit FileInWork(const std::string& path);
-  FileInWork(const FileInWork&) = delete;
-  FileInWork& operator=(const FileInWork&) = delete;
-  ~FileInWork();
-};
+/// Knows the file in work, which an interruption removes; one at a time.
+corvath::study::FileWatcher& GetFileWatcher();
 
 /// Makes interruptions wait while it lives: for steps that must end before the program may.
 class InterruptionDelay {

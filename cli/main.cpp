@@ -1,13 +1,13 @@
 #include "commands.h"
 #include "completion.h"
 #include "exchange/export_project.h"
+#include "foundation/build_version.h"
 #include "interruption.h"
 #include "manual.h"
 #include "standard_output.h"
 #include "usage_hint.h"
 
 #include <CLI/CLI.hpp>
-#include <zelsolver/zelsolver.h>
 
 #include <exception>
 #include <iostream>
@@ -330,7 +330,7 @@ int main(int argc, char** argv) {
   cli::HandleInterruptions();
   CLI::App app("Predictions from the trained metamodels of a project file (.vrdb)", "zel");
   app.formatter(std::make_shared<Help>());  // commands take it over when they are added
-  app.set_version_flag("--version", dzel2_get_version_str());
+  app.set_version_flag("--version", corvath::utils::GetBuildVersion().full_text);
   app.require_subcommand(1);
   app.add_flag_callback(
       "--log", [] { cli::ShowLog(true); },

@@ -9,8 +9,7 @@ find_library(ZEL_LIBCSV csv REQUIRED)
 
 # Top to bottom: dependencies flow downwards only (tools/check_layers holds the arrows).
 set(ZEL_LAYERS api study report exchange analysis solver training project calculator metamodel design
-  optimizer doe stochastics
-  variant archive foundation)
+  optimizer doe stochastics variant archive foundation)
 set(ZEL_PRESENT_LAYERS "")
 foreach(layer ${ZEL_LAYERS})
   if(EXISTS ${CMAKE_SOURCE_DIR}/src/${layer}/CMakeLists.txt)
@@ -42,6 +41,14 @@ function(zel_layer name)
   add_library(zel_${name} OBJECT ${ARGN})
   target_include_directories(zel_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/include)
   target_link_libraries(zel_${name} PUBLIC ${ZEL_NEEDS_${name}} PRIVATE zel_warnings)
+endfunction()
+
+# zel_layers_from(<variable> <layer>): this layer, those that stand beside it further down the list of
+# layers, and all below.
+function(zel_layers_from variable layer)
+  list(FIND ZEL_PRESENT_LAYERS ${layer} first)
+  list(SUBLIST ZEL_PRESENT_LAYERS ${first} -1 layers)
+  set(${variable} ${layers} PARENT_SCOPE)
 endfunction()
 
 # zel_link_layers(<target> layer ...): the objects of these layers. Object files do not travel along

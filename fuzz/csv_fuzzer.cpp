@@ -38,7 +38,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     choice.inputs = {header[0].empty() ? "all" : "*" + header[0].substr(1)};
     choice.responses = {header[1]};
     if (size % 4 < 2) choice.dates = {header[size % 4]};
-    study::ReadDesignTable(file.GetPath(), choice, size % 2 == 0);
+    study::CsvReader reader(file.GetPath());
+    study::ReadDesignTable(reader, choice, size % 2 == 0);
   } catch (const study::Refusal&) {
     // as it should
   }

@@ -50,4 +50,12 @@ std::string FileSignature(const std::wstring& path) {
   return ToHex(digest);
 }
 
+std::string BytesSignature(std::string_view bytes) {
+  CryptoPP::SHA512 hash;
+  hash.Update(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+  std::array<unsigned char, CryptoPP::SHA512::DIGESTSIZE> digest;
+  hash.Final(digest.data());
+  return ToHex(digest);
+}
+
 }  // namespace corvath::zel

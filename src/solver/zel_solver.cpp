@@ -79,8 +79,12 @@ bool ZELSolver::Load(const std::wstring& path) {
     LogLine(GetLogger(), kError) << L"\"" << path << L"\" is no regular file";
     return false;
   }
-  vrdb_ = VRDB(path);
-  path_ = path;
+  return Take(VRDB(path), path);
+}
+
+bool ZELSolver::Take(VRDB project, std::wstring path) {
+  vrdb_ = std::move(project);
+  path_ = std::move(path);
   vrdb_.SetReferenceDesign(Design());  // GetReferenceDesign builds it for this solver's inputs
   return Initialize();
 }

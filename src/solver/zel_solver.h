@@ -87,6 +87,10 @@ class ZELSolver {
   /// @throws what reading a project throws
   bool Load(const std::wstring& path);
 
+  /// Takes a project over that was read already, and gets it ready. False as Load().
+  /// @param path  what GetPath() gives; may be empty
+  bool Take(VRDB project, std::wstring path);
+
   /// Builds all models. A model that fails to build stays and fails at use.
   /// False, with a line in the log, when the project has no models (unless that is allowed), or not
   /// those that it promises. Throws no std::exception.

@@ -203,7 +203,7 @@ class AnyTable(ProgramTest):
             'c: #if kind == "stel" #then 1 #else 2': ['"stel"', 'did you mean "steel"?'],
             "c: #if kind == steel #then 1 #else 2": ["steel", "quotation marks"],
         }.items():
-            self.refused_training(text(), "--criterion", *parts, inputs="all",
+            self.refused_training(text(), "riterion", *parts, inputs="all",
                                   arguments=["--criterion", criterion])
 
     def test_criteria_use_columns_of_any_name(self):
@@ -227,7 +227,7 @@ class AnyTable(ProgramTest):
             "c: `lod [kN]`": ['"lod [kN]"', 'did you mean "load [kN]"?'],
             "c: `load [kN]": ["not closed"],
         }.items():
-            self.refused_training(text(), "--criterion", *parts, inputs="all",
+            self.refused_training(text(), "riterion", *parts, inputs="all",
                                   arguments=["--criterion", criterion])
         twice = text().replace("x,load [kN]", "load kN,load [kN]")
         self.refused_training(twice, "load_kN", "another column", inputs="all", arguments=[

@@ -181,7 +181,7 @@ class Train(ProgramTest):
         for text, parts in cases.items():
             with self.subTest(text):
                 self.refused(zel("train", path, "--inputs", "x,e,load [kN],seven",
-                                 "--responses", "z", "--criterion", text), "--criterion", *parts)
+                                 "--responses", "z", "--criterion", text), "riterion", *parts)
         self.refused(zel("train", path, "--inputs", "x", "--responses", "z", "--criterion", "c: d",
                          "--criterion", "d: c"), "itself")
         self.refused(zel("train", path, "--inputs", "x", "--responses", "z", "--criterion", "c: z",

@@ -13,6 +13,7 @@
 
 #include <cerrno>
 #include <fstream>
+#include <functional>
 #include <stdexcept>
 #include <system_error>
 #include <vector>
@@ -24,17 +25,44 @@ namespace fs = boost::filesystem;
 
 constexpr std::size_t kStreamBuffer = std::size_t{1} << 18;  // larger ones read no faster
 
-void WriteContent(std::ostream& stream, const VRDB& project, const fs::path& path,
-                  const ProjectFileForm& form) {
-  project.StampMetaData();  // the header shows the same time as the archive
-  if (form.outer_header)
-    WriteFileHeader(stream, {form.header_flag, BuildHeaderText(project, path)});
-  portable_binary_oarchive archive(stream, form.archive_flags);
-  archive << project;
-  // The archive's end changes the stream's locale, and with bytes that wait for a full disk that
-  // breaks the stream so that closing it throws std::bad_cast.
-  if (!stream.flush())
-    throw boost::archive::archive_exception(boost::archive::archive_exception::output_stream_error);
+/// Fills `project` and gives the header's text, the file's or one that is built from the project.
+std::string ReadContent(std::istream& stream, VRDB& project, const fs::path& path) {
+  const FileHeader outer = ReadFileHeader(stream);
+  portable_binary_iarchive archive(stream);
+  archive >> project;
+  return outer.flag != 0 ? CompleteHeaderText(outer.text, path) : BuildHeaderText(project, path);
+}
+
+/// Tells the algorithm's record where files beside the project stand.
+void SetFileContext(const VRDB& project, const fs::path& path) {
+  const auto& info = project.GetAlgorithmInfo();
+  if (info && info->GetDetailedInformation())
+    info->GetDetailedInformation()->SetFileContext(path.parent_path(), path.stem());
+}
+
+/// Puts what `write` writes in the place of the file at `path`.
+void Replace(const fs::path& path, const std::function<void(std::ostream&)>& write) {
+  utils::ReplacementFile temporary(path);
+  std::vector<char> buffer(kStreamBuffer);
+  std::ofstream stream;
+  stream.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+  stream.open(temporary.GetName(), std::ios::out | std::ios::binary | std::ios::trunc);
+  errno = 0;
+  const auto throw_stream_error = [&path] {
+    const std::string reason = errno == 0 ? "" : " (" + std::system_category().message(errno) + ')';
+    utils::ThrowWriteError(path, GetStatusText(FileStatus::kInvalidStreamWhileWriting) + reason);
+  };
+  try {
+    write(stream);
+  } catch (const boost::archive::archive_exception& failure) {
+    if (failure.code != boost::archive::archive_exception::output_stream_error) throw;
+    throw_stream_error();
+  }
+  stream.close();
+  if (!stream) throw_stream_error();
+
+  const WriterLock lock(temporary.GetTarget());
+  temporary.Commit();
 }
 
 }  // namespace
@@ -78,36 +106,31 @@ bool ProjectFileReader::Read(VRDB& project, std::string& header, FileStatus& sta
   if (is_file) stream.open(path_.c_str(), std::ios::in | std::ios::binary);
   if (!is_file || !stream.good()) return report(FileStatus::kInvalidStreamWhileReading);
 
-  const FileHeader outer = ReadFileHeader(stream);
-  portable_binary_iarchive archive(stream);
-  archive >> project;
-  header =
-      outer.flag != 0 ? CompleteHeaderText(outer.text, path_) : BuildHeaderText(project, path_);
+  header = ReadContent(stream, project, path_);
   return report(FileStatus::kSuccessful);
 }
 
-void SaveProjectFile(const VRDB& project, const fs::path& path, const ProjectFileForm& form) {
-  utils::ReplacementFile temporary(path);
-  std::vector<char> buffer(kStreamBuffer);
-  std::ofstream stream;
-  stream.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
-  stream.open(temporary.GetName(), std::ios::out | std::ios::binary | std::ios::trunc);
-  errno = 0;
-  const auto throw_stream_error = [&path] {
-    const std::string reason = errno == 0 ? "" : " (" + std::system_category().message(errno) + ')';
-    utils::ThrowWriteError(path, GetStatusText(FileStatus::kInvalidStreamWhileWriting) + reason);
-  };
-  try {
-    WriteContent(stream, project, path, form);
-  } catch (const boost::archive::archive_exception& failure) {
-    if (failure.code != boost::archive::archive_exception::output_stream_error) throw;
-    throw_stream_error();
-  }
-  stream.close();
-  if (!stream) throw_stream_error();
+void WriteProject(std::ostream& stream, const VRDB& project, const fs::path& path,
+                  const ProjectFileForm& form) {
+  project.StampMetaData();  // the header shows the same time as the archive
+  if (form.outer_header)
+    WriteFileHeader(stream, {form.header_flag, BuildHeaderText(project, path)});
+  portable_binary_oarchive archive(stream, form.archive_flags);
+  archive << project;
+  // The archive's end changes the stream's locale, and with bytes that wait for a full disk that
+  // breaks the stream so that closing it throws std::bad_cast.
+  if (!stream.flush())
+    throw boost::archive::archive_exception(boost::archive::archive_exception::output_stream_error);
+}
 
-  const WriterLock lock(temporary.GetTarget());
-  temporary.Commit();
+void SaveProjectFile(const VRDB& project, const fs::path& path, const ProjectFileForm& form) {
+  Replace(path, [&](std::ostream& stream) { WriteProject(stream, project, path, form); });
+}
+
+void SaveProjectBytes(std::string_view bytes, const fs::path& path) {
+  Replace(path, [&](std::ostream& stream) {
+    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  });
 }
 
 VRDB LoadProjectFile(const fs::path& path) {
@@ -116,9 +139,14 @@ VRDB LoadProjectFile(const fs::path& path) {
   if (!ProjectFileReader(path).Read(project, project.GetHeader(), status))
     throw std::runtime_error(
         str(boost::format("Error while reading \"%1%\": %2%") % status.path % status.message));
-  const auto& info = project.GetAlgorithmInfo();
-  if (info && info->GetDetailedInformation())
-    info->GetDetailedInformation()->SetFileContext(path.parent_path(), path.stem());
+  SetFileContext(project, path);
+  return project;
+}
+
+VRDB ReadProject(std::istream& stream, const fs::path& path) {
+  VRDB project;
+  project.GetHeader() = ReadContent(stream, project, path);
+  SetFileContext(project, path);
   return project;
 }
 

@@ -5,7 +5,9 @@
 
 #include <boost/filesystem/path.hpp>
 
+#include <iosfwd>
 #include <string>
+#include <string_view>
 
 namespace corvath::algorithm::datatypes {
 
@@ -53,12 +55,22 @@ class ProjectFileReader {
 /// @throws boost::archive::archive_exception  it is damaged
 VRDB LoadProjectFile(const boost::filesystem::path& path);
 
+/// The same of the bytes of a project file, from a stream that can seek.
+/// @param path  what the header calls the file, and where it looks for files beside it
+VRDB ReadProject(std::istream& stream, const boost::filesystem::path& path);
+
 /// Forms of a file to be written. The defaults are those of a new project file.
 struct ProjectFileForm {
   bool outer_header = true;        ///< false: the archive alone
   std::uint32_t header_flag = 1;   ///< 0: readers do not count the header text
   unsigned int archive_flags = 0;  ///< archive/archive_flags.h
 };
+
+/// Writes the bytes of a project file, and stamps the meta data of `project`.
+/// @param path  what the header calls the file
+/// @throws boost::archive::archive_exception  the stream fails
+void WriteProject(std::ostream& stream, const VRDB& project, const boost::filesystem::path& path,
+                  const ProjectFileForm& form = {});
 
 /// Saves `project` to `path`, and stamps its meta data. The file is written under a temporary name
 /// in the same directory, brought to the disk and renamed, so that a failure at any point leaves
@@ -67,5 +79,8 @@ struct ProjectFileForm {
 /// @throws std::runtime_error  `Error while writing ...`, with the reason
 void SaveProjectFile(const VRDB& project, const boost::filesystem::path& path,
                      const ProjectFileForm& form = {});
+
+/// Saves the bytes of a project file as they are, in the manner of SaveProjectFile().
+void SaveProjectBytes(std::string_view bytes, const boost::filesystem::path& path);
 
 }  // namespace corvath::algorithm::datatypes

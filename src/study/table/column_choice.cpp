@@ -45,8 +45,8 @@ bool Fits(const std::string& name, const std::string& pattern) {
 /// `others`.
 class Expansion {
  public:
-  Expansion(const char* option, const Names& columns, bool knows_all)
-      : option_(option), columns_(columns), knows_all_(knows_all) {}
+  Expansion(std::string option, const Names& columns, bool knows_all)
+      : option_(std::move(option)), columns_(columns), knows_all_(knows_all) {}
 
   /// The names of `texts` that are no patterns.
   Names FindPlain(const Names& texts) const {
@@ -71,7 +71,7 @@ class Expansion {
         if (!Contains(names, column)) names.push_back(column);
       }
       if (!any)
-        throw Refusal(std::string(option_) + ": " + Quoted(text) + " fits no column; " +
+        throw Refusal(option_ + ": " + Quoted(text) + " fits no column; " +
                       NameHint(text, columns_, "the columns are"));
     }
     return names;
@@ -83,7 +83,7 @@ class Expansion {
     return text.find_first_of("*?") != std::string::npos || (knows_all_ && text == "all");
   }
 
-  const char* option_;
+  std::string option_;
   const Names& columns_;
   bool knows_all_;
 };
@@ -107,26 +107,28 @@ void RequireApart(const ColumnChoice& choice) {
 
 ColumnChoice ColumnChoice::Resolve(const std::vector<std::string>& header) const {
   ColumnChoice resolved;
-  const Expansion of_inputs("--inputs", header, true);
+  resolved.wording = wording;
+  const auto option = [this](const char* key) { return OptionName(wording, key); };
+  const Expansion of_inputs(option("inputs"), header, true);
   Names others = of_inputs.FindPlain(inputs);
-  Names left_out = Expansion("--ignore", header, false).Run(ignored, {});
+  Names left_out = Expansion(option("ignored"), header, false).Run(ignored, {});
   others.insert(others.end(), left_out.begin(), left_out.end());
-  resolved.responses = Expansion("--responses", header, false).Run(responses, others);
+  resolved.responses = Expansion(option("responses"), header, false).Run(responses, others);
   left_out.insert(left_out.end(), resolved.responses.begin(), resolved.responses.end());
   resolved.inputs = of_inputs.Run(inputs, left_out);
   RequireApart(resolved);
-  resolved.discrete = Expansion("--discrete", resolved.inputs, true).Run(discrete, {});
+  resolved.discrete = Expansion(option("discrete"), resolved.inputs, true).Run(discrete, {});
   for (const std::string& name : resolved.discrete)
     if (!Contains(resolved.inputs, name))
-      throw Refusal("--discrete: " + Quoted(name) + " is no input; " +
+      throw Refusal(option("discrete") + ": " + Quoted(name) + " is no input; " +
                     NameHint(name, resolved.inputs, "the inputs are"));
   Names all = resolved.inputs;
   all.insert(all.end(), resolved.responses.begin(), resolved.responses.end());
-  resolved.dates = Expansion("--dates", all, false).Run(dates, {});
+  resolved.dates = Expansion(option("dates"), all, false).Run(dates, {});
   for (const std::string& name : resolved.dates)
     if (!Contains(all, name))
-      throw Refusal("--dates: " + Quoted(name) + " is neither an input nor a response; " +
-                    NameHint(name, all, "there are"));
+      throw Refusal(option("dates") + ": " + Quoted(name) +
+                    " is neither an input nor a response; " + NameHint(name, all, "there are"));
   return resolved;
 }
 

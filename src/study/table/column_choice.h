@@ -1,5 +1,7 @@
 #pragma once
 
+#include "study/wording.h"
+
 #include <string>
 #include <vector>
 
@@ -13,6 +15,7 @@ struct ColumnChoice {
   std::vector<std::string> discrete;  ///< inputs that take the table's values and no others
   std::vector<std::string> dates;     ///< inputs and responses that are dates
   std::vector<std::string> ignored;   ///< what patterns and "all" leave out
+  Wording wording = Wording::kKeys;   ///< of messages
 
   /// The choice with the names that the header of a table has, in its order, in place of patterns.
   /// A column of just that name wins over its meaning as a pattern. Patterns of responses leave out

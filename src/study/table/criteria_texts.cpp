@@ -33,7 +33,7 @@ using corvath::utils::ToUtf8;
 using Index = Eigen::Index;
 
 [[noreturn]] void Refuse(const std::wstring& name, const std::string& what) {
-  throw Refusal("--criterion " + Quoted(ToUtf8(name)) + ": " + what);
+  throw Refusal("criterion " + Quoted(ToUtf8(name)) + ": " + what);
 }
 
 /// The first design that failed for no response; a table without one gives responses of 1.
@@ -187,7 +187,7 @@ CriterionSequence ParseCriteria(const std::vector<std::string>& texts, const Tra
       corvath::training::ParseCriterion(corvath::utils::FromUtf8(text), criteria);
     corvath::training::RequireUsableCriteria(table, criteria);
   } catch (const corvath::training::TrainingError& error) {
-    throw Refusal("--criterion: " + ToUtf8(error.GetMessage()));
+    throw Refusal(ToUtf8(error.GetMessage()));
   }
   for (const auto& criterion : criteria)
     if (!CanBeUsed(criterion.first))

@@ -41,7 +41,7 @@ class Tokens {
       if (c == L'`' || c == L'"') {
         end = text.find(c, i + 1);
         if (end == std::wstring::npos && c == L'`')
-          throw Refusal("--criterion " + Quoted(ToUtf8(text)) + ": a ` is not closed");
+          throw Refusal("criterion " + Quoted(ToUtf8(text)) + ": a ` is not closed");
         if (end != std::wstring::npos) {
           Add(c == L'`' ? Kind::kQuotedName : Kind::kString, text.substr(i + 1, end - i - 1));
           i = end + 1;
@@ -117,7 +117,7 @@ class Rewriter {
 
  private:
   [[noreturn]] void Refuse(const std::string& what) const {
-    throw Refusal("--criterion " + Quoted(criterion_) + ": " + what);
+    throw Refusal("criterion " + Quoted(criterion_) + ": " + what);
   }
 
   std::vector<std::wstring*> AllNames() {

@@ -10,6 +10,7 @@ namespace corvath::study {
 namespace {
 
 std::string RowText(const std::string& table, std::uint64_t row) {
+  if (row == TableSource::kNoRow) return table + ": ";
   return table + ": row " + std::to_string(row) + ": ";
 }
 

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "study/table/table_format.h"
+#include "study/table/table_source.h"
 #include "study/table/text_decoder.h"
 
 #include <csv.h>
 
 #include <cstdint>
 #include <cstdio>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,13 +19,8 @@ namespace corvath::study {
 /// Blank lines and records of empty cells alone, which spreadsheets leave behind a table, are passed
 /// over; so are comments, lines that begin with #, but below the header those with as many cells as
 /// it has count as rows.
-class CsvReader {
+class CsvReader : public TableSource {
  public:
-  using Record = std::vector<std::string>;
-  /// Called for each record, the header first.
-  /// @param row  as a spreadsheet counts, from 1, with blank lines and comments
-  using Handler = std::function<void(std::uint64_t row, const Record& record)>;
-
   /// Most bytes of a cell and most cells of a record: what is longer is no table.
   static constexpr std::size_t kMaxCellSize = std::size_t{1} << 20;
   static constexpr std::size_t kMaxCells = std::size_t{1} << 20;
@@ -34,23 +29,19 @@ class CsvReader {
   explicit CsvReader(std::string file);
   CsvReader(const CsvReader&) = delete;
   CsvReader& operator=(const CsvReader&) = delete;
-  ~CsvReader();
+  ~CsvReader() override;
 
-  /// Reads to the end. What `handler` throws ends the reading and passes on.
+  /// Rows count as in a spreadsheet, from 1, with blank lines and comments.
   /// @throws Refusal  the file cannot be read, a quotation mark is out of place, what separates is
   ///                  not certain, or it is no text
-  void ReadAll(const Handler& handler);
+  void ReadAll(const Handler& handler) override;
 
-  /// Reads a number as the table's numbers are written.
-  CsvNumber ReadNumber(std::string_view cell) { return numbers_.Read(cell); }
-  /// The units of the columns; empty without a row of units.
-  const Record& GetUnits() const { return units_; }
-  /// What was found out, "read as UTF-16 with semicolons ...; row 2 holds units", after reading;
-  /// empty for a plain table.
-  std::string DescribeFormat() const;
-
-  /// Name for messages.
-  const std::string& GetName() const { return name_; }
+  CsvNumber ReadNumber(std::string_view cell) override { return numbers_.Read(cell); }
+  const NumberFormat& GetNumberFormat() const { return numbers_; }
+  const Record& GetUnits() const override { return units_; }
+  /// "read as UTF-16 with semicolons ...; row 2 holds units" for example.
+  std::string DescribeFormat() const override;
+  const std::string& GetName() const override { return name_; }
   /// Share of the file that was read, 0 to 1; negative when its size is unknown.
   double GetProgress() const;
 

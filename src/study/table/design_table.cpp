@@ -62,8 +62,11 @@ struct Column {
 
 class Builder {
  public:
-  Builder(CsvReader& reader, CsvHeader header, const ColumnChoice& choice, bool skip_incomplete)
-      : reader_(reader), header_(std::move(header)), skip_incomplete_(skip_incomplete) {
+  Builder(TableSource& reader, CsvHeader header, const ColumnChoice& choice, bool skip_incomplete)
+      : reader_(reader),
+        header_(std::move(header)),
+        skip_incomplete_(skip_incomplete),
+        wording_(choice.wording) {
     const auto add = [&](const std::string& name, const char* kind, std::vector<Column>& columns) {
       Column column;
       column.position = header_.Find(name, kind);
@@ -123,6 +126,8 @@ class Builder {
     throw Refusal(header_.Place(row, column.position) + ": " + what);
   }
 
+  std::string Option(const char* key) const { return OptionName(wording_, key); }
+
   /// Whether no input is missing. What is missing is refused or counted.
   bool IsComplete(std::uint64_t row, const CsvReader::Record& record) {
     for (const Column& input : inputs_) {
@@ -131,7 +136,8 @@ class Builder {
       if (!skip_incomplete_)
         Refuse(row, input,
                (cell.empty() ? "empty" : Quoted(cell) + " is missing") +
-                   ", and each input needs a value; --skip-incomplete leaves such rows out");
+                   ", and each input needs a value; " + Option("skip_incomplete") +
+                   " leaves such rows out");
       if (incomplete_.count == 0) incomplete_place_ = header_.Place(row, input.position);
       incomplete_.Note(row, cell);
       return false;
@@ -197,8 +203,8 @@ class Builder {
                std::to_string(input.words.size()) + " different words in " +
                std::to_string(input.values.size()) +
                " rows are too many for a discrete input (at most " + std::to_string(kMaxWords) +
-               ", each in two rows on average); leave the column out (--ignore), or --dates if "
-               "they are dates");
+               ", each in two rows on average); leave the column out (" + Option("ignored") +
+               "), or " + Option("dates") + " if they are dates");
   }
 
   void AddResponse(std::uint64_t row, const std::string& cell, Column& response) const {
@@ -310,9 +316,10 @@ class Builder {
     return matrix;
   }
 
-  CsvReader& reader_;
+  TableSource& reader_;
   CsvHeader header_;
   bool skip_incomplete_;
+  Wording wording_;
   std::vector<Column> inputs_;
   std::vector<Column> responses_;
   std::vector<std::uint64_t> rows_;
@@ -348,10 +355,8 @@ std::vector<std::string> ParseNames(const std::vector<std::string>& lists, const
   return names;
 }
 
-DesignTable ReadDesignTable(const std::string& file, const ColumnChoice& choice,
-                            bool skip_incomplete) {
+DesignTable ReadDesignTable(TableSource& reader, const ColumnChoice& choice, bool skip_incomplete) {
   DesignTable table;
-  CsvReader reader(file);
   table.file = reader.GetName();
   std::optional<Builder> builder;
   reader.ReadAll([&](std::uint64_t row, const CsvReader::Record& record) {

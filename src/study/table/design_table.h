@@ -2,6 +2,7 @@
 
 #include "study/table/column_choice.h"
 #include "study/table/table_columns.h"
+#include "study/table/table_source.h"
 #include "training/training_table.h"
 
 #include <cstdint>
@@ -40,8 +41,7 @@ std::vector<std::string> ParseNames(const std::vector<std::string>& lists, const
 /// @param skip_incomplete  rows with a missing input (IsMissing) are left out, not refused
 /// @throws Refusal  the table cannot be read, see ColumnChoice::Resolve, a name has no column or
 ///                  two, a cell does not fit, or a column has no number; with file, row and column
-DesignTable ReadDesignTable(const std::string& file, const ColumnChoice& choice,
-                            bool skip_incomplete);
+DesignTable ReadDesignTable(TableSource& source, const ColumnChoice& choice, bool skip_incomplete);
 
 constexpr std::size_t kMaxWords = 30;
 

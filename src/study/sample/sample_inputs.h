@@ -1,7 +1,7 @@
 #pragma once
 
-#include "commands.h"
 #include "doe/scheme.h"
+#include "study/project/project.h"
 #include "study/table/table_columns.h"
 
 #include <Eigen/Core>
@@ -15,7 +15,7 @@ namespace corvath::algorithm {
 class RVSet;
 }
 
-namespace cli {
+namespace corvath::study {
 
 /// The inputs that a sample is made for, and the way from the unit coordinates of a sampling scheme
 /// to the inputs' units.
@@ -26,9 +26,8 @@ class SampleInputs {
   /// @throws Refusal  something else, a name twice, or no inputs
   static SampleInputs FromTexts(const std::vector<std::string>& texts);
 
-  /// The inputs of the project `file`. @throws Refusal  it cannot be read, or an input has no
-  /// bounds
-  static SampleInputs FromProject(const std::string& file, const std::string& hash);
+  /// The inputs of a project. @throws Refusal  there are none, or one has no bounds
+  static SampleInputs FromProject(const Project& project);
 
   const std::vector<std::string>& GetNames() const { return names_; }
 
@@ -65,4 +64,4 @@ class SampleInputs {
   std::vector<Eigen::Index> columns_;                       ///< of each variable among the inputs
 };
 
-}  // namespace cli
+}  // namespace corvath::study

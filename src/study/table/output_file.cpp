@@ -1,17 +1,17 @@
-#include "output_file.h"
+#include "study/table/output_file.h"
 
-#include "commands.h"
-#include "standard_output.h"
+#include "study/refusal.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 
-namespace cli {
+namespace corvath::study {
 namespace {
 
 /// The file behind the links, or the path itself where there is none.
@@ -22,9 +22,12 @@ std::string ResolveLinks(const std::string& path) {
 
 }  // namespace
 
-OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
-  if (path_ == "-") {
-    file_ = ClaimStandardOutput();
+OutputFile::OutputFile(std::string path, std::FILE* standard_output, FileWatcher* watcher)
+    : path_(std::move(path)),
+      watcher_(watcher),
+      is_stream_(path_ == "-" && standard_output != nullptr) {
+  if (is_stream_) {
+    file_ = standard_output;
     return;
   }
   struct stat status {};
@@ -32,20 +35,25 @@ OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
     file_ = std::fopen(path_.c_str(), "wb");
   } else {
     target_ = ResolveLinks(path_);
-    temporary_ = target_ + ".part" + std::to_string(getpid());
-    in_work_.emplace(temporary_);
+    static std::atomic<unsigned int> count{0};  // threads may write the same file
+    temporary_ = target_ + ".part" + std::to_string(getpid()) + '-' + std::to_string(++count);
+    if (watcher_ != nullptr) watcher_->Begin(temporary_);
     file_ = std::fopen(temporary_.c_str(), "wb");
   }
-  if (file_ == nullptr) Fail();
+  if (file_ != nullptr) return;
+  if (watcher_ != nullptr && !temporary_.empty()) watcher_->End();
+  Fail();
 }
 
 OutputFile::~OutputFile() {
-  if (file_ != nullptr && path_ != "-") std::fclose(file_);
-  if (!temporary_.empty()) std::remove(temporary_.c_str());
+  if (file_ != nullptr && !is_stream_) std::fclose(file_);
+  if (temporary_.empty()) return;
+  std::remove(temporary_.c_str());
+  if (watcher_ != nullptr) watcher_->End();
 }
 
 void OutputFile::Fail() const {
-  throw Refusal((path_ == "-" ? "standard output" : path_) + ": " + std::strerror(errno));
+  throw Refusal((is_stream_ ? "standard output" : path_) + ": " + std::strerror(errno));
 }
 
 void OutputFile::Write(std::string_view text) {
@@ -54,14 +62,14 @@ void OutputFile::Write(std::string_view text) {
 
 void OutputFile::Commit() {
   if (std::fflush(file_) != 0) Fail();
-  if (path_ == "-") return;
+  if (is_stream_) return;
   std::FILE* const file = file_;
   file_ = nullptr;
   if (std::fclose(file) != 0) Fail();
   if (temporary_.empty()) return;
   if (std::rename(temporary_.c_str(), target_.c_str()) != 0) Fail();
   temporary_.clear();
-  in_work_.reset();
+  if (watcher_ != nullptr) watcher_->End();
 }
 
-}  // namespace cli
+}  // namespace corvath::study

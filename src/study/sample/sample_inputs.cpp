@@ -1,22 +1,21 @@
-#include "sample_inputs.h"
+#include "study/sample/sample_inputs.h"
 
-#include "commands.h"
-#include "study/table/csv_cell.h"
 #include "design/parameters/parameter_manager.h"
 #include "design/parameters/random_conversion.h"
 #include "foundation/text.h"
-#include "project.h"
 #include "project/records/detailed_information.h"
 #include "solver/zel_solver.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/rv_set.h"
+#include "study/refusal.h"
+#include "study/table/csv_cell.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
 
-namespace cli {
+namespace corvath::study {
 namespace {
 
 using corvath::algorithm::datatypes::DeterministicProperties;
@@ -25,7 +24,7 @@ using corvath::zel::ScalarNumber;
 using Eigen::Index;
 
 [[noreturn]] void Refuse(const std::string& text, const std::string& what) {
-  throw Refusal("--inputs: \"" + text + "\": " + what);
+  throw Refusal("inputs: \"" + text + "\": " + what);
 }
 
 double ParseNumber(const std::string& text, const std::string& part) {
@@ -115,18 +114,18 @@ SampleInputs SampleInputs::FromTexts(const std::vector<std::string>& texts) {
     inputs.names_.push_back(name);
     inputs.domains_.push_back(std::move(domain));
   }
-  if (inputs.names_.empty()) throw Refusal("--inputs: no inputs");
+  if (inputs.names_.empty()) throw Refusal("inputs: no inputs");
   return inputs;
 }
 
-SampleInputs SampleInputs::FromProject(const std::string& file, const std::string& hash) {
+SampleInputs SampleInputs::FromProject(const Project& project) {
   namespace types = corvath::algorithm::datatypes;
   using Kinds = corvath::enums::DeterministicProperties;
   SampleInputs inputs;
-  const Project project = OpenProject(file, hash);
+  const std::string& file = project.GetName();
   inputs.names_ = project.GetInputs();
   if (inputs.names_.empty()) throw Refusal(file + ": no inputs");
-  const types::VRDB record = ReadRecord(project);
+  const types::VRDB& record = project.GetRecord();
   inputs.columns_told_ = TableColumns::FromProject(record);
   std::vector<std::wstring> names;
   for (const std::string& name : inputs.names_) names.push_back(corvath::utils::FromUtf8(name));
@@ -213,4 +212,4 @@ Eigen::MatrixXd SampleInputs::ToRandom(const Eigen::MatrixXd& points, bool is_gr
   return values;
 }
 
-}  // namespace cli
+}  // namespace corvath::study

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "output_file.h"
+#include "study/table/output_file.h"
 
 #include <string>
 #include <string_view>
 
-namespace cli {
+namespace corvath::study {
 
 /// Writes records of comma-separated values. Numbers are the shortest text that reads back exactly,
 /// whatever the locale.
@@ -26,4 +26,4 @@ class CsvWriter {
   bool first_ = true;
 };
 
-}  // namespace cli
+}  // namespace corvath::study

@@ -1,4 +1,4 @@
-#include "input_reach.h"
+#include "study/project/input_reach.h"
 
 #include "design/parameters/parameter_manager.h"
 #include "design/parameters/random_conversion.h"
@@ -9,19 +9,18 @@
 #include <algorithm>
 #include <exception>
 
-namespace cli {
+namespace corvath::study {
 
-namespace types = corvath::algorithm::datatypes;
+namespace types = algorithm::datatypes;
 
-std::vector<zelsolver::Bounds> ReachOfInputs(const types::VRDB& record,
-                                             const std::vector<std::string>& inputs,
-                                             std::vector<zelsolver::Bounds> bounds) {
+std::vector<Bounds> ReachOfInputs(const Project& project, std::vector<Bounds> bounds) {
   constexpr double kTail = 1e-9;
+  const types::VRDB& record = project.GetRecord();
   if (record.GetSamplingType() != types::DetailedInformationBase::kStochasticSampling)
     return bounds;
-  for (std::size_t i = 0; i < inputs.size(); ++i) {
+  for (std::size_t i = 0; i < bounds.size(); ++i) {
     const auto* const parameter =
-        record.GetParameterManager().FindParameter(corvath::utils::FromUtf8(inputs[i]));
+        record.GetParameterManager().FindParameter(utils::FromUtf8(project.GetInputs()[i]));
     if (parameter == nullptr || !parameter->HasRandom()) continue;
     try {
       const auto variable = types::ParameterToRV(*parameter);
@@ -34,4 +33,4 @@ std::vector<zelsolver::Bounds> ReachOfInputs(const types::VRDB& record,
   return bounds;
 }
 
-}  // namespace cli
+}  // namespace corvath::study

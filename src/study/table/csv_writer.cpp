@@ -1,8 +1,8 @@
-#include "csv_writer.h"
+#include "study/table/csv_writer.h"
 
 #include <charconv>
 
-namespace cli {
+namespace corvath::study {
 namespace {
 
 constexpr std::size_t kFlushAt = 1 << 16;
@@ -50,4 +50,4 @@ void CsvWriter::Flush() {
   buffer_.clear();
 }
 
-}  // namespace cli
+}  // namespace corvath::study
