@@ -139,7 +139,8 @@ class Plots:
         return ax
 
     def _residuals(self, response: str) -> "Residuals":
-        residuals = self._project.residuals()[self._project._known(response)]
+        name = self._project._known(response)
+        residuals = self._project.residuals()[name]
         if not len(residuals.measured):
             raise ModelError(f'the model of "{response}" knows no cross-validated predictions')
         return residuals

@@ -190,7 +190,11 @@ class Predictor:
 
     def _designs(self, X: Any) -> Matrix:
         self._handle.check_open()  # also when there are no designs to ask the library about
-        return as_matrix(X, self.inputs)
+        return as_matrix(X, self.inputs, self._input)
+
+    def _input(self, name: str) -> Mapping[str, Any]:
+        """What the project tells about an input: its "words", whether it is a "date"."""
+        return {}
 
     def _evaluate(self, designs: Matrix, parts: List[Part], extrapolate: bool,
                   call: Callable[[Matrix, Array], None]) -> List[Array]:

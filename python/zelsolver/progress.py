@@ -46,10 +46,16 @@ def _bar() -> "Union[_TqdmBar, _TextBar]":
 class _TqdmBar:
     def __init__(self, bar: Any) -> None:
         self._bar = bar
+        self._text = ""
 
     def __call__(self, share: float, text: str) -> None:
-        self._bar.set_postfix_str(text, refresh=False)
-        self._bar.update(max(0.0, round(100 * share, 1) - self._bar.n))
+        if share > 0:
+            self._bar.n = round(100 * share, 1)
+        if text != self._text:
+            self._text = text
+            self._bar.set_postfix_str(text)
+        else:
+            self._bar.update(0)  # draws when it is time
 
     def close(self) -> None:
         self._bar.close()

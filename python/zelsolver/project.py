@@ -11,7 +11,7 @@ from numpy.typing import NDArray
 
 from . import library as api
 from .designs import Matrix, as_matrix
-from .errors import InputError, ModelError, ProjectError, UnknownNameError, ZelError
+from .errors import InputError, ProjectError, UnknownNameError, ZelError
 from .findings import (Candidate, Distribution, Residuals, as_candidates, as_correlations,
                        as_distributions, as_residuals)
 from .handle import Handle, Path
@@ -216,7 +216,8 @@ class Project(Predictor):
 
     def __repr__(self) -> str:
         state = "closed" if self.closed else f"{len(self.inputs)} inputs"
-        return f"<zelsolver.Project {self._handle.name!r}, {state}, {len(self.responses)} responses>"
+        return (f"<zelsolver.Project {self._handle.name!r}, {state}, {len(self.responses)} "
+                "responses>")
 
     def _repr_html_(self) -> str:
         return project_page(self)
@@ -232,6 +233,13 @@ class Project(Predictor):
             except InputError as error:
                 raise ProjectError(f"{self._handle.name}: {error}", error.status) from None
         return self._opened
+
+    def _input(self, name: str) -> Mapping[str, Any]:
+        try:
+            inputs = self._described()["inputs"]
+        except ZelError:  # predictions do without the other library
+            return {}
+        return next((entry for entry in inputs if entry["name"] == name), {})
 
     def _described(self) -> Any:
         if self._document is None:

@@ -38,6 +38,8 @@ class Regressor(MultiOutputMixin, RegressorMixin, BaseEstimator):  # type: ignor
         responses = _target_names(y, 1 if self._is_vector else values.shape[1], inputs)
         self.project_: Project = train((X, values), inputs, responses, discrete=self.discrete,
                                        seed=self.seed, budget=self.budget, progress=False)
+        # The training drops constant inputs.
+        self._used = [inputs.index(name) for name in self.project_.inputs]
         return self
 
     def predict(self, X: Any, return_std: bool = False) -> Union[Array, Tuple[Array, Array]]:
@@ -50,6 +52,8 @@ class Regressor(MultiOutputMixin, RegressorMixin, BaseEstimator):  # type: ignor
         designs = self._as_fitted(X)
         if designs is None:
             designs = self._validate_data(X, reset=False, dtype=np.float64)
+        if len(self._used) < self.n_features_in_:
+            designs = designs[:, self._used]
         values = self._shaped(self.project_.predict(designs, extrapolate=True).array)
         if not return_std:
             return values

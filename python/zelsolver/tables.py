@@ -8,13 +8,11 @@ from typing import Any, Dict, List, Optional, Sequence, Tuple
 import numpy as np
 from numpy.typing import NDArray
 
-from .designs import column_names, is_missing
+from .coding import as_days, is_missing
+from .designs import column_names
 from .errors import InputError
 from .results import Array
 from .study import Column
-
-_EPOCH = np.datetime64("1970-01-01", "us")
-_DAY = np.timedelta64(1, "D") / np.timedelta64(1, "us")
 
 
 def as_columns(frame: Any, inputs: Sequence[str], responses: Sequence[str]
@@ -76,7 +74,9 @@ def _check_unique(names: Sequence[Any]) -> None:
 
 
 def _check_lengths(columns: List[Column]) -> None:
-    lengths = {len(column): column.name for column in columns}
+    lengths: Dict[int, str] = {}
+    for column in columns:
+        lengths.setdefault(len(column), column.name)
     if len(lengths) > 1:
         raise InputError("columns of different lengths: " + ", ".join(
             f'"{name}" has {length}' for length, name in lengths.items()))
@@ -96,17 +96,11 @@ def _as_column(name: str, values: Any, wanted: bool) -> Tuple[Column, bool]:
             numbers[mask] = np.nan
         return Column(name, numbers), False
     if kind == "M":
-        return Column(name, _days(array)), True
+        return Column(name, as_days(array)), True
     if kind not in "OUS" and wanted:
         raise InputError(f'column "{name}": {array.dtype} is neither numbers, nor texts, nor dates')
-    found = _numbers(array)
+    found = _numbers(array) if kind == "O" else None
     return Column(name, found, [] if found is not None else [_text(v) for v in array]), False
-
-
-def _days(array: NDArray[Any]) -> Array:
-    days: Array = (array.astype("M8[us]") - _EPOCH).astype(np.float64) / _DAY
-    days[np.isnat(array)] = np.nan
-    return days
 
 
 def _numbers(array: NDArray[Any]) -> Optional[Array]:

@@ -58,10 +58,10 @@ class SurrogateBase {
   virtual const Eigen::MatrixXd& GetPoints() const { return points_; }
   /// Which inputs the model uses: m bits.
   virtual BitVector GetVariableSelection() const;
-  virtual std::uint64_t GetNumberCoefficients() const;
+  virtual std::uint64_t GetNumberCoefficients() const;  ///< as that of the settings
   /// The model as a formula in the inputs, where it has one.
   virtual std::wstring GetModelFunction(const std::vector<std::wstring>& names) const;
-  virtual const SurrogateSettingsBase& GetSettingsBase() const;
+  virtual const SurrogateSettingsBase& GetSettingsBase() const;  ///< logic_error without any
   /// Whether the model can be used on this machine; every model of this library can.
   virtual bool CheckAvailable(const boost::shared_ptr<utils::log::LogBase>& logger);
   virtual bool Equals(const SurrogateBase& other) const;
@@ -109,6 +109,9 @@ class SurrogateBase {
   /// left out of the file.
   void SetSupportData(const Eigen::MatrixXd& points, const Eigen::VectorXd& values);
 
+  /// The support points (N x r) in transformed coordinates, without unused inputs; empty before a
+  /// build, and for families that keep none.
+  const Eigen::MatrixXd& GetTransformedPoints() const { return points_trans_reduced_; }
   const Eigen::VectorXd& GetWeights() const { return weights_; }
   const Eigen::VectorXd& GetResiduals() const { return residuals_; }
   const IndexVector& GetSubsets() const { return subsets_; }
