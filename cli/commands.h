@@ -72,6 +72,19 @@ struct TrainOptions {
 /// prints how good they are.
 void RunTrain(const TrainOptions& options);
 
+struct ExportOptions {
+  std::string file;
+  std::string format = "json";         ///< see ExportFormats
+  std::string out = "-";               ///< "-" is standard output
+  std::string name;                    ///< of the identifiers; empty: that of `out`, or the project's
+  std::string hash;                    ///< expected signature of `file`; empty: not checked
+  std::vector<std::string> responses;  ///< empty: all
+  bool quiet = false;                  ///< errors alone
+};
+
+/// Writes the models as a description or as source text for other programs.
+void RunExport(const ExportOptions& options);
+
 /// Prints the SHA-512 signature of `file`.
 void RunHash(const std::string& file);
 

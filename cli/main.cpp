@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "completion.h"
+#include "exchange/export_project.h"
 #include "foundation/build_version.h"
 #include "interruption.h"
 #include "manual.h"
@@ -253,6 +254,39 @@ void AddTrain(CLI::App& app) {
   command->callback([] { cli::RunTrain(options); });
 }
 
+void AddExport(CLI::App& app) {
+  auto* const command = app.add_subcommand(
+      "export",
+      "Write the models for other programs\n\n"
+      "json is a description of the models, c one file of C99 that needs nothing but libm and\n"
+      "allocates nothing, python one module that needs numpy. Criteria go along where they are\n"
+      "arithmetic of scalars.");
+  static cli::ExportOptions options;
+  command->add_option("PROJECT", options.file, "Project file (.vrdb)")->required()->type_name("");
+  command->add_option("--format", options.format, "json, c or python")
+      ->check(CLI::IsMember(corvath::exchange::ExportFormats()).description(""))
+      ->capture_default_str()
+      ->type_name("FORMAT");
+  command->add_option("-o,--out", options.out, "Result; - is standard output")
+      ->capture_default_str()
+      ->type_name("FILE");
+  command
+      ->add_option("--name", options.name,
+                   "Beginning of all names in C; without this option that of FILE or PROJECT")
+      ->type_name("NAME");
+  command
+      ->add_option("--response", options.responses,
+                   "Export this response, and no others than those named so; may be repeated")
+      ->type_name("RESPONSE")
+      ->allow_extra_args(false);
+  command
+      ->add_option("--hash", options.hash,
+                   "Refuse PROJECT unless this is its signature (see zel hash)")
+      ->type_name("SHA512");
+  command->add_flag("--quiet", options.quiet, "Print errors alone");
+  command->callback([] { cli::RunExport(options); });
+}
+
 void AddHash(CLI::App& app) {
   auto* const command = app.add_subcommand("hash", "Print the SHA-512 signature of a file");
   static std::string file;
@@ -310,6 +344,7 @@ int main(int argc, char** argv) {
   AddFunctions(app);
   AddSample(app);
   AddTrain(app);
+  AddExport(app);
   AddHash(app);
   AddPages(app);
   try {

@@ -8,8 +8,8 @@ pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
 find_library(ZEL_LIBCSV csv REQUIRED)
 
 # Top to bottom: dependencies flow downwards only (tools/check_layers holds the arrows).
-set(ZEL_LAYERS api study solver training project calculator metamodel design optimizer doe stochastics
-  variant archive foundation)
+set(ZEL_LAYERS api study report exchange analysis solver training project calculator metamodel design
+  optimizer doe stochastics variant archive foundation)
 set(ZEL_PRESENT_LAYERS "")
 foreach(layer ${ZEL_LAYERS})
   if(EXISTS ${CMAKE_SOURCE_DIR}/src/${layer}/CMakeLists.txt)
@@ -19,6 +19,9 @@ endforeach()
 # What each layer takes from outside; every class that is stored needs Boost.Serialization.
 set(ZEL_NEEDS_api Eigen3::Eigen)
 set(ZEL_NEEDS_study Boost::filesystem Eigen3::Eigen PkgConfig::JSONCPP ${ZEL_LIBCSV})
+set(ZEL_NEEDS_report Eigen3::Eigen)
+set(ZEL_NEEDS_exchange Eigen3::Eigen)
+set(ZEL_NEEDS_analysis Eigen3::Eigen)
 set(ZEL_NEEDS_solver Boost::filesystem Eigen3::Eigen PkgConfig::CRYPTOPP)
 set(ZEL_NEEDS_training Eigen3::Eigen)
 set(ZEL_NEEDS_project Boost::date_time Boost::filesystem Boost::serialization Eigen3::Eigen
@@ -38,6 +41,14 @@ function(zel_layer name)
   add_library(zel_${name} OBJECT ${ARGN})
   target_include_directories(zel_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/include)
   target_link_libraries(zel_${name} PUBLIC ${ZEL_NEEDS_${name}} PRIVATE zel_warnings)
+endfunction()
+
+# zel_layers_from(<variable> <layer>): this layer, those that stand beside it further down the list of
+# layers, and all below.
+function(zel_layers_from variable layer)
+  list(FIND ZEL_PRESENT_LAYERS ${layer} first)
+  list(SUBLIST ZEL_PRESENT_LAYERS ${first} -1 layers)
+  set(${variable} ${layers} PARENT_SCOPE)
 endfunction()
 
 # zel_link_layers(<target> layer ...): the objects of these layers. Object files do not travel along

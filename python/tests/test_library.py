@@ -29,8 +29,8 @@ def test_versions_agree():
 ])
 def test_says_which_library_it_did_not_load_or_where_it_looked(library, text):
     printed = run_python("""
-import sys, zelsolver, zelsolver.library
-zelsolver.library._candidates = lambda: ["/nowhere/libzelsolver.so.1"]
+import sys, zelsolver, zelsolver.loading
+zelsolver.loading.candidates = lambda name: ["/nowhere/" + name]
 try:
     zelsolver.Project(sys.argv[1])
 except zelsolver.LibraryNotFoundError as error:
@@ -41,17 +41,18 @@ except zelsolver.LibraryNotFoundError as error:
 
 def test_finds_an_installed_library(tmp_path):
     (tmp_path / "lib").mkdir()
-    (tmp_path / "lib" / "libzelsolver.so.1").symlink_to(zelsolver.library.get_library().path)
+    installed = tmp_path / "lib" / "libzelsolver.so.1"
+    installed.symlink_to(zelsolver.library.get_library().path)
     printed = run_python("""
 import sys
 sys.prefix = sys.argv[1]
-import zelsolver, zelsolver.library
-assert zelsolver.library._candidates()[0] == "libzelsolver.so.1"  # an installed one comes first
-zelsolver.library._FILE_NAME = "libzelsolver.so.1"
-zelsolver.library._candidates = (lambda f: lambda: f()[1:])(zelsolver.library._candidates)
+import zelsolver.library, zelsolver.loading
+everywhere = zelsolver.loading.candidates
+assert everywhere("x.so")[0] == "x.so"  # where the system looks comes first
+zelsolver.loading.candidates = lambda name: everywhere(name)[1:]
 print(zelsolver.library.get_library().path)
 """, tmp_path, ZELSOLVER_LIBRARY="")
-    assert printed.strip() == str(tmp_path / "lib" / "libzelsolver.so.1")
+    assert printed.strip() == str(installed)
 
 
 def test_the_first_example_of_the_readme_runs(tmp_path, monkeypatch, capsys):

@@ -3,6 +3,7 @@
 import copy
 import math
 import os
+import pathlib
 import pickle
 import shutil
 import subprocess
@@ -86,20 +87,37 @@ def test_takes_any_kind_of_path_and_survives_a_change_of_directory(monkeypatch, 
             monkeypatch.chdir(tmp_path)
 
 
-def test_copies_and_pickles_open_the_file_again_and_keep_its_hash(tmp_path):
-    path = shutil.copy(Plate.path, tmp_path / "plate.vrdb")
+def test_travels_without_its_file(tmp_path):
+    path = pathlib.Path(shutil.copy(Plate.path, tmp_path / "plate.vrdb"))
     original = zelsolver.Project(path, zelsolver.file_hash(path))
-    for twin in (copy.copy(original), pickle.loads(pickle.dumps(original))):
-        assert twin.hash == original.hash
-        twin.close()
-        assert not original.closed
-    pickled = pickle.dumps(original)
-    with pickle.loads(pickled) as twin:
-        original.close()
+    pickled, contents = pickle.dumps(original), original.to_bytes()
+    assert contents == Plate.path.read_bytes()
+    twins = [copy.copy(original), pickle.loads(pickled), zelsolver.Project.from_bytes(contents)]
+    original.close()
+    path.unlink()
+    twins.append(pickle.loads(pickle.dumps(twins[1])))
+    for twin in twins:
+        assert twin.path is None and "in memory" in repr(twin)
+        assert twin.to_bytes() == contents
         assert_plate(twin.solve(Plate.designs(2)), Plate.designs(2))
-    shutil.copy(SAMPLE, path)  # another file by now
+    assert twins[1].hash == original.hash
     with pytest.raises(zelsolver.SignatureError):
-        pickle.loads(pickled)
+        zelsolver.Project.from_bytes(contents, hash="0" * 128)
+    with pytest.raises(zelsolver.ProjectError, match="^the project in memory: "):
+        zelsolver.Project.from_bytes(contents[:999])
+
+
+def test_bytes_are_those_that_were_opened(tmp_path):
+    path = tmp_path / "study.vrdb"
+    shutil.copy(Plate.path, path)
+    with zelsolver.Project(path) as project:
+        shutil.copy(SAMPLE, path)
+        for ask in (project.to_bytes, lambda: pickle.dumps(project)):
+            with pytest.raises(zelsolver.ProjectError, match="was changed since it was opened"):
+                ask()
+        path.unlink()
+        with pytest.raises(zelsolver.ProjectError, match="No such file"):
+            project.to_bytes()
 
 
 def test_checks_the_hash():

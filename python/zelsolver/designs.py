@@ -2,27 +2,30 @@
 
 from __future__ import annotations
 
-import sys
-from typing import Any, Dict, List, Optional, Sequence
+from typing import Any, Callable, Dict, List, Mapping, Optional, Sequence
 
 import numpy as np
 from numpy.typing import NDArray
 
+from .coding import coded, is_missing
 from .errors import InputError
 
 Matrix = NDArray[np.float64]
 
+#: What a project tells about an input by its name: its "words", whether it is a "date".
+Describe = Callable[[str], Mapping[str, Any]]
+
 _PLAIN_NUMBERS = frozenset((float, int, np.float64))
 
 
-def as_matrix(X: Any, inputs: Sequence[str]) -> Matrix:
+def as_matrix(X: Any, inputs: Sequence[str], describe: Optional[Describe] = None) -> Matrix:
     """The values of `X` as n x m doubles, input after input in memory (Fortran order).
 
     X is one of
       - an array-like of n x m numbers, columns in the order of `inputs`; or m numbers, one design;
       - columns by name: a DataFrame, a dict, a structured array, or anything with keys(). Each is
         a column of n numbers or a single number, which then stands for all designs. Columns that
-        are no inputs are ignored;
+        are no inputs are ignored. With `describe`, words and dates may stand for their numbers;
     and is used in place, without a copy, when it is such a matrix already: doubles in Fortran
     order, or a DataFrame that holds them (columns of one type, in the order of `inputs`).
 
@@ -41,7 +44,7 @@ def as_matrix(X: Any, inputs: Sequence[str]) -> Matrix:
         whole = np.asarray(X)
         if whole.dtype == np.float64:
             return np.require(whole, np.float64, ["F_CONTIGUOUS", "ALIGNED"])
-    return _by_name(X, inputs)
+    return _by_name(X, inputs, describe)
 
 
 def _one_design(X: Dict[Any, Any], inputs: Sequence[str]) -> Optional[Matrix]:
@@ -92,8 +95,9 @@ def _by_position(X: Any, inputs: Sequence[str]) -> Matrix:
     return np.require(matrix, np.float64, ["F_CONTIGUOUS", "ALIGNED"])
 
 
-def _by_name(X: Any, inputs: Sequence[str]) -> Matrix:
-    columns = [_numbers(X[name], f'column "{name}"') for name in inputs]
+def _by_name(X: Any, inputs: Sequence[str], describe: Optional[Describe]) -> Matrix:
+    columns = [_numbers(coded(X[name], name, describe) if describe else X[name],
+                        f'column "{name}"') for name in inputs]
     for name, column in zip(inputs, columns):
         if column.ndim > 1:
             raise InputError(f'column "{name}" has the shape {column.shape}: expected (n,)')
@@ -125,13 +129,12 @@ def _numbers(values: Any, what: str) -> Matrix:
 
 
 def _from_objects(array: NDArray[Any], what: str) -> Matrix:
-    missing = getattr(sys.modules.get("pandas"), "NA", None)
     numbers = np.empty(array.shape)
     for index, value in np.ndenumerate(array):
         try:
             if isinstance(value, (str, bytes, bytearray)):  # float() would read them
                 raise TypeError
-            numbers[index] = np.nan if value is None or value is missing else float(value)
+            numbers[index] = np.nan if is_missing(value) else float(value)
         except (TypeError, ValueError, OverflowError):
             place = f" at {index[0] if len(index) == 1 else index}" if index else ""
             raise InputError(f"{what}: {value!r}{place} is not a real number") from None

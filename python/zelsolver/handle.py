@@ -118,40 +118,62 @@ def _absolute(path: Path) -> str:
     return text
 
 
-def _explained(path: str, error: ZelError) -> ProjectError:
+def _explained(name: str, error: ZelError) -> ProjectError:
     text = str(error)
     if text == _WRONG_SIGNATURE:
-        return SignatureError(f"{path}: {text}", error.status)
+        return SignatureError(f"{name}: {text}", error.status)
     if text == _NOT_INITIALIZED:
         text += " The library's log, on standard error, says why."
-    return ProjectError(f"{path}: {text}", error.status)
+    return ProjectError(f"{name}: {text}", error.status)
+
+
+class _MemoryFile:
+    """A file without a name in any folder, readable by its path as long as this object lives."""
+
+    def __init__(self, contents: bytes) -> None:
+        self._descriptor = os.memfd_create("zelsolver")
+        self.path = f"/proc/self/fd/{self._descriptor}"
+        weakref.finalize(self, os.close, self._descriptor)
+        with open(self._descriptor, "wb", closefd=False) as file:
+            file.write(contents)
 
 
 class Handle:
     """An open project file, to which calls of the library go. Threads may share it."""
 
-    def __init__(self, path: Path, hash: Optional[str] = None) -> None:
+    def __init__(self, path: Path, hash: Optional[str] = None,
+                 memory: Optional[_MemoryFile] = None) -> None:
         """Opens the file. Raises ProjectError, SignatureError, LibraryNotFoundError."""
         self.path = _absolute(path)
         self.hash = hash
+        #: The file, if it is none on a disk.
+        self.memory = memory
+        #: What messages call the project.
+        self.name = self.path if memory is None else "the project in memory"
         self.library = get_library()
         self._hash = None if hash is None else hash.encode(errors="replace")
         try:
-            state = _state(self.path, hash is not None)
+            state = self._opened_state = _state(self.path, hash is not None)
         except FileNotFoundError:
             raise ProjectNotFoundError(self.path) from None
         except (OSError, ValueError) as error:
-            raise ProjectError(f"{self.path}: {getattr(error, 'strerror', error)}") from None
+            raise ProjectError(f"{self.name}: {getattr(error, 'strerror', error)}") from None
         with self.library.lock:
             try:
                 self._spelling = _open_files.open(self.library, self.path, state, self._hash)
             except ZelError as error:
-                raise _explained(self.path, error) from None
+                raise _explained(self.name, error) from None
         self._encoded = self._spelling.encode()
         self._closed = False
         self._released = False
         #: One entry for each call that runs; appending and popping need no lock.
         self._calls: Deque[None] = collections.deque()
+
+    @classmethod
+    def from_bytes(cls, contents: bytes, hash: Optional[str] = None) -> "Handle":
+        """Opens these bytes of a project file. Raises as Handle()."""
+        memory = _MemoryFile(contents)
+        return cls(memory.path, hash, memory)
 
     @property
     def closed(self) -> bool:
@@ -206,7 +228,21 @@ class Handle:
 
     def check_open(self) -> None:
         if self._closed:
-            raise ClosedError(f"{self.path}: the project is closed")
+            raise ClosedError(f"{self.name}: the project is closed")
+
+    def contents(self) -> bytes:
+        """The bytes of the file as it was opened. Raises ProjectError when it is another by now,
+        ClosedError."""
+        self.check_open()
+        try:
+            with open(self.path, "rb") as file:
+                contents = file.read()
+            unchanged = _state(self.path, self._opened_state.signed) == self._opened_state
+        except OSError as error:
+            raise ProjectError(f"{self.name}: {error.strerror}") from None
+        if not unchanged:
+            raise ProjectError(f"{self.name}: the file was changed since it was opened")
+        return contents
 
 
 def file_hash(path: Path) -> str:

@@ -1,15 +1,15 @@
-"""Finds and loads the shared library, and calls it."""
+"""The shared library of predictions, and calls of it."""
 
 from __future__ import annotations
 
 import ctypes
 import os
-import sys
 import threading
 from ctypes import c_char_p, c_int, c_uint, c_void_p
-from typing import Any, Dict, List, Optional, Tuple
+from typing import Any, Optional, Tuple
 
-from .errors import LibraryNotFoundError, ZelError
+from . import loading
+from .errors import ZelError
 
 #: Names the library to load, a path; no other place is searched then.
 ENVIRONMENT_VARIABLE = "ZELSOLVER_LIBRARY"
@@ -30,7 +30,7 @@ MAX_SIZE = 2**32 - 1
 # caller are used: a pointer into a buffer of the library would die with another thread's call.
 _PATH = _HASH = _NAME = c_char_p
 _ARRAY = c_void_p
-_PROTOTYPES: Dict[str, Tuple[Any, List[Any]]] = {
+_PROTOTYPES: loading.Prototypes = {
     "dzel2_getLastError": (c_char_p, []),
     "dzel2_get_version_str": (c_char_p, []),
     "dzel2_free": (c_int, [c_void_p]),
@@ -56,19 +56,11 @@ class Library:
     `lock` guards what is known here about the projects that are open, not the calls.
     """
 
-    def __init__(self, path: str) -> None:
-        try:
-            self._functions = ctypes.CDLL(path)
-        except OSError as error:
-            raise LibraryNotFoundError(str(error)) from None
-        for name, (result, arguments) in _PROTOTYPES.items():
-            try:
-                function = getattr(self._functions, name)
-            except AttributeError:
-                raise LibraryNotFoundError(
-                    f"{path}: not the library zelsolver, it has no {name}") from None
-            function.restype, function.argtypes = result, arguments
-        self.path = path
+    def __init__(self) -> None:
+        """Raises LibraryNotFoundError."""
+        #: Where it was found.
+        self.path, self._functions = loading.find(_FILE_NAME, ENVIRONMENT_VARIABLE, "zelsolver",
+                                                  _PROTOTYPES)
         self.lock = threading.Lock()
         # A forked child gets the lock free, and the bookkeeping between two changes.
         os.register_at_fork(before=self.lock.acquire, after_in_parent=self.lock.release,
@@ -109,31 +101,6 @@ class Library:
         return tuple(names)
 
 
-def _candidates() -> List[str]:
-    """Where to look, in this order: where the system looks, beside this interpreter, /usr/local
-    (which the system's cache may not know yet)."""
-    folders = [os.path.join(sys.prefix, "lib"), "/usr/local/lib"]
-    return [_FILE_NAME] + [os.path.join(folder, _FILE_NAME) for folder in folders]
-
-
-def _find() -> Library:
-    named = os.environ.get(ENVIRONMENT_VARIABLE)
-    if named:
-        try:
-            return Library(os.path.abspath(named))
-        except LibraryNotFoundError as error:
-            raise LibraryNotFoundError(f"{error} ({ENVIRONMENT_VARIABLE} is {named})") from None
-    failures = []
-    for candidate in _candidates():
-        try:
-            return Library(candidate)
-        except LibraryNotFoundError as error:
-            failures.append(str(error))
-    raise LibraryNotFoundError(
-        f"The library {_FILE_NAME} was not found. Install zelsolver, or name the file in the "
-        f"environment variable {ENVIRONMENT_VARIABLE}. Tried: " + "; ".join(failures))
-
-
 _library: Optional[Library] = None
 _library_lock = threading.Lock()
 
@@ -143,7 +110,7 @@ def get_library() -> Library:
     global _library
     with _library_lock:
         if _library is None:
-            _library = _find()
+            _library = Library()
         return _library
 
 

@@ -1,29 +1,32 @@
-"""A project file and the predictions of its models."""
+"""A project file: what it holds, and the predictions of its models."""
 
 from __future__ import annotations
 
+import os
 from types import MappingProxyType, TracebackType
-from typing import (Any, Callable, Dict, List, Mapping, Optional, Tuple, Type, TypeVar, Union,
-                    overload)
+from typing import TYPE_CHECKING, Any, Dict, Mapping, Optional, Tuple, Type
 
 import numpy as np
 from numpy.typing import NDArray
 
 from . import library as api
-from .blocks import Part, in_blocks
 from .designs import Matrix, as_matrix
-from .errors import BoundsError, ModelError, UnknownNameError, ZelError, unknown_name
+from .errors import InputError, ProjectError, UnknownNameError, ZelError
+from .findings import (Candidate, Distribution, Residuals, as_candidates, as_correlations,
+                       as_distributions, as_residuals)
 from .handle import Handle, Path
-from .results import Array, Bounds, LocalErrors, NamedArrays, Solution
+from .html import project_page
+from .predictions import Predictor, as_bounds
+from .results import Array, Bounds, NamedArrays
+from .study import OpenProject
 
-_TOLERANCE = 1e-8  # of the library's bounds check
-_NO_BOUND = np.finfo(np.float64).max  # as the library tells it
-_NO_COP = -1.0
+if TYPE_CHECKING:
+    from .plot import Plots
 
-_T = TypeVar("_T")
+_NO_COP = -1.0  # as the library tells it
 
 
-class Project:
+class Project(Predictor):
     """The trained models of a project file (.vrdb).
 
         with zelsolver.Project("study.vrdb") as project:
@@ -36,7 +39,8 @@ class Project:
     passes, and what it takes part in is NaN.
 
     Threads may share a project, and their calls run side by side. A call on many designs uses all
-    processors by itself, see set_num_threads(). A project can be pickled: it is opened again, from the same path.
+    processors by itself, see set_num_threads(). A project can be pickled: the bytes of its file
+    travel along.
     """
 
     def __init__(self, path: Path, hash: Optional[str] = None) -> None:
@@ -48,56 +52,36 @@ class Project:
         Raises ProjectNotFoundError, SignatureError, LibraryNotFoundError, and ProjectError for a
         file that is damaged or holds no models.
         """
-        self._handle = Handle(path, hash)
-        self._handle.close_with(self)
-        try:
-            self._inputs = self._handle.names(api.INPUTS)
-            self._responses = self._handle.names(api.OUTPUTS)
-            self._criteria = self._handle.names(api.CRITERIA)
-        except BaseException:
-            self._handle.close()
-            raise
-        self._bounds: Optional[Mapping[str, Bounds]] = None
+        self._start(Handle(path, hash))
+
+    @classmethod
+    def from_bytes(cls, contents: bytes, hash: Optional[str] = None) -> "Project":
+        """Opens the bytes of a project file, of which a copy is kept in memory. Raises as
+        Project()."""
+        project = cls.__new__(cls)
+        project._start(Handle.from_bytes(contents, hash))
+        return project
+
+    def _start(self, handle: Handle, opened: Optional[OpenProject] = None,
+               notes: Tuple[str, ...] = ()) -> None:
+        super().__init__(handle)
         self._reference: Optional[Mapping[str, float]] = None
-        self._refusals: Dict[Tuple[str, str], str] = {}  # by quantity and response
+        self._opened = opened
+        self._document: Any = None
+        #: What train() had to tell; empty for a file that was opened.
+        self.notes = notes
 
     # ---- What the project holds
 
     @property
-    def path(self) -> str:
-        """Absolute path of the file."""
-        return self._handle.path
+    def path(self) -> Optional[str]:
+        """Absolute path of the file; None for a project from bytes or from a training."""
+        return None if self._handle.memory else self._handle.path
 
     @property
     def hash(self) -> Optional[str]:
         """The hash that the project was opened with."""
         return self._handle.hash
-
-    @property
-    def inputs(self) -> Tuple[str, ...]:
-        """Names of the m inputs of the models."""
-        return self._inputs
-
-    @property
-    def responses(self) -> Tuple[str, ...]:
-        """Names of the responses that have models; "stress[0]" is an element of a vector."""
-        return self._responses
-
-    @property
-    def criteria(self) -> Tuple[str, ...]:
-        """Names of the criteria."""
-        return self._criteria
-
-    @property
-    def bounds(self) -> Mapping[str, Bounds]:
-        """(lower, upper) of each input in the project's designs, in its unit: what a prediction
-        accepts without extrapolation. An input without bounds has -inf, inf."""
-        if self._bounds is None:
-            values = np.empty((len(self.inputs), 2))
-            self._handle.call("dzel2_getInputBounds", values.ctypes.data)
-            self._bounds = MappingProxyType(
-                {name: _as_bounds(pair) for name, pair in zip(self.inputs, values)})
-        return self._bounds
 
     @property
     def reference(self) -> Mapping[str, float]:
@@ -116,7 +100,7 @@ class Project:
         UnknownNameError, also for a constant parameter."""
         values = np.empty(2)
         self._ask("dzel2_getInputBoundsPerParameter", parameter, values)
-        return _as_bounds(values)
+        return as_bounds(values)
 
     def reference_value(self, parameter: str) -> float:
         """The reference value of any parameter; NaN when none is set. Raises UnknownNameError, and
@@ -142,118 +126,71 @@ class Project:
         self._ask("dzel2_getFilteredStatesPerResponse", self._known(response), filtered)
         return tuple(name for name, out in zip(self.inputs, filtered) if not out)
 
-    # ---- Predictions
+    @property
+    def distributions(self) -> Mapping[str, Distribution]:
+        """Of the random inputs, by name."""
+        return as_distributions(self._described())
 
-    def solve(self, X: Any, criteria: bool = True, errors: bool = False, density: bool = False,
-              extrapolate: bool = False) -> Solution:
-        """Predicts the responses at n designs.
+    @property
+    def correlations(self) -> Mapping[Tuple[str, str], float]:
+        """Correlation coefficients of pairs of random inputs; those that are 0 are left out."""
+        return as_correlations(self._described())
 
-        X: the designs
-        criteria: evaluate the criteria, too
-        errors, density: add these for each response, see errors() and density()
-        extrapolate: accept values outside the bounds
+    @property
+    def units(self) -> Mapping[str, str]:
+        """Of the inputs that have one, by name."""
+        return MappingProxyType({entry["name"]: entry["unit"]
+                                 for entry in self._described()["inputs"] if entry.get("unit")})
 
-        What a model or a criterion cannot compute is NaN in its place, as are errors and density of
-        a model that knows none (`refused` of the result says why).
+    def describe(self) -> Dict[str, Any]:
+        """All that `zel info --json --candidates` tells, as dicts, lists, texts and numbers: its
+        "inputs", "responses", "criteria" and "correlations". A copy, the caller's own."""
+        document: Dict[str, Any] = self._study().ask("describe", candidates=True).document
+        document["project"] = self.path
+        return document
 
-        Raises InputError, BoundsError, ClosedError.
+    def candidates(self, response: str) -> Tuple[Candidate, ...]:
+        """The models that competed for a response in its training; none when the project does not
+        tell. Raises UnknownNameError."""
+        name = self._known(response)
+        entry, = (e for e in self.describe()["responses"] if e["name"] == name)
+        return as_candidates(entry.get("candidates", []))
+
+    def residuals(self) -> Mapping[str, Residuals]:
+        """Cross-validated predictions at the designs of the training, by response; without designs
+        for a response whose model knows none."""
+        return as_residuals(self._study().ask("residuals"))
+
+    def sample(self, n: int, scheme: str = "latin-hypercube-sampling", seed: int = 1
+               ) -> NamedArrays:
+        """n designs within the bounds of the inputs; random inputs follow their distributions and
+        correlations.
+
+        scheme: one of those that `zel sample --help` lists; to some, n is a number of levels
+
+        Raises InputError for a scheme or number that is none.
         """
-        designs = self._designs(X)
-        flags = api.SOLVE_RESPONSES | (api.SOLVE_EXTRAPOLATE if extrapolate else 0)
-        parts = [Part(len(self.responses), False)]
-        if criteria and self.criteria:
-            flags |= api.SOLVE_CRITERIA
-            parts.append(Part(len(self.criteria), True))
+        result = self._study().ask("sample", scheme=scheme, n=n, seed=seed)
+        return NamedArrays(self.inputs, result.arrays["points"], "input")
 
-        def call(block: Matrix, out: Array) -> None:
-            self._handle.call("dzel2_solve", len(block), block.ctypes.data, block.size, flags,
-                              out.ctypes.data, out.size)
+    @property
+    def plot(self) -> "Plots":
+        """Pictures, see zelsolver.plot.Plots. Raises ImportError without matplotlib."""
+        from .plot import Plots
 
-        values = self._evaluate(designs, parts, extrapolate, call)
-        trust, refused = self._trust_all(designs, errors, density, extrapolate)
-        return Solution(
-            NamedArrays(self.responses, values[0], "response"),
-            NamedArrays(self.criteria, values[1], "criterion") if len(values) > 1
-            else _not_asked("criterion (criteria=True evaluates them)", len(designs)),
-            self._densities(trust, len(designs)) if density
-            else _not_asked("density (density=True adds it)", len(designs)),
-            {name: _as_errors(t[-1]) for name, t in trust.items()} if errors else {},
-            refused, getattr(X, "index", None) if hasattr(X, "columns") else None)
+        return Plots(self)
 
-    @overload
-    def gradients(self, X: Any, response: str, *, extrapolate: bool = ...) -> NamedArrays: ...
+    # ---- Its bytes
 
-    @overload
-    def gradients(self, X: Any, response: None = ..., *,
-                  extrapolate: bool = ...) -> Mapping[str, NamedArrays]: ...
+    def to_bytes(self) -> bytes:
+        """The bytes of the project file, as it was opened: from_bytes() opens them anywhere. Raises
+        ProjectError when the file was changed meanwhile, ClosedError."""
+        return self._handle.contents()
 
-    def gradients(self, X: Any, response: Optional[str] = None, *, extrapolate: bool = False
-                  ) -> Union[NamedArrays, Mapping[str, NamedArrays]]:
-        """Derivatives of a response with respect to the inputs at n designs, in the unit of the
-        response over that of the input; 0 for inputs that its model does not use.
-
-        `gradients(X, "mass")["width"]` are n values, `.array` is n x m. Raises ModelError when the
-        model knows no gradients, as thin plate splines. Without a response: those of each response
-        by its name, NaN where its model knows none.
-        """
-        designs = self._designs(X)
-        parts = [Part(len(self.inputs), True)]
-
-        def one(name: str) -> NamedArrays:
-            values, = self._evaluate_response(designs, name, api.RESPONSE_GRADIENTS, parts,
-                                              extrapolate)
-            return NamedArrays(self.inputs, values, "input")
-
-        if response is not None:
-            return one(self._known(response))
-        everything, _ = self._ask_all("gradients", one)
-        return {name: NamedArrays(self.inputs, np.full(designs.shape, np.nan), "input")
-                if gradients is None else gradients for name, gradients in everything.items()}
-
-    @overload
-    def errors(self, X: Any, response: str, *, extrapolate: bool = ...) -> LocalErrors: ...
-
-    @overload
-    def errors(self, X: Any, response: None = ..., *,
-               extrapolate: bool = ...) -> Mapping[str, LocalErrors]: ...
-
-    def errors(self, X: Any, response: Optional[str] = None, *, extrapolate: bool = False
-               ) -> Union[LocalErrors, Mapping[str, LocalErrors]]:
-        """How far a response's model can be trusted at n designs: its cross-validated errors there,
-        see LocalErrors.
-
-        Raises ModelError when the model knows no errors, as thin plate splines. Without a response:
-        those of each response by its name, NaN where its model knows none.
-        """
-        designs = self._designs(X)
-        if response is not None:
-            return _as_errors(self._trust(designs, self._known(response), True, False,
-                                          extrapolate)[-1])
-        trust, _ = self._trust_all(designs, True, False, extrapolate)
-        return {name: _as_errors(values[-1]) for name, values in trust.items()}
-
-    @overload
-    def density(self, X: Any, response: str, *, extrapolate: bool = ...) -> Array: ...
-
-    @overload
-    def density(self, X: Any, response: None = ..., *,
-                extrapolate: bool = ...) -> NamedArrays: ...
-
-    def density(self, X: Any, response: Optional[str] = None, *, extrapolate: bool = False
-                ) -> Union[Array, NamedArrays]:
-        """How closely the support points of a response's model lie around n designs: their number,
-        each weighted by a Gaussian of its distance; (n,) values without unit, near 0 where the
-        model knows nothing. Not a probability density.
-
-        Raises ModelError when the model knows no density, as thin plate splines. Without a
-        response: those of each response by its name, NaN where its model knows none.
-        """
-        designs = self._designs(X)
-        if response is not None:
-            values, = self._trust(designs, self._known(response), False, True, extrapolate)
-            return values[:, 0]
-        trust, _ = self._trust_all(designs, False, True, extrapolate)
-        return self._densities(trust, len(designs))
+    def save(self, path: Path) -> None:
+        """Writes the project to a file, which takes the place of an old one in one step. Raises
+        InputError when it cannot; the old file is then still there."""
+        self._study().save(os.path.abspath(os.fsdecode(path)))
 
     # ---- Its end
 
@@ -275,13 +212,39 @@ class Project:
         self.close()
 
     def __reduce__(self) -> Tuple[Any, ...]:
-        return type(self), (self.path, self.hash)
+        return _from_bytes, (type(self), self.to_bytes(), self.hash)
 
     def __repr__(self) -> str:
         state = "closed" if self.closed else f"{len(self.inputs)} inputs"
-        return f"<zelsolver.Project {self.path!r}, {state}, {len(self.responses)} responses>"
+        return (f"<zelsolver.Project {self._handle.name!r}, {state}, {len(self.responses)} "
+                "responses>")
 
-    # ---- Calls of the library
+    def _repr_html_(self) -> str:
+        return project_page(self)
+
+    # ---- Calls of the libraries
+
+    def _study(self) -> OpenProject:
+        """The project in the library of studies, opened by the first question to it."""
+        self._handle.check_open()
+        if self._opened is None:
+            try:
+                self._opened = OpenProject.from_bytes(self.to_bytes())
+            except InputError as error:
+                raise ProjectError(f"{self._handle.name}: {error}", error.status) from None
+        return self._opened
+
+    def _input(self, name: str) -> Mapping[str, Any]:
+        try:
+            inputs = self._described()["inputs"]
+        except ZelError:  # predictions do without the other library
+            return {}
+        return next((entry for entry in inputs if entry["name"] == name), {})
+
+    def _described(self) -> Any:
+        if self._document is None:
+            self._document = self._study().ask("describe").document
+        return self._document
 
     def _ask(self, function: str, name: str, values: NDArray[Any]) -> None:
         """Fills `values` with what a function tells about a parameter or response."""
@@ -309,108 +272,6 @@ class Project:
         values[values == _NO_COP] = np.nan
         return values
 
-    def _known(self, response: str) -> str:
-        if response not in self.responses:
-            raise unknown_name("response", response, self.responses)
-        return response
 
-    def _designs(self, X: Any) -> Matrix:
-        self._handle.check_open()  # also when there are no designs to ask the library about
-        return as_matrix(X, self.inputs)
-
-    def _evaluate(self, designs: Matrix, parts: List[Part], extrapolate: bool,
-                  call: Callable[[Matrix, Array], None]) -> List[Array]:
-        """The values that `call` delivers for these designs, n x width for each part."""
-        try:
-            return in_blocks(designs, parts, call)
-        except ZelError as error:
-            if error.status is None:
-                raise
-            if not extrapolate:
-                self._raise_bounds_error(designs, str(error))
-            raise ModelError(str(error), error.status) from None
-
-    def _raise_bounds_error(self, designs: Matrix, text: str) -> None:
-        """Raises BoundsError when a value is outside, as the library counts it."""
-        bounds = np.array(list(self.bounds.values())).reshape(-1, 2)
-        outside = (designs < bounds[:, 0] - _TOLERANCE) | (designs > bounds[:, 1] + _TOLERANCE)
-        if outside.any():
-            row = int(outside.any(axis=1).argmax())
-            i = int(outside[row].argmax())
-            raise BoundsError(text, row, self.inputs[i], float(designs[row, i]),
-                              self.bounds[self.inputs[i]]) from None
-
-    def _evaluate_response(self, designs: Matrix, response: str, flags: int, parts: List[Part],
-                           extrapolate: bool) -> List[Array]:
-        name = response.encode()
-        if extrapolate:
-            flags |= api.RESPONSE_EXTRAPOLATE
-
-        def call(block: Matrix, out: Array) -> None:
-            self._handle.call("dzel2_get_per_response", len(block), block.ctypes.data, block.size,
-                              name, flags, out.ctypes.data, out.size)
-
-        return self._evaluate(designs, parts, extrapolate, call)
-
-    def _trust(self, designs: Matrix, response: str, errors: bool, density: bool,
-               extrapolate: bool) -> List[Array]:
-        """Density (n x 1) and errors (n x 4) of one response, those that are asked for."""
-        flags, parts = 0, []
-        if density:
-            flags |= api.RESPONSE_DENSITIES
-            parts.append(Part(1, True))
-        if errors:
-            flags |= api.RESPONSE_ERRORS
-            parts.append(Part(len(LocalErrors._fields), True))
-        return self._evaluate_response(designs, response, flags, parts, extrapolate)
-
-    def _trust_all(self, designs: Matrix, errors: bool, density: bool, extrapolate: bool
-                   ) -> Tuple[Dict[str, List[Array]], Dict[str, str]]:
-        """_trust() of each response, NaN where its model refuses; and the refusals.
-
-        One response at a time: the library's call for all of them fails when one model refuses.
-        """
-        if not errors and not density:
-            return {}, {}
-        trust, refused = self._ask_all(
-            "errors", lambda name: self._trust(designs, name, errors, density, extrapolate))
-        widths = [1] * density + [len(LocalErrors._fields)] * errors
-        return {name: [np.full((len(designs), width), np.nan) for width in widths]
-                if values is None else values for name, values in trust.items()}, refused
-
-    def _ask_all(self, what: str, ask: Callable[[str], _T]
-                 ) -> Tuple[Dict[str, Optional[_T]], Dict[str, str]]:
-        """What `ask` returns for each response, None where its model refuses; and the refusals.
-
-        A model that refused is not asked again: the library logs each refusal.
-        """
-        results: Dict[str, Optional[_T]] = {}
-        for name in self.responses:
-            results[name] = None
-            if (what, name) in self._refusals:
-                continue
-            try:
-                results[name] = ask(name)
-            except ModelError as error:
-                self._refusals[what, name] = str(error)
-        return results, {name: self._refusals[what, name] for name, result in results.items()
-                         if result is None}
-
-    def _densities(self, trust: Dict[str, List[Array]], n: int) -> NamedArrays:
-        array = np.empty((n, len(self.responses)), order="F")
-        for k, name in enumerate(self.responses):
-            array[:, k] = trust[name][0][:, 0]
-        return NamedArrays(self.responses, array, "response")
-
-
-def _as_bounds(pair: Array) -> Bounds:
-    lower, upper = (float(value) for value in pair)
-    return Bounds(-np.inf if lower == _NO_BOUND else lower, np.inf if upper == _NO_BOUND else upper)
-
-
-def _as_errors(values: Array) -> LocalErrors:
-    return LocalErrors(*values.T)
-
-
-def _not_asked(kind: str, n: int) -> NamedArrays:
-    return NamedArrays((), np.empty((n, 0)), kind)
+def _from_bytes(kind: Type[Project], contents: bytes, hash: Optional[str]) -> Project:
+    return kind.from_bytes(contents, hash)

@@ -9,6 +9,7 @@ import numpy as np
 from numpy.typing import NDArray
 
 from .errors import unknown_name
+from .html import solution_page
 
 Array = NDArray[np.float64]
 
@@ -123,12 +124,26 @@ class Solution(Mapping[str, Array]):
     def __repr__(self) -> str:
         return f"Solution({dict(self)!r})"
 
+    def _repr_html_(self) -> str:
+        return solution_page(self)
+
     def to_frame(self) -> Any:
         """A pandas DataFrame with a row for each design and the columns that `zel solve` writes:
         responses, criteria, then "mass:density", "mass:local_cop", ... It has the index of the
         DataFrame that was solved. Raises ImportError without pandas."""
         import pandas
 
+        return pandas.DataFrame(self._columns(), index=self.index)
+
+    def to_array(self) -> Array:
+        """n x K, the columns of to_frame()."""
+        return np.column_stack(list(self._columns().values()))
+
+    def columns(self) -> Tuple[str, ...]:
+        """The names of the K columns of to_frame()."""
+        return tuple(self._columns())
+
+    def _columns(self) -> Dict[str, Array]:
         columns: Dict[str, Array] = dict(self)
         for name in self.responses:
             if name in self.density:
@@ -136,4 +151,4 @@ class Solution(Mapping[str, Array]):
             if name in self.errors:
                 for error, values in self.errors[name]._asdict().items():
                     columns[f"{name}:{error}"] = values
-        return pandas.DataFrame(columns, index=self.index)
+        return columns

@@ -116,7 +116,3 @@ bool CCalculator::IsValidIdentifier(const std::wstring& name, bool check_constan
 void CCalculator::AddMacros(const CalculatorTypeTraits::Macros& macros) {
   workspace_->macros.Add(macros);
 }
-
-CalculatorTypeTraits::Macros CCalculator::GetMacros() const {
-  return workspace_->macros.GetAll();
-}

@@ -62,8 +62,6 @@ class CCalculator {
 
   /// Adds macros; those whose name is taken, by a built-in one for example, are left out.
   void AddMacros(const CalculatorTypeTraits::Macros& macros);
-  /// All macros, the built-in ones too.
-  CalculatorTypeTraits::Macros GetMacros() const;
 
   /// The inside, for the evaluation of many texts over the same names.
   corvath::calculator::Workspace& GetWorkspace() { return *workspace_; }

@@ -37,13 +37,6 @@ void MacroTable::ForgetDefined() {
   expansions_.clear();
 }
 
-MacroTable::Macros MacroTable::GetAll() const {
-  Macros all = defined_;
-  all.insert(added_.begin(), added_.end());
-  all.insert(GetBuiltinMacros().begin(), GetBuiltinMacros().end());
-  return all;
-}
-
 MacroTable::Body MacroTable::Inspect(const Macro& macro) {
   Body result;
   const std::wstring text = DeleteBlanks(macro.expression_);

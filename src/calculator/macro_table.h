@@ -29,8 +29,6 @@ class MacroTable {
   void Define(Macro macro);
   /// until this brings the others back.
   void ForgetDefined();
-  /// One of each name.
-  Macros GetAll() const;
 
   /// What the macros that a text calls, and those that they call, can do to objects.
   struct Reach {

@@ -1,5 +1,7 @@
 #include "doe/sobol_table.h"
 
+#include <mutex>
+
 namespace corvath::math {
 namespace {
 
@@ -75,7 +77,9 @@ bool PropertyA::Add(BinaryPolynomial polynomial, const std::vector<std::uint32_t
 }
 
 const SobolTable& SobolTable::Get(std::uint64_t dimensions) {
+  static std::mutex mutex;  // columns that exist are read without it
   static SobolTable table;
+  const std::lock_guard<std::mutex> lock(mutex);
   while (table.num_columns_ < dimensions) table.AddColumn();
   return table;
 }

@@ -55,7 +55,7 @@ class PropertyA {
 class SobolTable {
  public:
   /// The table, with its first `dimensions` columns made; at most kMaxSobolDimensions. The work is
-  /// done once for each dimension.
+  /// done once for each dimension. Threads may share it.
   static const SobolTable& Get(std::uint64_t dimensions);
 
   const std::uint32_t* Row(int bit) const { return rows_[static_cast<std::size_t>(bit)].data(); }

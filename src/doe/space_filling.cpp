@@ -169,10 +169,6 @@ class Repulsion {
 
 }  // namespace
 
-double CenteredDiscrepancy(const MatrixXd& points) {
-  return Discrepancy(points).GetValue();
-}
-
 MatrixXd LowerDiscrepancy(Engine engine, const MatrixXd& points, int passes) {
   constexpr int kSteps = 100;
   constexpr int kDraws = 50;

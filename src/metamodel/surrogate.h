@@ -109,6 +109,9 @@ class SurrogateBase {
   /// left out of the file.
   void SetSupportData(const Eigen::MatrixXd& points, const Eigen::VectorXd& values);
 
+  /// The support points (N x r) in transformed coordinates, without unused inputs; empty before a
+  /// build, and for families that keep none.
+  const Eigen::MatrixXd& GetTransformedPoints() const { return points_trans_reduced_; }
   const Eigen::VectorXd& GetWeights() const { return weights_; }
   const Eigen::VectorXd& GetResiduals() const { return residuals_; }
   const IndexVector& GetSubsets() const { return subsets_; }

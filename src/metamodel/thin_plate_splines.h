@@ -39,6 +39,11 @@ class SurrogateTPS : public SurrogateBase {
   SurrogateTPS* Clone() const override { return new SurrogateTPS(*this); }
   void SetSettings(const SurrogateSettingsBase& settings) override;
 
+  /// c: N weights, the constant, m linear coefficients.
+  const Eigen::VectorXd& GetCoefficients() const { return coeffs_; }
+  /// m x N: a transformed support point per column.
+  const Eigen::MatrixXd& GetScaledPoints() const { return scaled_points_; }
+
   /// The radial function: r^2 ln r above 0, otherwise 0.
   virtual double Phi(double r) const;
 

@@ -124,10 +124,8 @@ TEST_F(BuiltinMacros, AFileCannotChangeThemButATextCan) {
       {{L"SIG_SUM", {L"x"}, L"0", L"", L""}, {L"mine", {L"x"}, L"3*x", L"", L""}});
   EXPECT_EQ(calculator_.Evaluate(L"$SIG_SUM(S)"), Scalar(7));
   EXPECT_EQ(calculator_.Evaluate(L"$mine(2)"), Scalar(6));
-  EXPECT_EQ(calculator_.GetMacros().size(), 50u);
   calculator_.Evaluate(L"$SIG_SUM(x) = 0*size2(x)");
   EXPECT_EQ(calculator_.Evaluate(L"$SIG_SUM(S)"), Scalar(0));
-  EXPECT_EQ(calculator_.GetMacros().size(), 50u);
 }
 
 }  // namespace

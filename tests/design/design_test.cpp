@@ -1,11 +1,8 @@
 #include "design/designs/design.h"
 
-#include "design/designs/flat_design.h"
 #include "design/name_positions.h"
 #include "foundation/exception.h"
-#include "support/archive_round_trip.h"
 #include "support/message_of.h"
-#include "support/values.h"
 
 #include <gtest/gtest.h>
 
@@ -17,26 +14,6 @@ namespace {
 
 using namespace corvath::algorithm::datatypes;
 using support::MessageOfExactly;
-using support::Scalar;
-
-/// A design in which every member differs from its default.
-Design FullDesign() {
-  Design design({{L"x", CDesignEntry(1.0)}, {L"y", CDesignEntry(L"steel")}},
-                DesignId(12).Appended(3));
-  design.SetResponses({{L"r", CDesignEntry(Scalar(2.5))}});
-  design.GetResponses().SetHeader(9);
-  design.SetCriteria({{L"c", Criterion(CriterionDescription::RHS, L"", L"r")}});
-  design.GetStatus().Add(RunInfoMeta(RunInfoMeta::UNUSABLE_RESPONSE, L"step", L"r", {L"a", L"b"}));
-  design.SetRunState(Design::FINISHED);
-  design.SetDuplicates(DesignId(4));
-  design.SetActivationState(static_cast<Design::eActivationStatus>(2));
-  design.SetApproximated(true);
-  design.SetIteration(DesignId(5));
-  design.SetWorkflowId(6);
-  design.SetType(static_cast<corvath::enums::DesignTypes::eType>(7));
-  design.SetAlgoIteration(8);
-  return design;
-}
 
 }  // namespace
 
@@ -84,17 +61,11 @@ TEST(Design, KeepsTheNumberOfItsValues) {
 
 TEST(Design, DerivesTheRunStateFromACode) {
   for (const auto& [code, state] : {std::pair(501, 0), {502, 1}, {0, 2}, {103, 2}}) {
-    Design design = FullDesign();
+    Design design;
+    design.GetStatus().Add(RunInfoMeta(RunInfoMeta::UNUSABLE_RESPONSE, L"step", L"r", {}));
     design.SetStatus(static_cast<RunInfoMeta::eRunInfo>(code));
     EXPECT_EQ(design.GetRunState(), state) << code;
     ASSERT_EQ(design.GetStatus().GetMessages().size(), 1u);
     EXPECT_TRUE(design.GetStatus().GetMessages().front().GetActorName().empty());
   }
-}
-
-TEST(FlatDesign, HoldsAllButTheMessages) {
-  Design expected = FullDesign();
-  expected.GetStatus().Clear();
-  const auto loaded = support::Load<SDesign>(support::Save(SDesign(FullDesign())));
-  EXPECT_EQ(loaded.ToDesign(), expected);
 }

@@ -67,11 +67,10 @@ Design DesignOf(EntrySequence parameters) {
   return Design(std::move(parameters), DesignId(1));
 }
 
-double Mean(const RV& variable) {
-  return variable.GetStat(L"Mean value");
-}
-double Deviation(const RV& variable) {
-  return variable.GetStat(L"Standard deviation");
+/// Expects mean and standard deviation.
+void ExpectMoments(const RV& variable, double mean, double deviation) {
+  EXPECT_DOUBLE_EQ(variable.GetStat(L"Mean value"), mean);
+  EXPECT_DOUBLE_EQ(variable.GetStat(L"Standard deviation"), deviation);
 }
 
 TEST(RandomConversion, TakesAllEighteenDistributionsIntoOneCorrelatedSet) {
@@ -112,41 +111,32 @@ TEST(RandomConversion, TakesAllEighteenDistributionsIntoOneCorrelatedSet) {
 }  // namespace
 
 TEST(ParameterToRV, TakesCoefficientThenParametersThenMoments) {
+  const auto expect = [](const Parameter& parameter, double mean, double deviation) {
+    const auto variable = ParameterToRV(parameter);
+    EXPECT_EQ(variable->GetName(), L"x");
+    ExpectMoments(*variable, mean, deviation);
+  };
   RandomProperties properties = Normal(10.0, 3.0);
   properties.SetParams({1.0, 2.0});
+  expect(Stochastic(L"x", properties), 1.0, 2.0);
   properties.SetCov(0.1);
   for (const double mean : {10.0, -10.0}) {
     properties.SetMoments({mean, 3.0});
-    const auto variable = ParameterToRV(Stochastic(L"x", properties));
-    EXPECT_EQ(variable->GetName(), L"x");
-    EXPECT_DOUBLE_EQ(Mean(*variable), mean);
-    EXPECT_DOUBLE_EQ(Deviation(*variable), 1.0);
+    expect(Stochastic(L"x", properties), mean, 1.0);
   }
-  properties.ClearCov();
-  EXPECT_DOUBLE_EQ(Mean(*ParameterToRV(Stochastic(L"x", properties))), 1.0);
-  EXPECT_DOUBLE_EQ(Deviation(*ParameterToRV(Stochastic(L"x", properties))), 2.0);
+  // A mixed parameter scatters about its reference value.
+  expect(Mixed(L"x", Normal(10.0, 3.0), 4.0), 4.0, 3.0);
+  expect(Stochastic(L"x", Normal(10.0, 3.0), 4.0), 10.0, 3.0);
+  RandomProperties only_cov = Scatter();
+  only_cov.SetCov(0.5);
+  expect(Stochastic(L"x", only_cov, 8.0), 8.0, 4.0);
 
   RandomProperties uniform = Scatter(RandomVariable::UNIFORM);
   uniform.SetMoments({5.0, 1.0});
   const auto by_moments = ParameterToRV(Stochastic(L"x", uniform));
   EXPECT_NEAR(by_moments->GetLowerBound(), 5.0 - std::sqrt(3.0), 1e-14);  // mean - sqrt(12) sd / 2
-
-  const RandomProperties nothing = Scatter(RandomVariable::GUMBEL);
-  EXPECT_EQ(*ParameterToRV(Stochastic(L"x", nothing)),
+  EXPECT_EQ(*ParameterToRV(Stochastic(L"x", Scatter(RandomVariable::GUMBEL))),
             *RVFactory::GetInstance().Create(RandomVariable::GUMBEL));
-}
-
-TEST(ParameterToRV, CentresAMixedParameterAtItsReferenceValue) {
-  const auto mixed = ParameterToRV(Mixed(L"x", Normal(10.0, 3.0), 4.0));
-  EXPECT_DOUBLE_EQ(Mean(*mixed), 4.0);
-  EXPECT_DOUBLE_EQ(Deviation(*mixed), 3.0);
-  EXPECT_DOUBLE_EQ(Mean(*ParameterToRV(Stochastic(L"x", Normal(10.0, 3.0), 4.0))), 10.0);
-
-  RandomProperties only_cov = Scatter();
-  only_cov.SetCov(0.5);
-  const auto by_cov = ParameterToRV(Stochastic(L"x", only_cov, 8.0));
-  EXPECT_DOUBLE_EQ(Mean(*by_cov), 8.0);
-  EXPECT_DOUBLE_EQ(Deviation(*by_cov), 4.0);
 }
 
 TEST(ParameterToRV, NamesTheParameterThatFails) {
@@ -167,31 +157,14 @@ TEST(ParameterToRV, NamesTheParameterThatFails) {
   EXPECT_EQ(GetVariableNames(*rvset), (Names{L"y"}));
 }
 
-TEST(BuildCorrelationMatrix, FollowsTheNamesAndIgnoresOthers) {
-  ParameterManager manager;
-  manager.GetCoherences().Set(L"a", L"c", 0.25);
-  manager.GetCoherences().Set(L"c", L"b", -0.5);
-  manager.GetCoherences().Set(L"a", L"elsewhere", 0.75);
-  Eigen::Matrix3d expected;
-  expected << 1.0, 0.25, -0.5, 0.25, 1.0, 0.0, -0.5, 0.0, 1.0;
-  EXPECT_EQ(BuildCorrelationMatrix(manager, {L"c", L"a", L"b"}), expected);
-  EXPECT_EQ(support::MessageOf([&] {
-              BuildCorrelationMatrix(manager, {L"a", L"b", L"a"});
-            }),
-            "Build correlation matrix impossible with not unique names");
-}
-
 TEST(ParameterManagerToRVSet, PutsMixedBeforeStochasticParameters) {
   ParameterManager manager = BothOrders();
   const auto independent = ParameterManagerToRVSet(manager, Design());
   EXPECT_EQ(independent->GetKind(), RVSet::kIndependent);
   EXPECT_EQ(GetVariableNames(*independent), (Names{L"m2", L"m1", L"s2", L"s1"}));
   const double means[] = {2.0, 4.0, 1.0, 3.0};
-  const double deviations[] = {0.2, 0.4, 0.1, 0.3};
-  for (std::size_t i = 0; i < 4; ++i) {
-    EXPECT_DOUBLE_EQ(Mean(*independent->GetRVs()[i]), means[i]) << i;
-    EXPECT_DOUBLE_EQ(Deviation(*independent->GetRVs()[i]), deviations[i]) << i;
-  }
+  for (std::size_t i = 0; i < 4; ++i)
+    ExpectMoments(*independent->GetRVs()[i], means[i], 0.1 * means[i]);
 
   manager.GetCoherences().Set(L"s1", L"m2", 0.5);
   manager.GetCoherences().Set(L"plain", L"m2", 0.9);
@@ -200,6 +173,10 @@ TEST(ParameterManagerToRVSet, PutsMixedBeforeStochasticParameters) {
   Eigen::Matrix4d expected = Eigen::Matrix4d::Identity();
   expected(0, 3) = expected(3, 0) = 0.5;
   EXPECT_EQ(correlated->GetCorrelationMatrix(), expected);
+  EXPECT_EQ(support::MessageOf([&] {
+              BuildCorrelationMatrix(manager, {L"a", L"b", L"a"});
+            }),
+            "Build correlation matrix impossible with not unique names");
 
   ParameterManager nobody;
   nobody.GetCoherences().Set(L"a", L"b", 0.5);
@@ -219,11 +196,9 @@ TEST(ParameterManagerToRVSet, FollowsTheDesignAndTakesItsValuesAsMeans) {
                          {L"s2#$#inner", CDesignEntry(-12.0)},
                          {L"s1", CDesignEntry(33.0)}}));
   EXPECT_EQ(GetVariableNames(*rvset), (Names{L"s1", L"s2", L"m1", L"m2"}));
-  EXPECT_DOUBLE_EQ(Mean(*rvset->GetRVs()[0]), 33.0);
-  EXPECT_DOUBLE_EQ(Deviation(*rvset->GetRVs()[0]), 0.3);
-  EXPECT_DOUBLE_EQ(Mean(*rvset->GetRVs()[1]), -12.0);
-  EXPECT_DOUBLE_EQ(Deviation(*rvset->GetRVs()[1]), 3.0);
-  EXPECT_DOUBLE_EQ(Mean(*rvset->GetRVs()[2]), 4.0);
+  ExpectMoments(*rvset->GetRVs()[0], 33.0, 0.3);
+  ExpectMoments(*rvset->GetRVs()[1], -12.0, 3.0);
+  ExpectMoments(*rvset->GetRVs()[2], 4.0, 0.4);
   EXPECT_EQ(rvset->GetCorrelationMatrix()(0, 2), -0.25);
 
   RandomProperties positive = Scatter(RandomVariable::LOGNORMAL);
@@ -238,15 +213,14 @@ TEST(ParameterManagerToRVSet, FollowsTheDesignAndTakesItsValuesAsMeans) {
 TEST(RandomConversion, ValuesGoToTheirOwnNamesInEveryOrder) {
   const ParameterManager manager = BothOrders();
   const auto rvset = ParameterManagerToRVSet(manager, Design());
-  const std::vector<Design> designs{DesignOf({{L"s1", CDesignEntry(10.0)},
-                                              {L"s2", CDesignEntry(20.0)},
-                                              {L"plain", CDesignEntry(30.0)},
-                                              {L"m1", CDesignEntry(40.0)},
-                                              {L"m2", CDesignEntry(50.0)}}),
-                                    DesignOf({{L"m2", CDesignEntry(51.0)},
-                                              {L"m1", CDesignEntry(41.0)},
-                                              {L"s2", CDesignEntry(21.0)},
-                                              {L"s1", CDesignEntry(11.0)}})};
+  const auto design = [](std::initializer_list<std::pair<const wchar_t*, double>> values) {
+    EntrySequence parameters;
+    for (const auto& [name, value] : values) parameters.Append(name, CDesignEntry(value));
+    return DesignOf(std::move(parameters));
+  };
+  const std::vector<Design> designs{
+      design({{L"s1", 10}, {L"s2", 20}, {L"plain", 30}, {L"m1", 40}, {L"m2", 50}}),
+      design({{L"m2", 51}, {L"m1", 41}, {L"s2", 21}, {L"s1", 11}})};
   Eigen::MatrixXd in_set_order(2, 4);  // m2, m1, s2, s1
   in_set_order << 50, 40, 20, 10, 51, 41, 21, 11;
   EXPECT_EQ(DesignsToMatrix(designs, *rvset), in_set_order);

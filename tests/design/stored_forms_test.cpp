@@ -218,6 +218,10 @@ TEST(StoredForms, OfDesigns) {
   flat.Field(ZEL_MEMBER(F, design_type), corvath::enums::DesignTypes::eType(7));
   flat.Field(ZEL_MEMBER(F, algo_iteration), 8);
   flat.Check();
+  Design design = DesignForm().Read(6);
+  const SDesign holds_all_but_the_messages(design);
+  design.GetStatus().Clear();
+  EXPECT_EQ(Load<F>(Save(holds_all_but_the_messages)).ToDesign(), design);
 
   using Stats = DesignManager::Stats;
   StoredForm<Stats, false> stats(0);

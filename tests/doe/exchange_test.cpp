@@ -60,15 +60,6 @@ MatrixXd Points(Index n, Index d, std::uint32_t seed = 1) {
   return LatinHypercube(engine, n, d, /*midpoints=*/false);
 }
 
-TEST(Exchange, DiscrepancyIsThatOfTheDefinition) {
-  EXPECT_NEAR(CenteredDiscrepancy(MatrixXd::Zero(1, 1)), 1.0 / 12.0, 1e-15);
-  for (const int d : {1, 2, 7, 20}) {
-    const MatrixXd points = Points(13, d);
-    const double expected = DiscrepancyByDefinition(points);
-    EXPECT_NEAR(CenteredDiscrepancy(points), expected, 1e-13 * std::pow(1.25, d));
-  }
-}
-
 TEST(Exchange, LowersTheDiscrepancyByTheBestOfFiftyDraws) {
   for (const Index d : {2, 3}) {  // in one dimension all exchanges are equal
     const Index n = 11;

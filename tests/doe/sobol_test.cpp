@@ -1,9 +1,13 @@
 #include "doe/sobol.h"
 
 #include "doe/doe.h"
+#include "doe/scrambled_sobol.h"
 #include "support/message_of.h"
 
 #include <gtest/gtest.h>
+
+#include <cmath>
+#include <set>
 
 namespace {
 
@@ -119,6 +123,38 @@ TEST(Sobol, BuildContinuesBehindTheDesigns) {
     EXPECT_EQ(x, 2.0 * 1073741824.0 * 4.656612873077e-10 - 1.0);
     EXPECT_NEAR(x, -8.43e-14, 1e-15);
   }
+}
+
+TEST(ScrambledSobol, KeepsTheEvennessAndIsUnbiased) {
+  // Of 2^10 points each of 1024 equal intervals of a dimension, and each of 32 x 32 cells of the
+  // first two dimensions, has one.
+  constexpr Eigen::Index kN = 1024;
+  const Eigen::MatrixXd points = ScrambledSobol(5, 3).GetPoints(3 * kN, kN);
+  EXPECT_EQ(points.bottomRows(24), ScrambledSobol(5, 3).GetPoints(4 * kN - 24, 24));
+  for (Eigen::Index k = 0; k < 5; ++k) {
+    std::set<int> intervals;
+    for (const double x : points.col(k)) intervals.insert(static_cast<int>(x * kN));
+    EXPECT_EQ(intervals.size(), 1024U) << k;
+  }
+  std::set<int> cells;
+  for (Eigen::Index i = 0; i < kN; ++i)
+    cells.insert(static_cast<int>(points(i, 0) * 32) * 32 + static_cast<int>(points(i, 1) * 32));
+  EXPECT_EQ(cells.size(), 1024U);
+
+  // The integral of the product of e^x: with independent points its standard error would be 1.6e-2
+  // of it, at nets it is far less; the mean over 64 seeds has an eighth of the spread of one.
+  const double exact = std::pow(std::exp(1.0) - 1.0, 3);
+  double sum = 0.0;
+  double squares = 0.0;
+  for (std::uint32_t seed = 0; seed < 64; ++seed) {
+    const double error =
+        ScrambledSobol(3, seed).GetPoints(0, kN).rowwise().sum().array().exp().mean() / exact - 1.0;
+    sum += error;
+    squares += error * error;
+  }
+  const double spread = std::sqrt(squares / 64.0);
+  EXPECT_LT(spread, 2e-3);
+  EXPECT_LT(std::abs(sum / 64.0), 4.0 * spread / 8.0);
 }
 
 TEST(Sobol, RefusesWhatTheTableDoesNotReach) {

@@ -1,11 +1,10 @@
 #include "metamodel/kriging/kernel_noise_fit.h"
 
 #include "metamodel/kriging/ordinary_kriging.h"
+#include "metamodel/plain_kriging.h"
 #include "stochastics/normal_quantile.h"
 #include "support/points.h"
 
-#include <Eigen/Cholesky>
-#include <Eigen/LU>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -18,32 +17,14 @@ Eigen::VectorXd Noise(Eigen::Index n, std::uint64_t seed) {
   return support::UniformVector(n, seed).unaryExpr([](double p) { return NormalQuantile(p); });
 }
 
-/// The objective by its formula: restricted likelihood and prior of the length scales, entry by
-/// entry, with the determinants of a plain factorisation.
+/// The objective by its formula: restricted likelihood and prior of the length scales.
 double ObjectiveByFormula(const Eigen::MatrixXd& points, const Eigen::VectorXd& values,
                           const Eigen::VectorXd& radii, double nugget) {
-  const Eigen::Index n = points.rows();
-  const Eigen::Index r = points.cols();
-  Eigen::MatrixXd c(n, n);
-  for (Eigen::Index a = 0; a < n; ++a)
-    for (Eigen::Index b = 0; b < n; ++b) {
-      double sum = 0.0;
-      for (Eigen::Index j = 0; j < r; ++j) {
-        const double radius = radii(radii.size() > 1 ? j : 0);
-        sum += std::pow((points(a, j) - points(b, j)) / radius, 2);
-      }
-      c(a, b) = std::pow(0.001, sum) + (a == b ? nugget : 0.0);
-    }
-  const Eigen::MatrixXd inverse = c.inverse();
-  const Eigen::VectorXd ones = Eigen::VectorXd::Ones(n);
-  const double information = ones.dot(inverse * ones);
-  const double mean = ones.dot(inverse * values) / information;
-  const Eigen::VectorXd rest = values.array() - mean;
-  const double variance = rest.dot(inverse * rest) / static_cast<double>(n - 1);
-  double objective =
-      0.5 * (static_cast<double>(n - 1) * std::log(variance) +
-             c.llt().matrixLLT().diagonal().array().log().sum() * 2.0 + std::log(information));
-  const double prior = std::sqrt(2.0) + 0.5 * std::log(static_cast<double>(r));
+  const support::PlainKriging plain(points, values, radii, nugget);
+  const auto n = static_cast<double>(points.rows());
+  double objective = 0.5 * ((n - 1.0) * std::log(plain.sigma2 * n / (n - 1.0)) +
+                            plain.log_determinant + std::log(plain.information));
+  const double prior = std::sqrt(2.0) + 0.5 * std::log(static_cast<double>(points.cols()));
   for (const double radius : radii) {
     const double scale = std::log(radius / std::sqrt(-2.0 * std::log(0.001)));
     objective += 0.5 * std::pow(scale - prior, 2) / 3.0;

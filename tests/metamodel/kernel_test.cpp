@@ -1,4 +1,3 @@
-#include "metamodel/factories.h"
 #include "metamodel/kernels/kernels_constant.h"
 #include "metamodel/kernels/kernels_nodal.h"
 #include "support/points.h"
@@ -84,23 +83,6 @@ TEST(Kernel, WeightsOfAPointSetAreThoseOfItsRows) {
   // A NaN in the point makes every weight NaN, and never harms the selection.
   EXPECT_TRUE(
       WeightsOf(nodal, Eigen::Vector3d(0.0, std::nan(""), 0.0), points).array().isNaN().all());
-}
-
-TEST(Kernel, TellsWhatItCanServeFor) {
-  const struct {
-    KernelType type;
-    bool correlation, constant, isotropic;
-  } cases[] = {{KernelType::kConstInflExp, true, true, false},
-               {KernelType::kConstInflIsoExp, true, true, true},
-               {KernelType::kConstInflIsoReg, false, true, true},
-               {KernelType::kNodalInflExp, true, false, false}};
-  for (const auto& c : cases) {
-    const auto kernel = MakeKernel(c.type, Radius(1.0));
-    EXPECT_EQ(kernel->GetType(), c.type);
-    EXPECT_EQ(kernel->IsCorrelation(), c.correlation);
-    EXPECT_EQ(kernel->IsConstantInfluence(), c.constant);
-    EXPECT_EQ(kernel->IsIsotropic(), c.isotropic);
-  }
 }
 
 }  // namespace

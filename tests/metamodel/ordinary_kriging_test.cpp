@@ -1,5 +1,6 @@
 #include "metamodel/kriging/ordinary_kriging.h"
 
+#include "metamodel/plain_kriging.h"
 #include "metamodel/transforms/trans_box_cox.h"
 
 #include <Eigen/Dense>
@@ -11,49 +12,9 @@
 using namespace corvath::math::metamodel;
 using corvath::math::transform::TransBoxCox;
 using corvath::math::transform::TransformType;
+using support::PlainKriging;
 
 namespace {
-
-/// Kriging from the textbook: one dense system by QR, one pair of points at a time.
-class PlainKriging {
- public:
-  PlainKriging(const Eigen::MatrixXd& x, const Eigen::VectorXd& y, const Eigen::VectorXd& radii,
-               double nugget)
-      : x_(x), radii_(radii) {
-    Eigen::MatrixXd c(x.rows(), x.rows());
-    for (Eigen::Index i = 0; i < x.rows(); ++i)
-      for (Eigen::Index j = 0; j < x.rows(); ++j) c(i, j) = Correlation(x.row(i), j);
-    c.diagonal().array() += nugget;
-    const Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(c);
-    const Eigen::VectorXd ones = Eigen::VectorXd::Ones(x.rows());
-    mean_ = ones.dot(qr.solve(y)) / ones.dot(qr.solve(ones));
-    const Eigen::VectorXd centred = y.array() - mean_;
-    weights_ = qr.solve(centred);
-    const auto n = static_cast<double>(x.rows());
-    sigma2_ = centred.dot(weights_) / n;
-    likelihood_ = 0.5 * (n * std::log(sigma2_) + qr.logAbsDeterminant());
-  }
-
-  double Predict(const Eigen::RowVectorXd& x) const {
-    double sum = mean_;
-    for (Eigen::Index j = 0; j < x_.rows(); ++j) sum += Correlation(x, j) * weights_(j);
-    return sum;
-  }
-
-  double mean_, sigma2_, likelihood_;
-
- private:
-  double Correlation(const Eigen::RowVectorXd& x, Eigen::Index j) const {
-    double scaled = 0.0;
-    for (Eigen::Index k = 0; k < x.size(); ++k)
-      scaled += std::pow((x(k) - x_(j, k)) / radii_(radii_.size() == 1 ? 0 : k), 2);
-    return std::pow(0.001, scaled);
-  }
-
-  Eigen::MatrixXd x_;
-  Eigen::VectorXd radii_;
-  Eigen::VectorXd weights_;
-};
 
 Eigen::VectorXd One(double value) {
   return Eigen::VectorXd::Constant(1, value);
@@ -119,9 +80,9 @@ TEST(OrdinaryKriging, MatchesTheDenseSystem) {
     // The condition of the system, up to 1e5 with these nuggets, times the rounding.
     for (Eigen::Index i = 0; i < x.rows(); ++i)
       ASSERT_NEAR(predicted(i), plain.Predict(scaled.row(i)), 1e-9);
-    EXPECT_NEAR(model.GetMean(), plain.mean_, 1e-9);
-    EXPECT_NEAR(model.GetSigma2(), plain.sigma2_, 1e-9 * plain.sigma2_);
-    EXPECT_NEAR(model.GetLikelihood(), plain.likelihood_, 1e-7);
+    EXPECT_NEAR(model.GetMean(), plain.mean, 1e-9);
+    EXPECT_NEAR(model.GetSigma2(), plain.sigma2, 1e-9 * plain.sigma2);
+    EXPECT_NEAR(model.GetLikelihood(), plain.likelihood, 1e-7);
   }
 }
 
@@ -228,38 +189,6 @@ TEST(OrdinaryKriging, LikelihoodGradientMatchesExtrapolatedDifferences) {
       EXPECT_NEAR(gradient(k), expected, 1e-6 * (1.0 + std::abs(expected))) << k;
     }
   }
-}
-
-TEST(OrdinaryKriging, SingleCoPsAreTheLossWithoutAnInput) {
-  const Sample sample;
-  IndexVector groups(sample.values.size());
-  for (Eigen::Index i = 0; i < groups.size(); ++i) groups(i) = static_cast<std::uint64_t>(i % 5);
-  const double total = (sample.values.array() - sample.values.mean()).square().sum();
-  OrdinaryKrigingSettings settings =
-      Settings(KernelType::kConstInflExp, Eigen::Vector2d(0.8, 1.1), 1e-3);
-  settings.SetVariableSelection({true, false, true});
-  OrdinaryKriging model(sample.points, sample.values, settings);
-  ASSERT_TRUE(model.Build());
-  const auto error_with = [&](const BitVector& bits, const Eigen::VectorXd& radii) {
-    OrdinaryKrigingSettings other = Settings(KernelType::kConstInflExp, radii, 1e-3);
-    other.SetVariableSelection(bits);
-    OrdinaryKriging refit(sample.points, sample.values, other);
-    EXPECT_TRUE(refit.Build());
-    return (sample.values - refit.ApproximateCrossValidationDirect(groups)).squaredNorm();
-  };
-  const double error = error_with({true, false, true}, Eigen::Vector2d(0.8, 1.1));
-  const Eigen::VectorXd single = model.ComputeSingleCoPs(groups);
-  ASSERT_EQ(single.size(), 3);
-  EXPECT_NEAR(single(0), (error_with({false, false, true}, One(1.1)) - error) / total, 1e-8);
-  EXPECT_EQ(single(1), 0.0);
-  EXPECT_NEAR(single(2), (error_with({true, false, false}, One(0.8)) - error) / total, 1e-8);
-
-  settings.SetVariableSelection({false, true, false});
-  settings.SetKernelParameter(One(0.7));
-  OrdinaryKriging alone(sample.points, sample.values, settings);
-  ASSERT_TRUE(alone.Build());
-  const double own = error_with({false, true, false}, One(0.7));
-  EXPECT_NEAR(alone.ComputeSingleCoPs(groups)(1), 1.0 - own / total, 1e-8);
 }
 
 TEST(OrdinaryKriging, RefusesASingularSystemAndKeepsWhatItHad) {

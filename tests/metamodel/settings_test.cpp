@@ -32,8 +32,6 @@ TEST(LinearRegressionSettings, CountTermsParametersAndComplexity) {
   EXPECT_EQ(CountsOf(settings), (Counts{4, 4, 0}));
   settings.SetInteractionSelection({false, true, false});
   EXPECT_EQ(CountsOf(settings), (Counts{5, 5, 1}));
-  settings.SetOrder(0);
-  EXPECT_EQ(CountsOf(settings), (Counts{1, 1, 0}));
   settings.SetOrder(2);
   EXPECT_EQ(CountsOf(settings), (Counts{10, 10, 2}));
   settings.SetVariableSelection(kTwoOfThree);

@@ -1,3 +1,5 @@
+// The stored forms of all classes here, of every class version.
+
 #include "metamodel/factories.h"
 #include "metamodel/kernels/kernels_constant.h"
 #include "metamodel/kernels/kernels_nodal.h"
@@ -9,519 +11,416 @@
 #include "metamodel/transforms/trans_box_cox.h"
 #include "metamodel/transforms/trans_limits.h"
 #include "metamodel/transforms/trans_min_max.h"
-#include "support/archive_round_trip.h"
 #include "support/message_of.h"
 #include "support/points.h"
-#include "support/stand_in.h"
+#include "support/stored_form.h"
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
-#include <tuple>
-
-// The stored forms of all classes here, field by field, name by name, in every class version: a
-// reader that throws at the first wrong name reads what these tables of fields write.
-
 namespace corvath::math::metamodel {
 namespace {
 
-using support::StandIn;
-using transform::TransBoxCox;
-using transform::Transform;
-using transform::TransformType;
-using transform::TransLimits;
-using transform::TransMinMax;
-using Archive = portable_binary_oarchive;
+using namespace support;
+using namespace transform;
+using Eigen::MatrixXd;
+using Eigen::VectorXd;
 
-// Classes of one archive.
-struct Outer {};
-struct Middle {};
-struct Inner {};
-struct Innermost {};
+const auto kEqual = [](const auto& a, const auto& b) { return a.Equals(b); };
 
-template <class Fields, std::size_t... I>
-void PutAll(Archive& ar, const Fields& fields, std::index_sequence<I...>) {
-  (support::Put(ar, std::get<2 * I>(fields), std::get<2 * I + 1>(fields)), ...);
-}
-
-/// An object of class version `Version` with these fields: name, value, name, value ...
-template <class Tag, int Version, bool Tracked, class... Fields>
-StandIn<Tag, Version, Tracked> Form(Fields... fields) {
-  return {[all = std::make_tuple(fields...)](Archive& ar) {
-    PutAll(ar, all, std::make_index_sequence<sizeof...(Fields) / 2>());
-  }};
-}
-
-/// The bytes of a stored object of a class of its own.
-template <int Version, class... Fields>
-std::string Stored(const Fields&... fields) {
-  return support::Save(Form<Outer, Version, true>(fields...));
-}
-
-Eigen::VectorXd One(double value) {
-  return Eigen::VectorXd::Constant(1, value);
+VectorXd One(double value) {
+  return VectorXd::Constant(1, value);
 }
 
 TEST(StoredForm, OfTransforms) {
-  const Eigen::VectorXd data = support::UniformVector(9, 1);
-  TransMinMax min_max(0.2, 5.0);
-  min_max.Build(data);
-  TransBoxCox box_cox(-4, 0.2, 5.0);
-  box_cox.Build(data);
-  const auto built = Form<Middle, 0, false>("need_build_", false);
-  const auto open = Form<Middle, 0, false>("need_build_", true);
-  const auto of_min_max = [&](auto tag) {
-    return Form<decltype(tag), 0, true>("Transform", built, "min_scaled_", 0.2, "max_scaled_", 5.0,
-                                        "scaling_", min_max.GetScaling(), "offset_forward_",
-                                        min_max.GetOffsetForward(), "offset_backward_",
-                                        min_max.GetOffsetBackward());
-  };
-  const auto check = [](const auto& expected, const std::string& bytes) {
-    EXPECT_EQ(support::Save(expected), bytes);
-    EXPECT_TRUE(support::Load<std::decay_t<decltype(expected)>>(bytes).Equals(expected));
-  };
-  check(min_max, support::Save(of_min_max(Outer())));
-  check(box_cox,
-        Stored<0>("Transform", built, "lambda_", -0.25, "lambda_inv_", std::int64_t{-4},
-                  "min_scaled_", 0.2, "max_scaled_", 5.0, "trans_minmax_", of_min_max(Inner())));
-  check(TransLimits(-1.0, 3.0),
-        Stored<0>("Transform", open, "lower_limit_", -1.0, "upper_limit_", 3.0));
+  StoredForm<Transform, false> base(0);
+  base.Hidden("need_build_", false, true);
+  StoredForm<TransMinMax> min_max(0);
+  min_max.Part("Transform", base).Hidden("min_scaled_", 0.2, 0.1).Hidden("max_scaled_", 5.0, 6.0);
+  min_max.Field("scaling_", &TransMinMax::GetScaling, One(2.0), Since(0));
+  min_max.Field("offset_forward_", &TransMinMax::GetOffsetForward, One(3.0), Since(0));
+  min_max.Field("offset_backward_", &TransMinMax::GetOffsetBackward, One(4.0), Since(0));
+  min_max.Shows([](const auto& t) { return t.Forward(One(1.0)); }, One(5.0));
+  min_max.Check(kEqual);
+  StoredForm<TransBoxCox> box_cox(0);
+  box_cox.Part("Transform", base).Hidden("lambda_", -0.25, -0.5);
+  box_cox.Hidden("lambda_inv_", std::int64_t{-4}, std::int64_t{-2});
+  box_cox.Hidden("min_scaled_", 0.2, 0.1).Hidden("max_scaled_", 5.0, 6.0);
+  box_cox.Raw("trans_minmax_", min_max.As(0));
+  box_cox.Shows(&Transform::GetParameters, {-0.25, 0.2, 5.0});
+  box_cox.Check(kEqual);
+  StoredForm<TransLimits> limits(0);
+  limits.Part("Transform", base).Hidden("lower_limit_", -1.0, 0.0).Hidden("upper_limit_", 3.0, 4.0);
+  limits.Shows(&Transform::GetParameters, {-1.0, 3.0});
+  limits.Check(kEqual);
 }
 
 TEST(StoredForm, OfKernels) {
-  // The stored helper terms serve as they are: 0.001 at half the radius of the parameter.
-  const double log_weight = std::log(0.001);
-  const auto base = Form<Innermost, 0, false>("parameters_", One(2.0));
-  const auto constant = Form<Inner, 0, false>("KernelBase", base);
-  const auto isotropic = Form<Middle, 0, false>("KernelConstInfl", constant);
-  const auto exp = support::Load<KernelConstInflExp>(
-      Stored<0>("KernelConstInfl", constant, "helper_term_", One(log_weight)));
-  EXPECT_EQ(exp.GetParameters(), One(2.0));
-  EXPECT_NEAR(exp.EvaluateVector(One(1.0)), 0.001, 1e-16);
-  const auto iso_exp = support::Load<KernelConstInflIsoExp>(
-      Stored<0>("KernelConstInflIso", isotropic, "helper_term_", log_weight));
-  EXPECT_NEAR(iso_exp.EvaluateDistance(1.0), 0.001, 1e-16);
-  const auto reg = support::Load<KernelConstInflIsoReg>(
-      Stored<0>("KernelConstInflIso", isotropic, "epsilon_", 0.5, "m_", 3.0, "D_squared_", 9.0,
-                "helper_term_", 0.125));
-  EXPECT_NEAR(reg.EvaluateDistance(4.5), 1.0 - 0.125, 1e-15);
-  const std::string nodal = Stored<0>("KernelNodalInfl", Form<Middle, 0, false>("KernelBase", base),
-                                      "helper_term_", log_weight);
-  EXPECT_NEAR(support::Load<KernelNodalInflExp>(nodal).EvaluateDistances(
-                  Eigen::Vector3d(0.09, 0.36, 0.81))(1),
-              0.001, 1e-16);
-  EXPECT_EQ(support::Save(KernelNodalInflExp(One(2.0))), nodal);
+  // The stored helper terms serve as they are: these are not those of the parameter.
+  const auto at = [](const auto& kernel) { return kernel.EvaluateVector(One(1.0)); };
+  StoredForm<KernelBase, false> base(0);
+  base.Raw("parameters_", One(2.0));
+  StoredForm<KernelConstInfl, false> constant(0);
+  constant.Part("KernelBase", base);
+  StoredForm<KernelConstInflIso, false> isotropic(0);
+  isotropic.Part("KernelConstInfl", constant);
+  StoredForm<KernelNodalInfl, false> nodal(0);
+  nodal.Part("KernelBase", base);
+  StoredForm<KernelConstInflExp> exp(0);
+  exp.Part("KernelConstInfl", constant).Raw("helper_term_", One(0.0)).Shows(at, 1.0);
+  exp.Shows(&KernelBase::GetParameters, One(2.0)).Check();
+  StoredForm<KernelConstInflIsoExp> iso_exp(0);
+  iso_exp.Part("KernelConstInflIso", isotropic).Raw("helper_term_", 0.0).Shows(at, 1.0).Check();
+  StoredForm<KernelConstInflIsoReg> reg(0);
+  reg.Part("KernelConstInflIso", isotropic).Raw("epsilon_", 0.5).Raw("m_", 3.0);
+  reg.Raw("D_squared_", 9.0).Raw("helper_term_", 0.0625);  // (13.5 / 9 + 0.5)^-3 is 0.125
+  reg.Shows([](const auto& kernel) { return kernel.EvaluateDistance(13.5); }, 0.0625).Check();
+  StoredForm<KernelNodalInflExp> nodal_exp(0);
+  nodal_exp.Part("KernelNodalInfl", nodal).Raw("helper_term_", 0.0);
+  nodal_exp.Shows([](const auto& kernel) { return kernel.EvaluateDistances(One(4.0)); }, One(1.0));
+  nodal_exp.Check();
 }
 
-/// The base of stored settings; no setter exists for `handle_failed`.
-template <int Version>
-StandIn<Inner, Version> SettingsBase(const SurrogateSettingsBase& settings,
-                                     std::int32_t handle_failed = 0) {
-  const auto number = [](auto value) { return static_cast<std::int32_t>(value); };
-  return {[&settings, number, handle_failed](Archive& ar) {
-    using support::Put;
-    Put(ar, "ninputs_", settings.GetNumberInputs());
-    Put(ar, "coord_transform_", number(settings.GetCoordTransform()));
-    Put(ar, "coord_transform_parameter_", settings.GetCoordTransformParameter());
-    Put(ar, "value_transform_", number(settings.GetValueTransform()));
-    Put(ar, "value_transform_parameter_", settings.GetValueTransformParameter());
-    Put(ar, "handle_failed_", handle_failed);
-    Put(ar, "state_", number(settings.GetState()));
-    if (Version >= 1) {
-      Put(ar, "limit_transform_", number(settings.GetLimitTransform()));
-      Put(ar, "limit_transform_parameter_", settings.GetLimitTransformParameter());
-    }
-    if (Version >= 2) Put(ar, "input_names_", settings.GetInputNames());
-  }};
+/// The base part of settings for two inputs; equality leaves the state and `handle_failed_` out.
+StoredForm<SurrogateSettingsBase, false> SettingsBase() {
+  using S = SurrogateSettingsBase;
+  using Numbers = std::vector<double>;
+  const auto none = TransformType::kNone;
+  StoredForm<S, false> form(2);
+  form.Field("ninputs_", &S::GetNumberInputs, 2, Since(0), 3);
+  form.Field("coord_transform_", &S::GetCoordTransform, TransformType::kMinMax, Since(0), none);
+  form.Field("coord_transform_parameter_", &S::GetCoordTransformParameter, Numbers{-1.0, 1.0},
+             Since(0));
+  form.Field("value_transform_", &S::GetValueTransform, TransformType::kBoxCox, Since(0), none);
+  form.Field("value_transform_parameter_", &S::GetValueTransformParameter, Numbers{0.5, 0.1, 10.1},
+             Since(0));
+  form.Raw("handle_failed_", std::int32_t{7});
+  form.Uncompared("state_", &S::GetState, SettingsState::kOptimized);
+  form.Field("limit_transform_", &S::GetLimitTransform, TransformType::kLimits, Since(1), none);
+  form.Field("limit_transform_parameter_", &S::GetLimitTransformParameter, Numbers{0.0, 1.0},
+             Since(1));
+  form.Field("input_names_", &S::GetInputNames, {L"first", L"zweit\u00e4"}, Since(2));
+  return form;
 }
 
 TEST(StoredForm, OfSettings) {
-  LinearRegressionSettings terms(2);
-  terms.SetOrder(2);
-  terms.SetMainTermSelection({true, false, true, true});
-  terms.SetCoordTransformParameter({-1.0, 1.0});
-  terms.SetValueTransform(TransformType::kBoxCox);
-  terms.SetValueTransformParameter({0.5, 0.1, 10.1});
-  terms.SetState(SettingsState::kOptimized);
-  const auto stored = [&](const auto& base) {
-    return Stored<0>("SurrogateSettingsBase", base, "order_", std::uint64_t{2},
-                     "main_term_selection_", BitVector{true, false, true, true},
-                     "interaction_selection_", BitVector{true});
-  };
-  const auto check = [&](const std::string& bytes) {
-    const auto read = support::Load<LinearRegressionSettings>(bytes);
-    EXPECT_TRUE(read.Equals(terms));
-    EXPECT_EQ(read.GetState(), SettingsState::kOptimized);
-  };
-  check(stored(SettingsBase<0>(terms)));
-  terms.SetLimitTransform(TransformType::kLimits);
-  terms.SetLimitTransformParameter({0.0, 1.0});
-  check(stored(SettingsBase<1>(terms)));
-  terms.SetInputNames({L"first", L"zweit\u00e4"});
-  // What was read is written as it was, the unused number included.
-  const std::string newest = stored(SettingsBase<2>(terms, 7));
-  check(newest);
-  EXPECT_EQ(support::Save(support::Load<LinearRegressionSettings>(newest)), newest);
-
-  MovingLeastSquaresSettings local(2);
-  local.SetOrder(0);
-  local.SetVariableSelection({true, false});
-  local.SetKernelType(KernelType::kNodalInflExp);
-  local.SetKernelParameter(One(9.0));
-  EXPECT_EQ(support::Save(local),
-            Stored<0>("SurrogateSettingsBase", SettingsBase<2>(local), "order_", std::uint64_t{0},
-                      "main_term_selection_", BitVector{true, false}, "kernel_type_", 201,
-                      "kernel_parameter_", One(9.0)));
-  OrdinaryKrigingSettings kriging(2);
-  kriging.SetNugget(0.25);
-  kriging.SetUseLikelihood(false);
-  kriging.SetKernelType(KernelType::kConstInflExp);
-  kriging.SetKernelParameter(Eigen::Vector2d(1.0, 2.0));
-  EXPECT_EQ(
-      support::Save(kriging),
-      Stored<0>("SurrogateSettingsBase", SettingsBase<2>(kriging), "nugget_", 0.25,
-                "use_likelihood_", false, "kernel_type_", 1, "kernel_parameter_",
-                Eigen::VectorXd(Eigen::Vector2d(1.0, 2.0)), "selection_", BitVector{true, true}));
+  for (const unsigned base_version : {0, 1, 2}) {
+    using L = LinearRegressionSettings;
+    StoredForm<L> form(0);
+    form.Part("SurrogateSettingsBase", SettingsBase(), base_version);
+    form.Field("order_", &L::GetOrder, 2);
+    form.Field("main_term_selection_", &L::GetMainTermSelection, {true, false, true, true});
+    form.Field("interaction_selection_", &L::GetInteractionSelection, {true});
+    if (base_version == 2)
+      form.Check(kEqual);
+    else
+      form.CheckReading();
+  }
+  using M = MovingLeastSquaresSettings;
+  StoredForm<M> local(0);
+  local.Part("SurrogateSettingsBase", SettingsBase()).Field("order_", &M::GetOrder, 0);
+  local.Field("main_term_selection_", &M::GetMainTermSelection, {true, false});
+  local.Field("kernel_type_", &M::GetKernelType, KernelType::kNodalInflExp);
+  local.Field("kernel_parameter_", &M::GetKernelParameter, One(9.0));
+  local.Check(kEqual);
+  using K = OrdinaryKrigingSettings;
+  StoredForm<K> kriging(0);
+  kriging.Part("SurrogateSettingsBase", SettingsBase()).Field("nugget_", &K::GetNugget, 0.25);
+  kriging.Field("use_likelihood_", &K::UsesLikelihood, false);
+  kriging.Field("kernel_type_", &K::GetKernelType, KernelType::kConstInflExp);
+  kriging.Field("kernel_parameter_", &K::GetKernelParameter, Eigen::Vector2d(1.0, 2.0));
+  kriging.Field("selection_", &K::GetVariableSelection, {true, false});
+  kriging.Check(kEqual);
 }
 
-template <class Settings>
-void UseTransforms(Settings& settings) {
-  settings.SetValueTransform(TransformType::kBoxCox);
-  settings.SetValueTransformParameter({0.5, 0.1, 10.1});
-}
+const MatrixXd kAt = 3.0 * UniformPoints(9, 2, 4);
 
 /// Built models with all that a surrogate can hold.
 template <class Model, class Settings, class... Weights>
-Model Full(const Settings& settings, const Weights&... weights) {
-  Model model(3.0 * support::UniformPoints(30, 2, 1), support::UniformVector(30, 2), settings,
-              weights...);
-  EXPECT_TRUE(model.Build());
-  EXPECT_TRUE(model.BuildErrors(IndexVector::LinSpaced(30, 0, 4)));
+Model Full(Settings settings, const Weights&... weights) {
+  settings.SetLimitTransform(TransformType::kLimits);
+  settings.SetLimitTransformParameter({-99.0, 99.0});  // old forms predict the same without them
+  Model model(3.0 * UniformPoints(30, 2, 1), UniformVector(30, 2), settings, weights...);
+  EXPECT_TRUE(model.Build() && model.BuildErrors(IndexVector::LinSpaced(30, 0, 4)));
   model.SetSingleCoPs(Eigen::RowVector2d(0.7, 0.2));
   return model;
 }
 
+template <class Settings>
+Settings WithBoxCox(std::uint64_t order) {
+  Settings settings(2);
+  settings.SetOrder(order);
+  settings.SetValueTransform(TransformType::kBoxCox);
+  settings.SetValueTransformParameter({0.5, 0.1, 10.1});
+  return settings;
+}
+
 LinearRegression Regression() {
-  LinearRegressionSettings settings(2);
-  settings.SetOrder(2);
+  auto settings = WithBoxCox<LinearRegressionSettings>(2);
   settings.SetVariableSelection({true, false});
-  UseTransforms(settings);
-  settings.SetLimitTransform(TransformType::kLimits);
-  settings.SetLimitTransformParameter({0.0, 1.0});
-  return Full<LinearRegression>(settings,
-                                Eigen::VectorXd(0.5 + support::UniformVector(30, 3).array()));
+  return Full<LinearRegression>(settings, VectorXd(0.5 + UniformVector(30, 3).array()));
 }
 
 MovingLeastSquares LocalModel() {
-  MovingLeastSquaresSettings settings(2);
-  settings.SetOrder(2);
+  auto settings = WithBoxCox<MovingLeastSquaresSettings>(2);
   settings.SetMainTermSelection({true, true, false, true});
   settings.SetKernelType(KernelType::kConstInflExp);
   settings.SetKernelParameter(Eigen::Vector2d(0.9, 1.1));
-  UseTransforms(settings);
   return Full<MovingLeastSquares>(settings);
 }
 
 OrdinaryKriging Kriging(bool anisotropic) {
   OrdinaryKrigingSettings settings(2);
   if (anisotropic) settings.SetKernelType(KernelType::kConstInflExp);
-  settings.SetKernelParameter(anisotropic ? Eigen::VectorXd(Eigen::Vector2d(0.8, 2.0)) : One(1.2));
+  settings.SetKernelParameter(anisotropic ? VectorXd(Eigen::Vector2d(0.8, 2.0)) : One(1.2));
   settings.SetNugget(1e-3);
   return Full<OrdinaryKriging>(settings);
 }
 
-Eigen::MatrixXd Transformed(const SurrogateBase& model) {
+MatrixXd Transformed(const SurrogateBase& model) {
   return model.GetTransCoord()->Forward(model.GetPoints());
 }
 
 /// Without the inputs that the model does not use.
-Eigen::MatrixXd Reduced(const SurrogateBase& model) {
-  const BitVector selection = model.GetVariableSelection();
+MatrixXd Reduced(const SurrogateBase& model) {
   std::vector<Eigen::Index> used;
+  const BitVector selection = model.GetVariableSelection();
   for (std::size_t j = 0; j < selection.size(); ++j)
     if (selection[j]) used.push_back(static_cast<Eigen::Index>(j));
   return Transformed(model)(Eigen::all, used);
 }
 
-Eigen::VectorXd TransformedValues(const SurrogateBase& model) {
-  if (!model.GetTransValue()) return model.GetValues();
-  return model.GetTransValue()->Forward(model.GetValues());
+VectorXd TransformedValues(const SurrogateBase& model) {
+  return model.GetTransValue() ? VectorXd(model.GetTransValue()->Forward(model.GetValues()))
+                               : model.GetValues();
 }
 
-/// The base part of a built model.
-template <int Version>
-StandIn<Middle, Version> Base(const SurrogateBase& model) {
-  // The archive knows objects by their addresses: the copies live as long as the stand-in.
-  std::vector<boost::shared_ptr<Transform>> copies;
-  for (const Transform* trans :
-       {model.GetTransCoord(), model.GetTransValue(), model.GetTransLimit()})
-    copies.emplace_back(trans ? trans->Clone() : nullptr);
-  return {[&model, copies](Archive& ar) {
-    using support::Put;
-    Put(ar, "points_", model.GetPoints());
-    Put(ar, "values_", model.GetValues());
-    if (Version >= 2) Put(ar, "points_trans_reduced_", Reduced(model));
-    if (Version >= 2) Put(ar, "residuals_", model.GetResiduals());
-    if (Version >= 3) Put(ar, "subsets_", model.GetSubsets());
-    Put(ar, "need_build_", false);
-    Put(ar, "trans_coord_", copies[0]);
-    Put(ar, "trans_value_", copies[1]);
-    if (Version >= 1) Put(ar, "weights_", model.GetWeights());
-    if (Version >= 4) Put(ar, "trans_limit_", copies[2]);
-    if (Version >= 5) Put(ar, "single_cops_", model.GetSingleCoPs());
-    if (Version >= 6) Put(ar, "points_radii_mean_", model.GetPointsRadiiMean());
-    if (Version >= 7) Put(ar, "weight_error_radius_", model.GetWeightErrorRadius());
-  }};
-}
-
-Eigen::MatrixXd BasisOf(const LinearRegression& model) {
+template <class Model>
+MatrixXd BasisOf(const Model& model) {
   return BuildRegressionMatrix(Transformed(model), model.GetSettingsBase().GetMainTermSelection(),
                                model.GetSettingsBase().GetInteractionSelection());
 }
-Eigen::MatrixXd BasisOf(const MovingLeastSquares& model) {
-  return BuildRegressionMatrix(Transformed(model), model.GetSettingsBase().GetMainTermSelection(),
-                               {});
-}
 
-template <int BaseVersion>
-std::string Newest(const LinearRegression& model) {
-  return Stored<1>("SurrogateBase", Base<BaseVersion>(model), "coefficients_",
-                   model.GetCoefficients(), "coefficient_matrix_", BasisOf(model), "settings_",
-                   model.GetSettingsBase());
-}
-
-TEST(StoredForm, OfTheNewestModels) {
-  const auto check = [](const auto& model, const std::string& bytes) {
-    EXPECT_EQ(support::Save(model), bytes);
-    auto read = support::Load<std::decay_t<decltype(model)>>(bytes);
-    EXPECT_TRUE(read.Equals(model));
-    EXPECT_TRUE(read.Build());  // nothing to be done
-    EXPECT_TRUE(read.Equals(model));
-    const Eigen::MatrixXd x = support::UniformPoints(9, 2, 4);
-    EXPECT_EQ(read.Approximate(x), model.Approximate(x));
-    if (model.GetName(true) == L"Linear Regression") return;
-    read.SetSupportData(Eigen::MatrixXd(0, 2), {});  // what else is stored suffices to predict
-    EXPECT_EQ(read.Approximate(x), model.Approximate(x));
+/// The base part of a built model.
+StoredForm<SurrogateBase, false> BaseOf(const SurrogateBase& model) {
+  using S = SurrogateBase;
+  const auto copy = [](const Transform* trans) {
+    return boost::shared_ptr<Transform>(trans ? trans->Clone() : nullptr);
   };
-  const LinearRegression regression = Regression();
-  check(regression, Newest<7>(regression));
-  const MovingLeastSquares local = LocalModel();
-  check(local,
-        Stored<3>("SurrogateBase", Base<7>(local), "values_trans_", TransformedValues(local),
-                  "coefficient_matrix_", BasisOf(local), "settings_", local.GetSettingsBase()));
-  for (const bool anisotropic : {false, true}) {
-    const OrdinaryKriging kriging = Kriging(anisotropic);
-    check(kriging,
-          Stored<2>("SurrogateBase", Base<7>(kriging), "mean_", kriging.GetMean(), "sigma2_",
-                    kriging.GetSigma2(), "kernel_weights_", kriging.GetKernelWeights(), "settings_",
-                    kriging.GetSettingsBase(), "values_trans_", kriging.GetValues()));
-  }
-  SurrogateTPS splines(support::UniformPoints(12, 2, 1), support::UniformVector(12, 2));
-  ASSERT_TRUE(splines.Build());
-  check(splines, support::Save(splines));
-}
-
-/// What came with a later version than `Version` is as in a new model.
-template <int Version>
-void ExpectBaseOf(const LinearRegression& model) {
-  const auto read = support::Load<LinearRegression>(Newest<Version>(model));
-  const LinearRegression fresh;
-  const auto expect = [&](int since, auto get) {
-    EXPECT_EQ(get(read), get(Version >= since ? model : fresh)) << Version << ", " << since;
+  const auto names = [](const S& m) {
+    return m.GetTransCoord()->GetName() + (m.GetTransLimit() ? m.GetTransLimit()->GetName() : L"");
   };
-  expect(0, [](auto& m) { return m.GetPoints(); });
-  expect(0, [](auto& m) { return m.GetValues(); });
-  expect(0, [](auto& m) { return m.GetTransCoord()->GetName(); });
-  expect(1, [](auto& m) { return m.GetWeights(); });
-  expect(2, [](auto& m) { return m.GetResiduals(); });
-  expect(3, [](auto& m) { return m.GetSubsets(); });
-  expect(4, [](auto& m) { return m.GetTransLimit() != nullptr; });
-  expect(5, [](auto& m) { return m.GetSingleCoPs(); });
-  expect(6, [](auto& m) { return m.GetPointsRadiiMean(); });
-  expect(7, [](auto& m) { return m.GetWeightErrorRadius(); });
+  StoredForm<S, false> form(7);
+  form.Uncompared("points_", &S::GetPoints, model.GetPoints());
+  form.Uncompared("values_", &S::GetValues, model.GetValues());
+  form.Raw("points_trans_reduced_", Reduced(model), Since(2));
+  form.Field("residuals_", &S::GetResiduals, model.GetResiduals(), Since(2));
+  form.Field("subsets_", &S::GetSubsets, model.GetSubsets(), Since(3));
+  form.Hidden("need_build_", false, true);
+  form.Raw("trans_coord_", copy(model.GetTransCoord()));
+  form.Raw("trans_value_", copy(model.GetTransValue()));
+  if (model.GetWeights().size() > 0)
+    form.Field("weights_", &S::GetWeights, model.GetWeights(), Since(1));
+  else
+    form.Raw("weights_", VectorXd(), Since(1));
+  form.Hidden("trans_limit_", copy(model.GetTransLimit()), {}, Since(4));
+  form.Shows(names, names(model), Since(4));
+  form.Shows(names, model.GetTransCoord()->GetName(), Until(3));
+  form.Field("single_cops_", &S::GetSingleCoPs, model.GetSingleCoPs(), Since(5));
+  form.Field("points_radii_mean_", &S::GetPointsRadiiMean, model.GetPointsRadiiMean(), Since(6));
+  form.Field("weight_error_radius_", &S::GetWeightErrorRadius, model.GetWeightErrorRadius(),
+             Since(7));
+  return form;
 }
 
-template <int... Versions>
-void ExpectBasesOf(const LinearRegression& model, std::integer_sequence<int, Versions...>) {
-  (ExpectBaseOf<Versions>(model), ...);
+/// What a model that was read must show, with and without the support data that a file may leave
+/// out; beside `settings`, which the oldest versions rebuild.
+template <class Model, class Settings>
+void ShowsModel(StoredForm<Model>& form, const Model& model, const Settings& settings) {
+  form.Shows([settings](const Model& m) { return m.GetSettingsBase().Equals(settings); }, true);
+  form.Shows([](const Model& m) { return m.Approximate(kAt); }, model.Approximate(kAt));
+  if constexpr (!std::is_same_v<Model, LinearRegression>)
+    form.Shows(
+        [](Model m) {
+          m.SetSupportData(MatrixXd(0, 2), {});
+          return m.Approximate(kAt);
+        },
+        model.Approximate(kAt), Since(form.GetNewest()));
 }
 
-TEST(StoredForm, OfEveryVersionOfTheBase) {
+StoredForm<LinearRegression> FormOf(const LinearRegression& model, unsigned base_version,
+                                    std::uint64_t order = 2) {
+  LinearRegressionSettings old = model.GetSettingsBase();
+  old.SetLimitTransform(TransformType::kNone);  // came later
+  old.SetLimitTransformParameter({});
+  using L = LinearRegression;
+  StoredForm<L> form(1);
+  form.Part("SurrogateBase", BaseOf(model), base_version);
+  form.Field("coefficients_", &L::GetCoefficients, model.GetCoefficients());
+  form.Hidden("coefficient_matrix_", BasisOf(model), {});
+  form.Hidden("settings_", model.GetSettingsBase(), LinearRegressionSettings(), Since(1));
+  form.Raw("order_", order, Until(0));
+  form.Raw("main_term_selection_", old.GetMainTermSelection(), Until(0));
+  form.Raw("interaction_selection_", old.GetInteractionSelection(), Until(0));
+  form.Raw("weights_", model.GetWeights(), Until(0));
+  form.Shows([old](const L& m) { return m.GetSettingsBase().Equals(old); }, true, Until(0));
+  form.Shows([](const L& m) { return m.Approximate(kAt); }, model.Approximate(kAt));
+  return form;
+}
+
+TEST(StoredForm, OfLinearRegression) {
   const LinearRegression model = Regression();
-  ExpectBasesOf(model, std::make_integer_sequence<int, 8>());
+  FormOf(model, 7).Check(kEqual);
+  for (unsigned base_version = 0; base_version < 7; ++base_version)
+    FormOf(model, base_version).CheckReading(1);
+  EXPECT_EQ(FormOf(model, 0).Read(0).GetWeights(), model.GetWeights());
   // Radii that an old file lacks come with the next errors.
-  auto old = support::Load<LinearRegression>(Newest<4>(model));
-  const Eigen::MatrixXd x = 3.0 * support::UniformPoints(9, 2, 4);
-  EXPECT_EQ(old.Approximate(x), model.Approximate(x));
+  LinearRegression old = FormOf(model, 4).Read(1);
   ASSERT_TRUE(old.BuildErrors());
-  EXPECT_EQ(old.ApproximateErrors(x), model.ApproximateErrors(x));
-}
-
-std::string Regression0(const LinearRegression& model, std::uint64_t order) {
-  const LinearRegressionSettings& settings = model.GetSettingsBase();
-  return Stored<0>("SurrogateBase", Base<0>(model), "coefficients_", model.GetCoefficients(),
-                   "coefficient_matrix_", BasisOf(model), "order_", order, "main_term_selection_",
-                   settings.GetMainTermSelection(), "interaction_selection_",
-                   settings.GetInteractionSelection(), "weights_", model.GetWeights());
-}
-
-TEST(StoredForm, OfTheFirstRegressionRebuildsItsSettings) {
-  LinearRegression model = Regression();
-  const auto read = support::Load<LinearRegression>(Regression0(model, 2));
-  EXPECT_EQ(read.GetWeights(), model.GetWeights());
-  LinearRegressionSettings expected = model.GetSettingsBase();
-  expected.SetLimitTransform(TransformType::kNone);  // came later
-  expected.SetLimitTransformParameter({});
-  EXPECT_TRUE(read.GetSettingsBase().Equals(expected));
-  model.SetLimitTransform(TransformType::kNone, {});
-  model.Build();
-  const Eigen::MatrixXd x = support::UniformPoints(9, 2, 4);
-  EXPECT_LT(support::Deviation(read.Approximate(x), model.Approximate(x)), 1e-14);
+  EXPECT_EQ(old.ApproximateErrors(kAt), model.ApproximateErrors(kAt));
   // An order from a damaged file does not become that many bits.
-  for (const std::uint64_t order : {std::uint64_t{3}, std::uint64_t{1} << 63}) {
-    const std::string bytes = Regression0(model, order);
-    EXPECT_EQ(support::MessageOf([&] { support::Load<LinearRegression>(bytes); }),
+  for (const std::uint64_t order : {std::uint64_t{3}, std::uint64_t{1} << 63})
+    EXPECT_EQ(MessageOf([&] { FormOf(model, 0, order).Read(0); }),
               "size of main term selection vector is not consistent to regression order");
-  }
 }
 
-std::string Local0(const MovingLeastSquares& model, std::uint64_t order, const BitVector& main,
-                   const boost::shared_ptr<KernelBase>& kernel) {
-  KernelBase* const weight = kernel.get();
-  return Stored<0>("SurrogateBase", Base<0>(model), "weight_", weight, "coefficient_matrix_",
-                   BasisOf(model), "order_", order, "main_term_selection_", main);
-}
-
-TEST(StoredForm, OfOlderMovingLeastSquares) {
-  MovingLeastSquares model = LocalModel();
-  model.Initialize(model.GetSettingsBase());  // without errors, as base version 1 has none
-  model.SetSingleCoPs({});
-  ASSERT_TRUE(model.Build());
+StoredForm<MovingLeastSquares> FormOf(const MovingLeastSquares& model, unsigned base_version,
+                                      const boost::shared_ptr<KernelBase>& kernel,
+                                      std::uint64_t order = 2) {
   const MovingLeastSquaresSettings& settings = model.GetSettingsBase();
-  const Eigen::MatrixXd x = 3.0 * support::UniformPoints(9, 2, 4);
-  const auto check = [&](const std::string& bytes) {
-    const auto read = support::Load<MovingLeastSquares>(bytes);
-    EXPECT_TRUE(read.GetSettingsBase().Equals(settings));
-    EXPECT_EQ(read.Approximate(x), model.Approximate(x));
-    EXPECT_EQ(read.ApproximateLeaveOneOut(), model.ApproximateLeaveOneOut());
-  };
-  check(Stored<2>("SurrogateBase", Base<1>(model), "points_trans_reduced_", Reduced(model),
-                  "values_trans_", TransformedValues(model), "coefficient_matrix_", BasisOf(model),
-                  "settings_", settings));
-  check(Stored<1>("SurrogateBase", Base<1>(model), "coefficient_matrix_", BasisOf(model),
-                  "settings_", settings));
-  const BitVector main = settings.GetMainTermSelection();
-  const auto kernel = MakeKernel(KernelType::kConstInflExp, settings.GetKernelParameter());
-  check(Local0(model, 2, main, kernel));
-  const auto nodal = support::Load<MovingLeastSquares>(
-      Local0(model, 2, main, MakeKernel(KernelType::kNodalInflExp, One(9.0))));
-  EXPECT_EQ(nodal.GetSettingsBase().GetKernelType(), KernelType::kNodalInflExp);
-  EXPECT_EQ(nodal.GetSettingsBase().GetKernelParameter()(0), 9.0);
-  EXPECT_TRUE(nodal.Approximate(x).allFinite());
+  KernelBase* const weight = kernel.get();
+  StoredForm<MovingLeastSquares> form(3);
+  form.Part("SurrogateBase", BaseOf(model), base_version);
+  form.Raw("weight_", weight, Until(0));
+  form.Raw("points_trans_reduced_", Reduced(model), {2, 2});
+  form.Hidden("values_trans_", TransformedValues(model), {}, Since(2));
+  form.Hidden("coefficient_matrix_", BasisOf(model), {});
+  form.Raw("order_", order, Until(0));
+  form.Raw("main_term_selection_", settings.GetMainTermSelection(), Until(0));
+  form.Hidden("settings_", settings, MovingLeastSquaresSettings(), Since(1));
+  return form;
+}
 
+TEST(StoredForm, OfMovingLeastSquares) {
+  const MovingLeastSquares model = LocalModel();
+  MovingLeastSquaresSettings old = model.GetSettingsBase();
+  old.SetLimitTransform(TransformType::kNone);
+  old.SetLimitTransformParameter({});
+  const auto kernel = MakeKernel(KernelType::kConstInflExp, old.GetKernelParameter());
+  for (const unsigned version : {0, 1, 2, 3}) {
+    auto form = FormOf(model, version == 3 ? 7 : 1, kernel);
+    ShowsModel(form, model, version == 0 ? old : model.GetSettingsBase());
+    form.Shows(&SurrogateBase::ApproximateLeaveOneOut, model.ApproximateLeaveOneOut());
+    form.CheckReading(version);
+  }
+  FormOf(model, 7, kernel).Check(kEqual);
+  const auto nodal_kernel = MakeKernel(KernelType::kNodalInflExp, One(9.0));
+  const auto nodal = FormOf(model, 0, nodal_kernel).Read(0);
+  EXPECT_EQ(nodal.GetSettingsBase().GetKernelType(), KernelType::kNodalInflExp);
+  EXPECT_EQ(nodal.GetSettingsBase().GetKernelParameter(), One(9.0));
+  EXPECT_TRUE(nodal.Approximate(kAt).allFinite());
   const auto refusal = [&](std::uint64_t order) {
-    const std::string bytes = Local0(model, order, main, kernel);
-    return support::MessageOf([&] { support::Load<MovingLeastSquares>(bytes); });
+    return MessageOf([&] { FormOf(model, 0, kernel, order).Read(0); });
   };
   EXPECT_EQ(refusal(std::uint64_t{1} << 62), "can not set mls order >2");
   EXPECT_EQ(refusal(1), "size of selection vector is not consistent to order");
 }
 
-/// The form before the present one.
-std::string Kriging1(const OrdinaryKriging& model, const Eigen::VectorXd& weights,
-                     const OrdinaryKrigingSettings& settings, const Eigen::MatrixXd& points) {
-  return Stored<1>("SurrogateBase", Base<1>(model), "mean_", model.GetMean(), "sigma2_",
-                   model.GetSigma2(), "kernel_weights_", weights, "settings_", settings,
-                   "points_trans_reduced_", points, "values_trans_", model.GetValues());
+StoredForm<OrdinaryKriging> FormOf(const OrdinaryKriging& model, unsigned base_version,
+                                   const boost::shared_ptr<KernelBase>& kernel) {
+  using K = OrdinaryKriging;
+  KernelBase* const plain = kernel.get();
+  StoredForm<K> form(2);
+  form.Part("SurrogateBase", BaseOf(model), base_version);
+  form.Raw("kernel_", plain, Until(0));
+  form.Field("mean_", &K::GetMean, model.GetMean());
+  form.Field("sigma2_", &K::GetSigma2, model.GetSigma2());
+  form.Raw("nugget_", 1e-3, Until(0));
+  form.Field("kernel_weights_", &K::GetKernelWeights, model.GetKernelWeights());
+  form.Hidden("settings_", model.GetSettingsBase(), OrdinaryKrigingSettings(), Since(1));
+  form.Raw("points_trans_reduced_", Transformed(model), {1, 1});
+  form.Hidden("values_trans_", model.GetValues(), {}, Since(1));
+  return form;
 }
 
-TEST(StoredForm, OfOlderKriging) {
+TEST(StoredForm, OfKriging) {
   for (const bool anisotropic : {false, true}) {
     const OrdinaryKriging model = Kriging(anisotropic);
-    const OrdinaryKrigingSettings& settings = model.GetSettingsBase();
-    const Eigen::MatrixXd x = 3.0 * support::UniformPoints(9, 2, 4);
-    const auto read1 = support::Load<OrdinaryKriging>(
-        Kriging1(model, model.GetKernelWeights(), settings, Transformed(model)));
-    EXPECT_EQ(read1.Approximate(x), model.Approximate(x));
-    EXPECT_EQ(read1.ApproximateLeaveOneOut(), model.ApproximateLeaveOneOut());
-
-    const auto kernel = MakeKernel(settings.GetKernelType(), settings.GetKernelParameter());
-    KernelBase* const kernel_ = kernel.get();
-    auto read0 = support::Load<OrdinaryKriging>(Stored<0>(
-        "SurrogateBase", Base<0>(model), "kernel_", kernel_, "mean_", model.GetMean(), "sigma2_",
-        model.GetSigma2(), "nugget_", 1e-3, "kernel_weights_", model.GetKernelWeights()));
-    EXPECT_TRUE(read0.GetSettingsBase().Equals(settings));
-    EXPECT_EQ(read0.Approximate(x), model.Approximate(x));
-    EXPECT_THROW(read0.ApproximateLeaveOneOut(), std::logic_error);
-    EXPECT_TRUE(read0.Build());
-    EXPECT_EQ(read0.GetKernelWeights(), model.GetKernelWeights());
-    EXPECT_EQ(read0.ApproximateLeaveOneOut(), model.ApproximateLeaveOneOut());
+    OrdinaryKrigingSettings old = model.GetSettingsBase();
+    const auto kernel = MakeKernel(old.GetKernelType(), old.GetKernelParameter());
+    FormOf(model, 7, kernel).Check(kEqual);
+    for (const unsigned version : {1, 2}) {
+      auto form = FormOf(model, version == 2 ? 7 : 1, kernel);
+      ShowsModel(form, model, old);
+      form.Shows(&SurrogateBase::ApproximateLeaveOneOut, model.ApproximateLeaveOneOut());
+      form.CheckReading(version);
+    }
+    old.SetLimitTransform(TransformType::kNone);
+    old.SetLimitTransformParameter({});
+    auto form = FormOf(model, 0, kernel);
+    ShowsModel(form, model, old);
+    form.CheckReading(0);
+    OrdinaryKriging read = form.Read(0);
+    EXPECT_THROW(read.ApproximateLeaveOneOut(), std::logic_error);
+    EXPECT_TRUE(read.Build());
+    EXPECT_EQ(read.GetKernelWeights(), model.GetKernelWeights());
+    EXPECT_EQ(read.ApproximateLeaveOneOut(), model.ApproximateLeaveOneOut());
   }
 }
 
+/// What a model says that predicts from one of its fields as it stands here.
+template <class Model, class Value>
+std::string RefusalWith(const StoredForm<Model>& form, unsigned version, const char* name,
+                        const Value& value) {
+  const Model read = Load<Model>(form.With(name, value).Write(version));
+  return MessageOf([&] { read.Approximate(MatrixXd::Zero(1, 2)); });
+}
+
 TEST(StoredForm, ThatContradictsItselfIsRefusedAtUse) {
-  const Eigen::MatrixXd x = Eigen::MatrixXd::Zero(1, 2);
-  const auto refusal = [&](const auto* type, const std::string& bytes) {
-    const auto read =
-        support::Load<std::remove_const_t<std::remove_pointer_t<decltype(type)>>>(bytes);
-    return support::MessageOf([&] { read.Approximate(x); });
-  };
   const LinearRegression terms = Regression();
-  const auto regression = [&](const Eigen::VectorXd& coefficients, const Eigen::MatrixXd& matrix) {
-    return Stored<1>("SurrogateBase", Base<5>(terms), "coefficients_", coefficients,
-                     "coefficient_matrix_", matrix, "settings_", terms.GetSettingsBase());
-  };
-  EXPECT_EQ(refusal(&terms, regression(Eigen::VectorXd(7), {})),
+  const auto regression = FormOf(terms, 7);
+  EXPECT_EQ(RefusalWith(regression, 1, "coefficients_", VectorXd(7)),
             "Linear Regression: 7 coefficients for 3 terms");
   const auto no_matrix =
-      support::Load<LinearRegression>(regression(terms.GetCoefficients(), Eigen::MatrixXd(29, 3)));
-  EXPECT_EQ(no_matrix.Approximate(x), terms.Approximate(x));
+      Load<LinearRegression>(regression.With("coefficient_matrix_", MatrixXd(29, 3)).Write(1));
+  EXPECT_EQ(no_matrix.Approximate(kAt), terms.Approximate(kAt));
   const std::function<void()> uses[] = {
       [&] { no_matrix.ApproximateLeaveOneOut(); }, [&] { no_matrix.ApproximateSupportPoints(); },
       [&] { no_matrix.ApproximateCrossValidation(IndexVector::Zero(30)); }};
   for (const auto& use : uses)
-    EXPECT_NE(support::MessageOf(use).find("regression matrix of 29 x 3"), std::string::npos);
+    EXPECT_NE(MessageOf(use).find("regression matrix of 29 x 3"), std::string::npos);
 
-  const MovingLeastSquares local = LocalModel();
-  const auto moving = [&](Eigen::Index num_values, Eigen::Index num_terms) {
-    return Stored<3>("SurrogateBase", Base<7>(local), "values_trans_", Eigen::VectorXd(num_values),
-                     "coefficient_matrix_", Eigen::MatrixXd(30, num_terms), "settings_",
-                     local.GetSettingsBase());
-  };
-  const std::string sizes = " for 2 selected inputs and 4 terms";
-  EXPECT_EQ(
-      refusal(&local, moving(29, 4)),
-      "Moving Least Squares: 29 values, support points of 30 x 2 and a basis of 30 x 4" + sizes);
-  EXPECT_EQ(
-      refusal(&local, moving(30, 3)),
-      "Moving Least Squares: 30 values, support points of 30 x 2 and a basis of 30 x 3" + sizes);
+  const auto moving = FormOf(LocalModel(), 7, {});
+  const std::string text = " values, support points of 30 x 2 and a basis of 30 x ",
+                    sizes = " for 2 selected inputs and 4 terms", mls = "Moving Least Squares: ";
+  EXPECT_EQ(RefusalWith(moving, 3, "values_trans_", VectorXd(29)), mls + "29" + text + "4" + sizes);
+  EXPECT_EQ(RefusalWith(moving, 3, "coefficient_matrix_", MatrixXd(30, 3)),
+            mls + "30" + text + "3" + sizes);
 
   const OrdinaryKriging model = Kriging(false);
-  const Eigen::VectorXd weights = model.GetKernelWeights();
-  OrdinaryKrigingSettings settings = model.GetSettingsBase();
-  const auto kriging = [&](const Eigen::VectorXd& w, const Eigen::MatrixXd& points) {
-    return refusal(&model, Kriging1(model, w, settings, points));
+  const auto kriging = FormOf(model, 1, {});
+  const auto with_kernel = [&](KernelType type, const VectorXd& parameter) {
+    OrdinaryKrigingSettings settings = model.GetSettingsBase();
+    settings.SetKernelType(type);
+    settings.SetKernelParameter(parameter);
+    return RefusalWith(kriging, 1, "settings_", settings);
   };
-  EXPECT_EQ(kriging(weights, Transformed(model)), "");
-  EXPECT_EQ(kriging(weights.head(7), Transformed(model)), "can not approximate - build first");
-  EXPECT_EQ(kriging(weights, Transformed(model).leftCols(1)),
+  EXPECT_EQ(RefusalWith(kriging, 1, "kernel_weights_", VectorXd(7)),
+            "can not approximate - build first");
+  EXPECT_EQ(RefusalWith(kriging, 1, "points_trans_reduced_", MatrixXd(30, 1)),
             "Kriging: support points of 1 inputs and 1 kernel parameters for 2 selected inputs");
-  settings.SetKernelParameter(One(-1.0));
-  EXPECT_NE(kriging(weights, Transformed(model)), "");
-  settings.SetKernelType(KernelType::kConstInflExp);
-  settings.SetKernelParameter(Eigen::Vector3d(1, 1, 1));
-  EXPECT_EQ(kriging(weights, Transformed(model)),
+  EXPECT_NE(with_kernel(KernelType::kConstInflIsoExp, One(-1.0)), "");
+  EXPECT_EQ(with_kernel(KernelType::kConstInflExp, Eigen::Vector3d(1, 1, 1)),
             "Kriging: support points of 2 inputs and 3 kernel parameters for 2 selected inputs");
-  settings.SetKernelType(KernelType(7));
-  settings.SetKernelParameter(One(1.0));
-  EXPECT_EQ(kriging(weights, Transformed(model)), "Unknown kernel type.");
+  EXPECT_EQ(with_kernel(KernelType(7), One(1.0)), "Unknown kernel type.");
 }
 
+/// Writes `pointer` and expects the export key of its object, which stands behind its length, a
+/// 16-bit number.
 template <class Pointer>
 void ExpectKey(const Pointer& pointer, const std::string& key) {
-  // A key stands behind its length, a 16-bit number.
   const std::string stored = std::string{static_cast<char>(key.size()), '\0'} + key;
-  EXPECT_NE(support::Save(pointer).find(stored), std::string::npos) << key;
+  EXPECT_NE(Save(pointer).find(stored), std::string::npos) << key;
 }
 
 TEST(StoredForm, OfPointersHoldsTheExportKeys) {
@@ -536,23 +435,28 @@ TEST(StoredForm, OfPointersHoldsTheExportKeys) {
                                                  {201, "KernelNodalInflExp"}};
   for (const auto& [type, name] : kernels)
     ExpectKey(MakeKernel(static_cast<KernelType>(type), One(1.0)), room + name);
-  using SettingsPointer = boost::shared_ptr<SurrogateSettingsBase>;
-  ExpectKey(SettingsPointer(new LinearRegressionSettings(1)),
-            "::" + room + "LinearRegressionSettings");
-  ExpectKey(SettingsPointer(new MovingLeastSquaresSettings(1)),
-            "::" + room + "MovingLeastSquaresSettings");
-  ExpectKey(SettingsPointer(new OrdinaryKrigingSettings(1)),
-            "::" + room + "OrdinaryKrigingSettings");
-  using ModelPointer = boost::shared_ptr<SurrogateBase>;
-  const std::pair<ModelPointer, const char*> models[] = {
-      {ModelPointer(Regression().Clone()), "LinearRegression"},
-      {ModelPointer(LocalModel().Clone()), "MovingLeastSquares"},
-      {ModelPointer(Kriging(false).Clone()), "OrdinaryKriging"},
-      {boost::make_shared<SurrogateTPS>(), "SurrogateTPS"}};
+  SurrogateTPS splines(UniformPoints(12, 2, 1), UniformVector(12, 2));
+  ASSERT_TRUE(splines.Build());
+  const LinearRegression regression = Regression();
+  const MovingLeastSquares local = LocalModel();
+  const OrdinaryKriging kriging = Kriging(false);
+  const std::pair<const SurrogateBase*, std::string> models[] = {{&regression, "LinearRegression"},
+                                                                 {&local, "MovingLeastSquares"},
+                                                                 {&kriging, "OrdinaryKriging"},
+                                                                 {&splines, "SurrogateTPS"}};
   for (const auto& [model, name] : models) {
-    ExpectKey(model, room + name);
-    EXPECT_TRUE(support::Load<ModelPointer>(support::Save(model))->Equals(*model));
+    const boost::shared_ptr<SurrogateBase> pointer(model->Clone());
+    ExpectKey(pointer, room + name);
+    const auto read = Load<boost::shared_ptr<SurrogateBase>>(Save(pointer));
+    EXPECT_TRUE(read->Equals(*model)) << name;
+    EXPECT_TRUE(read->Build());  // nothing to be done
+    EXPECT_TRUE(read->Equals(*model)) << name;
+    if (model == &splines) break;
+    const boost::shared_ptr<SurrogateSettingsBase> settings(model->GetSettingsBase().Clone());
+    ExpectKey(settings, "::" + room + name + "Settings");
   }
+  splines.SetSupportData(MatrixXd(0, 2), {});  // what else is stored suffices to predict
+  EXPECT_TRUE(Load<SurrogateTPS>(Save(splines)).Approximate(kAt).allFinite());
 }
 
 }  // namespace

@@ -1,11 +1,14 @@
 #include "optimizer/hock_schittkowski.h"
 
+#include "foundation/constants.h"
+
 namespace support {
 
 namespace {
 
 std::vector<CollectedProblem> Collect() {
-  static const double kPi = std::acos(-1.0), kSqrt2 = std::sqrt(2.0), kSqrt3 = std::sqrt(3.0);
+  using corvath::math::kPi;
+  static const double kSqrt2 = std::sqrt(2.0), kSqrt3 = std::sqrt(3.0);
   std::vector<CollectedProblem> problems;
   const auto add = [&](CollectedProblem problem, CollectedProblem::Evaluate evaluate) {
     problem.evaluate = evaluate;

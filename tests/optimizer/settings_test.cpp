@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 using corvath::algorithm::optimizer::NumericalDifferences;
 using Base = corvath::algorithm::optimizer::OptimizerSettingsBase<double>;
 using Settings = corvath::algorithm::optimizer::OptimizerSettingsNLPQLP<double>;
@@ -45,43 +43,6 @@ TEST(OptimizerSettings, StartValidInTheMiddleAndFollowTheNumberOfInputs) {
 }
 
 using Change = void (*)(Settings&);
-
-TEST(OptimizerSettings, DifferInEachField) {
-  const Change changes[] = {
-      [](Settings& s) { s.SetNumberInputs(3); },
-      [](Settings& s) { s.SetNumberObjectives(2); },
-      [](Settings& s) { s.SetNumberEqualities(2); },
-      [](Settings& s) { s.SetNumberInequalities(2); },
-      [](Settings& s) { s.SetStartDesigns(Eigen::RowVector2d(0.5, 2.0)); },
-      [](Settings& s) { s.SetLowerBounds(Eigen::Vector2d(-1.0, -1.0)); },
-      [](Settings& s) { s.SetUpperBounds(Eigen::Vector2d(1.0, 5.0)); },
-      [](Settings& s) { s.SetParameterTypes(std::vector<std::int32_t>(2, 1)); },
-      [](Settings& s) { s.SetDiscreteState(1, Eigen::Vector2d(1.0, 2.0)); },
-      [](Settings& s) { s.SetMaxNumFunctionCalls(9); },
-      [](Settings& s) { s.SetAccuracy(1e-4); },
-      [](Settings& s) { s.SetNumberParallel(2); },
-      [](Settings& s) { s.SetGradientDx(Eigen::Vector2d(0.001, 0.002)); },
-      [](Settings& s) { s.SetStackSize(9); },
-      [](Settings& s) { s.SetNumericalDifferences(NumericalDifferences::kForward); },
-      [](Settings& s) { s.SetUseInitialStepsizeLimit(true); },
-      [](Settings& s) { s.SetMaxStepsize(Eigen::Vector2d(0.2, 0.3)); },
-      [](Settings& s) { s.SetMinStepsize(0.5); },
-  };
-  for (const Change change : changes) {
-    Settings settings = Bounded();
-    EXPECT_TRUE(settings.Equals(Bounded()));
-    change(settings);
-    EXPECT_FALSE(settings.Equals(Bounded())) << &change - changes;
-    EXPECT_TRUE(std::unique_ptr<Settings>(settings.Clone())->Equals(settings));
-    EXPECT_TRUE(support::Load<Settings>(support::Save(settings)).Equals(settings));
-    settings.SetNumberInputs(2);
-    settings.SetNumberObjectives(1);
-    settings.SetNumberEqualities(1);
-    settings.SetNumberInequalities(1);
-    settings.Reset();
-    EXPECT_TRUE(settings.Equals(Settings(2, 1, 1, 1))) << &change - changes;
-  }
-}
 
 TEST(OptimizerSettings, CheckNamesTheFirstFault) {
   static const double nan = std::nan(""), inf = HUGE_VAL;
@@ -153,77 +114,57 @@ TEST(OptimizerSettings, WarnOfWhatIsOnlyDoubtful) {
             "Start designs have wrong dimension. Expected number of cols: 2, obtained: 3.");
 }
 
-Settings Filled() {
-  Settings settings = Bounded();
-  settings.SetParameterTypes({1, 2});
-  settings.SetDiscreteState(1, Eigen::Vector3d(1.0, 2.0, 3.0));
-  settings.SetMaxNumFunctionCalls(77);
-  settings.SetAccuracy(1e-4);
-  settings.SetNumberParallel(3);
-  settings.SetGradientDx(Eigen::Vector2d(0.01, 0.02));
-  settings.SetStackSize(4);
-  settings.SetNumericalDifferences(NumericalDifferences::kFivePoint);
-  settings.SetUseInitialStepsizeLimit(true);
-  settings.SetMaxStepsize(Eigen::Vector2d(0.5, 0.6));
-  settings.SetMinStepsize(0.125);
-  return settings;
+/// With every field away from its default, over that version of the base part.
+support::StoredForm<Settings> FormOf(unsigned base_version) {
+  using support::Since;
+  using Gradient = corvath::algorithm::optimizer::OptimizerSettingsGradientBase<double>;
+  using Eigen::Vector2d;
+  using Eigen::VectorXd;
+  // Tracked are the classes with an export key that pointers can hold; the base is abstract.
+  support::StoredForm<Base, false> base(1);
+  base.Field("ninputs_", &Base::GetNumberInputs, 2, Since(0), 3);
+  base.Field("nobjectives_", &Base::GetNumberObjectives, 4, Since(0), 2);
+  base.Field("nequalities_", &Base::GetNumberEqualities, 1, Since(0), 2);
+  base.Field("ninequalities_", &Base::GetNumberInequalities, 3, Since(0), 2);
+  base.Field("start_designs_", &Base::GetStartDesigns, Eigen::RowVector2d(0.5, 2.5), Since(0));
+  base.Field("lowerbounds_", &Base::GetLowerBounds, Vector2d(-1.0, 0.0), Since(0));
+  base.Field("upperbounds_", &Base::GetUpperBounds, Vector2d(1.0, 4.0), Since(0));
+  base.Field("parameter_types_", &Base::GetParameterTypes, {1, 2}, Since(1), {0, 0});
+  using States = std::vector<VectorXd>;
+  const auto second = [](const Base& b) { return b.GetDiscreteStates().at(1); };
+  base.Hidden("discrete_states_vector_", States{VectorXd(), Vector2d(1.0, 2.0)},
+              States{VectorXd(), Vector2d(1.0, 3.0)}, Since(1));
+  base.Shows(second, Vector2d(1.0, 2.0), Since(1)).Shows(second, VectorXd(), support::Until(0));
+  support::StoredForm<Gradient> gradient(0);
+  gradient.Part("OptimizerSettingsBase<T>", base, base_version);
+  gradient.Field("max_num_function_calls_", &Gradient::GetMaxNumFunctionCalls, 77);
+  gradient.Field("accuracy_", &Gradient::GetAccuracy, 1e-4);
+  support::StoredForm<Settings> form(2, /*restores_defaults=*/true);
+  form.Part("OptimizerSettingsGradientBase<T>", gradient);
+  form.Field("nparallel_", &Settings::GetNumberParallel, 3);
+  form.Raw("computeinititalhessian", std::int32_t{1}, support::Until(0));
+  form.Field("gradient_dx_", &Settings::GetGradientDx, Vector2d(0.01, 0.02));
+  form.Field("nonmonotonous_line_search_stack_size_", &Settings::GetStackSize, 4);
+  form.Field("numerical_differences_", &Settings::GetNumericalDifferences,
+             NumericalDifferences::kFivePoint);
+  form.Field("use_initial_stepsize_limit_", &Settings::GetUseInitialStepsizeLimit, true, Since(1));
+  form.Field("max_stepsize_", &Settings::GetMaxStepsize, Vector2d(0.5, 0.6), Since(1),
+             Vector2d(0.2, 0.2));
+  form.Field("min_stepsize_", &Settings::GetMinStepsize, 0.125, Since(2));
+  return form;
 }
 
-TEST(OptimizerSettings, ReturnFromTheArchiveThroughTheirBase) {
-  const Settings settings = Filled();
-  const boost::shared_ptr<Base> pointer(settings.Clone());
-  const std::string bytes = support::Save(pointer);
+TEST(OptimizerSettings, HaveAStoredFormAndGoBackToTheirDefaults) {
+  FormOf(1).Check([](const auto& a, const auto& b) { return a.Equals(b); });
+  FormOf(0).CheckReading();
+  Settings settings = FormOf(1).Read(2);
+  const std::string bytes = support::Save(boost::shared_ptr<Base>(settings.Clone()));
   EXPECT_NE(bytes.find("::corvath::algorithm::optimizer::OptimizerSettingsNLPQLP < "
                        "corvath::typedefs::float_type >"),
             std::string::npos);
   EXPECT_TRUE(support::Load<boost::shared_ptr<Base>>(bytes)->Equals(settings));
-}
-
-/// The form of `Filled()` with continuous parameters, over that version of the base part.
-support::StoredForm<Settings> FormOf(unsigned base_version) {
-  using support::Since;
-  using Gradient = corvath::algorithm::optimizer::OptimizerSettingsGradientBase<double>;
-  // Tracked are the classes with an export key that pointers can hold; the base is abstract.
-  support::StoredForm<Base, false> base(1);
-  base.Raw("ninputs_", std::uint64_t{2}).Raw("nobjectives_", std::uint64_t{1});
-  base.Raw("nequalities_", std::uint64_t{1}).Raw("ninequalities_", std::uint64_t{1});
-  base.Raw("start_designs_", Eigen::MatrixXd(Bounded().GetStartDesigns()));
-  base.Raw("lowerbounds_", Eigen::VectorXd(Bounded().GetLowerBounds()));
-  base.Raw("upperbounds_", Eigen::VectorXd(Bounded().GetUpperBounds()));
-  base.Raw("parameter_types_", std::vector<std::int32_t>{0, 0}, Since(1));
-  base.Raw("discrete_states_vector_", std::vector<Eigen::VectorXd>(2), Since(1));
-  support::StoredForm<Gradient> gradient(0);
-  gradient.Part("OptimizerSettingsBase<T>", base, base_version);
-  gradient.Raw("max_num_function_calls_", std::uint64_t{77}).Raw("accuracy_", 1e-4);
-  support::StoredForm<Settings> form(2);
-  form.Part("OptimizerSettingsGradientBase<T>", gradient);
-  form.Raw("nparallel_", std::uint64_t{3});
-  form.Raw("computeinititalhessian", std::int32_t{1}, support::Until(0));
-  form.Raw("gradient_dx_", Eigen::VectorXd(Eigen::Vector2d(0.01, 0.02)));
-  form.Raw("nonmonotonous_line_search_stack_size_", std::uint64_t{4});
-  form.Raw("numerical_differences_", NumericalDifferences::kFivePoint);
-  form.Raw("use_initial_stepsize_limit_", true, Since(1));
-  form.Raw("max_stepsize_", Eigen::VectorXd(Eigen::Vector2d(0.5, 0.6)), Since(1));
-  form.Raw("min_stepsize_", 0.125, Since(2));
-  return form;
-}
-
-TEST(OptimizerSettings, ReadTheirOldVersions) {
-  Settings expected = Filled();
-  expected.ResetParameterTypes();
-  expected.ResetDiscreteStates();
-  EXPECT_EQ(FormOf(1).Write(2), support::Save(expected));  // names, order, versions of today
-  const auto read = [](unsigned version, unsigned base_version) {
-    Settings settings = Filled();  // so that a default that is not restored shows
-    support::LoadInto(FormOf(base_version).Write(version), settings);
-    return settings;
-  };
-  EXPECT_TRUE(read(2, 0).Equals(expected));
-  expected.SetMinStepsize(0.0);
-  EXPECT_TRUE(read(1, 1).Equals(expected));
-  expected.SetUseInitialStepsizeLimit(false);
-  expected.SetMaxStepsize(0.2);
-  EXPECT_TRUE(read(0, 0).Equals(expected));
+  settings.Reset();
+  EXPECT_TRUE(settings.Equals(Settings(2, 4, 1, 3)));
 }
 
 }  // namespace

@@ -1,9 +1,7 @@
-#include "foundation/exception.h"
 #include "stochastics/distributions/beta_quantiles.h"
 #include "stochastics/normal_quantile.h"
-#include "stochastics/rv_factory.h"
 #include "stochastics/special_functions.h"
-#include "support/message_of.h"
+#include "stochastics/variables.h"
 
 #include <boost/math/distributions.hpp>
 #include <boost/math/quadrature/gauss_kronrod.hpp>
@@ -19,21 +17,9 @@
 namespace {
 
 using namespace corvath::algorithm;
+using namespace support;
 namespace types = corvath::enums::RandomVariable;
 using Eigen::VectorXd;
-
-boost::shared_ptr<RV> WithParameters(int type, const std::vector<double>& values) {
-  const auto rv = RVFactory::GetInstance().Create(type);
-  rv->SetParameters(
-      Eigen::Map<const VectorXd>(values.data(), static_cast<Eigen::Index>(values.size())));
-  return rv;
-}
-
-boost::shared_ptr<RV> WithStats(int type, const std::vector<double>& values) {
-  const auto rv = RVFactory::GetInstance().Create(type);
-  rv->SetStats(Eigen::Map<const VectorXd>(values.data(), static_cast<Eigen::Index>(values.size())));
-  return rv;
-}
 
 /// Variables with a density, away from the defaults.
 struct Sample {
@@ -472,9 +458,7 @@ TEST(Distributions, DiscreteStatesAndSteps) {
   }
   EXPECT_EQ(WithParameters(types::NORMAL, {0.0, 1.0})->GetStates().size(), 0);
   // As many events as no table holds, and more than an integer does.
-  EXPECT_EQ(support::MessageOfExactly<corvath::utils::runtime_error>([] {
-              WithParameters(types::POISSON, {1e12})->GetStates();
-            }).substr(0, 62),
+  EXPECT_EQ(RefusalOf([] { WithParameters(types::POISSON, {1e12})->GetStates(); }).substr(0, 62),
             "RV 'RV' of type 'POISSON': Too many states for a table: 100000");
   EXPECT_THROW(WithParameters(types::POISSON, {1e30})->GetStates(),
                boost::numeric::positive_overflow);
@@ -483,8 +467,8 @@ TEST(Distributions, DiscreteStatesAndSteps) {
 
 TEST(Distributions, TablesAreFittedFromSamples) {
   const auto fit = [](int type, const std::vector<double>& data) {
-    const auto rv = RVFactory::GetInstance().Create(type);
-    rv->Fit(Eigen::Map<const VectorXd>(data.data(), static_cast<Eigen::Index>(data.size())));
+    const auto rv = Make(type);
+    rv->Fit(ToVector(data));
     return rv;
   };
   EXPECT_EQ(fit(types::DISCRETE, {1.0, 2.0, 1.0})->GetParameters(),
@@ -503,11 +487,10 @@ TEST(Distributions, TablesAreFittedFromSamples) {
   EXPECT_EQ(thirds->GetParameters()(3), 0.4);
 
   for (const int type : {types::DISCRETE, types::MULTIUNIFORM}) {
-    const auto rv = RVFactory::GetInstance().Create(type);
+    const auto rv = Make(type);
     const auto before = rv->Clone();
     const auto refusal = [&](const Eigen::MatrixXd& data) {
-      const std::string message =
-          support::MessageOfExactly<corvath::utils::runtime_error>([&] { rv->Fit(data); });
+      const std::string message = RefusalOf([&] { rv->Fit(data); });
       EXPECT_EQ(*rv, *before);
       return message.substr(message.find(": ") + 2);
     };
@@ -524,8 +507,7 @@ TEST(Distributions, TablesAreFittedFromSamples) {
 
 TEST(Distributions, TablesThatMeanNothingAreRefused) {
   const auto refusal = [](int type, const std::vector<double>& values) {
-    const std::string message = support::MessageOfExactly<corvath::utils::runtime_error>(
-        [&] { WithParameters(type, values); });
+    const std::string message = RefusalOf([&] { WithParameters(type, values); });
     return message.substr(message.find(": ") + 2);
   };
   for (const int type : {types::DISCRETE, types::MULTIUNIFORM})
@@ -541,8 +523,7 @@ TEST(Distributions, TablesThatMeanNothingAreRefused) {
   EXPECT_EQ(refusal(types::MULTIUNIFORM, {0.0, 0.5, 1.0, 0.5}), ascending);
   EXPECT_EQ(refusal(types::MULTIUNIFORM, {1.0, 0.0, 1.0 + 1e-9, 1.0}).substr(0, 20),
             "Standard deviation  ");
-  EXPECT_EQ(support::MessageOfExactly<corvath::utils::runtime_error>(
-                [] { WithParameters(types::KERNEL, {}); }),
+  EXPECT_EQ(RefusalOf([] { WithParameters(types::KERNEL, {}); }),
             "RV RV of type 39: Too few input samples given, expected: 1, obtained: 0");
 }
 
@@ -571,12 +552,11 @@ TEST(Distributions, KernelDensityOfItsSamples) {
   }
   // From one crowd to a lonely sample they run away.
   const auto crowd = WithParameters(types::KERNEL, {0.0, 0.0, 0.0, 0.0, 10.0});
-  EXPECT_EQ(
-      support::MessageOfExactly<corvath::utils::runtime_error>([&] { crowd->InverseCDF(0.99); }),
-      "RV 'RV' of type '39': Iteration does not converge.");
+  EXPECT_EQ(RefusalOf([&] { crowd->InverseCDF(0.99); }),
+            "RV 'RV' of type '39': Iteration does not converge.");
   const auto single = WithParameters(types::KERNEL, {5.0});
   EXPECT_EQ(single->GetStats()(1), 0.0);
-  EXPECT_EQ(support::MessageOfExactly<corvath::utils::runtime_error>([&] { single->CDF(5.0); }),
+  EXPECT_EQ(RefusalOf([&] { single->CDF(5.0); }),
             "RV 'RV' of type '39': The samples have no spread, so there is no kernel density.");
 }
 

@@ -1,8 +1,6 @@
-#include "foundation/exception.h"
-#include "stochastics/rv_factory.h"
 #include "stochastics/rv_set_nataf.h"
+#include "stochastics/variables.h"
 #include "support/archive_round_trip.h"
-#include "support/message_of.h"
 
 #include <gtest/gtest.h>
 
@@ -23,7 +21,7 @@ const int kTypes[] = {
 TEST(RandomVariableArchive, EveryTypeComesBackThroughAPointer) {
   RVSet_Nataf set;
   for (const int type : kTypes) {
-    const auto rv = RVFactory::GetInstance().Create(type);
+    const auto rv = support::Make(type);
     VectorXd moments = rv->GetStats();
     moments.head(2) << 3.0, 0.5;
     if (type == types::TRUNCATEDNORMAL) moments(2) = 2.5;  // cut off enough to be seen
@@ -54,7 +52,7 @@ TEST(RandomVariableArchive, EveryTypeComesBackThroughAPointer) {
 TEST(RandomVariableArchive, KeysStandInTheirOrder) {
   // String annotations, so that the keys can be read off the bytes.
   boost::shared_ptr<RVSet> set = RVSetFactory::GetInstance().Create(RVSet::kIndependent);
-  set->AddRV(RVFactory::GetInstance().Create(types::LOGNORMAL));
+  set->AddRV(support::Make(types::LOGNORMAL));
   const std::string bytes = support::Save(set, 0x2000);
   std::size_t position = 0;
   for (const char* key :
@@ -70,13 +68,12 @@ TEST(RandomVariableArchive, KeysStandInTheirOrder) {
 
 TEST(RandomVariableArchive, WrongNumberOfParametersIsRefused) {
   // A beta variable under the name of a Gumbel variable.
-  boost::shared_ptr<RV> rv = RVFactory::GetInstance().Create(types::BETA);
+  boost::shared_ptr<RV> rv = support::Make(types::BETA);
   std::string bytes = support::Save(rv);
   const std::string beta = "corvath::algorithm::RV_Beta";
   bytes.replace(bytes.find(beta) - 2, beta.size() + 2,
                 std::string("\x1d\0", 2) + "corvath::algorithm::RV_Gumbel");
-  EXPECT_EQ(support::MessageOfExactly<corvath::utils::runtime_error>(
-                [&] { support::LoadInto(bytes, rv); }),
+  EXPECT_EQ(support::RefusalOf([&] { support::LoadInto(bytes, rv); }),
             "RV 'RV' of type 'GUMBEL': The stored variable has 4 parameters and 4 moments, "
             "expected: 2 and 2");
 }

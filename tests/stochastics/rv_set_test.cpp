@@ -1,11 +1,10 @@
-#include "foundation/exception.h"
 #include "stochastics/marginal_transform.h"
 #include "stochastics/nataf_adjustment.h"
 #include "stochastics/normal_quantile.h"
-#include "stochastics/rv_factory.h"
 #include "stochastics/rv_set_nataf.h"
 #include "stochastics/sample_statistics.h"
-#include "support/message_of.h"
+#include "stochastics/variables.h"
+#include "support/expect_refusals.h"
 
 #include <boost/math/quadrature/gauss_kronrod.hpp>
 #include <gtest/gtest.h>
@@ -18,17 +17,10 @@
 namespace {
 
 using namespace corvath::algorithm;
+using namespace support;
 namespace types = corvath::enums::RandomVariable;
 using Eigen::MatrixXd;
 using Eigen::VectorXd;
-
-boost::shared_ptr<RV> Make(int type, double mean, double sd) {
-  const auto rv = RVFactory::GetInstance().Create(type);
-  VectorXd moments = rv->GetStats();
-  moments.head(2) << mean, sd;
-  rv->SetStats(moments);
-  return rv;
-}
 
 RVSet_Nataf SetOf(const std::vector<boost::shared_ptr<RV>>& variables) {
   RVSet_Nataf set;
@@ -71,7 +63,8 @@ double PhysicalCorrelation(const RV& first, const RV& second, double rho) {
 }
 
 double Adjusted(int first, int second, double rho, double variation = 0.3) {
-  auto set = SetOf({Make(first, 2.0, 2.0 * variation), Make(second, 5.0, 5.0 * variation)});
+  auto set =
+      SetOf({WithStats(first, {2.0, 2.0 * variation}), WithStats(second, {5.0, 5.0 * variation})});
   set.SetCorrelationMatrix(PairMatrix(rho));
   return set.GetStandardCorrelationMatrix()(0, 1);
 }
@@ -90,7 +83,8 @@ TEST(NatafModel, ClosedFormsGiveTheRequestedCorrelation) {
       for (const double rho : {0.1, 0.6, -0.3}) {
         if ((first == types::LOGNORMAL) != (second == types::LOGNORMAL) && !exact) continue;
         const double adjusted = Adjusted(first, second, rho);
-        EXPECT_NEAR(PhysicalCorrelation(*Make(first, 2.0, 0.6), *Make(second, 5.0, 1.5), adjusted),
+        EXPECT_NEAR(PhysicalCorrelation(*WithStats(first, {2.0, 0.6}),
+                                        *WithStats(second, {5.0, 1.5}), adjusted),
                     rho,
                     (exact    ? 1e-6
                      : widest ? 0.02
@@ -119,10 +113,11 @@ TEST(NatafModel, NumericAdjustmentGivesTheRequestedCorrelation) {
   for (const auto& [first, second] : pairs) {
     for (const double rho : {0.3, -0.5}) {
       const double adjusted = Adjusted(first, second, rho);
-      auto swapped = SetOf({Make(second, 5.0, 1.5), Make(first, 2.0, 0.6)});
+      auto swapped = SetOf({WithStats(second, {5.0, 1.5}), WithStats(first, {2.0, 0.6})});
       swapped.SetCorrelationMatrix(PairMatrix(rho));
       EXPECT_NEAR(adjusted, swapped.GetStandardCorrelationMatrix()(0, 1), 1e-12);
-      EXPECT_NEAR(PhysicalCorrelation(*Make(first, 2.0, 0.6), *Make(second, 5.0, 1.5), adjusted),
+      EXPECT_NEAR(PhysicalCorrelation(*WithStats(first, {2.0, 0.6}), *WithStats(second, {5.0, 1.5}),
+                                      adjusted),
                   rho, 3e-4)
           << first << " " << second;
     }
@@ -131,27 +126,26 @@ TEST(NatafModel, NumericAdjustmentGivesTheRequestedCorrelation) {
 
 TEST(NatafModel, NegligibleCorrelationsPassAndDiscreteOnesFail) {
   for (const int discrete : {types::BERNOULLI, types::DISCRETE, types::POISSON}) {
-    auto set = SetOf({RVFactory::GetInstance().Create(discrete), Make(types::NORMAL, 0.0, 1.0)});
+    auto set = SetOf({Make(discrete), WithStats(types::NORMAL, {0.0, 1.0})});
     set.SetCorrelationMatrix(PairMatrix(0.00005));
     EXPECT_NEAR(set.GetStandardCorrelationMatrix()(0, 1), 0.00005, 1e-15);
-    EXPECT_EQ(support::MessageOfExactly<corvath::utils::runtime_error>(
-                  [&] { set.SetCorrelationMatrix(PairMatrix(0.2)); }),
+    EXPECT_EQ(RefusalOf([&] { set.SetCorrelationMatrix(PairMatrix(0.2)); }),
               "Can not set correlation matrix for Nataf model: At least one random variable is not "
               "continuous (e.g. Bernoulli distribution).");
     EXPECT_EQ(set.GetCorrelationMatrix(), PairMatrix(0.00005));
   }
-  const std::string message = support::MessageOfExactly<corvath::utils::runtime_error>(
-      [] { Adjusted(types::FRECHET, types::FRECHET, -0.95, 2.0); });
+  const std::string message =
+      RefusalOf([] { Adjusted(types::FRECHET, types::FRECHET, -0.95, 2.0); });
   EXPECT_NE(message, "<no exception>");  // not to be had with two long tails to the right
 }
 
 TEST(NatafModel, DiscreteStatesGoToTheMiddleOfTheirStep) {
-  const auto coin = RVFactory::GetInstance().Create(types::BERNOULLI);
+  const auto coin = Make(types::BERNOULLI);
   coin->SetParameter(L"Success probability", 0.3);
   const auto quantile = [](double p) { return corvath::math::NormalQuantile(p); };
   EXPECT_NEAR(MarginalToGauss(*coin, 1.0), quantile(0.85), 1e-15);
   EXPECT_NEAR(MarginalToGauss(*coin, 0.4), quantile(0.35), 1e-15);
-  const auto table = RVFactory::GetInstance().Create(types::DISCRETE);
+  const auto table = Make(types::DISCRETE);
   table->SetParameters((VectorXd(6) << 0.0, 0.2, 1.0, 0.5, 3.0, 0.3).finished());
   EXPECT_NEAR(MarginalToGauss(*table, 0.9), quantile(0.45), 1e-15);
   EXPECT_NEAR(MarginalToGauss(*table, -5.0), quantile(0.1), 1e-15);
@@ -168,8 +162,8 @@ TEST(NatafModel, DiscreteStatesGoToTheMiddleOfTheirStep) {
 }
 
 TEST(NatafModel, SampledCorrelationIsTheRequestedOne) {
-  auto set = SetOf({Make(types::NORMAL, 1.0, 0.2), Make(types::LOGNORMAL, 3.0, 1.0),
-                    Make(types::GUMBEL, 2.0, 0.5), Make(types::BETA, 4.0, 1.0)});
+  auto set = SetOf({WithStats(types::NORMAL, {1.0, 0.2}), WithStats(types::LOGNORMAL, {3.0, 1.0}),
+                    WithStats(types::GUMBEL, {2.0, 0.5}), WithStats(types::BETA, {4.0, 1.0})});
   MatrixXd target(4, 4);
   target << 1.0, 0.5, -0.3, 0.2, 0.5, 1.0, 0.1, 0.0, -0.3, 0.1, 1.0, 0.6, 0.2, 0.0, 0.6, 1.0;
   set.SetCorrelationMatrix(target);
@@ -185,8 +179,8 @@ TEST(NatafModel, SampledCorrelationIsTheRequestedOne) {
 }
 
 TEST(NatafModel, TransformsAreInverseAndTheRootIsOne) {
-  auto set = SetOf({Make(types::NORMAL, 1.0, 0.2), Make(types::LOGNORMAL, 3.0, 1.0),
-                    Make(types::UNIFORM, 2.0, 0.5)});
+  auto set = SetOf({WithStats(types::NORMAL, {1.0, 0.2}), WithStats(types::LOGNORMAL, {3.0, 1.0}),
+                    WithStats(types::UNIFORM, {2.0, 0.5})});
   MatrixXd target(3, 3);
   target << 1.0, 0.5, -0.3, 0.5, 1.0, 0.4, -0.3, 0.4, 1.0;
   set.SetCorrelationMatrix(target);
@@ -208,7 +202,7 @@ TEST(NatafModel, TransformsAreInverseAndTheRootIsOne) {
 }
 
 TEST(NatafModel, DensityMatchesTheBivariateNormalFormula) {
-  auto set = SetOf({Make(types::NORMAL, 1.0, 2.0), Make(types::NORMAL, -1.0, 0.5)});
+  auto set = SetOf({WithStats(types::NORMAL, {1.0, 2.0}), WithStats(types::NORMAL, {-1.0, 0.5})});
   set.SetCorrelationMatrix(PairMatrix(0.7));
   const VectorXd x = Eigen::Vector2d(2.5, -1.2);
   const double z1 = 0.75, z2 = -0.4, rho = 0.7;
@@ -226,7 +220,8 @@ TEST(NatafModel, DensityMatchesTheBivariateNormalFormula) {
 }
 
 TEST(NatafModel, WithoutAMatrixItIsIndependentAndSaysSo) {
-  const auto set = SetOf({Make(types::NORMAL, 0.0, 1.0), Make(types::UNIFORM, 0.0, 1.0)});
+  const auto set =
+      SetOf({WithStats(types::NORMAL, {0.0, 1.0}), WithStats(types::UNIFORM, {0.0, 1.0})});
   testing::internal::CaptureStdout();
   EXPECT_NEAR(set.PDF(Eigen::Vector2d(0.5, 0.5)),
               set.GetRVs()[0]->PDF(0.5) * set.GetRVs()[1]->PDF(0.5), 1e-15);
@@ -244,66 +239,54 @@ TEST(NatafModel, WithoutAMatrixItIsIndependentAndSaysSo) {
 }
 
 TEST(RVSet, RefusalsNameTheProblemAndChangeNothing) {
-  using support::MessageOfExactly;
-  auto set = SetOf({Make(types::EXPONENTIAL, 1.0, 1.0), Make(types::EXPONENTIAL, 1.0, 1.0)});
+  const auto exponential = WithStats(types::EXPONENTIAL, {1.0, 1.0});
+  auto set = SetOf({exponential, exponential->Clone()});
   set.SetCorrelationMatrix(PairMatrix(0.3));
-  const auto refusal = [&](const MatrixXd& matrix) {
-    return MessageOfExactly<corvath::utils::runtime_error>(
-        [&] { set.SetCorrelationMatrix(matrix); });
-  };
-  const std::string start = "Can not set correlation matrix for Nataf model: ";
-  EXPECT_EQ(refusal(MatrixXd(2, 3)),
-            start + "Correlation matrix must be square, obtained a 2 x 3 matrix.");
-  EXPECT_EQ(refusal(MatrixXd::Identity(3, 3)),
-            start +
-                "Dimensions of correlation matrix (=3) must match number of random variables "
-                "(=2)");
   MatrixXd skew = PairMatrix(0.1);
   skew(0, 1) = 0.2;
-  for (const MatrixXd& matrix :
-       {skew, PairMatrix(1.1), PairMatrix(std::nan("")), MatrixXd(2.0 * PairMatrix(0.1))})
-    EXPECT_EQ(refusal(matrix), start + "invalid correlation matrix used.");
-  EXPECT_EQ(refusal(PairMatrix(-0.99)),
-            start + "Correlations can not be calculated in standard normal space.");
+  const std::string invalid = "invalid correlation matrix used.";
+  const std::pair<MatrixXd, std::string> matrices[] = {
+      {MatrixXd(2, 3), "Correlation matrix must be square, obtained a 2 x 3 matrix."},
+      {MatrixXd::Identity(3, 3),
+       "Dimensions of correlation matrix (=3) must match number of random "
+       "variables (=2)"},
+      {skew, invalid},
+      {PairMatrix(1.1), invalid},
+      {PairMatrix(std::nan("")), invalid},
+      {2.0 * PairMatrix(0.1), invalid},
+      {PairMatrix(-0.99), "Correlations can not be calculated in standard normal space."},
+  };
+  const std::string start = "Can not set correlation matrix for Nataf model: ";
+  for (const auto& [matrix, text] : matrices)
+    EXPECT_EQ(RefusalOf([&, &m = matrix] { set.SetCorrelationMatrix(m); }), start + text);
   EXPECT_EQ(set.GetCorrelationMatrix(), PairMatrix(0.3));
   EXPECT_NEAR(set.GetStandardCorrelationMatrix()(0, 1),
               0.3 * (1.2210871 - 0.3371724 * 0.3 + 0.20027882 * 0.09 - 0.0882202 * 0.027), 1e-14);
 
-  set = SetOf(std::vector<boost::shared_ptr<RV>>(3, Make(types::NORMAL, 0.0, 1.0)));
-  MatrixXd indefinite = MatrixXd::Ones(3, 3);
-  indefinite(0, 1) = indefinite(1, 0) = indefinite(0, 2) = indefinite(2, 0) = 0.99;
-  indefinite(1, 2) = indefinite(2, 1) = -0.99;
-  EXPECT_EQ(refusal(indefinite), start + "Correlation matrix is not positive definite.");
-  EXPECT_EQ(refusal(MatrixXd::Ones(3, 3)), start + "Correlation matrix is not positive definite.");
-
-  const auto message = [&](auto action) {
-    return MessageOfExactly<corvath::utils::runtime_error>(action);
-  };
+  const auto normal = WithStats(types::NORMAL, {0.0, 1.0});
+  set = SetOf({normal, normal, normal});
+  MatrixXd indefinite{{1.0, 0.99, 0.99}, {0.99, 1.0, -0.99}, {0.99, -0.99, 1.0}};
+  for (const MatrixXd& matrix : {indefinite, MatrixXd(MatrixXd::Ones(3, 3))})
+    EXPECT_EQ(RefusalOf([&] { set.SetCorrelationMatrix(matrix); }),
+              start + "Correlation matrix is not positive definite.");
   RVSet_Independent independent;
-  independent.AddRV(Make(types::NORMAL, 0.0, 1.0));
+  independent.AddRV(normal);
   const VectorXd two = VectorXd::Zero(2);
-  const std::string sizes =
-      ": Vector size of input variables (=2) must match the number of random variables (=1) within "
-      "this set.";
-  EXPECT_EQ(message([&] { independent.SetCorrelationMatrix(MatrixXd::Identity(1, 1)); }),
-            "Cannot specify correlation matrix for independent variables.");
-  EXPECT_EQ(message([&] { independent.PDF(two); }), "The RVSet can not compute the PDF" + sizes);
-  EXPECT_EQ(message([&] { independent.CDF(two); }), "The RVSet can not compute the CDF" + sizes);
-  const std::string nataf =
-      " by Nataf model: Vector size of input design (=2) must match number of random variables "
-      "(=3)";
-  EXPECT_EQ(message([&] { set.PDF(two); }), "Can not compute joint PDF" + nataf);
-  EXPECT_EQ(message([&] { set.CDF(two); }), "Can not compute joint CDF" + nataf);
-  EXPECT_EQ(message([&] { set.JointNormalDensity(two); }),
-            "The size of the input vector must match the number of random variables defining this "
-            "RVSet. Obtained a vector of size '2', expected a vector of size '3'");
-  EXPECT_EQ(message([&] { set.ToStandardGauss(MatrixXd(2, 5)); }),
-            "ToStandardGauss: Matrix rows must match number of random variables in this set.");
-  EXPECT_EQ(message([&] { set.FromStandardGauss(MatrixXd(2, 5)); }),
-            "Got a rows x cols: 2 x 5 matrix. But the rows of the matrix given must match the "
-            "number of random variables, which is 3, in this set.");
-  EXPECT_EQ(message([&] { RVSetFactory::GetInstance().Create(2); }),
-            "Asking for RVset type with ident '2' that is not existing.");
+  const MatrixXd five(2, 5);
+  ExpectRefusals<corvath::utils::runtime_error>({
+      {[&] { independent.SetCorrelationMatrix(MatrixXd::Identity(1, 1)); }, "Cannot specify corr"},
+      {[&] { independent.PDF(two); }, "PDF: Vector size of input variables (=2) must match the nu"},
+      {[&] { independent.CDF(two); }, "CDF: Vector size of input variables (=2) must match the nu"},
+      {[&] { set.PDF(two); },
+       "joint PDF by Nataf model: Vector size of input design (=2) must mat"},
+      {[&] { set.CDF(two); },
+       "joint CDF by Nataf model: Vector size of input design (=2) must mat"},
+      {[&] { set.JointNormalDensity(two); }, "Obtained a vector of size '2', expected a vector of"},
+      {[&] { set.ToStandardGauss(five); }, "ToStandardGauss: Matrix rows must match number of"},
+      {[&] { set.FromStandardGauss(five); },
+       "Got a rows x cols: 2 x 5 matrix. But the rows of the"},
+      {[&] { RVSetFactory::GetInstance().Create(2); }, "Asking for RVset type with ident '2' that"},
+  });
   EXPECT_EQ(RVSetFactory::GetInstance().Create(1)->GetIdent(), L"Nataf set");
   EXPECT_EQ(RVSetFactory::GetInstance().Create(0)->GetIdent(), L"Independent set");
 }

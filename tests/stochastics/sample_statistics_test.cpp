@@ -1,6 +1,7 @@
 #include "stochastics/sample_statistics.h"
 
-#include "support/message_of.h"
+#include "stochastics/variables.h"
+#include "support/expect_refusals.h"
 
 #include <gtest/gtest.h>
 
@@ -15,9 +16,7 @@ using Eigen::VectorXd;
 
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-VectorXd Vector(std::initializer_list<double> values) {
-  return Eigen::Map<const VectorXd>(values.begin(), static_cast<Eigen::Index>(values.size()));
-}
+const auto Vector = support::ToVector;
 
 TEST(SampleStatistics, MeanAndVarianceSkipNaNOnlyWhenTold) {
   const VectorXd x = Vector({1.0, kNaN, 2.0, 6.0});
@@ -104,35 +103,23 @@ TEST(SampleStatistics, SortingKeepsEqualRowsAndGapsFollowTheOrder) {
 }
 
 TEST(SampleStatistics, MisuseIsNamed) {
-  using support::MessageOfExactly;
-  const VectorXd none;
-  const VectorXd one = Vector({1.0});
-  const VectorXd two = Vector({1.0, 2.0});
-  const MatrixXd matrix = MatrixXd::Ones(3, 2);
-  const auto pair = [&](const MatrixXd& m, const VectorXd& mean, const VectorXd& sigma,
-                        Eigen::Index i) {
-    return MessageOfExactly<std::logic_error>([&] { PairCorrelation(m, mean, sigma, i, 1); });
-  };
-  EXPECT_EQ(pair(MatrixXd(0, 2), two, two, 0), "Empty design matrix");
-  EXPECT_EQ(pair(matrix, one, two, 0), "Sizes of input matrix and mean-vector not consistent");
-  EXPECT_EQ(pair(matrix, two, one, 0), "Sizes of input matrix and sigma-vector not consistent");
-  EXPECT_EQ(pair(matrix, two, two, 2), "Indices and sizes of input matrix not consistent");
-  EXPECT_EQ(pair(matrix, two, two, -1), "Indices and sizes of input matrix not consistent");
-  const auto linear = [&](const VectorXd& x, const VectorXd& y) {
-    return MessageOfExactly<std::logic_error>([&] { LinearCorrelation(x, y, true, false); });
-  };
-  EXPECT_EQ(linear(none, one), "Empty data vector");
-  EXPECT_EQ(linear(two, one), "Sizes of input vectors for linear correlation not consistent");
-  const auto message = [](auto action) { return MessageOfExactly<std::logic_error>(action); };
-  EXPECT_EQ(message([&] { Mean(none, true); }), "Empty design vector");
-  EXPECT_EQ(message([&] { Variance(none, 0.0, true); }), "Empty design vector");
-  EXPECT_EQ(message([&] { MeanVector(matrix, {true}); }),
-            "Sizes of input matrix and Contains-NaN-vector not consistent");
-  EXPECT_EQ(message([&] { SigmaVector(matrix, one); }),
-            "Sizes of input matrix and mean-vector not consistent");
-  EXPECT_EQ(message([&] { SigmaVector(matrix, two, {true}); }),
-            "Sizes of input matrix and mean-vector and/or Contains-NaN-vector not consistent");
-  EXPECT_EQ(message([&] { SquaredDistances(MatrixXd(0, 2)); }), "Empty data matrix");
+  const VectorXd none, one = Vector({1.0}), two = Vector({1.0, 2.0});
+  const MatrixXd matrix = MatrixXd::Ones(3, 2), empty(0, 2);
+  support::ExpectRefusals<std::logic_error>({
+      {[&] { PairCorrelation(empty, two, two, 0, 1); }, "Empty design matrix"},
+      {[&] { PairCorrelation(matrix, one, two, 0, 1); }, "Sizes of input matrix and mean-vector"},
+      {[&] { PairCorrelation(matrix, two, one, 0, 1); }, "Sizes of input matrix and sigma-vector"},
+      {[&] { PairCorrelation(matrix, two, two, 2, 1); }, "Indices and sizes of input matrix not"},
+      {[&] { PairCorrelation(matrix, two, two, -1, 1); }, "Indices and sizes of input matrix not"},
+      {[&] { LinearCorrelation(none, one, true, false); }, "Empty data vector"},
+      {[&] { LinearCorrelation(two, one, true, false); }, "Sizes of input vectors for linear"},
+      {[&] { Mean(none, true); }, "Empty design vector"},
+      {[&] { Variance(none, 0.0, true); }, "Empty design vector"},
+      {[&] { MeanVector(matrix, {true}); }, "Sizes of input matrix and Contains-NaN-vector not"},
+      {[&] { SigmaVector(matrix, one); }, "Sizes of input matrix and mean-vector not consistent"},
+      {[&] { SigmaVector(matrix, two, {true}); }, "mean-vector and/or Contains-NaN-vector not"},
+      {[&] { SquaredDistances(empty); }, "Empty data matrix"},
+  });
 }
 
 }  // namespace

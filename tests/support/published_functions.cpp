@@ -2,6 +2,7 @@
 
 #include "doe/doe.h"
 #include "doe/random_draws.h"
+#include "foundation/constants.h"
 #include "stochastics/normal_quantile.h"
 #include "ten_bar_truss.h"
 
@@ -11,8 +12,7 @@ namespace support {
 namespace {
 
 using Point = Eigen::VectorXd;
-
-constexpr double kPi = 3.14159265358979323846;
+using corvath::math::kPi;
 
 Eigen::VectorXd Vector(std::initializer_list<double> numbers) {
   Eigen::VectorXd vector(static_cast<Eigen::Index>(numbers.size()));

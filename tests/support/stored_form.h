@@ -121,6 +121,14 @@ class StoredForm {
     return Shows(get, value, shown, name);
   }
 
+  /// A field that equality alone sees.
+  template <class Value>
+  StoredForm& Hidden(const char* name, const Value& value, const Value& other,
+                     Versions versions = {}) {
+    AddField(name, value, other, versions);
+    return *this;
+  }
+
   /// A field that equality does not see; from a version that does not hold it comes `other`.
   template <class Get>
   StoredForm& Uncompared(const char* name, const Get& get, Shown<Get> value, Versions versions = {},
@@ -135,9 +143,22 @@ class StoredForm {
   /// from a form (see As), too: an archive holds the record of each class once.
   template <class Value>
   StoredForm& Raw(const char* name, const Value& value, Versions versions = {}) {
-    rows_.push_back({versions, 0, [=](Archive& ar, std::size_t) { Put(ar, name, value); },
+    rows_.push_back({name, versions, 0, [=](Archive& ar, std::size_t) { Put(ar, name, value); },
                      [](const T&, unsigned) {}});
     return *this;
+  }
+
+  /// The same form with another value in the first field of that name.
+  template <class Value>
+  StoredForm With(const std::string& name, const Value& value) const {
+    StoredForm changed = *this;
+    for (Row& row : changed.rows_)
+      if (row.name == name) {
+        row.write = [=](Archive& ar, std::size_t) { Put(ar, name.c_str(), value); };
+        return changed;
+      }
+    ADD_FAILURE() << "no field " << name;
+    return changed;
   }
 
   /// What `get` shows of an object that read one of these versions.
@@ -153,7 +174,8 @@ class StoredForm {
   template <class Base, bool kBaseTracked>
   StoredForm& Part(const char* name, const StoredForm<Base, kBaseTracked>& base, unsigned version) {
     rows_.push_back(
-        {{},
+        {name,
+         {},
          base.GetNumChanges(),
          [=](Archive& ar, std::size_t changed) { Put(ar, name, base.As(version, changed)); },
          [=](const T& object, unsigned) { base.Expect(object, version); }});
@@ -230,6 +252,7 @@ class StoredForm {
   using Archive = corvath::portable_binary_oarchive;
 
   struct Row {
+    std::string name;
     Versions versions;
     std::size_t num_changes;  ///< values of the newest version that can be the other one
     std::function<void(Archive&, std::size_t changed)> write;
@@ -240,14 +263,15 @@ class StoredForm {
   void AddField(const char* name, const Value& value, const Value& other, Versions versions) {
     EXPECT_FALSE(AreSame(value, other)) << name << ": this row cannot fail";
     rows_.push_back(
-        {versions, versions.Has(newest_) ? std::size_t{1} : std::size_t{0},
+        {name, versions, versions.Has(newest_) ? std::size_t{1} : std::size_t{0},
          [=](Archive& ar, std::size_t changed) { Put(ar, name, changed == 0 ? other : value); },
          [](const T&, unsigned) {}});
   }
   /// @param expected  class version to a pointer to the value, null where none is expected
   template <class Get, class Expected>
   void AddExpectation(const char* name, const Get& get, const Expected& expected) {
-    rows_.push_back({{},
+    rows_.push_back({"",
+                     {},
                      0,
                      [](Archive&, std::size_t) {},
                      [=](const T& object, unsigned version) {

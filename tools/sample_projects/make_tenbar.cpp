@@ -18,6 +18,8 @@ namespace sample_projects {
 namespace {
 
 using namespace corvath::algorithm::datatypes;
+using corvath::training::Family;
+using corvath::training::ResponseData;
 
 constexpr Eigen::Index kNumDesigns = 150;
 constexpr std::uint32_t kSeed = 1969;
@@ -25,11 +27,15 @@ constexpr double kReferenceArea = 12.0;  // in^2
 
 /// Which family serves a response. The families are spread so that each can be seen at work; a
 /// study of one's own would take the best for each response.
-TrainedModel Train(const std::wstring& response, const TrainingData& data) {
-  if (response == L"displacement") return TrainKriging(data, /*anisotropic=*/true);
-  if (response == L"stress[3]" || response == L"stress[4]") return TrainMovingLeastSquares(data);
-  if (response == L"stress[6]") return TrainKriging(data, /*anisotropic=*/false);
-  if (response == L"stress[7]") return TrainKriging(data, /*anisotropic=*/true);
+TrainedModel Train(const std::wstring& response, const ResponseData& data) {
+  if (response == L"displacement" || response == L"stress[7]")
+    return TrainForms({{Family::kAnisotropicKriging, 0, false, false}}, data);
+  if (response == L"stress[6]")
+    return TrainForms({{Family::kIsotropicKriging, 0, false, false}}, data);
+  if (response == L"stress[3]" || response == L"stress[4]")
+    return TrainForms({{Family::kMovingLeastSquares, 1, false, false},
+                       {Family::kMovingLeastSquares, 2, false, false}},
+                      data);
   if (response == L"stress[8]") return TrainThinPlateSplines(data);
   return TrainPolynomial(data);
 }

@@ -107,9 +107,11 @@ Study MakeStudy() {
     study.project.GetDesignContainer().Add(
         AnalyseDesign(values, MakeTruss(values), static_cast<std::uint64_t>(d) + 1));
   }
-  AddModels(study, [](const std::wstring& response, const TrainingData& data) {
-    return response == L"displacement" ? TrainKriging(data, /*anisotropic=*/true)
-                                       : TrainPolynomial(data);
+  using corvath::training::Family;
+  AddModels(study, [](const std::wstring& response, const corvath::training::ResponseData& data) {
+    return response == L"displacement"
+               ? TrainForms({{Family::kAnisotropicKriging, 0, false, false}}, data)
+               : TrainPolynomial(data);
   });
   return study;
 }

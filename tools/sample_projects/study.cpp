@@ -17,9 +17,10 @@ namespace {
 using namespace corvath::algorithm::datatypes;
 using corvath::math::Variant;
 using corvath::math::metamodel::AppraisalData;
-using corvath::math::metamodel::IndexVector;
+using corvath::training::ResponseData;
 
-constexpr std::uint64_t kNumGroups = 10;
+constexpr std::uint32_t kNumGroups = 10;
+constexpr std::uint32_t kSeedOfGroups = 1;
 
 CriterionSequence MakeCriteria() {
   CriterionSequence criteria;
@@ -33,19 +34,12 @@ CriterionSequence MakeCriteria() {
   return criteria;
 }
 
-/// Groups of nearly equal size, in the random order that the sample already has.
-IndexVector MakeGroups(Eigen::Index n) {
-  IndexVector groups(n);
-  for (Eigen::Index i = 0; i < n; ++i) groups(i) = static_cast<std::uint64_t>(i) % kNumGroups;
-  return groups;
-}
-
 /// The record of a trained model.
 SurrogateInfo Complete(SurrogateInfo info, const Study& study, const TrainedModel& trained) {
   AppraisalData figures;
-  figures.SetCoP(trained.cop);
-  figures.SetCoD(trained.cod, trained.cod_adjusted);
-  Eigen::VectorXd single = trained.single_cops;
+  figures.SetCoP(trained.results.CoP);
+  figures.SetCoD(trained.results.CoD, trained.results.CoDadj);
+  Eigen::VectorXd single = trained.results.singleCoPs;
   for (Eigen::Index i = 0; i < single.size(); ++i)  // an input that is left out has none
     if (!trained.subspace[static_cast<std::size_t>(i)]) single(i) = std::nan("");
   figures.SetSingleCoPs(single);
@@ -95,23 +89,23 @@ Design AnalyseDesign(const std::vector<std::pair<std::wstring, double>>& paramet
 }
 
 void AddModels(Study& study,
-               const std::function<TrainedModel(const std::wstring&, const TrainingData&)>& train) {
+               const std::function<TrainedModel(const std::wstring&, const ResponseData&)>& train) {
   auto& zel = *study.project.GetAlgorithmInfo()->GetZELInformation();
   const DesignManager& designs = study.project.GetDesignContainer();
   const auto widths = designs.GetModelResponseWidths();
   const auto names = DesignManager::GetResponseNames(widths);
   const Eigen::MatrixXd responses = designs.GetResponseMatrix(widths);
-  const IndexVector groups = MakeGroups(study.points.rows());
   for (const auto& [response, width] : widths) {
     zel.response_to_cv_mapping_[response] = response;
-    zel.cv_indexes_[response].assign(groups.begin(), groups.end());
     for (std::int64_t element = 0; element < std::max<std::int64_t>(width, 1); ++element) {
       SurrogateInfo info = width == 0
                                ? SurrogateInfo(response)
                                : SurrogateInfo(response, static_cast<std::uint64_t>(element));
       const auto column = std::find(names.begin(), names.end(), info.GetFullName()) - names.begin();
-      const Eigen::VectorXd values = responses.col(column);
-      const TrainedModel trained = train(info.GetFullName(), {study.points, values, groups});
+      const ResponseData data = corvath::training::MakeResponseData(
+          study.points, responses.col(column), kNumGroups, kSeedOfGroups);
+      const TrainedModel trained = train(info.GetFullName(), data);
+      zel.cv_indexes_[response].assign(data.groups.begin(), data.groups.end());
       zel.surrogate_infos_.AddOrReplace(Complete(std::move(info), study, trained));
     }
   }

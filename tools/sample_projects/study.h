@@ -38,6 +38,7 @@ corvath::algorithm::datatypes::Design AnalyseDesign(
 /// designs, in ten cross-validation groups, and files all that a reader expects to find with them.
 /// @param train  chooses the model of the response of that full name
 void AddModels(Study& study,
-               const std::function<TrainedModel(const std::wstring&, const TrainingData&)>& train);
+               const std::function<TrainedModel(const std::wstring&,
+                                                const corvath::training::ResponseData&)>& train);
 
 }  // namespace sample_projects

@@ -50,11 +50,6 @@ void RandomProperties::SetCov(double cov) {
   cov_ = cov;
 }
 
-void RandomProperties::ClearCov() {
-  has_set_cov_ = false;
-  cov_ = 0.0;
-}
-
 bool RandomProperties::operator==(const RandomProperties& other) const {
   if (type_ != other.type_ || kind_ != other.kind_ || has_set_cov_ != other.has_set_cov_ ||
       !SameNumber(cov_, other.cov_) || moments_.size() != other.moments_.size())

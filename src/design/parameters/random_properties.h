@@ -45,8 +45,6 @@ class RandomProperties {
   /// @throws corvath::utils::runtime_error  it is not set
   double GetCov() const;
   void SetCov(double cov);
-  /// Back to a standard deviation of its own.
-  void ClearCov();
 
   bool IsValidated() const { return validated_; }
   void SetValidated(bool validated) { validated_ = validated; }

@@ -62,6 +62,9 @@ class MovingLeastSquares : public SurrogateBase {
   MovingLeastSquares* Clone() const override { return new MovingLeastSquares(*this); }
   void SetSettings(const SurrogateSettingsBase& settings) override;
 
+  /// What the local fits approximate: N transformed values.
+  const Eigen::VectorXd& GetTransformedValues() const { return values_trans_; }
+
  private:
   friend class boost::serialization::access;
   template <class Archive>

@@ -32,6 +32,11 @@ class TransBoxCox : public Transform {
   bool Equals(const Transform& other) const override;
   TransBoxCox* Clone() const override { return new TransBoxCox(*this); }
 
+  /// k; 0 for the logarithm.
+  std::int64_t GetInverseLambda() const { return lambda_inv_; }
+  /// The scaling before; not built until this is.
+  const TransMinMax& GetScaling() const { return trans_minmax_; }
+
  private:
   friend class boost::serialization::access;
   template <class Archive>

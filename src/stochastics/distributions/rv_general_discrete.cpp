@@ -62,12 +62,7 @@ std::vector<std::wstring> RV_GeneralDiscrete::GetParameterNames() const {
 }
 
 void RV_GeneralDiscrete::SetParameters(const Eigen::VectorXd& parameters) {
-  if (parameters.size() < 4)
-    Raise(L": Wrong number of statistical parameters. Expected at least 4, obtained: " +
-          std::to_wstring(parameters.size()));
-  if (parameters.size() % 2 != 0)
-    Raise(L": Number of distribution parameters should be even " +
-          std::to_wstring(parameters.size()));
+  RequireTable(parameters.size(), [this](const std::wstring& text) { Raise(text); });
   RequireMagnitude(parameters);
   std::vector<std::pair<double, double>> states;
   double sum = 0.0;
@@ -109,13 +104,9 @@ void RV_GeneralDiscrete::SetStats(const Eigen::VectorXd& moments) {
 }
 
 void RV_GeneralDiscrete::Fit(const Eigen::MatrixXd& data) {
-  if (data.cols() != 1)
-    Raise(L": Wrong number of data columns. Expected: 1, obtained: " +
-          std::to_wstring(data.cols()));
-  if (data.rows() < 2) Raise(L": Not enough data points available. ");
-  Eigen::VectorXd sorted = data.col(0);
+  const Eigen::VectorXd sorted =
+      SortedSample(data, [this](const std::wstring& text) { Raise(text); });
   RequireMagnitude(sorted);
-  std::sort(sorted.begin(), sorted.end());
   const auto n = static_cast<double>(sorted.size());
   const double tolerance = (sorted(sorted.size() - 1) - sorted(0)) / (n - 1.0) / 100.0;
   std::vector<double> table = {sorted(0), 1.0};

@@ -56,12 +56,7 @@ std::vector<std::wstring> RV_MultiUniform::GetParameterNames() const {
 }
 
 void RV_MultiUniform::SetParameters(const Eigen::VectorXd& parameters) {
-  if (parameters.size() < 4)
-    Raise(L": Wrong number of statistical parameters. Expected at least 4, obtained: " +
-          std::to_wstring(parameters.size()));
-  if (parameters.size() % 2 != 0)
-    Raise(L": Number of distribution parameters should be even " +
-          std::to_wstring(parameters.size()));
+  RequireTable(parameters.size(), [this](const std::wstring& text) { Raise(text); });
   RequireMagnitude(parameters);
   Eigen::VectorXd table = parameters;
   const Eigen::Index last = table.size() - 2;
@@ -100,13 +95,9 @@ void RV_MultiUniform::SetStats(const Eigen::VectorXd& moments) {
 }
 
 void RV_MultiUniform::Fit(const Eigen::MatrixXd& data) {
-  if (data.cols() != 1)
-    Raise(L": Wrong number of data columns. Expected: 1, obtained: " +
-          std::to_wstring(data.cols()));
-  if (data.rows() < 2) Raise(L": Not enough data points available. ");
-  Eigen::VectorXd sorted = data.col(0);
+  const Eigen::VectorXd sorted =
+      SortedSample(data, [this](const std::wstring& text) { Raise(text); });
   RequireMagnitude(sorted);
-  std::sort(sorted.begin(), sorted.end());
   const auto n = static_cast<double>(sorted.size());
   const double smallest = sorted(0);
   const double largest = sorted(sorted.size() - 1);

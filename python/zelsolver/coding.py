@@ -1,0 +1,58 @@
+"""Words and dates as the numbers that stand for them."""
+
+from __future__ import annotations
+
+import sys
+from typing import Any, Callable, Mapping
+
+import numpy as np
+from numpy.typing import NDArray
+
+from .errors import InputError
+
+_EPOCH = np.datetime64("1970-01-01", "us")
+_DAY = np.timedelta64(1, "D") / np.timedelta64(1, "us")
+
+
+def is_missing(value: object) -> bool:
+    """Whether it is None or pandas.NA."""
+    return value is None or value is getattr(sys.modules.get("pandas"), "NA", None)
+
+
+def as_days(dates: NDArray[Any]) -> NDArray[np.float64]:
+    """datetime64 as days since 1970-01-01; NaT is NaN."""
+    days: NDArray[np.float64] = np.asarray((dates.astype("M8[us]") - _EPOCH).astype(np.float64)
+                                           / _DAY)
+    days[np.isnat(dates)] = np.nan
+    return days
+
+
+def coded(values: Any, name: str, describe: Callable[[str], Mapping[str, Any]]) -> Any:
+    """The values of an input: words by their positions, dates by their days, all else as it is.
+
+    describe: tells the input's "words", and whether it is a "date"; only asked when it matters
+
+    Raises InputError for a word that the input does not have.
+    """
+    kind = getattr(getattr(values, "dtype", None), "kind", None)
+    if kind is not None and kind in "biuf":
+        return values
+    array = np.asarray(values)
+    if array.dtype.kind == "M" and describe(name).get("date"):
+        return as_days(array)
+    if array.dtype.kind not in "OU" or not any(isinstance(v, str) for v in array.flat):
+        return values
+    words = describe(name).get("words")
+    if not words:
+        return values
+    codes = {word: float(code) for code, word in enumerate(words)}
+    numbers = np.empty(array.shape)
+    for index, value in np.ndenumerate(array):
+        if is_missing(value):
+            numbers[index] = np.nan
+        elif value in codes:
+            numbers[index] = codes[value]
+        else:
+            known = ", ".join(f'"{word}"' for word in words)
+            raise InputError(f'column "{name}": {value!r} is none of its words {known}')
+    return numbers

@@ -1,0 +1,232 @@
+#include "analysis/optimisation/global_search.h"
+
+#include "doe/doe.h"
+#include "foundation/parallel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <random>
+
+namespace corvath::analysis {
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+/// Searches that run at once, whatever the number of threads.
+constexpr std::size_t kBatch = 4;
+
+Eigen::MatrixXd LatinHypercube(const NonlinearProgram& program, Eigen::Index n,
+                               std::uint32_t seed) {
+  math::StateLists states;
+  if (program.HasDiscrete()) states = program.states;
+  math::DOE doe(static_cast<std::uint64_t>(program.NumInputs()), seed, states);
+  doe.Build(math::kLatinHypercube, static_cast<std::uint64_t>(n), false);
+  Eigen::MatrixXd points = doe.GetMatrix();
+  for (Eigen::Index i = 0; i < points.cols(); ++i)
+    if (!program.IsDiscrete(i))
+      points.col(i) = program.lower(i) +
+                      0.5 * (points.col(i).array() + 1.0) * (program.upper(i) - program.lower(i));
+  return points;
+}
+
+/// Points as shares of the ranges of the inputs.
+Eigen::MatrixXd ToShares(const NonlinearProgram& program, const Eigen::MatrixXd& points) {
+  const Eigen::RowVectorXd range =
+      (program.upper - program.lower).transpose().unaryExpr([](double width) {
+        return width > 0.0 ? width : 1.0;
+      });
+  return (points.rowwise() - program.lower.transpose()).array().rowwise() / range.array();
+}
+
+/// The distance within which a better point speaks against a start: that of the multi level method
+/// with its factor 2, for n points in d dimensions.
+double CriticalDistance(double n, double d) {
+  const double volume = 2.0 * std::log(std::max(n, 2.0)) / n;
+  return std::exp((std::log(volume) + std::lgamma(1.0 + 0.5 * d)) / d) /
+         std::sqrt(3.14159265358979);
+}
+
+/// Objective and breach in one number: in units of their scales a breach weighs ten times. Infinite
+/// where a value is NaN.
+Eigen::VectorXd Merits(const NonlinearProgram& program, const SqpForm& form,
+                       const Eigen::VectorXd& scales, const Eigen::MatrixXd& values) {
+  constexpr double kBreachWeight = 10.0;
+  Eigen::VectorXd objectives(values.rows());
+  for (Eigen::Index k = 0; k < values.rows(); ++k) objectives(k) = form.Objective(values.row(k));
+  Eigen::VectorXd merits = objectives / ColumnScales(objectives)(0);
+  for (Eigen::Index k = 0; k < values.rows(); ++k)
+    merits(k) =
+        values.row(k).allFinite()
+            ? merits(k) + kBreachWeight * LargestBreach(program, scales, values.row(k)).relative
+            : kInfinity;
+  return merits;
+}
+
+std::vector<Eigen::Index> Ascending(const Eigen::VectorXd& merits) {
+  std::vector<Eigen::Index> order(static_cast<std::size_t>(merits.size()));
+  std::iota(order.begin(), order.end(), Eigen::Index{0});
+  std::stable_sort(order.begin(), order.end(),
+                   [&](Eigen::Index a, Eigen::Index b) { return merits(a) < merits(b); });
+  return order;
+}
+
+/// The best points of a sample from which to start: first those that no better point is near, then
+/// those that no chosen one is near, then any.
+std::vector<Evaluated> Starts(const NonlinearProgram& program, const SqpForm& form,
+                              const Screening& screening, std::size_t count) {
+  const Eigen::VectorXd merits = Merits(program, form, screening.scales, screening.values);
+  const std::vector<Eigen::Index> order = Ascending(merits);
+  const Eigen::MatrixXd shares = ToShares(program, screening.points).transpose();
+  const double critical =
+      CriticalDistance(static_cast<double>(order.size()), static_cast<double>(program.NumInputs()));
+  std::vector<Eigen::Index> rows;
+  std::vector<bool> taken(order.size());
+  for (const double distance : {critical, 0.5 * critical, 0.0})
+    for (std::size_t k = 0; k < order.size() && rows.size() < count; ++k) {
+      if (taken[k] || merits(order[k]) == kInfinity) continue;
+      const auto is_near = [&](Eigen::Index other) {
+        return (shares.col(order[k]) - shares.col(other)).squaredNorm() < distance * distance;
+      };
+      const bool is_covered =
+          distance == critical
+              ? std::any_of(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(k), is_near)
+              : std::any_of(rows.begin(), rows.end(), is_near);
+      if (is_covered) continue;
+      taken[k] = true;
+      rows.push_back(order[k]);
+    }
+  std::vector<Evaluated> starts;
+  for (const Eigen::Index row : rows)
+    starts.push_back({screening.points.row(row), screening.values.row(row)});
+  return starts;
+}
+
+/// Different optima among the results of searches.
+class Optima {
+ public:
+  explicit Optima(const NonlinearProgram& program) : program_(program) {}
+
+  void Add(const LocalOptimum& optimum) {
+    if (!optimum.IsFeasible() || IsKnown(optimum.point.x)) return;
+    found_.push_back({ToShares(program_, optimum.point.x), optimum.objective});
+    std::stable_sort(found_.begin(), found_.end(),
+                     [](const Found& a, const Found& b) { return a.objective < b.objective; });
+  }
+  Eigen::Index Count() const { return static_cast<Eigen::Index>(found_.size()); }
+
+  /// Whether `searches` of them make it likely that there are no others.
+  bool IsComplete(Eigen::Index searches) const {
+    const auto k = static_cast<double>(searches), w = static_cast<double>(found_.size());
+    return w > 0.0 && k > w + 2.0 && w * (k - 1.0) / (k - w - 2.0) < w + 0.5;
+  }
+
+  /// Points each of whose coordinates is that of one of two optima, half of them scattered; good
+  /// optima are more often parents.
+  Eigen::MatrixXd Cross(Eigen::Index count, std::mt19937& random) const {
+    constexpr double kScatter = 0.1;  // share of a range
+    const auto uniform = [&] { return static_cast<double>(random()) / 4294967296.0; };
+    const auto parent = [&]() -> const Eigen::RowVectorXd& {
+      const double share = uniform() * uniform();  // half of the draws in the best fifth
+      return found_[static_cast<std::size_t>(share * static_cast<double>(found_.size()))].shares;
+    };
+    Eigen::MatrixXd points(count, program_.NumInputs());
+    for (Eigen::Index k = 0; k < count; ++k) {
+      const Eigen::RowVectorXd &a = parent(), &b = parent();
+      for (Eigen::Index i = 0; i < points.cols(); ++i) {
+        double share = uniform() < 0.5 ? a(i) : b(i);
+        if (uniform() < 0.5) share += kScatter * (uniform() + uniform() - 1.0);
+        points(k, i) = program_.lower(i) + share * (program_.upper(i) - program_.lower(i));
+      }
+      points.row(k) = program_.Admit(points.row(k));
+    }
+    return points;
+  }
+
+  bool IsKnown(const Eigen::RowVectorXd& x) const {
+    constexpr double kSame = 1e-3;  // shares of the ranges
+    const Eigen::RowVectorXd shares = ToShares(program_, x);
+    return std::any_of(found_.begin(), found_.end(), [&](const Found& other) {
+      return (other.shares - shares).cwiseAbs().maxCoeff() < kSame;
+    });
+  }
+
+ private:
+  struct Found {
+    Eigen::RowVectorXd shares;
+    double objective;
+  };
+  const NonlinearProgram& program_;
+  std::vector<Found> found_;  ///< the best first
+};
+
+/// The best of many crossings of the optima.
+std::vector<Evaluated> CrossedStarts(const NonlinearProgram& program, const SqpForm& form,
+                                     const Eigen::VectorXd& scales, const Optima& optima,
+                                     std::mt19937& random) {
+  constexpr Eigen::Index kCrossings = 100;
+  const Eigen::MatrixXd points = optima.Cross(kCrossings, random);
+  const Eigen::MatrixXd values = program.values(points);
+  const Eigen::VectorXd merits = Merits(program, form, scales, values);
+  std::vector<Evaluated> starts;
+  for (const Eigen::Index row : Ascending(merits)) {
+    if (starts.size() == kBatch || merits(row) == kInfinity) break;
+    if (!optima.IsKnown(points.row(row))) starts.push_back({points.row(row), values.row(row)});
+  }
+  return starts;
+}
+
+}  // namespace
+
+Screening Screen(const NonlinearProgram& program, const Eigen::MatrixXd& given,
+                 const SearchSettings& settings) {
+  program.Check();
+  const Eigen::Index n = program.NumInputs();
+  const Eigen::Index count =
+      settings.num_sample > 0 ? settings.num_sample : std::min<Eigen::Index>(2000, 200 + 100 * n);
+  Screening screening;
+  screening.points.resize(given.rows() + count, n);
+  for (Eigen::Index k = 0; k < given.rows(); ++k)
+    screening.points.row(k) = program.Admit(given.row(k));
+  screening.points.bottomRows(count) = LatinHypercube(program, count, settings.seed);
+  screening.values = program.values(screening.points);
+  screening.scales = ColumnScales(screening.values);
+  return screening;
+}
+
+GlobalOptimum SearchGlobally(const NonlinearProgram& program, const SqpForm& form,
+                             const Screening& screening, const SearchSettings& settings) {
+  GlobalOptimum result;
+  for (Eigen::Index k = 0; k < screening.values.rows(); ++k)
+    if (screening.values.row(k).allFinite()) ++result.num_finite;
+  result.best.breach.relative = kInfinity;
+  const auto max_searches = static_cast<std::size_t>(settings.max_searches);
+  const std::vector<Evaluated> starts = Starts(program, form, screening, max_searches);
+  Optima optima(program);
+  std::mt19937 random(settings.seed);
+  for (std::size_t first = 0; first < starts.size();) {
+    if (settings.progress)
+      settings.progress(static_cast<double>(first) / static_cast<double>(starts.size()));
+    std::vector<Evaluated> batch;
+    if (2 * first >= max_searches && optima.Count() > 1)
+      batch = CrossedStarts(program, form, screening.scales, optima, random);
+    for (std::size_t k = first; batch.size() < kBatch && k < starts.size(); ++k)
+      batch.push_back(starts[k]);
+    std::vector<LocalOptimum> found(batch.size());
+    utils::ParallelTasks(batch.size(), [&](std::size_t k) {
+      found[k] = SearchMixed(program, form, screening.scales, batch[k]);
+    });
+    for (LocalOptimum& optimum : found) {
+      optima.Add(optimum);
+      if (result.num_searches == 0 || IsBetter(optimum, result.best))
+        result.best = std::move(optimum);
+      ++result.num_searches;
+    }
+    if (optima.IsComplete(result.num_searches)) break;
+    first += batch.size();
+  }
+  result.num_optima = optima.Count();
+  return result;
+}
+
+}  // namespace corvath::analysis

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "analysis/optimisation/local_search.h"
+
+#include <Eigen/Core>
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace corvath::analysis {
+
+struct SearchSettings {
+  Eigen::Index num_sample = 0;     ///< space-filling points to start from; 0: by the inputs
+  Eigen::Index max_searches = 40;  ///< local searches, at most
+  std::uint32_t seed = 1;
+  /// Told the share of the work that is done, from the calling thread; what it throws ends the
+  /// search.
+  std::function<void(double share)> progress;
+};
+
+/// A program over a sample of its space: where searches start.
+struct Screening {
+  Eigen::MatrixXd points;  ///< the given ones first, each once, then a Latin hypercube
+  Eigen::MatrixXd values;
+  Eigen::VectorXd scales;  ///< see ColumnScales
+};
+
+/// @param given  points to look at besides, n columns; brought to bounds and states
+Screening Screen(const NonlinearProgram& program, const Eigen::MatrixXd& given,
+                 const SearchSettings& settings);
+
+struct GlobalOptimum {
+  LocalOptimum best;
+  Eigen::Index num_searches = 0;
+  Eigen::Index num_optima = 0;  ///< different ones that keep the limits
+  Eigen::Index num_finite = 0;  ///< points of the screening where all values are numbers
+};
+
+/// The best of local searches from the most promising points of a screening: first those better than
+/// all points around them, as in A. H. G. Rinnooy Kan, G. T. Timmer, "Stochastic global optimization
+/// methods, part II: multi level methods", Mathematical Programming 39, 1987, pp. 57-78. They end
+/// when the number of different optima that one must expect, after C. G. E. Boender and
+/// Rinnooy Kan (w (k - 1) / (k - w - 2) for w of k searches), is less than a half above the number
+/// found. From the half of their largest number on they start from a crossing of the optima found,
+/// coordinate by coordinate, with a little scatter: where inputs act by themselves, the best optimum
+/// has the coordinates of several. Searches of one batch run at once; results do not depend on the
+/// number of threads.
+GlobalOptimum SearchGlobally(const NonlinearProgram& program, const SqpForm& form,
+                             const Screening& screening, const SearchSettings& settings);
+
+}  // namespace corvath::analysis

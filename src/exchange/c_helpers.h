@@ -1,0 +1,195 @@
+#pragma once
+
+namespace corvath::exchange {
+
+/// A function of the generated C files that models or criteria call. "@" stands for the prefix.
+struct CHelper {
+  const char* name;  ///< behind the prefix and "_"
+  const char* text;
+};
+
+/// What a file needs goes into it, in this order: those further down call those above.
+inline constexpr CHelper kCHelpers[] = {
+    {"squared", R"(/* Squared distance of two points. */
+static double @_squared(const double *u, const double *p, int n)
+{
+  double sum = 0.0;
+  int j;
+  for (j = 0; j < n; ++j)
+    sum += (u[j] - p[j]) * (u[j] - p[j]);
+  return sum;
+}
+)"},
+    {"scaled", R"(/* The same with a factor for each coordinate. */
+static double @_scaled(const double *u, const double *p, const double *factors, int n)
+{
+  double sum = 0.0;
+  int j;
+  for (j = 0; j < n; ++j)
+    sum += (u[j] - p[j]) * ((u[j] - p[j]) * factors[j]);
+  return sum;
+}
+)"},
+    {"regularised", R"(/* Weight of a point, 0 from its radius on. */
+static double @_regularised(double squared, double squared_radius)
+{
+  const double weight = pow(squared / squared_radius + 1e-5, -2.0) - pow(1.00001, -2.0);
+  return weight < 0.0 ? 0.0 : weight;
+}
+)"},
+    {"nearest",
+     R"(/* The squared distance of the count-th nearest of num points; heap holds the count
+   smallest so far, the largest of them first. */
+static double @_nearest(const double *u, const double *points, int num, int n, int count,
+                        double *heap)
+{
+  int i, at, child;
+  double s;
+  for (i = 0; i < num; ++i) {
+    s = @_squared(u, points + (long)i * n, n);
+    if (s != s)
+      return s;
+    if (i < count) { /* a leaf rises */
+      for (at = i; at > 0 && heap[(at - 1) / 2] < s; at = (at - 1) / 2)
+        heap[at] = heap[(at - 1) / 2];
+      heap[at] = s;
+    } else if (s < heap[0]) { /* the root sinks */
+      for (at = 0; (child = 2 * at + 1) < count; at = child) {
+        if (child + 1 < count && heap[child + 1] > heap[child])
+          ++child;
+        if (heap[child] <= s)
+          break;
+        heap[at] = heap[child];
+      }
+      heap[at] = s;
+    }
+  }
+  return heap[0];
+}
+)"},
+    {"add",
+     R"(/* Adds a weighted point to the lower triangle of a normal matrix and its right side. */
+static void @_add(int n, double weight, double value, const double *basis, double *normal,
+                  double *right)
+{
+  int row, column;
+  for (row = 0; row < n; ++row) {
+    for (column = 0; column <= row; ++column)
+      normal[row * n + column] += basis[row] * basis[column] * weight;
+    right[row] += basis[row] * value * weight;
+  }
+}
+)"},
+    {"solve", R"(/* Solves a symmetric system by L D L', pivots by the size of the diagonal; what a
+   vanishing pivot leaves open is 0. work: n * n numbers. */
+static void @_solve(int n, const double *a, const double *b, double *x, double *work, int *order)
+{
+  double *const d = work; /* of row i the diagonal at i * n + i, L left of it */
+  double *y = x;
+  double best, entry;
+  int i, j, k, pivot;
+  for (i = 0; i < n; ++i)
+    order[i] = i;
+  for (k = 0; k < n; ++k) {
+    pivot = k;
+    best = fabs(a[order[k] * n + order[k]]);
+    for (i = k + 1; i < n; ++i)
+      if (fabs(a[order[i] * n + order[i]]) > best) {
+        pivot = i;
+        best = fabs(a[order[i] * n + order[i]]);
+      }
+    i = order[k];
+    order[k] = order[pivot];
+    order[pivot] = i;
+  }
+  for (i = 0; i < n; ++i)
+    for (j = 0; j <= i; ++j) {
+      entry = order[i] > order[j] ? a[order[i] * n + order[j]] : a[order[j] * n + order[i]];
+      for (k = 0; k < j; ++k)
+        entry -= d[i * n + k] * (d[k * n + k] * d[j * n + k]);
+      if (j < i && d[j * n + j] != 0.0)
+        entry /= d[j * n + j];
+      d[i * n + j] = entry;
+    }
+  /* Forward, diagonal, backward; the strict upper triangle of work holds nothing else. */
+  for (i = 0; i < n; ++i) {
+    entry = b[order[i]];
+    for (k = 0; k < i; ++k)
+      entry -= d[i * n + k] * y[order[k]];
+    y[order[i]] = entry;
+  }
+  for (i = 0; i < n; ++i)
+    y[order[i]] = fabs(d[i * n + i]) > 2.2250738585072014e-308 ? y[order[i]] / d[i * n + i] : 0.0;
+  for (i = n - 1; i >= 0; --i)
+    for (k = i + 1; k < n; ++k)
+      y[order[i]] -= d[k * n + i] * y[order[k]];
+}
+)"},
+    {"differences", R"(/* Central differences of f, a step to each side. */
+static void @_differences(double (*f)(const double *), const double *inputs, const double *steps,
+                          double *gradient)
+{
+  double x[@@_NUM_INPUTS], below, above;
+  int j;
+  for (j = 0; j < @@_NUM_INPUTS; ++j)
+    x[j] = inputs[j];
+  for (j = 0; j < @@_NUM_INPUTS; ++j) {
+    gradient[j] = 0.0;
+    if (steps[j] == 0.0)
+      continue;
+    x[j] = inputs[j] - steps[j];
+    below = f(x);
+    x[j] = inputs[j] + steps[j];
+    above = f(x);
+    x[j] = inputs[j];
+    gradient[j] = (above - below) / steps[j] * 0.5;
+  }
+}
+)"},
+    {"quotient", R"(static double @_quotient(double a, double b)
+{
+  return fabs(b) > 0.0 && fabs(b) <= 1.7976931348623157e+308 ? a / b : NAN;
+}
+)"},
+    {"power", R"(/* Whole powers are products; of a negative number there are no others. */
+static double @_power(double x, double y)
+{
+  double whole, n, result = 1.0;
+  if (y != y)
+    return y;
+  if (fabs(x) < 2.220446049250313e-16)
+    return y < 0.0 ? NAN : y > 0.0 ? 0.0 : 1.0;
+  whole = (ceil(y) - y) * (ceil(y) - y) < 2.220446049250313e-16 ? ceil(y) : floor(y);
+  if (!((whole - y) * (whole - y) < 2.220446049250313e-16))
+    return x < 0.0 ? NAN : pow(x, y);
+  for (n = fabs(whole); n > 0.0; n = floor(n / 2.0)) {
+    if (fmod(n, 2.0) == 1.0)
+      result *= x;
+    x *= x;
+  }
+  return whole < 0.0 ? 1.0 / result : result;
+}
+)"},
+    {"largest", R"(static double @_largest(const double *numbers, int n)
+{
+  double best = numbers[0];
+  int i;
+  for (i = 1; i < n; ++i)
+    if (numbers[i] > best)
+      best = numbers[i];
+  return best;
+}
+)"},
+    {"smallest", R"(static double @_smallest(const double *numbers, int n)
+{
+  double best = numbers[0];
+  int i;
+  for (i = 1; i < n; ++i)
+    if (numbers[i] < best)
+      best = numbers[i];
+  return best;
+}
+)"},
+};
+
+}  // namespace corvath::exchange

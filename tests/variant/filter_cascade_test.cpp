@@ -1,0 +1,75 @@
+#include "variant/signals/filter_cascade.h"
+
+#include "support/values.h"
+#include "variant/signals/filters.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace corvath::math {
+namespace {
+
+using namespace support;
+namespace fn = functions;
+
+TEST(FilterCascade, IsTheDifferenceEquationSectionBySection) {
+  // Plain complex arithmetic, one section after the other over the whole channel.
+  std::mt19937 engine(7);
+  std::uniform_real_distribution<double> uniform(-0.4, 0.4);
+  // Lengths on both sides of the samples that the last of some sections lags behind the first.
+  const std::pair<std::size_t, std::size_t> sizes[] = {{1, 40}, {2, 1}, {3, 3}, {4, 1},
+                                                       {4, 6},  {4, 7}, {5, 2}, {7, 40}};
+  for (const auto& [sections, n] : sizes)
+    for (const std::size_t columns : {3u, 5u})
+      for (const bool complex : {false, true})
+        for (const int start : {kStartZero, kStartConstant}) {
+          Value::Matrix b(sections, columns), a(sections, columns);
+          for (auto* m : {&b, &a})
+            for (Complex& z : m->data())
+              z = Complex(uniform(engine), complex ? uniform(engine) : 0);
+          for (std::size_t r = 0; r < sections; ++r) a(r, 0) = r == 0 ? Complex(1) : Complex(2.5);
+          std::vector<Complex> x(n);
+          for (Complex& z : x) z = uniform(engine);
+
+          std::vector<Complex> w(columns - 1, start == kStartConstant ? x[0] : 0);
+          w.insert(w.end(), x.begin(), x.end());
+          for (std::size_t r = 0; r < sections; ++r) {
+            std::vector<Complex> y = w;
+            for (std::size_t k = columns - 1; k < w.size(); ++k) {
+              y[k] = b(r, 0) / a(r, 0) * w[k];
+              for (std::size_t j = 1; j < columns; ++j)
+                y[k] += b(r, j) / a(r, 0) * w[k - j] - a(r, j) / a(r, 0) * y[k - j];
+            }
+            w = y;
+          }
+          std::vector<Complex> t(n);
+          for (std::size_t i = 0; i < n; ++i) t[i] = static_cast<double>(i);
+          Value r;
+          fn::filter(r, Sig(t, {x, x}), Value(b), Value(a), start);
+          ASSERT_TRUE(r.IsSignal());
+          for (std::size_t i = 0; i < n; ++i) {
+            EXPECT_NEAR(std::abs(r.GetMatrix()(0, i) - w[i + columns - 1]), 0, 1e-14);
+            EXPECT_EQ(r.GetMatrix()(0, i), r.GetMatrix()(1, i));
+          }
+        }
+}
+
+TEST(FilterCascade, RefusesInOrder) {
+  const Value x = XY({0, 1, 2}, {1, 2, 3}), b = Mat({{1, 2, 1}}), a = Mat({{4, 0, 0}});
+  const auto run = [](const Value& signal, const Value& num, const Value& den, int start) {
+    return Outcome([&](Value& r) { fn::filter(r, signal, num, den, start); });
+  };
+  EXPECT_EQ(run(x, b, a, 0), Text(XY({0, 1, 2}, {0.25, 1, 2})));
+  EXPECT_EQ(run(b, b, a, 0), "CType: Input object of wrong type. Time signal expected.");
+  EXPECT_EQ(run(XY({0}, {{0, 1}}), b, a, 0), "CType: Real input object expected.");
+  EXPECT_EQ(run(x, Vec({1, 2, 1}), a, 0), "CType: Numerator & denominator must be of type MATRIX.");
+  EXPECT_EQ(run(x, b, Mat({{1, 2}}), 0), "CType: Numerator & denominator must be of same size.");
+  EXPECT_EQ(run(x, Mat({{1, 2}}), Mat({{1, 2}}), 0),
+            "CType: Numerator & denominator must be of size Nx3 (case Low-/Highpass) or Nx5 (case "
+            "Bandpass/-stop).");
+  EXPECT_EQ(run(x, b, a, 2), "CFilter: Wrong condition: ZERO, CONSTANT expected.");
+}
+
+}  // namespace
+}  // namespace corvath::math
