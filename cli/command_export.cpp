@@ -2,7 +2,7 @@
 #include "exchange/export_project.h"
 #include "exchange/model_reader.h"
 #include "exchange/project_reader.h"
-#include "interruption.h"
+#include "foundation/text.h"
 #include "standard_output.h"
 #include "study/project/project.h"
 #include "study/table/output_file.h"
@@ -24,17 +24,17 @@ std::string NameOfFile(const std::string& path) {
 
 void RunExport(const ExportOptions& options) {
   ClaimStandardOutput();  // before the library logs what it meets
-  const Project opened = Project::Open(options.file, options.hash);
+  const Project source = Project::Open(options.file, options.hash);
   corvath::exchange::Export result;
   try {
     const auto project =
-        corvath::exchange::DescribeProject(opened.GetSolver(), options.file, options.responses);
+        corvath::exchange::DescribeProject(source.GetSolver(), options.file, options.responses);
     result = corvath::exchange::ExportProject(
         project, options.format, options.name.empty() ? NameOfFile(options.out) : options.name);
   } catch (const corvath::exchange::NotDescribable& error) {
     throw Refusal(options.file + ": " + error.what());
   }
-  OutputFile file(options.out, ClaimStandardOutput(), &GetFileWatcher());
+  OutputFile file(options.out);
   file.Write(result.text);
   file.Commit();
   if (options.quiet) return;
