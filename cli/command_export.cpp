@@ -3,6 +3,7 @@
 #include "exchange/model_reader.h"
 #include "exchange/project_reader.h"
 #include "foundation/text.h"
+#include "interruption.h"
 #include "standard_output.h"
 #include "study/project/project.h"
 #include "study/table/output_file.h"
@@ -34,7 +35,7 @@ void RunExport(const ExportOptions& options) {
   } catch (const corvath::exchange::NotDescribable& error) {
     throw Refusal(options.file + ": " + error.what());
   }
-  OutputFile file(options.out);
+  OutputFile file(options.out, ClaimStandardOutput(), &GetFileWatcher());
   file.Write(result.text);
   file.Commit();
   if (options.quiet) return;
