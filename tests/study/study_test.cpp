@@ -358,7 +358,7 @@ TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
       {sample(R"({"scheme": "x", "n": 3, "inputs": ["a:0:1"]})"), R"(scheme: "x" is none of)"},
       {sample(R"({"scheme": "sobol", "inputs": ["a:0:1"]})"), "n: sobol-sequence takes a number"},
       {sample(R"({"scheme": "latin-hypercube-sampling", "n": 1e15, "inputs": ["a:0:1"]})"),
-       "1000000000000000 points are too many"},
+       "too large"},
       {sample(R"({"scheme": "sobol", "n": 3, "inputs": ["a:1:0"]})"), "the lower bound is above"},
       {evaluate("1 +", nullptr), "parsing"},
       {evaluate("a", R"({"a": [[1], [2, 3]]})"), R"(definitions: "a": a number)"},
