@@ -2,7 +2,6 @@
 #include "exchange/export_project.h"
 #include "exchange/model_reader.h"
 #include "exchange/project_reader.h"
-#include "foundation/text.h"
 #include "interruption.h"
 #include "standard_output.h"
 #include "study/project/project.h"
@@ -24,7 +23,7 @@ std::string NameOfFile(const std::string& path) {
 }  // namespace
 
 void RunExport(const ExportOptions& options) {
-  ClaimStandardOutput();  // before the library logs what it meets
+  std::FILE* const standard_output = ClaimStandardOutput();  // before the library logs what it meets
   const Project source = Project::Open(options.file, options.hash);
   corvath::exchange::Export result;
   try {
@@ -35,7 +34,7 @@ void RunExport(const ExportOptions& options) {
   } catch (const corvath::exchange::NotDescribable& error) {
     throw Refusal(options.file + ": " + error.what());
   }
-  OutputFile file(options.out, ClaimStandardOutput(), &GetFileWatcher());
+  OutputFile file(options.out, standard_output, &GetFileWatcher());
   file.Write(result.text);
   file.Commit();
   if (options.quiet) return;
