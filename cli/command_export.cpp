@@ -2,11 +2,10 @@
 #include "exchange/export_project.h"
 #include "exchange/model_reader.h"
 #include "exchange/project_reader.h"
-#include "foundation/text.h"
-#include "output_file.h"
-#include "project.h"
-#include "solver/zel_solver.h"
+#include "interruption.h"
 #include "standard_output.h"
+#include "study/project/project.h"
+#include "study/table/output_file.h"
 
 #include <exception>
 #include <iostream>
@@ -24,21 +23,18 @@ std::string NameOfFile(const std::string& path) {
 }  // namespace
 
 void RunExport(const ExportOptions& options) {
-  ClaimStandardOutput();  // before the library logs what it meets
-  OpenProject(options.file, options.hash);
-  corvath::zel::ZELSolver solver(/*allow_missing_models=*/false);
-  if (!solver.Load(corvath::utils::FromUtf8(options.file)))
-    throw Refusal(options.file + ": changed while it was read");
+  std::FILE* const standard_output = ClaimStandardOutput();  // before the library logs what it meets
+  const Project source = Project::Open(options.file, options.hash);
   corvath::exchange::Export result;
   try {
     const auto project =
-        corvath::exchange::DescribeProject(solver, options.file, options.responses);
+        corvath::exchange::DescribeProject(source.GetSolver(), options.file, options.responses);
     result = corvath::exchange::ExportProject(
         project, options.format, options.name.empty() ? NameOfFile(options.out) : options.name);
   } catch (const corvath::exchange::NotDescribable& error) {
     throw Refusal(options.file + ": " + error.what());
   }
-  OutputFile file(options.out);
+  OutputFile file(options.out, standard_output, &GetFileWatcher());
   file.Write(result.text);
   file.Commit();
   if (options.quiet) return;

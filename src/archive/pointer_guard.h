@@ -40,6 +40,7 @@ class PointerGuard {
   /// Loading of one pointer of static type `expected`; destroyed at its end.
   class Pointer {
    public:
+    /// @param polymorphic  `expected` is: the object may be of a class derived from it
     Pointer(PointerGuard& guard, const TypeInfo& expected, bool polymorphic);
     Pointer(const Pointer&) = delete;
     Pointer& operator=(const Pointer&) = delete;

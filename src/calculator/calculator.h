@@ -30,7 +30,7 @@ class CCalculator {
     Variant value;            ///< with an expression that of its last evaluation
   };
 
-  CCalculator();
+  CCalculator();  ///< knows constants and built-in macros, no objects
   CCalculator(const CCalculator&) = delete;
   CCalculator& operator=(const CCalculator&) = delete;
   ~CCalculator();
@@ -47,13 +47,16 @@ class CCalculator {
   void SetObject(const std::wstring& name, const std::wstring& expression, const Variant& value);
   /// @throws CCalculatorObjectUnknownException
   ObjectRecord GetObject(const std::wstring& name) const;
+  /// The same, empty for a name that is not known.
   std::optional<ObjectRecord> FindObject(const std::wstring& name) const;
+  /// What the name stands for at present. Does not evaluate.
   corvath::calculator::ObjectState GetObjectState(const std::wstring& name) const;
 
   /// Names that `text` depends on, directly or through the expressions of objects. Names that are
   /// not known do not count.
   /// @throws CCircularDependencyException  an object depends on itself
   std::set<std::wstring> GetDependencies(const std::wstring& text);
+  /// Whether GetDependencies() would refuse the text.
   bool HasCircularDependency(const std::wstring& text);
 
   /// Whether `name` is a name that an object can have and, with `check_constants`, denotes no

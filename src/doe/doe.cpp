@@ -129,10 +129,11 @@ void DOE::BuildRandom(std::int32_t type, std::uint64_t n) {
 void DOE::BuildSobol(std::uint64_t n) {
   const std::uint64_t first = designs_.size();
   if (n == 0) return;
-  if (n > kMaxSobolIndex) CheckSobol(n, numdimensions_);
+  if (n > kMaxSobolIndex) CheckSobol(n, numdimensions_);  // before the sum can wrap
   CheckSobol(first + n, numdimensions_);
   CheckNewPoints(n);
   designs_.reserve(first + n);
+  // The point with the index 0 is left out: a corner of the space.
   for (std::uint64_t i = 0; i < n; ++i)
     SobolCoordinates(first + 1 + i, numdimensions_, designs_.emplace_back(numdimensions_).data());
   MapStates(first);
@@ -159,6 +160,7 @@ void DOE::BuildSpaceFilling(std::uint64_t n, bool append) {
   if (improve && before > 0) CheckSampleSize(before + n, n);  // the distances
   Build(kOrthogonalLatinHypercube, n, append);
   if (!improve) return;
+  // An exchange takes O(n): the budgets bound the whole.
   const auto passes = [n](std::uint64_t budget, std::uint64_t most) {
     return static_cast<int>(std::clamp<std::uint64_t>(budget / n, 10, most));
   };

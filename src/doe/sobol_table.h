@@ -58,6 +58,7 @@ class SobolTable {
   /// done once for each dimension. Threads may share it.
   static const SobolTable& Get(std::uint64_t dimensions);
 
+  /// Row `bit` (below kSobolBits), one number per column made so far.
   const std::uint32_t* Row(int bit) const { return rows_[static_cast<std::size_t>(bit)].data(); }
 
   /// How many of the dimensions made so far have property A together: the first of them.

@@ -32,7 +32,7 @@ template <class Char>
 class LogBase {
  public:
   virtual ~LogBase() = default;
-  virtual void Write(std::uint32_t level, std::basic_string<Char> text) = 0;
+  virtual void Write(std::uint32_t level, std::basic_string<Char> text) = 0;  ///< one line
 };
 
 /// Discards every line.

@@ -58,10 +58,10 @@ class SurrogateBase {
   virtual const Eigen::MatrixXd& GetPoints() const { return points_; }
   /// Which inputs the model uses: m bits.
   virtual BitVector GetVariableSelection() const;
-  virtual std::uint64_t GetNumberCoefficients() const;
+  virtual std::uint64_t GetNumberCoefficients() const;  ///< as that of the settings
   /// The model as a formula in the inputs, where it has one.
   virtual std::wstring GetModelFunction(const std::vector<std::wstring>& names) const;
-  virtual const SurrogateSettingsBase& GetSettingsBase() const;
+  virtual const SurrogateSettingsBase& GetSettingsBase() const;  ///< logic_error without any
   /// Whether the model can be used on this machine; every model of this library can.
   virtual bool CheckAvailable(const boost::shared_ptr<utils::log::LogBase>& logger);
   virtual bool Equals(const SurrogateBase& other) const;

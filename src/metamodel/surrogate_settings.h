@@ -51,10 +51,10 @@ class SurrogateSettingsBase {
   virtual BitVector GetVariableSelection() const = 0;
   /// Clears all that belongs to inputs whose bit is 0.
   virtual void SetVariableSelection(const BitVector& bits) = 0;
-  virtual BitVector GetMainTermSelection() const = 0;
-  virtual BitVector GetInteractionSelection() const = 0;
-  virtual std::uint64_t GetOrder() const = 0;
-  virtual std::uint64_t GetNumberCoefficients() const = 0;
+  virtual BitVector GetMainTermSelection() const = 0;       ///< a bit per term; may be empty
+  virtual BitVector GetInteractionSelection() const = 0;    ///< a bit per pair; may be empty
+  virtual std::uint64_t GetOrder() const = 0;               ///< of the polynomial, 0 without one
+  virtual std::uint64_t GetNumberCoefficients() const = 0;  ///< of the trend, the constant included
   /// Free parameters of the whole model, those of kernel and value transform included.
   virtual std::uint64_t GetNumberParameters() const = 0;
   /// Rank of the model's flexibility, for comparing candidates.

@@ -62,7 +62,7 @@ class OptimizerBase<double> {
  protected:
   virtual void AppraiseStep() = 0;  ///< the algorithm's answer to a round of results
   virtual void AdaptStep() = 0;     ///< its preparation of the next designs
-  virtual void FinalizeStep() = 0;
+  virtual void FinalizeStep() = 0;  ///< its part in Finalize()
   virtual bool IsDone() const = 0;  ///< whether the run is over
 
  public:
@@ -88,7 +88,7 @@ class OptimizerBase<double> {
   virtual void Terminate();
   virtual ~OptimizerBase() = default;
   virtual void SetLogger(const boost::shared_ptr<utils::LogBase>& logger) { logger_ = logger; }
-  virtual OptimizerBase* Clone() const = 0;
+  virtual OptimizerBase* Clone() const = 0;  ///< a copy, in the same state; owned by the caller
 
   /// The designs that await responses; may be repeated before Appraise.
   const Matrix& GetNextDesigns();

@@ -46,6 +46,7 @@ class ArrayParts {
   /// The same as a vector over these entries.
   Eigen::Map<Eigen::VectorXd> TakeVector(Eigen::Index size) { return {Take(size), size}; }
 
+  /// Entries that were asked for, and what they leave of the array: negative where it is too short.
   std::int64_t Taken() const { return taken_; }
   std::int64_t Left() const { return length_ - taken_; }
 

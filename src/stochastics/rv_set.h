@@ -36,7 +36,7 @@ class RVSet {
   virtual Eigen::MatrixXd CorrelateStandardGauss(const Eigen::MatrixXd& u) const;
   /// A copy that owns clones of the variables.
   virtual boost::shared_ptr<RVSet> Clone() const = 0;
-  virtual int GetKind() const = 0;
+  virtual int GetKind() const = 0;  ///< one of Kind
   /// @param matrix  n x n, correlation of the physical variables in the order of GetRVs()
   virtual void SetCorrelationMatrix(const Eigen::MatrixXd& matrix) = 0;
 
@@ -90,7 +90,7 @@ class RVSet_Independent : public RVSet {
 /// Makes sets by kind: one prototype per kind, built once.
 class RVSetFactory {
  public:
-  static RVSetFactory& GetInstance();
+  static RVSetFactory& GetInstance();  ///< the one of the process; threads may share it
   /// An empty set. @param kind  one of RVSet::Kind
   /// @throws corvath::utils::runtime_error  an unknown kind
   boost::shared_ptr<RVSet> Create(int kind) const;

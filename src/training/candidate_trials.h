@@ -53,6 +53,7 @@ class CandidateTrials {
   /// The constant is tried first of all.
   /// @param begin, width  of this work in the share that the observer sees
   void Try(const std::vector<math::metamodel::BitVector>& subspaces, double begin, double width);
+  /// Whether some form was tried over it, with or without success.
   bool WasTried(const math::metamodel::BitVector& subspace) const;
 
   const std::vector<Candidate>& GetCandidates() const { return candidates_; }

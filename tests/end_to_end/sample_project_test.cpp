@@ -76,20 +76,6 @@ long PeakMegabytes() {
   return usage.ru_maxrss / 1024;
 }
 
-TEST(SampleProject, HasTheShapeOfTheTruss) {
-  unsigned int dims[3] = {0, 0, 0};
-  ASSERT_EQ(dzel2_getDimensions(TEST_SAMPLE, 7, dims, 3), ZEL_OK) << dzel2_getLastError();
-  EXPECT_EQ(dims[0], kNumInputs);
-  EXPECT_EQ(dims[1], kNumOutputs);
-  EXPECT_EQ(dims[2], 5u);
-  char* names = nullptr;
-  ASSERT_EQ(dzel2_getNamesWithDelimiter(TEST_SAMPLE, ZEL_OUTPUTS, &names, ","), ZEL_OK);
-  EXPECT_STREQ(names,
-               "mass,displacement,stress[0],stress[1],stress[2],stress[3],stress[4],stress[5],"
-               "stress[6],stress[7],stress[8],stress[9]");
-  dzel2_free(names);
-}
-
 TEST(SampleProject, PredictsTheMassExactly) {
   // The mass is linear in the areas: 0.1 lb/in^3, six bars of 360 in, four of 360 sqrt(2) in.
   std::vector<double> areas;

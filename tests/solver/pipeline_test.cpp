@@ -48,11 +48,6 @@ class Pipeline : public testing::Test {
     }
     return solver_;
   }
-  void SetModel(std::size_t k, const SurrogateInfo::SurrogatePointer& surrogate) {
-    GetModels(project_).Update([&](SurrogateInfo& info) {
-      if (info.GetFullName() == kPlateOutputs[k]) info.SetSurrogate(surrogate);
-    });
-  }
   /// Whether a line of the log holds `text`.
   bool Logged(const std::wstring& text) const {
     for (const auto& line : log_->GetLines())
@@ -70,21 +65,6 @@ class Pipeline : public testing::Test {
 };
 
 const Eigen::MatrixXd kDesigns{{0.0, 0.5, 12.0}, {1.5, -0.25, 18.0}};
-
-TEST_F(Pipeline, DeliversResponsesByOutputThenDesignAndPassesNaN) {
-  Eigen::MatrixXd designs = kDesigns;
-  designs(0, 1) = kNaN;
-  auto responses = Solver().ApproximateMatrix(designs, false, kDataBounds, true).responses;
-  EXPECT_TRUE(std::isnan(responses[0])) << "mass";
-  EXPECT_NEAR(responses[1], PlateOutput(0, 1.5, -0.25, 18.0), kFit);
-  responses = Responses(kDesigns);
-  ASSERT_EQ(responses.size(), 10u);
-  for (std::size_t k = 0; k < 5; ++k)
-    for (Eigen::Index d = 0; d < 2; ++d)
-      EXPECT_NEAR(responses[2 * k + static_cast<std::size_t>(d)],
-                  PlateOutput(k, kDesigns(d, 0), kDesigns(d, 1), kDesigns(d, 2)), kFit)
-          << k << ", " << d;
-}
 
 TEST_F(Pipeline, GivesEachModelItsOwnOrderOfColumnsAndGradientsDesignByDesign) {
   // The model of "stress[2]" was trained with the inputs in another order; "mass" keeps its own.
@@ -132,7 +112,7 @@ TEST_F(Pipeline, AFailingResponseCostsOnlyItsOwnValues) {
   const Failure missing{L"Approximation impossible. No metamodel initialized.", nullptr};
 
   for (const Failure& failure : {throws, short_result, unbuilt, missing}) {
-    SetModel(3, failure.model);
+    SetModel(project_, L"stress[1]", failure.model);
     is_open_ = false;
     const auto responses = Responses(kDesigns);
     ASSERT_EQ(responses.size(), 10u);
@@ -147,7 +127,7 @@ TEST_F(Pipeline, AFailingResponseCostsOnlyItsOwnValues) {
 TEST_F(Pipeline, DesignsGetTheSameNumbersMergedByBaseName) {
   const auto stub = boost::make_shared<support::StubSurrogate>();
   stub->is_built = false;
-  SetModel(3, stub);
+  SetModel(project_, L"stress[1]", stub);
   DesignManager designs;
   for (Eigen::Index d = 0; d < 2; ++d) {
     EntrySequence parameters;  // y is taken from the reference design in the second
@@ -179,16 +159,6 @@ TEST_F(Pipeline, DesignsGetTheSameNumbersMergedByBaseName) {
   }
 }
 
-TEST_F(Pipeline, CriteriaHaveTheirPlacesByDesign) {
-  const auto result = Solver().ApproximateMatrix(kDesigns, true, kUnbounded, true);
-  ASSERT_EQ(result.criteria.size(), 4u);
-  EXPECT_EQ(result.responses, Responses(kDesigns));
-  for (std::size_t d = 0; d < 2; ++d) {
-    EXPECT_EQ(result.criteria[2 * d], result.responses[d]) << "goal: mass";
-    EXPECT_EQ(result.criteria[2 * d + 1], 3.0 - result.responses[4 + d]) << "limit: stress[0] <= 3";
-  }
-}
-
 TEST_F(Pipeline, CriteriaCallBuiltInAndUserMacros) {
   const support::UserDirectoryVariables variables;
   const support::TemporaryDirectory home;
@@ -203,7 +173,7 @@ TEST_F(Pipeline, CriteriaCallBuiltInAndUserMacros) {
 }
 
 TEST_F(Pipeline, ACriterionThatCannotBeEvaluatedIsNaNAlone) {
-  SetModel(0, nullptr);  // mass
+  SetModel(project_, L"mass", nullptr);
   const auto result = Solver().ApproximateMatrix(kDesigns, true, kUnbounded, true);
   for (std::size_t d = 0; d < 2; ++d) {
     EXPECT_TRUE(std::isnan(result.criteria[2 * d]));
@@ -240,15 +210,12 @@ TEST_F(Pipeline, ChecksBoundsWithATolerance) {
     EXPECT_FALSE(Solver().CheckBounds(designs, kUnbounded, true));
   }
   EXPECT_TRUE(Logged(L"Value -2e-08 of Parameter x violates bounds: [0, 2]"));
+  const Eigen::MatrixXd twice{{1.0, 0.0, 9.0}, {5.0, 5.0, 15.0}};  // told design by design
+  EXPECT_THAT(support::MessageOf([&] { Solver().CheckBounds(twice, kDataBounds, true); }),
+              HasSubstr("Value 9 of Parameter"));
   EXPECT_EQ(support::MessageOf(
                 [&] { Solver().CheckBounds(kDesigns, static_cast<ExtrapolationType>(3), true); }),
             "Extrapolation type is not defined.");
-}
-
-TEST_F(Pipeline, ReportsTheFirstViolationDesignByDesign) {
-  const Eigen::MatrixXd designs{{1.0, 0.0, 15.0}, {1.0, 0.0, 9.0}, {5.0, 5.0, 15.0}};
-  EXPECT_THAT(support::MessageOf([&] { Solver().CheckBounds(designs, kDataBounds, true); }),
-              HasSubstr("Value 9 of Parameter"));
 }
 
 TEST_F(Pipeline, ParameterLimitsAreNotTheDataBounds) {
@@ -285,17 +252,6 @@ TEST_F(Pipeline, RefusesAnotherNumberOfColumns) {
   EXPECT_THAT(Solver().ApproximateMatrix(designs, false, kUnbounded, false).responses, IsEmpty());
 }
 
-TEST_F(Pipeline, ErrorsOfAllResponsesStandOutputByOutput) {
-  const auto all = Solver().ErrorsAllResponses(kDesigns, kDataBounds, true);
-  ASSERT_EQ(all.size(), 5u * 2u * 5u);
-  for (std::size_t k = 0; k < 5; ++k) {
-    const auto one = Solver().ErrorsPerResponse(kPlateOutputs[k], kDesigns, kUnbounded, true);
-    ASSERT_EQ(one.size(), 10u);
-    EXPECT_TRUE(std::equal(one.begin(), one.end(), all.begin() + static_cast<long>(10 * k))) << k;
-    EXPECT_NEAR(one[0], 1.0, 1e-12) << "the fit is exact";
-  }
-}
-
 TEST_F(Pipeline, BuildsErrorsWhenTheyAreAskedForOnceForAllThreads) {
   const auto model = GetModels(project_).GetSurrogateInfo(L"mass").GetSurrogate();
   const std::unique_ptr<math::metamodel::SurrogateBase> with_errors(model->Clone());
@@ -319,10 +275,7 @@ TEST_F(Pipeline, BuildsErrorsWhenTheyAreAskedForOnceForAllThreads) {
 }
 
 TEST_F(Pipeline, ErrorsLeaveOutIncompleteAndUnlistedResponses) {
-  algorithm::datatypes::SurrogateInfoContainer kept;
-  for (const SurrogateInfo& info : GetModels(project_).GetSurrogateInfos())
-    if (info.GetFullName() != L"stress[1]") kept.AddOrReplace(info);
-  GetModels(project_) = kept;
+  KeepModels(project_, {L"mass", L"flat", L"stress[0]", L"stress[2]"});
   auto& mapping = project_.GetAlgorithmInfo()->GetZELInformation()->response_to_cv_mapping_;
   mapping = {{L"a", L"flat"}, {L"b", L"stress"}};
 
@@ -341,7 +294,7 @@ TEST_F(Pipeline, EvaluationOfAnUnknownResponseFails) {
             "Surrogate info with name \"none\" does not exist.");
   EXPECT_THAT(Solver().GradientsPerResponse(L"none", kDesigns, kUnbounded, false), IsEmpty());
 
-  SetModel(0, nullptr);
+  SetModel(project_, L"mass", nullptr);
   is_open_ = false;
   EXPECT_THAT(Solver().ErrorsPerResponse(L"mass", kDesigns, kUnbounded, true), IsEmpty());
   EXPECT_TRUE(Logged(L"Evaluation impossible. No metamodel initialized."));

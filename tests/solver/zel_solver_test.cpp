@@ -43,13 +43,6 @@ struct OpenProject {
   bool is_open = false;
 };
 
-/// Replaces the model of output `k` by `surrogate`.
-void SetModel(VRDB& project, std::size_t k, const SurrogateInfo::SurrogatePointer& surrogate) {
-  GetModels(project).Update([&](SurrogateInfo& info) {
-    if (info.GetFullName() == kPlateOutputs[k]) info.SetSurrogate(surrogate);
-  });
-}
-
 TEST(ZELSolver, PublishesWhatTheModelsServeAndBuildsItsReferenceDesign) {
   OpenProject open(MakePlateProject());
   ASSERT_TRUE(open.is_open);
@@ -70,10 +63,7 @@ TEST(ZELSolver, PublishesWhatTheModelsServeAndBuildsItsReferenceDesign) {
 
 TEST(ZELSolverNames, TestsEachElementOfAVectorByItself) {
   VRDB project = MakePlateProject();
-  algorithm::datatypes::SurrogateInfoContainer kept;
-  for (const SurrogateInfo& info : GetModels(project).GetSurrogateInfos())
-    if (info.GetFullName() == L"stress[1]") kept.AddOrReplace(info);
-  GetModels(project) = kept;
+  KeepModels(project, {L"stress[1]"});
   OpenProject open(std::move(project));
   EXPECT_THAT(open.solver.GetOutputNames(), ElementsAre(L"stress[1]"));
 }
@@ -115,7 +105,7 @@ TEST(ZELSolverOpening, FailsWithTheReasonInTheLog) {
   VRDB unavailable = MakePlateProject();
   const auto stub = boost::make_shared<support::StubSurrogate>();
   stub->is_available = []() -> bool { throw std::runtime_error("no licence"); };
-  SetModel(unavailable, 1, stub);
+  SetModel(unavailable, L"flat", stub);
 
   const std::pair<VRDB, const wchar_t*> cases[] = {
       {without_info, L"ZEL file expected."},
@@ -160,7 +150,7 @@ TEST(ZELSolverOpening, AModelThatThrowsCostsItsErrorsNotTheOpening) {
     const auto stub = boost::make_shared<support::StubSurrogate>();
     if (in_build) stub->build = []() -> bool { throw std::runtime_error("singular"); };
     stub->SetSupportData(Eigen::MatrixXd::Ones(2, 3), Eigen::VectorXd::Ones(2));
-    SetModel(project, 0, stub);
+    SetModel(project, L"mass", stub);
     OpenProject open(std::move(project));
     ASSERT_TRUE(open.is_open);
     EXPECT_THAT(open.Lines(), IsEmpty()) << "told at its use";

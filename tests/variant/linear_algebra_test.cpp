@@ -91,18 +91,14 @@ TEST(LinearAlgebra, OtherKindsInvertOrAreRefused) {
   EXPECT_EQ(Out(fn::invert, v), Text(Vec({0.5, {0, -1}})));
   EXPECT_EQ(Out(fn::invert, m), "CVariant: Matrix Inverse only defined for quadratic matricees.");
   EXPECT_EQ(Out(fn::invert, XY({0}, {1})), "CType: Input object has invalid datatype.");
-  EXPECT_EQ(Out(fn::lufactorize, v),
-            "CType: LU Factorization only possible if input is of type MATRIX.");
+  EXPECT_BEGINS(Out(fn::lufactorize, v), "CType: LU Factorization only possible if input is of");
   EXPECT_EQ(Out(fn::lufactorize, m), "CDimension: Matrix must be quadratic for LU factorization.");
-  EXPECT_EQ(Out(fn::transpose, v),
-            "CType: Invalid type. Only type MATRIX allowed for transpose-function.");
+  EXPECT_BEGINS(Out(fn::transpose, v), "CType: Invalid type. Only type MATRIX allowed for");
   EXPECT_EQ(Out(fn::innerprod, v, m), "CType: inner product: Inputs must be of type vector.");
-  EXPECT_EQ(Out(fn::innerprod, v, Vec({1})),
-            "CDimension: inner product: Vector dimensions do not match.");
+  EXPECT_BEGINS(Out(fn::innerprod, v, Vec({1})), "CDimension: inner product: Vector dimensions");
   EXPECT_EQ(Out(fn::outerprod, m, v), "CType: outer product: Inputs must be of type vector.");
   const Value many(Value::Vector(100000, 1.0));
-  EXPECT_EQ(Out(fn::outerprod, many, many),
-            "CDimension: Result of 100000 x 100000 numbers is too large.");
+  EXPECT_BEGINS(Out(fn::outerprod, many, many), "CDimension: Result of 100000 x 100000 numbers");
   const std::string prefix = "CDimension: matrix multiplication: ";
   EXPECT_EQ(Out(fn::matrixmult, v, m),
             prefix + "Size of vector does not match number of rows in matrix.");
@@ -111,8 +107,7 @@ TEST(LinearAlgebra, OtherKindsInvertOrAreRefused) {
   EXPECT_EQ(
       Out(fn::matrixmult, m, m),
       prefix + "Number of columns in first matrix does not match number of rows in second matrix.");
-  EXPECT_EQ(Out(fn::matrixmult, v, v),
-            "CType: matrix multiplication: Inputs have invalid data type.");
+  EXPECT_BEGINS(Out(fn::matrixmult, v, v), "CType: matrix multiplication: Inputs have invalid");
 }
 
 }  // namespace

@@ -57,10 +57,8 @@ TEST(FindPeaks, Filters) {
 TEST(FindPeaks, Refuses) {
   EXPECT_EQ(Found(Value(true), kPeaks), "CType: Invalid type BOOLEAN for findpeaks-function.");
   EXPECT_EQ(Found(Scalar(1), kPeaks), "CType: Invalid type Scalar for findpeaks-function.");
-  EXPECT_EQ(Found(Sig({0, 1}, {{0, 1}, {0, 1}}), kPeaks),
-            "CType: Number of rows is not 1 for findpeaks-function.");
-  EXPECT_EQ(Found(Mat({{0, 1, 0}}), kPeaks),
-            "CDomain: This row index doesn't exist in this matrix. \n");
+  EXPECT_BEGINS(Found(Sig({0, 1}, {{0, 1}, {0, 1}}), kPeaks), "CType: Number of rows is not 1");
+  EXPECT_BEGINS(Found(Mat({{0, 1, 0}}), kPeaks), "CDomain: This row index doesn't exist in this");
   EXPECT_EQ(Found(Vec({}), kPeaks), "CType: Data is empty for findpeaks-function.");
   EXPECT_EQ(Found(Value(), kPeaks).substr(0, 6), "CType:");
 }

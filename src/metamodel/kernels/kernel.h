@@ -58,8 +58,8 @@ class KernelBase {
   /// Whether it can serve as a correlation function.
   virtual bool IsCorrelation() const = 0;
   virtual bool IsKernelOfSurrogate() const { return false; }
-  virtual bool IsConstantInfluence() const = 0;
-  virtual bool IsIsotropic() const = 0;
+  virtual bool IsConstantInfluence() const = 0;  ///< the same radii at every support point
+  virtual bool IsIsotropic() const = 0;          ///< a function of the Euclidean distance alone
   virtual std::list<std::wstring> GetParameterNames() const { return {L"Influence radius"}; }
   virtual std::uint64_t GetParameterCount() const = 0;
 

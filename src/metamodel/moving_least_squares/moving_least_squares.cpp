@@ -129,7 +129,7 @@ Eigen::VectorXd MovingLeastSquares::Approximate(const ConstPoints& points) const
   const auto kernel = MakeKernel(settings_.GetKernelType(), settings_.GetKernelParameter());
   const KernelBlock kernel_block(*kernel, points_trans_reduced_);
   const bool is_average = settings_.GetOrder() == 0;
-  const Eigen::MatrixXd no_basis(values_trans_.size(), 0);
+  const Eigen::MatrixXd no_basis(values_trans_.size(), 0);  // of order 0: the weighted mean
   LocalFits fits(is_average ? no_basis : coefficient_matrix_, values_trans_);
   const PolynomialBasis basis(points.cols(),
                               is_average ? BitVector() : settings_.GetMainTermSelection(), {});

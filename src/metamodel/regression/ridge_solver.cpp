@@ -88,6 +88,8 @@ RidgeSolver::RidgeSolver(const Eigen::MatrixXd& design, const Eigen::VectorXd& v
   left_.resize(design.rows(), 0);
   right_.resize(design.cols(), 0);
   if (design.size() == 0) return;       // the mean alone
+  // By the smaller of Z'Z and ZZ', whose eigenvalues are D^2: squaring loses half of the digits, but
+  // only in directions that a penalty all but removes.
   constexpr double kDependent = 1e-13;  // of the largest eigenvalue
   const bool is_tall = design.rows() >= design.cols();
   Eigen::MatrixXd gram;
@@ -129,7 +131,7 @@ Eigen::VectorXd RidgeSolver::CrossValidate(double penalty, const IndexVector& gr
   for (Eigen::Index i = 0; i < groups.size(); ++i) members[groups(i)].push_back(i);
   const double of_constant = 1.0 / static_cast<double>(values_.size());
   Eigen::VectorXd predicted(values_.size());
-  constexpr double kUndetermined = 1e-9;
+  constexpr double kUndetermined = 1e-9;  // pivot of I - H_gg, between 0 and 1
   for (const auto& [group, rows] : members) {
     if (rows.size() == 1) {
       const double rest = 1.0 - of_constant - half.row(rows[0]).squaredNorm();

@@ -96,6 +96,7 @@ Value MergeDuplicates(const Value& signal) {
     const std::size_t end = k + 1 < kept.size() ? kept[k + 1] : old_timeline.size();
     timeline(k) = old_timeline(kept[k]);
     for (std::size_t channel = 0; channel < old_data.size1(); ++channel) {
+      // One after the other: of three and more the last weighs half.
       Complex mean = old_data(channel, kept[k]);
       for (std::size_t i = kept[k] + 1; i < end; ++i) mean = 0.5 * (mean + old_data(channel, i));
       data(channel, k) = mean;
@@ -232,6 +233,7 @@ void functions::window(Value& result, const Value& signal, double start, double 
   const Vector& t = ascending.GetVector();
   const std::size_t n = t.size();
 
+  // A sample that misses a bound by no more than the tolerance of zero is inside.
   std::size_t first = 0;
   while (first < n && !(t(first).real() >= start)) ++first;
   if (first > 0 && first < n && IsZero(t(first - 1).real() - start)) --first;
