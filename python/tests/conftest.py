@@ -9,6 +9,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = ROOT / "build" / "release"
 os.environ.setdefault("ZELSOLVER_LIBRARY", str(BUILD / "src/api/libzelsolver.so"))
+os.environ.setdefault("ZELSTUDY_LIBRARY", str(BUILD / "src/study/libzelstudy.so"))
 sys.path.insert(0, os.environ.setdefault("PYTHONPATH", str(ROOT / "python")))
 
 import numpy as np
