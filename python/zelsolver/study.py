@@ -143,6 +143,7 @@ class _Listener:
         self._progress = progress
         self._raised: Optional[BaseException] = None
         self._interrupted = False
+        self._handler: Any = None
         self.function = _ProgressFunction(self._hear)
 
     def _hear(self, share: float, text: Optional[bytes], _: Optional[int]) -> int:
@@ -158,22 +159,23 @@ class _Listener:
 
     @contextlib.contextmanager
     def listening(self) -> Iterator[None]:
-        """Around a call of the library that tells progress: raises behind it what came meanwhile.
-
-        A handler of Python's that raises could do so before _hear() gets to catch it: during the
-        call Ctrl-C is noted alone.
-        """
+        """Around a call of the library that tells progress. A handler of Ctrl-C that raises could
+        do so before _hear() gets to catch it: during the call it is noted alone."""
         handler = signal.getsignal(signal.SIGINT)
-        if threading.current_thread() is threading.main_thread() and callable(handler):
-            signal.signal(signal.SIGINT, self._interrupt)
-            try:
-                yield
-            finally:
-                signal.signal(signal.SIGINT, handler)
-            if self._interrupted:
-                handler(signal.SIGINT, None)
-        else:
+        if threading.current_thread() is not threading.main_thread() or not callable(handler):
             yield
+            return
+        self._handler = handler
+        signal.signal(signal.SIGINT, self._interrupt)
+        try:
+            yield
+        finally:
+            signal.signal(signal.SIGINT, handler)
+
+    def check(self) -> None:
+        """Behind the call: raises what came meanwhile."""
+        if self._interrupted:
+            self._handler(signal.SIGINT, None)
         if self._raised is not None:
             raise self._raised
 
@@ -259,6 +261,7 @@ def train(columns: List[Column], options: Dict[str, Any], progress: Optional[Pro
         with _table(columns) as table, listener.listening():
             status = library.zelstudy_train(table, _options(options), listener.function, None,
                                             byref(project), byref(result))
+        listener.check()
     except BaseException:  # may come when the training is over
         library.zelstudy_project_close(project)
         library.zelstudy_result_close(result)
