@@ -12,6 +12,7 @@ matplotlib = pytest.importorskip("matplotlib")
 matplotlib.use("agg")
 from matplotlib import pyplot
 
+Y = r"<y $\q$>"  # no formula that matplotlib could draw
 RANDOM = ROOT / "examples" / "zel_tenbar_random.vrdb"
 
 
@@ -21,11 +22,11 @@ def trained():
     generator = np.random.default_rng(5)
     x = generator.uniform(0, 1, (60, 2))
     y = 2 * x[:, 0] + generator.normal(0, 0.1, 60)
-    return zelsolver.train((x, y), ["<i>x</i>", "a$b$"], ["<y>"], {"cost": "1 + 1"}, budget=0.05)
+    return zelsolver.train((x, y), ["<i>x</i>", "a$b$"], [Y], {"cost": "1 + 1"}, budget=0.05)
 
 
 def test_residuals_are_those_of_the_training(trained):
-    residuals = trained.residuals()["<y>"]
+    residuals = trained.residuals()[Y]
     assert len(residuals.measured) == len(residuals.predicted) == 60
     assert sorted(residuals.designs) == list(range(1, 61))
     np.testing.assert_array_equal(residuals.values, residuals.measured - residuals.predicted)
@@ -33,8 +34,8 @@ def test_residuals_are_those_of_the_training(trained):
     assert residuals.rmse == pytest.approx(0.1, rel=0.3)
     explained = 1 - np.sum(residuals.values**2) / np.sum(
         (residuals.measured - residuals.measured.mean())**2)
-    assert explained == pytest.approx(trained.cop("<y>"), abs=0.02)
-    chosen, = (c for c in trained.candidates("<y>") if c.chosen)
+    assert explained == pytest.approx(trained.cop(Y), abs=0.02)
+    chosen, = (c for c in trained.candidates(Y) if c.chosen)
     assert chosen.rmse == pytest.approx(residuals.rmse, rel=0.05) and "<i>x</i>" in chosen.inputs
     with pytest.raises(zelsolver.UnknownNameError):
         trained.candidates("y")
@@ -101,10 +102,10 @@ def test_notebooks_show_names_as_they_are(trained):
     page = trained._repr_html_()
     solution = trained.solve(trained.sample(30).array)
     for text in (page, solution._repr_html_()):
-        assert "<y>" not in text and html.escape("<y>") in text
+        assert Y not in text and html.escape(Y) in text
     assert "<i>" not in page and "cost" in page and html.escape("a$b$") in page
     assert "20 more" in solution._repr_html_()
-    assert f"<td>{solution['<y>'][0]:.6g}</td>" in solution._repr_html_()
+    assert f"<td>{solution[Y][0]:.6g}</td>" in solution._repr_html_()
 
 
 @pytest.fixture
@@ -116,14 +117,14 @@ def figure():
 
 
 def test_pictures_show_the_residuals(trained, figure):
-    residuals = trained.residuals()["<y>"]
-    ax = trained.plot.predicted("<y>", figure.add_subplot())
+    residuals = trained.residuals()[Y]
+    ax = trained.plot.predicted(Y, figure.add_subplot())
     np.testing.assert_array_equal(ax.lines[-1].get_xydata(),
                                   np.column_stack([residuals.measured, residuals.predicted]))
     band = ax.collections[0].get_paths()[0].vertices  # from the lower edge to the upper
     x, y = band[:, 0], band[:, 1]
     np.testing.assert_allclose(np.abs(y - x).max(), 1.96 * residuals.rmse)
-    ax = trained.plot.residuals("<y>")
+    ax = trained.plot.residuals(Y, figure.add_subplot())
     np.testing.assert_array_equal(ax.lines[-1].get_ydata(), residuals.values)
 
 
