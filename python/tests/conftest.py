@@ -37,15 +37,6 @@ class Plate:
         return {"mass": 1 + 2 * x - 3 * y + 0.5 * z, "flat": 2 - x, "stress[0]": x**2 + y,
                 "stress[1]": x * y - z, "stress[2]": 0.1 * z**2 - x * z}
 
-    @staticmethod
-    def gradients(designs):
-        x, y, z = np.asarray(designs).T
-        one, zero = np.ones_like(x), np.zeros_like(x)
-        columns = {"mass": (2 * one, -3 * one, 0.5 * one), "flat": (-one, zero, zero),
-                   "stress[0]": (2 * x, one, zero), "stress[1]": (y, x, -one),
-                   "stress[2]": (-z, zero, 0.2 * z - x)}
-        return {name: np.stack(c, axis=1) for name, c in columns.items()}
-
     @classmethod
     def designs(cls, n, seed=1):
         return np.random.default_rng(seed).uniform(cls.lower, cls.upper, (n, 3))
