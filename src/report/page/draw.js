@@ -96,6 +96,7 @@ class Plot {
     this.height = height;
     this.canvas = element('canvas', {role: 'img', 'aria-label': label});
     const figure = element('figure', {}, this.canvas);
+    figure.style.maxWidth = width + 'px';
     if (caption) figure.append(element('figcaption', {}, caption));
     parent.append(figure);
     this.left = 58;

@@ -37,11 +37,12 @@
     at('origin').textContent = `Made by ${models.made_by}. SHA-512 of the project: ${models.project.sha512}`;
 
     const level = (share) => 'c' + Math.min(5, Math.max(0, Math.round((share || 0) * 5)));
-    const cell = (share) => element('td', {class: 'number ' + level(share)}, format(share, 2));
+    const cell = (share, digits = 2) =>
+      element('td', {class: share === null ? 'number' : 'number ' + level(share)}, format(share, digits));
     at('cops').append(table(
       [{text: 'Response'}, {text: 'CoP', number: true}, ...inputs.map((i) => ({text: i.name, number: true}))],
       responses.map((r) => [element('th', {scope: 'row'}, titleOf(r)),
-        element('td', {class: 'number ' + level(r.cop)}, format(r.cop, 4)), ...r.single_cops.map(cell)]),
+        cell(r.cop, 4), ...r.single_cops.map((share) => cell(share))]),
       'Coefficients of prognosis of each response, by input'));
 
     const random = data.distributions.some((text) => text);
@@ -240,17 +241,18 @@
     const range = rangeOf(grid) || [0, 1];
     mapPlot.begin(ranges[i], ranges[j]);
     const share = (value) => (value - range[0]) / (range[1] - range[0]);
+    const picture = document.createElement('canvas');  /* a pixel for each value, smoothed when drawn */
+    picture.width = picture.height = n + 1;
+    const pixels = picture.getContext('2d').createImageData(n + 1, n + 1);
+    grid.forEach((value, a) => {
+      if (!Number.isFinite(value)) return;
+      const row = n - Math.floor(a / (n + 1));
+      pixels.data.set([...shade(share(value)), 255], 4 * (row * (n + 1) + a % (n + 1)));
+    });
+    picture.getContext('2d').putImageData(pixels, 0, 0);
     mapPlot.clip((c) => {
-      for (let row = 0; row < n; ++row)
-        for (let column = 0; column < n; ++column) {
-          const a = row * (n + 1) + column;
-          const mean = (grid[a] + grid[a + 1] + grid[a + n + 1] + grid[a + n + 2]) / 4;
-          if (!Number.isFinite(mean)) continue;
-          c.fillStyle = `rgb(${shade(share(mean)).join(',')})`;
-          const left = mapPlot.x(along(i, column));
-          const top = mapPlot.y(along(j, row + 1));
-          c.fillRect(left, top, mapPlot.x(along(i, column + 1)) - left + 0.6, mapPlot.y(along(j, row)) - top + 0.6);
-        }
+      c.drawImage(picture, 0.5, 0.5, n, n, mapPlot.left, mapPlot.top, mapPlot.right - mapPlot.left,
+        mapPlot.bottom - mapPlot.top);
       drawContours(c, grid, n, ticks(...range, 8), (s) => mapPlot.x(along(i, s)), (s) => mapPlot.y(along(j, s)));
       c.strokeStyle = '#ffffff';
       c.fillStyle = '#b3261e';
