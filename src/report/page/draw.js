@@ -177,6 +177,16 @@ class Plot {
     });
   }
 
+  /* Counts of equal parts of the x range. */
+  bars(counts, fill) {
+    this.clip((c) => {
+      c.fillStyle = fill;
+      const width = (this.right - this.left) / counts.length;
+      counts.forEach((count, i) =>
+        c.fillRect(this.left + i * width, this.y(count), width - 1, this.bottom - this.y(count)));
+    });
+  }
+
   dots(xs, ys, fill, radius = 2.5) {
     this.clip((c) => {
       c.fillStyle = fill;

@@ -356,15 +356,7 @@
     for (const error of errors)
       ++bins[Math.min(bins.length - 1, Math.floor((error - span[0]) / (span[1] - span[0]) * bins.length))];
     errorPlot.begin(span, [0, Math.max(1, ...bins) * 1.05]);
-    errorPlot.clip((c) => {
-      c.fillStyle = color('accent');
-      const width = (span[1] - span[0]) / bins.length;
-      bins.forEach((count, b) => {
-        const left = errorPlot.x(span[0] + b * width);
-        c.fillRect(left, errorPlot.y(count), errorPlot.x(span[0] + (b + 1) * width) - left - 1,
-          errorPlot.bottom - errorPlot.y(count));
-      });
-    });
+    errorPlot.bars(bins, color('accent'));
     errorPlot.axes('error' + unitOf(response), 'designs');
     errorPlot.canvas.setAttribute('aria-label', errors.length === 0 ? 'No errors are known'
       : `Errors of ${response.name} from ${format(span[0], 3)} to ${format(span[1], 3)}`);
@@ -411,7 +403,7 @@
     const c = parallel.context;
     for (const chosen of [false, true]) {
       c.strokeStyle = color(chosen ? 'accent' : 'pale');
-      c.globalAlpha = chosen ? Math.max(0.08, Math.min(0.7, 60 / designs.ids.length)) : 0.12;
+      c.globalAlpha = chosen ? Math.max(0.02, Math.min(0.7, 100 / designs.ids.length)) : 0.12;
       c.lineWidth = 1;
       for (let d = 0; d < designs.ids.length; ++d) {
         if (isChosen[d] !== chosen) continue;
@@ -471,6 +463,27 @@
     }
     scatter.axes(titleOf(a), titleOf(b));
     scatter.canvas.setAttribute('aria-label', `${b.name} against ${a.name} of the designs`);
+    drawDistribution(a);
+  }
+
+  /* How often the values of a quantity are, in all designs and in the chosen ones. */
+  const distribution = new Plot(at('scatter'), 560, 430, 'Distribution of a quantity');
+  function drawDistribution(quantity) {
+    const span = rangeOf(quantity.values) || [0, 1];
+    const n = Math.min(40, Math.max(5, Math.ceil(Math.sqrt(designs.ids.length))));
+    const counts = [new Array(n).fill(0), new Array(n).fill(0)];
+    quantity.values.forEach((value, d) => {
+      if (value === null) return;
+      const bin = Math.min(n - 1, Math.floor((value - span[0]) / (span[1] - span[0]) * n));
+      ++counts[0][bin];
+      if (isChosen[d]) ++counts[1][bin];
+    });
+    distribution.begin(span, [0, Math.max(1, ...counts[0]) * 1.05]);
+    distribution.bars(counts[0], color('pale'));
+    distribution.bars(counts[1], color('accent'));
+    distribution.axes(titleOf(quantity), 'designs');
+    distribution.canvas.setAttribute('aria-label', `Distribution of ${quantity.name} from ${format(span[0])} to ` +
+      `${format(span[1])}`);
   }
 
   function brushed() {
