@@ -1,3 +1,4 @@
+#include "analysis_commands.h"
 #include "commands.h"
 #include "completion.h"
 #include "exchange/export_project.h"
@@ -363,6 +364,8 @@ int main(int argc, char** argv) {
   AddFunctions(app);
   AddSample(app);
   AddTrain(app);
+  cli::AddSensitivity(app);
+  cli::AddPropagate(app);
   AddExport(app);
   AddReport(app);
   AddHash(app);
