@@ -1,14 +1,10 @@
 #include "commands.h"
-#include "exchange/export_project.h"
-#include "exchange/model_reader.h"
-#include "exchange/project_reader.h"
-#include "foundation/text.h"
-#include "output_file.h"
-#include "project.h"
-#include "solver/zel_solver.h"
+#include "interruption.h"
 #include "standard_output.h"
+#include "study/describe/project_report.h"
+#include "study/project/project.h"
+#include "study/table/output_file.h"
 
-#include <exception>
 #include <iostream>
 
 namespace cli {
@@ -21,29 +17,30 @@ std::string NameOfFile(const std::string& path) {
   return file.substr(0, file.find('.'));
 }
 
+void WriteFile(const WrittenProject& result, const std::string& source, const std::string& path,
+               std::FILE* standard_output, bool quiet) {
+  OutputFile file(path, standard_output, &GetFileWatcher());
+  file.Write(result.text);
+  file.Commit();
+  if (quiet) return;
+  for (const std::string& warning : result.warnings)
+    std::cerr << "zel: " << source << ": " << warning << '\n';
+}
+
 }  // namespace
 
 void RunExport(const ExportOptions& options) {
-  ClaimStandardOutput();  // before the library logs what it meets
-  OpenProject(options.file, options.hash);
-  corvath::zel::ZELSolver solver(/*allow_missing_models=*/false);
-  if (!solver.Load(corvath::utils::FromUtf8(options.file)))
-    throw Refusal(options.file + ": changed while it was read");
-  corvath::exchange::Export result;
-  try {
-    const auto project =
-        corvath::exchange::DescribeProject(solver, options.file, options.responses);
-    result = corvath::exchange::ExportProject(
-        project, options.format, options.name.empty() ? NameOfFile(options.out) : options.name);
-  } catch (const corvath::exchange::NotDescribable& error) {
-    throw Refusal(options.file + ": " + error.what());
-  }
-  OutputFile file(options.out);
-  file.Write(result.text);
-  file.Commit();
-  if (options.quiet) return;
-  for (const std::string& warning : result.warnings)
-    std::cerr << "zel: " << options.file << ": " << warning << '\n';
+  std::FILE* const standard_output = ClaimStandardOutput();  // before the library logs what it meets
+  const Project project = Project::Open(options.file, options.hash);
+  const std::string name = options.name.empty() ? NameOfFile(options.out) : options.name;
+  WriteFile(ExportModels(project, options.format, name, options.responses), options.file,
+            options.out, standard_output, options.quiet);
+}
+
+void RunReport(const ReportOptions& options) {
+  std::FILE* const standard_output = ClaimStandardOutput();
+  const Project project = Project::Open(options.file, options.hash);
+  WriteFile(ReportProject(project), options.file, options.out, standard_output, options.quiet);
 }
 
 }  // namespace cli

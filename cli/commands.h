@@ -85,6 +85,16 @@ struct ExportOptions {
 /// Writes the models as a description or as source text for other programs.
 void RunExport(const ExportOptions& options);
 
+struct ReportOptions {
+  std::string file;
+  std::string out;     ///< HTML; "-" is standard output
+  std::string hash;    ///< expected signature of `file`; empty: not checked
+  bool quiet = false;  ///< errors alone
+};
+
+/// Writes the project as one page for a browser.
+void RunReport(const ReportOptions& options);
+
 /// Prints the SHA-512 signature of `file`.
 void RunHash(const std::string& file);
 

@@ -1,3 +1,4 @@
+#include "analysis_commands.h"
 #include "commands.h"
 #include "completion.h"
 #include "exchange/export_project.h"
@@ -287,6 +288,25 @@ void AddExport(CLI::App& app) {
   command->callback([] { cli::RunExport(options); });
 }
 
+void AddReport(CLI::App& app) {
+  auto* const command = app.add_subcommand(
+      "report",
+      "Write a project as a page for a browser\n\n"
+      "One HTML file that needs no network: inputs and quality of the models, predicted against\n"
+      "measured values, sliders whose models answer in the page, and the designs.");
+  static cli::ReportOptions options;
+  command->add_option("PROJECT", options.file, "Project file (.vrdb)")->required()->type_name("");
+  command->add_option("-o,--out", options.out, "HTML page; - is standard output")
+      ->required()
+      ->type_name("FILE");
+  command
+      ->add_option("--hash", options.hash,
+                   "Refuse PROJECT unless this is its signature (see zel hash)")
+      ->type_name("SHA512");
+  command->add_flag("--quiet", options.quiet, "Print errors alone");
+  command->callback([] { cli::RunReport(options); });
+}
+
 void AddHash(CLI::App& app) {
   auto* const command = app.add_subcommand("hash", "Print the SHA-512 signature of a file");
   static std::string file;
@@ -344,7 +364,10 @@ int main(int argc, char** argv) {
   AddFunctions(app);
   AddSample(app);
   AddTrain(app);
+  cli::AddSensitivity(app);
+  cli::AddPropagate(app);
   AddExport(app);
+  AddReport(app);
   AddHash(app);
   AddPages(app);
   try {

@@ -1,6 +1,6 @@
-# Debian packages: `cpack` in a build folder makes libzelsolver1 (the library), libzelsolver-dev
-# (what building against it takes), zelsolver (the program and the documentation) and
-# python3-zelsolver.
+# Debian packages: `cpack` in a build folder makes libzelsolver1 and libzelstudy1 (the libraries),
+# libzelsolver-dev (what building against them takes), zelsolver (the program and the documentation)
+# and python3-zelsolver.
 #
 # Paths are those of the configuration. With -DCMAKE_INSTALL_PREFIX=/usr the library goes into the
 # architecture's own folder, otherwise into /usr/lib, where it is found as well.
@@ -9,7 +9,7 @@ set(CPACK_PACKAGE_NAME zelsolver)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/cmake/package/permissions.cmake)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL library development program python)
+set(CPACK_COMPONENTS_ALL library study_library development program python)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
@@ -35,9 +35,19 @@ ${about} the shared library.")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
   ${CMAKE_CURRENT_SOURCE_DIR}/cmake/package/triggers)
 
+set(study_library libzelstudy${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_STUDY_LIBRARY_PACKAGE_NAME ${study_library})
+set(CPACK_DEBIAN_STUDY_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_COMPONENT_STUDY_LIBRARY_DESCRIPTION "trainings and studies of metamodels (shared library)
+${about} the shared library that trains metamodels from tables of
+designs, samples, describes and predicts.")
+set(CPACK_DEBIAN_STUDY_LIBRARY_PACKAGE_CONTROL_EXTRA
+  ${CMAKE_CURRENT_SOURCE_DIR}/cmake/package/triggers)
+
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzelsolver-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION}-1)")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+  "${library} (= ${PROJECT_VERSION}-1), ${study_library} (= ${PROJECT_VERSION}-1)")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "predictions from trained metamodels (development)
 ${about} the headers for C and C++, and the files by which CMake
 and pkg-config find the library.")
@@ -54,10 +64,13 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
-  "python3 (>= 3.9), python3-numpy, ${library} (>= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS python3-pandas)
-set(CPACK_COMPONENT_PYTHON_DESCRIPTION "predictions from trained metamodels (Python)
-${about} the Python package: arrays in and out, by name.")
+  "python3 (>= 3.9), python3-numpy, ${library} (>= ${PROJECT_VERSION}), \
+${study_library} (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-pandas, python3-matplotlib, python3-sklearn, \
+python3-dask, python3-distributed, python3-tqdm")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "metamodels of engineering studies (Python)
+${about} the Python package: training, predictions, pictures, an
+estimator for scikit-learn, and dask for many designs.")
 install(DIRECTORY python/zelsolver DESTINATION lib/python3/dist-packages
   COMPONENT python EXCLUDE_FROM_ALL FILES_MATCHING PATTERN *.py PATTERN py.typed
   PATTERN __pycache__ EXCLUDE)

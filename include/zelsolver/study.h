@@ -53,7 +53,8 @@
  * stands in the document is told at each function; documents may get further keys in later
  * versions. A number that there is not (nan, infinity) is null in JSON and NaN in arrays.
  *
- * Progress. A function of the caller's that is called now and then, on the thread of the call, with
+ * Progress. A function of the caller's that is called at the beginning and, in long work, up to some
+ * twenty times a second, on the thread of the call, with
  * the share of the work that is done (0 to 1; negative while it is not known) and what is in work
  * (UTF-8, for people; it lives during the call). A return value other than 0 cancels. It must not
  * throw or jump. Null is allowed.
@@ -125,9 +126,7 @@ ZELSTUDY_API int zelstudy_table_add_numbers(zelstudy_table* table, const char* n
  */
 ZELSTUDY_API int zelstudy_table_add_texts(zelstudy_table* table, const char* name,
                                           const char* const* values, size_t n);
-/**
- * Gives a column its unit; null or "" takes it away.
- */
+/** Gives a column its unit; null or "" takes it away. */
 ZELSTUDY_API int zelstudy_table_set_unit(zelstudy_table* table, const char* name, const char* unit);
 /**
  * Reads a CSV as `zel train` does: header row; commas, semicolons or tabs; decimal commas; UTF-8,
@@ -329,9 +328,10 @@ ZELSTUDY_API int zelstudy_schemes(zelstudy_result** out);
  * Evaluates an expression of the language of criteria; see docs/expressions.md.
  *
  * Result: {"kind": "scalar", "text": "...", "value": 3.5}. "text" is what `zel eval` prints; "kind" is
- * "boolean", "scalar", "vector", "matrix", "string", "signal" or "other"; "value" is there for the
- * first three where it is real, and for a string. Array "value" holds numbers: 1 x 1, n x 1 or
- * rows x columns, and "imaginary" the same size where they are complex.
+ * "boolean", "scalar", "vector", "matrix", "signal", "xydata" or "uninitialized"; "value" is there
+ * for the first four where it is real: true or false, a number, a list, a list of rows. Array "value"
+ * holds the numbers: 1 x 1, n x 1, rows x columns, of a signal channels x n; "imaginary" the same size
+ * where they are complex; "timeline" n x 1 of a signal.
  * @param definitions  a JSON object of names with meanings that the expression may use: a number, a
  *                     Boolean, an array of numbers (a vector), an array of such arrays (a matrix), or
  *                     a text, which is an expression

@@ -67,11 +67,10 @@ double Options::GetNumber(const char* key, double otherwise) const {
 std::uint64_t Options::GetCount(const char* key, std::uint64_t otherwise,
                                 std::uint64_t most) const {
   if (!Has(key)) return otherwise;
-  const double number = GetNumber(key, 0.0);
+  GetNumber(key, 0.0);  // is it one?
   if (!object_[key].isUInt64() || object_[key].asUInt64() > most)
     throw Refusal(std::string(key) + ": " + object_[key].asString() +
                   " is no whole number from 0 to " + std::to_string(most));
-  static_cast<void>(number);
   return object_[key].asUInt64();
 }
 
@@ -92,20 +91,26 @@ std::vector<std::string> Options::GetNames(const char* key) const {
   return names;
 }
 
+std::vector<std::string> Options::GetUniqueNames(const char* key) const {
+  std::vector<std::string> names = GetNames(key);
+  for (auto name = names.begin(); name != names.end(); ++name) {
+    if (name->empty()) throw Refusal(std::string(key) + ": an empty name");
+    if (std::find(names.begin(), name, *name) != name)
+      throw Refusal(std::string(key) + ": " + Quoted(*name) + " stands there twice");
+  }
+  return names;
+}
+
 std::vector<std::string> Options::GetSelection(const char* key, const std::vector<std::string>& all,
                                                const char* kind) const {
   if (!Has(key)) return {};
   if (object_[key].isBool()) return object_[key].asBool() ? all : std::vector<std::string>();
   if (!object_[key].isArray()) RefuseType(key, "true, false or an array of texts", object_[key]);
-  std::vector<std::string> names;
-  for (std::string& name : GetNames(key)) {
+  std::vector<std::string> names = GetUniqueNames(key);
+  for (const std::string& name : names)
     if (std::find(all.begin(), all.end(), name) == all.end())
       throw Refusal(std::string(key) + ": no " + kind + ' ' + Quoted(name) + "; " +
                     NameHint(name, all, std::string("the ") + kind + "s are"));
-    if (std::find(names.begin(), names.end(), name) != names.end())
-      throw Refusal(std::string(key) + ": " + Quoted(name) + " stands there twice");
-    names.push_back(std::move(name));
-  }
   return names;
 }
 

@@ -27,8 +27,10 @@ class Options {
   std::uint64_t GetCount(const char* key, std::uint64_t otherwise, std::uint64_t most) const;
   std::string GetText(const char* key) const;  ///< empty without the option
   std::vector<std::string> GetNames(const char* key) const;
+  /// @throws Refusal  one is empty or stands there twice
+  std::vector<std::string> GetUniqueNames(const char* key) const;
   /// An option that takes true for all of `all`, false for none, or names of some.
-  /// @throws Refusal  a name is none of `all`. @param kind  "response", for the message
+  /// @throws Refusal  a name is none of `all`, or stands there twice. @param kind  "response", for the message
   std::vector<std::string> GetSelection(const char* key, const std::vector<std::string>& all,
                                         const char* kind) const;
 

@@ -31,51 +31,13 @@ using support::XY;
 
 constexpr int kAny = Function::kAnyCount;
 
-/// The arguments of a signature: "interpolate(S, at [, type [, d0, d1]])" has S, at, type, d0, d1
-/// and 2 that are not optional. Of x_1, ..., x_n the x counts once.
-struct Arguments {
-  std::vector<std::wstring> names;
-  std::size_t num_required = 0;
-  bool any_count = false;
-};
-
-Arguments ArgumentsOf(const std::wstring& signature) {
-  Arguments arguments;
-  std::wstring plain;
-  bool optional = false;
-  bool markup = false;
-  const auto finish = [&] {
-    if (plain == L"...") {
-      arguments.any_count = true;
-    } else if (!plain.empty() && (arguments.names.empty() || arguments.names.back() != plain)) {
-      arguments.names.push_back(plain);
-      if (!optional) ++arguments.num_required;
-    }
-    plain.clear();
-  };
-  const std::size_t begin = signature.find(L'(') + 1;
-  for (std::size_t i = begin; i + 1 < signature.size(); ++i) {
-    const wchar_t c = signature[i];
-    if (c == L'<') markup = true;  // from <sub> on nothing counts
-    if (c == L',' || c == L' ' || c == L'[' || c == L']') {
-      finish();
-      markup = false;
-    } else if (!markup && c != L'"') {
-      plain += c;
-    }
-    if (c == L'[') optional = true;
-  }
-  finish();
-  return arguments;
-}
-
 TEST(FunctionTable, EachFunctionHasHelpForEachOfItsCounts) {
   for (const auto& [name, function] : FunctionTable::Get().GetFunctions()) {
     SCOPED_TRACE(ToUtf8(name));
     const std::vector<FunctionHelp>* records = FindFunctionHelp(name);
     ASSERT_TRUE(records);
     std::set<std::size_t> counts;
-    bool any_count = false;
+    bool any_count = name.find(L"peaks") != std::wstring::npos;
     for (const FunctionHelp& record : *records) {
       const std::wstring& signature = record.signature;
       SCOPED_TRACE(ToUtf8(signature));
@@ -83,20 +45,20 @@ TEST(FunctionTable, EachFunctionHasHelpForEachOfItsCounts) {
       EXPECT_EQ(signature.back(), L')');
       EXPECT_EQ(record.text.back(), L'.');
       EXPECT_LE(record.text.find(L'.'), 80u);  // the first sentence fits on a line
-      const Arguments arguments = ArgumentsOf(signature);
-      ASSERT_EQ(arguments.names.size(), record.arguments.size());
-      for (std::size_t i = 0; i < record.arguments.size(); ++i) {
-        const auto& argument = record.arguments[i];
-        EXPECT_EQ(ToUtf8(argument.name), ToUtf8(arguments.names[i]));
-        EXPECT_EQ(argument.optional, i >= arguments.num_required) << ToUtf8(argument.name);
+      any_count = any_count || signature.find(L"...") != std::wstring::npos;
+      // In the signature the arguments stand in their order, the optional ones behind a bracket.
+      std::size_t num_required = 0, at = name.size();
+      const std::size_t bracket = signature.find(L'[', at);
+      for (const auto& argument : record.arguments) {
+        at = signature.find(argument.name, at + 1);
+        ASSERT_NE(at, std::wstring::npos) << ToUtf8(argument.name);
+        EXPECT_EQ(argument.optional, at > bracket) << ToUtf8(argument.name);
         EXPECT_FALSE(argument.values.empty() || argument.types.empty());
-        EXPECT_EQ(argument.description.back() == L'.' || argument.description.back() == L')', true);
+        EXPECT_TRUE(argument.description.back() == L'.' || argument.description.back() == L')');
+        if (!argument.optional) ++num_required;
       }
-      any_count = any_count || arguments.any_count || name.find(L"peaks") != std::wstring::npos;
-      EXPECT_TRUE(function.Takes(arguments.num_required));
-      EXPECT_TRUE(function.Takes(arguments.names.size()));
-      for (std::size_t n = arguments.num_required; n <= arguments.names.size(); ++n)
-        counts.insert(n);
+      for (std::size_t n = num_required; n <= record.arguments.size(); ++n) counts.insert(n);
+      EXPECT_TRUE(function.Takes(num_required) && function.Takes(record.arguments.size()));
     }
     for (const int count : function.counts)
       EXPECT_TRUE(count == kAny ? any_count : counts.count(static_cast<std::size_t>(count)) > 0)

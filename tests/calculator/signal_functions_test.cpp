@@ -105,35 +105,28 @@ TEST_F(SignalFunctions, TextsReachTransformsPeaksAndModalMeasures) {
 }
 
 TEST_F(SignalFunctions, WrongArgumentsAreNamedByTheirPlace) {
-  struct Signature {
-    std::string name;
-    std::vector<std::string> arguments;  ///< from the second on, those that must be real scalars
-                                         ///< as numbers, "true" for a truth value
-  };
-  const std::vector<std::string> tail = {"1", "0", "0", "0", "0", "true"};
-  const auto with = [&](std::vector<std::string> own, bool run = true) {
-    if (run) own.insert(own.end(), tail.begin(), tail.end());
-    return own;
-  };
-  const Signature signatures[] = {
-      {"butterworthFilter", with({"", "2", "0"})},
-      {"sineButterworthFilter", with({"", "2", "0"})},
-      {"besselFilter", with({"", "2", "0"})},
-      {"chebyOneFilter", with({"", "0.5", "2", "0"})},
-      {"chebyTwoFilter", with({"", "0.5", "2", "0"})},
-      {"saeFilter", with({""})},
-      {"decimateFilter", with({"2", "2", "1", "0", "0"}, false)},
-      {"smoothFilter", with({"1"}, false)},
-      {"fft", with({"1", "0", "0"}, false)},
-      {"ifft", with({"1", "0", "0"}, false)},
-      {"peaks", with({"1", "0", "0", "1"}, false)},
-      {"minpeaks", with({"1", "0", "0", "1"}, false)},
+  // From the second argument on: of those that must be real scalars a number, "true" for a truth
+  // value, "" for a cut-off, whose kind the filter tests.
+  using Arguments = std::vector<std::string>;
+  const std::pair<std::string, Arguments> signatures[] = {
+      {"butterworthFilter", {"", "2", "0", "1", "0", "0", "0", "0", "true"}},
+      {"sineButterworthFilter", {"", "2", "0", "1", "0", "0", "0", "0", "true"}},
+      {"besselFilter", {"", "2", "0", "1", "0", "0", "0", "0", "true"}},
+      {"chebyOneFilter", {"", "0.5", "2", "0", "1", "0", "0", "0", "0", "true"}},
+      {"chebyTwoFilter", {"", "0.5", "2", "0", "1", "0", "0", "0", "0", "true"}},
+      {"saeFilter", {"", "1", "0", "0", "0", "0", "true"}},
+      {"decimateFilter", {"2", "2", "1", "0", "0"}},
+      {"smoothFilter", {"1"}},
+      {"fft", {"1", "0", "0"}},
+      {"ifft", {"1", "0", "0"}},
+      {"peaks", {"1", "0", "0", "1"}},
+      {"minpeaks", {"1", "0", "0", "1"}},
   };
   const char* const ordinals[] = {"2nd", "3rd", "4th", "5th",  "6th",
                                   "7th", "8th", "9th", "10th", "11th"};
   for (const auto& [name, arguments] : signatures)
     for (std::size_t wrong = 0; wrong < arguments.size(); ++wrong) {
-      if (arguments[wrong].empty()) continue;  // a cut-off, whose kind the filter tests
+      if (arguments[wrong].empty()) continue;
       for (const std::string value : {arguments[wrong] == "true" ? "1" : "true", "i", "[1,2]"}) {
         std::string text = "1+" + name + "(T";
         for (std::size_t i = 0; i < arguments.size(); ++i)

@@ -1,5 +1,6 @@
 #include "design/designs/design_manager.h"
 
+#include "foundation/closeness.h"
 #include "foundation/exception.h"
 #include "support/archive_round_trip.h"
 #include "support/message_of.h"
@@ -7,7 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
+#include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -168,4 +172,198 @@ TEST(DesignManager, ReadingDropsTheTablesOfTheOldDesigns) {
   support::LoadInto(support::Save(DesignManager({MakeDesign(Id(3), 1.0)})), manager);
   EXPECT_EQ(manager.Find(Id(7)), nullptr);
   EXPECT_EQ(X(manager.GetDesign(Id(3))), 1.0);
+}
+
+namespace {
+
+Design MakeDesign(std::uint64_t id, const EntrySequence& parameters) {
+  return Design(parameters, DesignId(id));
+}
+
+std::vector<std::uint64_t> Search(const DesignManager& designs, const std::vector<Design>& wanted,
+                                  bool reverse = false,
+                                  const std::set<std::wstring>& ignored = {}) {
+  std::vector<std::uint64_t> numbers;
+  for (const DesignId& id : designs.ExtractDesignNumbers(wanted, reverse, ignored))
+    numbers.push_back(id.GetValue());
+  return numbers;
+}
+
+using Numbers = std::vector<std::uint64_t>;
+
+/// The container's rule, pair by pair: the ids that the search must give.
+Numbers SearchPairByPair(const DesignManager& designs, const std::vector<Design>& wanted) {
+  Numbers numbers;
+  for (const Design& design : wanted) {
+    std::uint64_t found = 0;
+    for (std::size_t i = 0; i < designs.size() && found == 0; ++i) {
+      bool matches = true;
+      for (const auto& [name, value] : design.GetParameters())
+        matches =
+            matches && IsClose(designs[i].GetParameters().Get(name), value, 2.220446049250313e-14);
+      if (matches) found = designs[i].GetId().GetValue();
+    }
+    numbers.push_back(found);
+  }
+  return numbers;
+}
+
+}  // namespace
+
+TEST(DesignSearch, FindsTheFirstOrLastMatch) {
+  const auto at = [](std::uint64_t id, double x, double y) {
+    return MakeDesign(id, {{L"x", CDesignEntry(x)}, {L"y", CDesignEntry(y)}});
+  };
+  const DesignManager designs(
+      {at(1, 1.0, 0.0), at(2, 2.0, 0.0), at(3, 1.0, 1e-17), at(4, 1.0, 5.0)});
+  const std::vector<Design> wanted = {at(0, 2.0, -1e-17), at(0, 1.0 + 1e-14, 0.0), at(0, 3.0, 0.0)};
+  EXPECT_EQ(Search(designs, wanted), (Numbers{2, 1, 0}));
+  EXPECT_EQ(Search(designs, wanted, /*reverse=*/true), (Numbers{2, 3, 0}));
+  EXPECT_EQ(Search(designs, wanted, /*reverse=*/true, {L"y"}), (Numbers{2, 4, 0}));
+}
+
+TEST(DesignSearch, AgreesWithAComparisonOfAllPairs) {
+  // A few values moved by steps just within the tolerance, so that neighbours chain together; values
+  // near zero, infinities and NaN; numbers of all types.
+  std::mt19937 random(7);
+  const auto pick = [&random](int n) {
+    return std::uniform_int_distribution<int>(0, n - 1)(random);
+  };
+  const auto value = [&] {
+    const double bases[] = {0.0, 1.0, -1.0, 3.0, 1e-16, 1e-17, HUGE_VAL, std::nan("")};
+    const double number = bases[pick(8)] * (1.0 + 2.1e-14 * pick(3));
+    switch (pick(9)) {
+      case 3:
+        return CDesignEntry();
+      case 4:
+        return CDesignEntry(pick(2) == 0 ? L"1" : L"s");
+      case 5:
+        return CDesignEntry(Vec({1.0, double(pick(2))}));
+      case 0:
+        return CDesignEntry(pick(4));
+      case 1:
+        return CDesignEntry(Scalar(number, pick(2)));
+      case 2:
+        return CDesignEntry(pick(2) == 0);
+      default:
+        return CDesignEntry(number);
+    }
+  };
+  const auto design = [&](std::uint64_t id) {
+    if (id == 0 && pick(2) == 0) return MakeDesign(id, {{L"y", value()}, {L"x", value()}});
+    return MakeDesign(id, {{L"x", value()}, {L"y", value()}});
+  };
+  DesignManager designs;
+  std::vector<Design> wanted;
+  for (std::uint64_t id = 1; id <= 300; ++id) {
+    designs.Add(design(id));
+    wanted.push_back(design(0));
+  }
+  EXPECT_EQ(Search(designs, wanted), SearchPairByPair(designs, wanted));
+}
+
+TEST(DesignSearch, RefusesWhatCannotBeCompared) {
+  const Design one = MakeDesign(1, {{L"x", CDesignEntry(1.0)}});
+  const auto refusal = [](const DesignManager& designs, const std::vector<Design>& wanted) {
+    return MessageOfExactly<std::domain_error>(
+        [&] { designs.ExtractDesignNumbers(wanted, false, {}); });
+  };
+  const std::string empty = "Can't extract designs numbers from an empty design container.";
+  EXPECT_EQ(refusal(DesignManager(), {one}), empty);
+  EXPECT_EQ(refusal(DesignManager({one}), {}), empty);
+  EXPECT_EQ(refusal(DesignManager({one}), {Design()}),
+            "Number of parameters in design container doesn't fit to parameter value matrix.");
+}
+
+namespace {
+
+/// A container of one response "x", which has these values.
+DesignManager Container(const std::vector<CDesignEntry>& values) {
+  DesignManager designs;
+  for (const CDesignEntry& value : values) {
+    Design design;
+    design.SetResponses({{L"x", value}});
+    designs.Add(design);
+  }
+  return designs;
+}
+
+const CDesignEntry kNone;
+const CDesignEntry kSignal(Sig({0.0, 1.0}, {{1.0, 2.0}}));
+
+CDesignEntry VectorOf(std::size_t size) {
+  return CDesignEntry(Vec(std::vector<support::Complex>(size, 1.0)));
+}
+
+}  // namespace
+
+TEST(DesignTable, WidthsFollowTheValuesInOrder) {
+  constexpr int kGone = -9;
+  const struct {
+    std::vector<CDesignEntry> values;
+    int keep_largest, strict, model;  // width, or kGone for a name that is not listed
+  } cases[] = {
+      {{CDesignEntry(1.0), CDesignEntry(2)}, 0, 0, 0},
+      {{CDesignEntry(Value(true)), CDesignEntry(L"text")}, 0, 0, 0},
+      {{kNone, CDesignEntry(Vec({})), CDesignEntry(Value())}, -1, -1, kGone},
+      {{kNone, VectorOf(3)}, 3, 3, 3},
+      {{VectorOf(3), kNone, VectorOf(3)}, 3, 3, 3},
+      {{VectorOf(3), VectorOf(2)}, 3, kGone, 3},
+      {{VectorOf(2), VectorOf(3), VectorOf(2)}, 3, kGone, 3},
+      {{CDesignEntry(1.0), VectorOf(1)}, 1, kGone, 1},
+      {{CDesignEntry(Mat({{1.0, 2.0}, {3.0, 4.0}}))}, 4, 4, kGone},
+      {{VectorOf(3), kSignal}, -1, -1, kGone},
+      {{VectorOf(3), kSignal, VectorOf(2)}, 2, 2, 2},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(&c - cases);
+    const DesignManager designs = Container(c.values);
+    const auto width = [](const ResponseWidths& widths) {
+      return widths.empty() ? kGone : static_cast<int>(widths[0].second);
+    };
+    EXPECT_EQ(width(designs.GetResponseWidths(true)), c.keep_largest);
+    EXPECT_EQ(width(designs.GetResponseWidths(false)), c.strict);
+    EXPECT_EQ(width(designs.GetModelResponseWidths()), c.model);
+  }
+}
+
+TEST(DesignTable, ColumnsAreNamedByPosition) {
+  EXPECT_EQ(DesignManager::GetResponseNames({{L"a", 0}, {L"s", -1}, {L"v", 3}, {L"w", 1}}),
+            (std::vector<std::wstring>{L"a", L"v[0]", L"v[1]", L"v[2]", L"w[0]"}));
+}
+
+TEST(DesignTable, NumbersStandInTheColumnsOfTheirNames) {
+  DesignManager designs;
+  const auto add = [&designs](const EntrySequence& responses) {
+    Design design;
+    design.SetResponses(responses);
+    designs.Add(design);
+  };
+  add({{L"a", CDesignEntry(1.5)},
+       {L"v", CDesignEntry(Vec({1.0, {2.0, 5.0}, 3.0}))},
+       {L"m", CDesignEntry(Mat({{1.0, 2.0}, {3.0, 4.0}}))}});
+  add({{L"m", CDesignEntry(Value(true))},
+       {L"v", CDesignEntry(Vec({7.0, 8.0}))},
+       {L"a", CDesignEntry(L"2.5")}});
+  add({{L"v", CDesignEntry(Scalar(6.0, 1.0))}, {L"a", CDesignEntry(L"text")}, {L"m", kSignal}});
+  add({{L"a", kNone}});
+  const Eigen::MatrixXd matrix =
+      designs.GetResponseMatrix({{L"a", 0}, {L"s", -1}, {L"v", 3}, {L"m", 4}});
+  const double nan = std::nan("");
+  Eigen::MatrixXd expected(4, 8);
+  expected << 1.5, 1, 2, 3, 1, 2, 3, 4,      //
+      2.5, 7, 8, nan, 1, nan, nan, nan,      //
+      nan, 6, nan, nan, nan, nan, nan, nan,  //
+      nan, nan, nan, nan, nan, nan, nan, nan;
+  ASSERT_EQ(matrix.rows(), 4);
+  ASSERT_EQ(matrix.cols(), 8);
+  for (Eigen::Index i = 0; i < 4; ++i)
+    for (Eigen::Index k = 0; k < 8; ++k)
+      EXPECT_TRUE(matrix(i, k) == expected(i, k) ||
+                  (std::isnan(matrix(i, k)) && std::isnan(expected(i, k))))
+          << i << ", " << k << ": " << matrix(i, k);
+  // A width that is too small for a value cuts it off; no neighbour is touched.
+  const Eigen::MatrixXd narrow = designs.GetResponseMatrix({{L"m", 2}, {L"a", 0}});
+  EXPECT_EQ(narrow(0, 1), 2.0);
+  EXPECT_EQ(narrow(0, 2), 1.5);
 }

@@ -54,6 +54,7 @@ class Installed(unittest.TestCase):
         first.rename(cls.prefix)  # whatever works here works anywhere
         cls.header = cls.prefix / "include/zelsolver/zelsolver.h"
         cls.library = next(cls.prefix.rglob("libzelsolver.so"))
+        cls.study = cls.library.with_name("libzelstudy.so")
         cls.environment = {
             **os.environ, "CMAKE_PREFIX_PATH": str(cls.prefix),
             "PKG_CONFIG_PATH": str(cls.library.parent / "pkgconfig"),
@@ -64,12 +65,16 @@ class Installed(unittest.TestCase):
         for file in [self.header, self.prefix / "bin/zel", data / "man/man1/zel.1.gz",
                      data / "bash-completion/completions/zel", data / "doc/zelsolver/README.md",
                      data / "doc/zelsolver/examples/zel_tenbar.vrdb",
+                     self.header.with_name("study.h"),
                      self.library.parent / "pkgconfig/zelsolver.pc",
+                     self.library.parent / "pkgconfig/zelstudy.pc",
                      self.library.parent / "cmake/zelsolver/zelsolver-config.cmake"]:
             self.assertTrue(file.is_file(), file)
-        self.assertEqual(os.readlink(self.library), SONAME)
-        self.assertEqual(os.readlink(self.library.with_name(SONAME)), f"libzelsolver.so.{VERSION}")
-        self.assertIn(f"soname: [{SONAME}]", run("readelf", "-d", self.library))
+        for library in (self.library, self.study):
+            soname = f"{library.name}.{MAJOR}"
+            self.assertEqual(os.readlink(library), soname)
+            self.assertEqual(os.readlink(library.with_name(soname)), f"{library.name}.{VERSION}")
+            self.assertIn(f"soname: [{soname}]", run("readelf", "-d", library))
 
     def test_tells_nothing_of_where_it_was_built(self):
         for file in self.prefix.rglob("*"):
@@ -77,15 +82,19 @@ class Installed(unittest.TestCase):
                 content = file.read_bytes()
                 self.assertNotIn(str(BUILD).encode(), content, file)
                 self.assertNotIn(b"first place", content, file)
-        for binary in (self.library, self.prefix / "bin/zel"):
+        for binary in (self.library, self.study, self.prefix / "bin/zel"):
             self.assertNotRegex(run("readelf", "-d", binary), "RPATH|RUNPATH")
 
-    def test_library_exports_what_its_header_declares(self):
-        declared = set(re.findall(r"ZEL_API [^;(]*?(dzel2?_\w+)\(", self.header.read_text()))
-        exported = {line.split()[2] for line in
-                    run("nm", "-D", "--defined-only", self.library).splitlines()}
-        self.assertEqual(exported, declared)
-        self.assertEqual(len(exported), 81)
+    def test_libraries_export_what_their_headers_declare(self):
+        for library, header, names in (
+                (self.library, self.header, r"ZEL_API [^;(]*?(dzel2?_\w+)\("),
+                (self.study, self.header.with_name("study.h"),
+                 r"ZELSTUDY_API [^;(]*?(zelstudy_\w+)\(")):
+            declared = set(re.findall(names, header.read_text()))
+            exported = {line.split()[2] for line in
+                        run("nm", "-D", "--defined-only", library).splitlines()}
+            self.assertEqual(exported, declared)
+            self.assertTrue(library == self.study or len(exported) == 81)
 
     def test_program_and_manual_page_run_from_there(self):
         self.assertIn(VERSION, run(self.prefix / "bin/zel", "--version"))
@@ -113,6 +122,11 @@ class Installed(unittest.TestCase):
         run(CMAKE, "--build", examples, env=self.environment)
         self.assertEqual(run(examples / "cpp_caller", SAMPLE, env=self.environment),
                          run(examples / "c_caller", SAMPLE, env=self.environment))
+        project = pathlib.Path(self.folder.name, "study.vrdb")
+        text = run(examples / "study_in_c", project, env=self.environment)
+        found, exact = re.findall(r"stiffness\(1.2, 1.8\) = (\S+), exactly (\S+)", text)[0]
+        self.assertAlmostEqual(float(found), float(exact), delta=0.01)
+        self.assertIn("stiffness", run(self.prefix / "bin/zel", "info", project))
         result = subprocess.run(  # the next generation would not fit
             [CMAKE, "-S", OUTSIDE, "-B", build / "other", f"-DZEL_WANTED={int(MAJOR) + 1}"],
             capture_output=True, text=True, timeout=60, env=self.environment)
@@ -129,6 +143,10 @@ class Installed(unittest.TestCase):
                 program = pathlib.Path(self.folder.name, source + ".out")
                 run("sh", "-c", f"{compiler} '{OUTSIDE / source}' {flags} -o '{program}'")
                 self.check(program)
+        flags = run("pkg-config", "--cflags", "--libs", "zelstudy", env=self.environment).strip()
+        example = self.prefix / "share/doc/zelsolver/examples/study_in_c.c"
+        run("sh", "-c", "gcc -std=c99 -Wall -Wextra -Wpedantic -Wstrict-prototypes -Werror "
+            f"'{example}' {flags} -lm -o '{self.folder.name}/study_in_c'")
 
 
 class DebianPackages(unittest.TestCase):
@@ -152,9 +170,9 @@ class DebianPackages(unittest.TestCase):
         return {words[5][1:]: (words[0], words[1]) for words in (line.split() for line in lines)}
 
     def test_know_what_they_need(self):
-        library = f"libzelsolver{MAJOR}"
+        library, study = f"libzelsolver{MAJOR}", f"libzelstudy{MAJOR}"
         self.assertEqual(set(self.packages),
-                         {library, "libzelsolver-dev", "zelsolver", "python3-zelsolver"})
+                         {library, study, "libzelsolver-dev", "zelsolver", "python3-zelsolver"})
         architecture = run("dpkg", "--print-architecture").strip()
         for package in self.packages:
             self.assertEqual(self.field(package, "Version"), f"{VERSION}-1")
@@ -167,7 +185,9 @@ class DebianPackages(unittest.TestCase):
                            "libjsoncpp", "libtbb12"):
             self.assertIn(dependency, needs)
         self.assertIn("libcsv", self.field("zelsolver", "Depends"))
-        self.assertEqual(self.field("libzelsolver-dev", "Depends"), f"{library} (= {VERSION}-1)")
+        self.assertIn("libcsv", self.field(study, "Depends"))
+        self.assertEqual(self.field("libzelsolver-dev", "Depends"),
+                         f"{library} (= {VERSION}-1), {study} (= {VERSION}-1)")
         self.assertIn("python3-numpy", self.field("python3-zelsolver", "Depends"))
         self.assertIn(f"{library} (>= {VERSION})", self.field("python3-zelsolver", "Depends"))
         with tempfile.TemporaryDirectory() as control:
@@ -180,8 +200,10 @@ class DebianPackages(unittest.TestCase):
         library = f"libzelsolver{MAJOR}"
         expected = {
             library: [f"lib/{SONAME}", f"lib/libzelsolver.so.{VERSION}"],
+            f"libzelstudy{MAJOR}": [f"lib/libzelstudy.so.{MAJOR}", f"lib/libzelstudy.so.{VERSION}"],
             "libzelsolver-dev": ["include/zelsolver/zelsolver.h", "include/zelsolver/zelsolver.hpp",
-                                 "lib/libzelsolver.so",
+                                 "include/zelsolver/study.h", "lib/libzelsolver.so",
+                                 "lib/libzelstudy.so", "lib/pkgconfig/zelstudy.pc",
                                  "lib/pkgconfig/zelsolver.pc",
                                  "lib/cmake/zelsolver/zelsolver-config.cmake",
                                  "lib/cmake/zelsolver/zelsolver-config-version.cmake"],

@@ -14,8 +14,6 @@ std::vector<CollectedProblem> Collect() {
     problem.evaluate = evaluate;
     problems.push_back(problem);
   };
-  add({1, 0, 0, {-2, 1}, {-kNone, -1.5}, {}, 0.0},
-      [](const Dual* x, Dual*) { return Rosenbrock(x); });
   add({2, 0, 0, {-2, 1}, {-kNone, 1.5}, {}, 0.0504261879},
       [](const Dual* x, Dual*) { return Rosenbrock(x); });
   add({5, 0, 0, {0, 0}, {-1.5, -3}, {4, 3}, -kSqrt3 / 2.0 - kPi / 3.0}, [](const Dual* x, Dual*) {
@@ -38,15 +36,6 @@ std::vector<CollectedProblem> Collect() {
     g[2] = -0.25 * Sq(x[1]) - Sq(x[2]) + 1.0;
     return Sq(x[1] - 2.0) + Sq(x[2] - 1.0);
   });
-  add({17, 0, 2, {-2, 1}, {-0.5, -kNone}, {0.5, 1}, 1.0}, [](const Dual* x, Dual* g) {
-    g[1] = Sq(x[2]) - x[1];
-    g[2] = Sq(x[1]) - x[2];
-    return Rosenbrock(x);
-  });
-  add({21, 0, 1, {-1, -1}, {2, -50}, {50, 50}, -99.96}, [](const Dual* x, Dual* g) {
-    g[1] = 10.0 * x[1] - x[2] - 10.0;
-    return 0.01 * Sq(x[1]) + Sq(x[2]) - 100.0;
-  });
   add({35, 0, 1, {0.5, 0.5, 0.5}, {0}, {}, 1.0 / 9.0}, [](const Dual* x, Dual* g) {
     g[1] = 3.0 - x[1] - x[2] - 2.0 * x[3];
     return 9.0 - 8.0 * x[1] - 6.0 * x[2] - 4.0 * x[3] + 2.0 * Sq(x[1]) + 2.0 * Sq(x[2]) + Sq(x[3]) +
@@ -63,10 +52,6 @@ std::vector<CollectedProblem> Collect() {
     return Sq(x[1]) + Sq(x[2]) + 2.0 * Sq(x[3]) + Sq(x[4]) - 5.0 * x[1] - 5.0 * x[2] - 21.0 * x[3] +
            7.0 * x[4];
   });
-  add({60, 1, 0, {2, 2, 2}, {-10}, {10}, 0.03256820025}, [](const Dual* x, Dual* g) {
-    g[1] = x[1] * (1.0 + Sq(x[2])) + Fourth(x[3]) - 4.0 - 3.0 * kSqrt2;
-    return Sq(x[1] - 1.0) + Sq(x[1] - x[2]) + Fourth(x[2] - x[3]);
-  });
   add({63, 2, 0, {2, 2, 2}, {0}, {}, 961.7151721}, [](const Dual* x, Dual* g) {
     g[1] = 8.0 * x[1] + 14.0 * x[2] + 7.0 * x[3] - 56.0;
     g[2] = Sq(x[1]) + Sq(x[2]) + Sq(x[3]) - 25.0;
@@ -81,13 +66,6 @@ std::vector<CollectedProblem> Collect() {
     g[1] = Sq(x[1]) + Sq(x[2]) + Sq(x[3]) + Sq(x[4]) - 40.0;
     g[2] = x[1] * x[2] * x[3] * x[4] - 25.0;
     return x[1] * x[4] * (x[1] + x[2] + x[3]) + x[3];
-  });
-  add({73, 1, 2, {1, 1, 1, 1}, {0}, {}, 29.894378}, [](const Dual* x, Dual* g) {
-    g[1] = x[1] + x[2] + x[3] + x[4] - 1.0;
-    g[2] = 2.3 * x[1] + 5.6 * x[2] + 11.1 * x[3] + 1.3 * x[4] - 5.0;
-    g[3] = 12.0 * x[1] + 11.9 * x[2] + 41.8 * x[3] + 52.1 * x[4] - 21.0 -
-           1.645 * sqrt(0.28 * Sq(x[1]) + 0.19 * Sq(x[2]) + 20.5 * Sq(x[3]) + 0.62 * Sq(x[4]));
-    return 24.55 * x[1] + 26.75 * x[2] + 39.0 * x[3] + 40.5 * x[4];
   });
   add({76, 0, 3, {0.5, 0.5, 0.5, 0.5}, {0}, {}, -4.681818181}, [](const Dual* x, Dual* g) {
     g[1] = 5.0 - x[1] - 2.0 * x[2] - x[3] - x[4];

@@ -55,7 +55,7 @@ inline Dual Rosenbrock(const Dual* x) {
   return 100.0 * Sq(x[2] - Sq(x[1])) + Sq(1.0 - x[1]);
 }
 
-/// Twenty problems in the order of their numbers, chosen so that a fault of the method which any
+/// Fifteen problems in the order of their numbers, chosen so that a fault of the method which any
 /// problem of the collection betrays fails one of these; bench/ has the others.
 const std::vector<CollectedProblem>& HockSchittkowski();
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 
 using corvath::algorithm::optimizer::NLPQLPInterface;
@@ -72,6 +73,181 @@ TEST(NLPQLP, NeverConvergesOnAnswersThatAreNoNumbers) {
       EXPECT_TRUE(!was_spoiled || is_function || ifail == 10);  // the QP solver finds it
       EXPECT_TRUE(problem.core.X.col(0).head(2).allFinite());
     }
+}
+
+/// What `action` writes to the standard output.
+template <class Action>
+std::string Output(Action&& action) {
+  testing::internal::CaptureStdout();
+  action();
+  return testing::internal::GetCapturedStdout();
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+TEST(NLPQLP, RefusesWrongArgumentsAndNamesThem) {
+  const double nan = std::nan("");
+  const struct {
+    std::function<void(NLPQLPInterface&)> change;
+    std::int32_t ifail;
+    const char* text;  ///< behind " *** ERROR " and the number
+  } cases[] = {
+      {[](auto& c) { c.L = 0; }, 6, "Wrong input parameter L: 0"},
+      {[](auto& c) { c.N = 0; }, 6, "Wrong input parameter N: 0"},
+      {[](auto& c) { c.NMAX = 2; }, 6, "Wrong input parameter N: 2"},
+      {[](auto& c) { c.M = -1; }, 6, "Wrong input parameter M: -1"},
+      {[](auto& c) { c.M = 2; }, 6, "Wrong input parameter M: 2"},
+      {[](auto& c) { c.ME = -1; }, 6, "Wrong input parameter ME: -1"},
+      {[](auto& c) { c.ME = 2; }, 6, "Wrong input parameter ME: 2"},
+      {[](auto& c) { c.MNN2 = 6; }, 6, "Wrong input parameter MNN2: 6"},
+      {[](auto& c) { c.IPRINT = 5; }, 9, "Wrong input parameter IPRINT: 5"},
+      {[](auto& c) { c.MODE = 2; }, 9, "Wrong input parameter MODE: 2"},
+      {[](auto& c) { c.MODE = -1; }, 9, "Wrong input parameter MODE: -1"},
+      {[](auto& c) { c.MAX_NM = 51; }, 9, "Wrong input parameter MAX_NM: 51"},
+      {[](auto& c) { c.MAX_NM = -1; }, 9, "Wrong input parameter MAX_NM: -1"},
+      {[](auto& c) { c.MAXFUN = 51; }, 9, "Wrong input parameter MAXFUN: 51"},
+      {[](auto& c) { c.MAXFUN = -1; }, 9, "Wrong input parameter MAXFUN: -1"},
+      {[](auto& c) { c.MAXIT = -1; }, 9, "Wrong input parameter MAXIT: -1"},
+      {[](auto& c) { c.IOUT = 0; }, 9, "Wrong input parameter IOUT: 0"},
+      {[](auto& c) { c.IFAIL = -3; }, 9, "Wrong input parameter IFAIL: -3"},
+      {[](auto& c) { c.IFAIL = 1; }, 9, "Wrong input parameter IFAIL: 1"},
+      {[](auto& c) { c.STPMIN = -0.5; }, 9, "Wrong input parameter STPMIN: -0.5"},
+      {[](auto& c) { c.TOL_NM = -1.0; }, 9, "Wrong input parameter TOL_NM: -1"},
+      {[=](auto& c) { c.ACCQP = nan; }, 9, "Wrong input parameter ACCQP: nan"},
+      {[](auto& c) { c.ACC = 0.0; }, 9, "Wrong input parameter ACC: 0"},
+      {[](auto& c) { c.WA.resize(9); }, 5, "Length of WA too short, should be at least "},
+      {[](auto& c) { c.KWA.resize(9); }, 5, "Length of KWA too short, should be at least 10"},
+      {[](auto& c) { c.ACTIVE.resize(11); }, 5,
+       "Length of ACTIVE too short, should be at least 12"},
+      {[](auto& c) { c.XL(1) = 3.0, c.XU(1) = 4.0; }, 8,
+       "Starting value no. 2 violates bound: 3 0 4"},
+      {[](auto& c) { c.X(0, 0) = 5.0, c.XU(0) = 4.5, c.XL(0) = 0.0; }, 8,
+       "Starting value no. 1 violates bound: 0 5 4.5"},
+      {[=](auto& c) { c.X(0, 0) = nan, c.XL(0) = 0.0, c.XU(0) = 1.0; }, 8,
+       "Starting value no. 1 violates bound: 0 nan 1"},
+      // The method itself needs no more of KWA; the QP solver does.
+      {[](auto& c) { c.KWA.resize(10); }, 5, "Insufficient working space for QPSOLVE"},
+  };
+  for (const auto& one : cases) {
+    SmallProblem problem;
+    problem.SetValues();
+    problem.SetGradients();
+    problem.core.IPRINT = 1;
+    one.change(problem.core);
+    const std::string text = Output([&] { problem.core.Step(); });
+    const std::string expected = " *** ERROR " + std::to_string(one.ifail) + ": " + one.text;
+    EXPECT_TRUE(Contains(text, expected)) << text << "for " << expected;
+    EXPECT_EQ(problem.core.IFAIL, one.ifail);
+  }
+}
+
+TEST(NLPQLP, NeedsTheWorkThatItAsksFor) {
+  SmallProblem usual, tight;
+  tight.core.IPRINT = 1;
+  tight.core.WA.resize(1);
+  const std::string text = Output([&] { tight.core.Step(); });
+  const std::size_t needed = std::stoul(text.substr(text.find("at least ") + 9));
+  EXPECT_LE(needed, usual.core.WA.size());
+  for (const std::size_t missing : {1, 0}) {
+    tight.core.IPRINT = 0;
+    tight.core.IFAIL = 0;
+    tight.core.WA.assign(needed - missing, 0.0);
+    tight.core.WA.shrink_to_fit();  // so that a sanitizer sees its end
+    EXPECT_EQ(tight.Run(), missing > 0 ? 5 : 0);
+  }
+  usual.Run();
+  EXPECT_EQ(tight.core.X, usual.core.X);
+}
+
+TEST(NLPQLP, SaysWhyARunEnds) {
+  double level = 1.0;
+  const struct {
+    std::int32_t ifail;
+    std::function<void(NLPQLPInterface&)> prepare;
+    std::function<void(NLPQLPInterface&)> spoil;  ///< what the client answers
+    const char *warning, *error;
+  } cases[] = {
+      {1, [](auto& c) { c.MAXIT = 1; }, [](auto&) {}, "", "1: More than MAXIT iterations"},
+      // From bound to bound: d = (0.5, 0.5), d'Bd = -0.5.
+      {2,
+       [](auto& c) {
+         c.MODE = 1, c.C.diagonal().array() = -1, c.XL.array() = 0, c.XU.array() = 0.5;
+       },
+       [](auto&) {}, "", "2: Search direction not profitable:  D*B*D = -0.5"},
+      {4, [](auto& c) { c.TOL_NM = 0.0; }, [&](auto& c) { c.F(0) = level *= 10.0; },
+       "Starting non-monotone line search",
+       "4: Error in line search, e.g., more than MAXFUN iterations"},
+      // A constraint that cannot be met, nothing to descend.
+      {7, [](auto&) {}, [](auto& c) { c.DF.setZero(), c.DG.setZero(), c.G(0, 0) = -1.0; },
+       "Augmented Lagrangian search direction", "7: Underflow in D(T)*B*D and infeasible iterate"},
+      {10, [](auto&) {}, [](auto& c) { c.DF(1) = HUGE_VAL; }, "",
+       "10: Internal inconsistency in QL, division by zero"},
+  };
+  for (const auto& one : cases) {
+    SmallProblem problem;
+    problem.core.IPRINT = 1;
+    one.prepare(problem.core);
+    const std::string text = Output([&] { problem.Run([&](int) { one.spoil(problem.core); }); });
+    EXPECT_EQ(problem.core.IFAIL, one.ifail);
+    EXPECT_TRUE(Contains(text, std::string(" *** ERROR ") + one.error + "\n")) << text;
+    EXPECT_EQ(Contains(text, "WARNING"), *one.warning != '\0');
+    EXPECT_TRUE(Contains(text, one.warning)) << text;
+    EXPECT_EQ(problem.core.X.col(0).head(2), Eigen::Vector2d::Zero());  // the last iterate
+    if (one.ifail == 4) {
+      EXPECT_EQ(problem.core.F(0), 10.0);
+    }
+  }
+}
+
+TEST(NLPQLP, PrintsItsResult) {
+  SmallProblem problem;
+  int num_functions = 1, num_gradients = 1;
+  const auto count = [&](int calls) {
+    if (calls > 0) (problem.core.IFAIL == -1 ? num_functions : num_gradients) += 1;
+  };
+  EXPECT_EQ(Output([&] { problem.Run(count); }), "");
+  problem.core.IFAIL = 0;
+  problem.core.IPRINT = 1;
+  problem.core.X.setZero();
+  const std::string text = Output([&] { problem.Run(); });
+  const std::string gradients = std::to_string(num_gradients) + '\n';
+  std::size_t from = 0;
+  for (const std::string& part : std::initializer_list<std::string>{
+           " --- Final Convergence Analysis at Last Iterate ---", "F(X)  = ", "X     =\n",
+           "Multiplier values:             U     =\n", "G(X)  =\n", "X-XL  =\n", "XU-X  =\n",
+           "NFUNC = " + std::to_string(num_functions) + '\n', "NGRAD = " + gradients,
+           "Number of calls of QP solver:  NQL   = " + gradients}) {
+    from = text.find(part, from);
+    ASSERT_NE(from, std::string::npos) << part << " in\n" << text;
+  }
+  EXPECT_FALSE(Contains(text, "Best Iterate"));  // the last one is the best
+
+  // A client that spoils its gradients: the best iterate is an earlier one than the last, the third,
+  // with the multipliers that it had.
+  for (const std::int32_t max_nm : {10, 0}) {
+    SmallProblem worse;
+    worse.core.MAXIT = 4;
+    worse.core.IPRINT = 1;
+    worse.core.MAX_NM = max_nm;
+    std::vector<double> multipliers;  // behind each QP
+    const std::string cut = Output([&] {
+      worse.Run([&](int calls) {
+        if (calls > 0 && worse.core.IFAIL == -1) multipliers.push_back(worse.core.U(0));
+        if (calls > 0 && worse.core.IFAIL == -2) worse.core.DF *= 1e4;
+      });
+    });
+    const std::string best = "Best result at iteration:      ITER  = ", title = "U     =\n";
+    const std::size_t at = cut.find(best);
+    ASSERT_EQ(at != std::string::npos, max_nm > 0) << cut;  // 0 keeps none
+    if (max_nm == 0) continue;
+    const auto iteration = std::stoul(cut.substr(at + best.size()));
+    ASSERT_LT(iteration, 3u);
+    const double expected = multipliers[iteration - 1];
+    EXPECT_NEAR(std::stod(cut.substr(cut.find(title, at) + title.size())), expected,
+                1e-5 * (1.0 + std::abs(expected)));
+  }
 }
 
 }  // namespace

@@ -11,7 +11,9 @@
 #include "study/describe/json_text.h"
 #include "study/table/table_columns.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace corvath::study {
 namespace {
@@ -129,6 +131,43 @@ Json::Value ProjectDocument(const Project& project, bool with_candidates, bool w
     document["criteria"].append(json);
   }
   return document;
+}
+
+void AddProjectArrays(const Project& project, Result& result) {
+  constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+  const auto& inputs = project.GetInputs();
+  const auto& outputs = project.GetOutputs();
+  const std::size_t m = inputs.size();
+  const auto finite = [](double value) { return std::isfinite(value) ? value : kNone; };
+  NamedArray& ends = result.Add("bounds", m, 2);
+  NamedArray& reference = result.Add("reference", m, 1);
+  const std::vector<Bounds> bounds = project.GetBounds();
+  for (std::size_t i = 0; i < m; ++i) {
+    ends.values[2 * i] = finite(bounds[i].lower);
+    ends.values[2 * i + 1] = finite(bounds[i].upper);
+    reference.values[i] = finite(project.GetReferenceValue(inputs[i]));
+  }
+  NamedArray& cops = result.Add("cops", outputs.size(), 1);
+  NamedArray& singles = result.Add("single_cops", outputs.size(), m);
+  for (std::size_t k = 0; k < outputs.size(); ++k) {
+    const std::vector<double> values = project.GetCoPs(outputs[k]);
+    const std::vector<bool> filtered = project.GetFiltered(outputs[k]);
+    for (std::size_t i = 0; i < m; ++i)
+      singles.values[k * m + i] = filtered[i] || values[i] == -1.0 ? kNone : values[i];
+    cops.values[k] = values[m] == -1.0 ? kNone : values[m];
+  }
+  NamedArray& correlations = result.Add("correlations", m, m);
+  for (std::size_t i = 0; i < m; ++i) correlations.values[i * m + i] = 1.0;
+  const auto index = [&](const std::wstring& name) {
+    return static_cast<std::size_t>(std::find(inputs.begin(), inputs.end(), ToUtf8(name)) -
+                                    inputs.begin());
+  };
+  for (const auto& [pair, value] :
+       project.GetRecord().GetParameterManager().GetCoherences().GetEntries()) {
+    const std::size_t a = index(pair.GetFirst());
+    const std::size_t b = index(pair.GetSecond());
+    if (a < m && b < m) correlations.values[a * m + b] = correlations.values[b * m + a] = value;
+  }
 }
 
 std::string InputUnit(const Project& project, const std::string& input) {

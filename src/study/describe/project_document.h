@@ -2,6 +2,7 @@
 
 #include "study/describe/candidate_list.h"
 #include "study/project/project.h"
+#include "study/result.h"
 
 #include <json/json.h>
 
@@ -14,6 +15,9 @@ namespace corvath::study {
 /// @param with_candidates  the models that competed, too
 /// @param with_formulas    the models in full, too
 Json::Value ProjectDocument(const Project& project, bool with_candidates, bool with_formulas);
+
+/// The arrays that zelstudy_describe() gives beside it.
+void AddProjectArrays(const Project& project, Result& result);
 
 /// The unit of an input; empty for none.
 std::string InputUnit(const Project& project, const std::string& input);

@@ -1,99 +1,77 @@
 #include "foundation/build_version.h"
+#include "study/describe/json_text.h"
 #include "study/exports/call_frame.h"
+#include "study/exports/handles.h"
+#include "study/table/csv_cell.h"
+#include "study/table/name_hint.h"
 
 namespace api = corvath::study::api;
+
+using corvath::study::NamedArray;
+using corvath::study::Refusal;
+using corvath::study::Result;
+
+namespace corvath::study::api {
+
+std::unique_ptr<zelstudy_result> MakeResult(Result result) {
+  std::string json = JsonText(result.document);
+  return std::make_unique<zelstudy_result>(zelstudy_result{std::move(result), std::move(json)});
+}
+
+std::unique_ptr<zelstudy_result> MakeResult(Json::Value document) {
+  Result result;
+  result.document = std::move(document);
+  return MakeResult(std::move(result));
+}
+
+Progress ToProgress(zelstudy_progress progress, void* user) {
+  if (progress == nullptr) return {};
+  return [progress, user](double share, const std::string& text) {
+    return progress(share, text.c_str(), user) == 0;
+  };
+}
+
+}  // namespace corvath::study::api
 
 const char* zelstudy_last_error() {
   return api::GetLastError();
 }
+
 const char* zelstudy_version() {
   return corvath::utils::GetBuildVersion().full_text.c_str();
 }
 
-// The functions below are declared already and follow one by one.
-namespace {
-int NotYet() {
-  return api::Call([] { throw std::runtime_error("this function is not there yet"); });
+const char* zelstudy_result_json(const zelstudy_result* result) {
+  return result == nullptr ? nullptr : result->json.c_str();
 }
-}  // namespace
-const char* zelstudy_result_json(const zelstudy_result*) {
-  return nullptr;
+
+int zelstudy_result_array(const zelstudy_result* result, const char* name, const double** data,
+                          size_t* rows, size_t* columns) {
+  return api::Call([&] {
+    const auto& arrays = api::Require(result, "result").result.arrays;
+    const std::string wanted = &api::Require(name, "name");
+    api::Require(data, "data");
+    api::Require(rows, "rows");
+    api::Require(columns, "columns");
+    std::vector<std::string> names;
+    for (const NamedArray& array : arrays) {
+      names.push_back(array.name);
+      if (array.name != wanted) continue;
+      *data = array.values.data();
+      *rows = array.rows;
+      *columns = array.columns;
+      return;
+    }
+    throw Refusal("the result has no array " + corvath::study::Quoted(wanted) + "; " +
+                  corvath::study::NameHint(wanted, names, "it has"));
+  });
 }
-int zelstudy_result_array(const zelstudy_result*, const char*, const double**, size_t*, size_t*) {
-  return NotYet();
+
+const char* zelstudy_result_array_name(const zelstudy_result* result, size_t index) {
+  if (result == nullptr || index >= result->result.arrays.size()) return nullptr;
+  return result->result.arrays[index].name.c_str();
 }
-const char* zelstudy_result_array_name(const zelstudy_result*, size_t) {
-  return nullptr;
-}
-void zelstudy_result_close(zelstudy_result*) {}
-int zelstudy_table_new(zelstudy_table**) {
-  return NotYet();
-}
-int zelstudy_table_add_numbers(zelstudy_table*, const char*, const double*, size_t) {
-  return NotYet();
-}
-int zelstudy_table_add_texts(zelstudy_table*, const char*, const char* const*, size_t) {
-  return NotYet();
-}
-int zelstudy_table_set_unit(zelstudy_table*, const char*, const char*) {
-  return NotYet();
-}
-int zelstudy_table_read_csv(const char*, const char*, zelstudy_table**) {
-  return NotYet();
-}
-int zelstudy_table_describe(const zelstudy_table*, zelstudy_result**) {
-  return NotYet();
-}
-void zelstudy_table_close(zelstudy_table*) {}
-int zelstudy_project_open(const char*, const char*, zelstudy_project**) {
-  return NotYet();
-}
-int zelstudy_project_from_bytes(const void*, size_t, zelstudy_project**) {
-  return NotYet();
-}
-int zelstudy_project_bytes(const zelstudy_project*, const void**, size_t*) {
-  return NotYet();
-}
-int zelstudy_project_save(const zelstudy_project*, const char*) {
-  return NotYet();
-}
-void zelstudy_project_close(zelstudy_project*) {}
-int zelstudy_train(const zelstudy_table*, const char*, zelstudy_progress, void*, zelstudy_project**,
-                   zelstudy_result**) {
-  return NotYet();
-}
-int zelstudy_describe(const zelstudy_project*, const char*, zelstudy_result**) {
-  return NotYet();
-}
-int zelstudy_residuals(const zelstudy_project*, const char*, zelstudy_result**) {
-  return NotYet();
-}
-int zelstudy_solve(const zelstudy_project*, const char*, const double*, size_t, zelstudy_progress,
-                   void*, zelstudy_result**) {
-  return NotYet();
-}
-int zelstudy_solve_csv(const zelstudy_project*, const char*, zelstudy_progress, void*,
-                       zelstudy_result**) {
-  return NotYet();
-}
-int zelstudy_sample(const zelstudy_project*, const char*, zelstudy_result**) {
-  return NotYet();
-}
-int zelstudy_schemes(zelstudy_result**) {
-  return NotYet();
-}
-int zelstudy_evaluate(const char*, const char*, zelstudy_result**) {
-  return NotYet();
-}
-int zelstudy_functions(zelstudy_result**) {
-  return NotYet();
-}
-int zelstudy_help(const char*, zelstudy_result**) {
-  return NotYet();
-}
-int zelstudy_macros(zelstudy_result**) {
-  return NotYet();
-}
-int zelstudy_hash(const char*, zelstudy_result**) {
-  return NotYet();
+
+void zelstudy_result_close(zelstudy_result* result) {
+  delete result;
 }

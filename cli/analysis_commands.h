@@ -1,0 +1,13 @@
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+namespace cli {
+
+/// Add the commands that answer questions with the models of a project, options and all.
+void AddSensitivity(CLI::App& app);
+void AddPropagate(CLI::App& app);
+
+}  // namespace cli

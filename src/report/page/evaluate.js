@@ -1,0 +1,249 @@
+'use strict';
+/* The models of a project from their description: what docs/model-json.md says, in the same order of
+   operations as the library, so that only rounding differs. */
+
+function makeModel(model) {
+  const n = model.points ? model.points.length : 0;
+  const r = model.inputs.length;
+  const points = Float64Array.from(model.points ? model.points.flat() : []);
+  const values = Float64Array.from(model.values || []);
+  const u = new Float64Array(r);
+
+  function squared(i) {
+    let sum = 0;
+    for (let j = 0; j < r; ++j) {
+      const d = u[j] - points[i * r + j];
+      sum += d * d;
+    }
+    return sum;
+  }
+
+  /* weight(i) of point i at u, after prepare(). */
+  function makeKernel(kernel) {
+    if (kernel.kind === 'regularised') {
+      const shift = Math.pow(1.00001, -2);
+      return {prepare() {}, weight(i) {
+        const w = Math.pow(squared(i) / kernel.squared_radius + 1e-5, -2) - shift;
+        return w < 0 ? 0 : w;
+      }};
+    }
+    if (kernel.kind === 'nodal') {
+      const all = new Float64Array(n);
+      let nearest = 0;
+      return {prepare() {
+        for (let i = 0; i < n; ++i) all[i] = squared(i);
+        nearest = all.slice().sort()[kernel.count - 1];
+      }, weight: (i) => Math.exp(all[i] * kernel.factor / nearest)};
+    }
+    const f = kernel.factors;
+    if (f.length === 1) return {prepare() {}, weight: (i) => Math.exp(squared(i) * f[0])};
+    return {prepare() {}, weight(i) {
+      let sum = 0;
+      for (let j = 0; j < r; ++j) {
+        const d = u[j] - points[i * r + j];
+        sum += d * (d * f[j]);
+      }
+      return Math.exp(sum);
+    }};
+  }
+
+  const kernel = model.kernel ? makeKernel(model.kernel) : null;
+  const power = (x, e) => e === 1 ? x : e === 2 ? x * x : Math.pow(x, e);
+
+  function polynomial() {
+    let v = model.constant;
+    let next = 0;
+    for (const [j, e] of model.powers) v += model.coefficients[next++] * power(u[j], e);
+    for (const [i, j] of model.products) v += model.coefficients[next++] * (u[i] * u[j]);
+    return v;
+  }
+
+  function kriging() {
+    kernel.prepare();
+    let v = 0;
+    for (let i = 0; i < n; ++i) v += values[i] * kernel.weight(i);
+    return v + model.constant;
+  }
+
+  function splines() {
+    let v = 0;
+    for (let j = 0; j < r; ++j) v += u[j] * model.coefficients[j];
+    v += model.constant;
+    for (let i = 0; i < n; ++i) {
+      const s = squared(i);
+      if (s !== 0) v += values[i] * (0.5 * s * Math.log(s));
+    }
+    return v;
+  }
+
+  function average() {
+    kernel.prepare();
+    let v = 0;
+    let sum = 0;
+    for (let i = 0; i < n; ++i) {
+      const w = kernel.weight(i);
+      v += w * values[i];
+      sum += w;
+    }
+    return v / sum;
+  }
+
+  const p = model.powers ? model.powers.length + 1 : 1;
+  const basis = new Float64Array(n * p);
+  if (model.family === 'moving least squares' && model.powers)
+    for (let i = 0; i < n; ++i) {
+      basis[i * p] = 1;
+      model.powers.forEach(([j, e], t) => { basis[i * p + t + 1] = power(points[i * r + j], e); });
+    }
+  const constant = values.every((v) => v === values[0]);
+
+  function localFit() {
+    kernel.prepare();
+    const normal = new Float64Array(p * p);
+    const right = new Float64Array(p);
+    let reach = 0;
+    for (let i = 0; i < n; ++i) {
+      const w = kernel.weight(i);
+      if (w > 1e-5) ++reach;
+      if (w === 0 || constant) continue;
+      const b = i * p;
+      for (let row = 0; row < p; ++row) {
+        for (let column = 0; column <= row; ++column)
+          normal[row * p + column] += basis[b + row] * basis[b + column] * w;
+        right[row] += basis[b + row] * values[i] * w;
+      }
+    }
+    if (reach < p) return NaN;
+    if (constant) return values[0];
+    const solution = solve(p, normal, right);
+    let v = solution[0];
+    model.powers.forEach(([j, e], t) => { v += power(u[j], e) * solution[t + 1]; });
+    return v;
+  }
+
+  const compute = {
+    'polynomial': polynomial,
+    'kriging': kriging,
+    'thin plate splines': splines,
+    'moving least squares': model.powers ? localFit : average
+  }[model.family];
+
+  return (x) => {
+    for (let j = 0; j < r; ++j) u[j] = x[model.inputs[j]] * model.scale[j] + model.offset[j];
+    let v = compute();
+    for (const step of model.back) {
+      if (step.kind === 'scale') v = v / step.scale + step.offset;
+      else if (step.kind === 'limits') {
+        if (step.lower !== null && v < step.lower) v = step.lower;
+        if (step.upper !== null && v > step.upper) v = step.upper;
+      } else if (step.k === 0) v = Math.exp(v);
+      else if (step.k === 1) v += 1;
+      else v = Math.pow(v * (1 / step.k) + 1, step.k);
+    }
+    return v;
+  };
+}
+
+/* A symmetric system by L D L', pivots by the size of the diagonal; what a vanishing pivot leaves
+   open is 0. `a` holds the lower triangle. */
+function solve(n, a, b) {
+  const order = Array.from({length: n}, (_, i) => i);
+  for (let k = 0; k < n; ++k) {
+    let pivot = k;
+    for (let i = k + 1; i < n; ++i)
+      if (Math.abs(a[order[i] * n + order[i]]) > Math.abs(a[order[pivot] * n + order[pivot]]))
+        pivot = i;
+    [order[k], order[pivot]] = [order[pivot], order[k]];
+  }
+  const d = new Float64Array(n * n);
+  for (let i = 0; i < n; ++i)
+    for (let j = 0; j <= i; ++j) {
+      const row = Math.max(order[i], order[j]);
+      let entry = a[row * n + Math.min(order[i], order[j])];
+      for (let k = 0; k < j; ++k) entry -= d[i * n + k] * (d[k * n + k] * d[j * n + k]);
+      if (j < i && d[j * n + j] !== 0) entry /= d[j * n + j];
+      d[i * n + j] = entry;
+    }
+  const y = new Float64Array(n);
+  for (let i = 0; i < n; ++i) {
+    y[i] = b[order[i]];
+    for (let k = 0; k < i; ++k) y[i] -= d[i * n + k] * y[k];
+  }
+  for (let i = 0; i < n; ++i)
+    y[i] = Math.abs(d[i * n + i]) > 2.2250738585072014e-308 ? y[i] / d[i * n + i] : 0;
+  for (let i = n - 1; i >= 0; --i)
+    for (let k = i + 1; k < n; ++k) y[i] -= d[k * n + i] * y[k];
+  const x = new Float64Array(n);
+  for (let i = 0; i < n; ++i) x[order[i]] = y[i];
+  return x;
+}
+
+/* The local root mean square error of a response; NaN where it is not known. */
+function makeError(response) {
+  const error = response.error;
+  if (!error) return () => NaN;
+  if (!error.factor) return () => error.everywhere;
+  const model = response.model;
+  const points = error.points || model.points;
+  return (x) => {
+    const u = model.inputs.map((input, j) => x[input] * model.scale[j] + model.offset[j]);
+    let sum = 0;
+    let total = 0;
+    for (let i = 0; i < points.length; ++i) {
+      let s = 0;
+      for (let j = 0; j < u.length; ++j) s += (u[j] - points[i][j]) * (u[j] - points[i][j]);
+      const w = Math.exp(error.factor * s);
+      sum += w * error.residuals[i] * error.residuals[i];
+      total += w;
+    }
+    return Math.sqrt(sum / total);
+  };
+}
+
+const EPS = 2.220446049250313e-16;
+const OPERATORS = {
+  '+': (...a) => a.reduce((x, y) => x + y),
+  '-': (x, y) => x - y,
+  '*': (x, y) => x * y,
+  '/': (x, y) => y !== 0 && Number.isFinite(y) ? x / y : NaN,
+  '^': (x, y) => {
+    if (Math.abs(x) < EPS) return y < 0 ? NaN : y > 0 ? 0 : y === 0 ? 1 : NaN;
+    const up = Math.ceil(y);
+    const whole = (up - y) * (up - y) < EPS ? up : Math.floor(y);
+    if (!((whole - y) * (whole - y) < EPS)) return x < 0 ? NaN : Math.pow(x, y);
+    let result = 1;
+    for (let n = Math.abs(whole), z = x; n > 0; n = Math.floor(n / 2), z *= z)
+      if (n % 2 === 1) result *= z;
+    return whole < 0 ? 1 / result : result;
+  },
+  'negate': (x) => -x,
+  'ln': Math.log,
+  'log': (x) => Math.log(x) * 0.4342944819032518,
+  'min': (...a) => a.reduce((x, y) => y < x ? y : x),
+  'max': (...a) => a.reduce((x, y) => y > x ? y : x)
+};
+for (const name of ['abs', 'sqrt', 'exp', 'sin', 'cos', 'tan', 'asin', 'acos', 'atan', 'sinh', 'cosh',
+  'tanh', 'floor', 'ceil']) OPERATORS[name] = Math[name];
+
+/* All models of a document: predict(x) gives the responses, criteria(x, outputs) the criteria,
+   response(k, x) and error(k, x) those of one response. */
+function makeStudy(document) {
+  const models = document.responses.map((response) => makeModel(response.model));
+  const errors = document.responses.map(makeError);
+  function evaluate(tree, x, outputs) {
+    if (typeof tree === 'number') return tree;
+    if (Array.isArray(tree))
+      return OPERATORS[tree[0]](...tree.slice(1).map((part) => evaluate(part, x, outputs)));
+    if ('input' in tree) return x[tree.input];
+    if ('response' in tree) return outputs[tree.response];
+    return evaluate(document.criteria[tree.criterion].value, x, outputs);
+  }
+  return {
+    predict: (x) => models.map((model) => model(x)),
+    response: (k, x) => models[k](x),
+    error: (k, x) => errors[k](x),
+    criteria: (x, outputs) => document.criteria.map((c) => evaluate(c.value, x, outputs))
+  };
+}
+
+if (typeof module !== 'undefined') module.exports = {makeStudy};

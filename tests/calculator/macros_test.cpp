@@ -1,0 +1,313 @@
+#include "calculator/builtin_macros.h"
+#include "calculator/calculator.h"
+#include "calculator/macro_file.h"
+#include "foundation/text.h"
+#include "support/environment_variables.h"
+#include "support/message_of.h"
+#include "support/temporary_directory.h"
+#include "support/values.h"
+
+#include <boost/archive/xml_oarchive.hpp>
+#include <boost/serialization/list.hpp>
+#include <boost/serialization/nvp.hpp>
+#include <boost/serialization/set.hpp>
+#include <boost/serialization/string.hpp>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+/// The form of the file as Boost's own headers give it.
+template <class Archive>
+void serialize(Archive& ar, CalculatorTypeTraits::Macro& macro, unsigned int) {
+  ar& boost::serialization::make_nvp("macro_id_", macro.macro_id_);
+  ar& boost::serialization::make_nvp("arg_names_", macro.arg_names_);
+  ar& boost::serialization::make_nvp("expression_", macro.expression_);
+  ar& boost::serialization::make_nvp("description_", macro.description_);
+  ar& boost::serialization::make_nvp("category_", macro.category_);
+}
+
+namespace corvath::calculator {
+namespace {
+
+using Macro = CalculatorTypeTraits::Macro;
+using Macros = CalculatorTypeTraits::Macros;
+using support::MessageOf;
+using support::ReadFile;
+using support::WriteFile;
+
+bool Same(const Macros& a, const Macros& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const Macro& x, const Macro& y) {
+    return x.macro_id_ == y.macro_id_ && x.arg_names_ == y.arg_names_ &&
+           x.expression_ == y.expression_ && x.description_ == y.description_ &&
+           x.category_ == y.category_;
+  });
+}
+
+std::string BoostForm(const Macros& macros) {
+  std::ostringstream stream;
+  {
+    boost::archive::xml_oarchive archive(stream);
+    archive << boost::serialization::make_nvp("macros", macros);
+  }
+  return stream.str();
+}
+
+const Macros kMacros{
+    {L"twice", {L"x"}, L"2*x", L"Two times x", L"mine"},
+    {L"area_between",
+     {L"__c", L"__r", L"__r2"},
+     L"#if __r<__r2 #then area(__c,__r,__r2) #else 0",
+     L"<area> & \"more\"",
+     L""},
+    {L"none", {L""}, L"4", L"", L""},
+    {L"no_names", {}, L"5", L"", L""},
+};
+
+class MacroFile : public testing::Test {
+ protected:
+  std::string Write(const std::string& bytes) const {
+    const std::string path = directory_.File("macros.def");
+    WriteFile(path, bytes);
+    return path;
+  }
+
+  support::TemporaryDirectory directory_;
+};
+
+TEST_F(MacroFile, IsTheArchiveOfASetOfMacros) {
+  const std::string path = directory_.File("macros.def");
+  SaveMacros(path, kMacros);
+  EXPECT_EQ(ReadFile(path), BoostForm(kMacros));
+  EXPECT_TRUE(Same(LoadMacros(Write(BoostForm(kMacros))), kMacros));
+  SaveMacros(path, {});
+  EXPECT_EQ(ReadFile(path), BoostForm({}));
+  EXPECT_TRUE(LoadMacros(path).empty());
+  EXPECT_EQ(ReadMacroFile(path).problem, "");
+}
+
+TEST_F(MacroFile, KeepsTextsAsTheyAre) {
+  const std::string path = directory_.File("macros.def");
+  std::wstring every_kind = L"  a\tb\r\nc\n \u00e4\u221e\U0001f527 ]]> &amp; <x/> '\" ";
+  for (wchar_t c = 1; c < 0x20; ++c) every_kind += c;
+  const Macros macros{{L"gr\u00f6\u00dfe", {L"l\u00e4nge", L" "}, every_kind, every_kind, L"\n"}};
+  SaveMacros(path, macros);
+  const MacroFileContent content = ReadMacroFile(path);
+  EXPECT_EQ(content.problem, "");
+  EXPECT_TRUE(content.exists);
+  EXPECT_TRUE(Same(content.macros, macros));
+  const std::string before = ReadFile(path);
+  EXPECT_EQ(MessageOf([&] {
+              SaveMacros(path, {{std::wstring(1, 0xd800), {}, L"", L"", L""}});
+            }),
+            "invalid input character");
+  EXPECT_EQ(ReadFile(path), before);
+}
+
+TEST_F(MacroFile, OfACutFileTheMacrosBeforeTheCutCount) {
+  const std::string whole = BoostForm(kMacros);
+  std::vector<std::size_t> ends;  // of the items, whose own items are deeper
+  for (std::size_t i = 0; (i = whole.find("\n\t</item>", i)) != std::string::npos; ++i)
+    ends.push_back(i + 9);
+  ASSERT_EQ(ends.size(), kMacros.size());
+  for (std::size_t length = 0; length < whole.size(); length += 3) {
+    const Macros read = LoadMacros(Write(whole.substr(0, length)));
+    const auto complete = static_cast<std::size_t>(
+        std::count_if(ends.begin(), ends.end(), [&](std::size_t end) { return end <= length; }));
+    ASSERT_TRUE(Same(
+        read, Macros(kMacros.begin(), std::next(kMacros.begin(), static_cast<long>(complete)))))
+        << length;
+  }
+}
+
+TEST_F(MacroFile, WhatIsNoMacroFileGivesNoMacros) {
+  const std::string head =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\" ?>\n"
+      "<!DOCTYPE boost_serialization>\n"
+      "<boost_serialization signature=\"serialization::archive\" version=\"18\">\n";
+  const std::string item = "<item class_id=\"1\" tracking_level=\"0\" version=\"0\">";
+  const std::string set = head + "<macros class_id=\"0\" tracking_level=\"0\" version=\"0\">";
+  const auto field = [&](const std::string& tag, const std::string& text) {
+    return "<" + tag + ">" + text + "</" + tag + ">";
+  };
+  const std::string files[] = {
+      "",
+      "PK\x03\x04" + std::string(1000, '\0'),
+      "<?xml version=\"1.0\"?><html><body>macros</body></html>",
+      head + "</boost_serialization>\n",
+      set + field("count", "1000000000000000000") + field("item_version", "0"),
+      set + field("count", "-1") + field("item_version", "0") + "</macros>",
+      set + field("count", "2") + field("item_version", "0") + item + field("macro_id_", "m") +
+          "<arg_names_ class_id=\"2\">" + field("count", "99999999999999"),
+      // Names longer than ours, and one that does not end.
+      set + field(std::string(100000, 'x'), "1"),
+      set + "<" + std::string(100000, 'x'),
+      // A text that ends within a character, and one that is the character NUL.
+      set + field("count", "1") + field("item_version", "0") + item + field("macro_id_", "m\xc3"),
+      set + field("count", "1") + field("item_version", "0") + item + field("macro_id_", "&#0;"),
+      set + "<count>1",
+      std::string(100000, '<'),
+      std::string((std::size_t{1} << 24) + 1, ' '),
+  };
+  for (const std::string& file : files) {
+    const MacroFileContent content = ReadMacroFile(Write(file));
+    EXPECT_TRUE(content.exists);
+    EXPECT_TRUE(content.macros.empty()) << file.substr(0, 400);
+    EXPECT_NE(content.problem, "") << file.substr(0, 400);
+    EXPECT_TRUE(LoadMacros(directory_.File("macros.def")).empty());
+  }
+  EXPECT_TRUE(LoadMacros(directory_.GetPath()).empty());
+  EXPECT_EQ(ReadMacroFile(directory_.GetPath()).problem, "not a regular file");
+  EXPECT_TRUE(LoadMacros(directory_.File("none")).empty());
+  EXPECT_FALSE(ReadMacroFile(directory_.File("none")).exists);
+}
+
+TEST_F(MacroFile, TheUsersLiesInTheApplicationDataDirectory) {
+  const support::UserDirectoryVariables variables;
+  EXPECT_TRUE(LoadMacros().empty());  // there is no such directory
+  EXPECT_EQ(MessageOf([] { SaveMacros({}, kMacros); }),
+            "Environment variable \"APPDATA\" doesn't exist.");
+  const std::string home = directory_.File("home");
+  setenv("HOME", home.c_str(), 1);
+  EXPECT_TRUE(LoadMacros().empty());
+  SaveMacros({}, kMacros);  // makes the directories
+  EXPECT_TRUE(Same(LoadMacros(home + "/.config/Corvath/calculator/macros.def"), kMacros));
+  EXPECT_TRUE(Same(LoadMacros(), kMacros));
+  setenv("APPDATA", directory_.File("roaming").c_str(), 1);
+  EXPECT_TRUE(LoadMacros().empty());
+}
+
+TEST_F(MacroFile, AFailedSaveLeavesNothingBehind) {
+  const std::string place = directory_.File("macros.def");
+  WriteFile(directory_.File("file"), "");
+  boost::filesystem::create_directory(place);  // what cannot be replaced
+  EXPECT_EQ(MessageOf([&] { SaveMacros(place, kMacros); }).find("Error while writing"), 0u);
+  EXPECT_EQ(MessageOf([&] {
+              SaveMacros(directory_.File("file") + "/no/macros.def", kMacros);
+            }).find("Error while writing"),
+            0u);
+  boost::filesystem::directory_iterator entry(directory_.GetPath());
+  EXPECT_EQ(std::distance(entry, boost::filesystem::directory_iterator()), 2);
+}
+
+using corvath::utils::ToUtf8;
+using support::Scalar;
+using support::Sig;
+using support::Value;
+using support::Vec;
+using support::XY;
+
+class BuiltinMacros : public testing::Test {
+ protected:
+  BuiltinMacros() {
+    const std::vector<support::Complex> axis{0, 1, 3, 4};
+    calculator_.SetObject(L"S", L"", XY(axis, {2, -1, 5, 1}));
+    calculator_.SetObject(L"T", L"", XY(axis, {1, 1, 2, 0}));  // S - T is 1, -2, 3, 1
+    calculator_.SetObject(L"R", L"", XY({0, 1, 3}, {1, 3, 7}));
+    calculator_.SetObject(L"U", L"", XY({0.5, 1, 2}, {0, 0, 0}));
+    calculator_.SetObject(L"M", L"", Sig({0, 1, 2}, {{1, 2, 3}, {10, 20, 30}}));
+  }
+
+  CCalculator calculator_;
+};
+
+/// The name in a call "$NAME(...)".
+std::wstring NameOf(const std::wstring& call) {
+  return call.substr(1, call.find(L'(') - 1);
+}
+
+TEST_F(BuiltinMacros, GiveTheMeasuresWorkedOutByHand) {
+  const std::vector<support::Complex> axis{0, 1, 3, 4};
+  const struct {
+    std::wstring call;
+    Value expected;
+  } cases[] = {
+      // The slot from 2 to 4 holds the points (3, 5) and (4, 1) of S, (3, 3) and (4, 1) of S - T.
+      {L"$SIG_MIN_X(S)", Scalar(1)},
+      {L"$SIG_MIN_X_SLOT(S, 2, 4)", Scalar(4)},
+      {L"$SIG_MIN_Y(S)", Scalar(-1)},
+      {L"$SIG_MIN_Y_SLOT(S, 2, 4)", Scalar(1)},
+      {L"$SIG_MAX_X(S)", Scalar(3)},
+      {L"$SIG_MAX_X_SLOT(S, 0, 2)", Scalar(0)},
+      {L"$SIG_MAX_Y(S)", Scalar(5)},
+      {L"$SIG_MAX_Y_SLOT(S, 0, 2)", Scalar(2)},
+      {L"$SIG_Y_RANGE(S)", Scalar(6)},
+      {L"$SIG_Y_RANGE_SLOT(S, 2, 4)", Scalar(4)},
+      {L"$SIG_MEAN(S)", Scalar(1.75)},
+      {L"$SIG_MEAN_SLOT(S, 2, 4)", Scalar(3)},
+      {L"$SIG_STDDEV(S)", Scalar(2.5)},
+      {L"$SIG_STDDEV_SLOT(S, 2, 4)", Scalar(std::sqrt(8.0))},
+      // Squares weighted with the steps around a point: the whole one at the ends, half of two
+      // inside, 1*4 + 1.5*1 + 1.5*25 + 1*1 = 44, over the span and half of its end steps, 5.
+      {L"$SIG_RMS(S)", Scalar(std::sqrt(44.0 / 5.0))},
+      {L"$SIG_RMS_SLOT(S, 2, 4)", Scalar(std::sqrt(26.0 / 2.0))},
+      {L"$SIG_SUM(S)", Scalar(7)},
+      {L"$SIG_SUM_SLOT(S, 2, 4)", Scalar(6)},
+      {L"$SIG_EUCLID(S)", Scalar(std::sqrt(31.0))},
+      {L"$SIG_EUCLID_SLOT(S, 2, 4)", Scalar(std::sqrt(26.0))},
+      {L"$SIG_NORM(S, 3)", Scalar(std::cbrt(135.0))},
+      {L"$SIG_NORM_SLOT(S, 2, 4, 3)", Scalar(std::cbrt(126.0))},
+      {L"$SIG_DIFF_EUCLID(S, T)", Scalar(std::sqrt(15.0))},
+      {L"$SIG_DIFF_EUCLID_SLOT(S, T, 2, 4)", Scalar(std::sqrt(10.0))},
+      {L"$SIG_DIFF_NORM(S, T, 1)", Scalar(7)},
+      {L"$SIG_DIFF_NORM_SLOT(S, T, 2, 4, 1)", Scalar(4)},
+      {L"$SIG_INT(S)", Scalar(7.5)},
+      {L"$SIG_INT_SLOT(S, 2, 4)", Scalar(6.5)},  // from (2, 2) on
+      {L"$SIG_DIFF_INT(S, T)", Scalar(2.5)},
+      {L"$SIG_DIFF_INT_SLOT(S, T, 2, 4)", Scalar(3.75)},  // from (2, 0.5) on
+      {L"$SIG_VALUE_Y(S, 2)", Scalar(2)},
+      {L"$SIG_VALUE_FIRST_Y(S)", Scalar(2)},
+      {L"$SIG_VALUE_LAST_Y(S)", Scalar(1)},
+      {L"$SIG_VALUE_X(R, 5)", Scalar(2)},
+      {L"$SIG_VALUE_FIRST_X(U)", Scalar(0.5)},
+      {L"$SIG_VALUE_LAST_X(S)", Scalar(4)},
+      {L"$SIG_SIZE(S)", Scalar(4)},
+      {L"$SIG_SLOT_SIZE(S, 2, 4)", Scalar(2)},
+      {L"$SIG_DIFF_SIZE(S, T)", Scalar(4)},
+      {L"$SIG_DIFF_SLOT_SIZE(S, T, 2, 4)", Scalar(2)},
+      // Slopes -3, 3, -4 and 0, 0.5, -2.
+      {L"$SIG_ABL_DIFF_NORM(S, T, 1)", Scalar(7.5)},
+      {L"$SIG_ABL_DIFF_NORM_SLOT(S, T, 1, 4, 1)", Scalar(4.5)},
+      {L"$RESAMPLING(S, 5)", XY({0, 1, 2, 3, 4}, {2, -1, 2, 5, 1})},
+      {L"$ACCUMULATE_CHANNELS(M)", Vec({11, 22, 33})},
+      {L"$APPEND_XYDATA(R, U)", XY({0, 1, 3, 0.5, 1, 2}, {1, 3, 7, 0, 0, 0})},
+      {L"$SIG_MAP_2_SIGNALS(S, U)", XY({0.5, 1, 2}, {0.5, -1, 2})},
+      {L"$ABSOLUTE_ERROR(S, T)", XY(axis, {1, 2, 3, 1})},
+      {L"$RELATIVE_ERROR(S, T)", XY(axis, {0.5, 2, 0.6, 1})},
+      {L"$PERCENT_ERROR(S, T)", XY(axis, {50, 200, 60, 100})},
+  };
+  std::set<std::wstring> names;
+  for (const auto& [call, expected] : cases) {
+    const Value value = calculator_.Evaluate(call);
+    EXPECT_TRUE(IsClose(value, expected, 1e-14))  // a few ulp of roots and quotients
+        << ToUtf8(call) << " = " << support::Text(value) << ", expected "
+        << support::Text(expected);
+    names.insert(NameOf(call));
+  }
+  std::set<std::wstring> all;
+  for (const auto& macro : corvath::calculator::GetBuiltinMacros()) all.insert(macro.macro_id_);
+  EXPECT_EQ(names, all);
+  EXPECT_EQ(all.size(), 49u);
+}
+
+TEST_F(BuiltinMacros, TakeTheTextsOfTheirArguments) {
+  EXPECT_EQ(calculator_.Evaluate(L"$PERCENT_ERROR(4, 5)"), Scalar(25));
+  // euklidnorm(S-T+T)
+  EXPECT_EQ(calculator_.Evaluate(L"$SIG_DIFF_EUCLID(S, T+T)"), Scalar(std::sqrt(31.0)));
+}
+
+TEST_F(BuiltinMacros, AFileCannotChangeThemButATextCan) {
+  calculator_.AddMacros(
+      {{L"SIG_SUM", {L"x"}, L"0", L"", L""}, {L"mine", {L"x"}, L"3*x", L"", L""}});
+  EXPECT_EQ(calculator_.Evaluate(L"$SIG_SUM(S)"), Scalar(7));
+  EXPECT_EQ(calculator_.Evaluate(L"$mine(2)"), Scalar(6));
+  calculator_.Evaluate(L"$SIG_SUM(x) = 0*size2(x)");
+  EXPECT_EQ(calculator_.Evaluate(L"$SIG_SUM(S)"), Scalar(0));
+}
+
+}  // namespace
+}  // namespace corvath::calculator
