@@ -135,54 +135,6 @@ TEST(LinearRegression, PassesNaNAndInfinityAsTheSumOfItsTerms) {
   EXPECT_FALSE(std::isfinite(dirty(11)));
 }
 
-/// Prediction of each point by a fit to the points outside its group, by QR in transformed units.
-Eigen::VectorXd RefitWithoutGroups(const Eigen::MatrixXd& design, const Eigen::VectorXd& z,
-                                   const Eigen::VectorXd& w, const IndexVector& groups) {
-  Eigen::VectorXd result(z.size());
-  for (Eigen::Index i = 0; i < z.size(); ++i) {
-    std::vector<Eigen::Index> kept;
-    for (Eigen::Index k = 0; k < z.size(); ++k)
-      if (groups(k) != groups(i)) kept.push_back(k);
-    result(i) = design.row(i).dot(SolveByQR(design(kept, Eigen::all), z(kept), w(kept)));
-  }
-  return result;
-}
-
-TEST(LinearRegression, LeaveOneOutAndCrossValidationAreThoseOfRefits) {
-  constexpr Eigen::Index n = 40;
-  const Eigen::MatrixXd points = Points(n, 3, 1);
-  const Eigen::VectorXd values = Response(points);
-  const Eigen::MatrixXd design = FullQuadratic(Scaled(points, points));
-  const Eigen::VectorXd ones = Eigen::VectorXd::Ones(n);
-  const Eigen::VectorXd weights = 0.5 + support::UniformVector(n, 2).array();
-  IndexVector each(n);
-  IndexVector groups(n);
-  for (Eigen::Index i = 0; i < n; ++i) {
-    each(i) = static_cast<std::uint64_t>(i);
-    groups(i) = static_cast<std::uint64_t>(i % 5);
-  }
-  groups(7) = std::numeric_limits<std::uint64_t>::max();  // costs no walk over empty groups
-  for (const bool weighted : {false, true}) {
-    for (const bool logarithm : {false, true}) {
-      LinearRegressionSettings settings = Quadratic(3);
-      TransBoxCox trans(logarithm ? 0 : 1);
-      trans.Build(values);
-      settings.SetValueTransform(TransformType::kBoxCox);
-      settings.SetValueTransformParameter(trans.GetParameters());
-      LinearRegression model(points, values, settings, weighted ? weights : Eigen::VectorXd());
-      ASSERT_TRUE(model.Build());
-      const auto refit = [&](const IndexVector& g) {
-        return Eigen::VectorXd(trans.Backward(
-            RefitWithoutGroups(design, trans.Forward(values), weighted ? weights : ones, g)));
-      };
-      EXPECT_LT(Deviation(model.ApproximateLeaveOneOut(), refit(each)), 1e-9);
-      EXPECT_LT(Deviation(model.ApproximateCrossValidation({}), refit(each)), 1e-9);
-      EXPECT_LT(Deviation(model.ApproximateCrossValidation(each), refit(each)), 1e-9);
-      EXPECT_LT(Deviation(model.ApproximateCrossValidation(groups), refit(groups)), 1e-9);
-    }
-  }
-}
-
 TEST(LinearRegression, KnowsItsLimitsOfData) {
   const Eigen::MatrixXd points = Points(10, 3, 1);
   const Eigen::VectorXd values = Response(points);
