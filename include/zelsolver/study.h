@@ -216,14 +216,16 @@ ZELSTUDY_API int zelstudy_train(const zelstudy_table* table, const char* options
  *
  *     {"project": "study.vrdb",          null when it came from bytes or from a training
  *      "inputs": [{"name": "x", "lower": 0.0, "upper": 1.0, "reference": 0.5, "unit": "mm",
- *        "states": [0, 1], "words": ["brass", "steel"], "date": true, ...,
+ *        "states": [0, 1], "words": ["brass", "steel"], "days_since": "1970-01-01",
+ *        "slashes": "day/month/year", "title": "x [mm]",
  *        "distribution": {"type": "Normal", "parameters": {"mu": 1.0}, "moments": {"mean": 1.0}}}],
  *      "correlations": [{"inputs": ["x", "z"], "coefficient": 0.5}],
  *      "responses": [{"name": "y", "cop": 0.98, "model": "...", "description": "...",
  *        "inputs": [{"name": "x", "single_cop": 0.9}], "candidates": [CANDIDATE, ...]}],
  *      "criteria": [{"name": "limit", "limit": true, "value": "stress <= 25"}]}
  *
- * Keys of an input that does not have such are left out; a response lists the inputs that it uses.
+ * Keys of an input that does not have such are left out; a response lists the inputs that it uses. The
+ * states of a discrete input are what models take: numbers, of words their codes, by "words".
  *
  * Arrays:
  *     "bounds"        m x 2   lower and upper ends of the designs; NaN where there are none
@@ -261,7 +263,7 @@ ZELSTUDY_API int zelstudy_residuals(const zelstudy_project* project, const char*
 /* ---- Predictions ---------------------------------------------------------------------------- */
 
 /**
- * Predicts at n designs. A design that lies further out than `zel solve` accepts is refused.
+ * Predicts at n designs. NaN passes, and predictions of it are NaN. A design that lies further out than `zel solve` accepts is refused.
  *
  * Options:
  *     "responses": NAMES      those wanted; all by default
