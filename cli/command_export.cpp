@@ -1,13 +1,10 @@
 #include "commands.h"
-#include "exchange/export_project.h"
-#include "exchange/model_reader.h"
-#include "exchange/project_reader.h"
 #include "interruption.h"
 #include "standard_output.h"
+#include "study/describe/project_report.h"
 #include "study/project/project.h"
 #include "study/table/output_file.h"
 
-#include <exception>
 #include <iostream>
 
 namespace cli {
@@ -20,26 +17,30 @@ std::string NameOfFile(const std::string& path) {
   return file.substr(0, file.find('.'));
 }
 
+void WriteFile(const WrittenProject& result, const std::string& source, const std::string& path,
+               std::FILE* standard_output, bool quiet) {
+  OutputFile file(path, standard_output, &GetFileWatcher());
+  file.Write(result.text);
+  file.Commit();
+  if (quiet) return;
+  for (const std::string& warning : result.warnings)
+    std::cerr << "zel: " << source << ": " << warning << '\n';
+}
+
 }  // namespace
 
 void RunExport(const ExportOptions& options) {
   std::FILE* const standard_output = ClaimStandardOutput();  // before the library logs what it meets
-  const Project source = Project::Open(options.file, options.hash);
-  corvath::exchange::Export result;
-  try {
-    const auto project =
-        corvath::exchange::DescribeProject(source.GetSolver(), options.file, options.responses);
-    result = corvath::exchange::ExportProject(
-        project, options.format, options.name.empty() ? NameOfFile(options.out) : options.name);
-  } catch (const corvath::exchange::NotDescribable& error) {
-    throw Refusal(options.file + ": " + error.what());
-  }
-  OutputFile file(options.out, standard_output, &GetFileWatcher());
-  file.Write(result.text);
-  file.Commit();
-  if (options.quiet) return;
-  for (const std::string& warning : result.warnings)
-    std::cerr << "zel: " << options.file << ": " << warning << '\n';
+  const Project project = Project::Open(options.file, options.hash);
+  const std::string name = options.name.empty() ? NameOfFile(options.out) : options.name;
+  WriteFile(ExportModels(project, options.format, name, options.responses), options.file,
+            options.out, standard_output, options.quiet);
+}
+
+void RunReport(const ReportOptions& options) {
+  std::FILE* const standard_output = ClaimStandardOutput();
+  const Project project = Project::Open(options.file, options.hash);
+  WriteFile(ReportProject(project), options.file, options.out, standard_output, options.quiet);
 }
 
 }  // namespace cli

@@ -19,7 +19,7 @@ endforeach()
 # What each layer takes from outside; every class that is stored needs Boost.Serialization.
 set(ZEL_NEEDS_api Eigen3::Eigen)
 set(ZEL_NEEDS_study Boost::filesystem Eigen3::Eigen PkgConfig::JSONCPP ${ZEL_LIBCSV})
-set(ZEL_NEEDS_report Eigen3::Eigen)
+set(ZEL_NEEDS_report Eigen3::Eigen PkgConfig::CRYPTOPP)
 set(ZEL_NEEDS_exchange Eigen3::Eigen)
 set(ZEL_NEEDS_analysis Eigen3::Eigen)
 set(ZEL_NEEDS_solver Boost::filesystem Eigen3::Eigen PkgConfig::CRYPTOPP)

@@ -64,10 +64,13 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
-  "python3 (>= 3.9), python3-numpy, ${library} (>= ${PROJECT_VERSION}), ${study_library} (>= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS python3-pandas)
-set(CPACK_COMPONENT_PYTHON_DESCRIPTION "predictions from trained metamodels (Python)
-${about} the Python package: arrays in and out, by name.")
+  "python3 (>= 3.9), python3-numpy, ${library} (>= ${PROJECT_VERSION}), \
+${study_library} (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-pandas, python3-matplotlib, python3-sklearn, \
+python3-dask, python3-distributed, python3-tqdm")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "metamodels of engineering studies (Python)
+${about} the Python package: training, predictions, pictures, an
+estimator for scikit-learn, and dask for many designs.")
 install(DIRECTORY python/zelsolver DESTINATION lib/python3/dist-packages
   COMPONENT python EXCLUDE_FROM_ALL FILES_MATCHING PATTERN *.py PATTERN py.typed
   PATTERN __pycache__ EXCLUDE)

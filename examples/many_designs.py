@@ -3,9 +3,9 @@
 
     many_designs.py PROJECT [DESIGNS] [SCHEDULER]
 
-Draws DESIGNS (10^6 without it) within the bounds of PROJECT, solves them in blocks on the workers of
-the scheduler with this address, or on as many worker processes as there are cores, and prints what
-became of each response and criterion. Needs dask and its package distributed.
+Draws DESIGNS (10^6 without it) within the bounds of PROJECT, solves them in blocks on the workers
+of the scheduler with this address, or on as many worker processes as there are cores, and prints
+what became of each response and criterion. Needs dask and its package distributed.
 """
 import resource
 import sys
@@ -27,8 +27,10 @@ def draw(project, n):
     return lower + (upper - lower) * random.random_sample((n, len(lower)), chunks=(BLOCK, -1))
 
 
-def peak_megabytes():
-    return resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024
+def usage():
+    """Processor time in seconds and the largest memory in MB of a worker until now."""
+    used = resource.getrusage(resource.RUSAGE_SELF)
+    return used.ru_utime + used.ru_stime, used.ru_maxrss / 1024
 
 
 def main(path, n="1e6", scheduler=None):
@@ -38,16 +40,17 @@ def main(path, n="1e6", scheduler=None):
     client.run(zelsolver.set_num_threads, 1)  # the workers share the cores among themselves
     with client, zelsolver.Project(path) as project:
         values = zelsolver.dask.solve(draw(project, n), project)
+        idle = sum(seconds for seconds, _ in client.run(usage).values())
         begin = time.perf_counter()
         lowest, highest, mean = dask.compute(values.min(axis=0), values.max(axis=0),
                                              values.mean(axis=0))
         seconds = time.perf_counter() - begin
         for row in zip(zelsolver.dask.columns(project), lowest, mean, highest):
             print("%-20s lowest %12.6g  mean %12.6g  highest %12.6g" % row)
-        workers = client.run(peak_megabytes)
-        print(f"{n} designs in {seconds:.1f} s on {len(workers)} workers: "
-              f"{n / seconds / len(workers):.0f} a second on each, at most "
-              f"{max(workers.values()):.0f} MB in one")
+        workers = client.run(usage).values()
+        busy = sum(seconds for seconds, _ in workers) - idle
+        print(f"{n} designs in {seconds:.1f} s on {len(workers)} workers: {n / busy:.0f} a second "
+              f"of processor time, at most {max(peak for _, peak in workers):.0f} MB in one")
 
 
 if __name__ == "__main__":

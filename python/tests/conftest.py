@@ -9,6 +9,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = ROOT / "build" / "release"
 os.environ.setdefault("ZELSOLVER_LIBRARY", str(BUILD / "src/api/libzelsolver.so"))
+os.environ.setdefault("ZELSTUDY_LIBRARY", str(BUILD / "src/study/libzelstudy.so"))
 sys.path.insert(0, os.environ.setdefault("PYTHONPATH", str(ROOT / "python")))
 
 import numpy as np
@@ -35,15 +36,6 @@ class Plate:
         x, y, z = np.asarray(designs).T
         return {"mass": 1 + 2 * x - 3 * y + 0.5 * z, "flat": 2 - x, "stress[0]": x**2 + y,
                 "stress[1]": x * y - z, "stress[2]": 0.1 * z**2 - x * z}
-
-    @staticmethod
-    def gradients(designs):
-        x, y, z = np.asarray(designs).T
-        one, zero = np.ones_like(x), np.zeros_like(x)
-        columns = {"mass": (2 * one, -3 * one, 0.5 * one), "flat": (-one, zero, zero),
-                   "stress[0]": (2 * x, one, zero), "stress[1]": (y, x, -one),
-                   "stress[2]": (-z, zero, 0.2 * z - x)}
-        return {name: np.stack(c, axis=1) for name, c in columns.items()}
 
     @classmethod
     def designs(cls, n, seed=1):

@@ -59,18 +59,35 @@ def test_a_killed_worker_costs_nothing_but_time(client, truss):
     designs = dask_array.random.RandomState(3).uniform(6, 24, (n, 10), chunks=(chunk, 10))
     lazy = zelsolver.dask.solve(designs, truss, errors=True, extrapolate=True)
     future = client.compute(lazy.sum(axis=0))
+    client.run(_count_openings)
     victim = next(iter(client.run(os.getpid).values()))
     while sum(client.run(_solved).values()) < 5:
         assert not future.done()
         time.sleep(0.02)
     os.kill(victim, signal.SIGKILL)
     total = future.result(timeout=120)
+    assert max(client.run(_openings).values()) <= 1  # however many partitions a worker solves
     expected = np.zeros_like(total)
     for i in range(designs.numblocks[0]):
         expected += truss.solve(designs.blocks[i].compute(scheduler="sync"), errors=True,
                                 extrapolate=True).to_array().sum(axis=0)
     np.testing.assert_allclose(total, expected, rtol=1e-12)  # another order of the sum
     assert victim not in client.run(os.getpid).values()
+
+
+def _count_openings():
+    handle = zelsolver.handle.Handle
+    handle.opened, start = 0, handle.__init__
+
+    def counted(self, *arguments):
+        handle.opened += 1
+        start(self, *arguments)
+
+    handle.__init__ = counted
+
+
+def _openings():
+    return getattr(zelsolver.handle.Handle, "opened", 0)
 
 
 def _solved(dask_worker):

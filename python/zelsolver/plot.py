@@ -41,7 +41,7 @@ class Plots:
         ax.plot(ends, ends, color="0.4", linewidth=1)
         ax.fill_between(ends, ends - band, ends + band, color="C0", **_BAND_STYLE)
         ax.plot(residuals.measured, residuals.predicted, "o", markersize=4)
-        ax.set(xlabel=f"{response}, measured", ylabel=f"{response}, predicted",
+        ax.set(xlabel=f"{_plain(response)}, measured", ylabel=f"{_plain(response)}, predicted",
                title=f"CoP {self._project.cop(response):.3f}")
         return ax
 
@@ -54,7 +54,7 @@ class Plots:
         ax.axhline(0, color="0.4", linewidth=1)
         ax.axhspan(-band, band, color="C0", **_BAND_STYLE)
         ax.plot(residuals.predicted, residuals.values, "o", markersize=4)
-        ax.set(xlabel=f"{response}, predicted", ylabel="measured less predicted")
+        ax.set(xlabel=f"{_plain(response)}, predicted", ylabel="measured less predicted")
         return ax
 
     def cops(self, ax: Optional[Axes] = None) -> Axes:

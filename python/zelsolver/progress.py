@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import contextlib
 import sys
+import warnings
 from typing import Any, Iterator, Optional, Union
 
 from .study import Progress
@@ -36,7 +37,9 @@ def _somebody_sees() -> bool:
 
 def _bar() -> "Union[_TqdmBar, _TextBar]":
     try:
-        from tqdm.auto import tqdm
+        with warnings.catch_warnings():  # a notebook without widgets gets a bar of text
+            warnings.simplefilter("ignore")
+            from tqdm.auto import tqdm
     except ImportError:
         return _TextBar()
     return _TqdmBar(tqdm(total=100, unit="%", bar_format="{l_bar}{bar}| {elapsed} {postfix}",

@@ -5,6 +5,7 @@ from __future__ import annotations
 import contextlib
 import ctypes
 import json
+import signal
 import threading
 import weakref
 from ctypes import POINTER, byref, c_char_p, c_double, c_int, c_size_t, c_void_p
@@ -22,7 +23,7 @@ ENVIRONMENT_VARIABLE = "ZELSTUDY_LIBRARY"
 
 _FILE_NAME = "libzelstudy.so.1"
 
-_OK, _REFUSED, _CANCELLED = 0, 1, 2
+_OK, _REFUSED = 0, 1
 
 #: Hears the share of the work that is done (0 to 1; negative while it is not known) and what is in
 #: work. What it raises ends the work, and the caller gets it.
@@ -84,8 +85,18 @@ def _encoded(text: str) -> bytes:
 
 
 def _options(options: Dict[str, Any]) -> bytes:
-    """As the library takes them; those that are None are left to it."""
-    return json.dumps({k: v for k, v in options.items() if v is not None}).encode()
+    """As the library takes them; those that are None are left to it. Raises InputError for what
+    JSON cannot write."""
+    texts = []
+    for key, value in options.items():
+        plain = value.item() if isinstance(value, np.generic) else value
+        try:
+            if plain is not None:
+                texts.append(f"{json.dumps(key)}: {json.dumps(plain, allow_nan=False)}")
+        except (TypeError, ValueError):
+            raise InputError(
+                f"{key}: {value!r} is no finite number, text, or list of them") from None
+    return ("{" + ", ".join(texts) + "}").encode()
 
 
 class Result:
@@ -125,22 +136,48 @@ def _array(handle: c_void_p, name: bytes) -> Array:
 
 
 class _Listener:
-    """Passes progress on, and keeps what the caller's function raised for after the call."""
+    """Passes progress on, and keeps for after the call what the caller's function raised and
+    whether Ctrl-C was pressed: no exception may pass through C."""
 
     def __init__(self, progress: Optional[Progress]) -> None:
         self._progress = progress
-        self.raised: Optional[BaseException] = None
-        # Also without a function of the caller's: here, not in C, Ctrl-C is heard.
+        self._raised: Optional[BaseException] = None
+        self._interrupted = False
+        self._handler: Any = None
         self.function = _ProgressFunction(self._hear)
 
     def _hear(self, share: float, text: Optional[bytes], _: Optional[int]) -> int:
         try:
             if self._progress is not None:
                 self._progress(share, (text or b"").decode(errors="replace"))
-            return 0
-        except BaseException as error:  # no exception may pass through C
-            self.raised = error
-            return 1
+        except BaseException as error:
+            self._raised = error
+        return int(self._interrupted or self._raised is not None)
+
+    def _interrupt(self, *_: Any) -> None:
+        self._interrupted = True
+
+    @contextlib.contextmanager
+    def listening(self) -> Iterator[None]:
+        """Around a call of the library that tells progress. A handler of Ctrl-C that raises could
+        do so before _hear() gets to catch it: during the call it is noted alone."""
+        handler = signal.getsignal(signal.SIGINT)
+        if threading.current_thread() is not threading.main_thread() or not callable(handler):
+            yield
+            return
+        self._handler = handler
+        signal.signal(signal.SIGINT, self._interrupt)
+        try:
+            yield
+        finally:
+            signal.signal(signal.SIGINT, handler)
+
+    def check(self) -> None:
+        """Behind the call: raises what came meanwhile."""
+        if self._interrupted:
+            self._handler(signal.SIGINT, None)
+        if self._raised is not None:
+            raise self._raised
 
 
 class Column:
@@ -219,14 +256,18 @@ def train(columns: List[Column], options: Dict[str, Any], progress: Optional[Pro
     what `progress` raises."""
     listener = _Listener(progress)
     project, result = c_void_p(), c_void_p()
-    with _table(columns) as table:
-        status = _library().zelstudy_train(table, _options(options), listener.function, None,
-                                           byref(project), byref(result))
-    if listener.raised is not None and status == _CANCELLED:
-        raise listener.raised
+    library = _library()
+    try:
+        with _table(columns) as table, listener.listening():
+            status = library.zelstudy_train(table, _options(options), listener.function, None,
+                                            byref(project), byref(result))
+        listener.check()
+    except BaseException:  # may come when the training is over
+        library.zelstudy_project_close(project)
+        library.zelstudy_result_close(result)
+        raise
     _check(status)
-    trained = OpenProject(project)
-    return trained, _take(result).document
+    return OpenProject(project), _take(result).document
 
 
 def sample(**options: Any) -> Result:

@@ -40,6 +40,10 @@ class InputSpace {
   std::vector<std::vector<Eigen::Index>> GetGroups() const;
   /// The values of all inputs; those of inputs that vary are not used.
   const Eigen::VectorXd& GetFixed() const { return fixed_; }
+  /// The random variable of each coordinate.
+  const std::vector<boost::shared_ptr<algorithm::RV>>& GetVariables() const {
+    return variables_->GetRVs();
+  }
   bool HasDiscrete() const;
 
   /// Designs for rows of independent standard normal coordinates (n x d): n x m.

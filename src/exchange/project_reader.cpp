@@ -33,9 +33,13 @@ std::vector<double> StatesOf(const Parameter& parameter) {
   std::vector<double> states;
   if (!parameter.IsOptimization()) return states;
   const auto& domain = parameter.GetDeterministicProperty(0);
-  if (domain.GetKind() == enums::DeterministicProperties::CONTINUOUS) return states;
+  using Kind = enums::DeterministicProperties;
+  if (domain.GetKind() == Kind::CONTINUOUS) return states;
   for (const auto& state : domain.GetDiscreteStates())
-    if (const auto number = zel::ScalarNumber(state)) states.push_back(*number);
+    if (domain.GetKind() != Kind::ORDINAL_BY_VALUE)  // models take the position
+      states.push_back(static_cast<double>(states.size()));
+    else if (const auto number = zel::ScalarNumber(state))
+      states.push_back(*number);
   return states;
 }
 

@@ -1,18 +1,23 @@
 #include "design/designs/design.h"
 
+#include "design/criterion.h"
 #include "design/designs/indexed_responses.h"
+#include "design/hierarchical_id.h"
 #include "design/indexed_name.h"
 #include "design/name_positions.h"
 #include "foundation/exception.h"
 #include "support/message_of.h"
+#include "support/stored_form.h"
 #include "support/values.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <cwchar>
 #include <limits>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -133,4 +138,168 @@ TEST(IndexedResponses, MergeIntoVectorsInPlace) {
                                   {L"v[1048576]", CDesignEntry(5.0)},
                                   {L"w", CDesignEntry(Vec({nan, nan}))}};
   EXPECT_EQ(merged, expected);
+}
+
+namespace {
+
+Criterion Make(int type, const std::wstring& lhs, const std::wstring& rhs) {
+  return Criterion(static_cast<CriterionDescription::eType>(type), lhs, rhs);
+}
+
+/// A criterion of `type` whose value is `value`.
+Criterion WithValue(int type, const CDesignEntry& value) {
+  Criterion criterion = Make(type, L"", L"");
+  criterion.SetValues(CDesignEntry(), CDesignEntry(), value, /*combine=*/false);
+  return criterion;
+}
+
+}  // namespace
+
+TEST(Criterion, ExpressionAndValueFollowTheType) {
+  const struct {
+    const wchar_t* expression;
+    double value;  // with 10 on the left and 3 on the right
+  } types[] = {{L"(b)", 3.0},     {L"(b)", 3.0},     {L"-(b)", -3.0},    {L"(b)-(a)", -7.0},
+               {L"(a)-(b)", 7.0}, {L"(a)-(b)", 7.0}, {L"(b)-(a)", -7.0}, {L"(a)-(b)", 7.0}};
+  for (int type = 0; type < 8; ++type) {
+    Criterion criterion = Make(type, L"a", L"b");
+    EXPECT_EQ(criterion.GetExpression(), types[type].expression) << type;
+    criterion.SetValues(CDesignEntry(Scalar(10.0)), CDesignEntry(Scalar(3.0)), CDesignEntry(0.5),
+                        /*combine=*/true);
+    EXPECT_EQ(criterion.GetValue(), CDesignEntry(types[type].value)) << type;
+    EXPECT_FALSE(criterion.NeedsEvaluation());
+    criterion.SetValues(CDesignEntry(), CDesignEntry(), CDesignEntry(0.5), /*combine=*/false);
+    EXPECT_EQ(criterion.GetValue(), CDesignEntry(0.5)) << type;
+  }
+  EXPECT_EQ(Make(1, L"", L"").GetExpression(), L"(0)");
+  EXPECT_EQ(Make(3, L"", L"%1% x").GetExpression(), L"(%1% x)-(0)");
+  for (const int type : {-1, 8})
+    EXPECT_EQ(support::MessageOfExactly<std::logic_error>(
+                  [type] { Make(type, L"a", L"b").GetExpression(); }),
+              "Unhandled type to get expression");
+}
+
+TEST(Criterion, KeepsItsValuesWhenTheSidesDoNotCombine) {
+  Criterion criterion = Make(4, L"a", L"b");
+  criterion.SetValues(CDesignEntry(1.0), CDesignEntry(2.0), CDesignEntry(), true);
+  const Criterion before = criterion;
+  EXPECT_THROW(criterion.SetValues(CDesignEntry(Vec({1.0})), CDesignEntry(Vec({1.0, 2.0})),
+                                   CDesignEntry(), true),
+               std::exception);
+  EXPECT_EQ(criterion, before);
+  Criterion negative = Make(2, L"", L"b");
+  negative.SetValues(CDesignEntry(), CDesignEntry(), CDesignEntry(1.0), true);
+  EXPECT_TRUE(negative.GetValue().IsUninitialized());
+  negative.Invalidate();
+  EXPECT_TRUE(negative.NeedsEvaluation());
+  EXPECT_EQ(negative.GetRhs(), L"b");
+}
+
+TEST(Criterion, JudgesEvaluatedValuesOnly) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const struct {
+    CDesignEntry value;
+    bool is_invalid;
+    bool is_violated;  // as a limit
+  } cases[] = {{CDesignEntry(), true, false},
+               {CDesignEntry(Scalar(nan)), true, false},
+               {CDesignEntry(-HUGE_VAL), true, true},
+               {CDesignEntry(L"text"), true, false},
+               {CDesignEntry(-1), false, true},
+               {CDesignEntry(Scalar(-1.0)), false, true},
+               {CDesignEntry(-1e-16), false, false},
+               {CDesignEntry(0.5), false, false},
+               {CDesignEntry(Vec({-1.0, -2.0})), false, false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(&c - cases);
+    EXPECT_EQ(WithValue(0, c.value).IsValueInvalid(), c.is_invalid);
+    for (int type = 0; type < 8; ++type)
+      EXPECT_EQ(WithValue(type, c.value).IsViolated(), type >= 6 && c.is_violated);
+    Criterion stale = WithValue(6, c.value);
+    stale.Invalidate();
+    EXPECT_FALSE(stale.IsValueInvalid());
+    EXPECT_FALSE(stale.IsViolated());
+  }
+}
+
+namespace {
+
+using Id = corvath::utils::CHierachicalId<std::uint64_t>;
+
+Id MakeId(const std::vector<std::uint64_t>& levels) {
+  Id id(levels.front());
+  for (std::size_t i = 1; i < levels.size(); ++i) id.Append(levels[i]);
+  return id;
+}
+
+std::wstring Text(const Id& id) {
+  std::wostringstream stream;
+  stream << id;
+  return stream.str();
+}
+
+/// The stored form: the levels in a vector, no object id.
+std::string Stored(const std::vector<std::uint64_t>& levels) {
+  return support::StoredForm<Id, false>(0).Raw("vec", levels).Write(0);
+}
+
+}  // namespace
+
+TEST(HierarchicalId, OrdersLevelByLevelAndDeeperBeforeItsPrefix) {
+  // In ascending order; every pair is compared both ways.
+  const std::uint64_t huge = (std::uint64_t{1} << 63) + 1;
+  const std::vector<Id> ascending = {MakeId({0}),           MakeId({1, 2, 5}), MakeId({1, 2}),
+                                     MakeId({1, 3}),        MakeId({1}),       MakeId({2}),
+                                     MakeId({2, 9}).Leaf(), MakeId({huge, 1}), MakeId({huge})};
+  for (std::size_t i = 0; i < ascending.size(); ++i)
+    for (std::size_t j = 0; j < ascending.size(); ++j) {
+      EXPECT_EQ(ascending[i] < ascending[j], i < j) << i << ", " << j;
+      EXPECT_EQ(ascending[i] == ascending[j], i == j) << i << ", " << j;
+    }
+  EXPECT_LT(MakeId({2, 9}), MakeId({3, 1}));
+  EXPECT_NE(MakeId({1}), MakeId({1, 0}));
+}
+
+TEST(HierarchicalId, CopiesDeeplyAndMovesItsTail) {
+  const Id source = MakeId({7, 0});
+  Id copy = source;
+  copy.Append(3);
+  EXPECT_EQ(source, MakeId({7, 0}));
+  EXPECT_EQ(source.Appended(3), copy);
+  EXPECT_EQ(Text(copy), L"7.0.3");
+  EXPECT_EQ(copy.Leaf(), Id(3));
+  const Id moved = std::move(copy);
+  EXPECT_EQ(Text(moved), L"7.0.3");
+  EXPECT_EQ(copy, Id(7));  // NOLINT: what is left is part of the contract
+  copy = moved;
+  copy = *copy.GetNext();  // from its own tail
+  EXPECT_EQ(Text(copy), L"0.3");
+}
+
+TEST(HierarchicalId, HashesAllLevels) {
+  // Worked out apart, by the formula of the mixing step.
+  EXPECT_EQ(hash_value(Id(0)), 0xe6546b64u);
+  EXPECT_EQ(hash_value(Id(12)), 0xed18abc91aca4a9fu);
+  EXPECT_EQ(hash_value(MakeId({12, 3, 1})), 0x946a06b7e61d90d0u);
+}
+
+TEST(HierarchicalId, StoresItsLevelsWithoutObjectIds) {
+  const Id id = MakeId({7, 0, 3});
+  EXPECT_EQ(support::Save(id), Stored({7, 0, 3}));
+  Id loaded = MakeId({1, 2, 3, 4});
+  support::LoadInto(support::Save(id), loaded);
+  EXPECT_EQ(loaded, id);
+  EXPECT_EQ(support::MessageOf([] { support::Load<Id>(Stored({})); }),
+            "The file holds a design id of 0 levels.");
+}
+
+TEST(HierarchicalId, DeepChainsNeedNoStack) {
+  std::vector<std::uint64_t> levels(65536, 1);
+  const Id deep = support::Load<Id>(Stored(levels));
+  const Id copy = deep;
+  EXPECT_EQ(copy, deep);
+  EXPECT_EQ(hash_value(copy), hash_value(deep));
+  levels.push_back(1);
+  EXPECT_EQ(support::MessageOf([&] { support::Load<Id>(Stored(levels)); }),
+            "The file holds a design id of 65537 levels.");
 }

@@ -219,6 +219,7 @@ def main():
             "LD_LIBRARY_PATH": str(library), "PYTHONPATH": str(source / "python"),
             "PYTHONDONTWRITEBYTECODE": "1"}
         environment.pop("ZELSOLVER_LIBRARY", None)
+        environment.pop("ZELSTUDY_LIBRARY", None)
         for page in pages:
             folder = pathlib.Path(place, page.stem)
             (folder / "examples").mkdir(parents=True)

@@ -10,7 +10,7 @@
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
-#include <zelsolver/zelsolver.h>
+#include <zelsolver/zelsolver.hpp>
 
 #include <cmath>
 #include <string>
@@ -64,61 +64,42 @@ const TrainedStudy& Study() {
   return study;
 }
 
-std::vector<std::string> NamesOf(const std::string& path, unsigned int flag) {
-  char* block = nullptr;
-  EXPECT_EQ(dzel2_getNames(path.c_str(), flag, &block), ZEL_OK);
-  std::vector<std::string> names;
-  for (const char* name = block; name && *name; name += names.back().size() + 1)
-    names.emplace_back(name);
-  dzel2_free(block);
-  return names;
-}
-
 TEST(TrainStudy, AWrittenStudyAnswersThroughTheCInterfaceAsTheModelsDo) {
+  using Names = std::vector<std::string>;
   const support::TemporaryDirectory directory;
   const std::string path = directory.File("study.vrdb");
   WriteStudy(Study(), path);
-  EXPECT_EQ(NamesOf(path, ZEL_INPUTS), (std::vector<std::string>{"a", "b", "states", "dull"}));
-  EXPECT_EQ(NamesOf(path, ZEL_OUTPUTS),
-            (std::vector<std::string>{"wave", "s[0]", "s[1]", "level"}));
-  EXPECT_EQ(NamesOf(path, ZEL_CRITERIA), (std::vector<std::string>{"total", "bound"}));
-
+  const zelsolver::Project project(path);
+  EXPECT_EQ(project.GetInputs(), (Names{"a", "b", "states", "dull"}));
+  EXPECT_EQ(project.GetOutputs(), (Names{"wave", "s[0]", "s[1]", "level"}));
+  EXPECT_EQ(project.GetCriteria(), (Names{"total", "bound"}));
   const TrainingTable table = MakeTable();
-  std::vector<double> bounds(8);
-  ASSERT_EQ(dzel2_getInputBounds(path.c_str(), bounds.data()), ZEL_OK);
-  EXPECT_EQ(bounds[2], table.points.col(1).minCoeff());
-  EXPECT_EQ(bounds[3], table.points.col(1).maxCoeff());
-  EXPECT_EQ(bounds[4], 0.0);
-  EXPECT_EQ(bounds[5], 2.0);
-  double reference = 0.0;
-  ASSERT_EQ(dzel2_getReferenceValuePerParameter(path.c_str(), "fixed", &reference), ZEL_OK);
-  EXPECT_EQ(reference, kConstant);
+  const auto bounds = project.GetBounds();
+  EXPECT_EQ(bounds[1].lower, table.points.col(1).minCoeff());
+  EXPECT_EQ(bounds[1].upper, table.points.col(1).maxCoeff());
+  EXPECT_EQ(bounds[2].lower, 0.0);
+  EXPECT_EQ(bounds[2].upper, 2.0);
+  EXPECT_EQ(project.GetReferenceValue("fixed"), kConstant);
 
   // Predictions at designs, by the file and by the models that were trained.
   constexpr Eigen::Index kNum = 20;
   const Eigen::MatrixXd points = table.points(Eigen::seqN(1, kNum), {0, 1, 3, 4});
   Eigen::VectorXd solved(kNum * 6);
-  ASSERT_EQ(dzel2_solve(path.c_str(), kNum, points.data(), kNum * 4,
-                        ZEL_SOLVE_RESPONSES | ZEL_SOLVE_CRITERIA, solved.data(), kNum * 6),
-            ZEL_OK)
-      << dzel2_getLastError();
+  project.Solve(points.reshaped().eval(), ZEL_SOLVE_RESPONSES | ZEL_SOLVE_CRITERIA, solved);
   const auto& infos = Study().project.GetAlgorithmInfo()->GetZELInformation()->surrogate_infos_;
   for (std::size_t k = 0; k < 4; ++k) {
     const TrainedResponse& trained = Study().responses[k];
-    const SurrogateInfo& info = infos.GetSurrogateInfo(trained.name);
     EXPECT_EQ(solved.segment(static_cast<Eigen::Index>(k) * kNum, kNum),
-              info.GetSurrogate()->Approximate(points));
-    std::vector<double> cops(5);
-    const std::string name(trained.name.begin(), trained.name.end());
-    ASSERT_EQ(dzel2_getCoPValuesPerResponse(path.c_str(), name.c_str(), cops.data()), ZEL_OK);
-    EXPECT_EQ(cops[4], trained.cop);
+              infos.GetSurrogateInfo(trained.name).GetSurrogate()->Approximate(points));
+    EXPECT_EQ(project.GetCoPs(std::string(trained.name.begin(), trained.name.end())).back(),
+              trained.cop);
   }
   for (Eigen::Index i = 0; i < kNum; ++i) {
     const double wave = solved(i), s0 = solved(kNum + i), s1 = solved(2 * kNum + i);
     EXPECT_DOUBLE_EQ(solved(4 * kNum + 2 * i), s0 + wave);
     EXPECT_DOUBLE_EQ(solved(4 * kNum + 2 * i + 1), 20.0 - std::max(s0, s1));
   }
-  dzel2_cleanup();
+  zelsolver::Project::CloseAll();
 }
 
 TEST(TrainStudy, FindsWhatTheResponsesAreMadeOf) {
@@ -243,6 +224,10 @@ TEST(TrainStudy, RefusesWhatCannotBeTrainedOn) {
               settings.models.polynomials = settings.models.moving_least_squares = false;
             }),
             "No family of models is allowed.");
+  for (const double scale : {1e200, 1e-200})
+    EXPECT_EQ(refusal([=](Table& table, Settings&) { table.values.col(1) *= scale; }),
+              "Response \"s[0]\" has values that are too large or too small to be squared; change "
+              "its unit.");
   CriterionSequence criteria;
   ParseCriterion(L"wave: 2", criteria);
   EXPECT_EQ(refusal([](Table&, Settings&) {}, criteria),
@@ -263,16 +248,6 @@ TEST(TrainStudy, AFewDesignsGiveAModelAndACoP) {
     const double cop = TrainStudy(table, {}).responses[0].cop;
     EXPECT_GE(cop, 0.0);
     EXPECT_LE(cop, 1.0);
-  }
-}
-
-TEST(TrainStudy, ValuesThatCannotBeSquaredAreRefused) {
-  for (const double scale : {1e200, 1e-200}) {
-    TrainingTable table = MakeTable();
-    table.values.col(1) *= scale;
-    EXPECT_EQ(support::MessageOfExactly<TrainingError>([&] { TrainStudy(table, QuickSettings()); }),
-              "Response \"s[0]\" has values that are too large or too small to be squared; change "
-              "its unit.");
   }
 }
 

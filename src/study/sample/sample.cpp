@@ -60,11 +60,6 @@ DOE MakePoints(const SampleRequest& request, std::int32_t type, const SampleInpu
     throw Refusal(OptionName(request.wording, "n") + ": " + SchemeName(type) +
                   " takes a number from 1");
   const std::uint64_t level = NeedsLevel(type) ? request.n : kOnlyLevel;
-  // Points stand in memory. What a grid comes to, NumDesigns() knows.
-  constexpr std::uint64_t kMostValues = std::uint64_t{1} << 31;
-  if (!math::IsGridScheme(type) && level > kMostValues / inputs.GetNames().size())
-    throw Refusal(OptionName(request.wording, "n") + ": " + std::to_string(level) +
-                  " points are too many");
   const auto states = inputs.GetStateLists();
   DOE sample(inputs.GetNames().size(), request.seed, states);
   // Levels must suit the inputs. A sequence gives any number of points, even if few of them say

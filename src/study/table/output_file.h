@@ -23,8 +23,7 @@ class OutputFile {
   /// @param standard_output  what "-" stands for; null: a file of that name
   /// @param watcher          may be null; outlives the file
   /// @throws Refusal  it cannot be created
-  explicit OutputFile(std::string path, std::FILE* standard_output = nullptr,
-                      FileWatcher* watcher = nullptr);
+  OutputFile(std::string path, std::FILE* standard_output, FileWatcher* watcher);
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();

@@ -1,0 +1,79 @@
+#include "study/describe/project_report.h"
+
+#include "exchange/export_project.h"
+#include "exchange/model_reader.h"
+#include "exchange/project_reader.h"
+#include "foundation/text.h"
+#include "project/records/zel_information.h"
+#include "report/report.h"
+#include "solver/zel_solver.h"
+#include "study/describe/candidate_list.h"
+#include "study/project/project.h"
+#include "study/refusal.h"
+
+namespace corvath::study {
+
+namespace {
+
+using exchange::NotDescribable;
+using exchange::ProjectDescription;
+using report::Competitor;
+
+std::string ModelText(const Candidate& candidate) {
+  std::string text = candidate.family + " | " + std::to_string(candidate.order);
+  if (candidate.interactions) text += ", interactions";
+  if (candidate.ridge) text += ", ridge";
+  if (candidate.box_cox) text += ", Box-Cox";
+  return text;
+}
+
+std::vector<std::vector<Competitor>> CompetitorsOf(const Project& project,
+                                                   const ProjectDescription& description) {
+  std::vector<std::vector<Competitor>> all;
+  const auto information = project.GetRecord().GetAlgorithmInfo()->GetZELInformation();
+  for (const auto& response : description.responses) {
+    std::vector<Competitor>& list = all.emplace_back();
+    if (!information) continue;
+    for (const Candidate& candidate :
+         ListCandidates(*information, utils::FromUtf8(response.name))) {
+      std::string inputs;
+      for (const std::string& input : candidate.inputs)
+        inputs += (inputs.empty() ? "" : ", ") + input;
+      list.push_back(
+          {ModelText(candidate), inputs, candidate.cop, candidate.rmse, candidate.chosen});
+    }
+  }
+  return all;
+}
+
+}  // namespace
+
+WrittenProject ReportProject(const Project& project) {
+  try {
+    const ProjectDescription description =
+        exchange::DescribeProject(project.GetSolver(), project.GetPath(), {});
+    WrittenProject result;
+    result.text = report::WriteReport(project.GetSolver(), description,
+                                      CompetitorsOf(project, description));
+    for (const auto& entry : description.responses_left_out)
+      result.warnings.push_back("response \"" + entry.name + "\" is left out: " + entry.reason);
+    for (const auto& entry : description.criteria_left_out)
+      result.warnings.push_back("criterion \"" + entry.name + "\" is left out: " + entry.reason);
+    return result;
+  } catch (const NotDescribable& error) {
+    throw Refusal(project.GetName() + ": " + error.what());
+  }
+}
+
+WrittenProject ExportModels(const Project& project, const std::string& format,
+                            const std::string& name, const std::vector<std::string>& responses) {
+  try {
+    exchange::Export result = exchange::ExportProject(
+        exchange::DescribeProject(project.GetSolver(), project.GetPath(), responses), format, name);
+    return {std::move(result.text), std::move(result.warnings)};
+  } catch (const NotDescribable& error) {
+    throw Refusal(project.GetName() + ": " + error.what());
+  }
+}
+
+}  // namespace corvath::study

@@ -1,0 +1,122 @@
+#!/usr/bin/env python3
+"""Asks zel sensitivity and zel propagate for what the truss of the sample tells in closed form: its
+mass is a sum of areas times lengths, of which those of the diagonals are longer by the root of 2."""
+import csv
+import io
+import json
+import math
+import pathlib
+import statistics
+
+from program import INPUTS, OUTPUTS, SAMPLE, ProgramTest, main, zel
+
+RANDOM = str(pathlib.Path(SAMPLE).with_name("zel_tenbar_random.vrdb"))
+LENGTHS = {name: math.sqrt(2.0) if i >= 6 else 1.0 for i, name in enumerate(INPUTS)}
+
+
+def cdf(x):
+    return statistics.NormalDist().cdf(x)
+
+
+class Analysis(ProgramTest):
+    def document(self, *arguments):
+        result = zel(*arguments, "--json")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual(result.stderr, b"")
+        return json.loads(result.stdout)
+
+    def test_mass_shares_its_variance_by_lengths(self):
+        document = self.document("sensitivity", SAMPLE, "--second-order", "--n", "1024",
+                                 "--criterion", "twice: 2 * mass")
+        self.assertEqual(document["over"], "bounds")
+        self.assertEqual(document["evaluations"], 1024 * 22)
+        self.assertEqual(document["groups"], [[name] for name in INPUTS])
+        self.assertEqual(set(document["quantities"]) - set(OUTPUTS),
+                         {"obj_mass", "stress_limit", "displacement_limit", "cost", "cost_per_mass",
+                          "twice"})
+        for quantity in ("mass", "obj_mass", "twice"):
+            mass = document["quantities"][quantity]
+            for name in INPUTS:
+                share = LENGTHS[name] ** 2 / 14.0
+                self.assertAlmostEqual(mass["first"][name], share, delta=5e-3)
+                self.assertAlmostEqual(mass["total"][name], share, delta=5e-3)
+                self.assertLess(mass["total_low"][name], share)
+                self.assertGreater(mass["total_high"][name], share)
+            self.assertLess(max(abs(pair["value"]) for pair in mass["second"]), 5e-3)
+        self.assertLess(document["quantities"]["mass"]["unexplained"], 1e-3)
+        self.assertIsNone(document["quantities"]["twice"]["unexplained"])
+
+    def test_mass_scatters_with_its_areas(self):
+        means = zel("propagate", SAMPLE, "--csv", "-", "--scheme", "sobol", "--quantiles", "0.9",
+                    "--distribution", "area_1:normal(10, 0.5)",
+                    "--distribution", "area_7:lognormal(mean=12, cov=0.05)", "--fix", "area_2=8")
+        self.assertEqual(means.returncode, 0, means.stderr)
+        rows = {(row["name"], row["statistic"]): float(row["value"])
+                for row in csv.DictReader(io.StringIO(means.stdout.decode()))}
+        # Mass of a unit of area of a short bar.
+        ratio = rows["mass", "sd"] / math.hypot(0.5, 0.6 * math.sqrt(2.0))
+        document = self.document("propagate", SAMPLE, "--distribution", "area_1:normal(10, 0.5)",
+                                 "--criterion", f"exact: area_1 <= {10 + 0.5 * 4.5}")
+        mass = document["quantities"]["mass"]
+        self.assertAlmostEqual(mass["sd"], 0.5 * ratio, delta=0.01 * ratio)
+        self.assertEqual(set(mass["quantiles"]), {"0.01", "0.05", "0.25", "0.5", "0.75", "0.95", "0.99"})
+        self.assertAlmostEqual(mass["quantiles"]["0.95"], mass["mean"] + 1.645 * mass["sd"],
+                               delta=0.03 * mass["sd"])
+        self.assertEqual(document["inputs"]["area_1"]["distribution"], "NORMAL")
+        self.assertEqual(list(document["inputs"]["area_2"]), ["value"])
+        limit = document["limits"]["exact"]  # P = 3.4e-6: no design of the sample sees it
+        self.assertAlmostEqual(limit["beta"], 4.5, delta=1e-3)
+        self.assertEqual(limit["method"], "importance sampling")
+        self.assertLess(limit["low"], cdf(-4.5))
+        self.assertGreater(limit["high"], cdf(-4.5))
+        self.assertAlmostEqual(limit["form"]["design_points"][0]["inputs"]["area_1"], 12.25,
+                               delta=1e-3)
+        self.assertEqual(limit["warnings"], [])
+
+    def test_the_errors_of_the_models_widen_what_scatters(self):
+        plain = self.document("propagate", RANDOM, "--n", "2000", "--seed", "3", "--no-form")
+        wide = self.document("propagate", RANDOM, "--n", "2000", "--seed", "3", "--model-error")
+        self.assertEqual(plain, self.document("propagate", RANDOM, "--n", "2000", "--seed", "3",
+                                              "--no-form"))
+        name = "displacement"
+        self.assertGreater(wide["quantities"][name]["sd"], plain["quantities"][name]["sd"])
+        limit = wide["limits"]["stress_limit"]
+        self.assertAlmostEqual(limit["without_model_error"]["probability"],
+                               plain["limits"]["stress_limit"]["probability"], delta=2e-3)
+        self.assertIn("error of stress[2]", limit["form"]["design_points"][0]["importances"])
+
+    def test_what_cannot_be_done_is_refused_in_one_line(self):
+        for command, arguments, texts in [
+            ("propagate", [], ["No input has a distribution."]),
+            ("propagate", ["--distribution", "area_11:normal(1,2)"],
+             ['no input "area_11"', 'did you mean "area_1']),
+            ("propagate", ["--distribution", "area_1:norml(1,2)"],
+             ['no type "norml"', 'did you mean "normal"?']),
+            ("propagate", ["--distribution", "area_1:normal(1)"],
+             ["mean and standard deviation are wanted"]),
+            ("propagate", ["--distribution", "area_1:normal(mean=1, s=2)"],
+             ["mean= and sd= or cov=, or mu=, s= are wanted"]),
+            ("propagate", ["--distribution", "area_1:triangular(1, 2)"],
+             ["Lower bound a, Mode value c, Upper bound b"]),
+            ("propagate", ["--distribution", "area_1:normal(1, x)"], ['"x" is not a finite number']),
+            ("propagate", ["--distribution", "area_1"], ["NAME:TYPE(NUMBER, ...) is wanted"]),
+            ("propagate", ["--distribution", "area_1:normal(9,1)", "--until", "2"],
+             ["The precision must be between 1e-6 and 1."]),
+            ("propagate", ["--distribution", "area_1:normal(9,1)", "--n", "1000000000"],
+             ["makes more values than can be held"]),
+            ("propagate", ["--distribution", "area_1:normal(9,1)", "--criterion", "l: stres <= 1"],
+             ['criterion "l" has no number', "stres"]),
+            ("propagate", ["--scheme", "lattice"], ['"lattice" is none of latin-hypercube, sobol']),
+            ("sensitivity", ["--over", "distributions"], ["No input has a distribution."]),
+            ("sensitivity", ["--fix", "area_1"], ["NAME=VALUE is wanted"]),
+            ("sensitivity", ["--fix", "area_1=1", "--fix", "area_1=2"], ["given two values"]),
+            ("sensitivity", ["--criterion", "mass: 1"], ['has a quantity "mass" already']),
+            ("sensitivity", ["--n", "100000000"], ["more values than can be held"]),
+        ]:
+            with self.subTest(arguments):
+                self.refused(zel(command, SAMPLE, *arguments), *texts)
+        self.refused(zel("sensitivity", "absent.vrdb"), "absent.vrdb: No such file")
+        self.assertEqual(zel("sensitivity", SAMPLE, "--json", "--csv", "-").returncode, 2)
+
+
+main()
