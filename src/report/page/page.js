@@ -56,7 +56,7 @@
       return row;
     }), 'Inputs with the range of the designs'));
 
-    const notes = [...models.responses_left_out.map((e) => `The response ${e.name} is not here: ${e.reason}.`),
+    const notes = [...data.notes, ...models.responses_left_out.map((e) => `The response ${e.name} is not here: ${e.reason}.`),
       ...models.criteria_left_out.map((e) => `The criterion ${e.name} is not here: ${e.reason}.`)];
     if (notes.length > 0)
       at('notes').append(element('h3', {}, 'Notes'), element('ul', {}, ...notes.map((n) => element('li', {}, n))));

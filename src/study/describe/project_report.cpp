@@ -48,13 +48,13 @@ std::vector<std::vector<Competitor>> CompetitorsOf(const Project& project,
 
 }  // namespace
 
-WrittenProject ReportProject(const Project& project) {
+WrittenProject ReportProject(const Project& project, const std::vector<std::string>& notes) {
   try {
     const ProjectDescription description =
         exchange::DescribeProject(project.GetSolver(), project.GetPath(), {});
     WrittenProject result;
     result.text = report::WriteReport(project.GetSolver(), description,
-                                      CompetitorsOf(project, description));
+                                      CompetitorsOf(project, description), notes);
     for (const auto& entry : description.responses_left_out)
       result.warnings.push_back("response \"" + entry.name + "\" is left out: " + entry.reason);
     for (const auto& entry : description.criteria_left_out)
