@@ -19,6 +19,9 @@ using exchange::NotDescribable;
 using exchange::ProjectDescription;
 using report::Competitor;
 
+/// Of each response, beside the chosen one.
+constexpr std::size_t kMaxCompetitors = 15;
+
 std::string ModelText(const Candidate& candidate) {
   std::string text = candidate.family + " | " + std::to_string(candidate.order);
   if (candidate.interactions) text += ", interactions";
@@ -36,6 +39,7 @@ std::vector<std::vector<Competitor>> CompetitorsOf(const Project& project,
     if (!information) continue;
     for (const Candidate& candidate :
          ListCandidates(*information, utils::FromUtf8(response.name))) {
+      if (list.size() >= kMaxCompetitors && !candidate.chosen) continue;
       std::string inputs;
       for (const std::string& input : candidate.inputs)
         inputs += (inputs.empty() ? "" : ", ") + input;
