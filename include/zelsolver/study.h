@@ -348,6 +348,66 @@ ZELSTUDY_API int zelstudy_export(const zelstudy_project* project, const char* op
 ZELSTUDY_API int zelstudy_report(const zelstudy_project* project, const char* options,
                                  zelstudy_progress progress, void* user, zelstudy_result** out);
 
+/* ---- Analyses ------------------------------------------------------------------------------- */
+
+/**
+ * Tells which inputs matter: Sobol' indices of all responses and criteria on the models; see `zel
+ * sensitivity` and docs/decide.md.
+ *
+ * Options:
+ *     "over": "bounds"        how inputs vary: evenly between their "bounds", or by their
+ *                             "distributions"; by default as the project's models were sampled
+ *     "distributions": NAMES  "load:normal(12, 0.6)": in place of what the project says
+ *     "fixed": NAMES          "load=12": inputs that shall not vary
+ *     "criteria": NAMES       "limit: stress <= 25": further criteria
+ *     "n": 4096               rows of the base samples; a power of 2 is best
+ *     "second_order": false   the interactions of pairs, too
+ *     "seed": 1               0 to 4294967295
+ *
+ * Result: {"over", "seed", "confidence": 0.95, "base": 4096, "evaluations": 49152,
+ *  "inputs": {NAME: {"distribution": "NORMAL", "mean", "sd"} or {"value"}},
+ *  "groups": [["a"], ["b", "c"]],
+ *  "quantities": {NAME: {"kind": "response", "value" or "limit", "mean", "sd", "constant", "failed",
+ *    "unexplained", "first": {INPUT: x}, "first_low", "first_high", "total", "total_low",
+ *    "total_high", "second": [{"inputs": ["a", "b + c"], "value", "low", "high"}]}},
+ *  "notes": [...]}
+ * Inputs that are correlated make one group, "b + c" as INPUT. "unexplained" is 1 - CoP of a response,
+ * null for criteria. "failed" rows had no value. Indices of what is "constant" are null.
+ */
+ZELSTUDY_API int zelstudy_sensitivity(const zelstudy_project* project, const char* options,
+                                      zelstudy_progress progress, void* user,
+                                      zelstudy_result** out);
+
+/**
+ * Tells how responses and criteria scatter when the inputs do, and how likely each limit is violated;
+ * see `zel propagate` and docs/decide.md. Inputs without distribution stay at their reference values.
+ *
+ * Options: "distributions", "fixed", "criteria", "seed" as for zelstudy_sensitivity(), and
+ *     "scheme": "latin-hypercube"  or "sobol", "monte-carlo"
+ *     "n": 10000              designs of the sample
+ *     "until": 0              double the sample until means, standard deviations and probabilities are
+ *                             known to this relative precision; 0: do not
+ *     "most": 1048576         designs at most with "until"
+ *     "quantiles": [0.01, 0.05, 0.25, 0.5, 0.75, 0.95, 0.99]
+ *     "model_error": false    let the errors of the models scatter, too
+ *     "form": true            design points and importance sampling of the limits
+ *
+ * Result: {"designs", "scheme", "seed", "confidence", "model_error", "inputs" as above,
+ *  "quantities": {NAME: {"kind", "mean", "mean_low", "mean_high", "sd", ..., "cov", ..., "min", "max",
+ *    "quantiles": {"0.05": x}, "quantiles_low", "quantiles_high", "failed"}},
+ *  "correlations": [{"quantities": ["y", "z"], "coefficient", "low", "high"}],
+ *  "limits": {NAME: {"probability", "low", "high", "beta", "method": "sampling" or "importance
+ *    sampling", "sampling": {"probability", "low", "high", "violations", "failed"},
+ *    "without_model_error": {...}, "form": {"beta", "probability", "design_points": [{"beta",
+ *    "inputs": {NAME: x}, "importances": {NAME: x}}]}, "importance_sampling": {..., "points"},
+ *    "warnings": [...]}},
+ *  "notes": [...]}
+ * "form" and "importance_sampling" are missing where no design point was looked for or found; "beta" is
+ * null then.
+ */
+ZELSTUDY_API int zelstudy_propagate(const zelstudy_project* project, const char* options,
+                                    zelstudy_progress progress, void* user, zelstudy_result** out);
+
 /* ---- Expressions ---------------------------------------------------------------------------- */
 
 /**

@@ -35,6 +35,13 @@ std::optional<double> ToNumber(const std::string& text) {
   return value;
 }
 
+/// The message without its full stop, to go on behind it.
+std::string Clause(const analysis::AnalysisError& error) {
+  std::string text = ToUtf8(error.GetMessage());
+  if (!text.empty() && text.back() == '.') text.pop_back();
+  return text;
+}
+
 /// The models of a project, which outlives them.
 boost::shared_ptr<zel::ZELSolver> Borrow(const Project& project) {
   return {&project.GetSolver(), [](zel::ZELSolver*) {}};
@@ -162,10 +169,10 @@ Optimization Optimize(const Project& project, const OptimizeRequest& request,
 } catch (const analysis::UnknownName& error) {
   std::vector<std::string> names;
   for (const auto& name : error.GetNames()) names.push_back(ToUtf8(name));
-  throw Refusal(ToUtf8(error.GetMessage()) + ' ' +
+  throw Refusal(Clause(error) + "; " +
                 NameHint(ToUtf8(error.GetName()), names, "there are"));
 } catch (const analysis::AnalysisError& error) {
-  throw Refusal(ToUtf8(error.GetMessage()));
+  throw Refusal(Clause(error));
 }
 
 }  // namespace corvath::study
