@@ -361,6 +361,32 @@ ZELSTUDY_API int zelstudy_sample(const zelstudy_project* project, const char* op
 /** {"schemes": ["center-point", ...]}: what "scheme" may be. */
 ZELSTUDY_API int zelstudy_schemes(zelstudy_result** out);
 
+/* ---- Export and report ---------------------------------------------------------------------- */
+
+/**
+ * Writes the models for other programs; see `zel export`, docs/export.md and docs/model-json.md.
+ *
+ * Options:
+ *     "format": "json"        or "c" or "python"
+ *     "name": "truss"         beginning of all names in C; without it that of the project
+ *     "responses": NAMES      these alone; without it all
+ *     "out": "truss.c"        a file, which takes the place of an old one in one step; without it the
+ *                             result holds the text
+ * Result: {"text": "..." or "out": "truss.c", "warnings": ["criterion \"...\" is left out: ..."]}.
+ * A response that cannot be exported is refused.
+ * @param progress  called once, before the work; may be null
+ */
+ZELSTUDY_API int zelstudy_export(const zelstudy_project* project, const char* options,
+                                 zelstudy_progress progress, void* user, zelstudy_result** out);
+/**
+ * Writes the project as one HTML page that needs no network; see `zel report` and docs/report.md.
+ *
+ * Option "out", result and `progress` as for zelstudy_export(). Responses without a usable model are
+ * left out, with a warning; a project without any is refused.
+ */
+ZELSTUDY_API int zelstudy_report(const zelstudy_project* project, const char* options,
+                                 zelstudy_progress progress, void* user, zelstudy_result** out);
+
 /* ---- Analyses ------------------------------------------------------------------------------- */
 
 /**

@@ -79,6 +79,12 @@ function rangeOf(...lists) {
   return [low, high];
 }
 
+/* A little room around the values. */
+function roomy(range) {
+  const margin = 0.03 * (range[1] - range[0]);
+  return [range[0] - margin, range[1] + margin];
+}
+
 function ticks(low, high, count) {
   const rough = (high - low) / count;
   const base = Math.pow(10, Math.floor(Math.log10(rough)));

@@ -56,7 +56,7 @@
       return row;
     }), 'Inputs with the range of the designs'));
 
-    const notes = [...models.responses_left_out.map((e) => `The response ${e.name} is not here: ${e.reason}.`),
+    const notes = [...data.notes, ...models.responses_left_out.map((e) => `The response ${e.name} is not here: ${e.reason}.`),
       ...models.criteria_left_out.map((e) => `The criterion ${e.name} is not here: ${e.reason}.`)];
     if (notes.length > 0)
       at('notes').append(element('h3', {}, 'Notes'), element('ul', {}, ...notes.map((n) => element('li', {}, n))));
@@ -335,7 +335,7 @@
     const errors = measured.map((value, i) => value - predicted[i]);
     const rmse = errors.length ? Math.sqrt(errors.reduce((s, e) => s + e * e, 0) / errors.length) : NaN;
 
-    const range = rangeOf(measured, predicted) || [0, 1];
+    const range = roomy(rangeOf(measured, predicted) || [0, 1]);
     fitPlot.begin(range, range);
     fitPlot.clip((c) => {
       if (!Number.isFinite(rmse)) return;
@@ -366,7 +366,7 @@
       : table([{text: 'Design'}, {text: 'Measured', number: true}, {text: 'Predicted', number: true},
         {text: 'Error', number: true}], worst.map(([d, i]) => [element('th', {scope: 'row'}, designs.ids[d]),
         format(measured[i]), format(predicted[i]), format(errors[i], 3)]), 'Designs with the largest errors'));
-    const rivals = (data.competitors[k] || []).slice(0, 15);
+    const rivals = data.competitors[k] || [];
     at('rivals').replaceChildren(rivals.length === 0 ? element('p', {}, 'The project does not tell which models competed.')
       : table([{text: 'Model'}, {text: 'CoP', number: true}, {text: 'Error', number: true}, {text: 'Inputs'}],
         rivals.map((r) => [element('th', {scope: 'row'}, (r.chosen ? '\u2605 chosen: ' : '') + r.model),
@@ -451,7 +451,7 @@
   const scatter = new Plot(at('scatter'), 560, 430, 'Two quantities of the designs');
   function* drawScatter() {
     const [a, b] = [quantities[Number(at('scatter-x').value)], quantities[Number(at('scatter-y').value)]];
-    scatter.begin(rangeOf(a.values) || [0, 1], rangeOf(b.values) || [0, 1]);
+    scatter.begin(roomy(rangeOf(a.values) || [0, 1]), roomy(rangeOf(b.values) || [0, 1]));
     for (const chosen of [false, true]) {
       const rows = designs.ids.map((_, d) => d).filter((d) => isChosen[d] === chosen);
       for (let i = 0; i < rows.length; i += 1000) {
