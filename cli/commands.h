@@ -61,6 +61,7 @@ struct TrainOptions {
   bool skip_incomplete = false;        ///< leave rows out that lack an input
   std::vector<std::string> criteria;   ///< see ParseCriteria
   std::string out;                     ///< project file; empty: named after the table
+  std::string report;                  ///< page of the project, see RunReport; empty: none
   std::uint32_t seed = 1;              ///< of the groups of the cross-validation
   double budget = 60.0;                ///< of the training, see TrainSettings
   bool anisotropic = false;            ///< has no effect; scripts of old may name it

@@ -233,6 +233,11 @@ void AddTrain(CLI::App& app) {
                    "ending .vrdb, which must not exist")
       ->type_name("PROJECT");
   command
+      ->add_option("--report", options.report,
+                   "Write the project as a page for a browser, too, with the notes of the training "
+                   "(see zel report)")
+      ->type_name("FILE");
+  command
       ->add_option("--budget", options.budget,
                    "Seconds that the training may take, roughly, on one core of a common machine; "
                    "counted in operations, so that the same budget gives the same models")
@@ -366,6 +371,7 @@ int main(int argc, char** argv) {
   AddTrain(app);
   cli::AddSensitivity(app);
   cli::AddPropagate(app);
+  cli::AddOptimize(app);
   AddExport(app);
   AddReport(app);
   AddHash(app);

@@ -194,9 +194,12 @@ Eigen::VectorXd ProjectModel::FindStandardErrors() const {
 
 Eigen::MatrixXd ProjectModel::LocalErrors(Index response, const ConstPoints& x) const {
   constexpr Index kColumns = math::metamodel::kNumErrorColumns;
-  const std::vector<double> values =
-      solver_->ErrorsPerResponse(output_names_[static_cast<std::size_t>(response)], x,
-                                 ExtrapolationType::kUnbounded, /*throw_on_error=*/false);
+  std::vector<double> values;
+  try {
+    values = solver_->ErrorsPerResponse(output_names_[static_cast<std::size_t>(response)], x,
+                                        ExtrapolationType::kUnbounded, /*throw_on_error=*/true);
+  } catch (const std::exception&) {  // the model has none
+  }
   if (static_cast<Index>(values.size()) != x.rows() * kColumns)
     return Eigen::MatrixXd::Constant(x.rows(), kColumns, kNaN);
   return Eigen::Map<const Eigen::Matrix<double, Eigen::Dynamic, kColumns, Eigen::RowMajor>>(

@@ -226,7 +226,8 @@ void WriteCompetitors(const std::vector<std::vector<Competitor>>& competitors, J
 }
 
 std::string Data(ZELSolver& solver, const exchange::ProjectDescription& project,
-                 const std::vector<std::vector<Competitor>>& competitors) {
+                 const std::vector<std::vector<Competitor>>& competitors,
+                 const std::vector<std::string>& notes) {
   JsonWriter json;
   json.BeginObject();
   json.Key("models");
@@ -238,6 +239,10 @@ std::string Data(ZELSolver& solver, const exchange::ProjectDescription& project,
   for (const auto& input : project.inputs) json.Text(DistributionText(solver, input.name));
   json.EndArray();
   WriteCompetitors(competitors, json);
+  json.Key("notes");
+  json.BeginArray();
+  for (const std::string& note : notes) json.Text(note);
+  json.EndArray();
   json.EndObject();
   return json.GetText();
 }
@@ -245,7 +250,8 @@ std::string Data(ZELSolver& solver, const exchange::ProjectDescription& project,
 }  // namespace
 
 std::string WriteReport(ZELSolver& solver, const exchange::ProjectDescription& project,
-                        const std::vector<std::vector<Competitor>>& competitors) {
+                        const std::vector<std::vector<Competitor>>& competitors,
+                        const std::vector<std::string>& notes) {
   if (project.inputs.empty()) throw exchange::NotDescribable("the project has no inputs");
   if (project.responses.empty())
     throw exchange::NotDescribable("the project has no response with a model");
@@ -258,8 +264,8 @@ std::string WriteReport(ZELSolver& solver, const exchange::ProjectDescription& p
   page += PageStyle();
   page += "</style>\n</head>\n";
   page += PageBody();
-  page += "<script type=\"application/json\" id=\"data\">" + Data(solver, project, competitors) +
-          "</script>\n<script>";
+  page += "<script type=\"application/json\" id=\"data\">" +
+          Data(solver, project, competitors, notes) + "</script>\n<script>";
   page += PageScript();
   return page + "</script>\n</body>\n</html>\n";
 }

@@ -26,8 +26,10 @@ struct Competitor {
 /// @param solver       of a project that is loaded
 /// @param project      what DescribeProject gave for it
 /// @param competitors  of each of its responses; or none at all
+/// @param notes        of its training
 /// @throws exchange::NotDescribable  no inputs or no responses
 std::string WriteReport(zel::ZELSolver& solver, const exchange::ProjectDescription& project,
-                        const std::vector<std::vector<Competitor>>& competitors);
+                        const std::vector<std::vector<Competitor>>& competitors,
+                        const std::vector<std::string>& notes);
 
 }  // namespace corvath::report

@@ -133,6 +133,12 @@ TEST(Study, TrainsTheSameFromColumnsAndFromACsv) {
   const Json::Value document = Document(from_columns.result);
   EXPECT_EQ(document["inputs"][0]["unit"], "mm");
   EXPECT_EQ(document["inputs"][2]["words"][1], "steel");
+  const Json::Value described = Document(Get<Result>([&](zelstudy_result** out) {
+    return zelstudy_describe(from_columns.project.get(), nullptr, out);
+  }));
+  EXPECT_EQ(described["inputs"][0]["unit"], "mm");
+  EXPECT_FALSE(described["inputs"][0].isMember("states"));
+  EXPECT_EQ(described["inputs"][2]["states"][1].asDouble(), 1.0);
   Json::Value same = Document(from_csv.result)["responses"];
   EXPECT_EQ(document["responses"].size(), 1u);
   EXPECT_EQ(document["responses"][0]["cop"], same[0]["cop"]);
@@ -277,6 +283,23 @@ TEST(Study, DescribesAndSamplesRandomInputs) {
   }
 }
 
+TEST(Study, ExportsAndReports) {
+  const Project project = OpenSample();
+  const auto write = [&](auto* function, const char* options) {
+    return Document(Get<Result>([&](zelstudy_result** out) {
+      return function(project.get(), options, nullptr, nullptr, out);
+    }));
+  };
+  Json::Value models;
+  std::istringstream(write(zelstudy_export, R"({"responses": ["mass"]})")["text"].asString()) >>
+      models;
+  EXPECT_EQ(models["responses"].size(), 1u);
+  EXPECT_EQ(models["criteria_left_out"].size(), 4u);  // they read other responses
+  EXPECT_THAT(write(zelstudy_export, R"({"format": "c", "name": "t"})")["text"].asString(),
+              testing::HasSubstr("void t_predict("));
+  EXPECT_THAT(write(zelstudy_report, "")["text"].asString(), testing::StartsWith("<!DOCTYPE html>"));
+}
+
 TEST(Study, EvaluatesExpressionsWithMeaningsOfAllKinds) {
   const struct {
     const char* expression;
@@ -368,6 +391,10 @@ TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
     const char* message;
   } cases[] = {
       {train("{"), "options: no JSON"},
+      {[&](zelstudy_result** out) {
+         return zelstudy_export(project.get(), R"({"format": "go"})", nullptr, nullptr, out);
+       },
+       R"(no export format "go")"},
       {train("[]"), "options: a JSON object is wanted, not an array"},
       {train(R"({"inputs": ["x"]})"), "responses: names of columns are wanted"},
       {train(R"({"inputs": ["x"], "responses": ["y"], "sed": 1})"), R"(did you mean "seed"?)"},

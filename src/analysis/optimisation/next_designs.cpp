@@ -27,7 +27,8 @@ class Worth {
   Worth(const DesignTask& task, NextBy by, const std::vector<Eigen::Index>& responses)
       : task_(task), by_(by), responses_(responses), known_(AnalysedStarts(task.GetModel())) {
     if (known_.rows() < 2)
-      throw AnalysisError(L"The project has no analysed designs: the next ones have nothing to add to.");
+      throw AnalysisError(
+          L"The project has no analysed designs: the next ones have nothing to add to.");
     const NonlinearProgram& program = task.GetProgram();
     ranges_ = (program.upper - program.lower).transpose().unaryExpr([](double range) {
       return range > 0.0 ? range : kInfinity;  // an input that is held counts for nothing
@@ -57,9 +58,8 @@ class Worth {
     const Eigen::MatrixXd columns = task_.Columns(x, responses);
     Eigen::MatrixXd errors;
     if (by_ == NextBy::kImprovement)
-      errors = PropagateErrors(responses, response_errors, [&](const Eigen::MatrixXd& at) {
-        return task_.Columns(x, at);
-      });
+      errors = PropagateErrors(responses, response_errors,
+                               [&](const Eigen::MatrixXd& at) { return task_.Columns(x, at); });
     std::vector<NextDesign> designs;
     for (Eigen::Index k = 0; k < x.rows(); ++k) {
       NextDesign design;
@@ -101,7 +101,8 @@ class Worth {
         task_.Columns(designs.inputs, designs.values.leftCols(task_.GetModel().GetNumResponses()));
     const NonlinearProgram& program = task_.GetProgram();
     for (Eigen::Index k = 0; k < columns.rows(); ++k)
-      if (columns.row(k).allFinite() && (columns.row(k).tail(program.num_limits).array() >= 0.0).all())
+      if (columns.row(k).allFinite() &&
+          (columns.row(k).tail(program.num_limits).array() >= 0.0).all())
         best_ = std::min(best_, program.Objectives(columns.row(k))(0));
   }
 
@@ -133,7 +134,7 @@ std::vector<NextDesign> ProposeDesigns(const DesignTask& task, NextBy by,
                                        const std::vector<Eigen::Index>& responses,
                                        Eigen::Index count, const SearchSettings& wanted,
                                        const Progress& progress) {
-  constexpr double kLeast = 1e-250;     // whose logarithm still counts
+  constexpr double kLeast = 1e-250;      // whose logarithm still counts
   constexpr Eigen::Index kSearches = 8;  // the worth has many maxima, and the best is not needed
   Worth worth(task, by, responses);
   NonlinearProgram program = task.GetProgram();
@@ -156,8 +157,8 @@ std::vector<NextDesign> ProposeDesigns(const DesignTask& task, NextBy by,
     settings.max_searches = std::min(settings.max_searches, kSearches);
     settings.seed = wanted.seed + static_cast<std::uint32_t>(k);
     const Screening screening = Screen(program, Eigen::MatrixXd(0, program.NumInputs()), settings);
-    const GlobalOptimum found = SearchGlobally(
-        program, ObjectiveForm(program, screening.scales), screening, settings);
+    const GlobalOptimum found =
+        SearchGlobally(program, ObjectiveForm(program, screening.scales), screening, settings);
     if (found.num_finite == 0)
       throw AnalysisError(L"No design has a value for every objective and limit.");
     next.push_back(worth.At(found.best.point.x));

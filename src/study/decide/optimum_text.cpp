@@ -33,14 +33,20 @@ std::string StatusText(OptimumStatus status) {
   }
 }
 
-std::string OrDash(double value) { return std::isfinite(value) ? Short(value) : "-"; }
+std::string OrDash(double value) {
+  return std::isfinite(value) ? Short(value) : "-";
+}
 
 std::string Percent(double share) {
   return std::isfinite(share) ? Short(std::round(1000.0 * share) / 10.0) + " %" : "-";
 }
 
-bool IsThin(const analysis::PredictionTrust& trust) { return trust.density_rank < kLeastRank; }
-bool IsPoor(const analysis::PredictionTrust& trust) { return trust.local_cop < kLeastCoP; }
+bool IsThin(const analysis::PredictionTrust& trust) {
+  return trust.density_rank < kLeastRank;
+}
+bool IsPoor(const analysis::PredictionTrust& trust) {
+  return trust.local_cop < kLeastCoP;
+}
 
 void AddNotes(const std::vector<std::string>& notes, Json::Value& document, std::ostream& out) {
   document["notes"] = Json::Value(Json::arrayValue);
@@ -129,7 +135,8 @@ Json::Value OptimumText::OptimumJson(const analysis::Optimum& optimum) const {
   bool is_trusted = true;
   document["trust"] = Json::Value(Json::objectValue);
   for (const auto& trust : design.trust) {
-    Json::Value& response = document["trust"][quantities_[static_cast<std::size_t>(trust.response)]];
+    Json::Value& response =
+        document["trust"][quantities_[static_cast<std::size_t>(trust.response)]];
     response["local_cop"] = JsonNumber(trust.local_cop);
     response["density"] = JsonNumber(trust.density);
     response["density_rank"] = JsonNumber(trust.density_rank);
@@ -186,7 +193,9 @@ void OptimumText::PrintLimits(const analysis::Optimum& optimum, std::ostream& ou
     const auto& state = optimum.limits[j];
     const bool is_broken = optimum.status == OptimumStatus::kInfeasible && state.reserve < 0.0;
     table.AddRow({ToUtf8(task_.GetLimits()[j].name), Short(state.reserve), OrDash(state.error),
-                  is_broken ? "broken" : state.is_active ? "active" : "kept",
+                  is_broken         ? "broken"
+                  : state.is_active ? "active"
+                                    : "kept",
                   state.is_active && !is_broken ? Short(state.multiplier) : ""});
   }
   out << "\nLimits, with what is left of each and the model's error to expect in it\n";
@@ -203,8 +212,12 @@ void OptimumText::PrintQuantities(const analysis::DesignReport& design, std::ost
     table.AddColumn(title, Align::kRight);
   for (std::size_t k = 0; k < quantities_.size(); ++k) {
     const auto column = static_cast<Eigen::Index>(k);
-    std::vector<std::string> row = {quantities_[k], Short(design.quantities(column)),
-                                    OrDash(design.errors(column)), "", "", ""};
+    std::vector<std::string> row = {quantities_[k],
+                                    Short(design.quantities(column)),
+                                    OrDash(design.errors(column)),
+                                    "",
+                                    "",
+                                    ""};
     for (const auto& trust : design.trust)
       if (trust.response == column) {
         row[3] = OrDash(trust.local_cop);
@@ -213,7 +226,8 @@ void OptimumText::PrintQuantities(const analysis::DesignReport& design, std::ost
       }
     table.AddRow(row);
   }
-  out << "\nPredictions, with the error to expect (one standard deviation) and, of those that matter,"
+  out << "\nPredictions, with the error to expect (one standard deviation) and, of those that "
+         "matter,"
          "\nthe local CoP, the density of analysed designs and how many of these lie more lonely\n";
   table.Print(out, "  ");
 }
@@ -234,28 +248,33 @@ void OptimumText::PrintNearest(const analysis::DesignReport& design, std::ostrea
     table.AddColumn(quantities_[static_cast<std::size_t>(column)], Align::kRight);
   const analysis::StudyDesigns& designs = model_.GetDesigns();
   for (const auto& neighbour : design.nearest) {
-    std::vector<std::string> row = {ToUtf8(designs.numbers[static_cast<std::size_t>(neighbour.row)]),
-                                    Percent(neighbour.distance)};
+    std::vector<std::string> row = {
+        ToUtf8(designs.numbers[static_cast<std::size_t>(neighbour.row)]),
+        Percent(neighbour.distance)};
     for (const Eigen::Index column : shown)
       row.push_back(OrDash(designs.values(neighbour.row, column)));
     table.AddRow(row);
   }
-  out << "\nNearest analysed designs, by the mean difference of the inputs in shares of their ranges\n";
+  out << "\nNearest analysed designs, by the mean difference of the inputs in shares of their "
+         "ranges\n";
   table.Print(out, "  ");
 }
 
 std::vector<std::string> OptimumText::TrustNotes(const analysis::DesignReport& design) const {
-  std::string thin, poor;
-  for (const auto& trust : design.trust) {
-    const std::string& name = quantities_[static_cast<std::size_t>(trust.response)];
-    if (IsThin(trust)) thin += (thin.empty() ? "" : ", ") + name;
-    if (IsPoor(trust)) poor += (poor.empty() ? "" : ", ") + name;
-  }
+  const auto names_of = [&](bool (*is_meant)(const analysis::PredictionTrust&)) {
+    std::string names;
+    std::size_t count = 0;
+    for (const auto& trust : design.trust) {
+      if (!is_meant(trust)) continue;
+      names += (count++ > 0 ? ", " : "") + quantities_[static_cast<std::size_t>(trust.response)];
+    }
+    return count > 3 ? std::to_string(count) + " of the responses" : names;
+  };
   std::vector<std::string> notes;
-  if (!thin.empty())
+  if (const std::string thin = names_of(IsThin); !thin.empty())
     notes.push_back("The design lies where few designs were analysed (" + thin +
                     "): analyse it before you rely on it.");
-  if (!poor.empty())
+  if (const std::string poor = names_of(IsPoor); !poor.empty())
     notes.push_back("Around the design the model explains less than a half of what was analysed (" +
                     poor + "): analyse it before you rely on it.");
   return notes;
@@ -279,8 +298,8 @@ Optimization OptimumText::Describe(const analysis::Optimum& optimum) const {
   const std::string value = ToUtf8(objective.name) + " = " + Short(optimum.objectives(0));
   if (optimum.status == OptimumStatus::kInfeasible) {
     const auto worst = static_cast<std::size_t>(optimum.worst_limit);
-    result.refusal = RefusalOf(ToUtf8(task_.GetLimits()[worst].name), -optimum.limits[worst].reserve,
-                               task_.GetRobust() > 0.0);
+    result.refusal = RefusalOf(ToUtf8(task_.GetLimits()[worst].name),
+                               -optimum.limits[worst].reserve, task_.GetRobust() > 0.0);
     out << "Infeasible: " << result.refusal << "\nThe design that comes closest: " << value << '\n';
   } else {
     out << (objective.maximize ? "Largest " : "Least ") << value;
@@ -288,8 +307,11 @@ Optimization OptimumText::Describe(const analysis::Optimum& optimum) const {
       out << ", all limits kept; the search stopped before it was sure that this is the best";
     out << '\n';
   }
-  out << "  best of " << optimum.num_searches << " searches, which found " << optimum.num_optima
-      << (optimum.num_optima == 1 ? " optimum\n" : " different optima\n");
+  out << "  best of " << optimum.num_searches << " searches";
+  if (optimum.num_optima > 0)
+    out << ", which found " << optimum.num_optima
+        << (optimum.num_optima == 1 ? " optimum" : " different optima");
+  out << '\n';
   PrintInputs(optimum, out);
   PrintLimits(optimum, out);
   PrintQuantities(optimum.design, out);
@@ -368,7 +390,8 @@ Optimization OptimumText::Describe(const analysis::ParetoFront& front,
     result.document["front"].append(entry);
   }
   std::ostringstream out;
-  out << "Pareto front: " << n << " designs, of which none is better than another in all objectives\n";
+  out << "Pareto front: " << n
+      << " designs, of which none is better than another in all objectives\n";
   table.Print(out, "  ");
   std::vector<std::string> notes;
   for (const auto& note : task_.GetNotes()) notes.push_back(ToUtf8(note));

@@ -19,6 +19,9 @@ using exchange::NotDescribable;
 using exchange::ProjectDescription;
 using report::Competitor;
 
+/// Of each response, beside the chosen one.
+constexpr std::size_t kMaxCompetitors = 15;
+
 std::string ModelText(const Candidate& candidate) {
   std::string text = candidate.family + " | " + std::to_string(candidate.order);
   if (candidate.interactions) text += ", interactions";
@@ -36,6 +39,7 @@ std::vector<std::vector<Competitor>> CompetitorsOf(const Project& project,
     if (!information) continue;
     for (const Candidate& candidate :
          ListCandidates(*information, utils::FromUtf8(response.name))) {
+      if (list.size() >= kMaxCompetitors && !candidate.chosen) continue;
       std::string inputs;
       for (const std::string& input : candidate.inputs)
         inputs += (inputs.empty() ? "" : ", ") + input;
@@ -48,13 +52,13 @@ std::vector<std::vector<Competitor>> CompetitorsOf(const Project& project,
 
 }  // namespace
 
-WrittenProject ReportProject(const Project& project) {
+WrittenProject ReportProject(const Project& project, const std::vector<std::string>& notes) {
   try {
     const ProjectDescription description =
         exchange::DescribeProject(project.GetSolver(), project.GetPath(), {});
     WrittenProject result;
     result.text = report::WriteReport(project.GetSolver(), description,
-                                      CompetitorsOf(project, description));
+                                      CompetitorsOf(project, description), notes);
     for (const auto& entry : description.responses_left_out)
       result.warnings.push_back("response \"" + entry.name + "\" is left out: " + entry.reason);
     for (const auto& entry : description.criteria_left_out)

@@ -14,8 +14,9 @@ struct WrittenProject {
 };
 
 /// The project as one HTML page, see report::WriteReport.
+/// @param notes  of the training, which a project does not keep
 /// @throws Refusal  there is nothing to show
-WrittenProject ReportProject(const Project& project);
+WrittenProject ReportProject(const Project& project, const std::vector<std::string>& notes = {});
 
 /// The models for other programs, see exchange::ExportProject.
 /// @param format     "json", "c" or "python"
