@@ -97,29 +97,6 @@ struct ReportOptions {
 /// Writes the project as one page for a browser.
 void RunReport(const ReportOptions& options);
 
-struct OptimizeOptions {
-  std::string file;
-  std::string hash;  ///< expected signature of `file`; empty: not checked
-  std::vector<std::string> minimize;
-  std::vector<std::string> maximize;
-  std::vector<std::string> limits;
-  std::vector<std::string> bounds;
-  bool no_project_limits = false;
-  double robust = 0.0;
-  std::uint64_t starts = 40;
-  std::uint64_t points = 0;
-  std::uint64_t next = 0;
-  std::string next_by = "improvement";  ///< or "error"
-  std::uint32_t seed = 1;
-  std::string csv;     ///< the designs as CSV; "-" is standard output; empty: none
-  bool json = false;   ///< print the result as JSON
-  bool quiet = false;  ///< errors alone
-};
-
-/// Minimises or maximises predictions within limits, finds Pareto fronts, proposes designs.
-/// @throws Refusal  also where no design keeps the limits, after the result is printed
-void RunOptimize(const OptimizeOptions& options);
-
 /// Prints the SHA-512 signature of `file`.
 void RunHash(const std::string& file);
 

@@ -260,83 +260,6 @@ void AddTrain(CLI::App& app) {
   command->callback([] { cli::RunTrain(options); });
 }
 
-void AddOptimize(CLI::App& app) {
-  auto* const command = app.add_subcommand(
-      "optimize",
-      "Find the best design on the models of a project\n\n"
-      "Minimises or maximises responses, criteria or expressions of them within the bounds of the\n"
-      "analysed designs and the project's limit criteria. Prints the design, what holds it back, the\n"
-      "error to expect there, how far the models are to be trusted, and the nearest analysed\n"
-      "designs. With two or three objectives it is a Pareto front. A result that breaks a limit has\n"
-      "the exit status 1.");
-  static cli::OptimizeOptions options;
-  const auto add_texts = [&](const char* name, std::vector<std::string>& texts, const char* help,
-                             const char* type) {
-    command->add_option(name, texts, help)->type_name(type)->allow_extra_args(false);
-  };
-  command->add_option("PROJECT", options.file, "Project file (.vrdb)")->required()->type_name("");
-  add_texts("--minimize", options.minimize,
-            "Response, criterion or expression of them; may be repeated", "OBJECTIVE");
-  add_texts("--maximize", options.maximize, "Likewise", "OBJECTIVE");
-  add_texts("--limit", options.limits,
-            "For example 'max(abs(stress)) <= 20', with name: in front of it if it is to have one; "
-            "of a vector each element counts; may be repeated",
-            "LIMIT");
-  command->add_flag("--no-project-limits", options.no_project_limits,
-                    "Leave out the limit criteria of the project");
-  add_texts("--bounds", options.bounds,
-            "Range of an input in the place of that of the analysed designs, name:low:high, or "
-            "name=value to hold it; may be repeated",
-            "INPUT");
-  command
-      ->add_option("--robust", options.robust,
-                   "Keep limits with so many standard deviations of what the inputs' scatter gives")
-      ->check(CLI::NonNegativeNumber.description(""))
-      ->type_name("NUMBER");
-  command
-      ->add_option("--starts", options.starts,
-                   "Searches, at most; fewer where they make sure earlier that there is no better "
-                   "optimum")
-      ->check(CLI::Range(1, 100000).description(""))
-      ->capture_default_str()
-      ->type_name("NUMBER");
-  command
-      ->add_option("--points", options.points,
-                   "Points of a Pareto front; 41 without this option, with three objectives some 100")
-      ->check(CLI::Range(2, 10000).description(""))
-      ->type_name("NUMBER");
-  auto* const next =
-      command
-          ->add_option("--next", options.next,
-                       "Propose so many designs to analyse next, instead of an optimum")
-          ->check(CLI::Range(1, 10000).description(""))
-          ->type_name("NUMBER");
-  command
-      ->add_option("--next-by", options.next_by,
-                   "improvement: where the objective is expected to improve most; error: where the "
-                   "models err most, without an objective")
-      ->check(CLI::IsMember({"improvement", "error"}).description(""))
-      ->needs(next)
-      ->capture_default_str()
-      ->type_name("WHAT");
-  command->add_option("--seed", options.seed, "The same seed gives the same result")
-      ->check(CLI::NonNegativeNumber.description(""))
-      ->capture_default_str()
-      ->type_name("NUMBER");
-  command
-      ->add_option("--csv", options.csv,
-                   "Write the designs too: inputs, then responses and criteria; proposed ones as "
-                   "inputs alone; - is standard output, instead of the tables")
-      ->type_name("CSV");
-  command->add_flag("--json", options.json, "Print the result as one JSON document");
-  command
-      ->add_option("--hash", options.hash,
-                   "Refuse PROJECT unless this is its signature (see zel hash)")
-      ->type_name("SHA512");
-  command->add_flag("--quiet", options.quiet, "Print errors alone");
-  command->callback([] { cli::RunOptimize(options); });
-}
-
 void AddExport(CLI::App& app) {
   auto* const command = app.add_subcommand(
       "export",
@@ -454,7 +377,7 @@ int main(int argc, char** argv) {
   AddTrain(app);
   cli::AddSensitivity(app);
   cli::AddPropagate(app);
-  AddOptimize(app);
+  cli::AddOptimize(app);
   AddExport(app);
   AddReport(app);
   AddHash(app);

@@ -216,14 +216,16 @@ ZELSTUDY_API int zelstudy_train(const zelstudy_table* table, const char* options
  *
  *     {"project": "study.vrdb",          null when it came from bytes or from a training
  *      "inputs": [{"name": "x", "lower": 0.0, "upper": 1.0, "reference": 0.5, "unit": "mm",
- *        "states": [0, 1], "words": ["brass", "steel"], "date": true, ...,
+ *        "states": [0, 1], "words": ["brass", "steel"], "days_since": "1970-01-01",
+ *        "slashes": "day/month/year", "title": "x [mm]",
  *        "distribution": {"type": "Normal", "parameters": {"mu": 1.0}, "moments": {"mean": 1.0}}}],
  *      "correlations": [{"inputs": ["x", "z"], "coefficient": 0.5}],
  *      "responses": [{"name": "y", "cop": 0.98, "model": "...", "description": "...",
  *        "inputs": [{"name": "x", "single_cop": 0.9}], "candidates": [CANDIDATE, ...]}],
  *      "criteria": [{"name": "limit", "limit": true, "value": "stress <= 25"}]}
  *
- * Keys of an input that does not have such are left out; a response lists the inputs that it uses.
+ * Keys of an input that does not have such are left out; a response lists the inputs that it uses. The
+ * states of a discrete input are what models take: numbers, of words their codes, by "words".
  *
  * Arrays:
  *     "bounds"        m x 2   lower and upper ends of the designs; NaN where there are none
@@ -261,7 +263,7 @@ ZELSTUDY_API int zelstudy_residuals(const zelstudy_project* project, const char*
 /* ---- Predictions ---------------------------------------------------------------------------- */
 
 /**
- * Predicts at n designs. A design that lies further out than `zel solve` accepts is refused.
+ * Predicts at n designs. NaN passes, and predictions of it are NaN. A design that lies further out than `zel solve` accepts is refused.
  *
  * Options:
  *     "responses": NAMES      those wanted; all by default
@@ -301,6 +303,43 @@ ZELSTUDY_API int zelstudy_solve(const zelstudy_project* project, const char* opt
  */
 ZELSTUDY_API int zelstudy_solve_csv(const zelstudy_project* project, const char* options,
                                     zelstudy_progress progress, void* user, zelstudy_result** out);
+
+/* ---- Optima --------------------------------------------------------------------------------- */
+
+/**
+ * Finds the best design on the models of a project; see `zel optimize` and docs/decide.md.
+ *
+ * Options:
+ *     "minimize": NAMES, "maximize": NAMES   responses, criteria or expressions; one for an optimum,
+ *                             two or three for a Pareto front
+ *     "limits": NAMES         "max(abs(stress)) <= 20", also with "name:" in front
+ *     "project_limits": true  whether the limit criteria of the project count
+ *     "bounds": NAMES         "x:0:10" in place of the range of the analysed designs; "x=5" holds the
+ *                             mean of an input
+ *     "fixed": NAMES          "x=5": it neither moves nor scatters
+ *     "robust": 0             standard deviations of the scatter that limits are kept with
+ *     "distributions": NAMES  "x:normal(12, 0.6)", for "robust"
+ *     "seed": 1, "starts": 40 of the searches
+ *     "points": 0             of a front; 0: by the number of objectives
+ *     "next": 0               designs to propose for analysis, instead of an optimum
+ *     "next_by": "improvement"  or "error", which needs no objective
+ *
+ * Result: {"status": "optimal", "inputs": {"x": 5}, "quantities": {"y": 7}, "errors": {"y": 0.1},
+ *          "limits": {"l": {"reserve": 0, "active": true, "multiplier": 2, "error": 0.1}},
+ *          "bounds": {"x": {"end": "upper", "multiplier": 3}}, "trusted": true, "trust": {...},
+ *          "nearest": [{"design": "17", "distance": 0.2, ...}], "notes": [...]}. The status is
+ *     optimal     a design that keeps all limits and meets the conditions of optimality
+ *     feasible    a design that keeps all limits; the search stopped before it was sure
+ *     infeasible  no design keeps all limits: "violation" says which is missed least and by how much
+ *     failed      no design has a value for every objective and limit
+ *     front       {"front": [{"inputs": ..., "quantities": ..., "objectives": ...}]}
+ *     proposed    {"next": [{"inputs": ..., "improvement": 3, "chance": 0.9, "prediction": 7}]}
+ * "infeasible" and "failed" come with a "message"; they are results, not refusals.
+ * Array "designs": the optimum, front or proposal in rows, named by "columns": inputs, then all
+ * responses and criteria.
+ */
+ZELSTUDY_API int zelstudy_optimize(const zelstudy_project* project, const char* options,
+                                   zelstudy_progress progress, void* user, zelstudy_result** out);
 
 /* ---- Samples -------------------------------------------------------------------------------- */
 

@@ -133,6 +133,12 @@ TEST(Study, TrainsTheSameFromColumnsAndFromACsv) {
   const Json::Value document = Document(from_columns.result);
   EXPECT_EQ(document["inputs"][0]["unit"], "mm");
   EXPECT_EQ(document["inputs"][2]["words"][1], "steel");
+  const Json::Value described = Document(Get<Result>([&](zelstudy_result** out) {
+    return zelstudy_describe(from_columns.project.get(), nullptr, out);
+  }));
+  EXPECT_EQ(described["inputs"][0]["unit"], "mm");
+  EXPECT_FALSE(described["inputs"][0].isMember("states"));
+  EXPECT_EQ(described["inputs"][2]["states"][1].asDouble(), 1.0);
   Json::Value same = Document(from_csv.result)["responses"];
   EXPECT_EQ(document["responses"].size(), 1u);
   EXPECT_EQ(document["responses"][0]["cop"], same[0]["cop"]);

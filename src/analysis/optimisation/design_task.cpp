@@ -115,6 +115,13 @@ void DesignTask::SetInputs(const DesignWishes& wishes) {
   program_.states.resize(inputs.size());
   for (Eigen::Index i = 0; i < n; ++i) SetRange(inputs[static_cast<std::size_t>(i)], i, wishes);
   if (!program_.HasDiscrete()) program_.states.clear();
+  std::vector<std::wstring> moved;
+  for (Eigen::Index i = 0; i < n; ++i)
+    if (inputs[static_cast<std::size_t>(i)].variable && program_.lower(i) < program_.upper(i))
+      moved.push_back(inputs[static_cast<std::size_t>(i)].name);
+  if (!moved.empty())
+    notes_.push_back(L"Random inputs are moved by their means (" + Listed(moved) +
+                     L"); bounds name=value hold the mean of one that nobody can choose.");
   if (program_.lower == program_.upper)
     throw AnalysisError(L"All inputs are held: there is nothing to choose.");
 }

@@ -149,13 +149,14 @@ Optimum FindOptimum(const DesignTask& task, const SearchSettings& wanted,
     state.error = column_errors(first + tightest);
     state.multiplier = best.multipliers.segment(limit.first, limit.num_columns).sum();
     state.is_active = state.reserve <= kActive * screening.scales(first + tightest);
-    if (!state.is_active) state.multiplier = 0.0;
+    if (!state.is_active || !best.IsFeasible()) state.multiplier = 0.0;
     if (best.breach.limit >= limit.first && best.breach.limit < limit.first + limit.num_columns)
       optimum.worst_limit = static_cast<Eigen::Index>(j);
     optimum.limits.push_back(state);
   }
   for (Eigen::Index i = 0; i < x.size(); ++i) {
-    if (program.lower(i) == program.upper(i) || program.IsDiscrete(i)) continue;
+    if (!best.IsFeasible() || program.lower(i) == program.upper(i) || program.IsDiscrete(i))
+      continue;
     const double rounding = kActive * (program.upper(i) - program.lower(i));
     if (x(i) - program.lower(i) <= rounding)
       optimum.bounds.push_back({i, false, best.at_lower(i)});

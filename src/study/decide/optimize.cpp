@@ -7,6 +7,7 @@
 #include "analysis/project_model.h"
 #include "foundation/text.h"
 #include "solver/zel_solver.h"
+#include "study/analysis/distribution_text.h"
 #include "study/decide/optimum_text.h"
 #include "study/refusal.h"
 #include "study/table/csv_cell.h"
@@ -57,6 +58,11 @@ class Request {
     wishes_.project_limits = request.own_limits;
     wishes_.robust = request.robust;
     for (const auto& text : request.bounds) AddBounds(text);
+    for (const auto& text : request.fixed) AddFixed(text);
+    for (const auto& text : request.distributions) {
+      const auto [name, variable] = ParseNamedDistribution(text);
+      wishes_.scatter.distributions[FromUtf8(name)] = variable;
+    }
   }
 
   const DesignWishes& GetWishes() const { return wishes_; }
@@ -73,10 +79,25 @@ class Request {
     const auto number = ToNumber(text);
     const TableColumn* const column = columns_.Find(name);
     if (column != nullptr && column->IsRead())
-      return column->ReadCell(text, number.value_or(0.0), number.has_value(),
-                              OptionName(request_.wording, "bounds") + " " + Quoted(whole));
+      return column->ReadCell(text, number.value_or(0.0), number.has_value(), Quoted(whole));
     if (!number) RefuseBounds(whole);
     return *number;
+  }
+
+  void Set(const std::string& name, const std::pair<double, double>& range) {
+    if (!wishes_.bounds.emplace(FromUtf8(name), range).second)
+      throw Refusal(OptionName(request_.wording, "bounds") + ": " + Quoted(name) + " has two");
+  }
+
+  void AddFixed(const std::string& text) {
+    const auto equals = text.rfind('=');
+    if (equals == std::string::npos || equals == 0)
+      throw Refusal(OptionName(request_.wording, "fix") + ": " + Quoted(text) +
+                    " is not name=value");
+    const std::string name = text.substr(0, equals);
+    const double value = Value(name, text.substr(equals + 1), text);
+    Set(name, {value, value});
+    wishes_.scatter.fixed[FromUtf8(name)] = value;
   }
 
   void AddBounds(const std::string& text) {
@@ -95,8 +116,7 @@ class Request {
       range.first = Value(name, text.substr(first + 1, second - first - 1), text);
       range.second = Value(name, text.substr(second + 1), text);
     }
-    if (!wishes_.bounds.emplace(FromUtf8(name), range).second)
-      throw Refusal(OptionName(request_.wording, "bounds") + ": " + Quoted(name) + " has two");
+    Set(name, range);
   }
 
   const OptimizeRequest& request_;
@@ -169,8 +189,7 @@ Optimization Optimize(const Project& project, const OptimizeRequest& request,
 } catch (const analysis::UnknownName& error) {
   std::vector<std::string> names;
   for (const auto& name : error.GetNames()) names.push_back(ToUtf8(name));
-  throw Refusal(Clause(error) + "; " +
-                NameHint(ToUtf8(error.GetName()), names, "there are"));
+  throw Refusal(Clause(error) + "; " + NameHint(ToUtf8(error.GetName()), names, "there are"));
 } catch (const analysis::AnalysisError& error) {
   throw Refusal(Clause(error));
 }

@@ -18,9 +18,10 @@ struct OptimizeRequest {
   std::vector<std::string> maximize;
   std::vector<std::string> limits;  ///< "stress <= 20", also with "name:" in front
   bool own_limits = true;           ///< the limit criteria of the project count
-  std::vector<std::string>
-      bounds;           ///< "name:low:high", "name=value", also with the words of an input
-  double robust = 0.0;  ///< standard deviations that limits are kept with
+  std::vector<std::string> bounds;  ///< "name:low:high", or "name=value" to hold an input's mean
+  std::vector<std::string> fixed;   ///< "name=value": neither moves nor scatters
+  std::vector<std::string> distributions;  ///< see ParseNamedDistribution, for `robust`
+  double robust = 0.0;                     ///< standard deviations that limits are kept with
   std::uint32_t seed = 1;
   std::uint64_t starts = 40;  ///< local searches, at most
   std::uint64_t points = 0;   ///< of a front; 0: by the number of objectives

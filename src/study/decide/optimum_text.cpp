@@ -307,8 +307,11 @@ Optimization OptimumText::Describe(const analysis::Optimum& optimum) const {
       out << ", all limits kept; the search stopped before it was sure that this is the best";
     out << '\n';
   }
-  out << "  best of " << optimum.num_searches << " searches, which found " << optimum.num_optima
-      << (optimum.num_optima == 1 ? " optimum\n" : " different optima\n");
+  out << "  best of " << optimum.num_searches << " searches";
+  if (optimum.num_optima > 0)
+    out << ", which found " << optimum.num_optima
+        << (optimum.num_optima == 1 ? " optimum" : " different optima");
+  out << '\n';
   PrintInputs(optimum, out);
   PrintLimits(optimum, out);
   PrintQuantities(optimum.design, out);

@@ -32,10 +32,13 @@ TEST(ParetoFront, CoversThePublishedFronts) {
     const Eigen::Vector2d reference(1.1, 1.1);
     const double whole = support::Hypervolume(exact, reference);
     double v = support::Hypervolume(front.objectives, reference);
-    printf("%d: %zu points %ld searches %g of %g = %g  %g s\n", number, front.points.size(), (long)front.num_searches, v, whole, 1 - v / whole, std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count());
+    printf("%d: %zu points %ld searches %g of %g = %g  %g s\n", number, front.points.size(),
+           (long)front.num_searches, v, whole, 1 - v / whole,
+           std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count());
     EXPECT_GE(v, 0.99 * whole) << number;
     double largest = 0;
-    for (Eigen::Index k = 0; k + 1 < front.objectives.rows(); ++k) largest = std::max(largest, (front.objectives.row(k + 1) - front.objectives.row(k)).norm());
+    for (Eigen::Index k = 0; k + 1 < front.objectives.rows(); ++k)
+      largest = std::max(largest, (front.objectives.row(k + 1) - front.objectives.row(k)).norm());
     printf("gap %g\n", largest);
   }
 }

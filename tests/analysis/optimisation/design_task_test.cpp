@@ -1,0 +1,132 @@
+#include "analysis/optimisation/design_task.h"
+
+#include "analysis/function_model.h"
+#include "analysis/optimisation/optimum.h"
+#include "support/function_study.h"
+#include "support/message_of.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using namespace corvath::analysis;
+
+/// Two inputs, the responses s[0] = x, s[1] = y - x, f = x^2 + y^2, and a limit criterion f <= 9.
+std::shared_ptr<FunctionModel> MakeModel(bool with_scatter = false) {
+  namespace types = corvath::enums::RandomVariable;
+  std::vector<StudyInput> inputs = {support::BoundedInput(L"x", -4.0, 4.0),
+                                    support::BoundedInput(L"y", -4.0, 4.0)};
+  if (with_scatter) {
+    inputs[0].variable = support::RandomInput(L"x", types::NORMAL, {1.0, 0.2}).variable;
+    inputs[1].variable = support::RandomInput(L"y", types::NORMAL, {1.0, 0.1}).variable;
+  }
+  std::vector<StudyQuantity> quantities(4);
+  quantities[0].name = L"s[0]";
+  quantities[1].name = L"s[1]";
+  quantities[2].name = L"f";
+  quantities[3].name = L"inside";
+  quantities[3].kind = StudyQuantity::Kind::kLimit;
+  return std::make_shared<FunctionModel>(inputs, quantities, [](const ConstPoints& x) {
+    Eigen::MatrixXd values(x.rows(), 4);
+    values.col(0) = x.col(0);
+    values.col(1) = x.col(1) - x.col(0);
+    values.col(2) = x.rowwise().squaredNorm();
+    values.col(3) = 9.0 - values.col(2).array();
+    return values;
+  });
+}
+
+Optimum Solve(const DesignWishes& wishes, bool with_scatter = false) {
+  const DesignTask task(MakeModel(with_scatter), wishes);
+  return FindOptimum(task, {});
+}
+
+TEST(DesignTask, SolvesWhatTextsSayToTheirClosedForms) {
+  const double root = std::sqrt(4.5);
+  const struct {
+    DesignWishes wishes;
+    double objective;
+    Eigen::RowVector2d x;
+    std::vector<double> multipliers;
+  } cases[] = {
+      // On the circle of radius 3 towards (1, 1); the objective gains sqrt(2) / (2 * 3) per unit of f.
+      {{{{L"x + y", true}}, {}, true, {}, 0.0, {}},
+       2.0 * root,
+       {root, root},
+       {std::sqrt(2.0) / 6.0}},
+      // The largest of |x| and |y - x| with y held at 2.5: both 1.25.
+      {{{{L"2*max(abs(s)) - 1", false}}, {}, true, {{L"y", {2.5, 2.5}}}, 0.0, {}},
+       1.5,
+       {1.25, 2.5},
+       {0.0}},
+      // -max(-a, -b) = min(a, b); a limit in each direction, one with a name.
+      {{{{L"min(x, y)", true}}, {L"low: 2*x <= 3", L"f >= 1"}, true, {}, 0.0, {}},
+       1.5,
+       {1.5, 1.5},
+       {}},
+      // Each element of the vector is limited.
+      {{{{L"y", true}}, {L"s <= 1"}, false, {}, 0.0, {}}, 2.0, {1.0, 2.0}, {2.0}},
+  };
+  for (const auto& [wishes, objective, x, multipliers] : cases) {
+    const Optimum optimum = Solve(wishes);
+    EXPECT_EQ(optimum.status, OptimumStatus::kOptimal);
+    EXPECT_NEAR(optimum.objectives(0), objective, 1e-6);
+    for (const auto& limit : optimum.limits) EXPECT_GE(limit.reserve, 0.0);
+    for (std::size_t j = 0; j < multipliers.size(); ++j)
+      EXPECT_NEAR(optimum.limits[j].multiplier, multipliers[j], 1e-4);
+    const bool leaves_one_free = wishes.objectives[0].text == L"min(x, y)";
+    EXPECT_TRUE(leaves_one_free || optimum.design.inputs.isApprox(x, 1e-4))
+        << optimum.design.inputs;
+  }
+}
+
+TEST(DesignTask, KeepsLimitsWithTheScatterOfTheInputs) {
+  // x + y <= 3 with k standard deviations: sqrt(0.2^2 + 0.1^2) each, so x + y = 3 - 3 * 0.2236.
+  DesignWishes wishes{{{L"x + y", true}}, {L"x + y <= 3"}, false, {}, 3.0, {}};
+  EXPECT_NEAR(Solve(wishes, true).objectives(0), 3.0 - 3.0 * std::sqrt(0.05), 1e-6);
+  // f = x^2 + y^2 around (2, 1): variance sum 4 x^2 s^2 + 2 s^4, mean f + sum s^2.
+  const InputScatter scatter(*MakeModel(true), {});
+  const auto moments = scatter.Propagate(Eigen::RowVector2d(2.0, 1.0), [](const auto& x) {
+    return Eigen::MatrixXd(x.rowwise().squaredNorm());
+  });
+  EXPECT_NEAR(moments.mean(0), 5.05, 1e-12);
+  EXPECT_NEAR(moments.deviation(0), std::sqrt(16.0 * 0.04 + 4.0 * 0.01 + 2.0 * (0.0016 + 0.0001)),
+              1e-12);
+}
+
+TEST(DesignTask, SaysWhyThereIsNoOptimum) {
+  const auto refusal = [](const DesignWishes& wishes) {
+    return support::MessageOf([&] { Solve(wishes); });
+  };
+  const DesignWishes::Objective f{L"f", false};
+  EXPECT_EQ(refusal({{{L"g", false}}, {}, true, {}, 0.0, {}}),
+            "There is no input, response or criterion \"g\".");
+  EXPECT_EQ(refusal({{{L"s", false}}, {}, true, {}, 0.0, {}}),
+            "\"s\" is a vector of 2 numbers; max(abs(s)) is its largest magnitude, s[0] its first "
+            "element.");
+  EXPECT_EQ(refusal({{f}, {L"x + 1"}, true, {}, 0.0, {}}),
+            "The limit \"x + 1\" does not compare; write \"left <= right\" or \"left >= right\".");
+  EXPECT_EQ(refusal({{f}, {}, true, {{L"x", {1.0, 1.0}}, {L"y", {0.0, 0.0}}}, 0.0, {}}),
+            "All inputs are held: there is nothing to choose.");
+  EXPECT_EQ(refusal({{}, {}, true, {}, 0.0, {}}),
+            "No objective: the project tells limits and values, but not which value is to be "
+            "minimised or maximised. There are s[0], s[1], f.");
+
+  // The least that is missing of f >= 40 within f <= 9: 15.5 of each.
+  const Optimum broken = Solve({{f}, {L"f >= 40"}, true, {}, 0.0, {}});
+  EXPECT_EQ(broken.status, OptimumStatus::kInfeasible);
+  EXPECT_NEAR(broken.limits[static_cast<std::size_t>(broken.worst_limit)].reserve, -15.5, 1e-3);
+
+  const auto nowhere = std::make_shared<FunctionModel>(
+      MakeModel()->GetInputs(), MakeModel()->GetQuantities(), [](const ConstPoints& x) {
+        return Eigen::MatrixXd::Constant(x.rows(), 4, std::nan("")).eval();
+      });
+  const DesignTask task(nowhere, {{f}, {}, true, {}, 0.0, {}});
+  const Optimum failed = FindOptimum(task, {});
+  EXPECT_EQ(failed.status, OptimumStatus::kFailed);
+  EXPECT_EQ(failed.notes.at(0).substr(0, 45), L"The objective \"f\" has no value at any of 400");
+}
+
+}  // namespace
