@@ -117,7 +117,7 @@ void RunTrain(const TrainOptions& options) {
     corvath::training::WriteStudy(training.GetStudy(), path);
   }
   if (report) {
-    report->Write(ReportProject(Project::Open(path), training.GetNotes()).text);
+    report->Write(ReportProject(Project::Open(path), {training.GetNotes(), {}}).text);
     report->Commit();
   }
   if (options.json) {

@@ -88,9 +88,10 @@ void RunExport(const ExportOptions& options);
 
 struct ReportOptions {
   std::string file;
-  std::string out;     ///< HTML; "-" is standard output
-  std::string hash;    ///< expected signature of `file`; empty: not checked
-  bool quiet = false;  ///< errors alone
+  std::string out;                ///< HTML; "-" is standard output
+  std::vector<std::string> with;  ///< analyses, see ReportRequest
+  std::string hash;               ///< expected signature of `file`; empty: not checked
+  bool quiet = false;             ///< errors alone
 };
 
 /// Writes the project as one page for a browser.

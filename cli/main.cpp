@@ -305,6 +305,12 @@ void AddReport(CLI::App& app) {
       ->required()
       ->type_name("FILE");
   command
+      ->add_option("--with", options.with,
+                   "Analyses to show, too: sensitivity, propagate, or both with a comma")
+      ->delimiter(',')
+      ->check(CLI::IsMember({"sensitivity", "propagate"}).description(""))
+      ->type_name("NAMES");
+  command
       ->add_option("--hash", options.hash,
                    "Refuse PROJECT unless this is its signature (see zel hash)")
       ->type_name("SHA512");

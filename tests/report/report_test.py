@@ -72,7 +72,8 @@ class ReportTest(unittest.TestCase):
         cls.pages = {}
         for project in STUDIES:
             cls.pages[project] = pathlib.Path(cls.folder.name, project.stem + ".html")
-            zel("report", project, "-o", cls.pages[project], "--quiet")
+            analyses = ["--with", "sensitivity,propagate"] if "random" in project.stem else []
+            zel("report", project, "-o", cls.pages[project], "--quiet", *analyses)
 
     @classmethod
     def tearDownClass(cls):
@@ -168,6 +169,22 @@ class ReportTest(unittest.TestCase):
         least.send_keys("20,5", Keys.TAB)
         self.assertEqual(chosen.text,
                          f"{sum(area >= 20.5 for area in areas)} of 150 designs chosen")
+
+    def test_analyses_stand_in_the_page(self):
+        self.open(STUDIES[1])
+        shown = {}
+        for rows in self.browser.find_elements(By.CSS_SELECTOR, "#analyses table"):
+            for row in rows.find_elements(By.CSS_SELECTOR, "tbody tr"):
+                cells = [cell.text for cell in row.find_elements(By.XPATH, "./*")]
+                shown.setdefault(cells[0], []).append(cells[1:])
+        effects = json.loads(zel("sensitivity", STUDIES[1], "--json"))["quantities"]["mass"]
+        scatter = json.loads(zel("propagate", STUDIES[1], "--json"))
+        self.assertAlmostEqual(float(shown["mass"][0][-1]), effects["total"]["area_7"], delta=0.01)
+        self.assertAlmostEqual(float(shown["mass"][1][-1]), effects["first"]["area_7"], delta=0.01)
+        mean = scatter["quantities"]["mass"]["mean"]
+        self.assertAlmostEqual(float(shown["mass"][2][0]), mean, delta=1e-3 * mean)
+        self.assertAlmostEqual(float(shown["stress_limit"][3][0]),
+                               scatter["limits"]["stress_limit"]["probability"], delta=1e-4)
 
     def test_names_stay_text_and_nothing_is_asked_for(self):
         self.open(HOSTILE)

@@ -36,13 +36,10 @@
       count(designs.ids.length, 'design')].join(', ');
     at('origin').textContent = `Made by ${models.made_by}. SHA-512 of the project: ${models.project.sha512}`;
 
-    const level = (share) => 'c' + Math.min(5, Math.max(0, Math.round((share || 0) * 5)));
-    const cell = (share, digits = 2) =>
-      element('td', {class: share === null ? 'number' : 'number ' + level(share)}, format(share, digits));
     at('cops').append(table(
       [{text: 'Response'}, {text: 'CoP', number: true}, ...inputs.map((i) => ({text: i.name, number: true}))],
       responses.map((r) => [element('th', {scope: 'row'}, titleOf(r)),
-        cell(r.cop, 4), ...r.single_cops.map((share) => cell(share))]),
+        shareCell(r.cop, 4), ...r.single_cops.map((share) => shareCell(share))]),
       'Coefficients of prognosis of each response, by input'));
 
     const random = data.distributions.some((text) => text);
@@ -372,6 +369,54 @@
         rivals.map((r) => [element('th', {scope: 'row'}, (r.chosen ? '\u2605 chosen: ' : '') + r.model),
           format(r.cop, 4), format(r.rmse, 3), r.inputs]), 'Models that competed'));
   }
+
+  /* Analyses */
+
+  const level = (share) => 'c' + Math.min(5, Math.max(0, Math.round((share || 0) * 5)));
+  const shareCell = (share, digits = 2) => element('td',
+    {class: share === null || share === undefined ? 'number' : 'number ' + level(share)}, format(share, digits));
+
+  function addTable(title, text, content) {
+    const id = 'analysis-' + at('analyses').children.length;
+    at('analyses').append(element('h3', {id}, title), element('p', {}, text),
+      element('div', {class: 'scroll', role: 'region', 'aria-labelledby': id, tabindex: 0}, content));
+    if (at('analyses').hidden) document.querySelector('nav').append(' ', element('a', {href: '#analyses'}, 'Analyses'));
+    at('analyses').hidden = false;
+  }
+
+  function fillSensitivity(result) {
+    const groups = result.groups.map((group) => group.join(' + '));
+    const rows = Object.entries(result.quantities);
+    for (const [key, title, text] of [
+      ['total', 'Total effects', 'The share of the variation that would remain if all other inputs were known.'],
+      ['first', 'First order effects', 'The share of the variation that each input explains by itself.']])
+      addTable(title, `${text} From ${result.evaluations} predictions; pointing at a number shows its interval of 95 %.`,
+        table([{text: 'Quantity'}, ...groups.map((g) => ({text: g, number: true}))],
+          rows.map(([name, q]) => [element('th', {scope: 'row'}, name), ...groups.map((group) => {
+            const cell = shareCell((q[key] || {})[group] ?? null);
+            if (q[key] && q[key][group] !== null && q[key][group] !== undefined)
+              cell.title = `${format(q[key + '_low'][group], 2)} to ${format(q[key + '_high'][group], 2)}`;
+            return cell;
+          })]), title));
+  }
+
+  function fillPropagation(result) {
+    const quantiles = ['0.05', '0.5', '0.95'];
+    addTable('Scatter', `What scatters when the inputs do, at ${result.designs} designs.`, table(
+      [{text: 'Quantity'}, {text: 'Mean', number: true}, {text: 'Standard deviation', number: true},
+        ...quantiles.map((q) => ({text: Number(q) * 100 + ' %', number: true}))],
+      Object.entries(result.quantities).map(([name, q]) => [element('th', {scope: 'row'}, name), format(q.mean),
+        format(q.sd, 3), ...quantiles.map((share) => format((q.quantiles || {})[share]))]), 'Scatter'));
+    const limits = Object.entries(result.limits || {});
+    if (limits.length > 0)
+      addTable('Limits', 'How likely each limit is violated.', table([{text: 'Limit'},
+        {text: 'Probability', number: true}, {text: 'Interval of 95 %', number: true}, {text: 'By'}],
+      limits.map(([name, l]) => [element('th', {scope: 'row'}, name), format(l.probability, 3),
+        `${format(l.low, 3)} to ${format(l.high, 3)}`, l.method]), 'Limits'));
+  }
+
+  if (data.sensitivity) fillSensitivity(data.sensitivity);
+  if (data.propagation) fillPropagation(data.propagation);
 
   function selectResponse(k) {
     shown = k;

@@ -3,6 +3,7 @@
 #include "study/exports/handles.h"
 #include "study/options.h"
 #include "study/table/output_file.h"
+#include "study/watched_work.h"
 
 namespace api = corvath::study::api;
 
@@ -44,9 +45,9 @@ int zelstudy_export(const zelstudy_project* project, const char* options,
     const Options wanted(options, {"format", "name", "responses", "out"});
     const std::string format = wanted.Has("format") ? wanted.GetText("format") : "json";
     Begin(api::ToProgress(progress, user), "export");
-    return api::MakeResult(Deliver(ExportModels(source, format, wanted.GetText("name"),
-                                                wanted.GetUniqueNames("responses")),
-                                   wanted));
+    return api::MakeResult(Deliver(
+        ExportModels(source, format, wanted.GetText("name"), wanted.GetUniqueNames("responses")),
+        wanted));
   });
 }
 
@@ -54,8 +55,13 @@ int zelstudy_report(const zelstudy_project* project, const char* options,
                     zelstudy_progress progress, void* user, zelstudy_result** out) {
   return api::CallFor(out, [&] {
     const auto& source = api::Require(project, "project").project;
-    const Options wanted(options, {"out"});
-    Begin(api::ToProgress(progress, user), "report");
-    return api::MakeResult(Deliver(ReportProject(source), wanted));
+    const Options wanted(options, {"out", "with"});
+    corvath::study::ReportRequest request;
+    request.with = wanted.GetUniqueNames("with");
+    WrittenProject page;
+    corvath::study::RunWatched(api::ToProgress(progress, user), [&](const auto& watched) {
+      page = ReportProject(source, request, watched);
+    });
+    return api::MakeResult(Deliver(page, wanted));
   });
 }
