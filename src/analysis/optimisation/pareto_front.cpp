@@ -79,13 +79,16 @@ class FrontSearch {
     ranges_ = ends.colwise().maxCoeff() - ideal_;
     for (double& range : ranges_)
       if (!(range > 0.0)) range = 1.0;  // this objective is at its best with the others
-    // Each end as good in the other objectives as the first one lets it be.
-    constexpr double kFirst = 1e-4;
+    // Each end as good in the other objectives as the first one lets it be, in each order of them.
+    constexpr double kFirst = 1e-4, kSecond = 1e-2;
     for (Eigen::Index i = 0; i < count; ++i) {
-      Eigen::VectorXd direction = ranges_.transpose();
-      direction(i) *= kFirst;
-      Eigen::VectorXd reference = ideal_.transpose();
-      Add(Search(reference, direction, {points[static_cast<std::size_t>(i)]}));
+      for (Eigen::Index second = 0; second < count; ++second) {
+        if (second == i) continue;
+        Eigen::VectorXd direction = ranges_.transpose();
+        direction(i) *= kFirst;
+        if (count > 2) direction(second) *= kSecond;
+        Add(Search(ideal_.transpose(), direction, {points[static_cast<std::size_t>(i)]}));
+      }
       Accept(points[static_cast<std::size_t>(i)]);
     }
     // Ends that were not as good as they might be make the ranges too wide.
