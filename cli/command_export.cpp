@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "interruption.h"
+#include "progress_line.h"
 #include "standard_output.h"
 #include "study/describe/project_report.h"
 #include "study/project/project.h"
@@ -30,7 +31,8 @@ void WriteFile(const WrittenProject& result, const std::string& source, const st
 }  // namespace
 
 void RunExport(const ExportOptions& options) {
-  std::FILE* const standard_output = ClaimStandardOutput();  // before the library logs what it meets
+  std::FILE* const standard_output =
+      ClaimStandardOutput();  // before the library logs what it meets
   const Project project = Project::Open(options.file, options.hash);
   const std::string name = options.name.empty() ? NameOfFile(options.out) : options.name;
   WriteFile(ExportModels(project, options.format, name, options.responses), options.file,
@@ -40,7 +42,17 @@ void RunExport(const ExportOptions& options) {
 void RunReport(const ReportOptions& options) {
   std::FILE* const standard_output = ClaimStandardOutput();
   const Project project = Project::Open(options.file, options.hash);
-  WriteFile(ReportProject(project), options.file, options.out, standard_output, options.quiet);
+  ReportRequest request;
+  request.with = options.with;
+  WrittenProject page;
+  {
+    ProgressLine line(!options.quiet);
+    page = ReportProject(project, request, [&line](double share, const std::string& text) {
+      line.Update(text, share);
+      return true;
+    });
+  }
+  WriteFile(page, options.file, options.out, standard_output, options.quiet);
 }
 
 }  // namespace cli

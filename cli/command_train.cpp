@@ -5,8 +5,11 @@
 #include "standard_output.h"
 #include "study/describe/json_text.h"
 #include "study/describe/model_text.h"
+#include "study/describe/project_report.h"
 #include "study/describe/text_table.h"
+#include "study/project/project.h"
 #include "study/table/csv_reader.h"
+#include "study/table/output_file.h"
 #include "study/train/training.h"
 
 #include <sys/stat.h>
@@ -15,6 +18,7 @@
 #include <cerrno>
 #include <cstring>
 #include <iostream>
+#include <optional>
 #include <sstream>
 
 namespace cli {
@@ -53,7 +57,7 @@ std::string RequireOutput(const TrainOptions& options) {
   return path;
 }
 
-std::string Summary(const Training& training, const std::string& path) {
+std::string Summary(const Training& training, const std::string& path, const std::string& report) {
   TextTable summary;
   summary.AddColumn("response", TextTable::Align::kLeft);
   summary.AddColumn("CoP", TextTable::Align::kRight);
@@ -72,13 +76,14 @@ std::string Summary(const Training& training, const std::string& path) {
   summary.Print(text, "");
   for (const std::string& note : training.GetNotes()) text << note << '\n';
   text << "Wrote " << path << '\n';
+  if (!report.empty()) text << "Wrote " << report << '\n';
   return text.str();
 }
 
 }  // namespace
 
 void RunTrain(const TrainOptions& options) {
-  ClaimStandardOutput();  // before the library logs what it meets
+  std::FILE* const standard_output = ClaimStandardOutput();  // before the library logs what it meets
   TrainRequest request;
   request.columns.inputs = ParseNames(options.inputs, "--inputs");
   request.columns.responses = ParseNames(options.responses, "--responses");
@@ -91,6 +96,10 @@ void RunTrain(const TrainOptions& options) {
   request.seed = options.seed;
   request.budget = options.budget;
   const std::string path = RequireOutput(options);
+  if (options.report == "-") throw Refusal("--report: standard output tells how good the models are");
+  std::optional<OutputFile> report;  // made before the long work, which its place may make vain
+  if (!options.report.empty())
+    report.emplace(options.report, standard_output, &GetFileWatcher());
   CsvReader table(options.table);
   Training training(table, std::move(request));
   if (!options.quiet && !options.json)
@@ -107,12 +116,16 @@ void RunTrain(const TrainOptions& options) {
     const InterruptionDelay delay;
     corvath::training::WriteStudy(training.GetStudy(), path);
   }
+  if (report) {
+    report->Write(ReportProject(Project::Open(path), {training.GetNotes(), {}}).text);
+    report->Commit();
+  }
   if (options.json) {
     Json::Value document = training.GetDocument();
     document["project"] = path;
     PrintResult(JsonText(document));
   } else if (!options.quiet) {
-    PrintResult(Summary(training, path));
+    PrintResult(Summary(training, path, options.report));
   }
 }
 

@@ -61,6 +61,7 @@ struct TrainOptions {
   bool skip_incomplete = false;        ///< leave rows out that lack an input
   std::vector<std::string> criteria;   ///< see ParseCriteria
   std::string out;                     ///< project file; empty: named after the table
+  std::string report;                  ///< page of the project, see RunReport; empty: none
   std::uint32_t seed = 1;              ///< of the groups of the cross-validation
   double budget = 60.0;                ///< of the training, see TrainSettings
   bool anisotropic = false;            ///< has no effect; scripts of old may name it
@@ -87,9 +88,10 @@ void RunExport(const ExportOptions& options);
 
 struct ReportOptions {
   std::string file;
-  std::string out;     ///< HTML; "-" is standard output
-  std::string hash;    ///< expected signature of `file`; empty: not checked
-  bool quiet = false;  ///< errors alone
+  std::string out;                ///< HTML; "-" is standard output
+  std::vector<std::string> with;  ///< analyses, see ReportRequest
+  std::string hash;               ///< expected signature of `file`; empty: not checked
+  bool quiet = false;             ///< errors alone
 };
 
 /// Writes the project as one page for a browser.

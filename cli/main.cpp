@@ -233,6 +233,11 @@ void AddTrain(CLI::App& app) {
                    "ending .vrdb, which must not exist")
       ->type_name("PROJECT");
   command
+      ->add_option("--report", options.report,
+                   "Write the project as a page for a browser, too, with the notes of the training "
+                   "(see zel report)")
+      ->type_name("FILE");
+  command
       ->add_option("--budget", options.budget,
                    "Seconds that the training may take, roughly, on one core of a common machine; "
                    "counted in operations, so that the same budget gives the same models")
@@ -299,6 +304,12 @@ void AddReport(CLI::App& app) {
   command->add_option("-o,--out", options.out, "HTML page; - is standard output")
       ->required()
       ->type_name("FILE");
+  command
+      ->add_option("--with", options.with,
+                   "Analyses to show, too: sensitivity, propagate, or both with a comma")
+      ->delimiter(',')
+      ->check(CLI::IsMember({"sensitivity", "propagate"}).description(""))
+      ->type_name("NAMES");
   command
       ->add_option("--hash", options.hash,
                    "Refuse PROJECT unless this is its signature (see zel hash)")

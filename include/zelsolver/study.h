@@ -59,6 +59,10 @@
  * (UTF-8, for people; it lives during the call). A return value other than 0 cancels. It must not
  * throw or jump. Null is allowed.
  *
+ * Threads. Long work uses all processors, or as many threads as the environment variable
+ * ZELSOLVER_NUM_THREADS says (1 to 1024); results do not depend on their number. Warnings about a
+ * project's data go to the process's standard output and error, as those of libzelsolver do.
+ *
  * m is the number of inputs, R of responses, C of criteria, n of designs.
  */
 
@@ -210,20 +214,23 @@ ZELSTUDY_API int zelstudy_train(const zelstudy_table* table, const char* options
  *
  * Options:
  *     "candidates": false     add to each response the models that competed for it
- *     "models": false         add to each response its "formula", in full
+ *     "models": false         add to each response the "formula" of its model, or a text that says that
+ *                             it has none
  *
  * Result, as `zel info --json`:
  *
  *     {"project": "study.vrdb",          null when it came from bytes or from a training
  *      "inputs": [{"name": "x", "lower": 0.0, "upper": 1.0, "reference": 0.5, "unit": "mm",
- *        "states": [0, 1], "words": ["brass", "steel"], "date": true, ...,
+ *        "states": [0, 1], "words": ["brass", "steel"], "days_since": "1970-01-01",
+ *        "slashes": "day/month/year", "title": "x [mm]",
  *        "distribution": {"type": "Normal", "parameters": {"mu": 1.0}, "moments": {"mean": 1.0}}}],
  *      "correlations": [{"inputs": ["x", "z"], "coefficient": 0.5}],
  *      "responses": [{"name": "y", "cop": 0.98, "model": "...", "description": "...",
  *        "inputs": [{"name": "x", "single_cop": 0.9}], "candidates": [CANDIDATE, ...]}],
  *      "criteria": [{"name": "limit", "limit": true, "value": "stress <= 25"}]}
  *
- * Keys of an input that does not have such are left out; a response lists the inputs that it uses.
+ * Keys of an input that does not have such are left out; a response lists the inputs that it uses. The
+ * states of a discrete input are what models take: numbers, of words their codes, by "words".
  *
  * Arrays:
  *     "bounds"        m x 2   lower and upper ends of the designs; NaN where there are none
@@ -261,7 +268,7 @@ ZELSTUDY_API int zelstudy_residuals(const zelstudy_project* project, const char*
 /* ---- Predictions ---------------------------------------------------------------------------- */
 
 /**
- * Predicts at n designs. A design that lies further out than `zel solve` accepts is refused.
+ * Predicts at n designs. NaN passes, and predictions of it are NaN. A design that lies further out than `zel solve` accepts is refused.
  *
  * Options:
  *     "responses": NAMES      those wanted; all by default
@@ -358,6 +365,94 @@ ZELSTUDY_API int zelstudy_sample(const zelstudy_project* project, const char* op
                                  zelstudy_result** out);
 /** {"schemes": ["center-point", ...]}: what "scheme" may be. */
 ZELSTUDY_API int zelstudy_schemes(zelstudy_result** out);
+
+/* ---- Export and report ---------------------------------------------------------------------- */
+
+/**
+ * Writes the models for other programs; see `zel export`, docs/export.md and docs/model-json.md.
+ *
+ * Options:
+ *     "format": "json"        or "c" or "python"
+ *     "name": "truss"         beginning of all names in C; without it that of the project
+ *     "responses": NAMES      these alone; without it all
+ *     "out": "truss.c"        a file, which takes the place of an old one in one step; without it the
+ *                             result holds the text
+ * Result: {"text": "..." or "out": "truss.c", "warnings": ["criterion \"...\" is left out: ..."]}.
+ * A response that cannot be exported is refused.
+ * @param progress  called once, before the work; may be null
+ */
+ZELSTUDY_API int zelstudy_export(const zelstudy_project* project, const char* options,
+                                 zelstudy_progress progress, void* user, zelstudy_result** out);
+/**
+ * Writes the project as one HTML page that needs no network; see `zel report` and docs/report.md.
+ *
+ * Options: "out" as for zelstudy_export(), and
+ *     "with": NAMES           analyses to show, too, with their defaults: "sensitivity", "propagate"
+ * Result as for zelstudy_export(). Responses without a usable model are
+ * left out, with a warning; a project without any is refused.
+ */
+ZELSTUDY_API int zelstudy_report(const zelstudy_project* project, const char* options,
+                                 zelstudy_progress progress, void* user, zelstudy_result** out);
+
+/* ---- Analyses ------------------------------------------------------------------------------- */
+
+/**
+ * Tells which inputs matter: Sobol' indices of all responses and criteria on the models; see `zel
+ * sensitivity` and docs/decide.md.
+ *
+ * Options:
+ *     "over": "bounds"        how inputs vary: evenly between their "bounds", or by their
+ *                             "distributions"; by default as the project's models were sampled
+ *     "distributions": NAMES  "load:normal(12, 0.6)": in place of what the project says
+ *     "fixed": NAMES          "load=12": inputs that shall not vary
+ *     "criteria": NAMES       "limit: stress <= 25": further criteria
+ *     "n": 4096               rows of the base samples; a power of 2 is best
+ *     "second_order": false   the interactions of pairs, too
+ *     "seed": 1               0 to 4294967295
+ *
+ * Result: {"over", "seed", "confidence": 0.95, "base": 4096, "evaluations": 49152,
+ *  "inputs": {NAME: {"distribution": "NORMAL", "mean", "sd"} or {"value"}},
+ *  "groups": [["a"], ["b", "c"]],
+ *  "quantities": {NAME: {"kind": "response", "value" or "limit", "mean", "sd", "constant", "failed",
+ *    "unexplained", "first": {INPUT: x}, "first_low", "first_high", "total", "total_low",
+ *    "total_high", "second": [{"inputs": ["a", "b + c"], "value", "low", "high"}]}},
+ *  "notes": [...]}
+ * Inputs that are correlated make one group, "b + c" as INPUT. "unexplained" is 1 - CoP of a response,
+ * null for criteria. "failed" rows had no value. Indices of what is "constant" are null.
+ */
+ZELSTUDY_API int zelstudy_sensitivity(const zelstudy_project* project, const char* options,
+                                      zelstudy_progress progress, void* user,
+                                      zelstudy_result** out);
+
+/**
+ * Tells how responses and criteria scatter when the inputs do, and how likely each limit is violated;
+ * see `zel propagate` and docs/decide.md. Inputs without distribution stay at their reference values.
+ *
+ * Options: "distributions", "fixed", "criteria", "seed" as for zelstudy_sensitivity(), and
+ *     "scheme": "latin-hypercube"  or "sobol", "monte-carlo"
+ *     "n": 10000              designs of the sample
+ *     "until": 0              double the sample until means, standard deviations and probabilities are
+ *                             known to this relative precision; 0: do not
+ *     "most": 1048576         designs at most with "until"
+ *     "quantiles": [0.01, 0.05, 0.25, 0.5, 0.75, 0.95, 0.99]
+ *     "model_error": false    let the errors of the models scatter, too
+ *     "form": true            design points and importance sampling of the limits
+ *
+ * Result: {"designs", "scheme", "seed", "confidence", "model_error", "inputs" as above,
+ *  "quantities": {NAME: {"kind", "mean", "mean_low", "mean_high", "sd", ..., "cov", ..., "min", "max",
+ *    "quantiles": {"0.05": x}, "quantiles_low", "quantiles_high", "failed"}},
+ *  "correlations": [{"quantities": ["y", "z"], "coefficient", "low", "high"}],
+ *  "limits": {NAME: {"probability", "low", "high", "beta", "method": "sampling" or "importance
+ *    sampling", "sampling": {"probability", "low", "high", "violations", "failed"},
+ *    "without_model_error": {...}, "form": {"beta", "probability", "design_points": [{"beta",
+ *    "inputs": {NAME: x}, "importances": {NAME: x}}]}, "importance_sampling": {..., "points"},
+ *    "warnings": [...]}},
+ *  "notes": [...]}
+ * "form" and "importance_sampling" are missing where no design point was looked for or found; "beta" is
+ * null then.
+ */
+ZELSTUDY_API int zelstudy_propagate(const zelstudy_project* project, const char* options,
+                                    zelstudy_progress progress, void* user, zelstudy_result** out);
 
 /* ---- Expressions ---------------------------------------------------------------------------- */
 

@@ -93,12 +93,13 @@ bool ScalarProgram::Append(const ParsedText& text, Index node, int used) {
     case Rule::kSum:
     case Rule::kProduct:
     case Rule::kPower:
-      break;
+      return text.IsBinary(core) && AppendChain(text, core, used);
     default:
       return false;
   }
+}
 
-  if (!text.IsBinary(core)) return false;
+bool ScalarProgram::AppendChain(const ParsedText& text, Index core, int used) {
   // A chain of operators nests to the left, as deep as the text is long.
   std::vector<Index> chain;
   Index left = core;

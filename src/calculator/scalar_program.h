@@ -51,6 +51,8 @@ class ScalarProgram {
 
   /// Appends the steps of a node, with `used` numbers on the stack; false if it has none.
   bool Append(const ParsedText& text, Index node, int used);
+  /// The same of a sum, a product or a power.
+  bool AppendChain(const ParsedText& text, Index core, int used);
 
   std::vector<Step> steps_;
 };

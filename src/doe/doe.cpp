@@ -12,6 +12,7 @@
 #include <cmath>
 #include <ctime>
 #include <iterator>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <utility>

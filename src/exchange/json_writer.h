@@ -21,6 +21,7 @@ class JsonWriter {
   void Count(std::size_t count);
   void Truth(bool truth);
   void Null();
+  void Document(std::string_view json);  ///< a whole value, written elsewhere; made as safe
 
   // Whole members of an object.
   void Text(std::string_view key, std::string_view utf8) { Key(key), Text(utf8); }

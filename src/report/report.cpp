@@ -20,6 +20,7 @@
 #include <limits>
 #include <sstream>
 #include <unordered_map>
+#include <utility>
 
 namespace corvath::report {
 
@@ -226,7 +227,7 @@ void WriteCompetitors(const std::vector<std::vector<Competitor>>& competitors, J
 }
 
 std::string Data(ZELSolver& solver, const exchange::ProjectDescription& project,
-                 const std::vector<std::vector<Competitor>>& competitors) {
+                 const Extras& extras) {
   JsonWriter json;
   json.BeginObject();
   json.Key("models");
@@ -237,7 +238,17 @@ std::string Data(ZELSolver& solver, const exchange::ProjectDescription& project,
   json.BeginArray();
   for (const auto& input : project.inputs) json.Text(DistributionText(solver, input.name));
   json.EndArray();
-  WriteCompetitors(competitors, json);
+  WriteCompetitors(extras.competitors, json);
+  json.Key("notes");
+  json.BeginArray();
+  for (const std::string& note : extras.notes) json.Text(note);
+  json.EndArray();
+  for (const auto& [key, document] : {std::pair("sensitivity", &extras.sensitivity),
+                                      std::pair("propagation", &extras.propagation)}) {
+    if (document->empty()) continue;
+    json.Key(key);
+    json.Document(*document);
+  }
   json.EndObject();
   return json.GetText();
 }
@@ -245,7 +256,7 @@ std::string Data(ZELSolver& solver, const exchange::ProjectDescription& project,
 }  // namespace
 
 std::string WriteReport(ZELSolver& solver, const exchange::ProjectDescription& project,
-                        const std::vector<std::vector<Competitor>>& competitors) {
+                        const Extras& extras) {
   if (project.inputs.empty()) throw exchange::NotDescribable("the project has no inputs");
   if (project.responses.empty())
     throw exchange::NotDescribable("the project has no response with a model");
@@ -258,7 +269,7 @@ std::string WriteReport(ZELSolver& solver, const exchange::ProjectDescription& p
   page += PageStyle();
   page += "</style>\n</head>\n";
   page += PageBody();
-  page += "<script type=\"application/json\" id=\"data\">" + Data(solver, project, competitors) +
+  page += "<script type=\"application/json\" id=\"data\">" + Data(solver, project, extras) +
           "</script>\n<script>";
   page += PageScript();
   return page + "</script>\n</body>\n</html>\n";

@@ -20,14 +20,21 @@ struct Competitor {
   bool chosen = false;
 };
 
+/// What a page shows beside the models and designs of a project.
+struct Extras {
+  std::vector<std::vector<Competitor>> competitors;  ///< of each response; or none at all
+  std::vector<std::string> notes;                    ///< of the training
+  std::string sensitivity;  ///< result of the analysis, see zelstudy_sensitivity(); or empty
+  std::string propagation;  ///< see zelstudy_propagate(); or empty
+};
+
 /// A project as one HTML page that asks nothing of anybody: its models answer in the page, its
 /// designs are shown. Names and texts of the project stand in it as text alone; a content security
 /// policy lets nothing run but the page's own script.
-/// @param solver       of a project that is loaded
-/// @param project      what DescribeProject gave for it
-/// @param competitors  of each of its responses; or none at all
+/// @param solver   of a project that is loaded
+/// @param project  what DescribeProject gave for it
 /// @throws exchange::NotDescribable  no inputs or no responses
 std::string WriteReport(zel::ZELSolver& solver, const exchange::ProjectDescription& project,
-                        const std::vector<std::vector<Competitor>>& competitors);
+                        const Extras& extras);
 
 }  // namespace corvath::report

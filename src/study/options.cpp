@@ -64,6 +64,17 @@ double Options::GetNumber(const char* key, double otherwise) const {
   return object_[key].asDouble();
 }
 
+std::vector<double> Options::GetNumbers(const char* key) const {
+  std::vector<double> numbers;
+  if (!Has(key)) return numbers;
+  if (!object_[key].isArray()) RefuseType(key, "an array of numbers", object_[key]);
+  for (const Json::Value& number : object_[key]) {
+    if (!number.isNumeric() || number.isBool()) RefuseType(key, "an array of numbers", number);
+    numbers.push_back(number.asDouble());
+  }
+  return numbers;
+}
+
 std::uint64_t Options::GetCount(const char* key, std::uint64_t otherwise,
                                 std::uint64_t most) const {
   if (!Has(key)) return otherwise;

@@ -25,6 +25,7 @@ class Options {
   bool GetBool(const char* key, bool otherwise = false) const;
   double GetNumber(const char* key, double otherwise) const;
   std::uint64_t GetCount(const char* key, std::uint64_t otherwise, std::uint64_t most) const;
+  std::vector<double> GetNumbers(const char* key) const;
   std::string GetText(const char* key) const;  ///< empty without the option
   std::vector<std::string> GetNames(const char* key) const;
   /// @throws Refusal  one is empty or stands there twice

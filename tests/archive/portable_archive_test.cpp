@@ -77,26 +77,18 @@ TEST(PortableArchive, WritesTheFramingByteForByte) {
 TEST(PortableArchive, RoundTripsEveryPrimitiveInEveryAnnotationForm) {
   Plain plain;
   plain.number_ = std::numeric_limits<std::int32_t>::min();
-  plain.real_ = -std::numeric_limits<double>::denorm_min();
   plain.text_ = L"a\u0000b\U0001F600";
-  for (const unsigned flags : {0u, 0x1000u, 0x2000u, 0x3000u, 1u}) {
-    std::stringstream stream(support::Save(plain, flags));
-    portable_binary_iarchive ar(stream, archive::kThrowOnMismatch | (flags & 1u));
-    Plain read;
-    ar >> read;
-    EXPECT_EQ(read.number_, plain.number_) << flags;
-    EXPECT_EQ(read.real_, plain.real_) << flags;
-    EXPECT_EQ(read.text_, plain.text_) << flags;
-  }
-}
-
-TEST(PortableArchive, ReadsNanPayloadsAndInfinitiesUnchanged) {
-  for (const double value : {std::nan("0x7"), -HUGE_VAL, -0.0, 5e-324}) {
-    Plain plain;
-    plain.real_ = value;
-    const auto read = support::Load<Plain>(support::Save(plain));
-    EXPECT_EQ(std::memcmp(&read.real_, &value, sizeof value), 0);
-  }
+  for (const double value : {std::nan("0x7"), -HUGE_VAL, -0.0, 5e-324})
+    for (const unsigned flags : {0u, 0x1000u, 0x2000u, 0x3000u, 1u}) {
+      plain.real_ = value;
+      std::stringstream stream(support::Save(plain, flags));
+      portable_binary_iarchive ar(stream, archive::kThrowOnMismatch | (flags & 1u));
+      Plain read;
+      ar >> read;
+      EXPECT_EQ(read.number_, plain.number_) << flags;
+      EXPECT_EQ(std::memcmp(&read.real_, &value, sizeof value), 0) << flags;
+      EXPECT_EQ(read.text_, plain.text_) << flags;
+    }
 }
 
 TEST(PortableArchive, MismatchOfAnnotationsFollowsThePolicy) {
@@ -189,14 +181,11 @@ TEST(PortableArchive, RecognisesTheStartOfAnArchive) {
   EXPECT_FALSE(is_archive("58425804110003FF"));
 }
 
-TEST(PortableArchive, RefusesABoolThatIsNoBool) {
+TEST(PortableArchive, RefusesABoolThatIsNoBoolAndTextThatIsNoUnicode) {
   std::istringstream stream(FromHex("4B425804110000000200"));
   portable_binary_iarchive ar(stream);
   bool flag = false;
   EXPECT_EQ(support::MessageOf([&] { ar >> flag; }), "integer cannot be represented");
-}
-
-TEST(PortableArchive, RefusesWideTextThatIsNoUnicode) {
   Plain plain;
   plain.text_ = std::wstring(1, static_cast<wchar_t>(0xD800));
   EXPECT_EQ(support::MessageOf([&] { support::Save(plain); }), "invalid input character");

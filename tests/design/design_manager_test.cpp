@@ -4,6 +4,7 @@
 #include "foundation/exception.h"
 #include "support/archive_round_trip.h"
 #include "support/message_of.h"
+#include "support/points.h"
 #include "support/values.h"
 
 #include <gtest/gtest.h>
@@ -355,13 +356,7 @@ TEST(DesignTable, NumbersStandInTheColumnsOfTheirNames) {
       2.5, 7, 8, nan, 1, nan, nan, nan,      //
       nan, 6, nan, nan, nan, nan, nan, nan,  //
       nan, nan, nan, nan, nan, nan, nan, nan;
-  ASSERT_EQ(matrix.rows(), 4);
-  ASSERT_EQ(matrix.cols(), 8);
-  for (Eigen::Index i = 0; i < 4; ++i)
-    for (Eigen::Index k = 0; k < 8; ++k)
-      EXPECT_TRUE(matrix(i, k) == expected(i, k) ||
-                  (std::isnan(matrix(i, k)) && std::isnan(expected(i, k))))
-          << i << ", " << k << ": " << matrix(i, k);
+  EXPECT_EQ(Deviation(matrix, expected), 0.0);
   // A width that is too small for a value cuts it off; no neighbour is touched.
   const Eigen::MatrixXd narrow = designs.GetResponseMatrix({{L"m", 2}, {L"a", 0}});
   EXPECT_EQ(narrow(0, 1), 2.0);

@@ -3,7 +3,6 @@
 #include "foundation/exception.h"
 #include "metamodel/kriging/ordinary_kriging.h"
 #include "metamodel/regression/linear_regression.h"
-#include "metamodel/transforms/trans_box_cox.h"
 #include "support/message_of.h"
 #include "support/points.h"
 
@@ -20,7 +19,6 @@ namespace {
 
 using support::Deviation;
 using support::MessageOfExactly;
-using transform::TransBoxCox;
 using transform::TransformType;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -69,16 +67,14 @@ Eigen::RowVectorXd Basis(const Eigen::RowVectorXd& x, std::uint64_t order) {
   return basis;
 }
 
-/// The second route: a dense weighted solve by QR for the one point x. Support points whose bit in
-/// `left_out` is set do not count.
+/// The second route: a dense weighted solve by QR for the one point x.
 double ByQR(const Eigen::MatrixXd& points, const Eigen::VectorXd& values, std::uint64_t order,
-            const Weight& weight, const Eigen::RowVectorXd& x, const BitVector& left_out = {}) {
+            const Weight& weight, const Eigen::RowVectorXd& x) {
   const Eigen::MatrixXd displacements = points.rowwise() - x;
   Eigen::MatrixXd design(points.rows(), Basis(x, order).size());
   Eigen::VectorXd root(points.rows());
   for (Eigen::Index i = 0; i < points.rows(); ++i) {
-    const bool counts = left_out.empty() || !left_out[static_cast<std::size_t>(i)];
-    root(i) = counts ? std::sqrt(weight(displacements.row(i), displacements)) : 0.0;
+    root(i) = std::sqrt(weight(displacements.row(i), displacements));
     design.row(i) = Basis(points.row(i), order);
   }
   const Eigen::VectorXd coefficients =
@@ -167,43 +163,6 @@ TEST(MovingLeastSquares, HasNoPredictionOutOfReach) {
   };
   EXPECT_TRUE(std::isnan(at(2.0 / std::sqrt(5.0 / 3.0) * (1.0 - 1e-9))));
   EXPECT_NEAR(at(2.0 / std::sqrt(5.0 / 3.0) * (1.0 + 1e-9)), -1.0, 1e-8);
-}
-
-TEST(MovingLeastSquares, CrossValidationIsThatOfRefits) {
-  constexpr Eigen::Index n = 260;
-  const Eigen::MatrixXd points = support::UniformPoints(n, 2, 1);
-  const Eigen::VectorXd values = Response(points);
-  TransBoxCox trans(0);
-  trans.Build(values);
-  const Eigen::VectorXd z = trans.Forward(values);
-  const Weight weight = [](const auto& d, const auto&) {
-    return Thousandth(d.squaredNorm() / 0.49);
-  };
-  IndexVector groups(n);
-  for (Eigen::Index i = 0; i < n; ++i) groups(i) = static_cast<std::uint64_t>(i % 7);
-  groups(3) = std::numeric_limits<std::uint64_t>::max();
-  for (const std::uint64_t order : {0u, 1u, 2u}) {
-    MovingLeastSquaresSettings settings =
-        Settings(2, order, KernelType::kConstInflIsoExp, Radius(0.7));
-    settings.SetValueTransform(TransformType::kBoxCox);
-    settings.SetValueTransformParameter({0.0, 0.1, 10.1});
-    MovingLeastSquares model(points, values, settings);
-    ASSERT_TRUE(model.Build());
-    const auto refit = [&](bool one_by_one) {
-      Eigen::VectorXd result(n);
-      for (Eigen::Index i = 0; i < n; ++i) {
-        BitVector left_out(n, false);
-        for (Eigen::Index j = 0; j < n; ++j)
-          left_out[static_cast<std::size_t>(j)] = one_by_one ? i == j : groups(i) == groups(j);
-        result(i) = ByQR(points, z, order, weight, points.row(i), left_out);
-      }
-      return trans.Backward(result).eval();
-    };
-    // The logarithm's scale of values is 10 units wide: errors of the fit grow by as much.
-    EXPECT_LT(Deviation(model.ApproximateCrossValidation(groups), refit(false)), 1e-8);
-    EXPECT_LT(Deviation(model.ApproximateLeaveOneOut(), refit(true)), 1e-8);
-    EXPECT_LT(Deviation(model.ApproximateCrossValidation({}), refit(true)), 1e-8);
-  }
 }
 
 TEST(MovingLeastSquares, GroupsThatTakeAwayTheNeighboursGiveNaN) {

@@ -1,7 +1,6 @@
 #include "metamodel/kriging/ordinary_kriging.h"
 
 #include "metamodel/plain_kriging.h"
-#include "metamodel/transforms/trans_box_cox.h"
 
 #include <Eigen/Dense>
 #include <gtest/gtest.h>
@@ -10,8 +9,6 @@
 #include <vector>
 
 using namespace corvath::math::metamodel;
-using corvath::math::transform::TransBoxCox;
-using corvath::math::transform::TransformType;
 using support::PlainKriging;
 
 namespace {
@@ -58,13 +55,6 @@ std::vector<Case> BothKernels() {
           {KernelType::kConstInflExp, Eigen::Vector3d(0.8, 2.0, 1.1), 1e-3}};
 }
 
-Eigen::MatrixXd WithoutRows(const Eigen::MatrixXd& matrix, const std::vector<Eigen::Index>& rows) {
-  std::vector<Eigen::Index> kept;
-  for (Eigen::Index i = 0; i < matrix.rows(); ++i)
-    if (std::find(rows.begin(), rows.end(), i) == rows.end()) kept.push_back(i);
-  return matrix(kept, Eigen::all);
-}
-
 }  // namespace
 
 TEST(OrdinaryKriging, MatchesTheDenseSystem) {
@@ -102,68 +92,6 @@ TEST(OrdinaryKriging, PredictsRowsIndependentlyAndPassesNaNOn) {
   for (const Eigen::Index i : {0, 9, 255, 256, 257, 599})
     EXPECT_EQ(model.Approximate(x.row(i))(0), all(i)) << i;
   EXPECT_EQ(model.Approximate(x.topRows(0)).size(), 0);
-}
-
-TEST(OrdinaryKriging, LeaveOneOutAndGroupsEqualRefitting) {
-  const Sample sample;
-  const Eigen::Index n = sample.values.size();
-  const Eigen::MatrixXd scaled = Scaled(sample.points, sample.points);
-  IndexVector groups(n);  // of different sizes, numbers with gaps, one of a single point
-  for (Eigen::Index i = 0; i < n; ++i)
-    groups(i) = i == 3 ? 900 : static_cast<std::uint64_t>(i * i % 7);
-  for (const Case& c : BothKernels()) {
-    OrdinaryKriging model(sample.points, sample.values, Settings(c.type, c.radii, c.nugget));
-    ASSERT_TRUE(model.Build());
-    for (const IndexVector& subsets : {IndexVector(), groups}) {
-      const Eigen::VectorXd predicted = model.ApproximateCrossValidation(subsets);
-      const Eigen::VectorXd direct = model.ApproximateCrossValidationDirect(subsets);
-      for (Eigen::Index i = 0; i < n; ++i) {
-        std::vector<Eigen::Index> left_out;
-        for (Eigen::Index k = 0; k < n; ++k)
-          if (subsets.size() == 0 ? k == i : subsets(k) == subsets(i)) left_out.push_back(k);
-        const PlainKriging refit(WithoutRows(scaled, left_out),
-                                 WithoutRows(sample.values, left_out), c.radii, c.nugget);
-        const double expected = refit.Predict(scaled.row(i));
-        ASSERT_NEAR(predicted(i), expected, 1e-8);
-        ASSERT_NEAR(direct(i), expected, 1e-8);
-      }
-    }
-    EXPECT_EQ(model.ApproximateLeaveOneOut(), model.ApproximateCrossValidation(IndexVector()));
-  }
-}
-
-TEST(OrdinaryKriging, CrossValidationWorksInTransformedValues) {
-  const Sample sample;
-  OrdinaryKrigingSettings settings = Settings(KernelType::kConstInflIsoExp, One(1.2), 1e-4);
-  settings.SetValueTransform(TransformType::kBoxCox);
-  settings.SetValueTransformParameter({0.0, 0.1, 10.1});  // the logarithm
-  settings.SetLimitTransform(TransformType::kLimits);
-  settings.SetLimitTransformParameter({-1e3, 5.0});
-  OrdinaryKriging model(sample.points, sample.values, settings);
-  ASSERT_TRUE(model.Build());
-  TransBoxCox log_transform(0, 0.1, 10.1);
-  log_transform.Build(sample.values);
-  const Eigen::VectorXd y = log_transform.Forward(sample.values);
-  const Eigen::MatrixXd scaled = Scaled(sample.points, sample.points);
-  const Eigen::VectorXd predicted = model.ApproximateLeaveOneOut();
-  bool limited = false;
-  for (Eigen::Index i = 0; i < y.size(); ++i) {
-    const PlainKriging refit(WithoutRows(scaled, {i}), WithoutRows(y, {i}), One(1.2), 1e-4);
-    const double back = log_transform.Backward(One(refit.Predict(scaled.row(i))))(0);
-    EXPECT_NEAR(predicted(i), std::min(back, 5.0), 1e-7);
-    limited = limited || back > 5.0;
-  }
-  EXPECT_TRUE(limited);  // or the limit was not put to the test
-}
-
-TEST(OrdinaryKriging, NothingPredictsAGroupOfAllPoints) {
-  const Sample sample(5);
-  OrdinaryKriging model(sample.points, sample.values,
-                        Settings(KernelType::kConstInflIsoExp, One(1.0), 1e-6));
-  ASSERT_TRUE(model.Build());
-  const IndexVector one_group = IndexVector::Constant(5, 4);
-  EXPECT_TRUE(model.ApproximateCrossValidation(one_group).array().isNaN().all());
-  EXPECT_TRUE(model.ApproximateCrossValidationDirect(one_group).array().isNaN().all());
 }
 
 TEST(OrdinaryKriging, LikelihoodGradientMatchesExtrapolatedDifferences) {

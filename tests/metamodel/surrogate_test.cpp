@@ -6,6 +6,7 @@
 #include "metamodel/transforms/trans_min_max.h"
 #include "support/expect_refusals.h"
 #include "support/points.h"
+#include "support/stub_surrogate.h"
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
@@ -21,11 +22,12 @@ using support::MessageOfExactly;
 using transform::TransformType;
 
 /// A model with given cross-validation residuals and no transforms: shows the base class alone.
-class GivenModel : public SurrogateBase {
+class GivenModel : public support::StubSurrogate {
  public:
   GivenModel(const Eigen::MatrixXd& points, const Eigen::VectorXd& values,
              const Eigen::VectorXd& residuals)
-      : SurrogateBase(points, values), given_(residuals) {
+      : given_(residuals) {
+    SetSupportData(points, values);
     SetCoordTransform(TransformType::kNone, {});
   }
   bool Build() override {
@@ -33,7 +35,6 @@ class GivenModel : public SurrogateBase {
     need_build_ = false;
     return true;
   }
-  bool IsSolvable() const override { return true; }
   bool IsBuilt() const override { return !need_build_; }
   Eigen::VectorXd Approximate(const ConstPoints& points) const override {
     return points.rowwise().sum();
@@ -43,14 +44,9 @@ class GivenModel : public SurrogateBase {
     last_subsets = subsets;
     return values_ - given_;
   }
-  using SurrogateBase::BuildOptimal;
-  bool BuildOptimal(const IndexVector&) override { return Build(); }
-  std::wstring GetName(bool) const override { return L"Given"; }
   BitVector GetVariableSelection() const override {
     return BitVector(static_cast<std::size_t>(points_.cols()), true);
   }
-  std::uint64_t GetNumberCoefficients() const override { return 0; }
-  const SurrogateSettingsBase& GetSettingsBase() const override { return settings_; }
   GivenModel* Clone() const override { return new GivenModel(*this); }
   void SetSettings(const SurrogateSettingsBase&) override { throw std::logic_error("no settings"); }
 
@@ -59,7 +55,6 @@ class GivenModel : public SurrogateBase {
 
  private:
   Eigen::VectorXd given_;
-  LinearRegressionSettings settings_;
 };
 
 GivenModel RandomModel(Eigen::Index n, Eigen::Index m) {

@@ -133,6 +133,12 @@ TEST(Study, TrainsTheSameFromColumnsAndFromACsv) {
   const Json::Value document = Document(from_columns.result);
   EXPECT_EQ(document["inputs"][0]["unit"], "mm");
   EXPECT_EQ(document["inputs"][2]["words"][1], "steel");
+  const Json::Value described = Document(Get<Result>([&](zelstudy_result** out) {
+    return zelstudy_describe(from_columns.project.get(), nullptr, out);
+  }));
+  EXPECT_EQ(described["inputs"][0]["unit"], "mm");
+  EXPECT_FALSE(described["inputs"][0].isMember("states"));
+  EXPECT_EQ(described["inputs"][2]["states"][1].asDouble(), 1.0);
   Json::Value same = Document(from_csv.result)["responses"];
   EXPECT_EQ(document["responses"].size(), 1u);
   EXPECT_EQ(document["responses"][0]["cop"], same[0]["cop"]);
@@ -277,6 +283,23 @@ TEST(Study, DescribesAndSamplesRandomInputs) {
   }
 }
 
+TEST(Study, ExportsAndReports) {
+  const Project project = OpenSample();
+  const auto write = [&](auto* function, const char* options) {
+    return Document(Get<Result>([&](zelstudy_result** out) {
+      return function(project.get(), options, nullptr, nullptr, out);
+    }));
+  };
+  Json::Value models;
+  std::istringstream(write(zelstudy_export, R"({"responses": ["mass"]})")["text"].asString()) >>
+      models;
+  EXPECT_EQ(models["responses"].size(), 1u);
+  EXPECT_EQ(models["criteria_left_out"].size(), 4u);  // they read other responses
+  EXPECT_THAT(write(zelstudy_export, R"({"format": "c", "name": "t"})")["text"].asString(),
+              testing::HasSubstr("void t_predict("));
+  EXPECT_THAT(write(zelstudy_report, "")["text"].asString(), testing::StartsWith("<!DOCTYPE html>"));
+}
+
 TEST(Study, EvaluatesExpressionsWithMeaningsOfAllKinds) {
   const struct {
     const char* expression;
@@ -305,6 +328,34 @@ TEST(Study, EvaluatesExpressionsWithMeaningsOfAllKinds) {
     EXPECT_GT(Document(Get<Result>(list)).size(), 0u);
 }
 
+TEST(Study, AnalysesAProject) {
+  const Project project = OpenSample();
+  int num_reports = 0;
+  const auto count = [](double share, const char*, void* user) {
+    ++*static_cast<int*>(user);
+    return share > 1.0 ? 1 : 0;
+  };
+  const Json::Value sensitivity = Document(Get<Result>([&](zelstudy_result** out) {
+    return zelstudy_sensitivity(project.get(), R"({"n": 512, "fixed": ["area_1=10"]})", count,
+                                &num_reports, out);
+  }));
+  EXPECT_GT(num_reports, 0);
+  EXPECT_EQ(sensitivity["groups"].size(), 9u);
+  // The mass is a sum of areas times lengths: 5 bars of length 1 vary, and 4 of the root of 2.
+  EXPECT_NEAR(sensitivity["quantities"]["mass"]["first"]["area_7"].asDouble(), 2.0 / 13.0, 1e-2);
+
+  const Json::Value scatter = Document(Get<Result>([&](zelstudy_result** out) {
+    return zelstudy_propagate(
+        project.get(),
+        R"~({"distributions": ["area_1:normal(10, 1)"], "criteria": ["thin: area_1 >= 6"],
+             "quantiles": [0.5], "n": 1000, "form": true})~",
+        nullptr, nullptr, out);
+  }));
+  EXPECT_NEAR(scatter["limits"]["thin"]["beta"].asDouble(), 4.0, 1e-3);
+  EXPECT_EQ(scatter["quantities"]["mass"]["quantiles"].getMemberNames(),
+            std::vector<std::string>{"0.5"});
+}
+
 TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
   const Data data;
   const Table table = data.MakeTable();
@@ -325,6 +376,11 @@ TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
   const auto sample = [&](const char* options) {
     return [options](zelstudy_result** out) { return zelstudy_sample(nullptr, options, out); };
   };
+  const auto propagate = [&](const char* options) {
+    return [&, options](zelstudy_result** out) {
+      return zelstudy_propagate(project.get(), options, nullptr, nullptr, out);
+    };
+  };
   const auto evaluate = [&](const char* expression, const char* definitions) {
     return [expression, definitions](zelstudy_result** out) {
       return zelstudy_evaluate(expression, definitions, out);
@@ -335,6 +391,10 @@ TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
     const char* message;
   } cases[] = {
       {train("{"), "options: no JSON"},
+      {[&](zelstudy_result** out) {
+         return zelstudy_export(project.get(), R"({"format": "go"})", nullptr, nullptr, out);
+       },
+       R"(no export format "go")"},
       {train("[]"), "options: a JSON object is wanted, not an array"},
       {train(R"({"inputs": ["x"]})"), "responses: names of columns are wanted"},
       {train(R"({"inputs": ["x"], "responses": ["y"], "sed": 1})"), R"(did you mean "seed"?)"},
@@ -363,6 +423,9 @@ TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
       {sample(R"({"scheme": "latin-hypercube-sampling", "n": 1e15, "inputs": ["a:0:1"]})"),
        "too large"},
       {sample(R"({"scheme": "sobol", "n": 3, "inputs": ["a:1:0"]})"), "the lower bound is above"},
+      {propagate("{}"), "No input has a distribution."},
+      {propagate(R"({"quantiles": [true]})"), "quantiles: an array of numbers is wanted"},
+      {propagate(R"~({"distributions": ["area_1:normal(1)"]})~"), "standard deviation are wanted"},
       {evaluate("1 +", nullptr), "parsing"},
       {evaluate("a", R"({"a": [[1], [2, 3]]})"), R"(definitions: "a": a number)"},
       {evaluate("1", R"({"pi": 1})"), "pi"},

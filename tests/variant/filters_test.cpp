@@ -277,6 +277,8 @@ TEST(Filters, RefuseInOrder) {
   EXPECT_EQ(sae(XY({0}, {1}), cf), "CDimension: Signal must have at least 2 data points.");
   EXPECT_BEGINS(sae(x, Scalar(1)), "CDomain: Cutoff frequency cf out of range. Must fulfill 0.0");
   EXPECT_EQ(sae(x, Vec({0.1, 0.2})), "CDomain: Cutoff must be type of scalar.");
+  EXPECT_EQ(Outcome([&](Value& r) { fn::saeFilter(r, x, cf, 1, 0, 0, 0, 2, true); }),
+            "CFilter: Wrong condition: ZERO, CONSTANT expected.");
 
   const auto decimate = [](const Value& s, int factor, int ratio) {
     return Outcome([&](Value& r) { fn::decimateFilter(r, s, factor, ratio, 1, 0, 0); });

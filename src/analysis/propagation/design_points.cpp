@@ -1,6 +1,5 @@
 #include "analysis/propagation/design_points.h"
 
-#include "analysis/progress.h"
 #include "doe/scrambled_sobol.h"
 #include "doe/sobol_table.h"
 #include "optimizer/optimizer_nlpqlp.h"
@@ -27,7 +26,8 @@ constexpr double kOnSurface = 1e-4;      ///< of |g| at the origin
 
 class Search {
  public:
-  Search(const Scatter& scatter, Index limit) : scatter_(scatter), limit_(limit) {
+  Search(const Scatter& scatter, Index limit, const Progress& progress)
+      : scatter_(scatter), limit_(limit), progress_(progress) {
     at_origin_ = Values(Eigen::MatrixXd::Zero(1, scatter.GetDim()))(0);
   }
 
@@ -116,6 +116,8 @@ class Search {
     OptimizerNLPQLP<double> optimizer;
     optimizer.Initialize(settings);
     do {
+      Report(progress_, static_cast<double>(num_runs_) / static_cast<double>(kMostRuns + 1),
+             L"searching design points");
       const Eigen::MatrixXd u = optimizer.GetNextDesigns();
       const Eigen::VectorXd g = u.rows() == 0 ? Eigen::VectorXd() : Values(u);
       std::vector<bool> succeeded;
@@ -168,6 +170,7 @@ class Search {
 
   const Scatter& scatter_;
   Index limit_;
+  const Progress& progress_;
   double at_origin_ = 0.0;
   std::size_t num_runs_ = 0;
   std::vector<Eigen::VectorXd> tried_;
@@ -181,10 +184,11 @@ double DesignPoint::GetProbability() const {
 }
 
 std::vector<DesignPoint> FindDesignPoints(const Scatter& scatter, Index limit,
-                                          const Eigen::MatrixXd& starts, std::uint32_t seed) {
+                                          const Eigen::MatrixXd& starts, std::uint32_t seed,
+                                          const Progress& progress) {
   if (scatter.HasDiscrete())
     throw AnalysisError(L"FORM needs continuous inputs, but a random input is discrete.");
-  Search search(scatter, limit);
+  Search search(scatter, limit, progress);
   if (!search.HasOrigin()) return {};
   search.RunFrom(Eigen::MatrixXd::Zero(1, scatter.GetDim()));
   search.RunFrom(starts);

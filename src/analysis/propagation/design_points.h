@@ -1,5 +1,6 @@
 #pragma once
 
+#include "analysis/progress.h"
 #include "analysis/propagation/scatter.h"
 
 #include <Eigen/Core>
@@ -39,7 +40,8 @@ struct DesignPoint {
 /// @throws AnalysisError  a variable is discrete: the limit surface then has no nearest point that
 ///                        a gradient leads to
 std::vector<DesignPoint> FindDesignPoints(const Scatter& scatter, Eigen::Index limit,
-                                          const Eigen::MatrixXd& starts, std::uint32_t seed);
+                                          const Eigen::MatrixXd& starts, std::uint32_t seed,
+                                          const Progress& progress = {});
 
 /// Coordinates beyond this occur once in 10^16.
 constexpr double kFarthest = 8.2;

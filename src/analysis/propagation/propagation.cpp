@@ -280,6 +280,9 @@ void Judge(LimitRisk& risk) {
   if (risk.num_failed > 0)
     risk.warnings.push_back(std::to_wstring(risk.num_failed) +
                             L" designs of the sample have no value and are left out");
+  if (risk.importance && risk.importance->num_failed > 0)
+    risk.warnings.push_back(std::to_wstring(risk.importance->num_failed) +
+                            L" points of the importance sampling have no value and count as kept");
   if (risk.design_points.empty()) return;
   const double form = risk.design_points.front().GetProbability();
   const Interval& p = risk.probability;
@@ -303,8 +306,8 @@ LimitRisk AnalyseLimit(const Scatter& scatter, const LimitCount& count, Index nu
     risk.without_errors = ShareInterval(count.num_violations_without_errors,
                                         count.num_finite_without_errors, settings.confidence);
   if (settings.with_form && !scatter.HasDiscrete() && count.num_finite > 0) {
-    Report(progress, 0.0, L"design points of " + risk.name);
-    risk.design_points = FindDesignPoints(scatter, count.column, StartsOf(count), settings.seed);
+    risk.design_points = FindDesignPoints(scatter, count.column, StartsOf(count), settings.seed,
+                                          PartOf(progress, 0.0, 0.3));
     Eigen::MatrixXd u(static_cast<Index>(risk.design_points.size()), scatter.GetDim());
     for (Index i = 0; i < u.rows(); ++i)
       u.row(i) = risk.design_points[static_cast<std::size_t>(i)].u.transpose();

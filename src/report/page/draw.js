@@ -79,6 +79,12 @@ function rangeOf(...lists) {
   return [low, high];
 }
 
+/* A little room around the values. */
+function roomy(range) {
+  const margin = 0.03 * (range[1] - range[0]);
+  return [range[0] - margin, range[1] + margin];
+}
+
 function ticks(low, high, count) {
   const rough = (high - low) / count;
   const base = Math.pow(10, Math.floor(Math.log10(rough)));
@@ -96,6 +102,7 @@ class Plot {
     this.height = height;
     this.canvas = element('canvas', {role: 'img', 'aria-label': label});
     const figure = element('figure', {}, this.canvas);
+    figure.style.maxWidth = width + 'px';
     if (caption) figure.append(element('figcaption', {}, caption));
     parent.append(figure);
     this.left = 58;
@@ -173,6 +180,16 @@ class Plot {
         pen = true;
       });
       c.stroke();
+    });
+  }
+
+  /* Counts of equal parts of the x range. */
+  bars(counts, fill) {
+    this.clip((c) => {
+      c.fillStyle = fill;
+      const width = (this.right - this.left) / counts.length;
+      counts.forEach((count, i) =>
+        c.fillRect(this.left + i * width, this.y(count), width - 1, this.bottom - this.y(count)));
     });
   }
 

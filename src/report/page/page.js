@@ -36,12 +36,10 @@
       count(designs.ids.length, 'design')].join(', ');
     at('origin').textContent = `Made by ${models.made_by}. SHA-512 of the project: ${models.project.sha512}`;
 
-    const level = (share) => 'c' + Math.min(5, Math.max(0, Math.round((share || 0) * 5)));
-    const cell = (share) => element('td', {class: 'number ' + level(share)}, format(share, 2));
     at('cops').append(table(
       [{text: 'Response'}, {text: 'CoP', number: true}, ...inputs.map((i) => ({text: i.name, number: true}))],
       responses.map((r) => [element('th', {scope: 'row'}, titleOf(r)),
-        element('td', {class: 'number ' + level(r.cop)}, format(r.cop, 4)), ...r.single_cops.map(cell)]),
+        shareCell(r.cop, 4), ...r.single_cops.map((share) => shareCell(share))]),
       'Coefficients of prognosis of each response, by input'));
 
     const random = data.distributions.some((text) => text);
@@ -55,7 +53,7 @@
       return row;
     }), 'Inputs with the range of the designs'));
 
-    const notes = [...models.responses_left_out.map((e) => `The response ${e.name} is not here: ${e.reason}.`),
+    const notes = [...data.notes, ...models.responses_left_out.map((e) => `The response ${e.name} is not here: ${e.reason}.`),
       ...models.criteria_left_out.map((e) => `The criterion ${e.name} is not here: ${e.reason}.`)];
     if (notes.length > 0)
       at('notes').append(element('h3', {}, 'Notes'), element('ul', {}, ...notes.map((n) => element('li', {}, n))));
@@ -240,17 +238,18 @@
     const range = rangeOf(grid) || [0, 1];
     mapPlot.begin(ranges[i], ranges[j]);
     const share = (value) => (value - range[0]) / (range[1] - range[0]);
+    const picture = document.createElement('canvas');  /* a pixel for each value, smoothed when drawn */
+    picture.width = picture.height = n + 1;
+    const pixels = picture.getContext('2d').createImageData(n + 1, n + 1);
+    grid.forEach((value, a) => {
+      if (!Number.isFinite(value)) return;
+      const row = n - Math.floor(a / (n + 1));
+      pixels.data.set([...shade(share(value)), 255], 4 * (row * (n + 1) + a % (n + 1)));
+    });
+    picture.getContext('2d').putImageData(pixels, 0, 0);
     mapPlot.clip((c) => {
-      for (let row = 0; row < n; ++row)
-        for (let column = 0; column < n; ++column) {
-          const a = row * (n + 1) + column;
-          const mean = (grid[a] + grid[a + 1] + grid[a + n + 1] + grid[a + n + 2]) / 4;
-          if (!Number.isFinite(mean)) continue;
-          c.fillStyle = `rgb(${shade(share(mean)).join(',')})`;
-          const left = mapPlot.x(along(i, column));
-          const top = mapPlot.y(along(j, row + 1));
-          c.fillRect(left, top, mapPlot.x(along(i, column + 1)) - left + 0.6, mapPlot.y(along(j, row)) - top + 0.6);
-        }
+      c.drawImage(picture, 0.5, 0.5, n, n, mapPlot.left, mapPlot.top, mapPlot.right - mapPlot.left,
+        mapPlot.bottom - mapPlot.top);
       drawContours(c, grid, n, ticks(...range, 8), (s) => mapPlot.x(along(i, s)), (s) => mapPlot.y(along(j, s)));
       c.strokeStyle = '#ffffff';
       c.fillStyle = '#b3261e';
@@ -333,7 +332,7 @@
     const errors = measured.map((value, i) => value - predicted[i]);
     const rmse = errors.length ? Math.sqrt(errors.reduce((s, e) => s + e * e, 0) / errors.length) : NaN;
 
-    const range = rangeOf(measured, predicted) || [0, 1];
+    const range = roomy(rangeOf(measured, predicted) || [0, 1]);
     fitPlot.begin(range, range);
     fitPlot.clip((c) => {
       if (!Number.isFinite(rmse)) return;
@@ -354,15 +353,7 @@
     for (const error of errors)
       ++bins[Math.min(bins.length - 1, Math.floor((error - span[0]) / (span[1] - span[0]) * bins.length))];
     errorPlot.begin(span, [0, Math.max(1, ...bins) * 1.05]);
-    errorPlot.clip((c) => {
-      c.fillStyle = color('accent');
-      const width = (span[1] - span[0]) / bins.length;
-      bins.forEach((count, b) => {
-        const left = errorPlot.x(span[0] + b * width);
-        c.fillRect(left, errorPlot.y(count), errorPlot.x(span[0] + (b + 1) * width) - left - 1,
-          errorPlot.bottom - errorPlot.y(count));
-      });
-    });
+    errorPlot.bars(bins, color('accent'));
     errorPlot.axes('error' + unitOf(response), 'designs');
     errorPlot.canvas.setAttribute('aria-label', errors.length === 0 ? 'No errors are known'
       : `Errors of ${response.name} from ${format(span[0], 3)} to ${format(span[1], 3)}`);
@@ -372,12 +363,60 @@
       : table([{text: 'Design'}, {text: 'Measured', number: true}, {text: 'Predicted', number: true},
         {text: 'Error', number: true}], worst.map(([d, i]) => [element('th', {scope: 'row'}, designs.ids[d]),
         format(measured[i]), format(predicted[i]), format(errors[i], 3)]), 'Designs with the largest errors'));
-    const rivals = (data.competitors[k] || []).slice(0, 15);
+    const rivals = data.competitors[k] || [];
     at('rivals').replaceChildren(rivals.length === 0 ? element('p', {}, 'The project does not tell which models competed.')
       : table([{text: 'Model'}, {text: 'CoP', number: true}, {text: 'Error', number: true}, {text: 'Inputs'}],
         rivals.map((r) => [element('th', {scope: 'row'}, (r.chosen ? '\u2605 chosen: ' : '') + r.model),
           format(r.cop, 4), format(r.rmse, 3), r.inputs]), 'Models that competed'));
   }
+
+  /* Analyses */
+
+  const level = (share) => 'c' + Math.min(5, Math.max(0, Math.round((share || 0) * 5)));
+  const shareCell = (share, digits = 2) => element('td',
+    {class: share === null || share === undefined ? 'number' : 'number ' + level(share)}, format(share, digits));
+
+  function addTable(title, text, content) {
+    const id = 'analysis-' + at('analyses').children.length;
+    at('analyses').append(element('h3', {id}, title), element('p', {}, text),
+      element('div', {class: 'scroll', role: 'region', 'aria-labelledby': id, tabindex: 0}, content));
+    if (at('analyses').hidden) document.querySelector('nav').append(' ', element('a', {href: '#analyses'}, 'Analyses'));
+    at('analyses').hidden = false;
+  }
+
+  function fillSensitivity(result) {
+    const groups = result.groups.map((group) => group.join(' + '));
+    const rows = Object.entries(result.quantities);
+    for (const [key, title, text] of [
+      ['total', 'Total effects', 'The share of the variation that would remain if all other inputs were known.'],
+      ['first', 'First order effects', 'The share of the variation that each input explains by itself.']])
+      addTable(title, `${text} From ${result.evaluations} predictions; pointing at a number shows its interval of 95 %.`,
+        table([{text: 'Quantity'}, ...groups.map((g) => ({text: g, number: true}))],
+          rows.map(([name, q]) => [element('th', {scope: 'row'}, name), ...groups.map((group) => {
+            const cell = shareCell((q[key] || {})[group] ?? null);
+            if (q[key] && q[key][group] !== null && q[key][group] !== undefined)
+              cell.title = `${format(q[key + '_low'][group], 2)} to ${format(q[key + '_high'][group], 2)}`;
+            return cell;
+          })]), title));
+  }
+
+  function fillPropagation(result) {
+    const quantiles = ['0.05', '0.5', '0.95'];
+    addTable('Scatter', `What scatters when the inputs do, at ${result.designs} designs.`, table(
+      [{text: 'Quantity'}, {text: 'Mean', number: true}, {text: 'Standard deviation', number: true},
+        ...quantiles.map((q) => ({text: Number(q) * 100 + ' %', number: true}))],
+      Object.entries(result.quantities).map(([name, q]) => [element('th', {scope: 'row'}, name), format(q.mean),
+        format(q.sd, 3), ...quantiles.map((share) => format((q.quantiles || {})[share]))]), 'Scatter'));
+    const limits = Object.entries(result.limits || {});
+    if (limits.length > 0)
+      addTable('Limits', 'How likely each limit is violated.', table([{text: 'Limit'},
+        {text: 'Probability', number: true}, {text: 'Interval of 95 %', number: true}, {text: 'By'}],
+      limits.map(([name, l]) => [element('th', {scope: 'row'}, name), format(l.probability, 3),
+        `${format(l.low, 3)} to ${format(l.high, 3)}`, l.method]), 'Limits'));
+  }
+
+  if (data.sensitivity) fillSensitivity(data.sensitivity);
+  if (data.propagation) fillPropagation(data.propagation);
 
   function selectResponse(k) {
     shown = k;
@@ -409,7 +448,7 @@
     const c = parallel.context;
     for (const chosen of [false, true]) {
       c.strokeStyle = color(chosen ? 'accent' : 'pale');
-      c.globalAlpha = chosen ? Math.max(0.08, Math.min(0.7, 60 / designs.ids.length)) : 0.12;
+      c.globalAlpha = chosen ? Math.max(0.02, Math.min(0.7, 100 / designs.ids.length)) : 0.12;
       c.lineWidth = 1;
       for (let d = 0; d < designs.ids.length; ++d) {
         if (isChosen[d] !== chosen) continue;
@@ -457,7 +496,7 @@
   const scatter = new Plot(at('scatter'), 560, 430, 'Two quantities of the designs');
   function* drawScatter() {
     const [a, b] = [quantities[Number(at('scatter-x').value)], quantities[Number(at('scatter-y').value)]];
-    scatter.begin(rangeOf(a.values) || [0, 1], rangeOf(b.values) || [0, 1]);
+    scatter.begin(roomy(rangeOf(a.values) || [0, 1]), roomy(rangeOf(b.values) || [0, 1]));
     for (const chosen of [false, true]) {
       const rows = designs.ids.map((_, d) => d).filter((d) => isChosen[d] === chosen);
       for (let i = 0; i < rows.length; i += 1000) {
@@ -469,6 +508,27 @@
     }
     scatter.axes(titleOf(a), titleOf(b));
     scatter.canvas.setAttribute('aria-label', `${b.name} against ${a.name} of the designs`);
+    drawDistribution(a);
+  }
+
+  /* How often the values of a quantity are, in all designs and in the chosen ones. */
+  const distribution = new Plot(at('scatter'), 560, 430, 'Distribution of a quantity');
+  function drawDistribution(quantity) {
+    const span = rangeOf(quantity.values) || [0, 1];
+    const n = Math.min(40, Math.max(5, Math.ceil(Math.sqrt(designs.ids.length))));
+    const counts = [new Array(n).fill(0), new Array(n).fill(0)];
+    quantity.values.forEach((value, d) => {
+      if (value === null) return;
+      const bin = Math.min(n - 1, Math.floor((value - span[0]) / (span[1] - span[0]) * n));
+      ++counts[0][bin];
+      if (isChosen[d]) ++counts[1][bin];
+    });
+    distribution.begin(span, [0, Math.max(1, ...counts[0]) * 1.05]);
+    distribution.bars(counts[0], color('pale'));
+    distribution.bars(counts[1], color('accent'));
+    distribution.axes(titleOf(quantity), 'designs');
+    distribution.canvas.setAttribute('aria-label', `Distribution of ${quantity.name} from ${format(span[0])} to ` +
+      `${format(span[1])}`);
   }
 
   function brushed() {

@@ -65,6 +65,7 @@ Json::Value InputsJson(const Project& project) {
     json["reference"] = ValueJson(project.GetReferenceValue(name));
     const std::string unit = InputUnit(project, name);
     if (!unit.empty()) json["unit"] = unit;
+    for (const double state : project.GetStates(name)) json["states"].append(JsonNumber(state));
     const auto* const parameter = manager.FindParameter(FromUtf8(name));
     if (parameter != nullptr && parameter->HasRandom())
       json["distribution"] = DistributionJson(*parameter);

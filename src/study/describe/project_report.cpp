@@ -7,9 +7,13 @@
 #include "project/records/zel_information.h"
 #include "report/report.h"
 #include "solver/zel_solver.h"
+#include "study/analysis/propagation_report.h"
+#include "study/analysis/sensitivity_report.h"
 #include "study/describe/candidate_list.h"
 #include "study/project/project.h"
 #include "study/refusal.h"
+
+#include <json/json.h>
 
 namespace corvath::study {
 
@@ -18,6 +22,9 @@ namespace {
 using exchange::NotDescribable;
 using exchange::ProjectDescription;
 using report::Competitor;
+
+/// Of each response, beside the chosen one.
+constexpr std::size_t kMaxCompetitors = 15;
 
 std::string ModelText(const Candidate& candidate) {
   std::string text = candidate.family + " | " + std::to_string(candidate.order);
@@ -36,6 +43,7 @@ std::vector<std::vector<Competitor>> CompetitorsOf(const Project& project,
     if (!information) continue;
     for (const Candidate& candidate :
          ListCandidates(*information, utils::FromUtf8(response.name))) {
+      if (list.size() >= kMaxCompetitors && !candidate.chosen) continue;
       std::string inputs;
       for (const std::string& input : candidate.inputs)
         inputs += (inputs.empty() ? "" : ", ") + input;
@@ -46,15 +54,37 @@ std::vector<std::vector<Competitor>> CompetitorsOf(const Project& project,
   return all;
 }
 
+std::string DocumentText(const Json::Value& document) {
+  Json::StreamWriterBuilder builder;
+  builder["indentation"] = "";
+  return Json::writeString(builder, document);
+}
+
+void AddAnalysis(const Project& project, const std::string& name, const Progress& progress,
+                 report::Extras& extras) {
+  const bool is_sensitivity = name == "sensitivity";
+  if (!is_sensitivity && name != "propagate")
+    throw Refusal("no analysis \"" + name + "\" for a report; there are sensitivity and propagate");
+  const VariedStudy study(project, {}, /*needs_distributions=*/!is_sensitivity);
+  if (is_sensitivity)
+    extras.sensitivity = DocumentText(SensitivityReport(study, {}, progress).GetDocument());
+  else
+    extras.propagation = DocumentText(PropagationReport(study, {}, progress).GetDocument());
+}
+
 }  // namespace
 
-WrittenProject ReportProject(const Project& project) {
+WrittenProject ReportProject(const Project& project, const ReportRequest& request,
+                             const Progress& progress) {
   try {
     const ProjectDescription description =
         exchange::DescribeProject(project.GetSolver(), project.GetPath(), {});
+    report::Extras extras;
+    extras.competitors = CompetitorsOf(project, description);
+    extras.notes = request.notes;
+    for (const std::string& name : request.with) AddAnalysis(project, name, progress, extras);
     WrittenProject result;
-    result.text = report::WriteReport(project.GetSolver(), description,
-                                      CompetitorsOf(project, description));
+    result.text = report::WriteReport(project.GetSolver(), description, extras);
     for (const auto& entry : description.responses_left_out)
       result.warnings.push_back("response \"" + entry.name + "\" is left out: " + entry.reason);
     for (const auto& entry : description.criteria_left_out)

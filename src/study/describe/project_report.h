@@ -1,5 +1,7 @@
 #pragma once
 
+#include "study/progress.h"
+
 #include <string>
 #include <vector>
 
@@ -13,9 +15,16 @@ struct WrittenProject {
   std::vector<std::string> warnings;  ///< what was left out and why, a line each
 };
 
+struct ReportRequest {
+  std::vector<std::string> notes;  ///< of the training, which a project does not keep
+  std::vector<std::string> with;   ///< analyses to show, too: "sensitivity", "propagate"
+};
+
 /// The project as one HTML page, see report::WriteReport.
-/// @throws Refusal  there is nothing to show
-WrittenProject ReportProject(const Project& project);
+/// @throws Refusal    there is nothing to show, or an analysis cannot be made
+/// @throws Cancelled  `progress` said so
+WrittenProject ReportProject(const Project& project, const ReportRequest& request = {},
+                             const Progress& progress = {});
 
 /// The models for other programs, see exchange::ExportProject.
 /// @param format     "json", "c" or "python"

@@ -4,6 +4,7 @@
 #include "foundation/exception.h"
 #include "foundation/text.h"
 #include "project/file/project_file.h"
+#include "project/records/detailed_information.h"
 #include "solver/file_signature.h"
 #include "solver/zel_solver.h"
 #include "study/refusal.h"
@@ -16,7 +17,6 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
-#include <deque>
 #include <fstream>
 #include <limits>
 #include <mutex>
@@ -164,8 +164,10 @@ std::vector<Bounds> Project::GetBounds() const {
       bounds.push_back({zel::ScalarNumber(found->second.first).value_or(-kInfinity),
                         zel::ScalarNumber(found->second.second).value_or(kInfinity)});
     }
-  } catch (const utils::runtime_error& error) {
-    Refuse(ToUtf8(error.GetMessage()));
+  } catch (const Refusal&) {
+    throw;
+  } catch (const std::runtime_error& error) {
+    Refuse(ToUtf8(utils::MessageOf(error)));
   }
   return bounds;
 }
@@ -174,6 +176,26 @@ double Project::GetReferenceValue(const std::string& input) const {
   const auto* const parameter = GetRecord().GetParameterManager().FindParameter(FromUtf8(input));
   if (parameter == nullptr) Refuse("Parameter (" + input + ") not found.");
   return parameter->GetReferenceValue().ToDouble();
+}
+
+std::vector<double> Project::GetStates(const std::string& input) const {
+  using Kinds = enums::DeterministicProperties;
+  const auto& record = GetRecord();
+  const auto* const parameter = record.GetParameterManager().FindParameter(FromUtf8(input));
+  if (parameter == nullptr ||
+      record.GetSamplingType() ==
+          algorithm::datatypes::DetailedInformationBase::kStochasticSampling)
+    return {};
+  const auto& property = parameter->GetDeterministicProperty(0);
+  std::vector<double> states;
+  if (property.GetKind() == Kinds::CONTINUOUS) return states;
+  for (const auto& state : property.GetDiscreteStates()) {
+    // By index, a model knows a state by its position alone.
+    const bool by_value = property.GetKind() == Kinds::ORDINAL_BY_VALUE;
+    const auto number = by_value ? zel::ScalarNumber(state) : static_cast<double>(states.size());
+    states.push_back(number && std::isfinite(*number) ? *number : std::nan(""));
+  }
+  return states;
 }
 
 std::vector<double> Project::GetCoPs(const std::string& output) const {

@@ -54,6 +54,9 @@ class Project {
   std::vector<Bounds> GetBounds() const;
   /// The nominal value of an input; NaN when none is set.
   double GetReferenceValue(const std::string& input) const;
+  /// The values that a discrete input takes, as models know them, in the order of the project; NaN
+  /// for one that is no number. Empty for continuous and random inputs.
+  std::vector<double> GetStates(const std::string& input) const;
   /// Coefficients of prognosis of the model of an output: m single ones, then the total; -1 where
   /// the project has none.
   std::vector<double> GetCoPs(const std::string& output) const;

@@ -150,14 +150,9 @@ SampleInputs SampleInputs::FromProject(const Project& project) {
       if (!(std::abs(domain.low) < kNone && std::abs(domain.high) < kNone)) refuse("no bounds");
       if (domain.low > domain.high) refuse("the lower bound is above the upper one");
     } else {
-      std::vector<double> states;
-      for (const auto& state : property.GetDiscreteStates()) {
-        // By index, a model knows a state by its position alone.
-        const bool by_value = property.GetKind() == Kinds::ORDINAL_BY_VALUE;
-        const auto number = by_value ? ScalarNumber(state) : static_cast<double>(states.size());
-        if (!number || !std::isfinite(*number)) refuse("a state is not a number");
-        states.push_back(*number);
-      }
+      std::vector<double> states = project.GetStates(inputs.names_[i]);
+      for (const double state : states)
+        if (std::isnan(state)) refuse("a state is not a number");
       if (states.empty()) refuse("no states");
       domain = Discrete(std::move(states));
     }
