@@ -7,7 +7,7 @@ cd "$(dirname "$0")"
 source tools/setup.sh
 
 zel_install
-zel_build release zel compare_tenbar optimise_tenbar
+zel_build release zel compare_tenbar
 
 sample=examples/zel_tenbar.vrdb
 zel=build/release/cli/zel
@@ -40,6 +40,5 @@ echo "\$ zel info $random"
 "$zel" info "$random" | sed -n '1,/^Responses/p' | sed '$d'
 
 echo
-echo "Least mass on the first project's models, checked with the finite element analysis"
-echo
-build/release/tools/sample_projects/optimise_tenbar "$sample"
+echo "\$ zel optimize $sample --minimize mass"
+"$zel" optimize "$sample" --minimize mass

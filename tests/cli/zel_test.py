@@ -390,6 +390,54 @@ class Zel(ProgramTest):
         os.close(controller)
         self.assertIn(b"designs", seen)
 
+    def test_an_optimum_is_what_its_inputs_give_and_keeps_its_limits(self):
+        result = zel("optimize", SAMPLE, "--minimize", "mass", "--limit", "max(abs(stress)) <= 10",
+                     "--fix", "area_2=8", "--json")
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        document = json.loads(result.stdout)
+        self.assertEqual(document["status"], "optimal")
+        inputs = [document["inputs"][name] for name in INPUTS]
+        self.assertEqual(inputs[1], 8.0)
+        solved = zel("solve", SAMPLE, "--in", "-", "--criteria", stdin=table([inputs]))
+        record = next(csv.DictReader(io.StringIO(solved.stdout.decode())))
+        for name, value in document["quantities"].items():
+            self.assertAlmostEqual(float(record[name]), value, delta=1e-9 * abs(value) + 1e-12)
+        self.assertGreaterEqual(float(record["displacement_limit"]), 0.0)
+        self.assertLessEqual(max(abs(float(record[f"stress[{i}]"])) for i in range(10)), 10.0)
+        # None of many designs around it that keep the limits is lighter.
+        source = random.Random(4)
+        trials = []
+        for _ in range(3000):
+            step = [0.0 if i == 1 else source.gauss(0.0, 0.3) for i in range(10)]
+            trials.append([min(max(x + d, 5.0667), 24.933) for x, d in zip(inputs, step)])
+            trials[-1][1] = 8.0
+        solved = zel("solve", SAMPLE, "--in", "-", "--criteria", stdin=table(trials))
+        kept = [float(record["mass"])
+                for record in csv.DictReader(io.StringIO(solved.stdout.decode()))
+                if float(record["displacement_limit"]) >= 0.0 and
+                max(abs(float(record[f"stress[{i}]"])) for i in range(10)) <= 10.0]
+        self.assertGreater(len(kept), 100)
+        self.assertGreaterEqual(min(kept), document["quantities"]["mass"])
+
+    def test_optimize_fails_where_limits_cannot_be_kept_or_names_are_wrong(self):
+        stiffest = zel("optimize", SAMPLE, "--minimize", "displacement", "--no-project-limits",
+                       "--json")
+        least = json.loads(stiffest.stdout)["quantities"]["displacement"]
+        broken = zel("optimize", SAMPLE, "--minimize", "mass", "--limit", "d: displacement <= 1",
+                     "--no-project-limits", "--json")
+        self.assertEqual(broken.returncode, 1)
+        self.assertIn(b'of "d"', broken.stderr)
+        document = json.loads(broken.stdout)
+        self.assertEqual((document["status"], document["violation"]["limit"]), ("infeasible", "d"))
+        self.assertAlmostEqual(document["violation"]["by"], least - 1.0, delta=1e-4)
+        for arguments, *texts in [
+                (["--minimize", "mas"], 'criterion "mas"; did you mean "mass"?'),
+                ([], "No objective"),
+                (["--minimize", "mass", "--limit", "mass"], "does not compare"),
+                (["--minimize", "mass", "--bounds", "area_1:9"], "name:low:high"),
+                (["--minimize", "mass", "--robust", "3"], "distribution")]:
+            self.refused(zel("optimize", SAMPLE, *arguments), *texts)
+
     def test_file_names_need_not_be_ascii(self):
         copy = self.path / "br\u00fccke.vrdb"
         shutil.copy(SAMPLE, copy)

@@ -32,26 +32,6 @@ TEST_F(Examples, TheCallersPrintTheProject) {
   EXPECT_EQ(without_blanks(python.first), without_blanks(c.first));
 }
 
-TEST_F(Examples, TheOptimiserFindsAlmostTheLeastMassOfTheAnalysis) {
-  const auto run = RunCommand("'" TEST_OPTIMISER "' '" TEST_SAMPLE "' 2>&1");
-  EXPECT_EQ(run.second, 0) << run.first;
-  const auto number_behind = [&](const std::string& text) {
-    const std::size_t at = run.first.find(text);
-    return at == std::string::npos ? -1.0 : std::stod(run.first.substr(at + text.size()));
-  };
-  // From the models, and from the analysis in their place: the models are good to a few per cent.
-  const double predicted = number_behind("\n  mass     ");
-  const double reference = number_behind("on the analysis itself: mass");
-  EXPECT_GT(reference, 5000.0);
-  EXPECT_NEAR(predicted, reference, 0.03 * reference);
-  EXPECT_EQ(RunCommand("'" TEST_OPTIMISER "' '" TEST_SAMPLE "' 2>&1"), run);
-
-  const auto failed = RunCommand("'" TEST_OPTIMISER "' /no/such/file 2>&1");
-  EXPECT_NE(failed.second, 0);
-  EXPECT_THAT(failed.first,
-              HasSubstr("optimise_tenbar: /no/such/file: Initializing new solver failed."));
-}
-
 TEST_F(Examples, TheCallersSayWhatFailed) {
   for (const std::string command :
        {"'" TEST_C_CALLER "'", "'" TEST_CPP_CALLER "'",

@@ -8,10 +8,11 @@ namespace corvath::analysis {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr int kMaxRounds = 8;
+constexpr int kMaxRounds = 10;
 /// Beyond it a breach, in units of the scales, is no matter of tolerances.
 constexpr double kSmallBreach = 1e-3;
-constexpr double kLeastMargin = 1e-13;
+/// Margins grow from here until the method, which tolerates a little, moves inside.
+constexpr double kLeastMargin = 1e-12;
 
 SqpForm EmptyForm(const NonlinearProgram& program) {
   SqpForm form;
@@ -281,7 +282,7 @@ LocalOptimum SearchLocally(const NonlinearProgram& program, const SqpForm& form,
       if (IsBetter(nearest, best)) best = nearest;
       if (!nearest.IsFeasible()) break;
     } else if (breach > 0.0) {
-      margin = std::max(2.0 * margin + 1.5 * breach, kLeastMargin);
+      margin = std::max(10.0 * margin + 1.5 * breach, kLeastMargin);
     } else if (found.converged) {
       break;
     } else if (!improved || (was_feasible && gain <= 1e-9 * std::abs(best.objective))) {

@@ -44,11 +44,10 @@ class FrontSearch {
     double breach;
   };
 
-  /// A point of the plane, in shares of the ranges, and how many searches towards it begin at points
-  /// found before and at points of the sample.
+  /// A point of the plane, in shares of the ranges, and where searches towards it begin.
   struct Place {
     Eigen::RowVectorXd at;
-    std::size_t num_found, num_sampled;
+    std::vector<Evaluated> starts;
   };
 
   void Keep(const Evaluated& point) {
@@ -80,13 +79,16 @@ class FrontSearch {
     ranges_ = ends.colwise().maxCoeff() - ideal_;
     for (double& range : ranges_)
       if (!(range > 0.0)) range = 1.0;  // this objective is at its best with the others
-    // Each end as good in the other objectives as the first one lets it be.
-    constexpr double kFirst = 1e-4;
+    // Each end as good in the other objectives as the first one lets it be, in each order of them.
+    constexpr double kFirst = 1e-4, kSecond = 1e-2;
     for (Eigen::Index i = 0; i < count; ++i) {
-      Eigen::VectorXd direction = ranges_.transpose();
-      direction(i) *= kFirst;
-      Eigen::VectorXd reference = ideal_.transpose();
-      Add(Search(reference, direction, {points[static_cast<std::size_t>(i)]}));
+      for (Eigen::Index second = 0; second < count; ++second) {
+        if (second == i) continue;
+        Eigen::VectorXd direction = ranges_.transpose();
+        direction(i) *= kFirst;
+        if (count > 2) direction(second) *= kSecond;
+        Add(Search(ideal_.transpose(), direction, {points[static_cast<std::size_t>(i)]}));
+      }
       Accept(points[static_cast<std::size_t>(i)]);
     }
     // Ends that were not as good as they might be make the ranges too wide.
@@ -115,26 +117,26 @@ class FrontSearch {
     return best.IsFeasible() ? best.point : Evaluated();
   }
 
-  /// Known points from which a search towards the place looks most promising: of those that searches
-  /// found, and of the sample.
-  std::vector<Evaluated> StartsFor(const Place& place) const {
+  /// The `count` points from which a search towards the place looks most promising.
+  std::vector<Evaluated> BestOf(const std::vector<Known>& points, const Eigen::RowVectorXd& place,
+                                std::size_t count) const {
     constexpr double kBreachWeight = 10.0;
-    const auto merit = [&](const Known& known) {
-      return ((known.objectives - ideal_).array() / ranges_.array() - place.at.array()).maxCoeff() +
-             kBreachWeight * known.breach;
-    };
-    std::vector<Evaluated> starts;
-    const auto take_best = [&](const std::vector<Known>& from, std::size_t count) {
-      std::vector<std::pair<double, std::size_t>> order;
-      for (std::size_t k = 0; k < from.size(); ++k) order.emplace_back(merit(from[k]), k);
-      count = std::min(count, order.size());
-      std::partial_sort(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(count),
-                        order.end());
-      for (std::size_t k = 0; k < count; ++k) starts.push_back(from[order[k].second].point);
-    };
-    take_best(found_, place.num_found);
-    take_best(pool_, place.num_sampled);
-    return starts;
+    std::vector<std::pair<double, std::size_t>> order;
+    for (std::size_t k = 0; k < points.size(); ++k)
+      order.emplace_back((Shares(points[k]) - place).maxCoeff() + kBreachWeight * points[k].breach,
+                         k);
+    count = std::min(count, order.size());
+    std::partial_sort(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(count),
+                      order.end());
+    std::vector<Evaluated> best;
+    for (std::size_t k = 0; k < count; ++k) best.push_back(points[order[k].second].point);
+    return best;
+  }
+
+  Place PlaceAt(const Eigen::RowVectorXd& at) const {
+    Place place{at, BestOf(found_, at, 2)};
+    for (Evaluated& start : BestOf(pool_, at, 2)) place.starts.push_back(std::move(start));
+    return place;
   }
 
   /// Searches towards the places. @return  what came of each; empty where no point keeps the limits
@@ -143,7 +145,7 @@ class FrontSearch {
     utils::ParallelTasks(places.size(), [&](std::size_t k) {
       const Eigen::VectorXd reference =
           (ideal_.array() + places[k].at.array() * ranges_.array()).transpose();
-      results[k] = Search(reference, ranges_.transpose(), StartsFor(places[k]));
+      results[k] = Search(reference, ranges_.transpose(), places[k].starts);
     });
     front_.num_searches += static_cast<Eigen::Index>(places.size());
     return results;
@@ -186,11 +188,16 @@ class FrontSearch {
     const std::size_t first = std::min(kFirst, wanted > 2 ? wanted - 2 : 0);
     for (std::size_t k = 1; k <= first; ++k) {
       const double share = static_cast<double>(k) / static_cast<double>(first + 1);
-      places.push_back({Eigen::RowVector2d(share, 1.0 - share), 2, 2});
+      places.push_back(PlaceAt(Eigen::RowVector2d(share, 1.0 - share)));
     }
     for (const Evaluated& result : SearchPlaces(places)) Add(result);
-    // How often searches failed to fill a gap, by the first objectives of both sides. Those from found
-    // points are the shorter ones; those from the sample have the last word.
+    // Points of a front as long as two sides of a square, if they were even, have ten times this
+    // between them.
+    const double least_distance = 0.2 / static_cast<double>(wanted);
+    // How often searches failed to fill a gap, by the first objectives of both sides. From the middle
+    // a search may jump over a part of the front to a better end of another; a place close to one side
+    // keeps it there. Those from the sample have the last word.
+    constexpr int kMaxFailures = 4;
     std::map<std::pair<double, double>, int> failures;
     const auto failed = [&](std::size_t left, std::size_t right) -> int& {
       return failures[{found_[left].objectives(0), found_[right].objectives(0)}];
@@ -205,7 +212,7 @@ class FrontSearch {
       };
       std::vector<Gap> gaps;
       for (std::size_t k = 0; k + 1 < front.size(); ++k)
-        if (failed(front[k], front[k + 1]) < 2)
+        if (failed(front[k], front[k + 1]) < kMaxFailures)
           gaps.push_back({(Shares(found_[front[k]]) - Shares(found_[front[k + 1]])).norm(),
                           front[k], front[k + 1]});
       if (gaps.empty()) break;
@@ -214,15 +221,29 @@ class FrontSearch {
       gaps.resize(std::min({gaps.size(), kBatch, wanted - front.size()}));
       places.clear();
       for (const Gap& gap : gaps) {
-        const Eigen::RowVectorXd middle =
-            0.5 * (Shares(found_[gap.left]) + Shares(found_[gap.right]));
-        const bool again = failed(gap.left, gap.right) > 0;
-        places.push_back({middle.array() + 0.5 * (1.0 - middle.sum()),  // onto the plane
-                          again ? std::size_t{0} : 2, again ? std::size_t{2} : 0});
+        const Known &left = found_[gap.left], &right = found_[gap.right];
+        const auto between = [&](double share) -> Eigen::RowVectorXd {
+          const Eigen::RowVectorXd at = (1.0 - share) * Shares(left) + share * Shares(right);
+          return at.array() + 0.5 * (1.0 - at.sum());  // onto the plane
+        };
+        switch (failed(gap.left, gap.right)) {
+          case 0:
+            places.push_back({between(0.5), {left.point, right.point}});
+            break;
+          case 1:
+            places.push_back({between(0.75), {right.point}});
+            break;
+          case 2:
+            places.push_back({between(0.25), {left.point}});
+            break;
+          default:
+            places.push_back({between(0.5), BestOf(pool_, between(0.5), 2)});
+        }
       }
       const std::vector<Evaluated> results = SearchPlaces(places);
       for (std::size_t k = 0; k < gaps.size(); ++k) {
-        // A tenth of the way from either end at least, or the gap is one of the front itself.
+        // Where the front itself has a gap, a search leads to the very end of a part: close to a
+        // known point perhaps, but not to a point as good as known.
         const Gap& gap = gaps[k];
         bool fills = false;
         if (results[k].IsFinite()) {
@@ -230,7 +251,8 @@ class FrontSearch {
               (program_.Objectives(results[k].columns).transpose() - ideal_).array() /
               ranges_.array();
           fills = std::min((at - Shares(found_[gap.left])).norm(),
-                           (at - Shares(found_[gap.right])).norm()) > 0.1 * gap.width;
+                           (at - Shares(found_[gap.right])).norm()) >
+                  std::min(0.1 * gap.width, least_distance);
         }
         ++failed(gap.left, gap.right);  // counts only while they stay neighbours
         if (fills) Accept(results[k]);
@@ -244,22 +266,22 @@ class FrontSearch {
     // The hexagon has about 3 h^2 points, of which a half leads to points of their own.
     const auto h = static_cast<Eigen::Index>(
         std::max(3.0, std::ceil(std::sqrt(2.0 * static_cast<double>(wanted) / 3.0))));
-    std::vector<Place> places;
+    std::vector<Eigen::RowVectorXd> places;
     const Eigen::Index third = (h + 2) / 3;
     for (Eigen::Index a = -third; a <= h; ++a)
       for (Eigen::Index b = -third; b <= h; ++b) {
         const Eigen::Index c = h - a - b;
         if (c < -third || std::max({a, b, c}) - std::min({a, b, c}) > h) continue;
-        places.push_back({Eigen::RowVector3d(static_cast<double>(a), static_cast<double>(b),
-                                             static_cast<double>(c)) /
-                              static_cast<double>(h),
-                          2, 1});
+        places.push_back(Eigen::RowVector3d(static_cast<double>(a), static_cast<double>(b),
+                                            static_cast<double>(c)) /
+                         static_cast<double>(h));
       }
     for (std::size_t first = 0; first < places.size(); first += kBatch) {
       Tell(0.4 + 0.6 * static_cast<double>(first) / static_cast<double>(places.size()));
-      const auto begin = places.begin() + static_cast<std::ptrdiff_t>(first);
-      const auto count = static_cast<std::ptrdiff_t>(std::min(kBatch, places.size() - first));
-      for (const Evaluated& result : SearchPlaces({begin, begin + count})) Add(result);
+      std::vector<Place> batch;
+      for (std::size_t k = first; k < std::min(first + kBatch, places.size()); ++k)
+        batch.push_back(PlaceAt(places[k]));
+      for (const Evaluated& result : SearchPlaces(batch)) Add(result);
     }
   }
 

@@ -126,7 +126,7 @@ TEST(DesignTask, SaysWhyThereIsNoOptimum) {
   const DesignTask task(nowhere, {{f}, {}, true, {}, 0.0, {}});
   const Optimum failed = FindOptimum(task, {});
   EXPECT_EQ(failed.status, OptimumStatus::kFailed);
-  EXPECT_EQ(failed.notes.at(0).substr(0, 45), L"The objective \"f\" has no value at any of 400");
+  EXPECT_EQ(failed.notes.at(0).substr(0, 44), L"The objective \"f\" has no value at any of 400");
 }
 
 }  // namespace
