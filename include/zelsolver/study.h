@@ -59,6 +59,10 @@
  * (UTF-8, for people; it lives during the call). A return value other than 0 cancels. It must not
  * throw or jump. Null is allowed.
  *
+ * Threads. Long work uses all processors, or as many threads as the environment variable
+ * ZELSOLVER_NUM_THREADS says (1 to 1024); results do not depend on their number. Warnings about a
+ * project's data go to the process's standard output and error, as those of libzelsolver do.
+ *
  * m is the number of inputs, R of responses, C of criteria, n of designs.
  */
 
@@ -210,7 +214,8 @@ ZELSTUDY_API int zelstudy_train(const zelstudy_table* table, const char* options
  *
  * Options:
  *     "candidates": false     add to each response the models that competed for it
- *     "models": false         add to each response its "formula", in full
+ *     "models": false         add to each response the "formula" of its model, or a text that says that
+ *                             it has none
  *
  * Result, as `zel info --json`:
  *

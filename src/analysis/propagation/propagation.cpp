@@ -280,6 +280,9 @@ void Judge(LimitRisk& risk) {
   if (risk.num_failed > 0)
     risk.warnings.push_back(std::to_wstring(risk.num_failed) +
                             L" designs of the sample have no value and are left out");
+  if (risk.importance && risk.importance->num_failed > 0)
+    risk.warnings.push_back(std::to_wstring(risk.importance->num_failed) +
+                            L" points of the importance sampling have no value and count as kept");
   if (risk.design_points.empty()) return;
   const double form = risk.design_points.front().GetProbability();
   const Interval& p = risk.probability;

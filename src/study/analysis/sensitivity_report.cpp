@@ -56,6 +56,15 @@ std::string SensitivityReport::GroupName(std::size_t group) const {
   return name;
 }
 
+std::vector<std::string> SensitivityReport::GetNotes() const {
+  std::vector<std::string> notes = study_.GetNotes();
+  std::string together;
+  for (std::size_t i = 0; i < result_.groups.size(); ++i)
+    if (result_.groups[i].size() > 1) together += (together.empty() ? "" : "; ") + GroupName(i);
+  if (!together.empty()) notes.push_back("Correlated inputs vary as one: " + together);
+  return notes;
+}
+
 Json::Value SensitivityReport::GetDocument() const {
   Json::Value document;
   document["over"] = study_.IsOverDistributions() ? "distributions" : "bounds";
@@ -108,7 +117,7 @@ Json::Value SensitivityReport::GetDocument() const {
     document["quantities"][ToUtf8(quantity.name)] = json;
   }
   document["notes"] = Json::Value(Json::arrayValue);
-  for (const std::string& note : study_.GetNotes()) document["notes"].append(note);
+  for (const std::string& note : GetNotes()) document["notes"].append(note);
   return document;
 }
 
@@ -169,7 +178,7 @@ std::string SensitivityReport::GetText() const {
                      Short(100.0 * settings_.confidence) + " % intervals; " +
                      std::to_string(result_.num_evaluations) + " designs",
                  "");
-  for (const std::string& note : study_.GetNotes()) out << Wrapped(note, "");
+  for (const std::string& note : GetNotes()) out << Wrapped(note, "");
   for (std::size_t k = 0; k < result_.quantities.size(); ++k) {
     const QuantitySensitivity& quantity = result_.quantities[k];
     out << '\n' << Headline(study_.GetModel().GetQuantities()[k], quantity);

@@ -8,6 +8,7 @@
 #include <json/json.h>
 
 #include <string>
+#include <vector>
 
 namespace corvath::study {
 
@@ -30,6 +31,7 @@ class SensitivityReport {
 
  private:
   std::string GroupName(std::size_t group) const;
+  std::vector<std::string> GetNotes() const;
 
   const VariedStudy& study_;
   analysis::SensitivitySettings settings_;

@@ -35,6 +35,9 @@ int Call(const Body& body) noexcept {
   } catch (const Refusal& error) {
     SetLastError(error.what());
     return ZELSTUDY_REFUSED;
+  } catch (const utils::runtime_error& error) {  // the data classes: a project that does not hold
+    SetLastError(utils::ToUtf8(error.GetMessage()).c_str());
+    return ZELSTUDY_REFUSED;
   } catch (const std::bad_alloc&) {
     SetLastError("out of memory");
     return ZELSTUDY_FAILED;

@@ -164,8 +164,10 @@ std::vector<Bounds> Project::GetBounds() const {
       bounds.push_back({zel::ScalarNumber(found->second.first).value_or(-kInfinity),
                         zel::ScalarNumber(found->second.second).value_or(kInfinity)});
     }
-  } catch (const utils::runtime_error& error) {
-    Refuse(ToUtf8(error.GetMessage()));
+  } catch (const Refusal&) {
+    throw;
+  } catch (const std::runtime_error& error) {
+    Refuse(ToUtf8(utils::MessageOf(error)));
   }
   return bounds;
 }
