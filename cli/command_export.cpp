@@ -44,6 +44,9 @@ void RunReport(const ReportOptions& options) {
   const Project project = Project::Open(options.file, options.hash);
   ReportRequest request;
   request.with = options.with;
+  request.minimize = options.minimize;
+  request.maximize = options.maximize;
+  request.wording = Wording::kCommandLine;
   WrittenProject page;
   {
     ProgressLine line(!options.quiet);

@@ -89,7 +89,9 @@ void RunExport(const ExportOptions& options);
 struct ReportOptions {
   std::string file;
   std::string out;                ///< HTML; "-" is standard output
-  std::vector<std::string> with;  ///< analyses, see ReportRequest
+  std::vector<std::string> with;  ///< analyses, see ReportRequest; so are the following two
+  std::vector<std::string> minimize;
+  std::vector<std::string> maximize;
   std::string hash;               ///< expected signature of `file`; empty: not checked
   bool quiet = false;             ///< errors alone
 };

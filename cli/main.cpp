@@ -306,10 +306,18 @@ void AddReport(CLI::App& app) {
       ->type_name("FILE");
   command
       ->add_option("--with", options.with,
-                   "Analyses to show, too: sensitivity, propagate, or both with a comma")
+                   "Analyses to show, too: sensitivity, propagate, optimize, with commas")
       ->delimiter(',')
-      ->check(CLI::IsMember({"sensitivity", "propagate"}).description(""))
+      ->check(CLI::IsMember({"sensitivity", "propagate", "optimize"}).description(""))
       ->type_name("NAMES");
+  command
+      ->add_option("--minimize", options.minimize,
+                   "With optimize: a response, criterion or expression; may be repeated")
+      ->type_name("EXPRESSION")
+      ->allow_extra_args(false);
+  command->add_option("--maximize", options.maximize, "Likewise")
+      ->type_name("EXPRESSION")
+      ->allow_extra_args(false);
   command
       ->add_option("--hash", options.hash,
                    "Refuse PROJECT unless this is its signature (see zel hash)")

@@ -387,7 +387,9 @@ ZELSTUDY_API int zelstudy_export(const zelstudy_project* project, const char* op
  * Writes the project as one HTML page that needs no network; see `zel report` and docs/report.md.
  *
  * Options: "out" as for zelstudy_export(), and
- *     "with": NAMES           analyses to show, too, with their defaults: "sensitivity", "propagate"
+ *     "with": NAMES           analyses to show, too, with their defaults: "sensitivity", "propagate",
+ *                             "optimize"
+ *     "minimize", "maximize": NAMES   of "optimize", see zelstudy_optimize()
  * Result as for zelstudy_export(). Responses without a usable model are
  * left out, with a warning; a project without any is refused.
  */

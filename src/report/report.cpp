@@ -244,7 +244,8 @@ std::string Data(ZELSolver& solver, const exchange::ProjectDescription& project,
   for (const std::string& note : extras.notes) json.Text(note);
   json.EndArray();
   for (const auto& [key, document] : {std::pair("sensitivity", &extras.sensitivity),
-                                      std::pair("propagation", &extras.propagation)}) {
+                                      std::pair("propagation", &extras.propagation),
+                                      std::pair("optimization", &extras.optimization)}) {
     if (document->empty()) continue;
     json.Key(key);
     json.Document(*document);

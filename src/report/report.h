@@ -26,6 +26,8 @@ struct Extras {
   std::vector<std::string> notes;                    ///< of the training
   std::string sensitivity;  ///< result of the analysis, see zelstudy_sensitivity(); or empty
   std::string propagation;  ///< see zelstudy_propagate(); or empty
+  /// {"text": what was found, "columns": the inputs and more, "designs": rows}; or empty.
+  std::string optimization;
 };
 
 /// A project as one HTML page that asks nothing of anybody: its models answer in the page, its

@@ -72,7 +72,8 @@ class ReportTest(unittest.TestCase):
         cls.pages = {}
         for project in STUDIES:
             cls.pages[project] = pathlib.Path(cls.folder.name, project.stem + ".html")
-            analyses = ["--with", "sensitivity,propagate"] if "random" in project.stem else []
+            analyses = {"zel_tenbar_random": ["--with", "sensitivity,propagate"],
+                        "zel_tenbar": ["--with", "optimize", "--minimize", "mass"]}.get(project.stem, [])
             zel("report", project, "-o", cls.pages[project], "--quiet", *analyses)
 
     @classmethod
@@ -185,6 +186,17 @@ class ReportTest(unittest.TestCase):
         self.assertAlmostEqual(float(shown["mass"][2][0]), mean, delta=1e-3 * mean)
         self.assertAlmostEqual(float(shown["stress_limit"][3][0]),
                                scatter["limits"]["stress_limit"]["probability"], delta=1e-4)
+
+    def test_sliders_move_to_an_optimum(self):
+        self.open(TRUSS)
+        self.browser.find_element(By.CSS_SELECTOR, "#analyses button").click()
+        found = json.loads(zel("optimize", TRUSS, "--minimize", "mass", "--json"))
+        answers = self.answers()
+        least = float(re.search(r"Least mass = (\S+)",
+                                self.browser.find_element(By.TAG_NAME, "pre").text)[1])
+        self.assertAlmostEqual(float(answers["mass"]), least, delta=1e-4 * least)
+        self.assertAlmostEqual(float(answers["displacement"]), 2.0, delta=1e-3)  # the active limit
+        self.assertEqual(found["status"], "optimal")
 
     def test_names_stay_text_and_nothing_is_asked_for(self):
         self.open(HOSTILE)

@@ -415,6 +415,25 @@
         `${format(l.low, 3)} to ${format(l.high, 3)}`, l.method]), 'Limits'));
   }
 
+  function fillOptimization(result) {
+    const rows = result.designs.map((design, i) => {
+      const show = element('button', {type: 'button', 'aria-label': `Set the sliders to design ${i + 1}`}, 'Set');
+      show.addEventListener('click', () => {
+        inputs.forEach((input, j) => {
+          const value = design[result.columns.indexOf(input.name)];
+          if (value !== undefined && value !== null) point[j] = value;
+        });
+        controls.forEach((control) => control.show(false));
+        changed();
+      });
+      return [element('td', {}, show), ...design.map((value) => format(value))];
+    });
+    addTable('Optimisation', 'What was found on the models; Set moves the sliders there.', element('div', {},
+      element('pre', {}, result.text), table([{text: 'Sliders'},
+        ...result.columns.map((text) => ({text, number: true}))], rows, 'Designs that were found')));
+  }
+
+  if (data.optimization) fillOptimization(data.optimization);
   if (data.sensitivity) fillSensitivity(data.sensitivity);
   if (data.propagation) fillPropagation(data.propagation);
 

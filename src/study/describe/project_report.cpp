@@ -9,7 +9,9 @@
 #include "solver/zel_solver.h"
 #include "study/analysis/propagation_report.h"
 #include "study/analysis/sensitivity_report.h"
+#include "study/decide/optimize.h"
 #include "study/describe/candidate_list.h"
+#include "study/describe/json_text.h"
 #include "study/project/project.h"
 #include "study/refusal.h"
 
@@ -60,11 +62,36 @@ std::string DocumentText(const Json::Value& document) {
   return Json::writeString(builder, document);
 }
 
-void AddAnalysis(const Project& project, const std::string& name, const Progress& progress,
-                 report::Extras& extras) {
+std::string OptimizationText(const Project& project, const ReportRequest& request,
+                             const Progress& progress) {
+  OptimizeRequest wanted;
+  wanted.minimize = request.minimize;
+  wanted.maximize = request.maximize;
+  wanted.wording = request.wording;
+  const Optimization found = Optimize(project, wanted, progress);
+  Json::Value document;
+  document["text"] = found.text;
+  document["columns"] = Json::Value(Json::arrayValue);
+  for (const std::string& column : found.columns) document["columns"].append(column);
+  document["designs"] = Json::Value(Json::arrayValue);
+  for (Eigen::Index row = 0; row < found.designs.rows(); ++row) {
+    Json::Value design(Json::arrayValue);
+    for (const double number : found.designs.row(row)) design.append(JsonNumber(number));
+    document["designs"].append(design);
+  }
+  return DocumentText(document);
+}
+
+void AddAnalysis(const Project& project, const std::string& name, const ReportRequest& request,
+                 const Progress& progress, report::Extras& extras) {
+  if (name == "optimize") {
+    extras.optimization = OptimizationText(project, request, progress);
+    return;
+  }
   const bool is_sensitivity = name == "sensitivity";
   if (!is_sensitivity && name != "propagate")
-    throw Refusal("no analysis \"" + name + "\" for a report; there are sensitivity and propagate");
+    throw Refusal("no analysis \"" + name +
+                  "\" for a report; there are sensitivity, propagate and optimize");
   const VariedStudy study(project, {}, /*needs_distributions=*/!is_sensitivity);
   if (is_sensitivity)
     extras.sensitivity = DocumentText(SensitivityReport(study, {}, progress).GetDocument());
@@ -82,7 +109,8 @@ WrittenProject ReportProject(const Project& project, const ReportRequest& reques
     report::Extras extras;
     extras.competitors = CompetitorsOf(project, description);
     extras.notes = request.notes;
-    for (const std::string& name : request.with) AddAnalysis(project, name, progress, extras);
+    for (const std::string& name : request.with)
+      AddAnalysis(project, name, request, progress, extras);
     WrittenProject result;
     result.text = report::WriteReport(project.GetSolver(), description, extras);
     for (const auto& entry : description.responses_left_out)

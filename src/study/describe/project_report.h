@@ -1,6 +1,7 @@
 #pragma once
 
 #include "study/progress.h"
+#include "study/wording.h"
 
 #include <string>
 #include <vector>
@@ -16,8 +17,11 @@ struct WrittenProject {
 };
 
 struct ReportRequest {
-  std::vector<std::string> notes;  ///< of the training, which a project does not keep
-  std::vector<std::string> with;   ///< analyses to show, too: "sensitivity", "propagate"
+  std::vector<std::string> notes;     ///< of the training, which a project does not keep
+  std::vector<std::string> with;      ///< analyses to show: "sensitivity", "propagate", "optimize"
+  std::vector<std::string> minimize;  ///< of "optimize": responses, criteria or expressions
+  std::vector<std::string> maximize;
+  Wording wording = Wording::kKeys;  ///< of messages
 };
 
 /// The project as one HTML page, see report::WriteReport.

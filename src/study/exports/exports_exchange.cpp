@@ -55,9 +55,11 @@ int zelstudy_report(const zelstudy_project* project, const char* options,
                     zelstudy_progress progress, void* user, zelstudy_result** out) {
   return api::CallFor(out, [&] {
     const auto& source = api::Require(project, "project").project;
-    const Options wanted(options, {"out", "with"});
+    const Options wanted(options, {"out", "with", "minimize", "maximize"});
     corvath::study::ReportRequest request;
     request.with = wanted.GetUniqueNames("with");
+    request.minimize = wanted.GetNames("minimize");
+    request.maximize = wanted.GetNames("maximize");
     WrittenProject page;
     corvath::study::RunWatched(api::ToProgress(progress, user), [&](const auto& watched) {
       page = ReportProject(source, request, watched);
