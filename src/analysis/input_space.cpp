@@ -96,19 +96,27 @@ boost::shared_ptr<RV> InputSpace::VariableOf(const StudyInput& input, const Choi
   return HasOneValue(input) ? nullptr : EquallyLikely(input);
 }
 
-/// Correlations hold between distributions of the study alone: for others they were not meant.
+/// Correlations hold among distributions alone. Those of a discrete one are not defined; where the
+/// study itself has such, it is refused.
 void InputSpace::Correlate(const StudyModel& model, const Choice& choice) {
-  const auto is_own = [&](Index k) {
-    const auto& name =
-        model.GetInputs()[static_cast<std::size_t>(columns_[static_cast<std::size_t>(k)])].name;
-    return choice.scope == Scope::kDistributions && choice.distributions.count(name) == 0;
-  };
   correlations_ = Eigen::MatrixXd::Identity(GetDim(), GetDim());
+  if (choice.scope == Scope::kBounds) return;
   for (Index i = 0; i < GetDim(); ++i)
-    for (Index k = 0; k < i; ++k)
-      if (is_own(i) && is_own(k))
-        correlations_(i, k) = correlations_(k, i) = model.GetCorrelations()(
-            columns_[static_cast<std::size_t>(i)], columns_[static_cast<std::size_t>(k)]);
+    for (Index k = 0; k < GetDim(); ++k)
+      correlations_(i, k) = model.GetCorrelations()(columns_[static_cast<std::size_t>(i)],
+                                                    columns_[static_cast<std::size_t>(k)]);
+  for (Index i = 0; i < GetDim(); ++i) {
+    const auto column = static_cast<std::size_t>(columns_[static_cast<std::size_t>(i)]);
+    const std::wstring& name = model.GetInputs()[column].name;
+    if (choice.distributions.count(name) == 0 ||
+        !GetVariables()[static_cast<std::size_t>(i)]->IsDiscrete() ||
+        correlations_.col(i).cwiseAbs().sum() == 1.0)
+      continue;
+    uncorrelated_.push_back(name);
+    correlations_.row(i).setZero();
+    correlations_.col(i).setZero();
+    correlations_(i, i) = 1.0;
+  }
   if (correlations_.isIdentity(0.0)) return;
   try {
     variables_->SetCorrelationMatrix(correlations_);

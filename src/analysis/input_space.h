@@ -23,7 +23,8 @@ class InputSpace {
 
   struct Choice {
     Scope scope = Scope::kDistributions;
-    /// In the place of what the scope says, and of the input's correlations.
+    /// In the place of what the scope says. Correlations of the study stay, except those of an
+    /// input that is given a discrete distribution.
     std::map<std::wstring, boost::shared_ptr<algorithm::RV>> distributions;
     std::map<std::wstring, double> fixed;  ///< values of inputs that shall not vary
   };
@@ -45,6 +46,8 @@ class InputSpace {
     return variables_->GetRVs();
   }
   bool HasDiscrete() const;
+  /// Inputs whose correlations are left out, since their given distribution is discrete.
+  const std::vector<std::wstring>& GetUncorrelated() const { return uncorrelated_; }
 
   /// Designs for rows of independent standard normal coordinates (n x d): n x m.
   Eigen::MatrixXd FromGauss(const ConstPoints& u) const;
@@ -59,6 +62,7 @@ class InputSpace {
   Eigen::VectorXd fixed_;
   boost::shared_ptr<algorithm::RVSet> variables_;
   Eigen::MatrixXd correlations_;  ///< d x d, of the variables
+  std::vector<std::wstring> uncorrelated_;
 };
 
 }  // namespace corvath::analysis

@@ -143,6 +143,20 @@ TEST(Sensitivity, IsTheSameOnAnyNumberOfThreadsAndCanBeCancelled) {
   EXPECT_LT(last, 0.9);
 }
 
+TEST(InputSpace, KeepsCorrelationsWithOtherDistributions) {
+  Eigen::MatrixXd correlations{{1.0, 0.5}, {0.5, 1.0}};
+  const FunctionModel model =
+      support::FunctionStudy({support::RandomInput(L"x", types::NORMAL, {0.0, 1.0}),
+                              support::RandomInput(L"y", types::NORMAL, {0.0, 1.0})},
+                             {}, correlations);
+  const auto wider = support::RandomInput(L"x", types::NORMAL, {0.0, 3.0}).variable;
+  EXPECT_EQ(InputSpace(model, {{}, {{L"x", wider}}, {}}).GetGroups().size(), 1U);
+  const auto discrete = support::RandomInput(L"x", types::POISSON, {2.0}).variable;
+  const InputSpace apart(model, {{}, {{L"x", discrete}}, {}});
+  EXPECT_EQ(apart.GetGroups().size(), 2U);
+  EXPECT_EQ(apart.GetUncorrelated(), std::vector<std::wstring>{L"x"});
+}
+
 TEST(InputSpace, RefusesWhatCannotVary) {
   const FunctionModel model = support::FunctionStudy({support::BoundedInput(L"x", 0.0, 1.0)}, {});
   const auto refusal = [&](const InputSpace::Choice& choice) -> std::wstring {

@@ -297,7 +297,8 @@ TEST(Study, ExportsAndReports) {
   EXPECT_EQ(models["criteria_left_out"].size(), 4u);  // they read other responses
   EXPECT_THAT(write(zelstudy_export, R"({"format": "c", "name": "t"})")["text"].asString(),
               testing::HasSubstr("void t_predict("));
-  EXPECT_THAT(write(zelstudy_report, "")["text"].asString(), testing::StartsWith("<!DOCTYPE html>"));
+  EXPECT_THAT(write(zelstudy_report, "")["text"].asString(),
+              testing::StartsWith("<!DOCTYPE html>"));
 }
 
 TEST(Study, EvaluatesExpressionsWithMeaningsOfAllKinds) {

@@ -13,47 +13,56 @@ namespace {
 using Eigen::Index;
 
 constexpr double kDefensive = 0.1;  ///< share about the origin
+constexpr double kWide = 0.3;       ///< share about the design points with the larger spread
+constexpr double kSpread = 1.5;     ///< of these, where a limit surface is long or bent
 constexpr Index kBatch = 2048;
 constexpr Index kFewestViolations = 100;  ///< below them the spread of the weights says little
 
-/// A mixture of normal densities with unit covariance about several centres.
+/// A mixture of normal densities about several centres, each with one standard deviation.
 class Mixture {
  public:
   explicit Mixture(const std::vector<DesignPoint>& points) {
     double sum = 0.0;
     for (const DesignPoint& point : points) sum += point.GetProbability();
     for (const DesignPoint& point : points) {
-      centers_.push_back(point.u);
-      weights_.push_back((1.0 - kDefensive) * point.GetProbability() / sum);
+      const double share = point.GetProbability() / sum;
+      parts_.push_back({point.u, 1.0, (1.0 - kWide - kDefensive) * share});
+      parts_.push_back({point.u, kSpread, kWide * share});
     }
-    centers_.push_back(Eigen::VectorXd::Zero(points.front().u.size()));
-    weights_.push_back(kDefensive);
+    parts_.push_back({Eigen::VectorXd::Zero(points.front().u.size()), 1.0, kDefensive});
   }
 
-  /// @param p  n x (1 + D) uniform coordinates; the first chooses the centre
+  /// @param p  n x (1 + D) uniform coordinates; the first chooses the part
   Eigen::MatrixXd Points(const Eigen::MatrixXd& p) const {
     Eigen::MatrixXd u = p.rightCols(p.cols() - 1).unaryExpr(&math::NormalQuantile);
     for (Index i = 0; i < u.rows(); ++i) {
       std::size_t k = 0;
-      for (double left = p(i, 0) - weights_[0]; left > 0.0 && k + 1 < weights_.size();
-           left -= weights_[k])
+      for (double left = p(i, 0) - parts_[0].weight; left > 0.0 && k + 1 < parts_.size();
+           left -= parts_[k].weight)
         ++k;
-      u.row(i) += centers_[k].transpose();
+      u.row(i) = parts_[k].deviation * u.row(i) + parts_[k].center.transpose();
     }
     return u;
   }
 
-  /// Density of the standard normal distribution over that of the mixture.
+  /// Density of the standard normal distribution over that of the mixture; up to 1 / kDefensive.
   double Ratio(const Eigen::VectorXd& u) const {
     double sum = 0.0;
-    for (std::size_t k = 0; k < centers_.size(); ++k)
-      sum += weights_[k] * std::exp(centers_[k].dot(u) - 0.5 * centers_[k].squaredNorm());
+    for (const Part& part : parts_) {
+      const double distance = (u - part.center).squaredNorm() / (part.deviation * part.deviation);
+      sum += part.weight * std::exp(0.5 * (u.squaredNorm() - distance)) /
+             std::pow(part.deviation, static_cast<double>(u.size()));
+    }
     return 1.0 / sum;
   }
 
  private:
-  std::vector<Eigen::VectorXd> centers_;
-  std::vector<double> weights_;
+  struct Part {
+    Eigen::VectorXd center;
+    double deviation;
+    double weight;
+  };
+  std::vector<Part> parts_;
 };
 
 }  // namespace

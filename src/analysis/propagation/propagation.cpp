@@ -259,19 +259,27 @@ double RelativeWidth(const Interval& interval) {
                               : std::numeric_limits<double>::infinity();
 }
 
-bool Contradict(const Interval& a, const Interval& b) {
-  return a.low > b.high || b.low > a.high;
+/// Whether the sample has far more violations than importance sampling accounts for, which then has
+/// missed some. Not the other way round: what it finds is there. That this happens by chance must
+/// be rare, for the sample says nothing about rare violations.
+bool HasMissed(const ImportanceSample& importance, const LimitRisk& risk, Index num_designs,
+               double confidence) {
+  constexpr double kSure = 0.9999;
+  const Interval& told = importance.probability;
+  const double standard_error = (told.high - told.value) / TwoSidedNormal(confidence);
+  return ShareInterval(risk.num_violations, num_designs - risk.num_failed, kSure).low >
+         told.value + TwoSidedNormal(kSure) * standard_error;
 }
 
 /// Decides which estimate counts, and says where estimates disagree.
-void Judge(LimitRisk& risk) {
+void Judge(Index num_designs, double confidence, LimitRisk& risk) {
   risk.probability = risk.sampling;
   if (risk.importance) {
     const Interval& other = risk.importance->probability;
-    if (Contradict(risk.sampling, other)) {
+    if (HasMissed(*risk.importance, risk, num_designs, confidence)) {
       risk.warnings.push_back(
-          L"sampling and importance sampling contradict each other: a part of the violations is "
-          L"not around the design points");
+          L"importance sampling disagrees: a part of the violations is not around the design "
+          L"points");
     } else if (RelativeWidth(other) < RelativeWidth(risk.sampling)) {
       risk.probability = other;
       risk.method = LimitRisk::Method::kImportanceSampling;
@@ -325,7 +333,7 @@ LimitRisk AnalyseLimit(const Scatter& scatter, const LimitCount& count, Index nu
                                      PartOf(progress, 0.3, 1.0));
     }
   }
-  Judge(risk);
+  Judge(num_designs, settings.confidence, risk);
   return risk;
 }
 

@@ -51,7 +51,7 @@ struct LimitRisk {
 
   std::wstring name;
   /// The narrower of the estimates by sampling and by importance sampling; that by sampling where
-  /// they contradict each other.
+  /// it has far more violations than the other.
   Interval probability;
   Method method = Method::kSampling;
   Interval sampling;

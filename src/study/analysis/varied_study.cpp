@@ -153,6 +153,9 @@ std::vector<std::string> VariedStudy::GetNotes() const {
       fixed += (fixed.empty() ? "" : ", ") + ToUtf8(inputs[i].name) + " = " +
                Short(space_->GetFixed()(static_cast<Index>(i)));
   if (!fixed.empty()) notes.push_back("Inputs that do not vary: " + fixed);
+  for (const std::wstring& name : space_->GetUncorrelated())
+    notes.push_back("The correlations of " + ToUtf8(name) +
+                    " are left out, since its distribution is discrete.");
   return notes;
 }
 
