@@ -5,7 +5,6 @@ import os
 import signal
 import subprocess
 import sys
-import threading
 
 import numpy as np
 import pandas
@@ -72,10 +71,15 @@ def test_missing_responses_and_dates(frame):
     day = np.arange(48.0)
     dated = frame.assign(day=start + (day * 86400).astype("m8[s]"), w=day / 10)
     dated.loc[3, "w"] = None
-    project = zelsolver.train(dated, ["day", "b"], "w", budget=FAST)
+    project = zelsolver.train(dated, ["da*", "b"], "w", budget=FAST)
     assert len(project.residuals()["w"].measured) == 47
     assert project.bounds["day"].lower == 19753.5  # noon of 2024-01-31
     assert project.predict({"day": 19753.5 + 3, "b": 1.5})["w"] == pytest.approx(0.3, abs=1e-6)
+    for days in (dated["day"], list(dated["day"]), dated["day"].dt.strftime("%Y-%m-%dT%H:%M")):
+        predicted = project.predict({"day": days, "b": dated["b"]})["w"]
+        np.testing.assert_allclose(predicted, day / 10, atol=1e-6)
+    with pytest.raises(zelsolver.InputError, match='column "day", of dates'):
+        project.predict({"day": "noon", "b": 1.5})
 
 
 @pytest.mark.parametrize("change, text", [
@@ -102,9 +106,10 @@ def test_refuses_with_the_callers_names(frame, change, text):
 
 def test_progress_is_told_and_may_end_the_training(frame):
     told = []
-    zelsolver.train(frame, INPUTS, RESPONSES, budget=FAST, progress=lambda *now: told.append(now))
+    zelsolver.train(frame, INPUTS, RESPONSES, budget=3,  # long enough to tell of both responses
+                    progress=lambda *now: told.append(now))
     shares = [share for share, _ in told if share >= 0]
-    assert len(shares) > 2 and shares == sorted(shares) and 0 <= shares[-1] <= 1
+    assert len(shares) > 1 and shares == sorted(shares) and 0 <= shares[-1] <= 1
     assert any("mass" in text for _, text in told)
     for last in (1, 3):
         rest = iter(range(last))
@@ -113,14 +118,18 @@ def test_progress_is_told_and_may_end_the_training(frame):
 
 
 def test_ctrl_c_ends_the_training(frame):
-    timer = threading.Timer(0.3, os.kill, (os.getpid(), signal.SIGINT))
-    timer.start()
-    try:
-        with pytest.raises(KeyboardInterrupt):  # the budget is 100 s
-            zelsolver.train(frame, INPUTS, RESPONSES, budget=100)
-    finally:
-        timer.cancel()
+    with pytest.raises(KeyboardInterrupt):
+        zelsolver.train(frame, INPUTS, RESPONSES, budget=100,
+                        progress=lambda *_: os.kill(os.getpid(), signal.SIGINT))
     assert signal.getsignal(signal.SIGINT) is signal.default_int_handler
+    noted = []
+    signal.signal(signal.SIGINT, lambda *_: noted.append(1))  # one that only takes note
+    try:
+        zelsolver.train(frame, INPUTS, RESPONSES, budget=FAST,
+                        progress=lambda *_: noted or os.kill(os.getpid(), signal.SIGINT))
+    finally:
+        signal.signal(signal.SIGINT, signal.default_int_handler)
+    assert noted == [1]
 
 
 def test_bars_show_what_is_in_work(capsys, monkeypatch):

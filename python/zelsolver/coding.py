@@ -2,8 +2,9 @@
 
 from __future__ import annotations
 
+import datetime
 import sys
-from typing import Any, Callable, Mapping
+from typing import Any, Callable, Mapping, Optional
 
 import numpy as np
 from numpy.typing import NDArray
@@ -19,6 +20,11 @@ def is_missing(value: object) -> bool:
     return value is None or value is getattr(sys.modules.get("pandas"), "NA", None)
 
 
+def as_date_text(date: Any) -> Optional[str]:
+    """A datetime64 as the library reads dates, to the microsecond; None for NaT."""
+    return None if np.isnat(date) else str(np.datetime_as_string(date.astype("M8[us]")))
+
+
 def as_days(dates: NDArray[Any]) -> NDArray[np.float64]:
     """datetime64 as days since 1970-01-01; NaT is NaN."""
     days: NDArray[np.float64] = np.asarray((dates.astype("M8[us]") - _EPOCH).astype(np.float64)
@@ -29,19 +35,22 @@ def as_days(dates: NDArray[Any]) -> NDArray[np.float64]:
 
 def coded(values: Any, name: str, describe: Callable[[str], Mapping[str, Any]]) -> Any:
     """The values of an input: words by their positions, dates by their days, all else as it is.
+    Dates may be datetime64, datetime, or texts of ISO 8601, as the training makes them.
 
-    describe: tells the input's "words", and whether it is a "date"; only asked when it matters
+    describe: tells the input's "words", and of one of dates "days_since"; only asked when it
+        matters
 
-    Raises InputError for a word that the input does not have.
+    Raises InputError for a word that the input does not have, and what is no date.
     """
     kind = getattr(getattr(values, "dtype", None), "kind", None)
     if kind is not None and kind in "biuf":
         return values
     array = np.asarray(values)
-    if array.dtype.kind == "M" and describe(name).get("date"):
-        return as_days(array)
-    if array.dtype.kind not in "OU" or not any(isinstance(v, str) for v in array.flat):
+    if array.dtype.kind not in "MOU" or array.dtype.kind != "M" and not any(
+            isinstance(v, (str, datetime.date)) for v in array.flat):
         return values
+    if describe(name).get("days_since"):
+        return _dated(array, name)
     words = describe(name).get("words")
     if not words:
         return values
@@ -56,3 +65,13 @@ def coded(values: Any, name: str, describe: Callable[[str], Mapping[str, Any]]) 
             known = ", ".join(f'"{word}"' for word in words)
             raise InputError(f'column "{name}": {value!r} is none of its words {known}')
     return numbers
+
+
+def _dated(array: NDArray[Any], name: str) -> NDArray[np.float64]:
+    try:
+        if array.dtype.kind == "O":
+            array = np.array([None if is_missing(v) else v for v in array.flat],
+                             "M8[us]").reshape(array.shape)
+        return as_days(array.astype("M8[us]"))
+    except (TypeError, ValueError) as error:
+        raise InputError(f'column "{name}", of dates: {error}') from None

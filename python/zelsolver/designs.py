@@ -12,7 +12,7 @@ from .errors import InputError
 
 Matrix = NDArray[np.float64]
 
-#: What a project tells about an input by its name: its "words", whether it is a "date".
+#: What a project tells about an input by its name: its "words", and of dates "days_since".
 Describe = Callable[[str], Mapping[str, Any]]
 
 _PLAIN_NUMBERS = frozenset((float, int, np.float64))

@@ -193,7 +193,7 @@ class Predictor:
         return as_matrix(X, self.inputs, self._input)
 
     def _input(self, name: str) -> Mapping[str, Any]:
-        """What the project tells about an input: its "words", whether it is a "date"."""
+        """What the project tells about an input: its "words", and of dates "days_since"."""
         return {}
 
     def _evaluate(self, designs: Matrix, parts: List[Part], extrapolate: bool,

@@ -81,7 +81,10 @@ def _check(status: int) -> None:
 def _encoded(text: str) -> bytes:
     if "\0" in text:
         raise InputError(f"{text!r} holds a NUL")
-    return text.encode(errors="replace")
+    try:
+        return text.encode()
+    except UnicodeEncodeError:
+        raise InputError(f"{text!r} is no text of Unicode") from None
 
 
 def _options(options: Dict[str, Any]) -> bytes:
@@ -148,14 +151,21 @@ class _Listener:
 
     def _hear(self, share: float, text: Optional[bytes], _: Optional[int]) -> int:
         try:
-            if self._progress is not None:
+            if self._progress is not None and self._raised is None:
                 self._progress(share, (text or b"").decode(errors="replace"))
+            self._handle()
         except BaseException as error:
             self._raised = error
-        return int(self._interrupted or self._raised is not None)
+        return int(self._raised is not None)
 
     def _interrupt(self, *_: Any) -> None:
         self._interrupted = True
+
+    def _handle(self) -> None:
+        """Leaves Ctrl-C to the caller's handler, which may raise or not."""
+        if self._interrupted:
+            self._interrupted = False
+            self._handler(signal.SIGINT, None)
 
     @contextlib.contextmanager
     def listening(self) -> Iterator[None]:
@@ -174,10 +184,9 @@ class _Listener:
 
     def check(self) -> None:
         """Behind the call: raises what came meanwhile."""
-        if self._interrupted:
-            self._handler(signal.SIGINT, None)
         if self._raised is not None:
             raise self._raised
+        self._handle()
 
 
 class Column:

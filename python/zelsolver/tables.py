@@ -8,7 +8,7 @@ from typing import Any, Dict, List, Optional, Sequence, Tuple
 import numpy as np
 from numpy.typing import NDArray
 
-from .coding import as_days, is_missing
+from .coding import as_date_text, is_missing
 from .designs import column_names
 from .errors import InputError
 from .results import Array
@@ -17,8 +17,7 @@ from .study import Column
 
 def as_columns(frame: Any, inputs: Sequence[str], responses: Sequence[str]
                ) -> Tuple[List[Column], List[str]]:
-    """The columns of `frame`, and the names of those that are dates, which become days since
-    1970-01-01 here.
+    """The columns of `frame`, and the names of those that are dates, which become texts here.
 
     frame: columns by name (a DataFrame, a dict, a structured array) of n values each: numbers,
         texts, datetime64; an n x k array of numbers, its columns named by `inputs`, then
@@ -96,7 +95,7 @@ def _as_column(name: str, values: Any, wanted: bool) -> Tuple[Column, bool]:
             numbers[mask] = np.nan
         return Column(name, numbers), False
     if kind == "M":
-        return Column(name, as_days(array)), True
+        return Column(name, texts=[as_date_text(date) for date in array]), True
     if kind not in "OUS" and wanted:
         raise InputError(f'column "{name}": {array.dtype} is neither numbers, nor texts, nor dates')
     found = _numbers(array) if kind == "O" else None

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import fnmatch
 from typing import Any, List, Mapping, Optional, Sequence, Union
 
 from .errors import InputError
@@ -49,7 +50,8 @@ def train(frame: Any, inputs: Names, responses: Names,
     options = {
         "inputs": inputs, "responses": responses, "ignored": _names("ignored", ignored),
         "discrete": _names("discrete", discrete),
-        "dates": [name for name in _names("dates", dates) if name not in converted],
+        "dates": _dates(_names("dates", dates), converted, [*inputs, *responses],
+                        _names("ignored", ignored)),
         "criteria": _criteria(criteria), "skip_incomplete": bool(skip_incomplete), "seed": seed,
         "budget": budget,
     }
@@ -67,6 +69,18 @@ def _names(what: str, names: Names) -> List[str]:
         return [str(name) for name in names]
     except TypeError:
         raise InputError(f"{what}: {names!r} is neither a name nor a sequence of names") from None
+
+
+def _dates(named: List[str], converted: List[str], chosen: List[str], ignored: List[str]
+           ) -> List[str]:
+    """The names of the columns of dates that the training takes: those that the caller names, and
+    those `converted` that are chosen by name or pattern."""
+    def fits(name: str, patterns: List[str]) -> bool:
+        return any(fnmatch.fnmatchcase(name, p.replace("[", "[[]")) for p in patterns)
+
+    found = [name for name in converted if name in chosen or not fits(name, ignored) and (
+        "all" in chosen or fits(name, chosen))]
+    return [*named, *(name for name in found if not fits(name, named))]
 
 
 def _criteria(criteria: Union[Mapping[str, str], Sequence[str], None]) -> Optional[List[str]]:

@@ -37,6 +37,9 @@ void ThrowWriteError(const fs::path& path, const std::string& reason) {
 }
 
 ReplacementFile::ReplacementFile(const fs::path& target) : target_(ResolveLink(target)) {
+  struct stat old {};
+  if (::stat(target_.c_str(), &old) == 0 && !S_ISREG(old.st_mode))
+    ThrowWriteError(target_, S_ISDIR(old.st_mode) ? "Is a directory" : "It is no regular file");
   do {
     name_ = target_.native() + fs::unique_path(".%%%%%%%%").native();
     file_ = ::open(name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFile);

@@ -165,6 +165,11 @@ TEST(ProjectFile, AFailedSaveLeavesTheOldFileAndNoOther) {
   EXPECT_EQ(MessageOf([&] { SaveProjectFile(VRDB(), nowhere); }),
             "Error while writing \"\"" + nowhere + "\"\": No such file or directory");
   EXPECT_NE(MessageOf([&] { SaveProjectFile(VRDB(), directory.GetPath()); }), "");
+  const std::string pipe = directory.File("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_NE(MessageOf([&] { SaveProjectFile(VRDB(), pipe); }).find("no regular file"),
+            std::string::npos);
+  EXPECT_EQ(boost::filesystem::status(pipe).type(), boost::filesystem::fifo_file);
 }
 
 TEST(ProjectFile, SavingKeepsModeAndSymbolicLink) {
