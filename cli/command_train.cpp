@@ -83,7 +83,8 @@ std::string Summary(const Training& training, const std::string& path, const std
 }  // namespace
 
 void RunTrain(const TrainOptions& options) {
-  std::FILE* const standard_output = ClaimStandardOutput();  // before the library logs what it meets
+  std::FILE* const standard_output =
+      ClaimStandardOutput();  // before the library logs what it meets
   TrainRequest request;
   request.columns.inputs = ParseNames(options.inputs, "--inputs");
   request.columns.responses = ParseNames(options.responses, "--responses");
@@ -96,10 +97,10 @@ void RunTrain(const TrainOptions& options) {
   request.seed = options.seed;
   request.budget = options.budget;
   const std::string path = RequireOutput(options);
-  if (options.report == "-") throw Refusal("--report: standard output tells how good the models are");
+  if (options.report == "-")
+    throw Refusal("--report: standard output tells how good the models are");
   std::optional<OutputFile> report;  // made before the long work, which its place may make vain
-  if (!options.report.empty())
-    report.emplace(options.report, standard_output, &GetFileWatcher());
+  if (!options.report.empty()) report.emplace(options.report, standard_output, &GetFileWatcher());
   CsvReader table(options.table);
   Training training(table, std::move(request));
   if (!options.quiet && !options.json)
@@ -117,7 +118,9 @@ void RunTrain(const TrainOptions& options) {
     corvath::training::WriteStudy(training.GetStudy(), path);
   }
   if (report) {
-    report->Write(ReportProject(Project::Open(path), {training.GetNotes(), {}}).text);
+    ReportRequest request;
+    request.notes = training.GetNotes();
+    report->Write(ReportProject(Project::Open(path), request).text);
     report->Commit();
   }
   if (options.json) {

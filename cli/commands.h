@@ -75,10 +75,10 @@ void RunTrain(const TrainOptions& options);
 
 struct ExportOptions {
   std::string file;
-  std::string format = "json";         ///< see ExportFormats
-  std::string out = "-";               ///< "-" is standard output
-  std::string name;                    ///< of the identifiers; empty: that of `out`, or the project's
-  std::string hash;                    ///< expected signature of `file`; empty: not checked
+  std::string format = "json";  ///< see ExportFormats
+  std::string out = "-";        ///< "-" is standard output
+  std::string name;             ///< of the identifiers; empty: that of `out`, or the project's
+  std::string hash;             ///< expected signature of `file`; empty: not checked
   std::vector<std::string> responses;  ///< empty: all
   bool quiet = false;                  ///< errors alone
 };
@@ -92,8 +92,8 @@ struct ReportOptions {
   std::vector<std::string> with;  ///< analyses, see ReportRequest; so are the following two
   std::vector<std::string> minimize;
   std::vector<std::string> maximize;
-  std::string hash;               ///< expected signature of `file`; empty: not checked
-  bool quiet = false;             ///< errors alone
+  std::string hash;    ///< expected signature of `file`; empty: not checked
+  bool quiet = false;  ///< errors alone
 };
 
 /// Writes the project as one page for a browser.

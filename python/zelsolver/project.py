@@ -10,6 +10,7 @@ import numpy as np
 from numpy.typing import NDArray
 
 from . import library as api
+from .analyses import Analyses
 from .designs import Matrix, as_matrix
 from .errors import InputError, ProjectError, UnknownNameError, ZelError
 from .findings import (Candidate, Distribution, Residuals, as_candidates, as_correlations,
@@ -26,7 +27,7 @@ if TYPE_CHECKING:
 _NO_COP = -1.0  # as the library tells it
 
 
-class Project(Predictor):
+class Project(Predictor, Analyses):
     """The trained models of a project file (.vrdb).
 
         with zelsolver.Project("study.vrdb") as project:

@@ -50,6 +50,8 @@ _PROTOTYPES: loading.Prototypes = {
     "zelstudy_describe": (c_int, [c_void_p, c_char_p, _OUT]),
     "zelstudy_residuals": (c_int, [c_void_p, c_char_p, _OUT]),
     "zelstudy_sample": (c_int, [c_void_p, c_char_p, _OUT]),
+    **{"zelstudy_" + name: (c_int, [c_void_p, c_char_p, _ProgressFunction, c_void_p, _OUT])
+       for name in ("sensitivity", "propagate", "optimize", "export", "report")},
     "zelstudy_evaluate": (c_int, [c_char_p, c_char_p, _OUT]),
 }
 
@@ -251,6 +253,22 @@ class OpenProject:
     def ask(self, function: str, **options: Any) -> Result:
         """What "describe", "residuals" or "sample" tells. Raises InputError."""
         return _ask(function, self._handle, options)
+
+    def work(self, function: str, progress: Optional[Progress], **options: Any) -> Result:
+        """What "sensitivity", "propagate", "optimize", "export" or "report" finds. Raises
+        InputError, and what `progress` raises."""
+        listener = _Listener(progress)
+        library, handle = _library(), c_void_p()
+        try:
+            with listener.listening():
+                status = getattr(library, "zelstudy_" + function)(
+                    self._handle, _options(options), listener.function, None, byref(handle))
+            listener.check()
+        except BaseException:  # may come when the work is over
+            library.zelstudy_result_close(handle)
+            raise
+        _check(status)
+        return _take(handle)
 
 
 def _ask(function: str, project: Optional[c_void_p], options: Dict[str, Any]) -> Result:

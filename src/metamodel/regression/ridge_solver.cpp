@@ -87,7 +87,7 @@ RidgeSolver::RidgeSolver(const Eigen::MatrixXd& design, const Eigen::VectorXd& v
     : mean_(values.mean()), values_(values.array() - mean_) {
   left_.resize(design.rows(), 0);
   right_.resize(design.cols(), 0);
-  if (design.size() == 0) return;       // the mean alone
+  if (design.size() == 0) return;  // the mean alone
   // By the smaller of Z'Z and ZZ', whose eigenvalues are D^2: squaring loses half of the digits, but
   // only in directions that a penalty all but removes.
   constexpr double kDependent = 1e-13;  // of the largest eigenvalue
