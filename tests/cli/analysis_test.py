@@ -46,6 +46,14 @@ class Analysis(ProgramTest):
         self.assertLess(document["quantities"]["mass"]["unexplained"], 1e-3)
         self.assertIsNone(document["quantities"]["twice"]["unexplained"])
 
+    def test_scatter_beyond_the_analysed_designs_is_told(self):
+        # Areas were analysed from about 5 to 25: of normal(25, 5) half lies above, less a margin.
+        def notes(text):
+            return " ".join(self.document("propagate", SAMPLE, "--no-form", "--n", "100",
+                                          "--distribution", text)["notes"])
+        self.assertRegex(notes("area_1:normal(25, 5)"), r"area_1 lies to 4\d % outside")
+        self.assertNotIn("outside", notes("area_1:normal(15, 1)"))
+
     def test_mass_scatters_with_its_areas(self):
         means = zel("propagate", SAMPLE, "--csv", "-", "--scheme", "sobol", "--quantiles", "0.9",
                     "--distribution", "area_1:normal(10, 0.5)",

@@ -102,7 +102,33 @@ TermReader::Terms TermReader::LargestOf(const std::wstring& text, double sign) {
   return parts.elements.front();
 }
 
+/// "name <= right" of a name that expressions cannot use, since it holds blanks or signs.
+std::optional<TermReader::Terms> TermReader::ExceedancesOfName(const std::wstring& text) {
+  const auto trimmed = [](const std::wstring& part) {
+    const auto first = part.find_first_not_of(L" \t");
+    return first == std::wstring::npos
+               ? std::wstring()
+               : part.substr(first, part.find_last_not_of(L" \t") - first + 1);
+  };
+  for (auto at = text.find_first_of(L"<>"); at != std::wstring::npos;
+       at = text.find_first_of(L"<>", at + 1)) {
+    const auto behind = text.find_first_not_of(L'=', at + 1);
+    if (behind == std::wstring::npos || behind > at + 2) continue;
+    const std::wstring left = trimmed(text.substr(0, at)), right = trimmed(text.substr(behind));
+    if (!model_.FindQuantity(left) || !calculator::Parse(calculator::DeleteBlanks(right)).full)
+      continue;
+    const double sign = text[at] == L'<' ? 1.0 : -1.0;
+    const Parts parts = Sum(ReadSide(left, sign), ReadSide(right, -sign));
+    Terms terms;
+    for (const Terms& element : parts.elements)
+      terms.insert(terms.end(), element.begin(), element.end());
+    return terms;
+  }
+  return std::nullopt;
+}
+
 TermReader::Terms TermReader::Exceedances(const std::wstring& text) try {
+  if (auto terms = ExceedancesOfName(text)) return *std::move(terms);
   const ParsedText& parsed = Parse(text);
   const ParsedText::Index root = parsed.GetCore(parsed.GetRoot());
   const Operator op = parsed.GetOperator(root);

@@ -68,6 +68,7 @@ class TermReader {
     bool is_vector = false;
   };
 
+  std::optional<Terms> ExceedancesOfName(const std::wstring& text);
   const calculator::ParsedText& Parse(const std::wstring& text);
   void CheckNames(const calculator::ParsedText& text);
   Parts Read(const calculator::ParsedText& text, Index node, double sign);

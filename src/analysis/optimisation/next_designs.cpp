@@ -71,13 +71,22 @@ class Worth {
           design.gain += share * response_errors(k, responses_[r]) / spreads_[r];
       } else {
         SetImprovement(columns.row(k), share * errors.row(k), design);
+        // To repeat a design improves nothing, whatever a smoothing model predicts there.
+        constexpr double kRepeat = 0.05;
+        design.gain *= std::min(1.0, share / kRepeat);
       }
+      design.novelty = share;
       designs.push_back(std::move(design));
     }
     return designs;
   }
 
+  /// Takes a design as analysed, with what is predicted for it: later ones must improve on that.
   void Learn(const Eigen::RowVectorXd& x) {
+    const Eigen::MatrixXd columns = task_.Columns(x, task_.GetModel().Responses(x));
+    const NonlinearProgram& program = task_.GetProgram();
+    if (columns.allFinite() && (columns.row(0).tail(program.num_limits).array() >= 0.0).all())
+      best_ = std::min(best_, program.Objectives(columns.row(0))(0));
     known_.conservativeResize(known_.rows() + 1, Eigen::NoChange);
     known_.row(known_.rows() - 1) = x;
   }
@@ -135,6 +144,7 @@ std::vector<NextDesign> ProposeDesigns(const DesignTask& task, NextBy by,
                                        Eigen::Index count, const SearchSettings& wanted,
                                        const Progress& progress) {
   constexpr double kLeast = 1e-250;      // whose logarithm still counts
+  constexpr double kNovelty = 1e-3;      // where nothing is to gain, designs at least spread
   constexpr Eigen::Index kSearches = 8;  // the worth has many maxima, and the best is not needed
   Worth worth(task, by, responses);
   NonlinearProgram program = task.GetProgram();
@@ -146,7 +156,9 @@ std::vector<NextDesign> ProposeDesigns(const DesignTask& task, NextBy by,
     for (Eigen::Index k = 0; k < x.rows(); ++k) {
       const NextDesign& design = designs[static_cast<std::size_t>(k)];
       const double product = design.gain * design.chance;
-      values(k, 0) = std::isnan(product) ? kNaN : -std::log(std::max(product, kLeast));
+      values(k, 0) = std::isnan(product)
+                         ? kNaN
+                         : -std::log(std::max(product, kLeast)) - kNovelty * design.novelty;
     }
     return values;
   };

@@ -21,6 +21,7 @@ struct NextDesign {
   double gain = 0.0;        ///< expected improvement in the objective's unit, or expected error
   double chance = 1.0;      ///< that it keeps all limits; 1 for kError
   double prediction = 0.0;  ///< of the objective, in the user's sense; NaN for kError
+  double novelty = 0.0;     ///< share of the error that is left there, see below: 0 where analysed
 };
 
 /// Designs that are worth their analysis, the best first.
@@ -34,7 +35,8 @@ struct NextDesign {
 /// The error of any model is 0 at an analysed design and grows to the cross-validated error near the
 /// point at the distance that designs have from each other: its share is sqrt(1 - exp(-(d / l)^2)) at
 /// distance d from the nearest one, l being the median of their distances. A design that was chosen
-/// counts as analysed for the next one, so that they spread.
+/// counts as analysed, with what is predicted for it, for the next one, so that they spread; nearly
+/// to repeat an analysed design improves nothing.
 ///
 /// @param responses  for kError
 /// @throws AnalysisError  the study has no analysed designs, or values fail everywhere

@@ -82,6 +82,7 @@ void VariedStudy::Choose(const Project& project, const VariationRequest& request
   for (const std::string& text : request.distributions) {
     auto [name, variable] = ParseNamedDistribution(text);
     RequireInput(project, name);
+    RequireStates(project, name, *variable);
     if (!choice_.distributions.emplace(FromUtf8(name), std::move(variable)).second)
       throw Refusal("input " + Quoted(name) + " is given two distributions");
   }
@@ -90,6 +91,25 @@ void VariedStudy::Choose(const Project& project, const VariationRequest& request
     if (!choice_.fixed.emplace(FromUtf8(name), value).second)
       throw Refusal("input " + Quoted(name) + " is given two values");
   }
+}
+
+/// Nothing lies between words: their codes are the only values. A size out of a table may scatter
+/// around it instead.
+void VariedStudy::RequireStates(const Project& project, const std::string& name,
+                                const algorithm::RV& variable) const {
+  const TableColumns columns = TableColumns::FromProject(project.GetRecord());
+  const TableColumn* const column = columns.Find(name);
+  const auto input = model_->FindInput(FromUtf8(name));
+  if (column == nullptr || !column->IsRead() || !input) return;
+  const auto& codes = model_->GetInputs()[static_cast<std::size_t>(*input)].states;
+  if (codes.empty()) return;
+  bool fits = variable.IsDiscrete();
+  for (Index k = 0; fits && k < variable.GetStates().rows(); ++k)
+    fits = std::count(codes.begin(), codes.end(), variable.GetStates()(k, 0)) > 0;
+  if (!fits)
+    throw Refusal("input " + Quoted(name) + " takes words: discrete(CODE, PROBABILITY, ...) with " +
+                  "their codes " + Short(codes.front()) + " to " + Short(codes.back()) +
+                  " is wanted");
 }
 
 /// A further criterion must have a value at the middle of the inputs: a wrong name would make each
@@ -143,6 +163,36 @@ Json::Value VariedStudy::GetInputsDocument() const {
   return document;
 }
 
+/// Outside the analysed designs models extrapolate, or stop at what they know: a scatter there is
+/// theirs, not the product's.
+void VariedStudy::AddRangeNotes(std::vector<std::string>& notes) const {
+  constexpr double kMargin = 0.05;  // of the width: next to the outermost designs models still hold
+  constexpr double kShare = 0.01;   // rarer values do not move statistics
+  const Eigen::MatrixXd& designs = model_->GetDesigns().inputs;
+  if (designs.rows() < 2) return;
+  const auto& columns = space_->GetColumns();
+  for (Index i = 0; i < model_->GetNumInputs(); ++i) {
+    const double low = designs.col(i).minCoeff(), high = designs.col(i).maxCoeff();
+    const double from = low - kMargin * (high - low), to = high + kMargin * (high - low);
+    const auto column = std::find(columns.begin(), columns.end(), i);
+    double share = 0.0;
+    if (column == columns.end()) {
+      const double value = space_->GetFixed()(i);
+      share = value < from || value > to ? 1.0 : 0.0;
+    } else {
+      const auto& variable =
+          *space_->GetVariables()[static_cast<std::size_t>(column - columns.begin())];
+      share = 1.0 - (variable.CDF(to) - variable.CDF(from));
+    }
+    if (!(share >= kShare)) continue;
+    notes.push_back(
+        ToUtf8(model_->GetInputs()[static_cast<std::size_t>(i)].name) + " lies " +
+        (share >= 1.0 ? "outside" : "to " + Short(std::round(100.0 * share)) + " % outside") +
+        " the analysed designs (" + Short(low) + " to " + Short(high) +
+        "): there the models extrapolate, and no error estimate covers it.");
+  }
+}
+
 std::vector<std::string> VariedStudy::GetNotes() const {
   std::vector<std::string> notes;
   std::string fixed;
@@ -153,6 +203,7 @@ std::vector<std::string> VariedStudy::GetNotes() const {
       fixed += (fixed.empty() ? "" : ", ") + ToUtf8(inputs[i].name) + " = " +
                Short(space_->GetFixed()(static_cast<Index>(i)));
   if (!fixed.empty()) notes.push_back("Inputs that do not vary: " + fixed);
+  AddRangeNotes(notes);
   for (const std::wstring& name : space_->GetUncorrelated())
     notes.push_back("The correlations of " + ToUtf8(name) +
                     " are left out, since its distribution is discrete.");

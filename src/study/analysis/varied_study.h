@@ -36,11 +36,15 @@ class VariedStudy {
   }
   /// Of each input "distribution", "mean" and "sd", "lower" and "upper", or "value".
   Json::Value GetInputsDocument() const;
-  /// What the user should know: which inputs stay where they are, and which vary together.
+  /// What the user should know: which inputs stay where they are, which leave the range of the
+  /// analysed designs, and which lose correlations.
   std::vector<std::string> GetNotes() const;
 
  private:
   void Choose(const Project& project, const VariationRequest& request, bool needs_distributions);
+  void RequireStates(const Project& project, const std::string& name,
+                     const algorithm::RV& variable) const;
+  void AddRangeNotes(std::vector<std::string>& notes) const;
   void RequireNumbers(const VariationRequest& request) const;
 
   std::optional<analysis::ProjectModel> model_;
