@@ -46,6 +46,9 @@ def coded(values: Any, name: str, describe: Callable[[str], Mapping[str, Any]]) 
     if kind is not None and kind in "biuf":
         return values
     array = np.asarray(values)
+    if array.dtype.kind in "SO":  # a training reads bytes as UTF-8
+        array = np.array([v.decode(errors="replace") if isinstance(v, bytes) else v
+                          for v in array.flat], object).reshape(array.shape)
     if array.dtype.kind not in "MOU" or array.dtype.kind != "M" and not any(
             isinstance(v, (str, datetime.date)) for v in array.flat):
         return values
@@ -68,6 +71,8 @@ def coded(values: Any, name: str, describe: Callable[[str], Mapping[str, Any]]) 
 
 
 def _dated(array: NDArray[Any], name: str) -> NDArray[np.float64]:
+    if any(getattr(v, "tzinfo", None) is not None for v in array.flat if array.dtype.kind == "O"):
+        raise InputError(f'column "{name}": dates with a time zone, which a training does not take')
     try:
         if array.dtype.kind == "O":
             array = np.array([None if is_missing(v) else v for v in array.flat],

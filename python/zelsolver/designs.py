@@ -113,6 +113,8 @@ def _by_name(X: Any, inputs: Sequence[str], describe: Optional[Describe]) -> Mat
 
 def _numbers(values: Any, what: str) -> Matrix:
     """`values` as doubles, in place where they are. @throws InputError  `what` names them"""
+    if hasattr(values, "toarray"):
+        raise InputError(f"{what} are a sparse matrix: expected a dense one, as its toarray() gives")
     try:
         mask = np.asarray(values.mask) if isinstance(values, np.ma.MaskedArray) else None
         array = np.asarray(values)

@@ -54,6 +54,8 @@ def _named_pair(pair: Tuple[Any, ...], inputs: Sequence[str], responses: Sequenc
 
 
 def _named_array(values: Any, names: Sequence[str], what: str) -> Dict[str, Any]:
+    if hasattr(values, "toarray"):
+        raise InputError(f"{what} are a sparse matrix: expected a dense one, as its toarray() gives")
     array = np.asarray(values)
     if array.ndim == 1 and len(names) == 1:
         array = array.reshape(-1, 1)
