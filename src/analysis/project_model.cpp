@@ -9,9 +9,13 @@
 #include "solver/row_criteria.h"
 #include "solver/row_ranges.h"
 
+#include <boost/make_shared.hpp>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <mutex>
+#include <set>
 #include <sstream>
 #include <utility>
 
@@ -30,6 +34,23 @@ using zel::ExtrapolationType;
 using zel::ScalarNumber;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+/// Passes each line on once: an analysis evaluates criteria in thousands of blocks, each of which
+/// would tell the same of a name that expressions cannot use.
+class OnceLog : public utils::LogBase {
+ public:
+  explicit OnceLog(boost::shared_ptr<utils::LogBase> log) : log_(std::move(log)) {}
+  void Write(std::uint32_t level, std::wstring text) override {
+    constexpr std::size_t kMostLines = 100;  // lines may show values, and then all differ
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (told_.size() < kMostLines && told_.insert(text).second) log_->Write(level, std::move(text));
+  }
+
+ private:
+  const boost::shared_ptr<utils::LogBase> log_;
+  std::mutex mutex_;
+  std::set<std::wstring> told_;
+};
 
 double CoPOf(const algorithm::datatypes::SurrogateInfo& info) {
   return info.GetAppraisalData().HasCoP() ? info.GetAppraisalData().GetCoP() : kNaN;
@@ -69,6 +90,7 @@ Eigen::MatrixXd CriteriaOf(std::vector<Design> designs,
 ProjectModel::ProjectModel(boost::shared_ptr<zel::ZELSolver> solver,
                            const CriterionSequence& more_criteria)
     : solver_(std::move(solver)),
+      log_(boost::make_shared<OnceLog>(solver_->GetLogger())),
       criteria_(solver_->GetCriteriaTemplates()),
       input_names_(solver_->GetInputNames()),
       output_names_(solver_->GetOutputNames()) {
@@ -161,9 +183,8 @@ Eigen::MatrixXd ProjectModel::Criteria(const ConstPoints& x, const ConstPoints& 
                                                                                 num_criteria);
   if (values.size() == 0) return values;
   const zel::RowRanges ranges(static_cast<std::size_t>(x.rows()));
-  const auto log = solver_->GetLogger();
   ranges.Run(ranges.GetCount(), [&](std::size_t range) {
-    zel::RowCriteria rows(input_names_, output_names_, criteria_, log);
+    zel::RowCriteria rows(input_names_, output_names_, criteria_, log_);
     const std::size_t begin = ranges.GetBegin(range);
     for (std::size_t d = begin; d < begin + ranges.GetSize(range); ++d)
       rows.Evaluate(x.data() + d, static_cast<std::size_t>(x.outerStride()), responses.data() + d,

@@ -2,6 +2,7 @@
 
 #include "analysis/study_model.h"
 #include "design/named_sequence.h"
+#include "foundation/log.h"
 #include "solver/zel_solver.h"
 
 #include <boost/shared_ptr.hpp>
@@ -44,6 +45,7 @@ class ProjectModel : public StudyModel {
   StudyDesigns FindDesigns() const;
 
   boost::shared_ptr<zel::ZELSolver> solver_;
+  boost::shared_ptr<utils::LogBase> log_;  ///< the solver's, which hears each line once
   CriterionSequence criteria_;
   std::vector<std::wstring> input_names_;
   std::vector<std::wstring> output_names_;

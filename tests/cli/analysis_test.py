@@ -7,6 +7,7 @@ import json
 import math
 import pathlib
 import statistics
+import tempfile
 
 from program import INPUTS, OUTPUTS, SAMPLE, ProgramTest, main, zel
 
@@ -53,6 +54,17 @@ class Analysis(ProgramTest):
                                           "--distribution", text)["notes"])
         self.assertRegex(notes("area_1:normal(25, 5)"), r"area_1 lies to 4\d % outside")
         self.assertNotIn("outside", notes("area_1:normal(15, 1)"))
+
+    def test_a_name_that_expressions_cannot_use_is_told_once(self):
+        folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))
+        rows = "".join(f"{i % 5},{i % 3},{i % 5 + 2 * (i % 3)}\n" for i in range(15))
+        (folder / "t.csv").write_text('"width [mm]",b,y\n' + rows)
+        project = str(folder / "t.vrdb")
+        zel("train", str(folder / "t.csv"), "--inputs", "all", "--responses", "y", "--criterion",
+            "c: 2*y", "--quiet", "-o", project)
+        result = zel("sensitivity", project)
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(result.stderr.decode().count('"width [mm]"'), 1)
 
     def test_mass_scatters_with_its_areas(self):
         means = zel("propagate", SAMPLE, "--csv", "-", "--scheme", "sobol", "--quantiles", "0.9",
