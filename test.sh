@@ -22,6 +22,7 @@ for option in "$@"; do
 done
 
 zel_install
+zel_install tools/packages.test
 if $lint; then zel_install tools/packages.lint; fi
 tools/check_layers
 zel_build release

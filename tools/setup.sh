@@ -1,10 +1,12 @@
 # Sourced by demo.sh and test.sh: installs the packages of tools/packages that are missing, and
 # builds. Needs Debian 12 (or a later release with the same packages).
 
-# zel_missing_packages LIST: the packages of a list that are not installed.
+# zel_missing_packages LIST: the packages of a list that this architecture has and that are not
+# installed.
 zel_missing_packages() {
-  local package
-  grep -v '^#' "$1" | while read -r package; do
+  local package architectures
+  grep -v '^#' "$1" | while read -r package architectures; do
+    [[ -z $architectures || " $architectures " == *" $(dpkg --print-architecture) "* ]] || continue
     [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] ||
       echo "$package"
   done
