@@ -22,9 +22,9 @@ from scipy.optimize import NonlinearConstraint, minimize
 def load(zel, project, folder):
     path = pathlib.Path(folder) / "models.py"
     subprocess.run([zel, "export", project, "--format", "python", "--quiet", "-o", path], check=True)
-    spec = importlib.util.spec_from_file_location("models", path)
-    module = importlib.util.module_from_spec(spec)
-    spec.loader.exec_module(module)
+    found = importlib.util.spec_from_file_location("models", path)
+    module = importlib.util.module_from_spec(found)
+    found.loader.exec_module(module)
     return module
 
 

@@ -193,9 +193,9 @@ class ExportTest(unittest.TestCase):
     def test_python_predicts_as_the_library(self):
         for study in self.studies:
             with self.subTest(study=str(study.python)):
-                spec = importlib.util.spec_from_file_location("study", study.python)
-                module = importlib.util.module_from_spec(spec)
-                spec.loader.exec_module(module)
+                found = importlib.util.spec_from_file_location("study", study.python)
+                module = importlib.util.module_from_spec(found)
+                found.loader.exec_module(module)
                 gradient = getattr(module, [n for n in dir(module) if n.startswith("gradient_stress")][-1])
                 self.compare(study, module.predict(study.x), module.criteria(study.x),
                              gradient(study.x))
