@@ -53,6 +53,21 @@ struct Product {
 
 enum class Family { kPolynomial, kMovingLeastSquares, kKriging, kThinPlateSplines };
 
+/// As descriptions and comments name it.
+inline const char* FamilyName(Family family) {
+  switch (family) {
+    case Family::kPolynomial:
+      return "polynomial";
+    case Family::kMovingLeastSquares:
+      return "moving least squares";
+    case Family::kKriging:
+      return "kriging";
+    case Family::kThinPlateSplines:
+      return "thin plate splines";
+  }
+  return "";
+}
+
 /// The local root mean square error of a response, from its residuals e at the support points:
 /// sqrt(sum w e^2 / sum w), w = exp(factor s); `everywhere` where the factor is 0.
 struct LocalError {

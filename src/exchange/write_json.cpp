@@ -8,20 +8,6 @@ namespace corvath::exchange {
 
 namespace {
 
-const char* NameOf(Family family) {
-  switch (family) {
-    case Family::kPolynomial:
-      return "polynomial";
-    case Family::kMovingLeastSquares:
-      return "moving least squares";
-    case Family::kKriging:
-      return "kriging";
-    case Family::kThinPlateSplines:
-      return "thin plate splines";
-  }
-  return "";
-}
-
 void WriteVector(const char* key, const Eigen::VectorXd& numbers, JsonWriter& json) {
   json.Key(key);
   json.BeginArray();
@@ -114,7 +100,7 @@ void WriteBack(const std::vector<BackStep>& steps, JsonWriter& json) {
 void WriteModel(const ResponseModel& model, JsonWriter& json) {
   json.Key("model");
   json.BeginObject();
-  json.Text("family", NameOf(model.family));
+  json.Text("family", FamilyName(model.family));
   json.Key("inputs");
   json.BeginArray();
   for (const std::size_t input : model.inputs) json.Count(input);

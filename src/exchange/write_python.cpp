@@ -97,20 +97,6 @@ std::string BackText(const std::vector<BackStep>& steps) {
   return text + ']';
 }
 
-const char* FamilyText(Family family) {
-  switch (family) {
-    case Family::kPolynomial:
-      return "polynomial";
-    case Family::kMovingLeastSquares:
-      return "moving least squares";
-    case Family::kKriging:
-      return "kriging";
-    case Family::kThinPlateSplines:
-      return "thin plate splines";
-  }
-  return "";
-}
-
 std::string ModelText(const ResponseDescription& response) {
   const ResponseModel& model = response.model;
   const auto member = [](const char* key, const std::string& value) {
@@ -121,7 +107,7 @@ std::string ModelText(const ResponseDescription& response) {
     inputs += (inputs.size() == 1 ? "" : ", ") + to_string(input);
   std::string text =
       "{  # " + CommentText(response.name) + ": " + CommentText(response.model_name) + '\n';
-  text += member("family", '"' + std::string(FamilyText(model.family)) + '"');
+  text += member("family", '"' + std::string(FamilyName(model.family)) + '"');
   text += member("inputs", inputs + ']') + member("scale", Array(model.scale)) +
           member("offset", Array(model.offset)) + member("constant", RealText(model.constant)) +
           member("coefficients", Array(model.coefficients)) +
