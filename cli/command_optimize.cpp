@@ -143,7 +143,7 @@ void AddOptimize(CLI::App& app) {
   command
       ->add_option(
           "--points", options.points,
-          "Points of a Pareto front; 41 without this option, with three objectives some 100")
+          "Points of a Pareto front; 101 without this option, with three objectives some 100")
       ->check(CLI::Range(2, 10000).description(""))
       ->type_name("NUMBER");
   auto* const next =

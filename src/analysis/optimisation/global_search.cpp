@@ -1,5 +1,6 @@
 #include "analysis/optimisation/global_search.h"
 
+#include "analysis/optimisation/population_search.h"
 #include "doe/doe.h"
 #include "foundation/parallel.h"
 
@@ -15,6 +16,8 @@ namespace {
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// Searches that run at once, whatever the number of threads.
 constexpr std::size_t kBatch = 4;
+/// Evaluations of the populations for each input and each local search that may be done.
+constexpr Eigen::Index kEvaluations = 100;
 
 Eigen::MatrixXd LatinHypercube(const NonlinearProgram& program, Eigen::Index n,
                                std::uint32_t seed) {
@@ -49,18 +52,25 @@ double CriticalDistance(double n, double d) {
 
 /// Objective and breach in one number: in units of their scales a breach weighs ten times. Infinite
 /// where a value is NaN.
-Eigen::VectorXd Merits(const NonlinearProgram& program, const SqpForm& form,
-                       const Eigen::VectorXd& scales, const Eigen::MatrixXd& values) {
-  constexpr double kBreachWeight = 10.0;
-  Eigen::VectorXd objectives(values.rows());
-  for (Eigen::Index k = 0; k < values.rows(); ++k) objectives(k) = form.Objective(values.row(k));
-  Eigen::VectorXd merits = objectives / ColumnScales(objectives)(0);
-  for (Eigen::Index k = 0; k < values.rows(); ++k)
-    merits(k) =
-        values.row(k).allFinite()
-            ? merits(k) + kBreachWeight * LargestBreach(program, scales, values.row(k)).relative
-            : kInfinity;
-  return merits;
+MeritFunction Merit(const NonlinearProgram& program, const SqpForm& form,
+                    const Screening& screening) {
+  const auto objectives = [&form](const Eigen::MatrixXd& values) {
+    Eigen::VectorXd result(values.rows());
+    for (Eigen::Index k = 0; k < values.rows(); ++k) result(k) = form.Objective(values.row(k));
+    return result;
+  };
+  const double unit = ColumnScales(objectives(screening.values))(0);
+  return [&program, &screening, objectives, unit](const Eigen::MatrixXd& values) {
+    constexpr double kBreachWeight = 10.0;
+    Eigen::VectorXd merits = objectives(values) / unit;
+    for (Eigen::Index k = 0; k < values.rows(); ++k)
+      merits(k) =
+          values.row(k).allFinite()
+              ? merits(k) +
+                    kBreachWeight * LargestBreach(program, screening.scales, values.row(k)).relative
+              : kInfinity;
+    return merits;
+  };
 }
 
 std::vector<Eigen::Index> Ascending(const Eigen::VectorXd& merits) {
@@ -73,9 +83,9 @@ std::vector<Eigen::Index> Ascending(const Eigen::VectorXd& merits) {
 
 /// The best points of a sample from which to start: first those that no better point is near, then
 /// those that no chosen one is near, then any.
-std::vector<Evaluated> Starts(const NonlinearProgram& program, const SqpForm& form,
+std::vector<Evaluated> Starts(const NonlinearProgram& program, const MeritFunction& merit,
                               const Screening& screening, std::size_t count) {
-  const Eigen::VectorXd merits = Merits(program, form, screening.scales, screening.values);
+  const Eigen::VectorXd merits = merit(screening.values);
   const std::vector<Eigen::Index> order = Ascending(merits);
   const Eigen::MatrixXd shares = ToShares(program, screening.points).transpose();
   const double critical =
@@ -109,9 +119,7 @@ class Optima {
 
   void Add(const LocalOptimum& optimum) {
     if (!optimum.IsFeasible() || IsKnown(optimum.point.x)) return;
-    found_.push_back({ToShares(program_, optimum.point.x), optimum.objective});
-    std::stable_sort(found_.begin(), found_.end(),
-                     [](const Found& a, const Found& b) { return a.objective < b.objective; });
+    found_.emplace_back(ToShares(program_, optimum.point.x));
   }
   Eigen::Index Count() const { return static_cast<Eigen::Index>(found_.size()); }
 
@@ -121,60 +129,18 @@ class Optima {
     return w > 0.0 && k > w + 2.0 && w * (k - 1.0) / (k - w - 2.0) < w + 0.5;
   }
 
-  /// Points each of whose coordinates is that of one of two optima, half of them scattered; good
-  /// optima are more often parents.
-  Eigen::MatrixXd Cross(Eigen::Index count, std::mt19937& random) const {
-    constexpr double kScatter = 0.1;  // share of a range
-    const auto uniform = [&] { return static_cast<double>(random()) / 4294967296.0; };
-    const auto parent = [&]() -> const Eigen::RowVectorXd& {
-      const double share = uniform() * uniform();  // half of the draws in the best fifth
-      return found_[static_cast<std::size_t>(share * static_cast<double>(found_.size()))].shares;
-    };
-    Eigen::MatrixXd points(count, program_.NumInputs());
-    for (Eigen::Index k = 0; k < count; ++k) {
-      const Eigen::RowVectorXd &a = parent(), &b = parent();
-      for (Eigen::Index i = 0; i < points.cols(); ++i) {
-        double share = uniform() < 0.5 ? a(i) : b(i);
-        if (uniform() < 0.5) share += kScatter * (uniform() + uniform() - 1.0);
-        points(k, i) = program_.lower(i) + share * (program_.upper(i) - program_.lower(i));
-      }
-      points.row(k) = program_.Admit(points.row(k));
-    }
-    return points;
-  }
-
+ private:
   bool IsKnown(const Eigen::RowVectorXd& x) const {
     constexpr double kSame = 1e-3;  // shares of the ranges
     const Eigen::RowVectorXd shares = ToShares(program_, x);
-    return std::any_of(found_.begin(), found_.end(), [&](const Found& other) {
-      return (other.shares - shares).cwiseAbs().maxCoeff() < kSame;
+    return std::any_of(found_.begin(), found_.end(), [&](const Eigen::RowVectorXd& other) {
+      return (other - shares).cwiseAbs().maxCoeff() < kSame;
     });
   }
 
- private:
-  struct Found {
-    Eigen::RowVectorXd shares;
-    double objective;
-  };
   const NonlinearProgram& program_;
-  std::vector<Found> found_;  ///< the best first
+  std::vector<Eigen::RowVectorXd> found_;  ///< in shares of the ranges
 };
-
-/// The best of many crossings of the optima.
-std::vector<Evaluated> CrossedStarts(const NonlinearProgram& program, const SqpForm& form,
-                                     const Eigen::VectorXd& scales, const Optima& optima,
-                                     std::mt19937& random) {
-  constexpr Eigen::Index kCrossings = 100;
-  const Eigen::MatrixXd points = optima.Cross(kCrossings, random);
-  const Eigen::MatrixXd values = program.values(points);
-  const Eigen::VectorXd merits = Merits(program, form, scales, values);
-  std::vector<Evaluated> starts;
-  for (const Eigen::Index row : Ascending(merits)) {
-    if (starts.size() == kBatch || merits(row) == kInfinity) break;
-    if (!optima.IsKnown(points.row(row))) starts.push_back({points.row(row), values.row(row)});
-  }
-  return starts;
-}
 
 }  // namespace
 
@@ -201,17 +167,10 @@ GlobalOptimum SearchGlobally(const NonlinearProgram& program, const SqpForm& for
     if (screening.values.row(k).allFinite()) ++result.num_finite;
   result.best.breach.relative = kInfinity;
   const auto max_searches = static_cast<std::size_t>(settings.max_searches);
-  const std::vector<Evaluated> starts = Starts(program, form, screening, max_searches);
+  const MeritFunction merit = Merit(program, form, screening);
+  const std::vector<Evaluated> starts = Starts(program, merit, screening, max_searches);
   Optima optima(program);
-  std::mt19937 random(settings.seed);
-  for (std::size_t first = 0; first < starts.size();) {
-    if (settings.progress)
-      settings.progress(static_cast<double>(first) / static_cast<double>(starts.size()));
-    std::vector<Evaluated> batch;
-    if (2 * first >= max_searches && optima.Count() > 1)
-      batch = CrossedStarts(program, form, screening.scales, optima, random);
-    for (std::size_t k = first; batch.size() < kBatch && k < starts.size(); ++k)
-      batch.push_back(starts[k]);
+  const auto search_from = [&](const std::vector<Evaluated>& batch) {
     std::vector<LocalOptimum> found(batch.size());
     utils::ParallelTasks(batch.size(), [&](std::size_t k) {
       found[k] = SearchMixed(program, form, screening.scales, batch[k]);
@@ -222,8 +181,25 @@ GlobalOptimum SearchGlobally(const NonlinearProgram& program, const SqpForm& for
         result.best = std::move(optimum);
       ++result.num_searches;
     }
-    if (optima.IsComplete(result.num_searches)) break;
-    first += batch.size();
+  };
+  const auto tell = [&](double share) {
+    if (settings.progress) settings.progress(share);
+  };
+  bool is_complete = false;
+  for (std::size_t first = 0; first < starts.size() && !is_complete;) {
+    tell(0.5 * static_cast<double>(first) / static_cast<double>(starts.size()));
+    const std::size_t last = std::min(first + kBatch, starts.size());
+    search_from({starts.begin() + static_cast<std::ptrdiff_t>(first),
+                 starts.begin() + static_cast<std::ptrdiff_t>(last)});
+    is_complete = optima.IsComplete(result.num_searches);
+    first = last;
+  }
+  if (!is_complete && optima.Count() != 1) {
+    std::mt19937 random(settings.seed);
+    PopulationSettings population;
+    population.evaluations = kEvaluations * settings.max_searches * program.NumInputs();
+    population.progress = [&](double share) { tell(0.5 + 0.5 * share); };
+    search_from(SearchByPopulations(program, merit, starts, population, random));
   }
   result.num_optima = optima.Count();
   return result;

@@ -12,7 +12,7 @@ namespace corvath::analysis {
 
 struct SearchSettings {
   Eigen::Index num_sample = 0;     ///< space-filling points to start from; 0: by the inputs
-  Eigen::Index max_searches = 40;  ///< local searches, at most
+  Eigen::Index max_searches = 40;  ///< local searches from the sample, at most
   std::uint32_t seed = 1;
   /// Told the share of the work that is done, from the calling thread; what it throws ends the
   /// search.
@@ -42,10 +42,10 @@ struct GlobalOptimum {
 /// methods, part II: multi level methods", Mathematical Programming 39, 1987, pp. 57-78. They end
 /// when the number of different optima that one must expect, after C. G. E. Boender and
 /// Rinnooy Kan (w (k - 1) / (k - w - 2) for w of k searches), is less than a half above the number
-/// found. From the half of their largest number on they start from a crossing of the optima found,
-/// coordinate by coordinate, with a little scatter: where inputs act by themselves, the best optimum
-/// has the coordinates of several. Searches of one batch run at once; results do not depend on the
-/// number of threads.
+/// found. Where that number is not reached by the largest number of searches, there are more minima
+/// than starts: populations go on from the best starts (see SearchByPopulations) until
+/// 100 n max_searches evaluations are used, and searches from the best points of these follow. Searches
+/// of one batch run at once; results do not depend on the number of threads.
 GlobalOptimum SearchGlobally(const NonlinearProgram& program, const SqpForm& form,
                              const Screening& screening, const SearchSettings& settings);
 

@@ -182,7 +182,7 @@ class FrontSearch {
 
   void HalveGaps() {
     const auto wanted =
-        static_cast<std::size_t>(settings_.num_points > 0 ? settings_.num_points : 41);
+        static_cast<std::size_t>(settings_.num_points > 0 ? settings_.num_points : 101);
     constexpr std::size_t kFirst = 9;  // places between the ends to begin with
     std::vector<Place> places;
     const std::size_t first = std::min(kFirst, wanted > 2 ? wanted - 2 : 0);

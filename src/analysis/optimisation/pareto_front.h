@@ -10,7 +10,7 @@ namespace corvath::analysis {
 
 struct FrontSettings {
   SearchSettings search;        ///< of the ends of the front
-  Eigen::Index num_points = 0;  ///< wanted; 0: 41 for two objectives, about 100 for three
+  Eigen::Index num_points = 0;  ///< wanted; 0: 101 for two objectives, about 100 for three
 };
 
 /// Points of which none is at least as good as another in all objectives and better in one; all keep

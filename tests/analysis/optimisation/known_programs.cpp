@@ -159,6 +159,32 @@ double Levy(const Row& x) {
   return sum;
 }
 
+double Ackley(const Row& x) {
+  const double mean = (2.0 * kPi * x.array()).cos().mean();
+  return 20.0 * (1.0 - std::exp(-0.2 * std::sqrt(x.array().square().mean()))) + std::exp(1.0) -
+         std::exp(mean);
+}
+
+double Griewank(const Row& x) {
+  double product = 1.0;
+  for (Eigen::Index i = 0; i < x.size(); ++i)
+    product *= std::cos(x(i) / std::sqrt(static_cast<double>(i + 1)));
+  return 1.0 + x.squaredNorm() / 4000.0 - product;
+}
+
+double Michalewicz(const Row& x) {
+  double sum = 0.0;
+  for (Eigen::Index i = 0; i < x.size(); ++i)
+    sum -= std::sin(x(i)) * std::pow(std::sin(static_cast<double>(i + 1) * x(i) * x(i) / kPi), 20);
+  return sum;
+}
+
+double Eggholder(const Row& x) {
+  const double y = x(1) + 47.0;
+  return -y * std::sin(std::sqrt(std::abs(0.5 * x(0) + y))) -
+         x(0) * std::sin(std::sqrt(std::abs(x(0) - y)));
+}
+
 double Shubert(const Row& x) {
   double product = 1.0;
   for (const double xi : x) {
@@ -244,7 +270,11 @@ std::vector<KnownProgram> MultimodalPrograms() {
       Function("Hartmann 3", 3, 0.0, 1.0, Hartmann, -3.86278, 5e-6),
       Function("Hartmann 6", 6, 0.0, 1.0, Hartmann, -3.32237, 5e-6),
       Function("Shekel 10", 4, 0.0, 10.0, Shekel, -10.5364, 5e-5),
-      Function("Rastrigin 2", 2, -5.12, 5.12, Rastrigin, 0.0, 1e-6),
+      Function("Rastrigin 6", 6, -5.12, 5.0, Rastrigin, 0.0, 1e-6),
+      Function("Ackley 5", 5, -32.768, 30.0, Ackley, 0.0, 1e-4),  // a kink at the optimum
+      Function("Griewank 4", 4, -600.0, 550.0, Griewank, 0.0, 1e-6),
+      Function("Michalewicz 5", 5, 0.0, kPi, Michalewicz, -4.687658, 5e-7),
+      Function("Eggholder", 2, -512.0, 512.0, Eggholder, -959.6407, 5e-5),
       Function("Schwefel 2", 2, -500.0, 500.0, Schwefel, 0.0, 1e-6),
       Function("Levy 4", 4, -10.0, 10.0, Levy, 0.0, 1e-6),
       Function("Shubert 2", 2, -10.0, 10.0, Shubert, -186.7309, 5e-5),

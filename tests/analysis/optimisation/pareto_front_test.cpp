@@ -22,7 +22,7 @@ TEST(ParetoFront, CoversThePublishedFronts) {
   constexpr Eigen::Index kDense = 20001;
   const Eigen::Vector2d reference(1.1, 1.1);
   for (const int number : {1, 2, 3}) {
-    const ParetoFront front = Front(support::ZitzlerDebThiele(number), 101);
+    const ParetoFront front = Front(support::ZitzlerDebThiele(number), 0);
     Eigen::MatrixXd exact(kDense, 2);
     for (Eigen::Index k = 0; k < kDense; ++k) {
       exact(k, 0) = static_cast<double>(k) / (kDense - 1);
