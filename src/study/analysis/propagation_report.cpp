@@ -10,7 +10,9 @@
 #include "study/table/csv_cell.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <iterator>
 #include <numeric>
 #include <sstream>
 
@@ -41,9 +43,10 @@ const char* SchemeText(SampleScheme scheme) {
   return "";
 }
 
-/// "0.05" for 0.05: the shortest text.
+/// "0.05" for 0.05: the shortest text that is this number, for 0.999999 is not 0.9999999.
 std::string ProbabilityText(double p) {
-  return Short(p);
+  char text[32];
+  return std::string(text, std::to_chars(std::begin(text), std::end(text), p).ptr);
 }
 
 std::string NumberText(double value, int digits = 4) {
@@ -244,7 +247,7 @@ void PropagationReport::PrintQuantities(std::ostream& out) const {
   for (const char* title : {"mean", "+-", "sd", "+-", "cov", "min"})
     table.AddColumn(title, TextTable::Align::kRight);
   for (const double p : result_.quantiles)
-    table.AddColumn(NumberText(100.0 * p) + " %", TextTable::Align::kRight);
+    table.AddColumn(NumberText(100.0 * p, 10) + " %", TextTable::Align::kRight);
   table.AddColumn("max", TextTable::Align::kRight);
   const auto half_width = [](const Interval& interval) {
     return NumberText(0.5 * (interval.high - interval.low), 2);
