@@ -66,6 +66,21 @@ class Analysis(ProgramTest):
         self.assertEqual(result.returncode, 0)
         self.assertEqual(result.stderr.decode().count('"width [mm]"'), 1)
 
+    def test_a_name_of_the_project_is_no_constant(self):
+        (self.path / "t.csv").write_text(
+            "e,b,y\n" + "".join(f"{i % 5},{i % 3},{i % 5 + 2 * (i % 3)}\n" for i in range(15)))
+        project = str(self.path / "t.vrdb")
+        zel("train", str(self.path / "t.csv"), "--inputs", "e,b", "--responses", "y", "--quiet",
+            "-o", project)
+        alone = self.document("optimize", project, "--minimize", "y", "--limit", "e >= 1.5",
+                              "--limit", "0.5 <= b", "--quiet")
+        self.assertAlmostEqual(alone["quantities"]["y"], 1.5 + 2 * 0.5, delta=1e-6)
+        hidden = '"e" is a constant of expressions and hides'
+        for arguments in [["optimize", "--minimize", "y + e"],
+                          ["optimize", "--minimize", "y", "--limit", "exp(e) <= 1"],
+                          ["sensitivity", "--criterion", "c: y <= e"]]:
+            self.refused(zel(arguments[0], project, *arguments[1:]), hidden)
+
     def test_mass_scatters_with_its_areas(self):
         means = zel("propagate", SAMPLE, "--csv", "-", "--scheme", "sobol", "--quantiles", "0.9",
                     "--distribution", "area_1:normal(10, 0.5)",

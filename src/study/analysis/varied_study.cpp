@@ -1,5 +1,6 @@
 #include "study/analysis/varied_study.h"
 
+#include "analysis/hidden_names.h"
 #include "foundation/text.h"
 #include "solver/row_criteria.h"
 #include "study/analysis/distribution_text.h"
@@ -116,6 +117,8 @@ void VariedStudy::RequireStates(const Project& project, const std::string& name,
 /// of its values NaN.
 void VariedStudy::RequireNumbers(const VariationRequest& request) const {
   if (request.criteria.empty()) return;
+  for (const auto& [name, criterion] : ParseTexts(request.criteria))
+    analysis::RefuseHiddenNames(*model_, criterion.GetExpression());
   const Eigen::MatrixXd x = space_->FromGauss(Eigen::MatrixXd::Zero(1, space_->GetDim()));
   const Eigen::MatrixXd responses = model_->Responses(x);
   std::vector<std::wstring> inputs;
