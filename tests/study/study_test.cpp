@@ -357,6 +357,65 @@ TEST(Study, AnalysesAProject) {
             std::vector<std::string>{"0.5"});
 }
 
+TEST(Study, AnalysesRepeatOnAnyNumberOfThreadsAndAreCancelled) {
+  const Project project = OpenSample();
+  const std::pair<decltype(&zelstudy_optimize), const char*> cases[] = {
+      {zelstudy_sensitivity, R"({"n": 128, "second_order": true, "seed": 7})"},
+      {zelstudy_propagate, R"~({"distributions": ["area_1:gumbel(12, 1)", "area_3:normal(9, 1)"],
+          "criteria": ["soft: displacement <= 4"], "model_error": true, "n": 9000, "seed": 7})~"},
+      {zelstudy_optimize, R"({"minimize": ["mass"], "seed": 7, "starts": 6})"},
+      {zelstudy_optimize, R"({"minimize": ["mass", "displacement"], "points": 5, "starts": 4})"},
+      {zelstudy_optimize, R"({"minimize": ["mass"], "next": 2, "starts": 4})"},
+  };
+  struct State {
+    int left;  // calls until it says stop
+    std::thread::id thread;
+  };
+  const auto progress = [](double share, const char* work, void* user) {
+    auto& state = *static_cast<State*>(user);
+    EXPECT_EQ(std::this_thread::get_id(), state.thread);
+    EXPECT_TRUE(share >= 0.0 && share <= 1.0 && work != nullptr);
+    return --state.left < 0 ? 1 : 0;
+  };
+  for (const auto& [analyse, options] : cases) {
+    std::string texts[2];
+    for (const bool parallel : {false, true}) {
+      setenv("ZELSOLVER_NUM_THREADS", parallel ? "4" : "1", 1);
+      const Result result = Get<Result>([&, analyse = analyse, options = options](auto** out) {
+        return analyse(project.get(), options, nullptr, nullptr, out);
+      });
+      texts[parallel] = zelstudy_result_json(result.get());
+    }
+    unsetenv("ZELSOLVER_NUM_THREADS");
+    EXPECT_EQ(texts[0], texts[1]) << options;
+    for (const int calls : {0, 1}) {
+      State state{calls, std::this_thread::get_id()};
+      auto* out = reinterpret_cast<zelstudy_result*>(1);
+      EXPECT_EQ(analyse(project.get(), options, progress, &state, &out), ZELSTUDY_CANCELLED);
+      EXPECT_EQ(out, nullptr);
+      EXPECT_EQ(LastError(), "cancelled");
+    }
+  }
+
+  // The document of the lightest truss: mass is known exactly, and the displacement holds it back.
+  const Json::Value best = Document(Get<Result>([&](zelstudy_result** out) {
+    return zelstudy_optimize(project.get(), R"({"minimize": ["mass"]})", nullptr, nullptr, out);
+  }));
+  EXPECT_EQ(best["status"], "optimal");
+  EXPECT_EQ(best["inputs"].size(), 10u);
+  EXPECT_TRUE(best["limits"]["displacement_limit"]["active"].asBool());
+  double volume = 0.0;
+  for (int i = 1; i <= 10; ++i)
+    volume += best["inputs"]["area_" + std::to_string(i)].asDouble() * (i > 6 ? M_SQRT2 : 1.0);
+  EXPECT_NEAR(best["quantities"]["mass"].asDouble() / volume, 36.0, 0.01) << "inches, 0.1 lb/in^3";
+  const Json::Value none = Document(Get<Result>([&](zelstudy_result** out) {
+    return zelstudy_optimize(project.get(), R"({"minimize": ["mass"], "limits": ["mass <= 1"]})",
+                             nullptr, nullptr, out);
+  }));
+  EXPECT_EQ(none["status"], "infeasible");
+  EXPECT_THAT(none["message"].asString(), HasSubstr("mass <= 1"));
+}
+
 TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
   const Data data;
   const Table table = data.MakeTable();
@@ -380,6 +439,11 @@ TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
   const auto propagate = [&](const char* options) {
     return [&, options](zelstudy_result** out) {
       return zelstudy_propagate(project.get(), options, nullptr, nullptr, out);
+    };
+  };
+  const auto optimize = [&](const char* options) {
+    return [&, options](zelstudy_result** out) {
+      return zelstudy_optimize(project.get(), options, nullptr, nullptr, out);
     };
   };
   const auto evaluate = [&](const char* expression, const char* definitions) {
@@ -425,6 +489,11 @@ TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
        "too large"},
       {sample(R"({"scheme": "sobol", "n": 3, "inputs": ["a:1:0"]})"), "the lower bound is above"},
       {propagate("{}"), "No input has a distribution."},
+      {propagate(R"({"n": 1e99})"), "n: 1e+99 is no whole number from 0 to 1000000000"},
+      {propagate(R"~({"n": 1, "distributions": ["area_1:normal(9, 1)"]})~"), "needs at least 2 designs"},
+      {optimize("{}"), "No objective"},
+      {optimize(R"({"minimize": ["maas"]})"), R"(did you mean "mass"?)"},
+      {optimize(R"({"minimize": ["mass"], "starts": -1})"), "starts: -1 is no whole number from 0"},
       {propagate(R"({"quantiles": [true]})"), "quantiles: an array of numbers is wanted"},
       {evaluate("1 +", nullptr), "parsing"},
       {evaluate("a", R"({"a": [[1], [2, 3]]})"), R"(definitions: "a": a number)"},
