@@ -35,7 +35,8 @@ void Check(const Scatter& scatter, const PropagationSettings& settings) {
   if (!(settings.until == 0.0 || (settings.until >= 1e-6 && settings.until <= 1.0)))
     throw AnalysisError(L"The precision must be a number from 1e-6 to 1.");
   for (const double p : settings.quantiles)
-    if (!(p > 0.0 && p < 1.0)) throw AnalysisError(L"Quantiles are wanted of probabilities between 0 and 1.");
+    if (!(p > 0.0 && p < 1.0))
+      throw AnalysisError(L"Quantiles are wanted of probabilities between 0 and 1.");
   if (scatter.GetDim() >= static_cast<Index>(math::kMaxSobolDimensions))
     throw AnalysisError(L"Too many inputs for the Sobol sequence.");
   const Index columns = std::max(scatter.GetModel().GetNumQuantities(), scatter.GetDim());
