@@ -236,7 +236,7 @@ TEST(Propagation, GoesOnUntilThePrecisionAndSaysWhatItCannotTell) {
   EXPECT_LT(discrete.limits[2].probability.low, exact);
   EXPECT_GT(discrete.limits[2].probability.high, exact);
   EXPECT_THROW(Propagate(model, fixed, settings,
-                         [](double share, const std::wstring&) { return share < 0.3; }),
+                         [](double share, const std::wstring&) { return share < 0.05; }),
                AnalysisCancelled);
 }
 

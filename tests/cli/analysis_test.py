@@ -91,7 +91,8 @@ class Analysis(ProgramTest):
         # Mass of a unit of area of a short bar.
         ratio = rows["mass", "sd"] / math.hypot(0.5, 0.6 * math.sqrt(2.0))
         document = self.document("propagate", SAMPLE, "--distribution", "area_1:normal(10, 0.5)",
-                                 "--criterion", f"exact: area_1 <= {10 + 0.5 * 4.5}")
+                                 "--criterion", f"exact: area_1 <= {10 + 0.5 * 4.5}",
+                                 "--criterion", "kept: 0 * area_1 <= 0")
         mass = document["quantities"]["mass"]
         self.assertAlmostEqual(mass["sd"], 0.5 * ratio, delta=0.01 * ratio)
         self.assertEqual(set(mass["quantiles"]), {"0.01", "0.05", "0.25", "0.5", "0.75", "0.95", "0.99"})
@@ -107,6 +108,8 @@ class Analysis(ProgramTest):
         self.assertAlmostEqual(limit["form"]["design_points"][0]["inputs"]["area_1"], 12.25,
                                delta=1e-3)
         self.assertEqual(limit["warnings"], [])
+        self.assertNotIn("form", document["limits"]["kept"])  # it has no surface
+        self.assertEqual(document["limits"]["kept"]["probability"], 0)
 
     def test_the_errors_of_the_models_widen_what_scatters(self):
         plain = self.document("propagate", RANDOM, "--n", "2000", "--seed", "3", "--no-form")
@@ -136,7 +139,9 @@ class Analysis(ProgramTest):
             ("propagate", ["--distribution", "area_1:normal(9,1)", "--n", "1000000000"],
              ["makes more values than can be held"]),
             ("propagate", ["--distribution", "area_1:normal(9,1)", "--criterion", "l: stres <= 1"],
-             ['criterion "l" has no number', "stres"]),
+             ['criterion "l": Object "stres" not known']),
+            ("propagate", ["--distribution", "area_1:normal(9,1)", "--criterion", "l: mass < 1"],
+             ["it is true or false, no number; <= and >= alone make a limit"]),
             ("propagate", ["--scheme", "lattice"], ['"lattice" is none of latin-hypercube, sobol']),
             ("sensitivity", ["--over", "distributions"], ["No input has a distribution."]),
             ("sensitivity", ["--fix", "area_1"], ["NAME=VALUE is wanted"]),

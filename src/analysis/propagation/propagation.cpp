@@ -84,6 +84,8 @@ struct LimitCount {
   Index column = 0;  ///< of the limit among the quantities
   Index num_violations = 0;
   Index num_finite = 0;
+  bool varies = false;  ///< a limit that is always 0 has no surface
+  double any = kNaN;    ///< one of its values
   Index num_violations_without_errors = 0;
   Index num_finite_without_errors = 0;
   /// Points beyond the limit and within it, by their distance from the origin: starts.
@@ -167,6 +169,8 @@ class Sample {
         const double g = values(i, limit.column);
         if (std::isfinite(g)) {
           ++limit.num_finite;
+          if (limit.num_finite == 1) limit.any = g;
+          limit.varies = limit.varies || !math::IsClose(g, limit.any);
           limit.num_violations += IsViolated(g);
           KeepNearest(u, i, g < 0.0 ? limit.violating : limit.keeping);
         }
@@ -314,7 +318,8 @@ LimitRisk AnalyseLimit(const Scatter& scatter, const LimitCount& count, Index nu
   if (settings.with_errors)
     risk.without_errors = ShareInterval(count.num_violations_without_errors,
                                         count.num_finite_without_errors, settings.confidence);
-  if (settings.with_form && !scatter.HasDiscrete() && count.num_finite > 0) {
+  if (settings.with_form && !scatter.HasDiscrete() && count.varies) {
+    risk.is_searched = true;
     risk.design_points = FindDesignPoints(scatter, count.column, StartsOf(count), settings.seed,
                                           PartOf(progress, 0.0, 0.3));
     Eigen::MatrixXd u(static_cast<Index>(risk.design_points.size()), scatter.GetDim());

@@ -240,7 +240,8 @@ std::pair<std::string, boost::shared_ptr<RV>> ParseNamedDistribution(const std::
   const std::size_t colon = open == std::string::npos ? open : text.rfind(':', open);
   if (colon == std::string::npos || colon == 0)
     Refuse(text, "NAME:TYPE(NUMBER, ...) is wanted, as in load:normal(12, 0.6)");
-  return {text.substr(0, colon), ParseDistribution(text.substr(colon + 1))};
+  return {std::string(Trimmed(std::string_view(text).substr(0, colon))),
+          ParseDistribution(text.substr(colon + 1))};
 }
 
 }  // namespace corvath::study

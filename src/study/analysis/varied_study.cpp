@@ -1,12 +1,14 @@
 #include "study/analysis/varied_study.h"
 
 #include "analysis/hidden_names.h"
+#include "design/designs/design.h"
+#include "design/designs/indexed_responses.h"
 #include "foundation/text.h"
-#include "solver/row_criteria.h"
 #include "study/analysis/distribution_text.h"
 #include "study/describe/json_text.h"
 #include "study/describe/text_table.h"
 #include "study/refusal.h"
+#include "study/table/criteria_texts.h"
 #include "study/table/csv_cell.h"
 #include "study/table/name_hint.h"
 #include "study/table/table_columns.h"
@@ -21,6 +23,8 @@
 namespace corvath::study {
 namespace {
 
+using algorithm::datatypes::CDesignEntry;
+using algorithm::datatypes::Criterion;
 using analysis::InputSpace;
 using Eigen::Index;
 using utils::FromUtf8;
@@ -121,29 +125,22 @@ void VariedStudy::RequireNumbers(const VariationRequest& request) const {
     analysis::RefuseHiddenNames(*model_, criterion.GetExpression());
   const Eigen::MatrixXd x = space_->FromGauss(Eigen::MatrixXd::Zero(1, space_->GetDim()));
   const Eigen::MatrixXd responses = model_->Responses(x);
-  std::vector<std::wstring> inputs;
-  for (const auto& input : model_->GetInputs()) inputs.push_back(input.name);
-  std::vector<std::wstring> outputs;
+  algorithm::datatypes::EntrySequence parameters, values;
+  for (Index i = 0; i < x.cols(); ++i)
+    parameters.Append(model_->GetInputs()[static_cast<std::size_t>(i)].name, CDesignEntry(x(0, i)));
   algorithm::datatypes::CriterionSequence criteria;
-  for (const auto& quantity : model_->GetQuantities()) {
-    if (!quantity.description)
-      outputs.push_back(quantity.name);
+  const auto& quantities = model_->GetQuantities();
+  for (std::size_t k = 0; k < quantities.size(); ++k) {
+    const auto& [name, kind, description, cop] = quantities[k];
+    if (description)
+      criteria.Append(name, Criterion(description->type_, description->lhs_, description->rhs_));
     else
-      criteria.Append(quantity.name, algorithm::datatypes::Criterion(quantity.description->type_,
-                                                                     quantity.description->lhs_,
-                                                                     quantity.description->rhs_));
+      values.Append(name, CDesignEntry(responses(0, static_cast<Index>(k))));
   }
-  const auto log = boost::make_shared<utils::log::VectorLog>();
-  zel::RowCriteria rows(inputs, outputs, criteria, log);
-  std::vector<double> values(rows.GetCount());
-  rows.Evaluate(x.data(), 1, responses.data(), 1, values.data());
-  const std::size_t first = values.size() - request.criteria.size();
-  for (std::size_t i = first; i < values.size(); ++i)
-    if (std::isnan(values[i])) {
-      const auto lines = log->GetLines();
-      throw Refusal("criterion " + Quoted(ToUtf8(criteria[i].first)) + " has no number" +
-                    (lines.empty() ? "" : ": " + ToUtf8(lines.back().second)));
-    }
+  algorithm::datatypes::Design design(std::move(parameters), {});
+  design.SetResponses(algorithm::datatypes::MergeIndexedResponses(std::move(values)));
+  design.SetCriteria(criteria);
+  TryCriteria(std::move(design), criteria.size() - request.criteria.size());
 }
 
 Json::Value VariedStudy::GetInputsDocument() const {
