@@ -37,7 +37,8 @@ void AddSensitivity(CLI::App& app) {
       ->add_option(
           "--over", options.variation.over,
           "How inputs vary: evenly between their bounds, or by their distributions; inputs "
-          "without distribution then stay at their reference values")
+          "without distribution then stay at their reference values. Without this option as the "
+          "project was sampled, or by what --distribution says")
       ->check(CLI::IsMember({"bounds", "distributions"}).description(""))
       ->type_name("bounds|distributions");
   command

@@ -49,6 +49,11 @@ class Analysis(ProgramTest):
 
     def test_scatter_beyond_the_analysed_designs_is_told(self):
         # Areas were analysed from about 5 to 25: of normal(25, 5) half lies above, less a margin.
+        document = self.document("sensitivity", SAMPLE, "--n", "64", "--distribution",
+                                 "area_1:normal(12, 0.5)", "--distribution", "area_2:normal(9, 1)")
+        self.assertEqual(document["over"], "distributions")  # they are not passed over
+        self.assertAlmostEqual(document["quantities"]["mass"]["first"]["area_1"], 0.2, delta=0.1)
+
         def notes(text):
             return " ".join(self.document("propagate", SAMPLE, "--no-form", "--n", "100",
                                           "--distribution", text)["notes"])
@@ -144,6 +149,8 @@ class Analysis(ProgramTest):
              ["it is true or false, no number; <= and >= alone make a limit"]),
             ("propagate", ["--scheme", "lattice"], ['"lattice" is none of latin-hypercube, sobol']),
             ("sensitivity", ["--over", "distributions"], ["No input has a distribution."]),
+            ("sensitivity", ["--over", "bounds", "--distribution", "area_1:normal(9,1)"],
+             ["over bounds, distributions of inputs do not count"]),
             ("sensitivity", ["--fix", "area_1"], ["NAME=VALUE is wanted"]),
             ("sensitivity", ["--fix", "area_1=1", "--fix", "area_1=2"], ["given two values"]),
             ("sensitivity", ["--criterion", "mass: 1"], ['has a quantity "mass" already']),

@@ -81,8 +81,12 @@ void VariedStudy::Choose(const Project& project, const VariationRequest& request
                          bool needs_distributions) {
   if (!request.over.empty() && request.over != "bounds" && request.over != "distributions")
     throw Refusal("over: bounds or distributions is wanted, not " + Quoted(request.over));
-  const bool by_distributions = request.over.empty() ? needs_distributions || model_->IsStochastic()
-                                                     : request.over == "distributions";
+  const bool has_some = !request.distributions.empty();
+  if (request.over == "bounds" && has_some)
+    throw Refusal("over bounds, distributions of inputs do not count; leave one of the two out");
+  const bool by_distributions = request.over.empty()
+                                    ? needs_distributions || model_->IsStochastic() || has_some
+                                    : request.over == "distributions";
   choice_.scope = by_distributions ? InputSpace::Scope::kDistributions : InputSpace::Scope::kBounds;
   for (const std::string& text : request.distributions) {
     auto [name, variable] = ParseNamedDistribution(text);
@@ -203,6 +207,8 @@ std::vector<std::string> VariedStudy::GetNotes() const {
       fixed += (fixed.empty() ? "" : ", ") + ToUtf8(inputs[i].name) + " = " +
                Short(space_->GetFixed()(static_cast<Index>(i)));
   if (!fixed.empty()) notes.push_back("Inputs that do not vary: " + fixed);
+  if (!IsOverDistributions() && !model_->GetCorrelations().isIdentity(0.0))
+    notes.push_back("Between bounds, the correlations of the inputs do not count.");
   AddRangeNotes(notes);
   for (const std::wstring& name : space_->GetUncorrelated())
     notes.push_back("The correlations of " + ToUtf8(name) +
