@@ -1,6 +1,7 @@
 #include "analysis_commands.h"
 #include "commands.h"
 #include "interruption.h"
+#include "number_range.h"
 #include "progress_line.h"
 #include "standard_output.h"
 #include "study/decide/optimize.h"
@@ -131,26 +132,26 @@ void AddOptimize(CLI::App& app) {
   command
       ->add_option("--robust", options.robust,
                    "Keep limits with so many standard deviations of what the inputs' scatter gives")
-      ->check(CLI::NonNegativeNumber.description(""))
+      ->check(Number(0.0, 1000.0))
       ->type_name("NUMBER");
   command
       ->add_option("--starts", options.starts,
                    "Searches, at most; fewer where they make sure earlier that there is no better "
                    "optimum")
-      ->check(CLI::Range(1, 100000).description(""))
+      ->transform(WholeNumber(1, 100000))
       ->capture_default_str()
       ->type_name("NUMBER");
   command
       ->add_option(
           "--points", options.points,
           "Points of a Pareto front; 101 without this option, with three objectives some 100")
-      ->check(CLI::Range(2, 10000).description(""))
+      ->transform(WholeNumber(2, 10000))
       ->type_name("NUMBER");
   auto* const next =
       command
           ->add_option("--next", options.next,
                        "Propose so many designs to analyse next, instead of an optimum")
-          ->check(CLI::Range(1, 10000).description(""))
+          ->transform(WholeNumber(1, 10000))
           ->type_name("NUMBER");
   command
       ->add_option("--next-by", options.next_by,
@@ -161,7 +162,7 @@ void AddOptimize(CLI::App& app) {
       ->capture_default_str()
       ->type_name("WHAT");
   command->add_option("--seed", options.seed, "The same seed gives the same result")
-      ->check(CLI::NonNegativeNumber.description(""))
+      ->transform(Seed())
       ->capture_default_str()
       ->type_name("NUMBER");
   auto* const json =

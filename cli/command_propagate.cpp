@@ -1,4 +1,5 @@
 #include "analysis_commands.h"
+#include "number_range.h"
 #include "study/analysis/propagation_report.h"
 #include "varied_study_options.h"
 
@@ -41,21 +42,22 @@ void AddPropagate(CLI::App& app) {
       ->capture_default_str()
       ->type_name("SCHEME");
   command->add_option("--n", options.settings.num_designs, "Designs of the sample")
-      ->check(CLI::PositiveNumber.description(""))
+      ->transform(WholeNumber(2, 1000000000))
       ->capture_default_str()
       ->type_name("NUMBER");
   command
       ->add_option("--until", options.settings.until,
                    "Double the sample until means, standard deviations and probabilities are known "
                    "to this relative precision, 0.01 for 1 %")
-      ->check(CLI::PositiveNumber.description(""))
+      ->check(Number(1e-6, 1.0))
       ->type_name("PRECISION");
   command->add_option("--most", options.settings.most, "Designs at most with --until")
-      ->check(CLI::PositiveNumber.description(""))
+      ->transform(WholeNumber(2, 1000000000))
       ->capture_default_str()
       ->type_name("NUMBER");
   command->add_option("--quantiles", options.settings.quantiles, "Probabilities of quantiles")
       ->delimiter(',')
+      ->check(Number(0.0, 1.0))
       ->capture_default_str()
       ->type_name("P,...");
   command->add_flag(
@@ -64,7 +66,7 @@ void AddPropagate(CLI::App& app) {
       "the cross-validated residuals");
   command->add_flag("--no-form", options.without_form, "Sample alone");
   command->add_option("--seed", options.settings.seed, "The same seed gives the same numbers")
-      ->check(CLI::NonNegativeNumber.description(""))
+      ->transform(Seed())
       ->capture_default_str()
       ->type_name("NUMBER");
   command->callback([] { RunPropagate(options); });

@@ -1,4 +1,5 @@
 #include "analysis_commands.h"
+#include "number_range.h"
 #include "study/analysis/sensitivity_report.h"
 #include "varied_study_options.h"
 
@@ -36,7 +37,8 @@ void AddSensitivity(CLI::App& app) {
       ->add_option(
           "--over", options.variation.over,
           "How inputs vary: evenly between their bounds, or by their distributions; inputs "
-          "without distribution then stay at their reference values")
+          "without distribution then stay at their reference values. Without this option as the "
+          "project was sampled, or by what --distribution says")
       ->check(CLI::IsMember({"bounds", "distributions"}).description(""))
       ->type_name("bounds|distributions");
   command
@@ -44,13 +46,13 @@ void AddSensitivity(CLI::App& app) {
           "--n", options.settings.num_base,
           "Rows of the base samples; the models are evaluated at n (inputs + 2) designs. A "
           "power of 2 is best")
-      ->check(CLI::PositiveNumber.description(""))
+      ->transform(WholeNumber(2, 1000000000))
       ->capture_default_str()
       ->type_name("NUMBER");
   command->add_flag("--second-order", options.settings.second_order,
                     "Add the interactions of pairs of inputs, at n (2 inputs + 2) designs");
   command->add_option("--seed", options.settings.seed, "The same seed gives the same numbers")
-      ->check(CLI::NonNegativeNumber.description(""))
+      ->transform(Seed())
       ->capture_default_str()
       ->type_name("NUMBER");
   command->callback([] { RunSensitivity(options); });

@@ -404,7 +404,8 @@ ZELSTUDY_API int zelstudy_report(const zelstudy_project* project, const char* op
  *
  * Options:
  *     "over": "bounds"        how inputs vary: evenly between their "bounds", or by their
- *                             "distributions"; by default as the project's models were sampled
+ *                             "distributions"; by default as the project's models were sampled,
+ *                             or by the distributions that are given
  *     "distributions": NAMES  "load:normal(12, 0.6)": in place of what the project says
  *     "fixed": NAMES          "load=12": inputs that shall not vary
  *     "criteria": NAMES       "limit: stress <= 25": further criteria

@@ -1,5 +1,6 @@
 #include "study/options.h"
 
+#include "study/describe/text_table.h"
 #include "study/refusal.h"
 #include "study/table/csv_cell.h"
 #include "study/table/name_hint.h"
@@ -80,8 +81,10 @@ std::uint64_t Options::GetCount(const char* key, std::uint64_t otherwise,
   if (!Has(key)) return otherwise;
   GetNumber(key, 0.0);  // is it one?
   if (!object_[key].isUInt64() || object_[key].asUInt64() > most)
-    throw Refusal(std::string(key) + ": " + object_[key].asString() +
-                  " is no whole number from 0 to " + std::to_string(most));
+    throw Refusal(
+        std::string(key) + ": " +
+        (object_[key].isIntegral() ? object_[key].asString() : Short(object_[key].asDouble())) +
+        " is no whole number from 0 to " + std::to_string(most));
   return object_[key].asUInt64();
 }
 

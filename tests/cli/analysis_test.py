@@ -49,6 +49,11 @@ class Analysis(ProgramTest):
 
     def test_scatter_beyond_the_analysed_designs_is_told(self):
         # Areas were analysed from about 5 to 25: of normal(25, 5) half lies above, less a margin.
+        document = self.document("sensitivity", SAMPLE, "--n", "64", "--distribution",
+                                 "area_1:normal(12, 0.5)", "--distribution", "area_2:normal(9, 1)")
+        self.assertEqual(document["over"], "distributions")  # they are not passed over
+        self.assertAlmostEqual(document["quantities"]["mass"]["first"]["area_1"], 0.2, delta=0.1)
+
         def notes(text):
             return " ".join(self.document("propagate", SAMPLE, "--no-form", "--n", "100",
                                           "--distribution", text)["notes"])
@@ -66,6 +71,21 @@ class Analysis(ProgramTest):
         self.assertEqual(result.returncode, 0)
         self.assertEqual(result.stderr.decode().count('"width [mm]"'), 1)
 
+    def test_a_name_of_the_project_is_no_constant(self):
+        (self.path / "t.csv").write_text(
+            "e,b,y\n" + "".join(f"{i % 5},{i % 3},{i % 5 + 2 * (i % 3)}\n" for i in range(15)))
+        project = str(self.path / "t.vrdb")
+        zel("train", str(self.path / "t.csv"), "--inputs", "e,b", "--responses", "y", "--quiet",
+            "-o", project)
+        alone = self.document("optimize", project, "--minimize", "y", "--limit", "e >= 1.5",
+                              "--limit", "0.5 <= b", "--quiet")
+        self.assertAlmostEqual(alone["quantities"]["y"], 1.5 + 2 * 0.5, delta=1e-6)
+        hidden = '"e" is a constant of expressions and hides'
+        for arguments in [["optimize", "--minimize", "y + e"],
+                          ["optimize", "--minimize", "y", "--limit", "exp(e) <= 1"],
+                          ["sensitivity", "--criterion", "c: y <= e"]]:
+            self.refused(zel(arguments[0], project, *arguments[1:]), hidden)
+
     def test_mass_scatters_with_its_areas(self):
         means = zel("propagate", SAMPLE, "--csv", "-", "--scheme", "sobol", "--quantiles", "0.9",
                     "--distribution", "area_1:normal(10, 0.5)",
@@ -76,7 +96,8 @@ class Analysis(ProgramTest):
         # Mass of a unit of area of a short bar.
         ratio = rows["mass", "sd"] / math.hypot(0.5, 0.6 * math.sqrt(2.0))
         document = self.document("propagate", SAMPLE, "--distribution", "area_1:normal(10, 0.5)",
-                                 "--criterion", f"exact: area_1 <= {10 + 0.5 * 4.5}")
+                                 "--criterion", f"exact: area_1 <= {10 + 0.5 * 4.5}",
+                                 "--criterion", "kept: 0 * area_1 <= 0")
         mass = document["quantities"]["mass"]
         self.assertAlmostEqual(mass["sd"], 0.5 * ratio, delta=0.01 * ratio)
         self.assertEqual(set(mass["quantiles"]), {"0.01", "0.05", "0.25", "0.5", "0.75", "0.95", "0.99"})
@@ -92,6 +113,8 @@ class Analysis(ProgramTest):
         self.assertAlmostEqual(limit["form"]["design_points"][0]["inputs"]["area_1"], 12.25,
                                delta=1e-3)
         self.assertEqual(limit["warnings"], [])
+        self.assertNotIn("form", document["limits"]["kept"])  # it has no surface
+        self.assertEqual(document["limits"]["kept"]["probability"], 0)
 
     def test_the_errors_of_the_models_widen_what_scatters(self):
         plain = self.document("propagate", RANDOM, "--n", "2000", "--seed", "3", "--no-form")
@@ -112,22 +135,22 @@ class Analysis(ProgramTest):
              ['no input "area_11"', 'did you mean "area_1']),
             ("propagate", ["--distribution", "area_1:norml(1,2)"],
              ['no type "norml"', 'did you mean "normal"?']),
-            ("propagate", ["--distribution", "area_1:normal(1)"],
-             ["mean and standard deviation are wanted"]),
             ("propagate", ["--distribution", "area_1:normal(mean=1, s=2)"],
              ["mean= and sd= or cov=, or mu=, s= are wanted"]),
             ("propagate", ["--distribution", "area_1:triangular(1, 2)"],
              ["Lower bound a, Mode value c, Upper bound b"]),
             ("propagate", ["--distribution", "area_1:normal(1, x)"], ['"x" is not a finite number']),
             ("propagate", ["--distribution", "area_1"], ["NAME:TYPE(NUMBER, ...) is wanted"]),
-            ("propagate", ["--distribution", "area_1:normal(9,1)", "--until", "2"],
-             ["The precision must be between 1e-6 and 1."]),
             ("propagate", ["--distribution", "area_1:normal(9,1)", "--n", "1000000000"],
              ["makes more values than can be held"]),
             ("propagate", ["--distribution", "area_1:normal(9,1)", "--criterion", "l: stres <= 1"],
-             ['criterion "l" has no number', "stres"]),
+             ['criterion "l": Object "stres" not known']),
+            ("propagate", ["--distribution", "area_1:normal(9,1)", "--criterion", "l: mass < 1"],
+             ["it is true or false, no number; <= and >= alone make a limit"]),
             ("propagate", ["--scheme", "lattice"], ['"lattice" is none of latin-hypercube, sobol']),
             ("sensitivity", ["--over", "distributions"], ["No input has a distribution."]),
+            ("sensitivity", ["--over", "bounds", "--distribution", "area_1:normal(9,1)"],
+             ["over bounds, distributions of inputs do not count"]),
             ("sensitivity", ["--fix", "area_1"], ["NAME=VALUE is wanted"]),
             ("sensitivity", ["--fix", "area_1=1", "--fix", "area_1=2"], ["given two values"]),
             ("sensitivity", ["--criterion", "mass: 1"], ['has a quantity "mass" already']),
@@ -137,6 +160,17 @@ class Analysis(ProgramTest):
                 self.refused(zel(command, SAMPLE, *arguments), *texts)
         self.refused(zel("sensitivity", "absent.vrdb"), "absent.vrdb: No such file")
         self.assertEqual(zel("sensitivity", SAMPLE, "--json", "--csv", "-").returncode, 2)
+        for command, option, values, ranges in [
+            ("sensitivity", "--n", ["0", "-1", "1e99", "nan", "x", "2.5"], "2 to 1000000000"),
+            ("propagate", "--until", ["0", "2", "inf", "x"], "1e-06 to 1"),
+            ("propagate", "--quantiles", ["nan", "0.5,x"], "0 to 1"),
+            ("optimize", "--seed", ["-1", "4294967296"], "0 to 4294967295"),
+        ]:
+            for value in values:
+                result = zel(command, SAMPLE, option, value)
+                self.assertEqual(result.returncode, 2)
+                self.assertRegex(result.stderr.decode().split("\n")[0],
+                                 f"^{option}: .* is no (whole )?number from {ranges}$")
 
 
 main()

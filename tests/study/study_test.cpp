@@ -357,6 +357,65 @@ TEST(Study, AnalysesAProject) {
             std::vector<std::string>{"0.5"});
 }
 
+TEST(Study, AnalysesRepeatOnAnyNumberOfThreadsAndAreCancelled) {
+  const Project project = OpenSample();
+  const std::pair<decltype(&zelstudy_optimize), const char*> cases[] = {
+      {zelstudy_sensitivity, R"({"n": 128, "second_order": true, "seed": 7})"},
+      {zelstudy_propagate, R"~({"distributions": ["area_1:gumbel(12, 1)", "area_3:normal(9, 1)"],
+          "criteria": ["soft: displacement <= 4"], "model_error": true, "n": 9000, "seed": 7})~"},
+      {zelstudy_optimize, R"({"minimize": ["mass"], "seed": 7, "starts": 6})"},
+      {zelstudy_optimize, R"({"minimize": ["mass", "displacement"], "points": 5, "starts": 4})"},
+      {zelstudy_optimize, R"({"minimize": ["mass"], "next": 2, "starts": 4})"},
+  };
+  struct State {
+    int left;  // calls until it says stop
+    std::thread::id thread;
+  };
+  const auto progress = [](double share, const char* work, void* user) {
+    auto& state = *static_cast<State*>(user);
+    EXPECT_EQ(std::this_thread::get_id(), state.thread);
+    EXPECT_TRUE(share >= 0.0 && share <= 1.0 && work != nullptr);
+    return --state.left < 0 ? 1 : 0;
+  };
+  for (const auto& [analyse, options] : cases) {
+    std::string texts[2];
+    for (const bool parallel : {false, true}) {
+      setenv("ZELSOLVER_NUM_THREADS", parallel ? "4" : "1", 1);
+      const Result result = Get<Result>([&, analyse = analyse, options = options](auto** out) {
+        return analyse(project.get(), options, nullptr, nullptr, out);
+      });
+      texts[parallel] = zelstudy_result_json(result.get());
+    }
+    unsetenv("ZELSOLVER_NUM_THREADS");
+    EXPECT_EQ(texts[0], texts[1]) << options;
+    for (const int calls : {0, 1}) {
+      State state{calls, std::this_thread::get_id()};
+      auto* out = reinterpret_cast<zelstudy_result*>(1);
+      EXPECT_EQ(analyse(project.get(), options, progress, &state, &out), ZELSTUDY_CANCELLED);
+      EXPECT_EQ(out, nullptr);
+      EXPECT_EQ(LastError(), "cancelled");
+    }
+  }
+
+  // The document of the lightest truss: mass is known exactly, and the displacement holds it back.
+  const Json::Value best = Document(Get<Result>([&](zelstudy_result** out) {
+    return zelstudy_optimize(project.get(), R"({"minimize": ["mass"]})", nullptr, nullptr, out);
+  }));
+  EXPECT_EQ(best["status"], "optimal");
+  EXPECT_EQ(best["inputs"].size(), 10u);
+  EXPECT_TRUE(best["limits"]["displacement_limit"]["active"].asBool());
+  double volume = 0.0;
+  for (int i = 1; i <= 10; ++i)
+    volume += best["inputs"]["area_" + std::to_string(i)].asDouble() * (i > 6 ? M_SQRT2 : 1.0);
+  EXPECT_NEAR(best["quantities"]["mass"].asDouble() / volume, 36.0, 0.01) << "inches, 0.1 lb/in^3";
+  const Json::Value none = Document(Get<Result>([&](zelstudy_result** out) {
+    return zelstudy_optimize(project.get(), R"({"minimize": ["mass"], "limits": ["mass <= 1"]})",
+                             nullptr, nullptr, out);
+  }));
+  EXPECT_EQ(none["status"], "infeasible");
+  EXPECT_THAT(none["message"].asString(), HasSubstr("mass <= 1"));
+}
+
 TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
   const Data data;
   const Table table = data.MakeTable();
@@ -380,6 +439,11 @@ TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
   const auto propagate = [&](const char* options) {
     return [&, options](zelstudy_result** out) {
       return zelstudy_propagate(project.get(), options, nullptr, nullptr, out);
+    };
+  };
+  const auto optimize = [&](const char* options) {
+    return [&, options](zelstudy_result** out) {
+      return zelstudy_optimize(project.get(), options, nullptr, nullptr, out);
     };
   };
   const auto evaluate = [&](const char* expression, const char* definitions) {
@@ -425,8 +489,13 @@ TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
        "too large"},
       {sample(R"({"scheme": "sobol", "n": 3, "inputs": ["a:1:0"]})"), "the lower bound is above"},
       {propagate("{}"), "No input has a distribution."},
+      {propagate(R"({"n": 1e99})"), "n: 1e+99 is no whole number from 0 to 1000000000"},
+      {propagate(R"~({"n": 1, "distributions": ["area_1:normal(9, 1)"]})~"),
+       "needs at least 2 designs"},
+      {optimize("{}"), "No objective"},
+      {optimize(R"({"minimize": ["maas"]})"), R"(did you mean "mass"?)"},
+      {optimize(R"({"minimize": ["mass"], "starts": -1})"), "starts: -1 is no whole number from 0"},
       {propagate(R"({"quantiles": [true]})"), "quantiles: an array of numbers is wanted"},
-      {propagate(R"~({"distributions": ["area_1:normal(1)"]})~"), "standard deviation are wanted"},
       {evaluate("1 +", nullptr), "parsing"},
       {evaluate("a", R"({"a": [[1], [2, 3]]})"), R"(definitions: "a": a number)"},
       {evaluate("1", R"({"pi": 1})"), "pi"},
@@ -471,6 +540,48 @@ TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
                 .size(),
             4u)
       << "a refused column leaves the table as it was";
+}
+
+TEST(Study, RefusesDistributionsThatMeanNothing) {
+  // A random variable moves such parameters into its domain; a person has mistyped them.
+  const Project project = OpenSample();
+  const std::pair<const char*, const char*> cases[] = {
+      {"normal(1)", "mean and standard deviation are wanted"},
+      {"normal(12, 0)", "Standard deviation must be strictly positive"},
+      {"normal(mu=12, s=-1)", "not allowed"},
+      {"normal(mean=12, cov=-0.1)", "Standard deviation must be strictly positive"},
+      {"lognormal(-1, 1)", "Mean value must be strictly positive"},
+      {"lognormal(mu=2, s=20)", "Shape parameter s = 10"},
+      {"gumbel(12, nan)", "is not a finite number"},
+      {"uniform(20, 10)", "allowed would be Lower bound a = 10, Upper bound b = 20"},
+      {"loguniform(0, 10)", "not allowed"},
+      {"triangular(1, 5, 4)", "Mode value c = 4"},
+      {"truncatednormal(12, 0.6, 13, 11)", "Lower bound a = 11"},
+      {"truncatednormal(mean=12, sd=1)", "no such mean and standard deviation"},
+      {"beta(0, 1, -2, 3)", "Shape parameter alpha"},
+      {"exponential(12, -1)", "Standard deviation must be strictly positive"},
+      {"weibull(12, 1e-9)", "Coefficient of variation"},
+      {"frechet(12, -1)", "Standard deviation must be strictly positive"},
+      {"lambda(12, 1, 0, 3)", "Shape parameter l3"},
+      {"polymap(12, 1, 1, 0, -5)", "Cubic coefficient d = 0"},
+      {"poisson(-3)", "Expected number of events"},
+      {"bernoulli(1.5)", "Success probability = 1"},
+      {"bernoulli(mean=0.2, sd=0.1)", "the nearest are 0.2 and 0.4"},
+      {"discrete(1, 0.3, 2, 0.5)", "add up to 0.8, not to 1"},
+      {"discrete(1, -0.3, 2, 1.3)", "must not be negative"},
+      {"discrete(1, 1)", "two or more pairs"},
+      {"multiuniform(1, 0.3, 2, 1)", "start from 0.3, not from 0"},
+      {"multiuniform(1, 0, 2, 0.7)", "rise to 0.7, not to 1"},
+  };
+  for (const auto& [text, message] : cases) {
+    const std::string options =
+        R"({"n": 2, "form": false, "distributions": ["area_1:)" + std::string(text) + R"("]})";
+    zelstudy_result* out = nullptr;
+    EXPECT_EQ(zelstudy_propagate(project.get(), options.c_str(), nullptr, nullptr, &out),
+              ZELSTUDY_REFUSED)
+        << text;
+    EXPECT_THAT(LastError(), HasSubstr(message)) << text;
+  }
 }
 
 TEST(Study, ACallThatIsCancelledLeavesNothing) {

@@ -1,5 +1,6 @@
 #include "analysis/optimisation/affine_terms.h"
 
+#include "analysis/hidden_names.h"
 #include "calculator/criteria_evaluation.h"
 #include "calculator/parser.h"
 #include "calculator/workspace.h"
@@ -115,7 +116,8 @@ std::optional<TermReader::Terms> TermReader::ExceedancesOfName(const std::wstrin
     const auto behind = text.find_first_not_of(L'=', at + 1);
     if (behind == std::wstring::npos || behind > at + 2) continue;
     const std::wstring left = trimmed(text.substr(0, at)), right = trimmed(text.substr(behind));
-    if (!model_.FindQuantity(left) || !calculator::Parse(calculator::DeleteBlanks(right)).full)
+    if ((!model_.FindQuantity(left) && !model_.FindInput(left)) ||
+        !calculator::Parse(calculator::DeleteBlanks(right)).full)
       continue;
     const double sign = text[at] == L'<' ? 1.0 : -1.0;
     const Parts parts = Sum(ReadSide(left, sign), ReadSide(right, -sign));
@@ -149,9 +151,10 @@ TermReader::Terms TermReader::Exceedances(const std::wstring& text) try {
 }
 
 TermReader::Parts TermReader::ReadSide(const std::wstring& text, double sign) {
-  if (const auto found = model_.FindQuantity(text))  // also of a name that expressions cannot use
-    return ReadName(text, sign);
+  // A name alone may be one that expressions cannot use.
+  if (model_.FindQuantity(text) || model_.FindInput(text)) return ReadName(text, sign);
   const ParsedText& parsed = Parse(text);
+  RefuseHiddenNames(model_, text);
   const CriterionSequence more = more_;
   const auto columns = more_columns_;
   try {

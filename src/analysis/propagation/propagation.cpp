@@ -32,10 +32,11 @@ void Check(const Scatter& scatter, const PropagationSettings& settings) {
   if (settings.num_designs < 2) throw AnalysisError(L"The sample needs at least 2 designs.");
   if (!(settings.confidence > 0.0 && settings.confidence < 1.0))
     throw AnalysisError(L"The confidence must be between 0 and 1.");
-  if (!(settings.until == 0.0 || (settings.until >= 1e-6 && settings.until < 1.0)))
-    throw AnalysisError(L"The precision must be between 1e-6 and 1.");
+  if (!(settings.until == 0.0 || (settings.until >= 1e-6 && settings.until <= 1.0)))
+    throw AnalysisError(L"The precision must be a number from 1e-6 to 1.");
   for (const double p : settings.quantiles)
-    if (!(p > 0.0 && p < 1.0)) throw AnalysisError(L"Quantiles must be between 0 and 1.");
+    if (!(p > 0.0 && p < 1.0))
+      throw AnalysisError(L"Quantiles are wanted of probabilities between 0 and 1.");
   if (scatter.GetDim() >= static_cast<Index>(math::kMaxSobolDimensions))
     throw AnalysisError(L"Too many inputs for the Sobol sequence.");
   const Index columns = std::max(scatter.GetModel().GetNumQuantities(), scatter.GetDim());
@@ -83,6 +84,8 @@ struct LimitCount {
   Index column = 0;  ///< of the limit among the quantities
   Index num_violations = 0;
   Index num_finite = 0;
+  bool varies = false;  ///< a limit that is always 0 has no surface
+  double any = kNaN;    ///< one of its values
   Index num_violations_without_errors = 0;
   Index num_finite_without_errors = 0;
   /// Points beyond the limit and within it, by their distance from the origin: starts.
@@ -166,6 +169,8 @@ class Sample {
         const double g = values(i, limit.column);
         if (std::isfinite(g)) {
           ++limit.num_finite;
+          if (limit.num_finite == 1) limit.any = g;
+          limit.varies = limit.varies || !math::IsClose(g, limit.any);
           limit.num_violations += IsViolated(g);
           KeepNearest(u, i, g < 0.0 ? limit.violating : limit.keeping);
         }
@@ -313,7 +318,8 @@ LimitRisk AnalyseLimit(const Scatter& scatter, const LimitCount& count, Index nu
   if (settings.with_errors)
     risk.without_errors = ShareInterval(count.num_violations_without_errors,
                                         count.num_finite_without_errors, settings.confidence);
-  if (settings.with_form && !scatter.HasDiscrete() && count.num_finite > 0) {
+  if (settings.with_form && !scatter.HasDiscrete() && count.varies) {
+    risk.is_searched = true;
     risk.design_points = FindDesignPoints(scatter, count.column, StartsOf(count), settings.seed,
                                           PartOf(progress, 0.0, 0.3));
     Eigen::MatrixXd u(static_cast<Index>(risk.design_points.size()), scatter.GetDim());

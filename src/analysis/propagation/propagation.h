@@ -58,6 +58,7 @@ struct LimitRisk {
   Eigen::Index num_violations = 0;         ///< in the sample
   Eigen::Index num_failed = 0;             ///< designs without a value
   std::optional<Interval> without_errors;  ///< by sampling, where the errors of models scatter
+  bool is_searched = false;                ///< for design points
   std::vector<DesignPoint> design_points;  ///< nearest first; none: not looked for, or not found
   Eigen::MatrixXd design_inputs;           ///< their inputs, one row each
   std::optional<ImportanceSample> importance;

@@ -12,6 +12,10 @@ namespace {
 
 using Eigen::Index;
 
+/// Below, the kurtosis of a sample says nothing: that of two values is 1, as if their standard
+/// deviation were exact.
+constexpr Index kFewestForSpread = 4;
+
 Interval Around(double value, double half_width) {
   return {value, value - half_width, value + half_width};
 }
@@ -47,6 +51,7 @@ Interval SampleIntervals::Mean() const {
 }
 
 Interval SampleIntervals::Deviation() const {
+  if (GetCount() < kFewestForSpread) return {deviation_, Interval().low, Interval().high};
   const double variance = std::max(kurtosis_ - 1.0, 0.0) / (4.0 * static_cast<double>(GetCount()));
   return Around(deviation_, z_ * deviation_ * std::sqrt(variance));
 }
@@ -54,6 +59,7 @@ Interval SampleIntervals::Deviation() const {
 Interval SampleIntervals::Variation() const {
   const double cov = deviation_ / std::abs(mean_);
   if (!std::isfinite(cov)) return {};
+  if (GetCount() < kFewestForSpread) return {cov, Interval().low, Interval().high};
   const double skewness = mean_ < 0.0 ? -skewness_ : skewness_;
   const double variance = 0.25 * (kurtosis_ - 1.0) + cov * cov - cov * skewness;
   return Around(cov,

@@ -3,6 +3,7 @@
 #include "foundation/exception.h"
 #include "foundation/text.h"
 #include "stochastics/rv_factory.h"
+#include "study/describe/text_table.h"
 #include "study/refusal.h"
 #include "study/table/csv_cell.h"
 #include "study/table/name_hint.h"
@@ -92,12 +93,56 @@ Eigen::VectorXd ByPlace(const std::vector<Argument>& arguments) {
   return values;
 }
 
+bool AreTaken(const Eigen::VectorXd& given, const Eigen::VectorXd& taken) {
+  constexpr double kRounding = 1e-6;  // of searches for parameters as well
+  for (Eigen::Index i = 0; i < given.size(); ++i)
+    if (!(std::abs(taken(i) - given(i)) <= kRounding * std::abs(given(i)))) return false;
+  return true;
+}
+
 /// By mean and spread alone, whatever further moments the type has.
-void SetMoments(RV& variable, double mean, double sd) {
+void SetMoments(const std::string& text, double mean, double sd, RV& variable) {
   Eigen::VectorXd moments = variable.GetStats();
   moments(0) = mean;
   if (moments.size() > 1) moments(1) = sd;
   variable.SetStats(moments);
+  if (!AreTaken(moments.head(std::min<Eigen::Index>(moments.size(), 2)), variable.GetStats()))
+    Refuse(text, "the type has no such mean and standard deviation; the nearest are " +
+                     Short(variable.GetStats()(0)) + " and " + Short(variable.GetStats()(1)));
+}
+
+/// A random variable moves what is outside its domain to the nearest allowed value; from a person
+/// it is a mistake.
+void SetParameters(const std::string& text, const Eigen::VectorXd& values, RV& variable) {
+  variable.SetParameters(values);
+  const Eigen::VectorXd& taken = variable.GetParameters();
+  if (AreTaken(values, taken)) return;
+  const auto names = variable.GetParameterNames();
+  std::string nearest;
+  for (std::size_t i = 0; i < names.size(); ++i)
+    nearest += (nearest.empty() ? "" : ", ") + utils::ToUtf8(names[i]) + " = " +
+               Short(taken(static_cast<Eigen::Index>(i)));
+  Refuse(text, "these numbers are not allowed; allowed would be " + nearest);
+}
+
+/// Pairs of value and probability, of MULTIUNIFORM the probability up to the value. Random
+/// variables scale them to 1; from a person another sum is a mistake.
+void SetTable(const std::string& text, const Eigen::VectorXd& table, RV& variable) {
+  constexpr double kRounding = 1.001e-3;  // thirds may be written as 0.333
+  if (table.size() % 2 != 0 || table.size() < 4)
+    Refuse(text, "two or more pairs of value and probability are wanted");
+  double first = 0.0, last = table(table.size() - 1);
+  if (variable.GetTypeId() == types::MULTIUNIFORM)
+    first = table(1);
+  else
+    for (Eigen::Index i = 1; i + 2 < table.size(); i += 2) last += table(i);
+  variable.SetParameters(table);
+  if (std::abs(first) > kRounding)
+    Refuse(text, "the probabilities start from " + Short(first) + ", not from 0");
+  if (std::abs(last - 1.0) > kRounding)
+    Refuse(text, std::string("the probabilities ") +
+                     (variable.IsDiscrete() ? "add up to " : "rise to ") + Short(last) +
+                     ", not to 1");
 }
 
 bool TakesMoments(types::eType type) {
@@ -117,18 +162,18 @@ bool TakesMoments(types::eType type) {
 void SetByPlace(const std::string& text, const std::vector<Argument>& arguments, RV& variable) {
   if (TakesMoments(variable.GetTypeId())) {
     if (arguments.size() != 2) Refuse(text, "mean and standard deviation are wanted");
-    return SetMoments(variable, arguments[0].value, arguments[1].value);
+    return SetMoments(text, arguments[0].value, arguments[1].value, variable);
   }
+  if (variable.GetTypeId() == types::DISCRETE || variable.GetTypeId() == types::MULTIUNIFORM)
+    return SetTable(text, ByPlace(arguments), variable);
   const auto names = variable.GetParameterNames();
-  const bool is_table =
-      variable.GetTypeId() == types::DISCRETE || variable.GetTypeId() == types::MULTIUNIFORM;
-  if (is_table ? arguments.size() % 2 != 0 : arguments.size() != names.size()) {
+  if (arguments.size() != names.size()) {
     std::string wanted;
     for (const std::wstring& name : names)
       wanted += (wanted.empty() ? "" : ", ") + utils::ToUtf8(name);
-    Refuse(text, is_table ? "pairs of value and probability are wanted" : wanted + " are wanted");
+    Refuse(text, wanted + (names.size() > 1 ? " are wanted" : " is wanted"));
   }
-  variable.SetParameters(ByPlace(arguments));
+  SetParameters(text, ByPlace(arguments), variable);
 }
 
 void SetByName(const std::string& text, const std::vector<Argument>& arguments, RV& variable) {
@@ -140,9 +185,15 @@ void SetByName(const std::string& text, const std::vector<Argument>& arguments, 
   const Argument* const mean = find("mean");
   const Argument* const sd = find("sd");
   const Argument* const cov = find("cov");
+  if (variable.GetTypeId() == types::DISCRETE || variable.GetTypeId() == types::MULTIUNIFORM)
+    Refuse(text, "pairs of value and probability are wanted, without names");
   if (mean != nullptr && (sd != nullptr) != (cov != nullptr) && arguments.size() == 2)
-    return SetMoments(variable, mean->value,
-                      sd != nullptr ? sd->value : std::abs(cov->value * mean->value));
+    return SetMoments(text, mean->value,
+                      sd != nullptr ? sd->value : cov->value * std::abs(mean->value), variable);
+  const bool is_mean_alone = variable.GetParameters().size() == 1;  // BERNOULLI, POISSON
+  if (is_mean_alone && mean != nullptr && arguments.size() == 1)
+    return SetParameters(text, ByPlace(arguments), variable);
+  if (is_mean_alone) Refuse(text, "mean= is wanted");
   std::string wanted;
   Eigen::VectorXd values = variable.GetParameters();
   const auto names = variable.GetParameterNames();
@@ -155,7 +206,7 @@ void SetByName(const std::string& text, const std::vector<Argument>& arguments, 
     if (is_complete) values(static_cast<Eigen::Index>(i)) = argument->value;
   }
   if (!is_complete) Refuse(text, "mean= and sd= or cov=, or " + wanted + " are wanted");
-  variable.SetParameters(values);
+  SetParameters(text, values, variable);
 }
 
 }  // namespace
@@ -174,7 +225,10 @@ boost::shared_ptr<RV> ParseDistribution(const std::string& text) {
     else
       SetByName(text, arguments, *variable);
   } catch (const utils::runtime_error& error) {
-    Refuse(text, utils::ToUtf8(error.GetMessage()));
+    // Behind "RV 'RV' of type 'NORMAL'", which the text tells better.
+    const std::string message = utils::ToUtf8(error.GetMessage());
+    const std::size_t prefix = message.find("': ");
+    Refuse(text, prefix == std::string::npos ? message : message.substr(prefix + 3));
   }
   return variable;
 }
@@ -186,7 +240,8 @@ std::pair<std::string, boost::shared_ptr<RV>> ParseNamedDistribution(const std::
   const std::size_t colon = open == std::string::npos ? open : text.rfind(':', open);
   if (colon == std::string::npos || colon == 0)
     Refuse(text, "NAME:TYPE(NUMBER, ...) is wanted, as in load:normal(12, 0.6)");
-  return {text.substr(0, colon), ParseDistribution(text.substr(colon + 1))};
+  return {std::string(Trimmed(std::string_view(text).substr(0, colon))),
+          ParseDistribution(text.substr(colon + 1))};
 }
 
 }  // namespace corvath::study

@@ -10,7 +10,9 @@
 #include "study/table/csv_cell.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <iterator>
 #include <numeric>
 #include <sstream>
 
@@ -41,9 +43,10 @@ const char* SchemeText(SampleScheme scheme) {
   return "";
 }
 
-/// "0.05" for 0.05: the shortest text.
+/// "0.05" for 0.05: the shortest text that is this number, for 0.999999 is not 0.9999999.
 std::string ProbabilityText(double p) {
-  return Short(p);
+  char text[32];
+  return std::string(text, std::to_chars(std::begin(text), std::end(text), p).ptr);
 }
 
 std::string NumberText(double value, int digits = 4) {
@@ -244,7 +247,7 @@ void PropagationReport::PrintQuantities(std::ostream& out) const {
   for (const char* title : {"mean", "+-", "sd", "+-", "cov", "min"})
     table.AddColumn(title, TextTable::Align::kRight);
   for (const double p : result_.quantiles)
-    table.AddColumn(NumberText(100.0 * p) + " %", TextTable::Align::kRight);
+    table.AddColumn(NumberText(100.0 * p, 10) + " %", TextTable::Align::kRight);
   table.AddColumn("max", TextTable::Align::kRight);
   const auto half_width = [](const Interval& interval) {
     return NumberText(0.5 * (interval.high - interval.low), 2);
@@ -252,7 +255,7 @@ void PropagationReport::PrintQuantities(std::ostream& out) const {
   std::string failed;
   for (const QuantityScatter& quantity : result_.quantities) {
     std::vector<std::string> row = {
-        ToUtf8(quantity.name),          Short(quantity.mean.value),
+        ToUtf8(quantity.name),          NumberText(quantity.mean.value, 6),
         half_width(quantity.mean),      NumberText(quantity.deviation.value),
         half_width(quantity.deviation), NumberText(quantity.variation.value, 3),
         NumberText(quantity.smallest)};
@@ -311,8 +314,10 @@ void PropagationReport::PrintDesignPoint(const LimitRisk& risk, std::ostream& ou
     if (i < num_inputs)
       text += " = " + NumberText(risk.design_inputs(
                           0, study_.GetSpace().GetColumns()[static_cast<std::size_t>(i)]));
-    text += " (" + NumberText(100.0 * point.importances(i), 2) + " %)";
+    const double percent = 100.0 * point.importances(i);
+    text += " (" + NumberText(percent, percent < 99.5 ? 2 : 3) + " %)";
   }
+  if (text.empty()) text = "the median of each";
   out << Wrapped((point.beta < 0.0 ? "Nearest design that keeps " : "Most likely violation of ") +
                      ToUtf8(risk.name) + ", with shares of the inputs in it: " + text,
                  "  ");
@@ -346,7 +351,13 @@ void PropagationReport::PrintLimits(std::ostream& out) const {
   out << "\nProbabilities that limits are violated\n";
   table.Print(out, "  ");
   for (const LimitRisk& risk : result_.limits) {
-    if (!risk.design_points.empty()) PrintDesignPoint(risk, out);
+    if (!risk.design_points.empty())
+      PrintDesignPoint(risk, out);
+    else if (risk.is_searched && risk.num_violations == 0)
+      out << Wrapped("No violation of " + ToUtf8(risk.name) + " was found within " +
+                         NumberText(analysis::kFarthest) +
+                         " standard deviations; the interval is that of the sample",
+                     "  ");
     for (const std::wstring& warning : risk.warnings)
       out << Wrapped("Warning, " + ToUtf8(risk.name) + ": " + ToUtf8(warning), "  ");
   }

@@ -1,11 +1,14 @@
 #include "study/analysis/varied_study.h"
 
+#include "analysis/hidden_names.h"
+#include "design/designs/design.h"
+#include "design/designs/indexed_responses.h"
 #include "foundation/text.h"
-#include "solver/row_criteria.h"
 #include "study/analysis/distribution_text.h"
 #include "study/describe/json_text.h"
 #include "study/describe/text_table.h"
 #include "study/refusal.h"
+#include "study/table/criteria_texts.h"
 #include "study/table/csv_cell.h"
 #include "study/table/name_hint.h"
 #include "study/table/table_columns.h"
@@ -20,6 +23,8 @@
 namespace corvath::study {
 namespace {
 
+using algorithm::datatypes::CDesignEntry;
+using algorithm::datatypes::Criterion;
 using analysis::InputSpace;
 using Eigen::Index;
 using utils::FromUtf8;
@@ -76,8 +81,12 @@ void VariedStudy::Choose(const Project& project, const VariationRequest& request
                          bool needs_distributions) {
   if (!request.over.empty() && request.over != "bounds" && request.over != "distributions")
     throw Refusal("over: bounds or distributions is wanted, not " + Quoted(request.over));
-  const bool by_distributions = request.over.empty() ? needs_distributions || model_->IsStochastic()
-                                                     : request.over == "distributions";
+  const bool has_some = !request.distributions.empty();
+  if (request.over == "bounds" && has_some)
+    throw Refusal("over bounds, distributions of inputs do not count; leave one of the two out");
+  const bool by_distributions = request.over.empty()
+                                    ? needs_distributions || model_->IsStochastic() || has_some
+                                    : request.over == "distributions";
   choice_.scope = by_distributions ? InputSpace::Scope::kDistributions : InputSpace::Scope::kBounds;
   for (const std::string& text : request.distributions) {
     auto [name, variable] = ParseNamedDistribution(text);
@@ -116,31 +125,26 @@ void VariedStudy::RequireStates(const Project& project, const std::string& name,
 /// of its values NaN.
 void VariedStudy::RequireNumbers(const VariationRequest& request) const {
   if (request.criteria.empty()) return;
+  for (const auto& [name, criterion] : ParseTexts(request.criteria))
+    analysis::RefuseHiddenNames(*model_, criterion.GetExpression());
   const Eigen::MatrixXd x = space_->FromGauss(Eigen::MatrixXd::Zero(1, space_->GetDim()));
   const Eigen::MatrixXd responses = model_->Responses(x);
-  std::vector<std::wstring> inputs;
-  for (const auto& input : model_->GetInputs()) inputs.push_back(input.name);
-  std::vector<std::wstring> outputs;
+  algorithm::datatypes::EntrySequence parameters, values;
+  for (Index i = 0; i < x.cols(); ++i)
+    parameters.Append(model_->GetInputs()[static_cast<std::size_t>(i)].name, CDesignEntry(x(0, i)));
   algorithm::datatypes::CriterionSequence criteria;
-  for (const auto& quantity : model_->GetQuantities()) {
-    if (!quantity.description)
-      outputs.push_back(quantity.name);
+  const auto& quantities = model_->GetQuantities();
+  for (std::size_t k = 0; k < quantities.size(); ++k) {
+    const auto& [name, kind, description, cop] = quantities[k];
+    if (description)
+      criteria.Append(name, Criterion(description->type_, description->lhs_, description->rhs_));
     else
-      criteria.Append(quantity.name, algorithm::datatypes::Criterion(quantity.description->type_,
-                                                                     quantity.description->lhs_,
-                                                                     quantity.description->rhs_));
+      values.Append(name, CDesignEntry(responses(0, static_cast<Index>(k))));
   }
-  const auto log = boost::make_shared<utils::log::VectorLog>();
-  zel::RowCriteria rows(inputs, outputs, criteria, log);
-  std::vector<double> values(rows.GetCount());
-  rows.Evaluate(x.data(), 1, responses.data(), 1, values.data());
-  const std::size_t first = values.size() - request.criteria.size();
-  for (std::size_t i = first; i < values.size(); ++i)
-    if (std::isnan(values[i])) {
-      const auto lines = log->GetLines();
-      throw Refusal("criterion " + Quoted(ToUtf8(criteria[i].first)) + " has no number" +
-                    (lines.empty() ? "" : ": " + ToUtf8(lines.back().second)));
-    }
+  algorithm::datatypes::Design design(std::move(parameters), {});
+  design.SetResponses(algorithm::datatypes::MergeIndexedResponses(std::move(values)));
+  design.SetCriteria(criteria);
+  TryCriteria(std::move(design), criteria.size() - request.criteria.size());
 }
 
 Json::Value VariedStudy::GetInputsDocument() const {
@@ -203,6 +207,8 @@ std::vector<std::string> VariedStudy::GetNotes() const {
       fixed += (fixed.empty() ? "" : ", ") + ToUtf8(inputs[i].name) + " = " +
                Short(space_->GetFixed()(static_cast<Index>(i)));
   if (!fixed.empty()) notes.push_back("Inputs that do not vary: " + fixed);
+  if (!IsOverDistributions() && !model_->GetCorrelations().isIdentity(0.0))
+    notes.push_back("Between bounds, the correlations of the inputs do not count.");
   AddRangeNotes(notes);
   for (const std::wstring& name : space_->GetUncorrelated())
     notes.push_back("The correlations of " + ToUtf8(name) +

@@ -14,7 +14,8 @@ namespace corvath::study {
 
 /// How the inputs of a project shall vary.
 struct VariationRequest {
-  /// "bounds", "distributions", or empty: as the project's models were sampled.
+  /// "bounds", "distributions", or empty: as the project's models were sampled; by distributions
+  /// where some are given.
   std::string over;
   std::vector<std::string> distributions;  ///< see ParseNamedDistribution
   std::vector<std::string> fixed;          ///< "NAME=VALUE", the value a number or a word

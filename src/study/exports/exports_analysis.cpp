@@ -22,6 +22,8 @@ using corvath::study::VariedStudy;
 
 namespace {
 
+constexpr std::uint64_t kMostRows = 1000000000;
+
 VariationRequest VariationOf(const Options& options) {
   VariationRequest request;
   request.over = options.GetText("over");
@@ -33,7 +35,7 @@ VariationRequest VariationOf(const Options& options) {
 
 Eigen::Index CountOf(const Options& options, const char* key, Eigen::Index otherwise) {
   return static_cast<Eigen::Index>(
-      options.GetCount(key, static_cast<std::uint64_t>(otherwise), std::uint64_t{1} << 40));
+      options.GetCount(key, static_cast<std::uint64_t>(otherwise), kMostRows));
 }
 
 std::uint32_t SeedOf(const Options& options) {

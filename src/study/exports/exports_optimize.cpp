@@ -2,6 +2,7 @@
 #include "study/exports/call_frame.h"
 #include "study/exports/handles.h"
 #include "study/options.h"
+#include "study/watched_work.h"
 
 #include <limits>
 
@@ -11,6 +12,7 @@ using corvath::study::NamedArray;
 using corvath::study::Optimization;
 using corvath::study::OptimizeRequest;
 using corvath::study::Options;
+using corvath::study::Progress;
 using corvath::study::Refusal;
 using corvath::study::Result;
 
@@ -63,7 +65,12 @@ Result ResultOf(const Optimization& optimization) {
 int zelstudy_optimize(const zelstudy_project* project, const char* options,
                       zelstudy_progress progress, void* user, zelstudy_result** out) {
   return api::CallFor(out, [&] {
-    return api::MakeResult(ResultOf(Optimize(api::Require(project, "project").project,
-                                             RequestOf(options), api::ToProgress(progress, user))));
+    const auto& opened = api::Require(project, "project").project;
+    const OptimizeRequest request = RequestOf(options);
+    Optimization found;
+    corvath::study::RunWatched(api::ToProgress(progress, user), [&](const Progress& watched) {
+      found = Optimize(opened, request, watched);
+    });
+    return api::MakeResult(ResultOf(found));
   });
 }

@@ -152,21 +152,30 @@ std::string FirstLine(const corvath::algorithm::datatypes::RunInfoMeta& info,
   return ToUtf8(text.substr(0, text.find(L'\n')));
 }
 
-/// Evaluates the criteria as every design will, and refuses what can have no value.
-void Try(Design design) {
+}  // namespace
+
+void TryCriteria(Design design, std::size_t first) {
   using corvath::algorithm::datatypes::RunInfoMeta;
   CCalculator calculator;
-  for (const auto& [name, criterion] : design.GetCriteria())
-    calculator.SetObject(name, criterion.GetExpression(), {});
-  for (const auto& entry : design.GetCriteria())
-    if (calculator.HasCircularDependency(entry.first)) Refuse(entry.first, "it depends on itself");
+  std::set<std::wstring> tried;
+  for (std::size_t i = 0; i < design.GetCriteria().size(); ++i) {
+    const auto& [name, criterion] = design.GetCriteria()[i];
+    if (i >= first) tried.insert(name);
+    if (calculator.IsValidIdentifier(name, /*check_constants=*/true))
+      calculator.SetObject(name, criterion.GetExpression(), {});
+  }
+  for (const std::wstring& name : tried)
+    if (calculator.IsValidIdentifier(name, true) && calculator.HasCircularDependency(name))
+      Refuse(name, "it depends on itself");
   corvath::calculator::CriteriaOptions options;
   options.keep_partial_values = true;  // to see which side it is that has none
   corvath::calculator::CriteriaEvaluation(options).Calculate(design);
   for (const RunInfoMeta& info : design.GetStatus().GetMessages())
-    if (info.GetRunInfo() == RunInfoMeta::CRITERION_SIDE_FAILED)
+    if (info.GetRunInfo() == RunInfoMeta::CRITERION_SIDE_FAILED &&
+        tried.count(info.GetResponseName()) > 0)
       Refuse(info.GetResponseName(), FirstLine(info, info.GetResponseName()));
   for (const auto& [name, criterion] : design.GetCriteria()) {
+    if (tried.count(name) == 0) continue;
     if (!criterion.GetLhs().empty() && criterion.GetLhsValue().IsUninitialized())
       Refuse(name, "its left side is no number");
     if (criterion.GetRhsValue().IsUninitialized()) Refuse(name, "its right side is no number");
@@ -176,8 +185,6 @@ void Try(Design design) {
     if (value != nullptr && !value->IsScalar()) Refuse(name, "it is no number");
   }
 }
-
-}  // namespace
 
 CriterionSequence ParseCriteria(const std::vector<std::string>& texts, const TrainingTable& table) {
   CriterionSequence criteria;
@@ -201,7 +208,7 @@ CriterionSequence ParseCriteria(const std::vector<std::string>& texts, const Tra
     check.Run(criterion.GetLhs());
     check.Run(criterion.GetRhs());
   }
-  Try(design);
+  TryCriteria(design);
   return criteria;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "design/criterion.h"
+#include "design/designs/design.h"
 #include "design/named_sequence.h"
 #include "training/training_table.h"
 
@@ -16,5 +17,10 @@ namespace corvath::study {
 ///                  number
 corvath::algorithm::datatypes::CriterionSequence ParseCriteria(
     const std::vector<std::string>& texts, const corvath::training::TrainingTable& table);
+
+/// Evaluates the criteria of `design` as every design will, those from position `first` on to be
+/// tried.
+/// @throws Refusal  one of them depends on itself, fails, or its value is no number
+void TryCriteria(corvath::algorithm::datatypes::Design design, std::size_t first = 0);
 
 }  // namespace corvath::study
