@@ -198,8 +198,7 @@ def in_range(inputs):
 
 
 def _quotient(a, b):
-    usable = (np.abs(b) > 0.0) & np.isfinite(b)
-    return np.where(usable, a / np.where(usable, b, 1.0), np.nan)
+    return np.where(b != 0.0, a / np.where(b != 0.0, b, 1.0), np.nan)
 
 
 def _power(x, y):

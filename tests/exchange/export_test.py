@@ -233,6 +233,12 @@ class ExportTest(unittest.TestCase):
             self.assertIn(text, result.stderr.decode())
             self.assertEqual(out.read_text(), "old")
             self.assertEqual(len(list(out.parent.glob("old*"))), 1)
+        for link, target, status in (("link", "new.c", 0), ("circle", "circle", 1)):
+            link = out.with_name(link)
+            link.symlink_to(target)
+            self.assertEqual(run(ZEL, "export", SINGLE, "-o", link).returncode, status)
+            self.assertTrue(link.is_symlink())
+        self.assertTrue(out.with_name("new.c").is_file())
         rest = run(ZEL, "export", MISSING, "--response", "flat", "--response", "stress[1]")
         self.assertEqual([entry["name"] for entry in json.loads(rest.stdout)["responses"]],
                          ["flat", "stress[1]"])

@@ -248,7 +248,7 @@ const OPERATORS = {
   '+': (...a) => a.reduce((x, y) => x + y),
   '-': (x, y) => x - y,
   '*': (x, y) => x * y,
-  '/': (x, y) => y !== 0 && Number.isFinite(y) ? x / y : NaN,
+  '/': (x, y) => y !== 0 ? x / y : NaN,
   '^': (x, y) => {
     if (Math.abs(x) < EPS) return y < 0 ? NaN : y > 0 ? 0 : y === 0 ? 1 : NaN;
     const up = Math.ceil(y);
