@@ -26,10 +26,10 @@ NAMES = ["x", "class", "I", "NAN", "linux", "unix", "2nd", "exp", "pow", "x_2", 
          "points_0", "predict", "names", "a" * 60, "a" * 61, "\u202e", "日本", "λ", "double", "main", "int"]
 SCRIPT = """
 const {makeStudy} = require(process.argv[1]);
-const {model, x} = JSON.parse(require('fs').readFileSync(0, 'utf8'));
+const {model, x, y} = JSON.parse(require('fs').readFileSync(0, 'utf8'));
 const study = makeStudy(model);
-const rows = x.map((row) => { const at = row.map(Number); const y = study.predict(at);
-  return [y, study.criteria(at, y)].map((v) => v.map(String)); });
+const rows = x.map((row, i) => { const at = row.map(Number);
+  return [study.predict(at), study.criteria(at, y[i].map(Number))].map((v) => v.map(String)); });
 process.stdout.write(JSON.stringify(rows));
 """
 
@@ -138,7 +138,7 @@ class Round:
         return responses + [columns[behind + names[behind:].index(c["name"])]
                             for c in self.model["criteria"]]
 
-    def c(self):
+    def c(self, y_library):
         library = self.folder / f"study{self.seed}.so"
         built = run("tcc", "-std=c99", "-Wall", "-Werror", "-shared", self.folder / "study.c", "-o",
                     library, "-lm")
@@ -146,32 +146,33 @@ class Round:
         code = ctypes.CDLL(str(library))
         r, c = len(self.model["responses"]), len(self.model["criteria"])
         rows = []
-        for x in self.x:
+        for x, right in zip(self.x, y_library):
             at, y, z = (ctypes.c_double * len(x))(*x), (ctypes.c_double * r)(), (ctypes.c_double * max(c, 1))()
             code.study_predict(at, y)
             if c:
-                code.study_criteria(at, y, z)
+                code.study_criteria(at, (ctypes.c_double * r)(*right), z)
             rows.append(list(y) + list(z)[:c])
         return np.array(rows).T
 
-    def python(self):
+    def python(self, y_library):
         found = importlib.util.spec_from_file_location(f"study{self.seed}", self.folder / "study.py")
         module = importlib.util.module_from_spec(found)
         found.loader.exec_module(module)
         values = module.predict(self.x)
-        return np.hstack([values] + ([module.criteria(self.x)] if self.model["criteria"] else [])).T
+        return np.hstack([values] + ([module.criteria(self.x, y_library)] if self.model["criteria"] else [])).T
 
-    def page(self):
-        text = json.dumps({"model": self.model, "x": [[repr(float(v)).replace("inf", "Infinity").replace(
-            "nan", "NaN") for v in row] for row in self.x]})
+    def page(self, y_library):
+        texts = lambda rows: [[repr(float(v)).replace("inf", "Infinity").replace("nan", "NaN")
+                               for v in row] for row in rows]
+        text = json.dumps({"model": self.model, "x": texts(self.x), "y": texts(y_library)})
         result = run("node", "-e", SCRIPT, EVALUATE, input=text.encode())
         assert result.returncode == 0, result.stderr.decode()
         return np.array([[float(v) for v in y + z] for y, z in json.loads(result.stdout)]).T
 
     def finite(self, expected, i):
-        """Whether a design and its responses are numbers."""
+        """Whether a design and its responses are numbers, and small enough to compute with."""
         responses = [values[i] for values in expected[:len(self.model["responses"])]]
-        return np.isfinite([*self.x[i], *responses]).all()
+        return (np.abs([*self.x[i], *responses]) < 1e100).all()
 
     def compare(self, what, values, expected):
         for k, (value, right) in enumerate(zip(values, expected)):
@@ -182,8 +183,8 @@ class Round:
             spread = max(np.ptp(numbers), 1e-3 * np.abs(numbers).max()) if len(numbers) else 0.0
             family = entry["model"]["family"] if is_response else entry["text"]
             # Sums of kriging are equal to the bit, unless a power of another library follows. Normal
-            # equations of local fits may be near to singular; criteria read them.
-            share = {"kriging": 0.0, "moving least squares": 1e-9}.get(family, 1e-12 if is_response else 1e-8)
+            # equations of local fits may be near to singular. Criteria read the library's responses.
+            share = {"kriging": 0.0, "moving least squares": 1e-8}.get(family, 1e-12)
             if share == 0.0 and any(step.get("k", 1) != 1 for step in entry["model"]["back"]):
                 share = 1e-12
             for i, (a, b) in enumerate(zip(value, right)):
@@ -212,8 +213,9 @@ def main():
         if one.train():
             one.export()
             expected = one.library()
+            y = np.array(expected[:len(one.model["responses"])]).T
             found = [line for what in (one.c, one.python, one.page)
-                     for line in one.compare(what.__name__, what(), expected)]
+                     for line in one.compare(what.__name__, what(y), expected)]
             if found:
                 print(f"seed {seed}, {folder}:", *found[:10], sep="\n  ")
                 sys.exit(1)

@@ -201,6 +201,16 @@ def _quotient(a, b):
     return np.where(b != 0.0, a / np.where(b != 0.0, b, 1.0), np.nan)
 
 
+def _whole_power(x, n):
+    result = np.ones(np.broadcast(x, n).shape)
+    z = result * x
+    while (n > 0.0).any():
+        result = np.where(n % 2.0 == 1.0, result * z, result)
+        n = np.floor(n / 2.0)
+        z = z * z
+    return result
+
+
 def _power(x, y):
     # Whole powers are products; of a negative number there are no others.
     ceil, floor = np.ceil(y), np.floor(y)
@@ -208,7 +218,8 @@ def _power(x, y):
     is_whole = (whole - y) ** 2 < 2.220446049250313e-16
     other = np.where(np.asarray(x) < 0.0, np.nan, np.abs(x) ** y)
     at_zero = np.where(np.asarray(y) < 0.0, np.nan, np.where(np.asarray(y) > 0.0, 0.0, 1.0))
-    value = np.where(is_whole, np.asarray(x, dtype=float) ** whole, other)
+    product = _whole_power(x, np.where(is_whole, np.abs(whole), 0.0))
+    value = np.where(is_whole, np.where(whole < 0.0, 1.0 / product, product), other)
     return np.where(np.isnan(y), np.nan, np.where(np.abs(x) < 2.220446049250313e-16, at_zero, value))
 
 
