@@ -118,9 +118,9 @@ void RunTrain(const TrainOptions& options) {
     corvath::training::WriteStudy(training.GetStudy(), path);
   }
   if (report) {
-    ReportRequest request;
-    request.notes = training.GetNotes();
-    report->Write(ReportProject(Project::Open(path), request).text);
+    ReportRequest page;
+    page.notes = training.GetNotes();
+    report->Write(ReportProject(Project::Open(path), page).text);
     report->Commit();
   }
   if (options.json) {

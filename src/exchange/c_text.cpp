@@ -47,4 +47,13 @@ std::string CommentText(std::string_view utf8) {
   return utils::ToUtf8(text);
 }
 
+std::string ShownName(std::string_view utf8) {
+  constexpr std::size_t kMaxShown = 100;
+  const std::string text = CommentText(utf8);
+  if (text.size() <= kMaxShown) return '"' + text + '"';
+  std::size_t end = kMaxShown;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80) --end;
+  return '"' + text.substr(0, end) + "\"...";
+}
+
 }  // namespace corvath::exchange

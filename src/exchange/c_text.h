@@ -12,4 +12,7 @@ std::string CString(std::string_view utf8);
 /// one or reorders what is shown.
 std::string CommentText(std::string_view utf8);
 
+/// A name in quotation marks for a comment, cut where it is long.
+std::string ShownName(std::string_view utf8);
+
 }  // namespace corvath::exchange

@@ -18,6 +18,10 @@ Export ExportProject(const ProjectDescription& project, const std::string& forma
   for (const LeftOut& response : project.responses_left_out)
     throw NotDescribable("response \"" + response.name +
                          "\" cannot be exported: " + response.reason);
+  if (format != "json") {
+    if (project.inputs.empty()) throw NotDescribable("the project has no inputs");
+    if (project.responses.empty()) throw NotDescribable("the project has no response to predict");
+  }
   Export result;
   if (format == "json")
     result.text = WriteJson(project);

@@ -40,6 +40,17 @@ std::string Identifiers::Make(std::string_view name) {
   return identifier;
 }
 
+ProjectIdentifiers IdentifiersOf(const ProjectDescription& project) {
+  ProjectIdentifiers result;
+  Identifiers responses;
+  for (const auto& response : project.responses)
+    result.responses.push_back(responses.Make(response.name));
+  Identifiers criteria({"names"});  // criterion_names is the table of names
+  for (const auto& criterion : project.criteria)
+    result.criteria.push_back(criteria.Make(criterion.name));
+  return result;
+}
+
 std::string PrefixOf(std::string_view name) {
   const std::string plain = Plain(name);
   return IsDigit(plain.front()) ? "m_" + plain : plain;

@@ -52,16 +52,30 @@ void RequireAllFinite(const Eigen::MatrixXd& numbers, const char* what) {
   RequireFinite(numbers.data(), static_cast<std::size_t>(numbers.size()), what);
 }
 
+/// k of lambda = 1 / k, 0 for the logarithm.
+std::int64_t InverseLambda(const TransBoxCox& trans) {
+  const std::int64_t k = trans.GetInverseLambda();
+  if (k != 0 && trans.GetParameters().front() != 1.0 / static_cast<double>(k))
+    RefuseContradiction();
+  return k;
+}
+
 /// The inputs in use, and the transform of their coordinates.
 /// @return of each column of the model its place among the inputs in use, or kUnused
 std::vector<std::size_t> ReadInputs(const SurrogateBase& surrogate, const BitVector& selection,
                                     const std::vector<std::size_t>& columns, ResponseModel& model) {
   if (selection.size() != columns.size()) RefuseContradiction();
   const Transform* const trans = surrogate.GetTransCoord();
-  const auto* const min_max = dynamic_cast<const TransMinMax*>(trans);
+  const auto* min_max = dynamic_cast<const TransMinMax*>(trans);
+  if (const auto* const box_cox = dynamic_cast<const TransBoxCox*>(trans)) {
+    if (columns.size() != 1) RefuseContradiction();
+    min_max = &box_cox->GetScaling();
+    model.has_power = selection[0];
+    model.power = InverseLambda(*box_cox);
+  }
   // Limits act backwards alone: as a transform of coordinates they change nothing.
   if (trans != nullptr && min_max == nullptr && dynamic_cast<const TransLimits*>(trans) == nullptr)
-    throw NotDescribable("its model transforms coordinates by a power");
+    throw NotDescribable("the transform of its coordinates is not known");
   if (min_max != nullptr &&
       (min_max->GetScaling().size() != static_cast<Eigen::Index>(columns.size()) ||
        min_max->GetOffsetForward().size() != static_cast<Eigen::Index>(columns.size())))
@@ -98,7 +112,7 @@ void AddBackStep(const Transform* trans, ResponseModel& model) {
   BackStep step;
   if (const auto* const box_cox = dynamic_cast<const TransBoxCox*>(trans)) {
     step.kind = BackStep::Kind::kBoxCox;
-    step.k = box_cox->GetInverseLambda();
+    step.k = InverseLambda(*box_cox);
     model.back.push_back(step);
     AddScale(box_cox->GetScaling(), model);
   } else if (const auto* const min_max = dynamic_cast<const TransMinMax*>(trans)) {

@@ -78,12 +78,15 @@ struct LocalError {
 };
 
 /// One model, free of classes: f(x) = back(g(u)), u_j = x_j scale_j + offset_j of the r inputs that
-/// it uses. All numbers are finite.
+/// it uses, or a power of that. All numbers are finite.
 struct ResponseModel {
   Family family = Family::kPolynomial;
   std::vector<std::size_t> inputs;  ///< r: positions among the inputs of the project
   std::vector<double> scale;        ///< r
   std::vector<double> offset;       ///< r
+  /// u_j becomes (u_j^(1 / power) - 1) power, ln u_j for 0. Such models have one input alone.
+  bool has_power = false;
+  std::int64_t power = 0;
   /// g: of a polynomial its constant term, of kriging the mean, of splines the constant.
   double constant = 0.0;
   /// Of a polynomial: a coefficient for each power, then for each product. Of splines: r.

@@ -24,22 +24,50 @@ def _squared(u, points, factors=None):
     total = np.zeros((len(u), len(points)))
     for j in range(points.shape[1]):
         d = u[:, j, None] - points[:, j]
-        total += d * d if factors is None else d * (d * factors[j])
+        total += d * d if factors is None else d * d * factors[j]
+    return total
+
+
+def _exp(x):
+    """Of numbers up to 709; rounds as the library does: 2^n exp(r), x = n ln 2 + r."""
+    n = np.rint(np.clip(x, -746.0, 709.0) * 1.4426950408889634)
+    r = (x - n * 0.6931471805592082) - n * 7.371002565167799e-13
+    q = 2.510038549551032e-08
+    for c in (2.7620088445409746e-07, 2.7557268459997064e-06, 2.4801521295954376e-05,
+              0.00019841269863053618, 0.0013888888917213717, 0.008333333333330062,
+              0.04166666666662413, 0.16666666666666669, 0.5):
+        q = q * r + c
+    result = np.ldexp(1.0 + (r + r * r * q), np.nan_to_num(n).astype(int))
+    return np.where(x < -746.0, 0.0, np.where(x > 709.0, np.inf, result))
+
+
+def _sum(terms):
+    """Over the columns, in the library's order, so that weights that nearly cancel leave the same."""
+    total = np.zeros(len(terms))
+    for first in range(0, terms.shape[1], 128):
+        partial = np.zeros((len(terms), 8))
+        for at in range(first, min(first + 128, terms.shape[1]), 8):
+            some = terms[:, at:at + 8]
+            partial[:, :some.shape[1]] += some
+        part = np.zeros(len(terms))
+        for column in partial.T:
+            part += column
+        total += part
     return total
 
 
 def _weights(u, points, kernel):
     kind, *parameters = kernel
     if kind == "exponential" and len(parameters[0]) > 1:
-        return np.exp(_squared(u, points, parameters[0]))
+        return _exp(_squared(u, points, parameters[0]))
     squared = _squared(u, points)
     if kind == "exponential":
-        return np.exp(squared * parameters[0][0])
+        return _exp(squared * parameters[0][0])
     if kind == "regularised":
         return np.maximum((squared / parameters[0] + 1e-5) ** -2.0 - 1.00001 ** -2.0, 0.0)
     factor, count = parameters
     nearest = np.partition(squared, count - 1, axis=1)[:, count - 1]
-    return np.exp(squared * factor / nearest[:, None])
+    return _exp(squared * factor / nearest[:, None])
 
 
 def _solve(normal, right):
@@ -120,10 +148,13 @@ def _predict_rows(x, model):
     for begin in range(0, len(x), block):
         u = x[begin:begin + block, model["inputs"]] * model["scale"] + model["offset"]
         with np.errstate(all="ignore"):
+            if "power" in model:
+                k = model["power"]
+                u = np.log(u) if k == 0 else u - 1.0 if k == 1 else (u ** (1.0 / k) - 1.0) / (1.0 / k)
             if model["family"] == "polynomial":
                 v = _polynomial(u, model)
             elif model["family"] == "kriging":
-                v = _weights(u, model["points"], model["kernel"]) @ model["values"] + model["constant"]
+                v = _sum(_weights(u, model["points"], model["kernel"]) * model["values"]) + model["constant"]
             elif model["family"] == "moving least squares":
                 v = _local_fits(u, model)
             else:
@@ -167,8 +198,17 @@ def in_range(inputs):
 
 
 def _quotient(a, b):
-    usable = (np.abs(b) > 0.0) & np.isfinite(b)
-    return np.where(usable, a / np.where(usable, b, 1.0), np.nan)
+    return np.where(b != 0.0, a / np.where(b != 0.0, b, 1.0), np.nan)
+
+
+def _whole_power(x, n):
+    result = np.ones(np.broadcast(x, n).shape)
+    z = result * x
+    while (n > 0.0).any():
+        result = np.where(n % 2.0 == 1.0, result * z, result)
+        n = np.floor(n / 2.0)
+        z = z * z
+    return result
 
 
 def _power(x, y):
@@ -178,7 +218,8 @@ def _power(x, y):
     is_whole = (whole - y) ** 2 < 2.220446049250313e-16
     other = np.where(np.asarray(x) < 0.0, np.nan, np.abs(x) ** y)
     at_zero = np.where(np.asarray(y) < 0.0, np.nan, np.where(np.asarray(y) > 0.0, 0.0, 1.0))
-    value = np.where(is_whole, np.asarray(x, dtype=float) ** whole, other)
+    product = _whole_power(x, np.where(is_whole, np.abs(whole), 0.0))
+    value = np.where(is_whole, np.where(whole < 0.0, 1.0 / product, product), other)
     return np.where(np.isnan(y), np.nan, np.where(np.abs(x) < 2.220446049250313e-16, at_zero, value))
 
 

@@ -107,6 +107,7 @@ void WriteModel(const ResponseModel& model, JsonWriter& json) {
   json.EndArray();
   json.Numbers("scale", model.scale);
   json.Numbers("offset", model.offset);
+  if (model.has_power) json.Number("power", static_cast<double>(model.power));
   if (model.family != Family::kMovingLeastSquares) json.Number("constant", model.constant);
   if (!model.coefficients.empty() || model.family == Family::kPolynomial)
     json.Numbers("coefficients", model.coefficients);

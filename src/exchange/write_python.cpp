@@ -1,8 +1,8 @@
 #include "exchange/write_python.h"
 
 #include "exchange/c_text.h"
+#include "exchange/expression_text.h"
 #include "exchange/identifiers.h"
-#include "exchange/model_reader.h"
 #include "exchange/number_text.h"
 #include "exchange/python_helpers.h"
 #include "foundation/build_version.h"
@@ -113,6 +113,7 @@ std::string ModelText(const ResponseDescription& response) {
           member("coefficients", Array(model.coefficients)) +
           member("powers", model.is_average ? "None" : Pairs(model.powers)) +
           member("products", Pairs(model.products)) + member("back", BackText(model.back));
+  if (model.has_power) text += member("power", to_string(model.power));
   if (!response.gradient_steps.empty()) text += member("steps", Array(response.gradient_steps));
   if (model.family == Family::kPolynomial) return text + '}';
   const auto terms = static_cast<Eigen::Index>(model.powers.size() + 1);
@@ -121,75 +122,56 @@ std::string ModelText(const ResponseDescription& response) {
          member("size", to_string(model.points.rows() + terms * terms)) + '}';
 }
 
-std::string ValueText(const Expression& expression, const std::vector<std::string>& criteria);
+class PythonExpression : public ExpressionText {
+ public:
+  explicit PythonExpression(const std::vector<std::string>& criteria) : criteria_(criteria) {}
 
-std::string Arguments(const Expression& expression, const char* between,
-                      const std::vector<std::string>& criteria) {
-  std::string text;
-  for (const Expression& argument : expression.arguments)
-    text += (text.empty() ? "" : between) + ValueText(argument, criteria);
-  return text;
-}
-
-std::string ValueText(const Expression& expression, const std::vector<std::string>& criteria) {
-  using Op = Expression::Operator;
-  switch (expression.kind) {
-    case Expression::Kind::kNumber:
-      return '(' + RealText(expression.number) + ')';
-    case Expression::Kind::kInput:
-      return "x[:, " + to_string(expression.position) + ']';
-    case Expression::Kind::kResponse:
-      return "y[:, " + to_string(expression.position) + ']';
-    case Expression::Kind::kCriterion:
-      return "_criterion_" + criteria[expression.position] + "(x, y)";
-    case Expression::Kind::kOperator:
-      break;
+ protected:
+  std::string Input(std::size_t position) override { return "x[:, " + to_string(position) + ']'; }
+  std::string Response(std::size_t position) override {
+    return "y[:, " + to_string(position) + ']';
   }
-  const auto call = [&](const std::string& function) {
-    return function + '(' + Arguments(expression, ", ", criteria) + ')';
-  };
-  switch (expression.op) {
-    case Op::kAdd:
-      return '(' + Arguments(expression, " + ", criteria) + ')';
-    case Op::kSubtract:
-      return '(' + Arguments(expression, " - ", criteria) + ')';
-    case Op::kMultiply:
-      return '(' + Arguments(expression, " * ", criteria) + ')';
-    case Op::kDivide:
-      return call("_quotient");
-    case Op::kPower:
-      return call("_power");
-    case Op::kNegate:
-      return "(-" + Arguments(expression, "", criteria) + ')';
-    case Op::kLog10:
-      return "(" + call("np.log") + " * 0.4342944819032518)";
-    case Op::kLn:
-      return call("np.log");
-    case Op::kMin:
-      return "_extreme(np.less, " + Arguments(expression, ", ", criteria) + ')';
-    case Op::kMax:
-      return "_extreme(np.greater, " + Arguments(expression, ", ", criteria) + ')';
-    case Op::kAsin:
-    case Op::kAcos:
-    case Op::kAtan:
-      return call("np.arc" + std::string(GetOperatorName(expression.op) + 1));
-    default:
-      return call("np." + std::string(GetOperatorName(expression.op)));
+  std::string Criterion(std::size_t position) override {
+    return "_criterion_" + criteria_[position] + "(x, y)";
   }
-}
 
-std::string CriteriaText(const ProjectDescription& project) {
+  std::string Function(Expression::Operator op) override {
+    using Op = Expression::Operator;
+    switch (op) {
+      case Op::kDivide:
+        return "_quotient";
+      case Op::kPower:
+        return "_power";
+      case Op::kLn:
+        return "np.log";
+      case Op::kAsin:
+      case Op::kAcos:
+      case Op::kAtan:
+        return "np.arc" + std::string(GetOperatorName(op) + 1);
+      default:
+        return "np." + std::string(GetOperatorName(op));
+    }
+  }
+
+  std::string Extreme(Expression::Operator op, const std::vector<std::string>& numbers) override {
+    return (op == Expression::Operator::kMin ? "_extreme(np.less, " : "_extreme(np.greater, ") +
+           Join(numbers, ", ") + ')';
+  }
+
+ private:
+  const std::vector<std::string>& criteria_;
+};
+
+std::string CriteriaText(const ProjectDescription& project, const std::vector<std::string>& names) {
   if (project.criteria.empty()) return {};
-  Identifiers identifiers;
-  std::vector<std::string> names;
-  for (const auto& criterion : project.criteria) names.push_back(identifiers.Make(criterion.name));
+  PythonExpression expressions(names);
   std::string text;
   std::string list;
   for (std::size_t c = 0; c < names.size(); ++c) {
     const CriterionDescription& criterion = project.criteria[c];
     text += "\n\n# " + CommentText(criterion.name) + ": " + CommentText(criterion.text) +
             "\ndef _criterion_" + names[c] + "(x, y):\n    return np.zeros(len(x)) + " +
-            ValueText(criterion.value, names) + '\n';
+            expressions.Write(criterion.value) + '\n';
     text += "\n\ndef criterion_" + names[c] +
             "(inputs, outputs=None):\n    return _evaluate(_criterion_" + names[c] +
             ", inputs, outputs)\n";
@@ -216,8 +198,6 @@ def criteria(inputs, outputs=None):
 }  // namespace
 
 std::string WritePython(const ProjectDescription& project) {
-  if (project.inputs.empty()) throw NotDescribable("the project has no inputs");
-  if (project.responses.empty()) throw NotDescribable("the project has no response to predict");
   std::string text = "# Models of the project " + CommentText(project.name) +
                      ", written by zelsolver " + utils::GetBuildVersion().text + ".\n";
   if (!project.signature.empty()) text += "# SHA-512 of the project: " + project.signature + '\n';
@@ -243,16 +223,16 @@ std::string WritePython(const ProjectDescription& project) {
   for (const ResponseDescription& response : project.responses) text += ModelText(response) + ", ";
   text += ")\n\n";
   text += kPythonHelpers;
-  Identifiers identifiers;
+  const ProjectIdentifiers identifiers = IdentifiersOf(project);
   for (std::size_t k = 0; k < project.responses.size(); ++k) {
-    const std::string name = identifiers.Make(project.responses[k].name);
+    const std::string& name = identifiers.responses[k];
     text += "\n\ndef predict_" + name + "(inputs):\n    return _predict(inputs, _MODELS[" +
             to_string(k) + "])\n";
     if (!project.responses[k].gradient_steps.empty())
       text += "\n\ndef gradient_" + name + "(inputs):\n    return _gradient(inputs, _MODELS[" +
               to_string(k) + "])\n";
   }
-  return text + CriteriaText(project);
+  return text + CriteriaText(project, identifiers.criteria);
 }
 
 }  // namespace corvath::exchange

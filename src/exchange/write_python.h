@@ -7,7 +7,7 @@
 namespace corvath::exchange {
 
 /// The models as one Python module that needs numpy alone: docs/export.md says what it defines.
-/// @throws NotDescribable  no inputs or no responses
+/// @param project  with inputs and responses
 std::string WritePython(const ProjectDescription& project);
 
 }  // namespace corvath::exchange

@@ -1,5 +1,7 @@
 #include "foundation/replacement_file.h"
 
+#include "foundation/symbolic_links.h"
+
 #include <boost/filesystem/operations.hpp>
 #include <boost/format.hpp>
 #include <fcntl.h>
@@ -22,12 +24,12 @@ constexpr mode_t kPermissions = 0777;
   ThrowWriteError(path, std::system_category().message(errno));
 }
 
-/// The file that `path` names in the end: the target of a symbolic link.
-fs::path ResolveLink(const fs::path& path) {
-  boost::system::error_code error;
-  if (!fs::is_symlink(fs::symlink_status(path, error))) return path;
-  const fs::path target = fs::canonical(path, error);
-  return error ? path : target;
+fs::path TargetOf(const fs::path& path) {
+  try {
+    return FollowLinks(path.native());
+  } catch (const std::system_error& error) {
+    ThrowWriteError(path, error.code().message());
+  }
 }
 
 }  // namespace
@@ -36,7 +38,7 @@ void ThrowWriteError(const fs::path& path, const std::string& reason) {
   throw std::runtime_error(str(boost::format("Error while writing \"%1%\": %2%") % path % reason));
 }
 
-ReplacementFile::ReplacementFile(const fs::path& target) : target_(ResolveLink(target)) {
+ReplacementFile::ReplacementFile(const fs::path& target) : target_(TargetOf(target)) {
   struct stat old {};
   if (::stat(target_.c_str(), &old) == 0 && !S_ISREG(old.st_mode))
     ThrowWriteError(target_, S_ISDIR(old.st_mode) ? "Is a directory" : "It is no regular file");

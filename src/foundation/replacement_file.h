@@ -11,7 +11,7 @@ namespace corvath::utils {
 
 /// A file of its own under a name that nobody else uses, beside the target whose place it takes in
 /// Commit(); without that it is removed again. A failure at any point leaves what was there before,
-/// and readers never see half a file. A symbolic link stays and its target is replaced;
+/// and readers never see half a file. A symbolic link stays, and its target is made or replaced;
 /// what is no regular file (a device, a pipe) is refused.
 class ReplacementFile {
  public:

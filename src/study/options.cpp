@@ -19,6 +19,13 @@ namespace {
   throw Refusal(key + ": " + wanted + " is wanted, not " + kNames[given.type()]);
 }
 
+/// Names and texts of a project end at a NUL: what is behind it would be lost.
+std::string TextOf(const std::string& key, const Json::Value& value) {
+  std::string text = value.asString();
+  if (text.find('\0') != std::string::npos) throw Refusal(key + ": a text with a NUL character");
+  return text;
+}
+
 }  // namespace
 
 Json::Value ParseJson(const char* text, const char* what) {
@@ -91,7 +98,7 @@ std::uint64_t Options::GetCount(const char* key, std::uint64_t otherwise,
 std::string Options::GetText(const char* key) const {
   if (!Has(key)) return {};
   if (!object_[key].isString()) RefuseType(key, "a text", object_[key]);
-  return object_[key].asString();
+  return TextOf(key, object_[key]);
 }
 
 std::vector<std::string> Options::GetNames(const char* key) const {
@@ -100,7 +107,7 @@ std::vector<std::string> Options::GetNames(const char* key) const {
   if (!object_[key].isArray()) RefuseType(key, "an array of texts", object_[key]);
   for (const Json::Value& name : object_[key]) {
     if (!name.isString()) RefuseType(key, "an array of texts", name);
-    names.push_back(name.asString());
+    names.push_back(TextOf(key, name));
   }
   return names;
 }

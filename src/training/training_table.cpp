@@ -1,5 +1,7 @@
 #include "training/training_table.h"
 
+#include "foundation/closeness.h"
+
 #include <algorithm>
 #include <cmath>
 #include <set>
@@ -39,6 +41,24 @@ Eigen::VectorXd Direction(const Eigen::Ref<const Eigen::VectorXd>& column) {
   return (scaled.array() - scaled.mean()).matrix().normalized();
 }
 
+/// Models scale each input to a range of 1, and bounds that are the same to the project are none.
+void RequireRanges(const TrainingTable& table) {
+  for (Eigen::Index j = 0; j < table.points.cols(); ++j) {
+    const auto column = table.points.col(j);
+    if (IsConstantColumn(column)) continue;
+    const double range = column.maxCoeff() - column.minCoeff();
+    if (std::isnormal(range) && std::isnormal(1.0 / range) &&
+        !math::IsClose(column.minCoeff(), column.maxCoeff()))
+      continue;
+    const std::wstring& name = table.inputs[static_cast<std::size_t>(j)];
+    throw TrainingError(
+        L"Input \"" + name +
+            L"\" has values that are too large, or too close to 0 to be told apart; "
+            L"change its unit.",
+        name);
+  }
+}
+
 /// No two inputs may be multiples of each other: the data could not tell which of them counts.
 void RequireDifferentInputs(const TrainingTable& table) {
   const Eigen::Index m = table.points.cols();
@@ -66,7 +86,8 @@ bool IsConstantColumn(const Eigen::Ref<const Eigen::VectorXd>& column) {
     lower = std::min(lower, value);
     upper = std::max(upper, value);
   }
-  constexpr double kRounding = 1e-12;  // as the scaling of inputs takes a range for none
+  constexpr double kRounding = 1e-12;           // as the scaling of inputs takes a range for none
+  if (upper - lower == HUGE_VAL) return false;  // so is the other side
   return !(upper - lower > kRounding * (std::abs(lower) + std::abs(upper)));
 }
 
@@ -88,6 +109,7 @@ void RequireTrainable(const TrainingTable& table) {
   for (Eigen::Index j = 0; j < m; ++j)
     all_constant = all_constant && IsConstantColumn(table.points.col(j));
   if (all_constant) throw TrainingError(L"All inputs are constant.");
+  RequireRanges(table);
   RequireDifferentInputs(table);
 }
 

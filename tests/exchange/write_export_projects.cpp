@@ -15,6 +15,7 @@
 #include <cmath>
 #include <exception>
 #include <iostream>
+#include <type_traits>
 
 namespace {
 
@@ -111,6 +112,7 @@ CriterionSequence MakeCriteria() {
           {L"all", Criterion(C::RHS, L"", L"max(abs(stress-5))-mean(stress)+sum(2*stress-mass)/4")},
           {L"chain", Criterion(C::NEGATIVE_RHS, L"", L"goal+pi*all*sqrt(x+1)-min(x,1,mass)")},
           {L"limit*/", Criterion(C::LIMIT_LHS_BELOW_RHS, L"stress[0]", L"max(3,mass)")},
+          {L"names", Criterion(C::RHS, L"", L"-2^2+2^-3^x-8/4/2+7-3-2*-mass")},
           {L"loop", Criterion(C::RHS, L"", L"pool+1")},
           {L"pool", Criterion(C::RHS, L"", L"loop+1")},
           {L"truth", Criterion(C::RHS, L"", L"mass<3")},
@@ -120,24 +122,20 @@ CriterionSequence MakeCriteria() {
           {L"vector", Criterion(C::RHS_ANY, L"", L"2*stress")}};
 }
 
-VRDB MakeProject() {
-  Eigen::MatrixXd x = support::UniformPoints(kNumDesigns, 3, /*seed=*/5);
-  x.col(2) = 100.0 * x.col(2).array() - 30.0;
-  const Eigen::VectorXd y =
-      3.0 + x.col(0).array().square() + (0.05 * x.col(2).array()).sin() - x.col(1).array();
-  const std::vector<Case> cases = MakeCases(x, y);
-
+VRDB MakeProject(const std::vector<std::wstring>& inputs, const Eigen::MatrixXd& x,
+                 const Eigen::VectorXd& y, const std::vector<Case>& cases,
+                 const CriterionSequence& criteria) {
   VRDB project;
-  for (std::size_t i = 0; i < kInputs.size(); ++i) {
-    Parameter parameter(kInputs[i]);
+  for (const std::wstring& input : inputs) {
+    Parameter parameter(input);
     parameter.SetDeterministicProperty(DeterministicProperties::Continuous(-30.0, 70.0));
     project.GetParameterManager().AddParameter(parameter);
   }
   SurrogateInfo::HidVector ids;
-  for (Eigen::Index d = 0; d < kNumDesigns; ++d) {
+  for (Eigen::Index d = 0; d < x.rows(); ++d) {
     EntrySequence parameters;
-    for (std::size_t i = 0; i < kInputs.size(); ++i)
-      parameters.Append(kInputs[i], CDesignEntry(x(d, static_cast<Eigen::Index>(i))));
+    for (std::size_t i = 0; i < inputs.size(); ++i)
+      parameters.Append(inputs[i], CDesignEntry(x(d, static_cast<Eigen::Index>(i))));
     EntrySequence responses;
     for (const Case& c : cases)
       if (c.name.find(L"stress") != 0)
@@ -146,7 +144,7 @@ VRDB MakeProject() {
     ids.emplace_back(static_cast<std::uint64_t>(d) + 1);
     Design design(std::move(parameters), ids.back());
     design.SetResponses(std::move(responses));
-    design.SetCriteria(MakeCriteria());
+    design.SetCriteria(criteria);
     project.GetDesignContainer().Add(std::move(design));
   }
   project.GetAlgorithmInfo() = boost::make_shared<AlgorithmInfo>(AlgorithmInfo::kZEL);
@@ -157,22 +155,66 @@ VRDB MakeProject() {
                          : c.name == L"stress[1]" ? SurrogateInfo(L"stress", 1)
                                                   : SurrogateInfo(c.name);
     info.SetSurrogate(c.model);
-    info.SetParameters(kInputs, {true, true, true});
+    info.SetParameters(inputs, BitVector(inputs.size(), true));
     info.SetUsedHids(ids);
     detail->surrogate_infos_.AddOrReplace(std::move(info));
   }
   return project;
 }
 
+VRDB MakeHostileProject() {
+  Eigen::MatrixXd x = support::UniformPoints(kNumDesigns, 3, /*seed=*/5);
+  x.col(2) = 100.0 * x.col(2).array() - 30.0;
+  const Eigen::VectorXd y =
+      3.0 + x.col(0).array().square() + (0.05 * x.col(2).array()).sin() - x.col(1).array();
+  return MakeProject(kInputs, x, y, MakeCases(x, y), MakeCriteria());
+}
+
+/// Of a single input, which a power transforms; for the power 1 with a kriging whose weights nearly
+/// cancel, over more points than the library adds up at once.
+VRDB MakeSingleProject() {
+  const Eigen::MatrixXd x = 30.0 * support::UniformPoints(300, 1, /*seed=*/6);
+  const Eigen::VectorXd y = (0.2 * x.array()).exp() + x.array().sin();
+  std::vector<Case> cases;
+  const auto add = [&](auto settings, double lambda) {
+    settings.SetCoordTransform(TransformType::kBoxCox);
+    settings.SetCoordTransformParameter({lambda, 0.1, 10.1});
+    const std::wstring name = L"y" + std::to_wstring(cases.size());
+    if constexpr (std::is_same_v<decltype(settings), LinearRegressionSettings>)
+      cases.push_back({name, Built<LinearRegression>(x, y, settings)});
+    else if constexpr (std::is_same_v<decltype(settings), OrdinaryKrigingSettings>)
+      cases.push_back({name, Built<OrdinaryKriging>(x, y, settings)});
+    else
+      cases.push_back({name, Built<MovingLeastSquares>(x, y, settings)});
+  };
+  for (const double lambda : {0.0, 1.0, 0.5, -1.0 / 3.0}) {
+    LinearRegressionSettings polynomial(1);
+    polynomial.SetOrder(3);
+    add(polynomial, lambda);
+    OrdinaryKrigingSettings kriging(1);
+    kriging.SetKernelType(lambda == 0.0 ? KernelType::kConstInflIsoExp : KernelType::kConstInflExp);
+    kriging.SetKernelParameter(Eigen::VectorXd::Constant(1, 20.0));
+    kriging.SetNugget(lambda == 1.0 ? 1e-12 : 1e-2);
+    add(kriging, lambda);
+    MovingLeastSquaresSettings fit(1);
+    fit.SetKernelType(KernelType::kConstInflIsoExp);
+    fit.SetKernelParameter(Eigen::VectorXd::Constant(1, 2.0));
+    fit.SetOrder(1);
+    add(fit, lambda);
+  }
+  return MakeProject({L"x"}, x, y, cases, {});
+}
+
 }  // namespace
 
-/// Writes the projects of the tests into a directory: one with all that can be exported, one with a
+/// Writes the projects of the tests into a directory: two with all that can be exported, one with a
 /// response that cannot.
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
   const std::string directory = std::string(argv[1]) + '/';
   try {
-    SaveProjectFile(MakeProject(), directory + "hostile.vrdb");
+    SaveProjectFile(MakeSingleProject(), directory + "single.vrdb");
+    SaveProjectFile(MakeHostileProject(), directory + "hostile.vrdb");
     VRDB missing = support::MakePlateProject();
     support::GetModels(missing).Update([](SurrogateInfo& info) {
       if (info.GetFullName() == L"mass") info.SetSurrogate(nullptr);

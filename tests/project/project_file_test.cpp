@@ -185,6 +185,13 @@ TEST(ProjectFile, SavingKeepsModeAndSymbolicLink) {
   ASSERT_EQ(::stat(path.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 07777u, 0440u);
   EXPECT_EQ(ReadFile(path).substr(0, 3), "KBX");
+  for (const char* target : {"missing.vrdb", "circle"}) {
+    const std::string odd = directory.File(target[0] == 'm' ? "dangling" : "circle");
+    boost::filesystem::create_symlink(target, odd);
+    EXPECT_EQ(target[0] == 'c', !MessageOf([&] { SaveProjectFile(VRDB(), odd, {/*outer_header=*/false}); }).empty());
+    EXPECT_TRUE(boost::filesystem::is_symlink(odd));
+  }
+  EXPECT_EQ(ReadFile(directory.File("missing.vrdb")).substr(0, 3), "KBX");
 
   const std::string fresh = directory.File("50%.vrdb");
   const mode_t old_mask = ::umask(027);

@@ -465,6 +465,8 @@ TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
       {train(R"({"inputs": ["x"], "responses": ["y"], "sed": 1})"), R"(did you mean "seed"?)"},
       {train(R"({"inputs": "x", "responses": ["y"]})"),
        "inputs: an array of texts is wanted, not a text"},
+      {train(R"({"inputs": ["x\u0000"], "responses": ["y"]})"),
+       "inputs: a text with a NUL character"},
       {train(R"({"inputs": ["x", "x"], "responses": ["y"]})"), R"(inputs: "x" stands there twice)"},
       {train(R"({"inputs": ["x"], "responses": ["w"]})"),
        R"(table: no column for the response "w")"},

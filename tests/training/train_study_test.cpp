@@ -228,6 +228,14 @@ TEST(TrainStudy, RefusesWhatCannotBeTrainedOn) {
     EXPECT_EQ(refusal([=](Table& table, Settings&) { table.values.col(1) *= scale; }),
               "Response \"s[0]\" has values that are too large or too small to be squared; change "
               "its unit.");
+  for (const double largest : {1e-299, 1e-17, 1.7e308})
+    EXPECT_EQ(
+        refusal([=](Table& table, Settings&) {
+          table.points.col(0).setLinSpaced(0.0, largest);
+          if (largest > 1.0) table.points(0, 0) = -largest;
+        }),
+        "Input \"a\" has values that are too large, or too close to 0 to be told apart; change "
+        "its unit.");
   CriterionSequence criteria;
   ParseCriterion(L"wave: 2", criteria);
   EXPECT_EQ(refusal([](Table&, Settings&) {}, criteria),

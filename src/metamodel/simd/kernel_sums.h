@@ -4,8 +4,8 @@
 
 /// Exponential kernels of many points at once, for the processor at hand.
 ///
-/// The numbers of all levels agree up to the order of summation and the last bits of the
-/// exponential (4 ulp). Plain data alone: these headers are also read by files that are compiled
+/// The numbers of all levels are the same to the bit: nothing is fused, sums have the same order,
+/// and the exponential is our own, good to 1 unit in the last place. Plain data alone: these headers are also read by files that are compiled
 /// for processors above the baseline, and what such a file instantiates must not reach others.
 namespace corvath::math::metamodel::simd {
 
@@ -27,11 +27,12 @@ struct ExpKernel {
 /// The routines of one processor level.
 struct KernelRoutines {
   const char* level;
-  /// sums[r] = sum_i weight_ri values[i]
+  /// sums[r] = sum_i weight_ri values[i]. Of each 128 support points there are eight partial sums,
+  /// by the remainder of i / 8, which are added from the first to the last.
   void (*weighted_sums)(const ExpKernel& kernel, const double* values, double* sums);
   /// weights[r * stride + i] = weight_ri
   void (*weights)(const ExpKernel& kernel, double* weights, std::int64_t stride);
-  /// exp of each of `count` values: 0 below the smallest double, NaN passes.
+  /// exp of each of `count` values: 0 below the smallest double, infinity above 709; NaN passes.
   void (*exp)(double* values, std::int64_t count);
 };
 

@@ -2,6 +2,42 @@
 /* The models of a project from their description: what docs/model-json.md says, in the same order of
    operations as the library, so that only rounding differs. */
 
+/* 2^n exactly, by n + 1000. */
+const POWERS_OF_TWO = new Float64Array(2024);
+POWERS_OF_TWO[1000] = 1;
+for (let n = 1; n < 1024; ++n) POWERS_OF_TWO[1000 + n] = 2 * POWERS_OF_TWO[999 + n];
+for (let n = 1; n <= 1000; ++n) POWERS_OF_TWO[1000 - n] = POWERS_OF_TWO[1001 - n] / 2;
+
+/* Of numbers up to 709; rounds as the library does: 2^n exp(r), x = n ln 2 + r. */
+function kernelExp(x) {
+  if (x < -746) return 0;
+  if (!(x <= 709)) return x > 709 ? Infinity : x;
+  const n = (x * 1.4426950408889634 + 6755399441055744) - 6755399441055744;
+  const r = (x - n * 0.6931471805592082) - n * 7.371002565167799e-13;
+  let q = 2.510038549551032e-08;
+  q = q * r + 2.7620088445409746e-07;
+  q = q * r + 2.7557268459997064e-06;
+  q = q * r + 2.4801521295954376e-05;
+  q = q * r + 0.00019841269863053618;
+  q = q * r + 0.0013888888917213717;
+  q = q * r + 0.008333333333330062;
+  q = q * r + 0.04166666666662413;
+  q = q * r + 0.16666666666666669;
+  q = q * r + 0.5;
+  const mantissa = 1 + (r + r * r * q);
+  if (n >= -1000) return mantissa * POWERS_OF_TWO[n + 1000];
+  return mantissa * POWERS_OF_TWO[n + 1128] * POWERS_OF_TWO[872];  // rounds once, below 1e-308
+}
+
+/* Sets u to the coordinates of the inputs x. */
+function coordinates(model, x, u) {
+  for (let j = 0; j < u.length; ++j) u[j] = x[model.inputs[j]] * model.scale[j] + model.offset[j];
+  if (model.power === 0) u[0] = Math.log(u[0]);
+  else if (model.power === 1) u[0] -= 1;
+  else if (model.power !== undefined)
+    u[0] = (Math.pow(u[0], 1 / model.power) - 1) / (1 / model.power);
+}
+
 function makeModel(model) {
   const n = model.points ? model.points.length : 0;
   const r = model.inputs.length;
@@ -33,17 +69,17 @@ function makeModel(model) {
       return {prepare() {
         for (let i = 0; i < n; ++i) all[i] = squared(i);
         nearest = all.slice().sort()[kernel.count - 1];
-      }, weight: (i) => Math.exp(all[i] * kernel.factor / nearest)};
+      }, weight: (i) => kernelExp(all[i] * kernel.factor / nearest)};
     }
     const f = kernel.factors;
-    if (f.length === 1) return {prepare() {}, weight: (i) => Math.exp(squared(i) * f[0])};
+    if (f.length === 1) return {prepare() {}, weight: (i) => kernelExp(squared(i) * f[0])};
     return {prepare() {}, weight(i) {
       let sum = 0;
       for (let j = 0; j < r; ++j) {
         const d = u[j] - points[i * r + j];
-        sum += d * (d * f[j]);
+        sum += d * d * f[j];
       }
-      return Math.exp(sum);
+      return kernelExp(sum);
     }};
   }
 
@@ -61,7 +97,13 @@ function makeModel(model) {
   function kriging() {
     kernel.prepare();
     let v = 0;
-    for (let i = 0; i < n; ++i) v += values[i] * kernel.weight(i);
+    // In the library's order, so that weights that nearly cancel leave the same.
+    for (let first = 0; first < n; first += 128) {
+      const partial = new Float64Array(8);
+      for (let i = first; i < Math.min(n, first + 128); ++i)
+        partial[i % 8] += values[i] * kernel.weight(i);
+      v += partial.reduce((a, b) => a + b, 0);
+    }
     return v + model.constant;
   }
 
@@ -129,7 +171,7 @@ function makeModel(model) {
   }[model.family];
 
   return (x) => {
-    for (let j = 0; j < r; ++j) u[j] = x[model.inputs[j]] * model.scale[j] + model.offset[j];
+    coordinates(model, x, u);
     let v = compute();
     for (const step of model.back) {
       if (step.kind === 'scale') v = v / step.scale + step.offset;
@@ -186,13 +228,14 @@ function makeError(response) {
   const model = response.model;
   const points = error.points || model.points;
   return (x) => {
-    const u = model.inputs.map((input, j) => x[input] * model.scale[j] + model.offset[j]);
+    const u = new Array(model.inputs.length);
+    coordinates(model, x, u);
     let sum = 0;
     let total = 0;
     for (let i = 0; i < points.length; ++i) {
       let s = 0;
       for (let j = 0; j < u.length; ++j) s += (u[j] - points[i][j]) * (u[j] - points[i][j]);
-      const w = Math.exp(error.factor * s);
+      const w = kernelExp(error.factor * s);
       sum += w * error.residuals[i] * error.residuals[i];
       total += w;
     }
@@ -205,7 +248,7 @@ const OPERATORS = {
   '+': (...a) => a.reduce((x, y) => x + y),
   '-': (x, y) => x - y,
   '*': (x, y) => x * y,
-  '/': (x, y) => y !== 0 && Number.isFinite(y) ? x / y : NaN,
+  '/': (x, y) => y !== 0 ? x / y : NaN,
   '^': (x, y) => {
     if (Math.abs(x) < EPS) return y < 0 ? NaN : y > 0 ? 0 : y === 0 ? 1 : NaN;
     const up = Math.ceil(y);

@@ -1,5 +1,6 @@
 #include "study/table/output_file.h"
 
+#include "foundation/symbolic_links.h"
 #include "study/refusal.h"
 
 #include <sys/stat.h>
@@ -7,17 +8,19 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <system_error>
 
 namespace corvath::study {
 namespace {
 
-/// The file behind the links, or the path itself where there is none.
-std::string ResolveLinks(const std::string& path) {
-  const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path.c_str(), nullptr), std::free);
-  return resolved ? resolved.get() : path;
+std::string TargetOf(const std::string& path) {
+  if (path.empty()) throw Refusal("the name of the file to write is empty");
+  try {
+    return utils::FollowLinks(path);
+  } catch (const std::system_error& error) {
+    throw Refusal(path + ": " + error.code().message());
+  }
 }
 
 }  // namespace
@@ -34,7 +37,7 @@ OutputFile::OutputFile(std::string path, std::FILE* standard_output, FileWatcher
   if (stat(path_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
     file_ = std::fopen(path_.c_str(), "wb");
   } else {
-    target_ = ResolveLinks(path_);
+    target_ = TargetOf(path_);
     static std::atomic<unsigned int> count{0};  // threads may write the same file
     temporary_ = target_ + ".part" + std::to_string(getpid()) + '-' + std::to_string(++count);
     if (watcher_ != nullptr) watcher_->Begin(temporary_);

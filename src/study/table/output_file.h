@@ -16,7 +16,7 @@ class FileWatcher {
 
 /// A result file, or a stream for "-". A file is written beside its place under a temporary
 /// name and takes its place in Commit(); without Commit(), and after an interruption, an old file
-/// stays as it is. A symbolic link stays, and its target is replaced; what is no regular file (a
+/// stays as it is. A symbolic link stays, and its target is made or replaced; what is no regular file (a
 /// pipe, a device) is written to as it is.
 class OutputFile {
  public:
