@@ -27,7 +27,8 @@ class DefiniteFactor {
   void InverseLower(Eigen::MatrixXd& inverse) const;
 
  private:
-  Eigen::LLT<Eigen::MatrixXd> llt_;
+  Eigen::MatrixXd root_;          ///< its lower triangle L: A = L L'
+  mutable Eigen::VectorXd work_;  ///< scratch memory of the routines: not for two threads at once
   Eigen::LDLT<Eigen::MatrixXd> ldlt_;
   bool pivoted_ = false;  ///< ldlt_ serves
 };

@@ -1,6 +1,9 @@
 #include "metamodel/moving_least_squares/local_fits.h"
 
+#include "metamodel/simd/dense_products.h"
+
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace corvath::math::metamodel {
@@ -16,6 +19,15 @@ constexpr Eigen::Index kMaxBlock = 256;
 constexpr Eigen::Index kChunkRows = 256;
 /// A support point with a weight up to this is out of reach.
 constexpr double kReach = 1e-5;
+
+constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
+
+/// Whether at least `least` support points are within reach.
+bool Reaches(const Eigen::Ref<const Eigen::VectorXd>& weights, Eigen::Index least) {
+  for (const double weight : weights)
+    if (weight > kReach && --least == 0) return true;
+  return false;
+}
 
 }  // namespace
 
@@ -68,29 +80,53 @@ void LocalFits::Average(const Eigen::Ref<const Eigen::MatrixXd>& weights,
   results = (weights.transpose() * values_).array() / weights.colwise().sum().transpose().array();
 }
 
+void LocalFits::FormSystems(const Eigen::Ref<const Eigen::MatrixXd>& weights) {
+  sums_.resize(products_.cols(), weights.cols());
+  simd::GetDenseRoutines().cross_products(products_.cols(), weights.cols(), products_.rows(),
+                                          products_.data(), products_.rows(), weights.data(),
+                                          weights.outerStride(), sums_.data(), sums_.rows(),
+                                          /*lower=*/false);
+}
+
+void LocalFits::SolveSystems(const Eigen::Ref<const Eigen::MatrixXd>& basis_at,
+                             Eigen::Ref<Eigen::VectorXd> results) const {
+  simd::SmallSystems systems{};
+  systems.sums = sums_.data();
+  systems.sums_stride = sums_.rows();
+  systems.num_systems = sums_.cols();
+  systems.num_terms = basis_.cols();
+  systems.at = basis_at.data();
+  systems.at_stride = basis_at.outerStride();
+  simd::GetDenseRoutines().solve_systems(systems, results.data());
+}
+
 void LocalFits::Predict(const Eigen::Ref<const Eigen::MatrixXd>& weights,
                         const Eigen::Ref<const Eigen::MatrixXd>& basis_at, bool require_reach,
                         Eigen::Ref<Eigen::VectorXd> results) {
   const Eigen::Index p = basis_.cols();
   if (p == 0) return Average(weights, results);
-  const bool has_table = products_.size() > 0;
-  if (has_table && !constant_) sums_.noalias() = products_.transpose() * weights;
+  const bool has_table = products_.size() > 0 && !constant_;
+  results.setConstant(kNoNumber);
+  if (has_table) {
+    FormSystems(weights);
+    if (p <= simd::kMostTerms) SolveSystems(basis_at, results);
+  }
   for (Eigen::Index i = 0; i < weights.cols(); ++i) {
-    if (require_reach && (weights.col(i).array() > kReach).count() < p) {
-      results(i) = std::numeric_limits<double>::quiet_NaN();
+    if (require_reach && !Reaches(weights.col(i), p)) {
+      results(i) = kNoNumber;
       continue;
     }
+    if (!std::isnan(results(i))) continue;
     if (constant_) {  // the constant term alone, as SolveRegression has it
-      solution_.setZero();
-      solution_(0) = values_(0);
-    } else {
-      if (has_table)
-        UnpackSystem(sums_.col(i).data());
-      else
-        FormSystem(weights.col(i));
-      factors_.compute(normal_);
-      solution_ = factors_.solve(right_);
+      results(i) = basis_at(i, 0) * values_(0);
+      continue;
     }
+    if (has_table)
+      UnpackSystem(sums_.col(i).data());
+    else
+      FormSystem(weights.col(i));
+    factors_.compute(normal_);
+    solution_ = factors_.solve(right_);
     results(i) = basis_at.row(i).dot(solution_);
   }
 }

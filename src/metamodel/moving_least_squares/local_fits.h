@@ -10,8 +10,9 @@ namespace corvath::math::metamodel {
 /// Weighted polynomial fits to the same data under many sets of weights, one set per prediction.
 ///
 /// The normal matrices of a block of sets come from one product of the weights with a table of the
-/// products of basis functions; then each is solved by a small LDLT. Where the table would be large
-/// (many coefficients), each normal matrix is formed by itself. Holds references and buffers: one
+/// products of basis functions; then they are solved side by side (up to 16 coefficients), and by an
+/// LDLT with pivoting where they are not clearly definite. Where the table would be large (many
+/// coefficients), each normal matrix is formed by itself. Holds references and buffers: one
 /// object per call and thread.
 class LocalFits {
  public:
@@ -34,6 +35,11 @@ class LocalFits {
                Eigen::Ref<Eigen::VectorXd> results) const;
   /// Normal matrix (lower triangle) and right side under one set of weights.
   void FormSystem(const Eigen::Ref<const Eigen::VectorXd>& weights);
+  /// All of a block, to sums_.
+  void FormSystems(const Eigen::Ref<const Eigen::MatrixXd>& weights);
+  /// NaN where a system of sums_ is not clearly definite.
+  void SolveSystems(const Eigen::Ref<const Eigen::MatrixXd>& basis_at,
+                    Eigen::Ref<Eigen::VectorXd> results) const;
   void UnpackSystem(const double* sums);
 
   const Eigen::MatrixXd& basis_;

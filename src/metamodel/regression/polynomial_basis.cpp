@@ -1,5 +1,7 @@
 #include "metamodel/regression/polynomial_basis.h"
 
+#include "metamodel/simd/dense_products.h"
+
 #include <Eigen/Cholesky>
 
 #include <cmath>
@@ -91,8 +93,16 @@ Eigen::MatrixXd BuildRegressionMatrix(const ConstPoints& points, const BitVector
 
 Eigen::MatrixXd NormalMatrix(const Eigen::Ref<const Eigen::MatrixXd>& X,
                              const Eigen::Ref<const Eigen::VectorXd>& weights) {
-  if (weights.size() == 0) return X.transpose() * X;
-  return (weights.asDiagonal() * X).transpose() * X;
+  Eigen::MatrixXd weighted;
+  if (weights.size() > 0) weighted = weights.asDiagonal() * X;
+  const bool is_weighted = weights.size() > 0;
+  Eigen::MatrixXd normal(X.cols(), X.cols());
+  simd::GetDenseRoutines().cross_products(
+      X.cols(), X.cols(), X.rows(), is_weighted ? weighted.data() : X.data(),
+      is_weighted ? weighted.rows() : X.outerStride(), X.data(), X.outerStride(), normal.data(),
+      normal.rows(), /*lower=*/true);
+  normal.triangularView<Eigen::StrictlyUpper>() = normal.transpose();
+  return normal;
 }
 
 Eigen::VectorXd SolveRegression(const Eigen::Ref<const Eigen::MatrixXd>& X,

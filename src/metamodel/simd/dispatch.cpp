@@ -1,3 +1,4 @@
+#include "metamodel/simd/dense_products.h"
 #include "metamodel/simd/kernel_sums.h"
 
 namespace corvath::math::metamodel::simd {
@@ -23,35 +24,56 @@ Levels DetectLevels() {
   return levels;
 }
 
+/// The routines of every level that this processor has, baseline first.
+template <class Routines>
 struct Available {
-  const KernelRoutines* routines[3];
-  int count = 0;
+  const Routines* routines[3];
+  int count = 1;
 
-  Available() {
-    routines[count++] = &kRoutinesBaseline;
-#if defined(__x86_64__)
+  Available(const Routines& baseline, const Routines* v3, const Routines* v4)
+      : routines{&baseline} {
     const Levels levels = DetectLevels();
-    if (levels.v3) routines[count++] = &kRoutinesV3;
-    if (levels.v4) routines[count++] = &kRoutinesV4;
-#endif
+    if (levels.v3) routines[count++] = v3;
+    if (levels.v4) routines[count++] = v4;
   }
+
+  const Routines& Best() const { return *routines[count - 1]; }
 };
 
-const Available& GetAvailable() {
-  static const Available available;
+#if defined(__x86_64__)
+#define ZEL_ALL_LEVELS(name) name##Baseline, &name##V3, &name##V4
+#else
+#define ZEL_ALL_LEVELS(name) name##Baseline, nullptr, nullptr
+#endif
+
+const Available<KernelRoutines>& GetAvailableKernels() {
+  static const Available<KernelRoutines> available(ZEL_ALL_LEVELS(kRoutines));
+  return available;
+}
+
+const Available<DenseRoutines>& GetAvailableDense() {
+  static const Available<DenseRoutines> available(ZEL_ALL_LEVELS(kDenseRoutines));
   return available;
 }
 
 }  // namespace
 
 const KernelRoutines& GetKernelRoutines() {
-  const Available& available = GetAvailable();
-  return *available.routines[available.count - 1];
+  return GetAvailableKernels().Best();
 }
 
 const KernelRoutines* const* GetAllKernelRoutines(int* count) {
-  *count = GetAvailable().count;
-  return GetAvailable().routines;
+  *count = GetAvailableKernels().count;
+  return GetAvailableKernels().routines;
+}
+
+const DenseRoutines& GetDenseRoutines() {
+  return GetAvailableDense().Best();
+}
+
+const DenseRoutines* const* GetAllDenseRoutines(int* count) {
+  *count = GetAvailableDense().count;
+  return GetAvailableDense().routines;
 }
 
 }  // namespace corvath::math::metamodel::simd

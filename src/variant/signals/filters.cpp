@@ -43,7 +43,7 @@ void Run(Value& signal, const FilterCascade<double>& cascade, const Passes& pass
     RunReal(cascade, data, channel, false, passes.start1);
     if (passes.backward) RunReal(cascade, data, channel, true, passes.start2);
   }
-  signal.SetMatrix(data);
+  signal.SetRealMatrix(data);
 }
 
 /// @param design  gives the FilterSections for the time between two samples

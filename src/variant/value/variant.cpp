@@ -279,6 +279,13 @@ void Variant<T>::SetMatrix(Matrix& value) {
 }
 
 template <class T>
+void Variant<T>::SetRealMatrix(Matrix& value) {
+  if (!HasTimeline()) SetKind(MATRIX);
+  body_.matrix.swap(value);
+  SetComplex(false);
+}
+
+template <class T>
 void Variant<T>::CopyStorage(const Variant& other) {
   switch (other.Tag()) {
     case skVECTOR:

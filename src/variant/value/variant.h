@@ -145,6 +145,8 @@ class Variant {
   void SetScalar(const Complex& value);
   void SetVector(Vector& value);
   void SetMatrix(Matrix& value);
+  /// The same for numbers that are known to be real, which saves a walk over them.
+  void SetRealMatrix(Matrix& value);
 
   /// Element access by real scalars, rounded by adding 0.5 and truncating. One index: the element
   /// of a VECTOR, or of a signal the VECTOR {abscissa, channel 0, channel 1, ...} of sample `i`.

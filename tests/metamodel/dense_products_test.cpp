@@ -1,0 +1,118 @@
+#include "metamodel/simd/dense_products.h"
+
+#include "support/points.h"
+
+#include <Eigen/Cholesky>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+using namespace corvath::math::metamodel;
+
+namespace {
+
+using Exact = Eigen::Matrix<long double, Eigen::Dynamic, Eigen::Dynamic>;
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+
+class DenseProducts : public testing::TestWithParam<int> {
+ protected:
+  void SetUp() override {
+    int count = 0;
+    const simd::DenseRoutines* const* all = simd::GetAllDenseRoutines(&count);
+    if (GetParam() >= count) GTEST_SKIP() << "not on this processor";
+    routines_ = all[GetParam()];
+  }
+
+  const simd::DenseRoutines* routines_ = nullptr;
+  Eigen::VectorXd work_ = Eigen::VectorXd(simd::kProductWork);
+};
+
+Exact Lower(const Eigen::MatrixXd& matrix, Eigen::Index n) {
+  return matrix.topRows(n).cast<long double>().triangularView<Eigen::Lower>();
+}
+
+}  // namespace
+
+// Against work in long double: relative errors of norms, by the bounds of N. J. Higham,
+// "Accuracy and Stability of Numerical Algorithms", 2nd edition, SIAM, 2002, chapters 8 and 10.
+TEST_P(DenseProducts, FactoriseSolveAndInvertWithinTheBoundsOfRounding) {
+  for (const Eigen::Index n : {1, 2, 5, 31, 32, 33, 97, 203, 300}) {
+    const Eigen::MatrixXd half = support::UniformPoints(n, n, 3);
+    const Eigen::Index stride = n + 3;
+    Eigen::MatrixXd l = Eigen::MatrixXd::Constant(stride, n, 7.0);
+    l.topRows(n) = half * half.transpose() + Eigen::MatrixXd::Identity(n, n);
+    Exact a = Lower(l, n);
+    a = Exact(a.selfadjointView<Eigen::Lower>());
+    l.topRows(n).triangularView<Eigen::StrictlyUpper>().setConstant(7.0);
+    const double bound = 4.0 * static_cast<double>(n + 1) * kEpsilon;
+
+    ASSERT_TRUE(routines_->cholesky(l.data(), stride, n, work_.data()));
+    const Exact root = Lower(l, n);
+    EXPECT_LT((root * root.transpose() - a).norm(), bound * a.norm()) << n;
+
+    Eigen::MatrixXd x = half.leftCols(std::min<Eigen::Index>(n, 3));
+    routines_->solve(l.data(), stride, n, x.data(), n, x.cols());
+    const Exact residual = a * x.cast<long double>() - half.leftCols(x.cols()).cast<long double>();
+    EXPECT_LT(residual.norm(), bound * a.norm() * x.norm()) << n;
+
+    Eigen::MatrixXd inverse = l;
+    routines_->invert_lower(inverse.data(), stride, n, work_.data());
+    const Exact inverse_root = Lower(inverse, n);
+    const Exact unit = Exact::Identity(n, n);
+    EXPECT_LT((inverse_root * root - unit).norm(), bound * inverse_root.norm() * root.norm()) << n;
+
+    routines_->square_lower(inverse.data(), stride, n, work_.data());
+    const Exact square = inverse_root.transpose() * inverse_root;
+    EXPECT_LT((Lower(inverse, n) - Exact(square.triangularView<Eigen::Lower>())).norm(),
+              bound * square.norm());
+    for (const Eigen::MatrixXd* matrix : {&l, &inverse}) {  // the rest is not touched
+      EXPECT_TRUE((matrix->bottomRows(3).array() == 7.0).all()) << n;
+      for (Eigen::Index j = 1; j < n; ++j) EXPECT_EQ((*matrix)(j - 1, j), 7.0) << n;
+    }
+  }
+  for (const double bad : {-1.0, 0.0, std::nan("")}) {
+    Eigen::MatrixXd a = Eigen::MatrixXd::Identity(70, 70);
+    a(65, 65) = bad;
+    EXPECT_FALSE(routines_->cholesky(a.data(), 70, 70, work_.data())) << bad;
+  }
+}
+
+TEST_P(DenseProducts, SolveManySmallFits) {
+  for (const Eigen::Index p : {1, 2, 6, 16})
+    for (const Eigen::Index num : {1, 3, 8, 19}) {
+      const Eigen::Index n = 531;  // no whole number of vectors, more than one block
+      const Eigen::MatrixXd basis = support::UniformPoints(n, p + 1, 4);
+      const Eigen::MatrixXd weights = support::UniformPoints(n, num, 5);
+      const Eigen::MatrixXd at = support::UniformPoints(num, p, 6);
+      Eigen::MatrixXd products(n, p * (p + 1) / 2 + p);
+      Eigen::Index next = 0;
+      for (Eigen::Index j = 0; j < p; ++j)
+        for (Eigen::Index i = j; i < p; ++i)
+          products.col(next++) = basis.col(i).cwiseProduct(basis.col(j));
+      for (Eigen::Index j = 0; j < p; ++j)
+        products.col(next++) = basis.col(j).cwiseProduct(basis.col(p));
+      Eigen::MatrixXd sums(next, num);
+      routines_->cross_products(next, num, n, products.data(), n, weights.data(), n, sums.data(),
+                                next, false);
+      const Exact exact = products.cast<long double>().transpose() * weights.cast<long double>();
+      EXPECT_LT((sums.cast<long double>() - exact).norm(), 1e-14 * exact.norm()) << p;
+
+      sums(0, num - 1) = 0.0;  // the last system is not definite
+      Eigen::VectorXd results(num);
+      routines_->solve_systems({sums.data(), next, num, p, at.data(), num}, results.data());
+      EXPECT_TRUE(std::isnan(results(num - 1))) << p;
+      for (Eigen::Index s = 0; s + 1 < num; ++s) {
+        const Exact terms = basis.leftCols(p).cast<long double>();
+        const Exact weighted = weights.col(s).cast<long double>().asDiagonal() * terms;
+        const Exact z = (weighted.transpose() * terms)
+                            .ldlt()
+                            .solve(weighted.transpose() * basis.col(p).cast<long double>());
+        // The condition of these systems is below 1e4.
+        EXPECT_NEAR(results(s), static_cast<double>((at.row(s).cast<long double>() * z)(0)), 1e-11);
+      }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Level, DenseProducts, testing::Range(0, 3));
