@@ -12,7 +12,6 @@
 #include "training/train_study.h"
 
 #include <boost/core/null_deleter.hpp>
-#include <boost/make_shared.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -130,16 +129,18 @@ void VariedStudy::RequireNumbers(const VariationRequest& request) const {
                                                                      quantity.description->lhs_,
                                                                      quantity.description->rhs_));
   }
-  const auto log = boost::make_shared<utils::log::VectorLog>();
-  zel::RowCriteria rows(inputs, outputs, criteria, log);
+  zel::RowCriteria rows(inputs, outputs, criteria);
   std::vector<double> values(rows.GetCount());
   rows.Evaluate(x.data(), 1, responses.data(), 1, values.data());
   const std::size_t first = values.size() - request.criteria.size();
   for (std::size_t i = first; i < values.size(); ++i)
     if (std::isnan(values[i])) {
-      const auto lines = log->GetLines();
-      throw Refusal("criterion " + Quoted(ToUtf8(criteria[i].first)) + " has no number" +
-                    (lines.empty() ? "" : ": " + ToUtf8(lines.back().second)));
+      const auto& problems = rows.GetProblems();
+      throw Refusal(
+          "criterion " + Quoted(ToUtf8(criteria[i].first)) + " has no number" +
+          (problems.empty() || problems.back().messages.empty()
+               ? ""
+               : ": Error calculating criteria: " + ToUtf8(problems.back().messages.back())));
     }
 }
 
