@@ -3,7 +3,7 @@
 #include "design/designs/indexed_responses.h"
 #include "design/indexed_name.h"
 #include "foundation/log_line.h"
-#include "solver/row_ranges.h"
+#include "foundation/parallel.h"
 
 #include <algorithm>
 #include <limits>
@@ -115,12 +115,18 @@ void EvaluateCriteriaAtRows(const std::vector<std::wstring>& inputs,
                             const math::metamodel::ConstPoints& x,
                             const math::metamodel::ConstPoints& responses,
                             const boost::shared_ptr<utils::LogBase>& log, double* values) {
-  const RowRanges ranges(static_cast<std::size_t>(x.rows()));
-  std::vector<std::vector<RowCriteria::Problem>> problems(ranges.GetCount());
-  ranges.Run(ranges.GetCount(), [&](std::size_t range) {
+  // No row depends on another, so the ranges may follow the number of threads. A range costs as much
+  // as some 150 rows, for its calculator and the parsing of the texts.
+  constexpr std::size_t kLeastRows = 2048;
+  const auto n = static_cast<std::size_t>(x.rows());
+  const std::size_t threads = utils::GetNumThreads();
+  const std::size_t count =
+      threads == 1 ? 1 : std::clamp<std::size_t>(n / kLeastRows, 1, 2 * threads);
+  std::vector<std::vector<RowCriteria::Problem>> problems(count);
+  utils::ParallelTasks(count, [&](std::size_t range) {
     RowCriteria rows(inputs, outputs, criteria);
-    const std::size_t begin = ranges.GetBegin(range);
-    for (std::size_t d = begin; d < begin + ranges.GetSize(range); ++d)
+    const std::size_t end = (range + 1) * n / count;
+    for (std::size_t d = range * n / count; d < end; ++d)
       rows.Evaluate(x.data() + d, static_cast<std::size_t>(x.outerStride()), responses.data() + d,
                     static_cast<std::size_t>(responses.outerStride()),
                     values + d * rows.GetCount());
