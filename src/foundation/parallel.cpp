@@ -159,6 +159,9 @@ class HandOver {
   std::atomic<std::size_t>& count_;
 };
 
+/// Of all pipelines: no task needs more than its address to take over.
+std::atomic<std::size_t> pieces_handed_over{0};
+
 /// Calls `body(first, last)` over ranges of blocks, if `one_by_one` block for block.
 template <class Body>
 void RunBlocks(std::size_t n_blocks, bool one_by_one, const Body& body) {
@@ -235,9 +238,7 @@ void ParallelPipeline(std::size_t places, const std::function<bool(std::size_t p
   }
   // A failure travels with its piece, so that the pieces before it are consumed first.
   std::vector<std::exception_ptr> failures(places);
-  std::atomic<std::size_t> handed_over{0};
   const auto guard = [&](std::size_t place, const auto& step) {
-    const HandOver hand_over(handed_over);
     if (failures[place]) return true;
     try {
       return step(place);
@@ -250,6 +251,7 @@ void ParallelPipeline(std::size_t places, const std::function<bool(std::size_t p
   std::size_t next = 0;
   bool is_over = false;
   const auto begin = [&](tbb::flow_control& flow) {
+    const HandOver hand_over(pieces_handed_over);
     const std::size_t place = next;
     if (is_over || !guard(place, produce)) {
       flow.stop();
@@ -260,13 +262,16 @@ void ParallelPipeline(std::size_t places, const std::function<bool(std::size_t p
     return place;
   };
   const auto go_on = [&](std::size_t place) {
+    const HandOver hand_over(pieces_handed_over);
     guard(place, [&](std::size_t own) { return work(own), true; });
     return place;
   };
   const auto end = [&](std::size_t place) {
+    const HandOver hand_over(pieces_handed_over);
     guard(place, [&](std::size_t own) { return consume(own), true; });
     if (failures[place]) std::rethrow_exception(failures[place]);
   };
+  const HandOver hand_over(pieces_handed_over);  // at the end, also of a failure, to the caller
   const auto arena = GetArena(num_threads);
   arena->arena.execute([&] {
     tbb::this_task_arena::isolate([&] {
@@ -277,7 +282,6 @@ void ParallelPipeline(std::size_t places, const std::function<bool(std::size_t p
                                  tbb::make_filter<std::size_t, void>(Mode::serial_in_order, end));
     });
   });
-  handed_over.load(std::memory_order_acquire);
 }
 
 }  // namespace corvath::utils
