@@ -21,7 +21,9 @@
 #include <zelsolver/zelsolver.h>
 
 #include <cstddef>
+#include <cstdlib>
 #include <limits>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -58,6 +60,21 @@ class Span {
   T* data_;
   std::size_t size_;
 };
+
+/// Sets how many threads a call on many designs may use: 1 to 1024, or 0 for as many as the process
+/// may use processors. It stands in the environment as ZELSOLVER_NUM_THREADS, where the library looks
+/// at each call and child processes inherit it: call it while no other thread reads or changes the
+/// environment, so while no call of the library runs.
+/// @throws std::invalid_argument  more than 1024
+inline void SetNumThreads(unsigned int number) {
+  constexpr const char* kVariable = "ZELSOLVER_NUM_THREADS";
+  if (number > 1024)
+    throw std::invalid_argument(std::to_string(number) +
+                                ": the number of threads must be 0 to 1024");
+  const bool done = number == 0 ? unsetenv(kVariable) == 0
+                                : setenv(kVariable, std::to_string(number).c_str(), 1) == 0;
+  if (!done) throw std::bad_alloc();
+}
 
 /// Range of an input in the project's designs. An end that is no number is infinite.
 struct Bounds {

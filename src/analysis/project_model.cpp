@@ -7,7 +7,6 @@
 #include "metamodel/local_errors.h"
 #include "project/records/detailed_information.h"
 #include "solver/row_criteria.h"
-#include "solver/row_ranges.h"
 
 #include <boost/make_shared.hpp>
 
@@ -182,15 +181,8 @@ Eigen::MatrixXd ProjectModel::Criteria(const ConstPoints& x, const ConstPoints& 
   Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor> values(x.rows(),
                                                                                 num_criteria);
   if (values.size() == 0) return values;
-  const zel::RowRanges ranges(static_cast<std::size_t>(x.rows()));
-  ranges.Run(ranges.GetCount(), [&](std::size_t range) {
-    zel::RowCriteria rows(input_names_, output_names_, criteria_, log_);
-    const std::size_t begin = ranges.GetBegin(range);
-    for (std::size_t d = begin; d < begin + ranges.GetSize(range); ++d)
-      rows.Evaluate(x.data() + d, static_cast<std::size_t>(x.outerStride()), responses.data() + d,
-                    static_cast<std::size_t>(responses.outerStride()),
-                    values.data() + d * criteria_.size());
-  });
+  zel::EvaluateCriteriaAtRows(input_names_, output_names_, criteria_, x, responses, log_,
+                              values.data());
   return values;
 }
 

@@ -1,6 +1,7 @@
 #include "archive/annotation.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace corvath::archive {
 namespace {
@@ -25,12 +26,19 @@ std::uint16_t AnnotationChecksum(std::string_view name) {
   return static_cast<std::uint16_t>(crc);
 }
 
-void AnnotationNames::Note(std::uint16_t checksum, const char* name) {
-  const char*& recent = recent_[checksum % recent_.size()];
-  if (recent == name) return;
-  recent = name;
-  auto& names = names_[checksum];
-  if (std::find(names.begin(), names.end(), name) == names.end()) names.emplace_back(name);
+AnnotationNames::Name& AnnotationNames::Find(const char* name) {
+  const auto address = reinterpret_cast<std::uintptr_t>(name);
+  Name& recent = recent_[(address ^ (address >> 8)) % recent_.size()];
+  if (recent.address != name || std::strcmp(recent.text.c_str(), name) != 0)
+    recent = {name, name, AnnotationChecksum(name), false};
+  return recent;
+}
+
+void AnnotationNames::Note(Name& name) {
+  if (name.is_noted) return;
+  name.is_noted = true;
+  auto& names = names_[name.checksum];
+  if (std::find(names.begin(), names.end(), name.text) == names.end()) names.push_back(name.text);
 }
 
 std::string AnnotationNames::CouldBe(std::uint16_t checksum) const {

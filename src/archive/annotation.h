@@ -47,19 +47,29 @@ enum class AnnotationForm { kNone, kChecksum, kString };
 /// CRC-16/KERMIT of `name`: polynomial 0x1021 reflected, initial value 0, no final inversion.
 std::uint16_t AnnotationChecksum(std::string_view name);
 
-/// The names that were met under each checksum, for the message about a mismatch.
+/// The names of one archive: their checksums, and which were met under each, for the message about
+/// a mismatch.
 class AnnotationNames {
  public:
-  /// Each name once. `name` is a literal: it is told from others by its address first.
-  void Note(std::uint16_t checksum, const char* name);
+  /// A name with its checksum.
+  struct Name {
+    const char* address = nullptr;
+    std::string text;  ///< at that address when it was last asked for
+    std::uint16_t checksum = 0;
+    bool is_noted = false;
+  };
+
+  /// Remembers names by their address, which are nearly always the same literals: working a checksum
+  /// out anew costs more than reading the value. Valid until the next call.
+  Name& Find(const char* name);
+  /// `name` was met under its checksum.
+  void Note(Name& name);
   /// ` (could be: "a", "b")`, or nothing if no name was met under `checksum`.
   std::string CouldBe(std::uint16_t checksum) const;
 
  private:
   std::unordered_map<std::uint16_t, std::vector<std::string>> names_;
-  /// Last name pointer noted per slot: names are nearly always the same literals, and noting each
-  /// anew would cost more than reading the value.
-  std::array<const char*, 256> recent_{};
+  std::array<Name, 256> recent_;  ///< by a hash of the address
 };
 
 }  // namespace archive

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "archive/serialization.h"
+
 #include <boost/serialization/collection_size_type.hpp>
 #include <boost/serialization/collection_traits.hpp>
 #include <boost/serialization/collections_save_imp.hpp>
@@ -199,6 +201,13 @@ void serialize(Archive& ar, std::multimap<Key, T, Compare, Allocator>& map,
 }
 
 }  // namespace boost::serialization
+
+namespace corvath::archive {
+/// No pointer to one is ever stored, which alone would make them tracked.
+template <class T, class Allocator>
+struct IsPlainValue<std::vector<T, Allocator>>
+    : std::bool_constant<std::is_arithmetic_v<T> && !std::is_same_v<T, bool>> {};
+}  // namespace corvath::archive
 
 // Collections of plain numbers have no class record, as in Boost's own headers.
 BOOST_SERIALIZATION_COLLECTION_TRAITS(std::vector)

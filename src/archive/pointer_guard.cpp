@@ -33,7 +33,7 @@ PointerGuard::~PointerGuard() {
   for (; !orphans_.empty(); orphans_.pop_back()) orphans_.back().destroy(orphans_.back().object);
 }
 
-void PointerGuard::NoteClass(const TypeInfo& type) {
+void PointerGuard::AddClass(const TypeInfo& type) {
   if (ids_.emplace(&type, static_cast<int>(classes_.size())).second) classes_.push_back(&type);
 }
 

@@ -3,7 +3,9 @@
 #include <boost/archive/basic_archive.hpp>
 #include <boost/serialization/extended_type_info.hpp>
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <unordered_map>
 #include <vector>
@@ -32,7 +34,13 @@ class PointerGuard {
 
   /// A class that the archive's tables are about to hold: an object of it is loaded by value, or a
   /// pointer of this (not abstract) static type.
-  void NoteClass(const TypeInfo& type);
+  void NoteClass(const TypeInfo& type) {
+    const TypeInfo*& recent =
+        recent_[reinterpret_cast<std::uintptr_t>(&type) / 64 % recent_.size()];
+    if (recent == &type) return;
+    AddClass(type);
+    recent = &type;
+  }
 
   /// The next object id belongs to an object that is loaded by value.
   void BeginValue() { pointer_class_.reset(); }
@@ -79,10 +87,12 @@ class PointerGuard {
   };
   static constexpr int kByValue = -2;
 
+  void AddClass(const TypeInfo& type);
   bool CanHold(const TypeInfo& type) const;
 
   std::vector<const TypeInfo*> classes_;          ///< by class id
   std::unordered_map<const TypeInfo*, int> ids_;  ///< of classes_
+  std::array<const TypeInfo*, 64> recent_{};      ///< some of classes_, by a hash of the address
   std::vector<Object> objects_;                   ///< by object id
   std::vector<Orphan> orphans_;
   std::optional<int> pointer_class_;  ///< class id read, object id not yet

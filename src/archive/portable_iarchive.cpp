@@ -7,6 +7,7 @@
 #include <boost/archive/impl/basic_binary_iprimitive.ipp>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <limits>
 
@@ -78,6 +79,11 @@ void portable_binary_iarchive::ReadHeader() {
                                                    : archive::AnnotationForm::kString;
   }
   unsigned_class_ids_ = version < kFirstWithSignedClassIds;
+}
+
+std::size_t portable_binary_iarchive::TakePlainIndex() {
+  static std::atomic<std::size_t> next{0};
+  return next++;
 }
 
 std::size_t portable_binary_iarchive::Remaining() {
@@ -188,24 +194,27 @@ void portable_binary_iarchive::load_override(boost::archive::object_id_type& id)
 void portable_binary_iarchive::load_override(boost::archive::tracking_type& tracking) {
   bool value = false;
   load(value);
+  if (opening_ != nullptr) opening_->is_tracked = value;
   tracking = boost::archive::tracking_type(value);
 }
 
 void portable_binary_iarchive::load_override(boost::archive::version_type& version) {
   std::uint32_t number = 0;
   load(number);
+  if (opening_ != nullptr) opening_->version = number;
+  opening_ = nullptr;  // what follows belongs to its parts
   version = boost::archive::version_type(number);
 }
 
 void portable_binary_iarchive::ReadAnnotation(const char* name) {
   if (form_ == archive::AnnotationForm::kNone || suspended_ != 0 || name == nullptr) return;
   if (form_ == archive::AnnotationForm::kChecksum) {
-    const std::uint16_t expected = archive::AnnotationChecksum(name);
+    archive::AnnotationNames::Name& expected = names_.Find(name);
     const std::uint16_t got = ReadWord();
-    if (got == expected)
-      names_.Note(expected, name);
+    if (got == expected.checksum)
+      names_.Note(expected);
     else if (!silent_on_mismatch_)
-      OnMismatch("expected " + std::to_string(expected) + "(\"" + name + "\"), got " +
+      OnMismatch("expected " + std::to_string(expected.checksum) + "(\"" + name + "\"), got " +
                  std::to_string(got) + names_.CouldBe(got));
   } else {
     std::string got;

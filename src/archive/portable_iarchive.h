@@ -4,6 +4,7 @@
 #include "archive/archive_flags.h"
 #include "archive/integer_code.h"
 #include "archive/pointer_guard.h"
+#include "archive/serialization.h"
 
 #include <boost/archive/basic_binary_iprimitive.hpp>
 #include <boost/archive/detail/common_iarchive.hpp>
@@ -18,6 +19,7 @@
 #include <istream>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 namespace corvath {
 
@@ -115,9 +117,42 @@ class portable_binary_iarchive
       if constexpr (HasClassRecord<Plain>())
         guard_.NoteClass(TypeInfoOf<Plain>::get_const_instance());
       guard_.BeginValue();
-      Base::load_override(t);
+      if constexpr (archive::IsPlainValue<Plain>::value)
+        LoadPlainValue(t);
+      else
+        Base::load_override(t);
     }
   }
+
+  /// What the archive tells in front of the first object of a class.
+  struct PlainClass {
+    bool is_known = false;
+    bool is_tracked = false;
+    unsigned int version = 0;
+  };
+
+  /// The first object goes through Boost, which may need the class's place in its tables.
+  template <class T>
+  void LoadPlainValue(T& t) {
+    static const std::size_t index = TakePlainIndex();
+    if (index >= plain_classes_.size()) plain_classes_.resize(index + 1);
+    if (const PlainClass& known = plain_classes_[index]; known.is_known)
+      return boost::serialization::serialize_adl(*this, t, known.version);
+    PlainClass first;
+    first.is_tracked = true;  // unless told otherwise
+    constexpr bool has_version = boost::serialization::implementation_level<T>::value >=
+                                 boost::serialization::object_class_info;
+    if constexpr (has_version)
+      opening_ = &first;
+    else
+      first.is_tracked = false;
+    Base::load_override(t);
+    opening_ = nullptr;
+    first.is_known = !first.is_tracked;
+    plain_classes_[index] = first;
+  }
+  static std::size_t TakePlainIndex();
+
   template <class T>
   void load_override(const boost::serialization::nvp<T>& t) {
     ReadAnnotation(t.name());
@@ -154,6 +189,8 @@ class portable_binary_iarchive
   bool silent_on_mismatch_;
   bool unsigned_class_ids_ = false;  ///< format versions 0 to 2
   archive::AnnotationNames names_;
+  std::vector<PlainClass> plain_classes_;  ///< by a number that each class has in this process
+  PlainClass* opening_ = nullptr;          ///< whose first object is about to be loaded
 };
 
 /// Constructs the object behind a pointer, and makes sure that it does not leak if its loading

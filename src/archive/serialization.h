@@ -17,6 +17,8 @@
 #include <boost/serialization/tracking.hpp>
 #include <boost/serialization/version.hpp>
 
+#include <type_traits>
+
 /// Class version that a writer stores; without it 0.
 #define ZEL_CLASS_VERSION(T, N) BOOST_CLASS_VERSION(T, N)
 
@@ -25,6 +27,19 @@
 
 /// No object of T carries an object id, although T has an export key.
 #define ZEL_TRACK_NEVER(T) BOOST_CLASS_TRACKING(T, boost::serialization::track_never)
+
+namespace corvath::archive {
+template <class T>
+struct IsPlainValue : std::false_type {};
+}  // namespace corvath::archive
+
+/// T is a value: neither its objects nor their parts are ever tracked. All but the first of an
+/// archive are loaded without Boost's look-up of their class.
+#define ZEL_PLAIN_VALUE(T)                    \
+  namespace corvath::archive {                \
+  template <>                                 \
+  struct IsPlainValue<T> : std::true_type {}; \
+  }
 
 /// The name under which T is stored through pointers to its bases; part of the file format. Stands
 /// in the header, so that every file sees the same definition.

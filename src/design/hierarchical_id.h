@@ -121,5 +121,6 @@ using DesignId = utils::CHierachicalId<std::uint64_t>;
 
 // Exported, which alone would make it tracked; the stored form carries no object ids.
 ZEL_TRACK_NEVER(corvath::utils::CHierachicalId<std::uint64_t>)
+ZEL_PLAIN_VALUE(corvath::utils::CHierachicalId<std::uint64_t>)
 ZEL_EXPORT_KEY(corvath::utils::CHierachicalId<std::uint64_t>,
                "corvath::utils::CHierachicalId<corvath::uint64_type>")

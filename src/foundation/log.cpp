@@ -4,6 +4,7 @@
 #include "foundation/text.h"
 
 #include <boost/make_shared.hpp>
+#include <pthread.h>
 
 #include <ostream>
 #include <streambuf>
@@ -96,12 +97,38 @@ BasicStreamLog::BasicStreamLog() : templates::BasicStreamLog<wchar_t>(GetOut(), 
 
 namespace {
 
-const boost::shared_ptr<LogBase> shared_log = boost::make_shared<BasicStreamLog>();
+/// Null before loading and after unloading.
+BasicStreamLog* forking_log = nullptr;
+
+class SharedLog {
+ public:
+  SharedLog() : log_(boost::make_shared<BasicStreamLog>()) {
+    forking_log = log_.get();
+    const auto after = [] {
+      if (forking_log != nullptr) forking_log->AfterFork();
+    };
+    pthread_atfork(
+        [] {
+          if (forking_log != nullptr) forking_log->BeforeFork();
+        },
+        after, after);
+  }
+  SharedLog(const SharedLog&) = delete;
+  SharedLog& operator=(const SharedLog&) = delete;
+  ~SharedLog() { forking_log = nullptr; }
+
+  const boost::shared_ptr<BasicStreamLog>& Get() const { return log_; }
+
+ private:
+  boost::shared_ptr<BasicStreamLog> log_;
+};
+
+const SharedLog shared_log;
 
 }  // namespace
 
 boost::shared_ptr<LogBase> GetSharedStreamLog() {
-  return shared_log;
+  return shared_log.Get();
 }
 
 }  // namespace corvath::utils::log

@@ -71,6 +71,10 @@ class BasicStreamLog : public LogBase<Char> {
       : out_(out), err_(err) {}
   void Write(std::uint32_t level, std::basic_string<Char> text) override;
 
+  /// Around a fork of the process, so that the child can write: no line is half written.
+  void BeforeFork() { mutex_.lock(); }
+  void AfterFork() { mutex_.unlock(); }
+
  private:
   std::mutex mutex_;
   std::basic_ostream<Char>& out_;

@@ -7,6 +7,7 @@
 #include <tbb/global_control.h>
 #include <tbb/info.h>
 #include <tbb/parallel_for.h>
+#include <tbb/parallel_pipeline.h>
 #include <tbb/task_arena.h>
 #include <tbb/task_scheduler_observer.h>
 #include <tbb/version.h>
@@ -19,8 +20,8 @@
 #include <exception>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <thread>
+#include <vector>
 
 namespace corvath::utils {
 namespace {
@@ -47,17 +48,25 @@ class SignalBlocker : public tbb::task_scheduler_observer {
   }
 };
 
+using Limit = tbb::global_control;
+
+/// oneTBB has no more threads than processors unless told so before an arena asks for them; then it
+/// complains on standard error.
+std::unique_ptr<Limit> AllowThreads(std::size_t count) {
+  if (static_cast<int>(count) <= tbb::info::default_concurrency()) return nullptr;
+  return std::make_unique<Limit>(Limit::max_allowed_parallelism, count);
+}
+
 struct Arena {
   explicit Arena(std::size_t count)
-      : num_threads(count), arena(static_cast<int>(count)), blocker(arena) {
-    // Without it oneTBB has no more threads than processors, and complains on stderr.
-    if (static_cast<int>(count) > tbb::info::default_concurrency())
-      limit.emplace(tbb::global_control::max_allowed_parallelism, count);
-  }
+      : num_threads(count),
+        limit(AllowThreads(count)),
+        arena(static_cast<int>(count)),
+        blocker(arena) {}
   std::size_t num_threads;
-  std::optional<tbb::global_control> limit;
+  std::unique_ptr<Limit> limit;
   tbb::task_arena arena;
-  SignalBlocker blocker;
+  SignalBlocker blocker;  ///< brings the arena into being
 };
 
 std::atomic<std::size_t> requested_threads{0};
@@ -134,7 +143,9 @@ class FirstFailure {
   std::exception_ptr error_;
 };
 
-/// Takes over what the caller wrote, and hands over what a range wrote.
+/// Takes over what the caller wrote, and hands over what a range wrote. oneTBB orders what happens
+/// before, in and after ranges; this tells it to the thread sanitizer, which does not see into
+/// Debian's build.
 class HandOver {
  public:
   explicit HandOver(std::atomic<std::size_t>& count) : count_(count) {
@@ -148,6 +159,9 @@ class HandOver {
   std::atomic<std::size_t>& count_;
 };
 
+/// Of all pipelines: no task needs more than its address to take over.
+std::atomic<std::size_t> pieces_handed_over{0};
+
 /// Calls `body(first, last)` over ranges of blocks, if `one_by_one` block for block.
 template <class Body>
 void RunBlocks(std::size_t n_blocks, bool one_by_one, const Body& body) {
@@ -155,8 +169,6 @@ void RunBlocks(std::size_t n_blocks, bool one_by_one, const Body& body) {
   if (num_threads == 1) return body(0, n_blocks);
 
   FirstFailure failure;
-  // oneTBB orders what happens before, in and after ranges; this tells it to the thread sanitizer,
-  // which does not see into Debian's build.
   std::atomic<std::size_t> handed_over{0};
   handed_over.store(1, std::memory_order_release);
   const auto run = [&](const tbb::blocked_range<std::size_t>& blocks) {
@@ -210,6 +222,65 @@ void ParallelTasks(std::size_t count, const std::function<void(std::size_t i)>& 
   if (count == 0) return;
   RunBlocks(count, /*one_by_one=*/true, [&](std::size_t first, std::size_t last) {
     for (std::size_t i = first; i < last; ++i) body(i);
+  });
+}
+
+void ParallelPipeline(std::size_t places, const std::function<bool(std::size_t place)>& produce,
+                      const std::function<void(std::size_t place)>& work,
+                      const std::function<void(std::size_t place)>& consume) {
+  const std::size_t num_threads = places > 1 ? GetNumThreads() : 1;
+  if (num_threads == 1) {
+    while (produce(0)) {
+      work(0);
+      consume(0);
+    }
+    return;
+  }
+  // A failure travels with its piece, so that the pieces before it are consumed first.
+  std::vector<std::exception_ptr> failures(places);
+  const auto guard = [&](std::size_t place, const auto& step) {
+    if (failures[place]) return true;
+    try {
+      return step(place);
+    } catch (...) {
+      failures[place] = std::current_exception();
+      return true;
+    }
+  };
+  // At most `places` pieces are under way, consecutive ones: those that share a place never meet.
+  std::size_t next = 0;
+  bool is_over = false;
+  const auto begin = [&](tbb::flow_control& flow) {
+    const HandOver hand_over(pieces_handed_over);
+    const std::size_t place = next;
+    if (is_over || !guard(place, produce)) {
+      flow.stop();
+      return place;
+    }
+    is_over = failures[place] != nullptr;
+    next = (next + 1) % places;
+    return place;
+  };
+  const auto go_on = [&](std::size_t place) {
+    const HandOver hand_over(pieces_handed_over);
+    guard(place, [&](std::size_t own) { return work(own), true; });
+    return place;
+  };
+  const auto end = [&](std::size_t place) {
+    const HandOver hand_over(pieces_handed_over);
+    guard(place, [&](std::size_t own) { return consume(own), true; });
+    if (failures[place]) std::rethrow_exception(failures[place]);
+  };
+  const HandOver hand_over(pieces_handed_over);  // at the end, also of a failure, to the caller
+  const auto arena = GetArena(num_threads);
+  arena->arena.execute([&] {
+    tbb::this_task_arena::isolate([&] {
+      using Mode = tbb::filter_mode;
+      tbb::parallel_pipeline(places,
+                             tbb::make_filter<void, std::size_t>(Mode::serial_in_order, begin) &
+                                 tbb::make_filter<std::size_t, std::size_t>(Mode::parallel, go_on) &
+                                 tbb::make_filter<std::size_t, void>(Mode::serial_in_order, end));
+    });
   });
 }
 

@@ -31,4 +31,15 @@ void ParallelFor(std::size_t count, std::size_t grain,
 /// Calls `body(i)` for each i below `count`, one task each; otherwise as ParallelFor().
 void ParallelTasks(std::size_t count, const std::function<void(std::size_t i)>& body);
 
+/// Pieces of work that pass through places of the caller's, which bound their number:
+/// `produce(place)` begins a piece, or returns false at the end; `work(place)` goes on with it, for
+/// several pieces side by side; `consume(place)` ends it. `produce` and `consume` take the pieces in
+/// one order, one at a time. All may run on any thread; with one thread, or one place, they run on
+/// the caller's in turn.
+/// @throws what one of the functions throws for the first piece that fails, once the pieces before
+///         it were consumed; those behind it are not consumed
+void ParallelPipeline(std::size_t places, const std::function<bool(std::size_t place)>& produce,
+                      const std::function<void(std::size_t place)>& work,
+                      const std::function<void(std::size_t place)>& consume);
+
 }  // namespace corvath::utils

@@ -8,14 +8,13 @@ namespace corvath::zel {
 void ZELSolver::EvaluateCriteria(const ConstPoints& matrix, const double* responses,
                                  const std::vector<bool>& predicted, double* criteria) {
   const auto& outputs = GetOutputs();
-  const auto n = static_cast<std::size_t>(matrix.rows());
   std::vector<std::wstring> names(outputs.size());
   for (std::size_t k = 0; k < outputs.size(); ++k)
     if (predicted[k]) names[k] = outputs[k].name;
-  RowCriteria rows(GetInputNames(), names, GetCriteriaTemplates(), GetLogger());
-  const auto stride = static_cast<std::size_t>(matrix.outerStride());
-  for (std::size_t d = 0; d < n; ++d)
-    rows.Evaluate(matrix.data() + d, stride, responses + d, n, criteria + d * rows.GetCount());
+  const Eigen::Map<const Eigen::MatrixXd> values(responses, matrix.rows(),
+                                                 static_cast<Eigen::Index>(outputs.size()));
+  EvaluateCriteriaAtRows(GetInputNames(), names, GetCriteriaTemplates(), matrix, values,
+                         GetLogger(), criteria);
 }
 
 /// Gives the designs the project's criteria with their values at the responses that they have.

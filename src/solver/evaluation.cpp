@@ -39,18 +39,19 @@ Eigen::MatrixXd Errors(const ZELSolver::VRDB&, const std::wstring&,
 
 }  // namespace
 
-std::vector<double> ZELSolver::EvaluateResponse(const std::wstring& response,
-                                                const Evaluator& evaluator,
-                                                const ConstPoints& matrix, ExtrapolationType type,
-                                                bool throw_on_error) {
-  if (CheckBounds(matrix, type, throw_on_error)) return {};
+/// The values of one response, within no bounds.
+/// @param problems  receives what the log is to be told
+std::vector<double> ZELSolver::EvaluateModel(const std::wstring& response,
+                                             const Evaluator& evaluator, const ConstPoints& matrix,
+                                             bool throw_on_error,
+                                             std::vector<std::wstring>& problems) {
   try {
     const Model& model = GetModel(response);
     if (!model.surrogate) {
-      LogLine(GetLogger(), kError) << L"Evaluation impossible. No metamodel initialized.";
+      problems.push_back(L"Evaluation impossible. No metamodel initialized.");
       return {};
     }
-    if (!model.is_solvable) LogLine(GetLogger(), kError) << L"Evaluation impossible. Check failed.";
+    if (!model.is_solvable) problems.push_back(L"Evaluation impossible. Check failed.");
     const RowRanges ranges(static_cast<std::size_t>(matrix.rows()));
     std::vector<std::vector<double>> parts(ranges.GetCount());
     ranges.Run(parts.size(), [&](std::size_t range) {
@@ -62,10 +63,21 @@ std::vector<double> ZELSolver::EvaluateResponse(const std::wstring& response,
     return Join(std::move(parts));
   } catch (const std::exception& error) {
     if (throw_on_error) throw;
-    LogLine(GetLogger(), kError) << L"Evaluation of response \"" << response << L"\" failed: "
-                                 << utils::MessageOf(error);
+    problems.push_back(L"Evaluation of response \"" + response + L"\" failed: " +
+                       utils::MessageOf(error));
     return {};
   }
+}
+
+std::vector<double> ZELSolver::EvaluateResponse(const std::wstring& response,
+                                                const Evaluator& evaluator,
+                                                const ConstPoints& matrix, ExtrapolationType type,
+                                                bool throw_on_error) {
+  if (CheckBounds(matrix, type, throw_on_error)) return {};
+  std::vector<std::wstring> problems;
+  std::vector<double> values = EvaluateModel(response, evaluator, matrix, throw_on_error, problems);
+  for (const std::wstring& problem : problems) LogLine(GetLogger(), kError) << problem;
+  return values;
 }
 
 std::vector<double> ZELSolver::EvaluateAllResponses(const Evaluator& evaluator,
@@ -73,22 +85,34 @@ std::vector<double> ZELSolver::EvaluateAllResponses(const Evaluator& evaluator,
                                                     ExtrapolationType type, bool throw_on_error) {
   if (CheckBounds(matrix, type, throw_on_error)) return {};
   const auto& outputs = GetOutputs();
+  std::vector<std::vector<std::wstring>> problems(outputs.size());
+  const auto evaluate = [&](std::size_t k) {
+    return outputs[k].is_complete
+               ? EvaluateModel(outputs[k].name, evaluator, matrix, throw_on_error, problems[k])
+               : std::vector<double>();
+  };
+  // The first that has values tells how many; the others go side by side to their places.
   std::vector<double> result;
-  std::size_t block = 0;  // values of one response, known from the first that has some
-  for (std::size_t k = 0; k < outputs.size(); ++k) {
-    if (!outputs[k].is_complete) continue;
-    const auto values = EvaluateResponse(outputs[k].name, evaluator, matrix,
-                                         ExtrapolationType::kUnbounded, throw_on_error);
+  std::size_t first = 0;
+  for (; first < outputs.size() && result.empty(); ++first) {
+    const std::vector<double> values = evaluate(first);
     if (values.empty()) continue;
-    if (result.empty()) {
-      block = values.size();
-      result.assign(outputs.size() * block, std::numeric_limits<double>::quiet_NaN());
-    }
-    if (values.size() != block)
-      throw std::logic_error("EvaluateAllResponses: responses with different numbers of values.");
+    result.assign(outputs.size() * values.size(), std::numeric_limits<double>::quiet_NaN());
     std::copy(values.begin(), values.end(),
-              result.begin() + static_cast<std::ptrdiff_t>(k * block));
+              result.begin() + static_cast<std::ptrdiff_t>(first * values.size()));
   }
+  const std::size_t block = result.size() / std::max<std::size_t>(outputs.size(), 1);
+  RowRanges(static_cast<std::size_t>(matrix.rows()))
+      .Run(outputs.size() - first, [&](std::size_t i) {
+        const std::vector<double> values = evaluate(first + i);
+        if (!values.empty() && values.size() != block)
+          throw std::logic_error(
+              "EvaluateAllResponses: responses with different numbers of values.");
+        std::copy(values.begin(), values.end(),
+                  result.begin() + static_cast<std::ptrdiff_t>((first + i) * block));
+      });
+  for (const auto& of_output : problems)
+    for (const std::wstring& problem : of_output) LogLine(GetLogger(), kError) << problem;
   return result;
 }
 

@@ -3,8 +3,11 @@
 #include "design/designs/indexed_responses.h"
 #include "design/indexed_name.h"
 #include "foundation/log_line.h"
+#include "foundation/parallel.h"
 
+#include <algorithm>
 #include <limits>
+#include <set>
 #include <utility>
 
 namespace corvath::zel {
@@ -37,9 +40,8 @@ double ValueOf(const Criterion& criterion) {
 
 RowCriteria::RowCriteria(const std::vector<std::wstring>& inputs,
                          const std::vector<std::wstring>& outputs,
-                         const algorithm::datatypes::CriterionSequence& criteria,
-                         boost::shared_ptr<utils::LogBase> log)
-    : log_(std::move(log)), evaluation_(Options()) {
+                         const algorithm::datatypes::CriterionSequence& criteria)
+    : evaluation_(Options()) {
   EntrySequence parameters;
   for (const std::wstring& input : inputs) parameters.Append(input, CDesignEntry());
   design_ = Design(std::move(parameters), {});
@@ -93,16 +95,50 @@ void RowCriteria::Evaluate(const double* inputs, std::size_t input_stride, const
   SetResponses(outputs, output_stride);
   for (auto& criterion : design_.GetCriteria()) criterion.second.Invalidate();
   evaluation_.Calculate(design_);
-  if (!design_.GetStatus().IsEmpty()) TellProblems();
+  if (!design_.GetStatus().IsEmpty()) NoteProblems();
   for (const auto& criterion : design_.GetCriteria()) *criteria++ = ValueOf(criterion.second);
 }
 
-void RowCriteria::TellProblems() {
-  for (const RunInfoMeta& problem : design_.GetStatus().GetMessages())
-    if (known_problems_.insert(problem.GetResponseName()).second)
-      for (const std::wstring& message : problem.GetMessage())
-        utils::log::LogLine(log_, utils::log::kError) << L"Error calculating criteria: " << message;
+void RowCriteria::NoteProblems() {
+  for (const RunInfoMeta& problem : design_.GetStatus().GetMessages()) {
+    const std::wstring& name = problem.GetResponseName();
+    const auto has_name = [&](const Problem& known) { return known.name == name; };
+    if (std::none_of(problems_.begin(), problems_.end(), has_name))
+      problems_.push_back({name, {problem.GetMessage().begin(), problem.GetMessage().end()}});
+  }
   design_.GetStatus().Clear();
+}
+
+void EvaluateCriteriaAtRows(const std::vector<std::wstring>& inputs,
+                            const std::vector<std::wstring>& outputs,
+                            const algorithm::datatypes::CriterionSequence& criteria,
+                            const math::metamodel::ConstPoints& x,
+                            const math::metamodel::ConstPoints& responses,
+                            const boost::shared_ptr<utils::LogBase>& log, double* values) {
+  // No row depends on another, so the ranges may follow the number of threads. A range costs as much
+  // as some 150 rows, for its calculator and the parsing of the texts.
+  constexpr std::size_t kLeastRows = 2048;
+  const auto n = static_cast<std::size_t>(x.rows());
+  const std::size_t threads = utils::GetNumThreads();
+  const std::size_t count =
+      threads == 1 ? 1 : std::clamp<std::size_t>(n / kLeastRows, 1, 2 * threads);
+  std::vector<std::vector<RowCriteria::Problem>> problems(count);
+  utils::ParallelTasks(count, [&](std::size_t range) {
+    RowCriteria rows(inputs, outputs, criteria);
+    const std::size_t end = (range + 1) * n / count;
+    for (std::size_t d = range * n / count; d < end; ++d)
+      rows.Evaluate(x.data() + d, static_cast<std::size_t>(x.outerStride()), responses.data() + d,
+                    static_cast<std::size_t>(responses.outerStride()),
+                    values + d * rows.GetCount());
+    problems[range] = rows.GetProblems();
+  });
+  std::set<std::wstring> told;
+  for (const auto& of_range : problems)
+    for (const RowCriteria::Problem& problem : of_range)
+      if (told.insert(problem.name).second)
+        for (const std::wstring& message : problem.messages)
+          utils::log::LogLine(log, utils::log::kError)
+              << L"Error calculating criteria: " << message;
 }
 
 }  // namespace corvath::zel

@@ -163,8 +163,7 @@ class ZELSolver {
                                        const ConstPoints& matrix, ExtrapolationType type,
                                        bool throw_on_error);
 
-  /// EvaluateResponse of all outputs, one after the other in the order of their names: R * n * r
-  /// values. NaN for an output whose response has not a model for each of its elements, or that the
+  /// EvaluateResponse of all outputs, in the order of their names: R * n * r values. NaN for an output whose response has not a model for each of its elements, or that the
   /// project's own list of responses leaves out. Empty when that holds for all.
   std::vector<double> EvaluateAllResponses(const Evaluator& evaluator, const ConstPoints& matrix,
                                            ExtrapolationType type, bool throw_on_error);
@@ -233,6 +232,9 @@ class ZELSolver {
 
   std::wstring FindViolation(const ConstPoints& matrix, ExtrapolationType type);
 
+  std::vector<double> EvaluateModel(const std::wstring& response, const Evaluator& evaluator,
+                                    const ConstPoints& matrix, bool throw_on_error,
+                                    std::vector<std::wstring>& problems);
   std::wstring ApproximateOutput(const Output& output, const ConstPoints& matrix, double* values);
   std::vector<bool> ApproximateOutputs(const ConstPoints& matrix, std::size_t n, double* responses);
   algorithm::datatypes::EntrySequence GetResponses(std::size_t design, std::size_t n,

@@ -47,6 +47,35 @@ class Table(ProgramTest):
         self.assertEqual(self.solve(tiny, "--extrapolate").stdout,
                          self.solve(zero, "--extrapolate").stdout)
 
+    def test_long_tables_are_the_same_however_they_are_read(self):
+        """Plain lines are read apart from those in which bytes have a meaning."""
+        text = table(designs(10000)).decode()
+        header, *lines = text.splitlines()
+        expected = self.solve(text).stdout
+        self.assertEqual(expected.count(b"\n"), 10001)
+        quoted = ['"' + line.replace(",", '","') + '"' for line in lines]
+        comment = "# " + "a comment, with \" and 'and more\n"
+        mixed = "".join((quoted if i // 2500 % 2 else lines)[i] + "\n" + "\r\n" * (i % 700 == 3)
+                        + comment * (i % 2999 == 5) for i in range(len(lines)))
+        for name, variant in {"CR LF": text.replace("\n", "\r\n"), "no end": text.rstrip("\n"),
+                              "quoted": "\n".join([header] + quoted),
+                              "mixed": header + "\n" + mixed,
+                              "semicolons": text.replace(",", ";"),
+                              "decimal commas": text.replace(",", ";").replace(".", ",")}.items():
+            for threads in "1", "4":
+                with self.subTest(name, threads=threads):
+                    result = zel("solve", SAMPLE, "--in", "-", stdin=variant.encode(),
+                                 env={"ZELSOLVER_NUM_THREADS": threads})
+                    self.assertEqual(result.stdout, expected, result.stderr)
+        cells = lines[7000].split(",")
+        lines[7000] = ",".join(cells[:9] + ["no"])
+        lines[9000] = ",".join(cells[:9] + ["1e9"])
+        lines[9001] = "1"
+        for threads in "1", "4":
+            result = zel("solve", SAMPLE, "--in", "-", stdin="\n".join([header] + lines).encode(),
+                         env={"ZELSOLVER_NUM_THREADS": threads})
+            self.refused(result, 'standard input: row 7002, column "area_10"')
+
     def test_rows_are_counted_as_a_spreadsheet_does(self):
         header = ",".join(INPUTS)
         line = ",".join(["12"] * 10)

@@ -7,6 +7,8 @@
 
 #include <array>
 #include <cmath>
+#include <cstdlib>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -52,6 +54,14 @@ TEST_F(CppHeader, TellsAndPredictsWhatTheProjectHolds) {
   EXPECT_TRUE(project.Solve(std::vector<double>()).empty());
   static_assert(!std::is_constructible<zelsolver::Span<double>, const std::vector<double>&>::value,
                 "results cannot go into constant memory");
+}
+
+TEST_F(CppHeader, SetsTheNumberOfThreads) {
+  zelsolver::SetNumThreads(3);
+  EXPECT_STREQ(std::getenv("ZELSOLVER_NUM_THREADS"), "3");
+  EXPECT_THROW(zelsolver::SetNumThreads(1025), std::invalid_argument);
+  zelsolver::SetNumThreads(0);
+  EXPECT_EQ(std::getenv("ZELSOLVER_NUM_THREADS"), nullptr);
 }
 
 TEST_F(CppHeader, FailsWithTheLibrarysTextAndStatus) {

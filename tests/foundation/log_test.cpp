@@ -4,8 +4,12 @@
 
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <sstream>
+#include <thread>
 
 namespace corvath::utils::log {
 namespace {
@@ -50,4 +54,27 @@ TEST(LogLine, SendsWhatWasStreamedOnce) {
 }
 
 }  // namespace
+TEST(SharedStreamLog, AChildWritesOnAfterAForkDuringALine) {
+  testing::internal::CaptureStdout();
+  std::atomic<bool> is_over{false};
+  std::thread writer([&] {
+    while (!is_over) GetSharedStreamLog()->Write(kInfo, L"line");
+  });
+  int failed = 0;
+  for (int repetition = 0; repetition < 20; ++repetition) {
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(20);  // a deadlock ends by a signal
+      GetSharedStreamLog()->Write(kInfo, L"child");
+      _exit(0);
+    }
+    int status = -1;
+    failed += waitpid(child, &status, 0) != child || status != 0;
+  }
+  is_over = true;
+  writer.join();
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(failed, 0);
+}
+
 }  // namespace corvath::utils::log

@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <numeric>
@@ -51,6 +52,44 @@ TEST_P(Parallel, TheLowestFailureIsTheOneThatIsTold) {
     } catch (const std::out_of_range& error) {
       ASSERT_STREQ(error.what(), "50");
     }
+  }
+}
+
+TEST_P(Parallel, APipelineKeepsTheOrderInBoundedPlacesAndTellsTheFirstFailure) {
+  constexpr std::size_t kPlaces = 3;
+  for (const std::size_t failing : {0, 57, 1000}) {  // of 200: the last fails nowhere
+    std::vector<std::size_t> pieces(kPlaces);
+    std::vector<std::size_t> consumed;
+    std::size_t produced = 0;
+    std::atomic<int> under_way{0};
+    std::atomic<bool> is_bounded{true};
+    std::string told;
+    try {
+      ParallelPipeline(
+          kPlaces,
+          [&](std::size_t place) {
+            if (produced == 200) return false;
+            pieces[place] = produced++;
+            if (++under_way > static_cast<int>(kPlaces)) is_bounded = false;
+            return true;
+          },
+          [&](std::size_t place) {
+            if (pieces[place] % 3 == 0) std::this_thread::yield();
+            ParallelFor(10, 1, [](std::size_t, std::size_t) {});
+            if (pieces[place] >= failing) throw std::out_of_range(std::to_string(pieces[place]));
+          },
+          [&](std::size_t place) {
+            consumed.push_back(pieces[place]);
+            --under_way;
+          });
+    } catch (const std::out_of_range& error) {
+      told = error.what();
+    }
+    EXPECT_EQ(told, failing < 200 ? std::to_string(failing) : "");
+    EXPECT_TRUE(is_bounded);
+    std::vector<std::size_t> expected(std::min<std::size_t>(failing, 200));
+    std::iota(expected.begin(), expected.end(), 0);
+    EXPECT_EQ(consumed, expected);
   }
 }
 

@@ -15,7 +15,6 @@
 #include "training/train_study.h"
 
 #include <boost/core/null_deleter.hpp>
-#include <boost/make_shared.hpp>
 
 #include <algorithm>
 #include <cmath>

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <deque>
 #include <new>
 
 namespace corvath::study {
@@ -22,7 +24,11 @@ constexpr std::size_t kBlock = std::size_t{1} << 16;
 class Solver {
  public:
   Solver(const Project& project, const ArraySolveRequest& request, std::size_t n)
-      : project_(project), request_(request), n_(n), ranges_(project, request.extrapolate) {
+      : project_(project),
+        request_(request),
+        n_(n),
+        ranges_(project, request.extrapolate),
+        outside_(project.GetInputs().size()) {
     responses_ = &result_.Add("responses", n, request.responses.size());
     if (request.criteria) criteria_ = &result_.Add("criteria", n, project.GetCriteria().size());
     const auto add = [&](const std::vector<std::string>& outputs, Extra::Kind kind,
@@ -58,11 +64,12 @@ class Solver {
 
  private:
   void SolveBlock(const Eigen::MatrixXd& designs, std::size_t first) {
-    ranges_.Count(designs, [&](std::size_t design, std::size_t input, const std::string& what) {
-      throw Refusal("design " + std::to_string(first + design) + ", input " +
-                    Quoted(project_.GetInputs()[input]) + ": " + what +
-                    "; extrapolate predicts there too");
-    });
+    ranges_.Count(designs, outside_,
+                  [&](std::size_t design, std::size_t input, const std::string& what) {
+                    throw Refusal("design " + std::to_string(first + design) + ", input " +
+                                  Quoted(project_.GetInputs()[input]) + ": " + what +
+                                  "; extrapolate predicts there too");
+                  });
     const auto count = static_cast<std::size_t>(designs.rows());
     const std::size_t num_outputs = project_.GetOutputs().size();
     if (criteria_ != nullptr || 2 * columns_.size() > num_outputs) {
@@ -117,10 +124,10 @@ class Solver {
         texts(request_.criteria ? project_.GetCriteria() : std::vector<std::string>());
     document["outside"] = Json::Value(Json::arrayValue);
     for (std::size_t i = 0; i < project_.GetInputs().size(); ++i) {
-      if (ranges_.GetNumOutside()[i] == 0) continue;
+      if (outside_[i] == 0) continue;
       Json::Value json;
       json["input"] = project_.GetInputs()[i];
-      json["designs"] = static_cast<Json::UInt64>(ranges_.GetNumOutside()[i]);
+      json["designs"] = static_cast<Json::UInt64>(outside_[i]);
       document["outside"].append(json);
     }
     for (std::string& line : project_.TakeLog()) notes_.push_back(std::move(line));
@@ -135,7 +142,8 @@ class Solver {
   Result result_;
   NamedArray* responses_ = nullptr;
   NamedArray* criteria_ = nullptr;
-  std::vector<Extra> extras_;
+  std::vector<std::uint64_t> outside_;  ///< designs, by input
+  std::deque<Extra> extras_;
   std::vector<NamedArray*> extra_arrays_;
   std::vector<std::size_t> columns_;  ///< of the wanted responses among the outputs
   std::vector<bool> is_refused_;      ///< responses that a model cannot predict

@@ -1,87 +1,49 @@
 #include "study/solve/csv_solver.h"
 
+#include "foundation/parallel.h"
 #include "study/refusal.h"
 #include "study/solve/design_block.h"
+#include "study/solve/design_rows.h"
 #include "study/table/csv_cell.h"
-#include "study/table/csv_header.h"
 #include "study/table/csv_reader.h"
 #include "study/table/csv_writer.h"
 #include "study/table/name_hint.h"
-#include "study/table/table_columns.h"
 
 #include <algorithm>
-#include <optional>
+#include <deque>
 
 namespace corvath::study {
 namespace {
 
-using Index = Eigen::Index;
-
-/// Designs of one call: enough to make its cost vanish, few enough to keep a block of any project
-/// in a few megabytes.
-constexpr std::size_t kBlock = 4096;
+/// Designs of one call: enough to make its cost vanish, few enough to keep a block of any project,
+/// with the text of its results, in some 30 megabytes.
+constexpr std::size_t kMostRows = 4096;
+constexpr std::size_t kLeastRows = 64;
+constexpr std::size_t kMostValues = std::size_t{1} << 20;
+constexpr std::size_t kMostBlocks = 32;  ///< under way
 constexpr const char* kErrorNames[Extra::kNumErrors] = {"local_cop", "rmse", "mean_error",
                                                         "mean_abs_error"};
 
-/// The rows of one block, and where they came from.
-class Designs {
- public:
-  Designs(const std::vector<std::string>& inputs, const TableColumns& columns)
-      : inputs_(inputs),
-        values_(static_cast<Index>(kBlock), static_cast<Index>(inputs.size())),
-        row_numbers_(kBlock) {
-    for (const std::string& input : inputs) {
-      const TableColumn* const told = columns.Find(input);
-      told_.push_back(told == nullptr ? TableColumn() : *told);
-    }
+/// What passes through the solving: a part of the table, its designs, and the text of their results.
+struct Block {
+  PlainLines lines;     ///< not read yet, if any
+  NumberFormat format;  ///< of their numbers
+  DesignRows rows;
+  double share = 0.0;  ///< of the table that was read with it
+
+  std::vector<std::uint64_t> outside;  ///< designs, by input
+  std::vector<std::string> notes;
+  CsvText text;
+  std::vector<double> responses;
+  std::vector<double> criteria;
+
+  /// Keeps the memory.
+  void Clear() {
+    lines.text.clear();
+    rows.numbers.clear();
+    notes.clear();
+    text.Clear();
   }
-
-  /// Finds the column of each input, under its name or under that which it had in the table of the
-  /// training. @throws Refusal  an input has none, or two
-  void SetHeader(CsvHeader header) {
-    header_ = std::move(header);
-    for (std::size_t i = 0; i < inputs_.size(); ++i) {
-      const std::string& title = told_[i].title;
-      const bool by_title = !title.empty() && !header_->Has(inputs_[i]) && header_->Has(title);
-      columns_.push_back(header_->Find(by_title ? title : inputs_[i], "input"));
-    }
-  }
-  bool HasHeader() const { return header_.has_value(); }
-
-  void Add(std::uint64_t row, const CsvReader::Record& record, CsvReader& reader) {
-    header_->CheckSize(row, record);
-    row_numbers_[size_] = row;
-    for (std::size_t i = 0; i < inputs_.size(); ++i) {
-      const std::string& cell = record[columns_[i]];
-      const CsvNumber number = reader.ReadNumber(cell);
-      const bool is_number = number.kind == CsvNumber::Kind::kNumber;
-      double& value = values_(static_cast<Index>(size_), static_cast<Index>(i));
-      value = number.value;
-      if (told_[i].IsRead() && !IsMissing(cell))
-        value = told_[i].ReadCell(cell, number.value, is_number, header_->Place(row, columns_[i]));
-      else if (!is_number)
-        throw Refusal(header_->Place(row, columns_[i]) + ": " + RefusalText(cell, number.kind));
-    }
-    ++size_;
-  }
-
-  std::size_t GetSize() const { return size_; }
-  bool IsFull() const { return size_ == kBlock; }
-  void Clear() { size_ = 0; }
-
-  Project::Points Get() const { return values_.topRows(static_cast<Index>(size_)); }
-  std::string Place(std::size_t design, std::size_t input) const {
-    return header_->Place(row_numbers_[design], columns_[input]);
-  }
-
- private:
-  const std::vector<std::string>& inputs_;
-  std::optional<CsvHeader> header_;
-  std::vector<TableColumn> told_;     ///< about each input
-  std::vector<std::size_t> columns_;  ///< of each input in the file
-  Eigen::MatrixXd values_;            ///< the first `size_` rows count
-  std::vector<std::uint64_t> row_numbers_;
-  std::size_t size_ = 0;
 };
 
 class Solver {
@@ -92,9 +54,9 @@ class Solver {
         progress_(progress),
         ranges_(project, request.extrapolate),
         reader_(request.in),
-        designs_(project.GetInputs(), TableColumns::FromProject(project.GetRecord())),
+        cells_(project.GetInputs(), TableColumns::FromProject(project.GetRecord())),
         file_(request.out, request.standard_output, request.watcher),
-        writer_(file_) {
+        outside_(project.GetInputs().size()) {
     const auto& outputs = project_.GetOutputs();
     const auto& wanted = request.gradients;
     for (const auto& name : wanted)
@@ -107,78 +69,128 @@ class Solver {
       if (request.densities) extras_.emplace_back(project_, name, Extra::Kind::kDensity);
       if (request.errors) extras_.emplace_back(project_, name, Extra::Kind::kErrors);
     }
+    std::size_t num_values =
+        outputs.size() + (request.criteria ? project_.GetCriteria().size() : 0);
+    for (const Extra& extra : extras_) num_values += extra.GetWidth();
+    block_rows_ =
+        std::clamp(kMostValues / std::max<std::size_t>(num_values, 1), kLeastRows, kMostRows);
   }
 
   CsvSolveSummary Run() {
-    reader_.ReadAll([&](std::uint64_t row, const CsvReader::Record& record) {
-      if (!designs_.HasHeader()) {
-        designs_.SetHeader(CsvHeader(reader_.GetName(), row, record));
-        WriteHeader();
-        return;
-      }
-      designs_.Add(row, record, reader_);
-      if (designs_.IsFull()) SolveBlock();
-    });
-    if (!designs_.HasHeader()) throw Refusal(reader_.GetName() + ": no header row");
-    if (designs_.GetSize() > 0) SolveBlock();
-    writer_.Flush();
+    while (!cells_.HasHeader() && (has_more_ = ReadOn())) {
+    }
+    if (!cells_.HasHeader()) throw Refusal(reader_.GetName() + ": no header row");
+    WriteHeader();
+    blocks_.resize(std::min(kMostBlocks, utils::GetNumThreads() + 2));
+    utils::ParallelPipeline(
+        blocks_.size(), [this](std::size_t i) { return Fill(blocks_[i]); },
+        [this](std::size_t i) { Solve(blocks_[i]); }, [this](std::size_t i) { Take(blocks_[i]); });
     file_.Commit();
     summary_.table = reader_.GetName();
     summary_.format = reader_.DescribeFormat();
     for (std::size_t i = 0; i < project_.GetInputs().size(); ++i)
-      if (const std::uint64_t n = ranges_.GetNumOutside()[i])
+      if (const std::uint64_t n = outside_[i])
         summary_.outside.emplace_back(project_.GetInputs()[i], n);
     for (std::string& line : project_.TakeLog()) summary_.notes.push_back(std::move(line));
     return std::move(summary_);
   }
 
  private:
+  /// Reads a piece of the table into `read_`. @return  false at the end
+  bool ReadOn() {
+    PlainLines lines;
+    const bool has_more = reader_.ReadSome(
+        [&](std::uint64_t row, const CsvReader::Record& record) {
+          if (!cells_.HasHeader())
+            return cells_.SetHeader(CsvHeader(reader_.GetName(), row, record));
+          if (!is_open_) read_.emplace_back();
+          is_open_ = true;
+          DesignRows& rows = read_.back().rows;
+          cells_.Read(row, record, reader_.GetNumberFormat(), rows);
+          if (rows.GetSize() == block_rows_) is_open_ = false;
+        },
+        block_rows_, &lines);
+    if (!lines.text.empty()) {
+      read_.emplace_back();
+      read_.back().lines = std::move(lines);
+      read_.back().format = reader_.GetNumberFormat();
+      is_open_ = false;
+    }
+    return has_more;
+  }
+
+  bool Fill(Block& block) {
+    // A block that is open may still get rows.
+    while (has_more_ && read_.size() < (is_open_ ? 2 : 1)) has_more_ = ReadOn();
+    if (read_.empty()) return false;
+    block.Clear();
+    std::swap(block.lines, read_.front().lines);
+    std::swap(block.rows, read_.front().rows);
+    block.format = read_.front().format;
+    read_.pop_front();
+    block.share = reader_.GetProgress();
+    return true;
+  }
+
   void WriteHeader() {
-    for (const auto& name : project_.GetOutputs()) writer_.Add(name);
+    CsvText text;
+    for (const auto& name : project_.GetOutputs()) text.Add(name);
     if (request_.criteria)
-      for (const auto& name : project_.GetCriteria()) writer_.Add(name);
+      for (const auto& name : project_.GetCriteria()) text.Add(name);
     for (const Extra& extra : extras_) {
       const std::string& output = extra.GetOutput();
       switch (extra.GetKind()) {
         case Extra::Kind::kGradients:
-          for (const auto& input : project_.GetInputs()) writer_.Add(output + ":d/d " + input);
+          for (const auto& input : project_.GetInputs()) text.Add(output + ":d/d " + input);
           break;
         case Extra::Kind::kDensity:
-          writer_.Add(output + ":density");
+          text.Add(output + ":density");
           break;
         default:
-          for (const char* error : kErrorNames) writer_.Add(output + ':' + error);
+          for (const char* error : kErrorNames) text.Add(output + ':' + error);
       }
     }
-    writer_.EndRecord();
+    text.EndRecord();
+    file_.Write(text.Get());
   }
 
-  void SolveBlock() {
-    const Project::Points designs = designs_.Get();
-    ranges_.Count(designs, [&](std::size_t design, std::size_t input, const std::string& what) {
-      throw Refusal(designs_.Place(design, input) + ": " + what + "; " +
-                    OptionName(request_.wording, "extrapolate") + " predicts there too");
-    });
-    const std::size_t n = designs_.GetSize();
+  void Solve(Block& block) {
+    cells_.ReadLines(block.lines, reader_.GetSeparator(), block.format, block.rows);
+    const std::size_t n = block.rows.GetSize();
+    block.outside.assign(outside_.size(), 0);
+    if (n == 0) return;
+    const Project::Points designs = block.rows.Get();
+    ranges_.Count(designs, block.outside,
+                  [&](std::size_t design, std::size_t input, const std::string& what) {
+                    throw Refusal(cells_.Place(block.rows.numbers[design], input) + ": " + what +
+                                  "; " + OptionName(request_.wording, "extrapolate") +
+                                  " predicts there too");
+                  });
     const std::size_t num_outputs = project_.GetOutputs().size();
     const std::size_t num_criteria = request_.criteria ? project_.GetCriteria().size() : 0;
-    responses_.resize(num_outputs * n);
-    criteria_.resize(num_criteria * n);
-    project_.Approximate(designs, responses_.data(), num_criteria > 0 ? criteria_.data() : nullptr);
+    block.responses.resize(num_outputs * n);
+    block.criteria.resize(num_criteria * n);
+    project_.Approximate(designs, block.responses.data(),
+                         num_criteria > 0 ? block.criteria.data() : nullptr);
     std::vector<std::vector<double>> extra_values;
-    for (Extra& extra : extras_) extra_values.push_back(extra.Solve(designs, summary_.notes));
+    for (Extra& extra : extras_) extra_values.push_back(extra.Solve(designs, block.notes));
+    CsvText& text = block.text;
     for (std::size_t d = 0; d < n; ++d) {
-      for (std::size_t k = 0; k < num_outputs; ++k) writer_.Add(responses_[k * n + d]);
-      for (std::size_t k = 0; k < num_criteria; ++k) writer_.Add(criteria_[d * num_criteria + k]);
+      for (std::size_t k = 0; k < num_outputs; ++k) text.Add(block.responses[k * n + d]);
+      for (std::size_t k = 0; k < num_criteria; ++k) text.Add(block.criteria[d * num_criteria + k]);
       for (std::size_t e = 0; e < extras_.size(); ++e)
         for (std::size_t i = 0; i < extras_[e].GetWidth(); ++i)
-          writer_.Add(extra_values[e][d * extras_[e].GetWidth() + i]);
-      writer_.EndRecord();
+          text.Add(extra_values[e][d * extras_[e].GetWidth() + i]);
+      text.EndRecord();
     }
-    summary_.num_designs += n;
-    designs_.Clear();
-    if (progress_ &&
-        !progress_(reader_.GetProgress(), std::to_string(summary_.num_designs) + " designs"))
+  }
+
+  void Take(Block& block) {
+    file_.Write(block.text.Get());
+    for (std::size_t i = 0; i < outside_.size(); ++i) outside_[i] += block.outside[i];
+    for (std::string& note : block.notes) summary_.notes.push_back(std::move(note));
+    summary_.num_designs += block.rows.GetSize();
+    if (progress_ && !progress_(block.share, std::to_string(summary_.num_designs) + " designs"))
       throw Cancelled();
   }
 
@@ -187,12 +199,15 @@ class Solver {
   const Progress& progress_;
   InputRanges ranges_;
   CsvReader reader_;
-  Designs designs_;
+  InputCells cells_;
   OutputFile file_;
-  CsvWriter writer_;
-  std::vector<Extra> extras_;
-  std::vector<double> responses_;
-  std::vector<double> criteria_;
+  std::deque<Extra> extras_;
+  std::size_t block_rows_ = 1;          ///< at most
+  std::deque<Block> read_;              ///< not handed on yet
+  bool is_open_ = false;                ///< whether more rows may come to the last one
+  bool has_more_ = true;                ///< of the table
+  std::vector<Block> blocks_;           ///< under way
+  std::vector<std::uint64_t> outside_;  ///< designs, by input
   CsvSolveSummary summary_;
 };
 

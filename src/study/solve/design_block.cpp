@@ -50,12 +50,11 @@ std::vector<double> Pick(const std::vector<double>& groups, Extra::Kind kind) {
 InputRanges::InputRanges(const Project& project, bool extrapolate)
     : bounds_(project.GetBounds()),
       reach_(extrapolate ? std::vector<Bounds>(bounds_.size(), {-HUGE_VAL, HUGE_VAL})
-                         : ReachOfInputs(project, bounds_)),
-      num_outside_(bounds_.size()) {}
+                         : ReachOfInputs(project, bounds_)) {}
 
 void InputRanges::Count(
-    const Project::Points& designs,
-    const std::function<void(std::size_t, std::size_t, const std::string&)>& refuse) {
+    const Project::Points& designs, std::vector<std::uint64_t>& outside,
+    const std::function<void(std::size_t, std::size_t, const std::string&)>& refuse) const {
   for (Eigen::Index d = 0; d < designs.rows(); ++d)
     for (std::size_t i = 0; i < bounds_.size(); ++i) {
       const double value = designs(d, static_cast<Eigen::Index>(i));
@@ -64,7 +63,7 @@ void InputRanges::Count(
         refuse(static_cast<std::size_t>(d), i,
                Number(value) + " is outside [" + Number(bounds_[i].lower) + ", " +
                    Number(bounds_[i].upper) + ']');
-      ++num_outside_[i];
+      ++outside[i];
     }
 }
 
@@ -74,16 +73,16 @@ Extra::Extra(const Project& project, std::string output, Kind kind)
 std::vector<double> Extra::Solve(const Project::Points& designs, std::vector<std::string>& notes) {
   const std::size_t size = static_cast<std::size_t>(designs.rows()) * width_;
   std::vector<double> values;
-  if (!refused_) {
+  if (!is_refused_) {
     try {
       values = kind_ == Kind::kGradients ? project_.Gradients(output_, designs)
                                          : Pick(project_.Errors(output_, designs), kind_);
     } catch (const std::bad_alloc&) {
       throw;
     } catch (const std::exception& error) {
-      refused_ = true;
-      notes.push_back(std::string("no ") + NameOf(kind_) + " of " + output_ + ": " +
-                      project_.GetName() + ": " + utils::ToUtf8(utils::MessageOf(error)));
+      if (!is_refused_.exchange(true))
+        notes.push_back(std::string("no ") + NameOf(kind_) + " of " + output_ + ": " +
+                        project_.GetName() + ": " + utils::ToUtf8(utils::MessageOf(error)));
     }
   }
   if (values.size() != size) values.assign(size, std::nan(""));

@@ -4,6 +4,7 @@
 
 #include <Eigen/Core>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -18,21 +19,18 @@ class InputRanges {
   /// @param extrapolate  nothing is refused
   InputRanges(const Project& project, bool extrapolate);
 
-  /// Counts the values outside of the project's designs (to within the library's tolerance).
+  /// Adds the number of values outside of the project's designs (to within the library's
+  /// tolerance) to `outside`, which is of the length of the inputs.
   /// @param refuse  called with the first value that is refused: row, column, and why; throws
-  void Count(const Project::Points& designs,
-             const std::function<void(std::size_t, std::size_t, const std::string&)>& refuse);
-
-  /// Designs outside, of each input.
-  const std::vector<std::uint64_t>& GetNumOutside() const { return num_outside_; }
+  void Count(const Project::Points& designs, std::vector<std::uint64_t>& outside,
+             const std::function<void(std::size_t, std::size_t, const std::string&)>& refuse) const;
 
  private:
   std::vector<Bounds> bounds_;
   std::vector<Bounds> reach_;  ///< at least the bounds
-  std::vector<std::uint64_t> num_outside_;
 };
 
-/// A quantity of one output beside its predictions.
+/// A quantity of one output beside its predictions. Threads may share it.
 class Extra {
  public:
   enum class Kind { kErrors, kDensity, kGradients };
@@ -53,7 +51,7 @@ class Extra {
   std::string output_;
   Kind kind_;
   std::size_t width_;
-  bool refused_ = false;
+  std::atomic<bool> is_refused_{false};
 };
 
 }  // namespace corvath::study

@@ -21,6 +21,8 @@ class CsvHeader {
 
   bool Has(const std::string& name) const;
 
+  std::size_t GetSize() const { return names_.size(); }
+
   /// @throws Refusal  the record has fewer cells than the header, or more that are not empty
   void CheckSize(std::uint64_t row, const CsvReader::Record& record) const;
 

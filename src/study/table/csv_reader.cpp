@@ -15,6 +15,8 @@ namespace corvath::study {
 namespace {
 
 constexpr std::size_t kChunk = 1 << 16;
+constexpr std::size_t kPieceLines = 4096;
+constexpr std::size_t kPieceSize = 1 << 20;  // and up to a chunk more
 constexpr unsigned char kOptions = CSV_STRICT | CSV_STRICT_FINI;
 
 }  // namespace
@@ -62,10 +64,8 @@ void CsvReader::OnLineEnd(int end, const Handler& handler) {
   if (in_pair) return;
   ++row_;
   const auto last = record_.begin() + static_cast<std::ptrdiff_t>(num_fields_);
-  const bool blank =
-      std::all_of(record_.begin(), last, [](const std::string& cell) { return cell.empty(); });
-  if (!blank) {
-    record_.erase(last, record_.end());
+  record_.erase(last, record_.end());
+  if (!IsBlank(record_)) {
     num_fields_ = 0;
     if (row_ == format_.separator_row) return;
     if (num_columns_ == 0) num_columns_ = record_.size();
@@ -167,34 +167,103 @@ void CsvReader::TakeMarkedLine(Feed& feed) {
   line_.clear();
 }
 
-/// @return  false at the end of the file
-bool CsvReader::ReadChunk(std::string& text) {
-  std::vector<char> chunk(kChunk);
-  const std::size_t size = std::fread(chunk.data(), 1, chunk.size(), file_);
+/// Adds the next bytes to pending_.
+void CsvReader::ReadChunk() {
+  pending_.erase(0, piece_begin_);
+  piece_begin_ = 0;
+  chunk_.resize(kChunk);
+  const std::size_t size = std::fread(chunk_.data(), 1, chunk_.size(), file_);
   if (std::ferror(file_) != 0) throw Refusal(name_ + ": " + std::strerror(errno));
   bytes_read_ += size;
-  text.clear();
-  decoder_.Decode({chunk.data(), size}, size == 0, text);
-  return size > 0;
+  decoder_.Decode({chunk_.data(), size}, size == 0, pending_);
+  is_decoded_ = size == 0 || !decoder_.GetFault().empty();
 }
 
-void CsvReader::ReadAll(const Handler& handler) {
-  Feed feed{*this, handler, nullptr};
-  std::string text;
-  bool more = ReadChunk(text);
-  format_ = FindTableFormat(text, bytes_read_ < kChunk);
+void CsvReader::FindFormat() {
+  ReadChunk();
+  format_ = FindTableFormat(pending_, bytes_read_ < kChunk);
   if (!format_.ambiguity.empty()) throw Refusal(name_ + ": " + format_.ambiguity);
   numbers_ = NumberFormat(format_.decimal);
   csv_set_delim(&parser_, static_cast<unsigned char>(format_.separator));
-  for (;; more = ReadChunk(text)) {
-    Take(feed, text);
-    if (!decoder_.GetFault().empty()) Refuse(decoder_.GetFault());
-    if (!more) break;
+  has_format_ = true;
+}
+
+/// Whether a row comes next that only holds cells, unless bytes in it have a meaning.
+bool CsvReader::IsAtPlainLine() const {
+  const bool at_begin =
+      at_line_begin_ && line_end_ == '\n' && num_fields_ == 0 && !quoted_ && !in_marked_line_;
+  return at_begin && num_columns_ > 0 &&
+         row_ >= std::max({format_.separator_row, format_.commented_header, format_.unit_row});
+}
+
+/// Takes the next whole lines, fewer than `max_lines` where they are long; part of a line where one
+/// alone is too long for that, or at the end. Empty at the end. Valid until the next call.
+std::string_view CsvReader::NextPiece(std::size_t max_lines) {
+  std::size_t size = 0;
+  std::size_t searched = 0;
+  for (std::size_t lines = 0; lines < max_lines;) {
+    const std::size_t end = pending_.find('\n', piece_begin_ + searched);
+    if (end != std::string::npos) {
+      size = searched = end + 1 - piece_begin_;
+      ++lines;
+      continue;
+    }
+    searched = pending_.size() - piece_begin_;
+    if (is_decoded_) size = searched;
+    if (is_decoded_ || searched >= kPieceSize) break;
+    ReadChunk();
   }
-  if (in_marked_line_) TakeMarkedLine(feed);
-  if (csv_fini(&parser_, Feed::OnField, Feed::OnLineEnd, &feed) != 0)
-    Refuse("the quotation mark is not closed");
-  if (feed.failure) std::rethrow_exception(feed.failure);
+  if (size == 0) size = pending_.size() - piece_begin_;
+  const std::string_view piece = std::string_view(pending_).substr(piece_begin_, size);
+  piece_begin_ += size;
+  return piece;
+}
+
+/// As Parse(), for plain lines.
+void CsvReader::TakePlain(const Handler& handler, std::string_view lines) {
+  std::string_view line;
+  while (TakeLine(lines, line)) {
+    SplitPlainLine(line, format_.separator, record_);
+    ++row_;
+    if (!IsBlank(record_)) handler(row_, record_);
+  }
+}
+
+bool CsvReader::ReadSome(const Handler& handler, std::size_t max_lines, PlainLines* plain) {
+  if (!has_format_) FindFormat();
+  if (plain != nullptr) plain->text.clear();
+  Feed feed{*this, handler, nullptr};
+  const bool may_be_plain = IsAtPlainLine();
+  const std::string_view piece = NextPiece(may_be_plain ? max_lines : 1);
+  if (piece.empty()) {
+    if (!decoder_.GetFault().empty()) Refuse(decoder_.GetFault());
+    if (in_marked_line_) TakeMarkedLine(feed);
+    if (csv_fini(&parser_, Feed::OnField, Feed::OnLineEnd, &feed) != 0)
+      Refuse("the quotation mark is not closed");
+    if (feed.failure) std::rethrow_exception(feed.failure);
+    return false;
+  }
+  // The last line needs no end, unless it was cut off by a fault.
+  const bool is_whole = piece.back() == '\n' || (is_decoded_ && decoder_.GetFault().empty());
+  const auto lines = may_be_plain && is_whole ? CountPlainLines(piece, kMaxCellSize) : std::nullopt;
+  const auto decimal = numbers_.GetDecimal();
+  const bool is_known =
+      decimal == NumberFormat::Decimal::kPoint || decimal == NumberFormat::Decimal::kComma;
+  if (!lines) {
+    Take(feed, piece);
+  } else if (plain != nullptr && is_known) {
+    plain->text = piece;
+    plain->first_row = row_ + 1;
+    row_ += *lines;
+  } else {
+    TakePlain(handler, piece);
+  }
+  return true;
+}
+
+void CsvReader::ReadAll(const Handler& handler) {
+  while (ReadSome(handler, kPieceLines, nullptr)) {
+  }
 }
 
 std::string CsvReader::DescribeFormat() const {
@@ -219,6 +288,11 @@ std::string CsvReader::DescribeFormat() const {
   if (num_comments_ == 1) add("1 comment line left out");
   if (num_comments_ > 1) add(std::to_string(num_comments_) + " comment lines left out");
   return text;
+}
+
+bool IsBlank(const CsvReader::Record& record) {
+  return std::all_of(record.begin(), record.end(),
+                     [](const std::string& cell) { return cell.empty(); });
 }
 
 CsvReader::Record ParseRecord(std::string_view text, const std::string& place) {

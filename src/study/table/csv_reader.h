@@ -1,5 +1,6 @@
 #pragma once
 
+#include "study/table/plain_lines.h"
 #include "study/table/table_format.h"
 #include "study/table/table_source.h"
 #include "study/table/text_decoder.h"
@@ -36,8 +37,18 @@ class CsvReader : public TableSource {
   ///                  not certain, or it is no text
   void ReadAll(const Handler& handler) override;
 
+  /// Reads on: one piece of the table, in bounded memory.
+  /// @param max_lines  of the piece
+  /// @param plain      receives the lines of a piece that is plain, with numbers of one known
+  ///                   format, unless null; otherwise emptied, and `handler` gets the records
+  /// @return  false at the end. @throws as ReadAll()
+  bool ReadSome(const Handler& handler, std::size_t max_lines, PlainLines* plain);
+
   CsvNumber ReadNumber(std::string_view cell) override { return numbers_.Read(cell); }
   const NumberFormat& GetNumberFormat() const { return numbers_; }
+  NumberFormat& GetNumberFormat() { return numbers_; }
+  /// Between the cells, once something was read.
+  char GetSeparator() const { return format_.separator; }
   const Record& GetUnits() const override { return units_; }
   /// "read as UTF-16 with semicolons ...; row 2 holds units" for example.
   std::string DescribeFormat() const override;
@@ -54,7 +65,11 @@ class CsvReader : public TableSource {
   bool FindLine(std::string_view text, std::size_t& begin);
   void TakeMarkedLine(Feed& feed);
   void Parse(Feed& feed, std::string_view text);
-  bool ReadChunk(std::string& text);
+  void ReadChunk();
+  void FindFormat();
+  bool IsAtPlainLine() const;
+  std::string_view NextPiece(std::size_t max_lines);
+  void TakePlain(const Handler& handler, std::string_view lines);
   [[noreturn]] void Refuse(const std::string& what) const;
 
   std::string name_;
@@ -74,9 +89,17 @@ class CsvReader : public TableSource {
   bool quoted_ = false;  ///< between quotation marks
   bool at_line_begin_ = true;
   std::uint64_t num_comments_ = 0;
+  std::string chunk_;    ///< as read
+  std::string pending_;  ///< decoded; the pieces before `piece_begin_` are taken
+  std::size_t piece_begin_ = 0;
+  bool has_format_ = false;
+  bool is_decoded_ = false;  ///< nothing comes behind `pending_`
   std::uint64_t bytes_read_ = 0;
   std::uint64_t size_ = 0;  ///< 0 when unknown
 };
+
+/// Whether all cells are empty.
+bool IsBlank(const CsvReader::Record& record);
 
 /// The cells of one record, with quotes as in a file: a,b are two, "a,b" is one.
 /// @param place  where it stands, for the message

@@ -9,45 +9,49 @@ constexpr std::size_t kFlushAt = 1 << 16;
 
 }  // namespace
 
-void CsvWriter::Separate() {
-  if (!first_) buffer_ += ',';
-  first_ = false;
+void CsvText::Separate() {
+  if (!is_first_) text_ += ',';
+  is_first_ = false;
 }
 
-void CsvWriter::Add(std::string_view text) {
+void CsvText::Add(std::string_view text) {
   Separate();
   if (text.find_first_of(",\"\r\n") == std::string_view::npos) {
-    buffer_ += text;
+    text_ += text;
     return;
   }
-  buffer_ += '"';
+  text_ += '"';
   for (const char c : text) {
-    if (c == '"') buffer_ += '"';
-    buffer_ += c;
+    if (c == '"') text_ += '"';
+    text_ += c;
   }
-  buffer_ += '"';
+  text_ += '"';
 }
 
-void CsvWriter::Add(double value) {
+void CsvText::Add(double value) {
   Separate();
   if (value != value) {  // without the sign that a NaN may carry
-    buffer_ += "nan";
+    text_ += "nan";
     return;
   }
-  char text[32];
-  const auto end = std::to_chars(text, text + sizeof text, value);
-  buffer_.append(text, end.ptr);
+  char digits[32];
+  const auto end = std::to_chars(digits, digits + sizeof digits, value);
+  text_.append(digits, end.ptr);
+}
+
+void CsvText::EndRecord() {
+  text_ += '\n';
+  is_first_ = true;
 }
 
 void CsvWriter::EndRecord() {
-  buffer_ += '\n';
-  first_ = true;
-  if (buffer_.size() >= kFlushAt) Flush();
+  text_.EndRecord();
+  if (text_.Get().size() >= kFlushAt) Flush();
 }
 
 void CsvWriter::Flush() {
-  file_.Write(buffer_);
-  buffer_.clear();
+  file_.Write(text_.Get());
+  text_.Clear();
 }
 
 }  // namespace corvath::study

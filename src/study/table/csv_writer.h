@@ -7,23 +7,37 @@
 
 namespace corvath::study {
 
-/// Writes records of comma-separated values. Numbers are the shortest text that reads back exactly,
+/// Records of comma-separated values as text. Numbers are the shortest text that reads back exactly,
 /// whatever the locale.
-class CsvWriter {
+class CsvText {
  public:
-  explicit CsvWriter(OutputFile& file) : file_(file) {}
-
   void Add(std::string_view text);  ///< quoted where it must be
   void Add(double value);
   void EndRecord();
-  void Flush();
+  void Clear() { text_.clear(); }
+
+  const std::string& Get() const { return text_; }
 
  private:
   void Separate();
 
+  std::string text_;
+  bool is_first_ = true;
+};
+
+/// Writes such records to a file, some at a time.
+class CsvWriter {
+ public:
+  explicit CsvWriter(OutputFile& file) : file_(file) {}
+
+  void Add(std::string_view text) { text_.Add(text); }
+  void Add(double value) { text_.Add(value); }
+  void EndRecord();
+  void Flush();
+
+ private:
   OutputFile& file_;
-  std::string buffer_;
-  bool first_ = true;
+  CsvText text_;
 };
 
 }  // namespace corvath::study
