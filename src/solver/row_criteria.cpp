@@ -5,6 +5,7 @@
 #include "foundation/log_line.h"
 
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace corvath::zel {
@@ -28,6 +29,8 @@ calculator::CriteriaOptions Options() {
 double ValueOf(const Criterion& criterion) {
   try {
     return criterion.GetValue().ToDouble();
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {
     return kNaN;  // a vector, for example
   }

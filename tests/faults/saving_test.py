@@ -4,6 +4,7 @@
     saving_test.py ZEL SYSCALL_FAULT SAMPLE
 """
 import errno
+import os
 import pathlib
 import random
 import shutil
@@ -116,6 +117,28 @@ class Saving(unittest.TestCase):
         eio = str(errno.EIO)
         self.assertTrue({("write", eio, 1), ("fsync", eio, 1), ("rename", eio, 1),
                          ("write", "short", 0), ("rename", "kill", KILLED)} <= statuses, statuses)
+
+    def test_closed_descriptors_and_readers_that_leave_are_errors_or_no_matter(self):
+        expected = None
+        for closed in ([], [0], [2], [0, 2], [1], [0, 1, 2]):
+            target = self.path / "out"
+            target.write_bytes(OLD)
+            result = subprocess.run(
+                [ZEL, "solve", SAMPLE, "--in", self.path / "in.csv", "--errors", "-o", target],
+                stderr=subprocess.DEVNULL, preexec_fn=lambda: [os.close(number) for number in closed])
+            if expected is None:
+                expected = target.read_bytes()
+            # Messages never stand in a file that got the number of a closed stream.
+            refused = 1 in closed
+            self.assertEqual(result.returncode, 1 if refused else 0, closed)
+            self.assertEqual(target.read_bytes(), OLD if refused else expected, closed)
+        with subprocess.Popen([ZEL, "sample", "--scheme", "sobol-sequence", "--n", "200000",
+                               "--inputs", "a:0:1"], stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE) as process:
+            process.stdout.readline()
+            process.stdout.close()
+            self.assertEqual(process.stderr.read(), b"zel: standard output: Broken pipe\n")
+            self.assertEqual(process.wait(), 1)
 
 
 if __name__ == "__main__":

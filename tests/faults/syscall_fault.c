@@ -195,5 +195,7 @@ int main(int argc, char** argv) {
   return process < 0 ? kCannotWatch : Watch(process);
 }
 #else
-int main(void) { return kCannotWatch; }
+int main(void) {
+  return kCannotWatch;
+}
 #endif
