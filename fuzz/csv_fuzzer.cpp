@@ -1,5 +1,6 @@
 // Tables of the program zel: records, cells, and the designs of a table whose first column is taken
-// for an input (with the others that fit its name as a pattern) and whose second for a response.
+// for an input (with the others that fit its name as a pattern) and whose second for a response. On a
+// short table a model is trained, and asked at its designs.
 
 #include "memory_file.h"
 #include "study/refusal.h"
@@ -7,12 +8,15 @@
 #include "study/table/csv_reader.h"
 #include "study/table/date_text.h"
 #include "study/table/design_table.h"
+#include "study/train/training.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
 namespace study = corvath::study;
+
+constexpr std::ptrdiff_t kMaxTrained = 60;  // numbers of inputs: a training takes milliseconds
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const fuzz::MemoryFile file(data, size);
@@ -39,7 +43,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     choice.responses = {header[1]};
     if (size % 4 < 2) choice.dates = {header[size % 4]};
     study::CsvReader reader(file.GetPath());
-    study::ReadDesignTable(reader, choice, size % 2 == 0);
+    study::TrainRequest request;
+    request.columns = choice;
+    request.skip_incomplete = size % 2 == 0;
+    request.budget = 1e-4;
+    study::Training training(reader, request);
+    if (training.GetTable().data.points.size() > kMaxTrained) return 0;
+    training.Run([](double, const std::string&) { return true; });
+    training.GetDocument();
   } catch (const study::Refusal&) {
     // as it should
   }

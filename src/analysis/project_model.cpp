@@ -14,6 +14,7 @@
 #include <cmath>
 #include <limits>
 #include <mutex>
+#include <new>
 #include <set>
 #include <sstream>
 #include <utility>
@@ -135,6 +136,8 @@ StudyInput ProjectModel::MakeInput(const std::wstring& name) const {
     const auto side = IsStochastic() ? InputSide::kRandom : InputSide::kDeterministic;
     const std::vector<const Design*> reference = {&solver_->GetReferenceDesign()};
     input.reference = InputColumns::Of(manager, {name}, side).ToMatrix(reference)(0, 0);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {  // no reference value, or none that is a number
     if (input.variable) input.reference = input.variable->GetStats()(0);
   }
@@ -211,6 +214,8 @@ Eigen::MatrixXd ProjectModel::LocalErrors(Index response, const ConstPoints& x) 
   try {
     values = solver_->ErrorsPerResponse(output_names_[static_cast<std::size_t>(response)], x,
                                         ExtrapolationType::kUnbounded, /*throw_on_error=*/true);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {  // the model has none
   }
   if (static_cast<Index>(values.size()) != x.rows() * kColumns)

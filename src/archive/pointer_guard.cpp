@@ -1,6 +1,7 @@
 #include "archive/pointer_guard.h"
 
 #include "archive/portable_iarchive.h"
+#include "foundation/stack.h"
 
 #include <boost/archive/archive_exception.hpp>
 #include <boost/archive/detail/archive_serializer_map.hpp>
@@ -94,7 +95,7 @@ PointerGuard::Pointer::Pointer(PointerGuard& guard, const TypeInfo& expected, bo
       depth_(outer_ == nullptr ? 1 : outer_->depth_ + 1),
       polymorphic_(polymorphic),
       num_orphans_(guard.orphans_.size()) {
-  if (depth_ > kMaxDepth) Refuse();
+  if (depth_ > kMaxDepth || utils::IsStackLow()) Refuse();
   guard_.pointer_ = this;
 }
 

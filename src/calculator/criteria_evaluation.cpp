@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <new>
 #include <set>
 #include <utility>
 
@@ -126,6 +127,8 @@ void CriteriaEvaluation::DefineCriteria(const Design& design) {
       } else {
         calculator_.SetObject(name, L"", criterion.GetValue().ToVariant());
       }
+    } catch (const std::bad_alloc&) {
+      throw;                           // no fault of the criterion
     } catch (const std::exception&) {  // what is wrong shows when its sides are evaluated
     }
   }
@@ -152,6 +155,8 @@ std::vector<std::size_t> CriteriaEvaluation::FindOrder(const Design& design) {
         for (const Object* object : FindReads(workspace, workspace.texts.Parse(*side)))
           if (const auto found = numbers.find(object); found != numbers.end())
             read.insert(found->second);
+      } catch (const std::bad_alloc&) {
+        throw;                           // no fault of the criterion
       } catch (const std::exception&) {  // the side has no value, and reads nothing
       }
     }
@@ -172,6 +177,8 @@ CriteriaEvaluation::Side CriteriaEvaluation::PrepareSide(const std::wstring& tex
       side.text = &parsed;
       side.program.emplace(parsed);
     }
+  } catch (const std::bad_alloc&) {
+    throw;  // no fault of the criterion
   } catch (const std::exception& error) {
     side.problem = utils::MessageOf(error);
   }
@@ -205,6 +212,8 @@ CriteriaEvaluation::Input CriteriaEvaluation::PrepareInput(const std::wstring& n
   Input input{name, &calculator_.GetWorkspace().objects[name], L""};
   try {
     calculator_.SetObject(name, L"", entry.GetVariant());
+  } catch (const std::bad_alloc&) {
+    throw;  // no fault of the criterion
   } catch (const std::exception& error) {
     input.problem = L"Cannot use object for calculations: " + utils::MessageOf(error);
   }
@@ -254,6 +263,8 @@ void CriteriaEvaluation::Run(const Step& step, Design& design) {
     const CDesignEntry rhs = evaluate(step.rhs);
     try {
       criterion.SetValues(lhs, rhs, CDesignEntry(last), true);
+    } catch (const std::bad_alloc&) {
+      throw;  // no fault of the criterion
     } catch (const std::exception& error) {
       Report(design, RunInfoMeta::CRITERION_VALUE_FAILED, name,
              name + L": " + utils::MessageOf(error));
@@ -285,6 +296,8 @@ bool CriteriaEvaluation::EvaluateSide(const Side& side, const std::wstring& name
       Evaluator(calculator_.GetWorkspace()).Evaluate(*side.text, result);
       value = std::move(result);
       return true;
+    } catch (const std::bad_alloc&) {
+      throw;  // no fault of the criterion
     } catch (const std::exception& error) {
       problem = utils::MessageOf(error);
     }

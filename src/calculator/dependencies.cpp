@@ -2,6 +2,7 @@
 
 #include "calculator/calculator_exception.h"
 #include "calculator/parser.h"
+#include "foundation/stack.h"
 
 #include <vector>
 
@@ -20,7 +21,7 @@ class Walk {
   /// @param path  the objects whose expressions are being walked
   void Run(const ParsedText& text, ParsedText::Index node, std::set<std::wstring>& path,
            std::set<std::wstring>& found) {
-    if (++depth_ > kMaxDepth) throw CCalculatorException(kNestedTooDeep);
+    if (++depth_ > kMaxDepth || utils::IsStackLow()) throw CCalculatorException(kNestedTooDeep);
     std::vector<ParsedText::Index> open{node};
     const auto open_children = [&](ParsedText::Index parent, std::size_t first) {
       for (std::size_t i = text.NumChildren(parent); i-- > first;)

@@ -5,6 +5,7 @@
 #include "calculator/function_call.h"
 #include "calculator/parser.h"
 #include "foundation/math_exception.h"
+#include "foundation/stack.h"
 #include "foundation/text.h"
 #include "variant/functions/ordering.h"
 #include "variant/operators/arithmetic.h"
@@ -106,7 +107,7 @@ class Evaluator::Level {
   explicit Level(Workspace& workspace) : workspace_(workspace) {
     if (workspace_.depth == 0) workspace_.steps = 0;
     workspace_.CountSteps(1);
-    if (workspace_.depth >= kMaxDepth) {
+    if (workspace_.depth >= kMaxDepth || utils::IsStackLow()) {
       if (workspace_.macro_depth > 1)
         throw CCircularDependencyException(L"Macros are called too deep inside each other");
       throw CCalculatorException(kNestedTooDeep);

@@ -1,5 +1,7 @@
 #include "calculator/parser.h"
 
+#include "foundation/stack.h"
+
 #include <locale.h>
 #include <wctype.h>
 
@@ -150,7 +152,7 @@ class Parser {
         pos_ = log_[i].stop;
         return log_[i].node;
       }
-    if (++nesting_ > kMaxNesting) throw TooDeep{start};
+    if (++nesting_ > kMaxNesting || utils::IsStackLow()) throw TooDeep{start};
     const Index node = parse();
     --nesting_;
     log_.push_back({rule, attempts_[start], node, static_cast<std::uint32_t>(pos_)});

@@ -38,6 +38,14 @@ void ThrowWriteError(const fs::path& path, const std::string& reason) {
   throw std::runtime_error(str(boost::format("Error while writing \"%1%\": %2%") % path % reason));
 }
 
+void SyncDirectoryOf(const fs::path& path) {
+  const fs::path parent = path.parent_path();
+  const int directory = ::open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_CLOEXEC);
+  if (directory < 0) return;
+  ::fsync(directory);
+  ::close(directory);
+}
+
 ReplacementFile::ReplacementFile(const fs::path& target) : target_(TargetOf(target)) {
   struct stat old {};
   if (::stat(target_.c_str(), &old) == 0 && !S_ISREG(old.st_mode))
@@ -60,16 +68,7 @@ void ReplacementFile::Commit() {
   if (::fsync(file_) != 0) ThrowErrno(target_);
   if (::rename(name_.c_str(), target_.c_str()) != 0) ThrowErrno(target_);
   renamed_ = true;
-  SyncDirectory();
-}
-
-/// Brings the new name to the disk. The file itself is safe already: failures do not count.
-void ReplacementFile::SyncDirectory() const {
-  const fs::path parent = target_.parent_path();
-  const int directory = ::open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_CLOEXEC);
-  if (directory < 0) return;
-  ::fsync(directory);
-  ::close(directory);
+  SyncDirectoryOf(target_);
 }
 
 }  // namespace corvath::utils

@@ -9,6 +9,10 @@ namespace corvath::utils {
 /// @throws std::runtime_error  `Error while writing ...`, with the reason
 [[noreturn]] void ThrowWriteError(const boost::filesystem::path& path, const std::string& reason);
 
+/// Brings the names in the directory of `path` to the disk, after a file there took its place. The
+/// file itself is safe already: failures do not count.
+void SyncDirectoryOf(const boost::filesystem::path& path);
+
 /// A file of its own under a name that nobody else uses, beside the target whose place it takes in
 /// Commit(); without that it is removed again. A failure at any point leaves what was there before,
 /// and readers never see half a file. A symbolic link stays, and its target is made or replaced;
@@ -32,8 +36,6 @@ class ReplacementFile {
   void Commit();
 
  private:
-  void SyncDirectory() const;
-
   boost::filesystem::path target_;
   std::string name_;
   int file_ = -1;

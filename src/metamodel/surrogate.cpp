@@ -12,6 +12,7 @@
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
+#include <new>
 #include <sstream>
 #include <stdexcept>
 
@@ -59,6 +60,8 @@ void SurrogateBase::Initialize(const SurrogateSettingsBase& settings) {
   SetLimitTransform(settings.GetLimitTransform(), settings.GetLimitTransformParameter());
   try {
     SetSettings(settings);
+  } catch (const std::bad_alloc&) {
+    throw;  // no fault of the settings
   } catch (const std::exception& error) {
     const std::wstring message =
         utils::MessageOf(error) +

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <sstream>
 #include <stdexcept>
 
@@ -102,6 +103,8 @@ bool SurrogateTPS::IsSolvable() const {
     RequireValuePerPoint(points_, values_);
     Factorise(PreviewTransformedPoints().transpose());
     return true;
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {
     return false;
   }

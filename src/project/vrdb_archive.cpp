@@ -10,6 +10,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include <new>
 #include <sstream>
 
 namespace corvath::algorithm::datatypes {
@@ -72,6 +73,8 @@ void VRDB::UnpackDeactivatedDesigns() {
     DesignIds ids;
     archive >> ids;
     deactivated_designs_.swap(ids);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {
     // A project is of use without them.
   }

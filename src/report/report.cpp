@@ -18,6 +18,7 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
 #include <sstream>
 #include <unordered_map>
 #include <utility>
@@ -86,6 +87,8 @@ Eigen::MatrixXd InputsOf(ZELSolver& solver) {
       InputColumns::Of(solver.GetProject().GetParameterManager(), solver.GetInputNames(), side);
   try {
     return columns.ToMatrix(designs);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {
     const auto m = static_cast<Eigen::Index>(columns.GetSize());
     Eigen::MatrixXd inputs =
@@ -93,6 +96,8 @@ Eigen::MatrixXd InputsOf(ZELSolver& solver) {
     for (std::size_t d = 0; d < designs.size(); ++d) try {
         inputs.row(static_cast<Eigen::Index>(d)) =
             columns.ToMatrix(std::vector<const Design*>{&designs[d]});
+      } catch (const std::bad_alloc&) {
+        throw;
       } catch (const std::exception&) {  // the row stays NaN
       }
     return inputs;

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 
 namespace corvath::zel {
 namespace {
@@ -80,6 +81,8 @@ std::wstring ZELSolver::ApproximateOutput(const Output& output, const ConstPoint
              L"\" failed with incorrect result size.";
     std::copy_n(predicted.data(), predicted.size(), values);
     return {};
+  } catch (const std::bad_alloc&) {
+    throw;  // no fault of the model
   } catch (const std::exception& error) {
     return L"Approximation for response \"" + output.name + L"\" failed: " +
            utils::MessageOf(error);

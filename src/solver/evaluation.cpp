@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <stdexcept>
 
 namespace corvath::zel {
@@ -128,6 +129,8 @@ void ZELSolver::BuildErrorsOnce(const std::wstring& response) {
     if (is_done()) return;
     try {
       surrogate->BuildErrors();
+    } catch (const std::bad_alloc&) {
+      throw;  // not for good, as with_errors_ would make it
     } catch (const std::exception&) {
       // The evaluation fails then, with the model's own text.
     }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <set>
 #include <utility>
 
@@ -31,6 +32,8 @@ calculator::CriteriaOptions Options() {
 double ValueOf(const Criterion& criterion) {
   try {
     return criterion.GetValue().ToDouble();
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {
     return kNaN;  // a vector, for example
   }

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <exception>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace corvath::training {
@@ -253,6 +254,8 @@ void CandidateTrials::Fit(const Trial& trial) {
                         fitted.penalty, std::move(fitted.predicted)};
     candidate.complexity = Complexity(form, candidate.results, data_.values.size());
     if (std::isfinite(GetScore(candidate))) candidates_.push_back(std::move(candidate));
+  } catch (const std::bad_alloc&) {
+    throw;  // what is chosen must not depend on it
   } catch (const std::exception&) {
     if (is_ended_) throw;  // by the observer; a candidate that fails is none
   }

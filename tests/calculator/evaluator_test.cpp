@@ -4,6 +4,7 @@
 #include "foundation/math_exception.h"
 #include "foundation/text.h"
 #include "support/message_of.h"
+#include "support/small_stack.h"
 
 #include <gtest/gtest.h>
 
@@ -299,6 +300,12 @@ TEST_F(Calculator, HostileTextsEndInExceptions) {
   ExpectValue(repeat(L"-(", 300) + L"7" + repeat(L")", 300), Scalar(7.0));
   EXPECT_EQ(Failure(repeat(L"(", 300000) + L"7" + repeat(L")", 300000)).substr(0, 49),
             "Expressions are nested too deep inside each other");
+  // What fits 8 MB is too deep for the thread of a host that is sparing with them.
+  support::RunOnStack(std::size_t{64} << 10, [&] {
+    ExpectValue(L"1+(2*(3))", Scalar(7.0));
+    EXPECT_EQ(Failure(repeat(L"-(", 300) + L"7" + repeat(L")", 300)).substr(0, 49),
+              "Expressions are nested too deep inside each other");
+  });
   EXPECT_EQ(Failure(std::wstring(corvath::calculator::kMaxTextLength + 1, L'1')).find(too_long),
             0u);
   // Values that grow.

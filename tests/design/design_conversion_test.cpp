@@ -99,7 +99,7 @@ TEST(DesignConversion, SaysWhichValueDoesNotFit) {
             "Can not handle string to be ordinal discrete by value");
   auto nothing = DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, {Entry()});
   EXPECT_EQ(ToMatrixRefusal(nothing, Entry()), "Discrete states have unsupported domain type.");
-  const corvath::math::Variant<double> vector(corvath::math::Variant<double>::Vector(2));
+  const corvath::math::Variant<double> vector(corvath::math::Variant<double>::Vector(2, 1.0));
   EXPECT_EQ(ToMatrixRefusal(free, Entry(vector)),
             "Designpoint conversion failed: variant isn't scalar.");
   DeterministicProperties unknown;

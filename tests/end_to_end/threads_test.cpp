@@ -1,4 +1,5 @@
 #include "end_to_end.h"
+#include "support/small_stack.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -51,6 +52,16 @@ TEST_F(Threads, TheirNumberDoesNotChangeASingleBit) {
     const auto shared = SolveAll(Project(), inputs);
     EXPECT_EQ(std::memcmp(shared.data(), alone.data(), alone.size() * sizeof(double)), 0) << number;
   }
+}
+
+TEST_F(Threads, WorkOnSmallStacks) {
+  if (TEST_SANITIZED) GTEST_SKIP() << "the sanitizers make frames several times as large";
+  const auto inputs = ManyInputs(3);
+  const auto expected = SolveAll(Project(), inputs);
+  dzel2_cleanup();
+  std::vector<double> found;
+  support::RunOnStack(std::size_t{64} << 10, [&] { found = SolveAll(Project(), inputs); });
+  EXPECT_EQ(found, expected);
 }
 
 TEST_F(Threads, MayCallAtAnyTimeWhileOthersCloseEverything) {

@@ -3,6 +3,7 @@
 #include "metamodel/kriging/ordinary_kriging.h"
 
 #include <exception>
+#include <new>
 
 namespace corvath::math::metamodel {
 
@@ -48,6 +49,8 @@ void OrdinaryKriging::LoadVersion0(Archive& ar) {
   if (points_trans_reduced_.size() != 0 || NeedsBuild(trans_coord_)) return;
   try {
     points_trans_reduced_ = trans_coord_ ? trans_coord_->Forward(points_) : points_;
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {
     // Points that do not fit their transform: the model is refused when it is used.
   }

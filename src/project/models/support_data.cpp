@@ -7,6 +7,7 @@
 
 #include <exception>
 #include <limits>
+#include <new>
 
 // Support data of the models are left out of a saved project and taken back from its designs.
 
@@ -125,6 +126,8 @@ void SurrogateInfoContainer::RestoreSupportData(const DesignManager& designs,
       WarnOfMissing(info, support.GetDesigns().size());
       info.GetSurrogate()->SetSupportData(support.GetPoints(),
                                           ResponseValues(support.GetDesigns(), info));
+    } catch (const std::bad_alloc&) {
+      throw;
     } catch (const std::exception& error) {
       // No support points, but their width: the model still predicts, and what needs the points
       // says that they are missing.

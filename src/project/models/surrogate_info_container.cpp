@@ -7,6 +7,7 @@
 #include "metamodel/surrogate.h"
 
 #include <exception>
+#include <new>
 #include <utility>
 
 namespace corvath::algorithm::datatypes {
@@ -24,6 +25,8 @@ bool Guarded(const SurrogateInfo& info, const SurrogateInfoContainer::LogPointer
   if (!logger) return build(*info.GetSurrogate());
   try {
     return build(*info.GetSurrogate());
+  } catch (const std::bad_alloc&) {
+    throw;  // no fault of the model
   } catch (const std::exception& error) {
     utils::log::LogLine(logger, utils::log::kWarning)
         << L"The model of response \"" << info.GetFullName() << L"\" fails: " << error.what();

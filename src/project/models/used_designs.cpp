@@ -6,6 +6,7 @@
 #include "metamodel/surrogate.h"
 #include "project/models/surrogate_info_container.h"
 
+#include <new>
 #include <set>
 #include <string>
 #include <utility>
@@ -58,6 +59,8 @@ void RecoverUsedDesigns(SurrogateInfoContainer& infos, const DesignManager& desi
     SurrogateInfo::HidVector ids;
     try {
       ids = FindUsedDesigns(info, designs, parameters, search);
+    } catch (const std::bad_alloc&) {
+      throw;
     } catch (const std::exception&) {
       // The designs of this model cannot be told; it keeps its support data in later files.
     }

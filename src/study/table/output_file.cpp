@@ -1,5 +1,6 @@
 #include "study/table/output_file.h"
 
+#include "foundation/replacement_file.h"
 #include "foundation/symbolic_links.h"
 #include "study/refusal.h"
 
@@ -66,12 +67,16 @@ void OutputFile::Write(std::string_view text) {
 void OutputFile::Commit() {
   if (std::fflush(file_) != 0) Fail();
   if (is_stream_) return;
+  // The content first: a new name that reached the disk before it would leave an empty file in the
+  // old one's place when the power fails.
+  if (!temporary_.empty() && fsync(fileno(file_)) != 0) Fail();
   std::FILE* const file = file_;
   file_ = nullptr;
   if (std::fclose(file) != 0) Fail();
   if (temporary_.empty()) return;
   if (std::rename(temporary_.c_str(), target_.c_str()) != 0) Fail();
   temporary_.clear();
+  utils::SyncDirectoryOf(target_);
   if (watcher_ != nullptr) watcher_->End();
 }
 
