@@ -409,7 +409,8 @@ TEST(Study, AnalysesRepeatOnAnyNumberOfThreadsAndAreCancelled) {
     volume += best["inputs"]["area_" + std::to_string(i)].asDouble() * (i > 6 ? M_SQRT2 : 1.0);
   EXPECT_NEAR(best["quantities"]["mass"].asDouble() / volume, 36.0, 0.01) << "inches, 0.1 lb/in^3";
   const Json::Value none = Document(Get<Result>([&](zelstudy_result** out) {
-    return zelstudy_optimize(project.get(), R"({"minimize": ["mass"], "limits": ["mass <= 1"]})",
+    return zelstudy_optimize(project.get(), R"({"minimize": ["mass"], "project_limits": false,
+                             "limits": ["mass <= 1"]})",
                              nullptr, nullptr, out);
   }));
   EXPECT_EQ(none["status"], "infeasible");

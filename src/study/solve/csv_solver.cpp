@@ -80,11 +80,11 @@ class Solver {
     while (!cells_.HasHeader() && (has_more_ = ReadOn())) {
     }
     if (!cells_.HasHeader()) throw Refusal(reader_.GetName() + ": no header row");
-    WriteHeader();
     blocks_.resize(std::min(kMostBlocks, utils::GetNumThreads() + 2));
     utils::ParallelPipeline(
         blocks_.size(), [this](std::size_t i) { return Fill(blocks_[i]); },
         [this](std::size_t i) { Solve(blocks_[i]); }, [this](std::size_t i) { Take(blocks_[i]); });
+    if (!has_written_header_) WriteHeader();  // a table without designs
     file_.Commit();
     summary_.table = reader_.GetName();
     summary_.format = reader_.DescribeFormat();
@@ -132,7 +132,9 @@ class Solver {
     return true;
   }
 
+  /// Behind the first block that is solved: a table that is refused there leaves nothing on a stream.
   void WriteHeader() {
+    has_written_header_ = true;
     CsvText text;
     for (const auto& name : project_.GetOutputs()) text.Add(name);
     if (request_.criteria)
@@ -186,6 +188,7 @@ class Solver {
   }
 
   void Take(Block& block) {
+    if (!has_written_header_) WriteHeader();
     file_.Write(block.text.Get());
     for (std::size_t i = 0; i < outside_.size(); ++i) outside_[i] += block.outside[i];
     for (std::string& note : block.notes) summary_.notes.push_back(std::move(note));
@@ -202,10 +205,11 @@ class Solver {
   InputCells cells_;
   OutputFile file_;
   std::deque<Extra> extras_;
-  std::size_t block_rows_ = 1;          ///< at most
-  std::deque<Block> read_;              ///< not handed on yet
-  bool is_open_ = false;                ///< whether more rows may come to the last one
-  bool has_more_ = true;                ///< of the table
+  std::size_t block_rows_ = 1;  ///< at most
+  std::deque<Block> read_;      ///< not handed on yet
+  bool is_open_ = false;        ///< whether more rows may come to the last one
+  bool has_more_ = true;        ///< of the table
+  bool has_written_header_ = false;
   std::vector<Block> blocks_;           ///< under way
   std::vector<std::uint64_t> outside_;  ///< designs, by input
   CsvSolveSummary summary_;
