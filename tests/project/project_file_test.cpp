@@ -188,7 +188,8 @@ TEST(ProjectFile, SavingKeepsModeAndSymbolicLink) {
   for (const char* target : {"missing.vrdb", "circle"}) {
     const std::string odd = directory.File(target[0] == 'm' ? "dangling" : "circle");
     boost::filesystem::create_symlink(target, odd);
-    EXPECT_EQ(target[0] == 'c', !MessageOf([&] { SaveProjectFile(VRDB(), odd, {/*outer_header=*/false}); }).empty());
+    EXPECT_EQ(target[0] == 'c',
+              !MessageOf([&] { SaveProjectFile(VRDB(), odd, {/*outer_header=*/false}); }).empty());
     EXPECT_TRUE(boost::filesystem::is_symlink(odd));
   }
   EXPECT_EQ(ReadFile(directory.File("missing.vrdb")).substr(0, 3), "KBX");
