@@ -22,14 +22,12 @@
 namespace corvath::analysis {
 namespace {
 
-using algorithm::datatypes::Criterion;
 using algorithm::datatypes::Design;
 using algorithm::datatypes::DeterministicProperties;
 using algorithm::datatypes::InputColumns;
 using algorithm::datatypes::InputSide;
 using algorithm::datatypes::Parameter;
 using Eigen::Index;
-using enums::DesignEntry;
 using zel::ExtrapolationType;
 using zel::ScalarNumber;
 

@@ -107,6 +107,7 @@ std::vector<Evaluated> Starts(const NonlinearProgram& program, const MeritFuncti
       rows.push_back(order[k]);
     }
   std::vector<Evaluated> starts;
+  starts.reserve(rows.size());
   for (const Eigen::Index row : rows)
     starts.push_back({screening.points.row(row), screening.values.row(row)});
   return starts;
