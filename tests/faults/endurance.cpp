@@ -130,11 +130,10 @@ int main(int argc, char** argv) {
                  "endurance: two projects of the same dimensions and other values, please\n");
     return 2;
   }
-  char folder[] = "/tmp/endurance-XXXXXX";
-  if (mkdtemp(folder) == nullptr) return 1;
+  std::string folder = (fs::temp_directory_path() / "endurance-XXXXXX").string();
+  if (mkdtemp(folder.data()) == nullptr) return 1;
   for (long i = 0; i < files; ++i)
-    Replace(std::string(folder) + '/' + std::to_string(i) + ".vrdb",
-            i % 2 == 0 ? a.bytes : b.bytes);
+    Replace(folder + '/' + std::to_string(i) + ".vrdb", i % 2 == 0 ? a.bytes : b.bytes);
   for (long p = 0; p < processes; ++p)
     if (fork() == 0)
       _exit(RunProcess(a, b, folder, files, solves / processes, threads,
