@@ -111,10 +111,12 @@ def test_progress_is_told_and_may_end_the_training(frame):
     shares = [share for share, _ in told if share >= 0]
     assert len(shares) > 1 and shares == sorted(shares) and 0 <= shares[-1] <= 1
     assert any("mass" in text for _, text in told)
-    for last in (0, 1):
+    many = pandas.concat([frame] * 20, ignore_index=True)  # seconds: there is something to end
+    many["b"] += np.random.default_rng(1).uniform(0, 1, len(many))
+    for last in (1, 3):
         rest = iter(range(last))
         with pytest.raises(StopIteration):
-            zelsolver.train(frame, INPUTS, RESPONSES, progress=lambda *now: next(rest))
+            zelsolver.train(many, INPUTS, RESPONSES, progress=lambda *now: next(rest))
 
 
 def test_ctrl_c_ends_the_training(frame):
