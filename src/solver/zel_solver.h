@@ -163,8 +163,9 @@ class ZELSolver {
                                        const ConstPoints& matrix, ExtrapolationType type,
                                        bool throw_on_error);
 
-  /// EvaluateResponse of all outputs, in the order of their names: R * n * r values. NaN for an output whose response has not a model for each of its elements, or that the
-  /// project's own list of responses leaves out. Empty when that holds for all.
+  /// EvaluateResponse of all outputs, in the order of their names: R * n * r values. NaN for an output
+  /// whose response has not a model for each of its elements, or that the project's own list of
+  /// responses leaves out. Empty when that holds for all.
   std::vector<double> EvaluateAllResponses(const Evaluator& evaluator, const ConstPoints& matrix,
                                            ExtrapolationType type, bool throw_on_error);
 

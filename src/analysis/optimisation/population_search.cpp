@@ -1,5 +1,6 @@
 #include "analysis/optimisation/population_search.h"
 
+#include "foundation/constants.h"
 #include "foundation/parallel.h"
 
 #include <algorithm>
@@ -23,11 +24,11 @@ class Draws {
     return static_cast<Eigen::Index>(Uniform() * static_cast<double>(count));
   }
   double Cauchy(double location, double scale) {
-    return location + scale * std::tan(3.14159265358979 * (Uniform() - 0.5));
+    return location + scale * std::tan(math::kPi * (Uniform() - 0.5));
   }
   double Normal(double mean, double deviation) {
     return mean + deviation * std::sqrt(-2.0 * std::log(Uniform())) *
-                      std::cos(2.0 * 3.14159265358979 * Uniform());
+                      std::cos(2.0 * math::kPi * Uniform());
   }
 
  private:
