@@ -12,9 +12,9 @@ namespace {
 
 using std::to_string;
 
-class Writer {
+class ModelWriter {
  public:
-  Writer(const ProjectDescription& project, const CNames& names, std::set<std::string>& needed)
+  ModelWriter(const ProjectDescription& project, const CNames& names, std::set<std::string>& needed)
       : project_(project), names_(names), needed_(needed) {}
 
   std::string Response(std::size_t k) {
@@ -262,7 +262,7 @@ class Writer {
 
 std::string CModel(const ProjectDescription& project, std::size_t k, const CNames& names,
                    std::set<std::string>& needed) {
-  return Writer(project, names, needed).Response(k);
+  return ModelWriter(project, names, needed).Response(k);
 }
 
 }  // namespace corvath::exchange

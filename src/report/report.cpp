@@ -6,6 +6,7 @@
 #include "exchange/json_writer.h"
 #include "exchange/model_reader.h"
 #include "exchange/write_json.h"
+#include "foundation/constants.h"
 #include "foundation/text.h"
 #include "project/records/detailed_information.h"
 #include "report/page_parts.h"
@@ -17,7 +18,6 @@
 #include <cryptopp/sha.h>
 
 #include <cmath>
-#include <limits>
 #include <new>
 #include <sstream>
 #include <unordered_map>
@@ -37,7 +37,7 @@ using utils::FromUtf8;
 using utils::ToUtf8;
 using zel::ZELSolver;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
 
 std::string HtmlText(const std::string& text) {
   std::string escaped;

@@ -1,6 +1,7 @@
 #include "analysis/optimisation/design_task.h"
 
 #include "analysis/optimisation/expected_errors.h"
+#include "foundation/text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,9 +10,7 @@
 namespace corvath::analysis {
 namespace {
 
-std::wstring Quoted(const std::wstring& text) {
-  return L"\"" + text + L"\"";
-}
+using utils::Quoted;
 
 std::wstring Trim(const std::wstring& text) {
   const auto begin = text.find_first_not_of(L" \t");

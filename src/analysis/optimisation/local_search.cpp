@@ -1,13 +1,14 @@
 #include "analysis/optimisation/local_search.h"
 
+#include "foundation/constants.h"
+
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace corvath::analysis {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+using math::kInfinity;
 constexpr int kMaxRounds = 10;
 /// Beyond it a breach, in units of the scales, is no matter of tolerances.
 constexpr double kSmallBreach = 1e-3;

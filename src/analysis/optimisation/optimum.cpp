@@ -1,10 +1,11 @@
 #include "analysis/optimisation/optimum.h"
 
+#include "foundation/constants.h"
+#include "foundation/text.h"
 #include "metamodel/local_errors.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numeric>
 
 namespace corvath::analysis {
@@ -12,7 +13,9 @@ namespace {
 
 using math::metamodel::ErrorColumn;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
+using utils::Quoted;
+
 constexpr Eigen::Index kMaxStarts = 5000;  // of analysed designs
 constexpr std::size_t kNearest = 3;
 /// A limit with no more left than this share of its scale holds the optimum back, if it has a
@@ -56,10 +59,6 @@ PredictionTrust TrustOf(const StudyModel& model, Eigen::Index response,
   const Eigen::VectorXd densities = model.LocalErrors(response, designs).col(ErrorColumn::kDensity);
   trust.density_rank = (densities.array() < trust.density).cast<double>().mean();
   return trust;
-}
-
-std::wstring Quoted(const std::wstring& text) {
-  return L"\"" + text + L"\"";
 }
 
 }  // namespace

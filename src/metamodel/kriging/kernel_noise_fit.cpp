@@ -1,12 +1,12 @@
 #include "metamodel/kriging/kernel_noise_fit.h"
 
+#include "foundation/constants.h"
 #include "optimizer/nlpqlp_interface.h"
 
 #include <Eigen/Cholesky>
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 #include <vector>
 
@@ -14,7 +14,7 @@ namespace corvath::math::metamodel {
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+using math::kInfinity;
 /// Natural logarithms of the bounds.
 const double kLowestRadius = std::log(0.1);
 const double kHighestRadius = std::log(300.0);

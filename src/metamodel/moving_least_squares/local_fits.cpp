@@ -1,10 +1,10 @@
 #include "metamodel/moving_least_squares/local_fits.h"
 
+#include "foundation/constants.h"
 #include "metamodel/simd/dense_products.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace corvath::math::metamodel {
 
@@ -20,7 +20,7 @@ constexpr Eigen::Index kChunkRows = 256;
 /// A support point with a weight up to this is out of reach.
 constexpr double kReach = 1e-5;
 
-constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
 
 /// Whether at least `least` support points are within reach.
 bool Reaches(const Eigen::Ref<const Eigen::VectorXd>& weights, Eigen::Index least) {
@@ -106,14 +106,14 @@ void LocalFits::Predict(const Eigen::Ref<const Eigen::MatrixXd>& weights,
   const Eigen::Index p = basis_.cols();
   if (p == 0) return Average(weights, results);
   const bool has_table = products_.size() > 0 && !constant_;
-  results.setConstant(kNoNumber);
+  results.setConstant(kNaN);
   if (has_table) {
     FormSystems(weights);
     if (p <= simd::kMostTerms) SolveSystems(basis_at, results);
   }
   for (Eigen::Index i = 0; i < weights.cols(); ++i) {
     if (require_reach && !Reaches(weights.col(i), p)) {
-      results(i) = kNoNumber;
+      results(i) = kNaN;
       continue;
     }
     if (!std::isnan(results(i))) continue;

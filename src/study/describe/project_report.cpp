@@ -28,7 +28,7 @@ using report::Competitor;
 /// Of each response, beside the chosen one.
 constexpr std::size_t kMaxCompetitors = 15;
 
-std::string ModelText(const Candidate& candidate) {
+std::string CompetitorText(const Candidate& candidate) {
   std::string text = candidate.family + " | " + std::to_string(candidate.order);
   if (candidate.interactions) text += ", interactions";
   if (candidate.ridge) text += ", ridge";
@@ -50,7 +50,7 @@ std::vector<std::vector<Competitor>> CompetitorsOf(const Project& project,
       for (const std::string& input : candidate.inputs)
         inputs += (inputs.empty() ? "" : ", ") + input;
       list.push_back(
-          {ModelText(candidate), inputs, candidate.cop, candidate.rmse, candidate.chosen});
+          {CompetitorText(candidate), inputs, candidate.cop, candidate.rmse, candidate.chosen});
     }
   }
   return all;
