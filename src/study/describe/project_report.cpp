@@ -14,6 +14,7 @@
 #include "study/describe/json_text.h"
 #include "study/project/project.h"
 #include "study/refusal.h"
+#include "study/table/table_columns.h"
 
 #include <json/json.h>
 
@@ -52,6 +53,17 @@ std::vector<std::vector<Competitor>> CompetitorsOf(const Project& project,
       list.push_back(
           {CompetitorText(candidate), inputs, candidate.cop, candidate.rmse, candidate.chosen});
     }
+  }
+  return all;
+}
+
+std::vector<std::vector<std::string>> WordsOf(const Project& project,
+                                              const ProjectDescription& description) {
+  const TableColumns columns = TableColumns::FromProject(project.GetRecord());
+  std::vector<std::vector<std::string>> all;
+  for (const auto& input : description.inputs) {
+    const TableColumn* const column = columns.Find(input.name);
+    all.push_back(column == nullptr ? std::vector<std::string>() : column->words);
   }
   return all;
 }
@@ -108,6 +120,7 @@ WrittenProject ReportProject(const Project& project, const ReportRequest& reques
         exchange::DescribeProject(project.GetSolver(), project.GetPath(), {});
     report::Extras extras;
     extras.competitors = CompetitorsOf(project, description);
+    extras.words = WordsOf(project, description);
     extras.notes = request.notes;
     for (const std::string& name : request.with)
       AddAnalysis(project, name, request, progress, extras);
