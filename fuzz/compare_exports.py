@@ -195,10 +195,11 @@ class Round:
                 if not is_response and ((np.isnan(a) or np.isnan(b)) and not self.safe or not self.finite(expected, i) or
                                         "floor" in entry["text"] or "ceil" in entry["text"]):
                     continue
-                if i >= NUM_INSIDE and share > 0.0 and abs(a - b) <= (1e-9 if is_response else 1e-6) * max(abs(a), abs(b), spread):
-                    continue
                 # 1 - cos(x) magnifies the last digit of another library's cosine.
-                if i < NUM_INSIDE and abs(a - b) <= share * spread + (0.0 if is_response else 1e-15):
+                difference = abs(a - b) - (0.0 if is_response else 1e-15)
+                if i >= NUM_INSIDE and share > 0.0 and difference <= (1e-9 if is_response else 1e-6) * max(abs(a), abs(b), spread):
+                    continue
+                if i < NUM_INSIDE and difference <= share * spread:
                     continue
                 yield (f"{what}: {entry['name']!r} ({family}) at {self.x[i].tolist()}: {a!r}, the library "
                        f"{b!r}, difference / range {abs(a - b) / spread if spread else 0:.2g}")
