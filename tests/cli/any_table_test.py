@@ -1,8 +1,6 @@
 #!/usr/bin/env python3
 """Tables as spreadsheets, devices and people write them, through zel train and zel solve."""
-import csv
 import datetime
-import io
 import json
 import random
 
