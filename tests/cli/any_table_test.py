@@ -1,8 +1,6 @@
 #!/usr/bin/env python3
 """Tables as spreadsheets, devices and people write them, through zel train and zel solve."""
-import csv
 import datetime
-import io
 import json
 import random
 
@@ -54,8 +52,7 @@ class AnyTable(ProgramTest):
     def solve(self, data, *arguments):
         result = zel("solve", str(self.path / "t.vrdb"), "--in", "-", "--extrapolate", *arguments,
                      stdin=data if isinstance(data, bytes) else data.encode())
-        self.assertEqual(result.returncode, 0, result.stderr)
-        return list(csv.DictReader(io.StringIO(result.stdout.decode()))), result.stderr.decode()
+        return self.records(result), result.stderr.decode()
 
     def test_reads_tables_as_what_they_are(self):
         self.train(text())
