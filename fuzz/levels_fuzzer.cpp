@@ -3,15 +3,14 @@
 
 #include "metamodel/simd/dense_products.h"
 #include "metamodel/simd/kernel_sums.h"
+#include "number_source.h"
 
 #include <Eigen/Core>
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 
 namespace {
@@ -25,42 +24,15 @@ void Require(bool holds) {
   if (!holds) std::abort();
 }
 
-/// Numbers out of an input's bytes, over and over.
-class Source {
- public:
-  Source(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
-
-  std::uint8_t Byte() { return data_[place_++ % size_]; }
-  Index Size(Index most) { return 1 + Byte() % most; }
-
-  /// Any double at all where `wild`, otherwise one of 256 between -1 and 1.
-  MatrixXd Matrix(Index rows, Index columns, bool wild) {
-    MatrixXd matrix(rows, columns);
-    for (double& number : matrix.reshaped()) {
-      number = (Byte() - 127.5) / 128.0;
-      if (!wild) continue;
-      std::uint8_t bytes[sizeof number];
-      for (std::uint8_t& byte : bytes) byte = Byte();
-      std::memcpy(&number, bytes, sizeof number);
-    }
-    return matrix;
-  }
-
- private:
-  const std::uint8_t* data_;
-  std::size_t size_;
-  std::size_t place_ = 0;
-};
-
 bool SameBits(const MatrixXd& a, const MatrixXd& b) {
   return ((a.array() == b.array()) || (a.array().isNaN() && b.array().isNaN())).all();
 }
 
-void CompareKernels(Source& source, bool wild) {
+void CompareKernels(fuzz::NumberSource& source, bool wild) {
   const Index num_inputs = source.Size(12);
   const MatrixXd points = source.Matrix(source.Size(140), num_inputs, wild);
   const MatrixXd x = source.Matrix(source.Size(9), num_inputs, wild);
-  const bool isotropic = source.Byte() % 2 == 0;
+  const bool isotropic = source.Flag();
   const VectorXd factors = -source.Matrix(isotropic ? 1 : num_inputs, 1, wild).cwiseAbs();
   const VectorXd values = source.Matrix(points.rows(), 1, wild);
   const simd::ExpKernel kernel{points.data(), points.rows(), points.rows(),  x.data(), x.rows(),
@@ -83,7 +55,7 @@ void CompareKernels(Source& source, bool wild) {
   for (int i = 0; i < count; ++i) Require(SameBits(run(*all[i]), expected));
 }
 
-void CompareDense(Source& source) {
+void CompareDense(fuzz::NumberSource& source) {
   const Index k = source.Size(60);
   const MatrixXd a = source.Matrix(k, source.Size(60), false);
   const MatrixXd b = source.Matrix(k, source.Size(20), false);
@@ -119,7 +91,7 @@ void CompareDense(Source& source) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
-  Source source(data, size);
+  fuzz::NumberSource source(data, size);
   const std::uint8_t kind = source.Byte();
   if (kind % 4 == 3)
     CompareDense(source);

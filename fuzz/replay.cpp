@@ -17,9 +17,9 @@
 #include <vector>
 
 // The targets' LLVMFuzzerTestOneInput under names of their own; the build gives them.
-#define ZEL_TARGETS(use)                                                                     \
-  use(archive) use(calculator) use(csv) use(levels) use(macro_file) use(parser) use(project) \
-      use(text)
+#define ZEL_TARGETS(use)                                                                    \
+  use(archive) use(calculator) use(csv) use(levels) use(macro_file) use(models) use(parser) \
+      use(project) use(records) use(text)
 #define ZEL_DECLARE(name) extern "C" int name##_target(const std::uint8_t* data, std::size_t size);
 ZEL_TARGETS(ZEL_DECLARE)
 

@@ -106,7 +106,7 @@ using Factory = classic::node_iter_data_factory<classic::nil_t>;
 using Node = classic::tree_match<const wchar_t*, Factory>::node_t;
 
 void Print(const Node& node, long around, std::string& out) {
-  const long id = node.value.id().to_long();
+  const auto id = static_cast<long>(node.value.id().to_long());
   const long rule = id == 0 ? around : id;
   out += std::to_string(rule) + '\'';
   for (auto c = node.value.begin(); c != node.value.end(); ++c)
