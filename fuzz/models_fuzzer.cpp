@@ -8,6 +8,7 @@
 #include "metamodel/surrogate.h"
 #include "metamodel/thin_plate_splines.h"
 #include "number_source.h"
+#include "try.h"
 
 #include <Eigen/Core>
 
@@ -15,7 +16,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <exception>
 #include <iterator>
 #include <memory>
 #include <numeric>
@@ -27,16 +27,7 @@ namespace {
 using namespace corvath::math::metamodel;
 using corvath::math::transform::TransformType;
 using fuzz::NumberSource;
-
-/// A refusal of one question, which leaves the next one.
-template <class Question>
-void Try(const Question& question) {
-  try {
-    question();
-  } catch (const std::exception&) {
-    // a refusal
-  }
-}
+using fuzz::Try;
 
 struct Table {
   Eigen::MatrixXd points;

@@ -9,10 +9,16 @@
 #include "foundation/log.h"
 #include "foundation/parallel.h"
 #include "project/file/file_header.h"
+#include "project/file/project_file.h"
+#include "project/records/algorithm_info.h"
+#include "project/records/detailed_information.h"
 #include "project/vrdb.h"
 #include "report/report.h"
 #include "solver/zel_solver.h"
+#include "try.h"
+#include "use_designs.h"
 
+#include <boost/filesystem/operations.hpp>
 #include <boost/make_shared.hpp>
 
 #include <cstddef>
@@ -25,20 +31,13 @@
 
 namespace {
 
+using fuzz::Try;
+
+using corvath::algorithm::datatypes::VRDB;
 using corvath::zel::ExtrapolationType;
 using corvath::zel::ZELSolver;
 
 namespace exchange = corvath::exchange;
-
-/// A refusal of one question, which leaves the next one.
-template <class Question>
-void Try(const Question& question) {
-  try {
-    question();
-  } catch (const std::exception&) {
-    // a refusal
-  }
-}
 
 void WriteAll(ZELSolver& solver) {
   const auto description = exchange::DescribeProject(solver, "", {});
@@ -65,6 +64,37 @@ void CompareThreads(ZELSolver& solver, Eigen::Index inputs) {
   const auto four = solve(4);
   if (!AreSame(one.responses, four.responses) || !AreSame(one.criteria, four.criteria))
     std::abort();
+}
+
+/// A file of the project's own bytes and one that is written of what they hold.
+void CheckFiles(const std::string& bytes) {
+  static const std::string path =
+      "/dev/shm/" + boost::filesystem::unique_path("project-%%%%%%%%.vrdb").string();
+  corvath::algorithm::datatypes::SaveProjectBytes(bytes, path);
+  const VRDB project = corvath::algorithm::datatypes::LoadProjectFile(path);
+  corvath::algorithm::datatypes::SaveProjectFile(project, path);
+  corvath::algorithm::datatypes::LoadProjectFile(path);
+  boost::filesystem::remove(path);
+}
+
+/// What the project tells before its models are built.
+void Use(VRDB& project) {
+  fuzz::Use(project.GetParameterManager());
+  fuzz::Use(project.GetDesignContainer());
+  Try([&] { project.GetInputBounds(); });
+  Try([&] { project.GetSamplingType(); });
+  Try([&] { project.GetResponseNames(); });
+  for (const std::wstring& name : project.GetResponseNames())
+    Try([&] { project.GetParameterLimits(name); });
+  const auto& info = project.GetAlgorithmInfo();
+  if (!info || !info->GetDetailedInformation()) return;
+  const auto detail = info->GetDetailedInformation()->Clone();
+  detail->IsEqual(info->GetDetailedInformation());
+  const auto& designs = project.GetDesignContainer();
+  const auto& parameters = project.GetParameterManager();
+  Try([&] { detail->RecoverUsedDesigns(designs, parameters); });
+  Try([&] { detail->ResetSupportData(designs, parameters); });
+  Try([&] { detail->RestoreSupportData(designs, parameters); });
 }
 
 /// @param compare  with more threads, which takes longer
@@ -100,6 +130,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     corvath::algorithm::datatypes::ReadFileHeader(stream);
     corvath::portable_binary_iarchive archive(stream, corvath::archive::kSilentOnMismatch);
     archive >> solver.GetProject();
+    Try([&] { Use(solver.GetProject()); });
+    if (size % 16 == 0) Try([&] { CheckFiles(stream.str()); });
     if (solver.Initialize()) Ask(solver, size % 16 == 0);
   } catch (const std::exception&) {
     // a refusal

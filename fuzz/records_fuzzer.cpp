@@ -27,6 +27,7 @@
 #include "project/settings/zel_classic_settings.h"
 #include "project/settings/zel_combined_settings.h"
 #include "project/vrdb.h"
+#include "use_designs.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -37,6 +38,7 @@
 #include <string>
 #include <type_traits>
 #include <typeinfo>
+#include <utility>
 
 namespace {
 
@@ -62,10 +64,28 @@ std::string Write(const T& object) {
   return stream.str();
 }
 
+template <class T, class = void>
+struct IsOfDesigns : std::false_type {};
 template <class T>
-void Try(const std::string& bytes) {
+struct IsOfDesigns<T, std::void_t<decltype(fuzz::Use(std::declval<const T&>()))>> : std::true_type {
+};
+
+/// What else is asked of an object of its kind.
+template <class T>
+void Use(const T& object) {
+  if constexpr (std::is_base_of_v<DetailedInformationBase, T>) object.IsEqual(object.Clone());
+  if constexpr (IsOfDesigns<T>::value) fuzz::Use(object);
+  if constexpr (std::is_same_v<T, VRDB>) {
+    Use(object.GetParameterManager());
+    Use(object.GetDesignContainer());
+  }
+}
+
+template <class T>
+void Check(const std::string& bytes) {
   T object;
   Read(bytes, object);
+  Use(object);
   const std::string written = Write(object);
   T same;
   Read(written, same);
@@ -77,7 +97,7 @@ using Reader = void (*)(const std::string& bytes);
 
 template <class... T>
 std::map<std::string, Reader> ReadersOf() {
-  return {{typeid(T).name(), &Try<T>}...};
+  return {{typeid(T).name(), &Check<T>}...};
 }
 
 const std::map<std::string, Reader>& Readers() {
