@@ -90,8 +90,8 @@ class Saving(unittest.TestCase):
             # Reads and what belongs to them: every seventh of many.
             if text.startswith(("read", "open")) and len(steps) > 40 and step % 7 != 0:
                 continue
-            for fault in (str(errno.EIO), "short", "kill"):
-                if fault == "short" and not text.startswith("write"):
+            for fault in (str(errno.EIO), "short", "full", "kill"):
+                if fault in ("short", "full") and not text.startswith("write"):
                     continue
                 result = self.run_with(command, step, fault)
                 statuses.add((text.split()[0], fault, result.returncode))
@@ -113,10 +113,11 @@ class Saving(unittest.TestCase):
                     self.assertEqual((self.path / "out").read_bytes(), OLD, where)
                     self.assertEqual(result.stderr.count(b"\n"), 1, where)
                     self.assertTrue(result.stderr.startswith(b"zel: "), where)
+                    self.assertEqual(b"No space left" in result.stderr, fault == "full", where)
         # Each kind was met: a failed write, fsync or rename is told, and a short write is no failure.
         eio = str(errno.EIO)
         self.assertTrue({("write", eio, 1), ("fsync", eio, 1), ("rename", eio, 1),
-                         ("write", "short", 0), ("rename", "kill", KILLED)} <= statuses, statuses)
+                         ("write", "short", 0), ("write", "full", 1), ("rename", "kill", KILLED)} <= statuses, statuses)
 
     def test_closed_descriptors_and_readers_that_leave_are_errors_or_no_matter(self):
         expected = None

@@ -1,8 +1,8 @@
 /* syscall_fault FOLDER LOG N FAULT COMMAND...: runs the command and meddles with the N-th of its
  * steps on files below FOLDER; 0: with none. FAULT is the number of an error that the step ends
- * with, "short" (a write takes one byte) or "kill" (the process dies before the step). LOG receives
- * the steps, one a line. The kernel's interface is watched, not the C library's: stdio and streams
- * make calls that cannot be replaced from outside.
+ * with, "short" (a write takes one byte), "full" (from there on nothing can be written) or "kill" (the
+ * process dies before the step). LOG receives the steps, one a line. The kernel's interface is
+ * watched, not the C library's: stdio and streams make calls that cannot be replaced from outside.
  *
  * Status: the command's; 128 + the signal that ended it; 125 when nothing can be watched. */
 #define _GNU_SOURCE
@@ -30,6 +30,7 @@ static FILE* record;
 static long fault_at;
 static long error_number; /* 0: another kind of fault */
 static int is_kill;
+static int is_full;
 static long num_steps;
 
 /* Threads that are inside a call; `fault` is the result that the call shall end with, or 0. */
@@ -122,7 +123,8 @@ static void Enter(struct Thread* thread, pid_t process) {
   ++num_steps;
   fprintf(record, "%s %s\n", step, path);
   fflush(record);
-  if (num_steps != fault_at) return;
+  const int is_writing = strcmp(step, "write") == 0 || strcmp(step, "create") == 0;
+  if (num_steps != fault_at && !(is_full && num_steps > fault_at && is_writing)) return;
   if (is_kill) {
     kill(process, SIGKILL);
   } else if (error_number == 0) {
@@ -184,7 +186,8 @@ int main(int argc, char** argv) {
   record = fopen(argv[2], "w");
   fault_at = atol(argv[3]);
   is_kill = strcmp(argv[4], "kill") == 0;
-  error_number = atol(argv[4]);
+  is_full = strcmp(argv[4], "full") == 0;
+  error_number = is_full ? ENOSPC : atol(argv[4]);
   if (record == NULL) return kCannotWatch;
   const pid_t process = fork();
   if (process == 0) {

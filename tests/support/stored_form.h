@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <limits>
 #include <map>
@@ -13,6 +15,7 @@
 #include <sstream>
 #include <string>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -290,11 +293,21 @@ class StoredForm {
       const auto stored = As(version);
       out << stored << 42;
     }
+    KeepInput(stream.str());
     corvath::portable_binary_iarchive in(stream, corvath::archive::kThrowOnMismatch);
     int behind = 0;
     ASSERT_NO_THROW(in >> read >> behind) << "version " << version;
     EXPECT_EQ(behind, 42) << "version " << version;
     Expect(read, version);
+  }
+
+  /// ZEL_KEEP_FORMS names a folder for the forms as inputs of fuzz/records_fuzzer.cpp.
+  static void KeepInput(const std::string& bytes) {
+    const char* const folder = std::getenv("ZEL_KEEP_FORMS");
+    if (folder == nullptr) return;
+    const std::string input = typeid(T).name() + ('\n' + bytes);
+    const std::string name = std::to_string(std::hash<std::string>()(input));
+    std::ofstream(folder + ('/' + name), std::ios::binary) << input;
   }
 
   void ExpectCopies(const T& read) const {

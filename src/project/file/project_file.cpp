@@ -14,7 +14,9 @@
 #include <cerrno>
 #include <fstream>
 #include <functional>
+#include <ostream>
 #include <stdexcept>
+#include <streambuf>
 #include <system_error>
 #include <vector>
 
@@ -40,14 +42,35 @@ void SetFileContext(const VRDB& project, const fs::path& path) {
     info->GetDetailedInformation()->SetFileContext(path.parent_path(), path.stem());
 }
 
+/// Passes bytes on and no locale. The beginning and the end of an archive set that of the buffer it
+/// writes to; a file buffer whose bytes wait for a full disk breaks of it, and closing it throws.
+class PassingBuffer : public std::streambuf {
+ public:
+  explicit PassingBuffer(std::streambuf& target) : target_(target) {}
+
+ protected:
+  int_type overflow(int_type c) override {
+    return traits_type::eq_int_type(c, traits_type::eof())
+               ? traits_type::not_eof(c)
+               : target_.sputc(traits_type::to_char_type(c));
+  }
+  std::streamsize xsputn(const char* bytes, std::streamsize count) override {
+    return target_.sputn(bytes, count);
+  }
+  int sync() override { return target_.pubsync(); }
+
+ private:
+  std::streambuf& target_;
+};
+
 /// Puts what `write` writes in the place of the file at `path`.
 void Replace(const fs::path& path, const std::function<void(std::ostream&)>& write) {
   utils::ReplacementFile temporary(path);
   std::vector<char> buffer(kStreamBuffer);
   std::ofstream stream;
   stream.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
-  stream.open(temporary.GetName(), std::ios::out | std::ios::binary | std::ios::trunc);
   errno = 0;
+  stream.open(temporary.GetName(), std::ios::out | std::ios::binary | std::ios::trunc);
   const auto throw_stream_error = [&path] {
     const std::string reason = errno == 0 ? "" : " (" + std::system_category().message(errno) + ')';
     utils::ThrowWriteError(path, GetStatusText(FileStatus::kInvalidStreamWhileWriting) + reason);
@@ -115,11 +138,11 @@ void WriteProject(std::ostream& stream, const VRDB& project, const fs::path& pat
   project.StampMetaData();  // the header shows the same time as the archive
   if (form.outer_header)
     WriteFileHeader(stream, {form.header_flag, BuildHeaderText(project, path)});
-  portable_binary_oarchive archive(stream, form.archive_flags);
+  PassingBuffer buffer(*stream.rdbuf());
+  std::ostream passing(&buffer);
+  portable_binary_oarchive archive(passing, form.archive_flags);
   archive << project;
-  // The archive's end changes the stream's locale, and with bytes that wait for a full disk that
-  // breaks the stream so that closing it throws std::bad_cast.
-  if (!stream.flush())
+  if (!passing.flush())
     throw boost::archive::archive_exception(boost::archive::archive_exception::output_stream_error);
 }
 

@@ -7,6 +7,15 @@ namespace {
 
 constexpr std::size_t kFlushAt = 1 << 16;
 
+/// Whether a reader would take the bare text for something else: for several cells or lines, for
+/// less than it is, as blanks at the ends do not count, or for a comment.
+bool NeedsQuotes(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t";
+  if (text.empty()) return false;
+  return text.find_first_of(",;|\t\"\r\n") != text.npos || text.front() == '#' ||
+         kBlanks.find(text.front()) != kBlanks.npos || kBlanks.find(text.back()) != kBlanks.npos;
+}
+
 }  // namespace
 
 void CsvText::Separate() {
@@ -16,7 +25,7 @@ void CsvText::Separate() {
 
 void CsvText::Add(std::string_view text) {
   Separate();
-  if (text.find_first_of(",\"\r\n") == std::string_view::npos) {
+  if (!NeedsQuotes(text)) {
     text_ += text;
     return;
   }
