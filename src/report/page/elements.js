@@ -12,19 +12,24 @@ function element(name, attributes, ...children) {
 
 function table(head, rows, caption) {
   const cell = (name, content, number) => {
-    const node = content instanceof Node ? content : element(name, {}, String(content));
+    const node = content instanceof Node ? content : textCell(name, String(content));
     if (number) node.classList.add('number');
     return node;
   };
   const body = element('tbody');
   for (const row of rows)
     body.append(element('tr', {}, ...row.map((content, i) => cell('td', content, head[i].number))));
-  const heads = head.map((h) => cell('th', element('th', {scope: 'col'}, h.text), h.number));
+  const heads = head.map((h) => cell('th', textCell('th', brief(h.text), {scope: 'col'}), h.number));
   return element('table', {}, element('caption', {class: 'unseen'}, caption),
     element('thead', {}, element('tr', {}, ...heads)), body);
 }
 
-const rowHead = (text) => element('th', {scope: 'row'}, text);
+/* A long text stands in full in the tip. */
+function textCell(name, text, attributes = {}) {
+  const shown = brief(text, 400);
+  return element(name, shown === text ? attributes : {title: text, ...attributes}, shown);
+}
+const rowHead = (text, title) => textCell('th', brief(text, 100), {scope: 'row', ...(title ? {title} : {})});
 
 /* A share between 0 and 1, the darker the larger. */
 function shareCell(share, digits = 2) {

@@ -52,7 +52,7 @@ function makeParallel(project, quantities, chosenChanged) {
   });
   const axes = chart.svg.selectAll('.axis').data(d3.range(quantities.length)).join('g').attr('class', 'axis')
     .attr('transform', (q) => `translate(${place(q)},0)`)
-    .each(function (q) { d3.select(this).call(setTicks(d3.axisLeft(scales[q]), quantities[q], 6)); });
+    .each(function (q) { d3.select(this).call(setTicks(d3.axisLeft(scales[q]), quantities[q], 6, step / 12)); });
   axes.append('text').attr('class', 'title').attr('y', chart.top - 16)
     .text((q) => shorten(quantities[q].name, step / 7.5)).append('title').text((q) => quantities[q].title);
   axes.append('g').call(brush);
