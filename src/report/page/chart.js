@@ -24,6 +24,7 @@ class Chart {
     const {left, right, top, bottom} = {left: 64, right: 14, top: 10, bottom: 42, ...margin};
     Object.assign(this, {width, height, left, top, right: width - right, bottom: height - bottom});
     const figure = d3.select(parent).append('figure').style('width', width + 'px');
+    this.figure = figure.node();
     const frame = figure.append('div').attr('class', 'chart').style('aspect-ratio', `${width} / ${height}`);
     this.canvas = frame.append('canvas').attr('aria-hidden', 'true').node();
     this.svg = frame.append('svg').attr('viewBox', `0 0 ${width} ${height}`).attr('role', 'img');

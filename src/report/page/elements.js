@@ -19,23 +19,23 @@ function table(head, rows, caption) {
   const body = element('tbody');
   for (const row of rows)
     body.append(element('tr', {}, ...row.map((content, i) => cell('td', content, head[i].number))));
-  const heads = head.map((h) => cell('th', textCell('th', brief(h.text), {scope: 'col'}), h.number));
+  const heads = head.map((h) => cell('th', textCell('th', h.text, 80, {scope: 'col'}), h.number));
   return element('table', {}, element('caption', {class: 'unseen'}, caption),
     element('thead', {}, element('tr', {}, ...heads)), body);
 }
 
 /* A long text stands in full in the tip. */
-function textCell(name, text, attributes = {}) {
-  const shown = brief(text, 400);
+function textCell(name, text, length = 400, attributes = {}) {
+  const shown = brief(text, length);
   return element(name, shown === text ? attributes : {title: text, ...attributes}, shown);
 }
-const rowHead = (text, title) => textCell('th', brief(text, 100), {scope: 'row', ...(title ? {title} : {})});
+const rowHead = (text, title) => textCell('th', text, 100, {scope: 'row', ...(title ? {title} : {})});
 
 /* A share between 0 and 1, the darker the larger. */
 function shareCell(share, digits = 2) {
   const known = share !== null && share !== undefined;
   const level = within(Math.round((share || 0) * 5), [0, 5]);
-  return element('td', {class: known ? 'c' + level : ''}, format(share, digits));
+  return element('td', {class: known ? 'c' + level : ''}, known ? String(Number(share.toFixed(digits))) : '\u2013');
 }
 
 function addOptions(select, texts) {

@@ -42,10 +42,11 @@ function fillOverview(project) {
   at('glance').append(...summary(project).map((sentence) => textCell('li', sentence)));
   at('origin').textContent = `Made by ${models.made_by}. SHA-512 of the project: ${models.project.sha512}`;
 
-  at('cops').append(table(
+  const cops = at('cops').appendChild(table(
     [{text: 'Response'}, {text: 'CoP', number: true}, ...inputs.map((i) => ({text: i.name, number: true}))],
     responses.map((r) => [rowHead(r.title), shareCell(r.cop, 4), ...r.single_cops.map((share) => shareCell(share))]),
     'Coefficients of prognosis of each response, by input'));
+  cops.classList.toggle('dense', inputs.length > 12);
 
   const random = data.distributions.some((text) => text);
   const head = [{text: 'Name'}, {text: 'Unit'}, {text: 'Lower', number: true}, {text: 'Upper', number: true},

@@ -9,7 +9,7 @@ function makeParallel(project, quantities, chosenChanged) {
   const step = within(1180 / quantities.length, [76, 130]);
   const chart = new Chart(at('parallel'), Math.max(300, step * quantities.length), 360, 'Parallel coordinates',
     {margin: {left: 0, right: 0, top: 36, bottom: 14}});
-  chart.svg.node().closest('figure').classList.add('wide');
+  chart.figure.classList.add('wide');
   const place = (q) => step * (q + 0.65);
   const scales = spans.map((span) => d3.scaleLinear(span, [chart.bottom, chart.top]));
 
@@ -37,7 +37,7 @@ function makeParallel(project, quantities, chosenChanged) {
       return !limit || (value !== null && value >= limit[0] && value <= limit[1]);
     }));
     at('chosen').textContent = `${d3.sum(isChosen)} of ${count(n, 'design')} chosen`;
-    chart.describe(`Parallel coordinates of ${count(quantities.length, 'quantity').replace('quantitys', 'quantities')}, ` +
+    chart.describe(`Parallel coordinates of ${quantities.length} quantities, ` +
       at('chosen').textContent);
     startJob('parallel', draw());
     chosenChanged();
