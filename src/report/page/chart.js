@@ -19,8 +19,10 @@ function setTicks(axis, quantity, most, letters) {
 }
 
 class Chart {
-  /* `label` says what is to be seen to those who cannot see it. */
-  constructor(parent, width, height, label, {caption, margin} = {}) {
+  /* As wide as there is room, or as it likes where its parent scrolls. `label` says what is to be
+     seen to those who cannot see it. */
+  constructor(parent, widest, height, label, {caption, margin, scrolls = false} = {}) {
+    const width = scrolls ? widest : within(parent.clientWidth, [Math.min(240, widest), widest]);
     const {left, right, top, bottom} = {left: 64, right: 14, top: 10, bottom: 42, ...margin};
     Object.assign(this, {width, height, left, top, right: width - right, bottom: height - bottom});
     const figure = d3.select(parent).append('figure').style('width', width + 'px');

@@ -8,7 +8,7 @@ function makeParallel(project, quantities, chosenChanged) {
 
   const step = within(1180 / quantities.length, [76, 130]);
   const chart = new Chart(at('parallel'), Math.max(300, step * quantities.length), 360, 'Parallel coordinates',
-    {margin: {left: 0, right: 0, top: 36, bottom: 14}});
+    {margin: {left: 0, right: 0, top: 36, bottom: 14}, scrolls: true});
   chart.figure.classList.add('wide');
   const place = (q) => step * (q + 0.65);
   const scales = spans.map((span) => d3.scaleLinear(span, [chart.bottom, chart.top]));
