@@ -2,6 +2,7 @@
 
 Runs as   report_test.py ZEL EXAMPLES PROJECTS
 """
+import base64
 import csv
 import io
 import json
@@ -72,7 +73,8 @@ class ReportTest(unittest.TestCase):
         cls.pages = {}
         for project in STUDIES:
             cls.pages[project] = pathlib.Path(cls.folder.name, project.stem + ".html")
-            analyses = {"zel_tenbar_random": ["--with", "sensitivity,propagate"],
+            analyses = {"zel_tenbar_random": ["--with", "sensitivity,propagate,optimize",
+                                              "--minimize", "mass"],
                         "zel_tenbar": ["--with", "optimize", "--minimize", "mass"]}.get(project.stem, [])
             zel("report", project, "-o", cls.pages[project], "--quiet", *analyses)
 
@@ -169,6 +171,107 @@ class ReportTest(unittest.TestCase):
         least.send_keys("20,5", Keys.TAB)
         self.assertEqual(chosen.text,
                          f"{sum(area >= 20.5 for area in areas)} of 150 designs chosen")
+
+    def test_numbers_are_read_as_english_and_german_write_them(self):
+        self.open(TRUSS)
+        cases = {"1.5": 1.5, "1,5": 1.5, " -,5e1 ": -5.0, "1,500": 1.5, "1.234,5": 1234.5,
+                 "1,234.5": 1234.5, "1.234.567": 1234567.0, "1 234,5": 1234.5, "1'234'567": 1234567.0,
+                 "\u22123.": -3.0, "12.34,5": None, "1,2,3": None, "1.234,5.6": None, "": None,
+                 ".": None, "1e": None, "0x10": None, "Infinity": None}
+        read = self.run_script("return arguments[0].map((t) => { const v = parseNumber(t);"
+                               "return Number.isNaN(v) ? null : v; })", list(cases))
+        self.assertEqual(dict(zip(cases, read)), cases)
+        field = self.browser.find_element(By.CSS_SELECTOR, "#sliders input[type=text]")
+        field.send_keys("x")
+        self.assertEqual(field.get_attribute("aria-invalid"), "true")
+        error = self.browser.find_element(By.ID, field.get_attribute("aria-describedby").split()[1])
+        self.assertEqual((error.text, error.get_attribute("role")),
+                         ("No number; area_1 stays 12", "alert"))
+
+    def test_discrete_inputs_offer_their_states_and_show_words(self):
+        words, plies, x = ["brass", "<b>steel</b>", "Öl"], [1, 2, 8], [0.0, 1.0, 2.0, 3.0]
+        rows = [["kind", "plies", "x", "y"]] + [
+            [w, p, v, v * v + 10 * words.index(w) + p] for w in words for p in plies for v in x]
+        text = io.StringIO(newline="")
+        csv.writer(text).writerows(rows)
+        page = pathlib.Path(self.folder.name, "words.html")
+        zel("train", "-", "--inputs", "kind,plies,x", "--responses", "y", "--discrete", "plies",
+            "--budget", "1", "--quiet", "-o", page.with_suffix(".vrdb"), "--report", page,
+            stdin=text.getvalue().encode())
+        self.browser.get(page.as_uri())
+        offered = [[option.text for option in select.find_elements(By.TAG_NAME, "option")]
+                   for select in self.browser.find_elements(By.CSS_SELECTOR, "#sliders select")]
+        self.assertEqual(offered, [sorted(words), ["1", "2", "8"]])
+        slider = self.browser.find_element(By.CSS_SELECTOR, "#sliders input[type=range]")
+        slider.send_keys(Keys.HOME, Keys.ARROW_RIGHT)
+        self.assertEqual(slider.get_attribute("aria-valuetext"), sorted(words)[1])
+        time.sleep(0.5)
+        for chart in ("#slices", "#parallel", "#scatter"):
+            ticks = [e.text for e in self.browser.find_elements(By.CSS_SELECTOR, chart + " .tick")]
+            self.assertIn("brass", ticks, chart)
+        self.assertEqual(self.browser.get_log("browser"), [])
+
+    def test_thin_and_hostile_projects_open(self):
+        text = self.pages[TRUSS].read_text()
+        begin = text.index('id="data">') + len('id="data">')
+        end = text.index("</script>", begin)
+        for case in ("</script><b>x</b><img src=x onerror=alert(1)>", "\u202eabc\u2028\u2066\0",
+                     "A" * 10000, "\U0001f525" * 100, "no designs", "two designs", "nothing known"):
+            data = json.loads(text[begin:end])
+            models, designs = data["models"], data["designs"]
+            columns = [column for key in ("inputs", "measured", "predicted") for column in designs[key]]
+            if case.endswith(" designs"):
+                count = {"no designs": 0, "two designs": 2}[case]
+                for column in [designs["ids"], *columns]:
+                    del column[count:]
+                models["criteria"] = data["competitors"] = []
+            elif case == "nothing known":
+                for column in columns:
+                    column[:] = [None] * len(column)
+                for response in models["responses"]:
+                    response.update(cop=None, single_cops=[None] * 10, error=None)
+                for entry in models["inputs"]:
+                    entry.update(lower=None, upper=None, reference=None)
+            else:
+                for entry in models["inputs"] + models["responses"] + models["criteria"]:
+                    entry.update(name=case, unit=case)
+                models["inputs"][0]["states"] = [0, 1]
+                data.update(words=[[case, case]], notes=[case])
+                models["project"]["name"] = case
+            page = pathlib.Path(self.folder.name, "edited.html")
+            page.write_text(text[:begin] + json.dumps(data).replace("<", "\\u003c") + text[end:])
+            start = time.monotonic()
+            self.browser.get(page.as_uri())
+            self.assertLess(time.monotonic() - start, 20.0, case[:20])
+            self.run_script("window.dispatchEvent(new Event('beforeprint'))")  # draws all at once
+            self.assertEqual(self.browser.get_log("browser"), [], case[:20])
+            self.assertEqual(self.run_script("""
+                return [document.querySelectorAll('main b, main img').length,
+                        [...document.querySelectorAll('svg *')].filter((e) => [...e.attributes]
+                          .some((a) => /NaN|Infinity/.test(a.value))).length,
+                        document.documentElement.scrollWidth > window.innerWidth];"""),
+                             [0, 0, False], case[:20])
+
+    def test_paper_shows_all_charts_whole(self):
+        self.open(TRUSS)
+        pdf = base64.b64decode(self.browser.execute_cdp_cmd(
+            "Page.printToPDF", {"preferCSSPageSize": True})["data"])
+        self.assertIn(len(re.findall(rb"/Type /Page\b", pdf)), range(5, 10))
+        self.run_script("window.dispatchEvent(new Event('beforeprint'))")
+        command = self.browser.execute_cdp_cmd
+        self.addCleanup(command, "Emulation.setEmulatedMedia", {"media": ""})
+        self.addCleanup(command, "Emulation.clearDeviceMetricsOverride", {})
+        command("Emulation.setEmulatedMedia", {"media": "print"})
+        command("Emulation.setDeviceMetricsOverride", {
+            "width": 700, "height": 1000, "deviceScaleFactor": 1, "mobile": False})
+        cut = self.run_script("""
+            return [...document.querySelectorAll('figure, table')].filter((e) => e.clientWidth > 0 &&
+              e.getBoundingClientRect().right > window.innerWidth).map((e) => e.outerHTML.slice(0, 99));""")
+        hidden = self.run_script("""
+            return [...document.querySelectorAll('figure')].filter((e) => e.clientHeight < 50).length;""")
+        self.assertEqual((cut, hidden), ([], 0))
+        self.assertFalse(any(e.is_displayed() for e in self.browser.find_elements(
+            By.CSS_SELECTOR, "button, input[type=range], nav")))
 
     def test_analyses_stand_in_the_page(self):
         self.open(STUDIES[1])

@@ -42,7 +42,7 @@ function fillAnalyses(project, moveTo) {
   }
 
   function fillOptimization(result) {
-    const columnOf = inputs.map((input) => result.columns.indexOf(input.name));
+    const columnOf = inputs.map((input) => result.columns.indexOf(input.key));
     const rows = result.designs.map((design, i) => {
       const set = element('button', {type: 'button', 'aria-label': `Set the sliders to design ${i + 1}`}, 'Set');
       set.addEventListener('click', () => moveTo(columnOf.map((column, j) => design[column] ?? point[j])));

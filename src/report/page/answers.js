@@ -12,7 +12,7 @@ function fillAnswers(project) {
   if (criteria.length > 0)
     nodes.push(element('h3', {}, 'Criteria'), table(
       [{text: 'Criterion'}, {text: 'Value', number: true}, {text: 'State'}], criteria.map((c, i) => {
-        const name = element('th', {scope: 'row', title: c.text}, c.name);
+        const name = rowHead(c.name, c.text);
         const bad = c.limit && limits[i] < 0;
         const state = !c.limit ? '' : bad ? element('td', {class: 'bad'}, '\u2717 violated')
           : limits[i] >= 0 ? element('td', {class: 'good'}, '\u2713 kept') : 'unknown';

@@ -5,13 +5,13 @@ function color(name) {
   return getComputedStyle(document.documentElement).getPropertyValue('--' + name).trim();
 }
 
-/* Ticks of a quantity: its states, as many as there is room for, else round numbers with the digits
-   that tell them apart. */
-function setTicks(axis, quantity, most) {
+/* Ticks of a quantity: its states, of words those letters that there is room for, else round numbers
+   with the digits that tell them apart. */
+function setTicks(axis, quantity, most, letters) {
   if (quantity.states) {
-    const every = Math.ceil(quantity.states.length / most);
+    const every = Math.ceil(quantity.states.length / Math.max(most, 5));
     return axis.tickValues(quantity.states.filter((_, i) => i % every === 0))
-      .tickFormat((value) => shorten(quantity.text(value, 4), 12));
+      .tickFormat((value) => shorten(quantity.text(value, 4), letters));
   }
   const [low, high] = axis.scale().domain();
   const digits = d3.precisionRound(d3.tickStep(low, high, most), Math.max(Math.abs(low), Math.abs(high)));
@@ -19,11 +19,14 @@ function setTicks(axis, quantity, most) {
 }
 
 class Chart {
-  /* `label` says what is to be seen to those who cannot see it. */
-  constructor(parent, width, height, label, {caption, margin} = {}) {
+  /* As wide as there is room, or as it likes where its parent scrolls. `label` says what is to be
+     seen to those who cannot see it. */
+  constructor(parent, widest, height, label, {caption, margin, scrolls = false} = {}) {
+    const width = scrolls ? widest : within(parent.clientWidth, [Math.min(240, widest), widest]);
     const {left, right, top, bottom} = {left: 64, right: 14, top: 10, bottom: 42, ...margin};
     Object.assign(this, {width, height, left, top, right: width - right, bottom: height - bottom});
     const figure = d3.select(parent).append('figure').style('width', width + 'px');
+    this.figure = figure.node();
     const frame = figure.append('div').attr('class', 'chart').style('aspect-ratio', `${width} / ${height}`);
     this.canvas = frame.append('canvas').attr('aria-hidden', 'true').node();
     this.svg = frame.append('svg').attr('viewBox', `0 0 ${width} ${height}`).attr('role', 'img');
@@ -46,9 +49,10 @@ class Chart {
     this.y = d3.scaleLinear(y.range, [this.bottom, this.top]);
     const axis = (name, tag) => this.part(this.svg, tag, name);
     axis('axis across', 'g').attr('transform', `translate(0,${this.bottom})`)
-      .call(setTicks(d3.axisBottom(this.x), x, Math.max(2, (this.right - this.left) / 70)));
+      .call(setTicks(d3.axisBottom(this.x), x, Math.max(2, (this.right - this.left) / 70),
+        (this.right - this.left) / 7 / within((x.states || []).length, [1, 8])));
     axis('axis upwards', 'g').attr('transform', `translate(${this.left},0)`)
-      .call(setTicks(d3.axisLeft(this.y), y, Math.max(2, (this.bottom - this.top) / 36)));
+      .call(setTicks(d3.axisLeft(this.y), y, Math.max(2, (this.bottom - this.top) / 36), 6));
     axis('title across', 'text').attr('x', (this.left + this.right) / 2).attr('y', this.height - 6)
       .text(shorten(x.title, (this.right - this.left) / 7));
     axis('title upwards', 'text').attr('transform', `translate(13,${(this.top + this.bottom) / 2}) rotate(-90)`)

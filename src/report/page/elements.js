@@ -12,25 +12,30 @@ function element(name, attributes, ...children) {
 
 function table(head, rows, caption) {
   const cell = (name, content, number) => {
-    const node = content instanceof Node ? content : element(name, {}, String(content));
+    const node = content instanceof Node ? content : textCell(name, String(content));
     if (number) node.classList.add('number');
     return node;
   };
   const body = element('tbody');
   for (const row of rows)
     body.append(element('tr', {}, ...row.map((content, i) => cell('td', content, head[i].number))));
-  const heads = head.map((h) => cell('th', element('th', {scope: 'col'}, h.text), h.number));
+  const heads = head.map((h) => cell('th', textCell('th', h.text, 80, {scope: 'col'}), h.number));
   return element('table', {}, element('caption', {class: 'unseen'}, caption),
     element('thead', {}, element('tr', {}, ...heads)), body);
 }
 
-const rowHead = (text) => element('th', {scope: 'row'}, text);
+/* A long text stands in full in the tip. */
+function textCell(name, text, length = 400, attributes = {}) {
+  const shown = brief(text, length);
+  return element(name, shown === text ? attributes : {title: text, ...attributes}, shown);
+}
+const rowHead = (text, title) => textCell('th', text, 100, {scope: 'row', ...(title ? {title} : {})});
 
 /* A share between 0 and 1, the darker the larger. */
 function shareCell(share, digits = 2) {
   const known = share !== null && share !== undefined;
   const level = within(Math.round((share || 0) * 5), [0, 5]);
-  return element('td', {class: known ? 'c' + level : ''}, format(share, digits));
+  return element('td', {class: known ? 'c' + level : ''}, known ? String(Number(share.toFixed(digits))) : '\u2013');
 }
 
 function addOptions(select, texts) {

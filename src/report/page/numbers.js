@@ -1,4 +1,4 @@
-/* Numbers: how they are written and read, and their ranges. */
+/* Numbers and names: how they are written and read. */
 
 /* With a decimal point: five figures do for reading. */
 function format(value, digits = 5) {
@@ -56,3 +56,6 @@ function shorten(text, length) {
   const all = Array.from(String(text).replace(/[\s\u2028\u2029]+/g, ' '));
   return all.length <= length ? all.join('') : all.slice(0, Math.max(1, length - 1)).join('') + '\u2026';
 }
+
+/* Names and notes as long as anybody reads; browsers take minutes over words of ten thousand letters. */
+const brief = (text, length = 80) => text.length <= length ? text : shorten(text, length);

@@ -6,8 +6,11 @@ function summary(project) {
   const sentences = [];
   const judged = responses.filter((r) => r.cop !== null).sort((a, b) => b.cop - a.cop);
   const named = (r) => `${r.name} (CoP ${format(r.cop, 3)})`;
-  if (judged.length > 1)
-    sentences.push(`Best predicted is ${named(judged[0])}, worst ${named(judged[judged.length - 1])}.`);
+  const worst = judged[judged.length - 1];
+  if (judged.length > 1 && worst.cop >= GOOD_COP)
+    sentences.push(`All responses with a model are predicted well: CoP at least ${format(worst.cop, 3)}.`);
+  else if (judged.length > 1)
+    sentences.push(`Best predicted is ${named(judged[0])}, worst ${named(worst)}.`);
   const weak = judged.filter((r) => r.cop < WEAK_COP);
   if (weak.length > 0)
     sentences.push(`Trust with care, CoP below ${WEAK_COP}: ${listed(weak.map((r) => r.name))}.`);
@@ -27,23 +30,23 @@ function summary(project) {
   if (left.length > 0) sentences.push(`Not in this page (see the notes): ${listed(left)}.`);
   return sentences;
 }
-const WEAK_COP = 0.8;
+const [WEAK_COP, GOOD_COP] = [0.8, 0.95];
 const listed = (names) => names.slice(0, 8).map((name) => shorten(name, 60)).join(', ') +
   (names.length > 8 ? ` and ${names.length - 8} more` : '');
 
 function fillOverview(project) {
   const {data, models, inputs, responses, designs} = project;
-  document.title = models.project.name;
-  at('title').textContent = models.project.name;
+  document.title = at('title').textContent = brief(models.project.name, 200);
   at('subtitle').textContent = [count(responses.length, 'response'), count(inputs.length, 'input'),
     count(designs.ids.length, 'design')].join(', ');
-  at('glance').append(...summary(project).map((sentence) => element('li', {}, sentence)));
+  at('glance').append(...summary(project).map((sentence) => textCell('li', sentence)));
   at('origin').textContent = `Made by ${models.made_by}. SHA-512 of the project: ${models.project.sha512}`;
 
-  at('cops').append(table(
+  const cops = at('cops').appendChild(table(
     [{text: 'Response'}, {text: 'CoP', number: true}, ...inputs.map((i) => ({text: i.name, number: true}))],
     responses.map((r) => [rowHead(r.title), shareCell(r.cop, 4), ...r.single_cops.map((share) => shareCell(share))]),
     'Coefficients of prognosis of each response, by input'));
+  cops.classList.toggle('dense', inputs.length > 12);
 
   const random = data.distributions.some((text) => text);
   const head = [{text: 'Name'}, {text: 'Unit'}, {text: 'Lower', number: true}, {text: 'Upper', number: true},
@@ -62,5 +65,5 @@ function fillOverview(project) {
     ...models.responses_left_out.map((e) => `The response ${e.name} is not here: ${e.reason}.`),
     ...models.criteria_left_out.map((e) => `The criterion ${e.name} is not here: ${e.reason}.`)];
   if (notes.length > 0)
-    at('notes').append(element('h3', {}, 'Notes'), element('ul', {}, ...notes.map((n) => element('li', {}, n))));
+    at('notes').append(element('h3', {}, 'Notes'), element('ul', {}, ...notes.map((n) => textCell('li', n))));
 }

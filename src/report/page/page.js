@@ -38,6 +38,7 @@
   onSelect(['shown', 'judged'], responses, [0, 0], selectResponse);
   onSelect(['map-x', 'map-y'], inputs, [0, 0], () => startJob('map', map()));
   onSelect(['scatter-x', 'scatter-y'], quantities, [0, inputs.length], () => startJob('scatter', scatter()));
+  at('pair').hidden = inputs.length < 2;
   selectResponse(0);
   parallel.choose();
 

@@ -8,8 +8,8 @@ function makeParallel(project, quantities, chosenChanged) {
 
   const step = within(1180 / quantities.length, [76, 130]);
   const chart = new Chart(at('parallel'), Math.max(300, step * quantities.length), 360, 'Parallel coordinates',
-    {margin: {left: 0, right: 0, top: 36, bottom: 14}});
-  chart.svg.node().closest('figure').classList.add('wide');
+    {margin: {left: 0, right: 0, top: 36, bottom: 14}, scrolls: true});
+  chart.figure.classList.add('wide');
   const place = (q) => step * (q + 0.65);
   const scales = spans.map((span) => d3.scaleLinear(span, [chart.bottom, chart.top]));
 
@@ -37,7 +37,7 @@ function makeParallel(project, quantities, chosenChanged) {
       return !limit || (value !== null && value >= limit[0] && value <= limit[1]);
     }));
     at('chosen').textContent = `${d3.sum(isChosen)} of ${count(n, 'design')} chosen`;
-    chart.describe(`Parallel coordinates of ${count(quantities.length, 'quantity').replace('quantitys', 'quantities')}, ` +
+    chart.describe(`Parallel coordinates of ${quantities.length} quantities, ` +
       at('chosen').textContent);
     startJob('parallel', draw());
     chosenChanged();
@@ -52,7 +52,7 @@ function makeParallel(project, quantities, chosenChanged) {
   });
   const axes = chart.svg.selectAll('.axis').data(d3.range(quantities.length)).join('g').attr('class', 'axis')
     .attr('transform', (q) => `translate(${place(q)},0)`)
-    .each(function (q) { d3.select(this).call(setTicks(d3.axisLeft(scales[q]), quantities[q], 6)); });
+    .each(function (q) { d3.select(this).call(setTicks(d3.axisLeft(scales[q]), quantities[q], 6, step / 12)); });
   axes.append('text').attr('class', 'title').attr('y', chart.top - 16)
     .text((q) => shorten(quantities[q].name, step / 7.5)).append('title').text((q) => quantities[q].title);
   axes.append('g').call(brush);

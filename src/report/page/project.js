@@ -4,11 +4,14 @@
    `text` writes a value, of an input of words as its word. */
 function makeQuantity(entry, values, words, range) {
   const states = entry.states && entry.states.length > 0 ? entry.states.slice().sort((a, b) => a - b) : null;
+  const room = states && 0.5 * (d3.min(d3.pairs(states, (a, b) => b - a)) || 1);
+  const [name, unit] = [brief(entry.name), brief(entry.unit || '', 20)];
   return {
-    ...entry, values, states,
-    title: entry.name + (entry.unit ? ` [${entry.unit}]` : ''),
-    range: states ? roomy(rangeOf(states)) : range,
-    text: (value, digits) => words[value] !== undefined ? words[value] : format(value, digits),
+    ...entry, values, states, name, unit,
+    key: entry.name,
+    title: name + (unit ? ` [${unit}]` : ''),
+    range: states ? [states[0] - room, states[states.length - 1] + room] : range,
+    text: (value, digits) => words[value] !== undefined ? brief(words[value], 40) : format(value, digits),
     nearest: (value) => states.reduce((a, b) => Math.abs(b - value) < Math.abs(a - value) ? b : a)
   };
 }
@@ -27,7 +30,7 @@ function readProject(text) {
   });
   return {
     data, models, designs, inputs, responses, reference,
-    criteria: models.criteria,
+    criteria: models.criteria.map((c) => ({...c, name: brief(c.name), text: brief(c.text, 400)})),
     study: makeStudy(models),
     point: reference.slice(),  /* where the sliders stand */
     shown: 0,                  /* the response that is looked at */

@@ -20,7 +20,7 @@ function makeQuality(project) {
       ? element('p', {}, 'The project does not tell which models competed.')
       : table([{text: 'Model'}, {text: 'CoP', number: true}, {text: 'Error', number: true}, {text: 'Inputs'}],
         rivals.map((r) => [rowHead((r.chosen ? '\u2605 chosen: ' : '') + r.model), format(r.cop, 4),
-          format(r.rmse, 3), r.inputs]), 'Models that competed'));
+          format(r.rmse, 3), textCell('td', r.inputs, 80)]), 'Models that competed'));
   }
 
   return function fill() {

@@ -33,6 +33,7 @@ function makeSlices(project) {
       lines.push(line);
       yield;
     }
+    project.byImportance(k).forEach((j, place) => { charts[j].figure.style.order = place; });
     const range = rangeOf(...lines.flatMap((l) => [l.ys, l.low, l.high])) || [0, 1];
     for (let j = 0; j < inputs.length; ++j) {
       const {xs, ys, low, high} = lines[j];
