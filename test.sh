@@ -3,7 +3,8 @@
 #   ./test.sh          all tests, release build
 #   --asan             besides, the tests that read what others wrote, under the address and
 #                      undefined-behaviour sanitizers
-#   --lint             besides, tools/lint: layout of all files, faults in those that changed
+#   --lint             besides, tools/lint: layout of all files, faults in those that changed; and
+#                      the benchmarks compile
 set -euo pipefail
 cd "$(dirname "$0")"
 source tools/setup.sh
@@ -27,7 +28,10 @@ if $lint; then zel_install tools/packages.lint; fi
 tools/check_layers
 zel_build release
 ctest --preset release -j2
-if $lint; then tools/lint; fi
+if $lint; then
+  tools/lint
+  zel_build release benchmarks
+fi
 if $asan; then
   damaged=(archive_test project_test surrogate_test solver_test end_to_end_test)
   zel_build asan "${damaged[@]}"

@@ -1,4 +1,5 @@
 #include "kernel_loop_native.h"
+#include "metamodel/kriging/kernel_noise_fit.h"
 #include "metamodel/kriging/ordinary_kriging.h"
 #include "metamodel/thin_plate_splines.h"
 #include "support/points.h"
@@ -101,6 +102,17 @@ void Fit(benchmark::State& state, KernelType type) {
 }
 BENCHMARK_CAPTURE(Fit, Isotropic, KernelType::kConstInflIsoExp)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Fit, Anisotropic, KernelType::kConstInflExp)->Unit(benchmark::kMillisecond);
+
+/// Radii and noise together: values and gradients for some twenty trials.
+void FitWithNoise(benchmark::State& state, bool is_anisotropic) {
+  const OrdinaryKriging model = FiveInputs(KernelType::kConstInflIsoExp);
+  const Eigen::VectorXd values =
+      model.GetValues() + 0.1 * support::UniformVector(model.GetValues().size(), 4);
+  for (auto _ : state)
+    benchmark::DoNotOptimize(FitKernelWithNoise(model.GetPoints(), values, is_anisotropic, {}));
+}
+BENCHMARK_CAPTURE(FitWithNoise, Isotropic, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(FitWithNoise, Anisotropic, true)->Unit(benchmark::kMillisecond);
 
 /// At most 5 factorisations.
 void AnisotropicGradient(benchmark::State& state) {

@@ -7,8 +7,8 @@
 // beside that of the best candidate in hindsight, and the time. An asterisk
 // marks a difference of 0.05 or more, and a ratio above 1.25.
 
+#include "all_published_functions.h"
 #include "support/hindsight.h"
-#include "support/published_functions.h"
 #include "training/model_competition.h"
 
 #include <chrono>
@@ -62,7 +62,7 @@ int main(int argc, char** argv) {
       "time\n",
       "model");
   for (long seed = 1; seed <= num_seeds; ++seed)
-    for (const support::PublishedFunction& function : support::PublishedFunctions())
+    for (const support::PublishedFunction& function : bench::AllPublishedFunctions())
       Report(function, n, static_cast<std::uint32_t>(seed), counts);
   std::printf(
       "Of %d: CoP within 0.05 of the share explained on fresh points: %d; error within 1.25 "

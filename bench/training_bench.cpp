@@ -1,4 +1,4 @@
-#include "support/published_functions.h"
+#include "all_published_functions.h"
 #include "training/model_competition.h"
 
 #include <benchmark/benchmark.h>
@@ -20,7 +20,7 @@ using Clock = std::chrono::steady_clock;
 constexpr Eigen::Index kNumDesigns = 200;
 
 ResponseData MakeData(const std::string& name) {
-  const auto& functions = support::PublishedFunctions();
+  const auto& functions = bench::AllPublishedFunctions();
   const auto function = std::find_if(functions.begin(), functions.end(),
                                      [&](const auto& candidate) { return candidate.name == name; });
   const support::Sample sample = support::LatinHypercubeSample(*function, kNumDesigns, 1);

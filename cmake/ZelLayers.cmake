@@ -36,11 +36,30 @@ set(ZEL_NEEDS_variant Boost::serialization Eigen3::Eigen)
 set(ZEL_NEEDS_archive Boost::filesystem Boost::serialization Eigen3::Eigen)
 set(ZEL_NEEDS_foundation Boost::filesystem TBB::tbb)
 
+# Most of a compile is reading headers, so files are compiled in groups. Names at file scope must then
+# differ within a folder; where a file stands for a class (a distribution, settings, an operator) and
+# such names repeat on purpose, the folder is left out. OFF compiles every file by itself, as tools/lint
+# needs it and as suits a day's work on a few files.
+option(ZEL_GROUPS "Compile files in groups" ON)
+set(ZEL_UNGROUPED optimizer archive stochastics variant)
+
+function(zel_group target)
+  if(ZEL_GROUPS)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE BATCH
+      UNITY_BUILD_BATCH_SIZE 6)
+    # In a group, GCC takes a .cpp file for a header that lends its local types to others.
+    target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+  endif()
+endfunction()
+
 # zel_layer(<name> file.cpp ...): the OBJECT library zel_<name> of this folder.
 function(zel_layer name)
   add_library(zel_${name} OBJECT ${ARGN})
   target_include_directories(zel_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/include)
   target_link_libraries(zel_${name} PUBLIC ${ZEL_NEEDS_${name}} PRIVATE zel_warnings)
+  if(NOT name IN_LIST ZEL_UNGROUPED)
+    zel_group(zel_${name})
+  endif()
 endfunction()
 
 # zel_layers_from(<variable> <layer>): this layer, those that stand beside it further down the list of
@@ -59,13 +78,17 @@ function(zel_link_layers target)
   endforeach()
 endfunction()
 
-# zel_test(<name> SOURCES file.cpp ... LAYERS layer ... [LIBRARIES lib ...]): one test program.
+# zel_test(<name> [UNGROUPED] SOURCES file.cpp ... LAYERS layer ... [LIBRARIES lib ...]): one test
+# program; UNGROUPED where its files have names in common.
 function(zel_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LAYERS;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(ARG "UNGROUPED" "" "SOURCES;LAYERS;LIBRARIES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   zel_link_layers(${name} ${ARG_LAYERS})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main
     zel_warnings)
+  if(NOT ARG_UNGROUPED)
+    zel_group(${name})
+  endif()
   add_test(NAME ${name} COMMAND ${name})
 endfunction()

@@ -4,6 +4,7 @@
 #include "calculator/criteria_evaluation.h"
 #include "design/designs/input_columns.h"
 #include "design/parameters/random_conversion.h"
+#include "foundation/constants.h"
 #include "metamodel/local_errors.h"
 #include "project/records/detailed_information.h"
 #include "solver/row_criteria.h"
@@ -31,7 +32,7 @@ using Eigen::Index;
 using zel::ExtrapolationType;
 using zel::ScalarNumber;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
 
 /// Passes each line on once: an analysis evaluates criteria in thousands of blocks, each of which
 /// would tell the same of a name that expressions cannot use.

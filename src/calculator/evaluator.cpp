@@ -23,6 +23,7 @@ namespace {
 
 using math::CVariantException;
 using math::Value;
+using utils::Quoted;
 
 /// `left op right`; `result` may be an operand.
 void Apply(Operator op, Value& result, const Value& left, const Value& right) {
@@ -93,10 +94,6 @@ void CountProduct(Workspace& workspace, const Value& left, const Value& right) {
   const auto is_table = [](const Value& value) { return value.IsMatrix() || value.HasTimeline(); };
   if (is_table(left) && is_table(right) && (left.IsMatrix() || right.IsMatrix()))
     workspace.CountSteps(std::uint64_t{left.Size()} * right.Size2() / kEntriesPerStep);
-}
-
-std::wstring Quoted(const std::wstring& name) {
-  return L"\"" + name + L"\"";
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ Class ClassOf(char c) {
   return kClasses[static_cast<unsigned char>(c)];
 }
 
-bool IsDigit(char c) {
+bool IsDecimal(char c) {
   return c >= '0' && c <= '9';
 }
 
@@ -51,8 +51,8 @@ double Saturate(const char* first, const char* last) {
   long long magnitude = 0;  // decimal exponent of the first digit that is not 0, plus 1
   bool significant = false;
   bool fraction = false;
-  for (; first != last && (IsDigit(*first) || *first == '.'); ++first) {
-    significant = significant || (IsDigit(*first) && *first != '0');
+  for (; first != last && (IsDecimal(*first) || *first == '.'); ++first) {
+    significant = significant || (IsDecimal(*first) && *first != '0');
     if (*first == '.')
       fraction = true;
     else if (significant && !fraction)
@@ -136,7 +136,7 @@ class Reader {
     const bool negative = *p == '-';
     if (*p == '-' || *p == '+') ++p;
     if (p == end_) return false;
-    if (IsDigit(*p) || *p == '.') {
+    if (IsDecimal(*p) || *p == '.') {
       const auto [last, error] = std::from_chars(p, end_, number);
       if (error == std::errc::invalid_argument) return false;  // a lone point
       if (error == std::errc::result_out_of_range) number = Saturate(p, last);

@@ -13,8 +13,8 @@ namespace corvath::algorithm::datatypes {
 
 namespace {
 
-CDesignEntry Combine(CriterionDescription::eType type, const CDesignEntry& lhs,
-                     const CDesignEntry& rhs) {
+CDesignEntry CombineSides(CriterionDescription::eType type, const CDesignEntry& lhs,
+                          const CDesignEntry& rhs) {
   switch (type) {
     case CriterionDescription::RHS_ANY:
     case CriterionDescription::RHS:
@@ -97,7 +97,7 @@ void Criterion::Invalidate() {
 }
 
 void Criterion::SetValues(CDesignEntry lhs, CDesignEntry rhs, CDesignEntry value, bool combine) {
-  if (combine) value = Combine(GetType(), lhs, rhs);
+  if (combine) value = CombineSides(GetType(), lhs, rhs);
   value_.value_ = std::move(value);
   value_.lhs_value_ = std::move(lhs);
   value_.rhs_value_ = std::move(rhs);

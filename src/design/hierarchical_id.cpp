@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t kMaxLevels = 65536;
 
 /// The 64-bit mixing step of MurmurHash2 (A. Appleby), as boost::hash_combine has used it.
-std::uint64_t Combine(std::uint64_t seed, std::uint64_t number) {
+std::uint64_t CombineHash(std::uint64_t seed, std::uint64_t number) {
   constexpr std::uint64_t kMultiplier = 0xc6a4a7935bd1e995;
   number *= kMultiplier;
   number ^= number >> 47;
@@ -104,11 +104,12 @@ std::wostream& operator<<(std::wostream& stream, const CHierachicalId<T>& id) {
 
 template <class T>
 std::size_t hash_value(const CHierachicalId<T>& id) {
-  if (!id.GetNext()) return Combine(0, id.GetValue());
+  if (!id.GetNext()) return CombineHash(0, id.GetValue());
   // The hash of a level takes in the hash of the levels below it, so the deepest comes first.
   const std::vector<T> levels = Levels(id);
-  std::uint64_t hash = Combine(0, levels.back());
-  for (std::size_t i = levels.size() - 1; i-- > 0;) hash = Combine(Combine(0, levels[i]), hash);
+  std::uint64_t hash = CombineHash(0, levels.back());
+  for (std::size_t i = levels.size() - 1; i-- > 0;)
+    hash = CombineHash(CombineHash(0, levels[i]), hash);
   return hash;
 }
 

@@ -58,7 +58,7 @@ Wide Plus(Wide a, Wide b) {
   return std::min(a + b, kTooMany);
 }
 
-Wide Times(Wide a, Wide b) {
+Wide WideTimes(Wide a, Wide b) {
   return a != 0 && b > kTooMany / a ? kTooMany : a * b;
 }
 
@@ -86,16 +86,16 @@ class Dimensions {
 
   Wide Factorial(std::uint64_t level) const {
     Wide product = 1;
-    for (const std::uint64_t size : sizes_) product = Times(product, std::min(level, size));
+    for (const std::uint64_t size : sizes_) product = WideTimes(product, std::min(level, size));
     if (level <= 1) return product;
     for (std::uint64_t k = 0; k < continuous_ && product != kTooMany; ++k)
-      product = Times(product, level);
+      product = WideTimes(product, level);
     return product;
   }
 
   /// A centre and `steps` other points along each axis.
   Wide Axes(Wide steps) const {
-    Wide sum = Plus(1, Times(continuous_, steps));
+    Wide sum = Plus(1, WideTimes(continuous_, steps));
     for (const std::uint64_t size : sizes_) sum = Plus(sum, size > steps ? steps : size - 1);
     return sum;
   }
@@ -150,7 +150,7 @@ Wide Count(std::int32_t type, const Dimensions& dimensions, std::uint64_t level)
     case kAxialPoints:
       return dimensions.Axes(level);
     case kStarPoints:
-      return dimensions.Axes(Times(2, level));
+      return dimensions.Axes(WideTimes(2, level));
     case kKoshal:
       return Koshal(dimensions, level);
     case kKoshalLinear:
@@ -252,7 +252,7 @@ std::uint64_t MaxLevel(std::int32_t type, std::uint64_t dimensions) {
 }
 
 void CheckSampleSize(std::uint64_t points, std::uint64_t dimensions) {
-  if (Times(points, Plus(dimensions, kBookkeeping)) > kMaxCoordinates)
+  if (WideTimes(points, Plus(dimensions, kBookkeeping)) > kMaxCoordinates)
     throw std::domain_error(
         "A sample of " + (points == kUnlimited ? "2^64 or more" : std::to_string(points)) +
         " points in " + std::to_string(dimensions) + " dimensions is too large.");

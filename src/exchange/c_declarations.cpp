@@ -17,9 +17,9 @@ constexpr const char* kLargest = "1.7976931348623157e+308";
 /// What every compiler takes as one string.
 constexpr std::size_t kMaxString = 4000;
 
-class Writer {
+class DeclarationWriter {
  public:
-  Writer(const ProjectDescription& project, const CNames& names)
+  DeclarationWriter(const ProjectDescription& project, const CNames& names)
       : project_(project), names_(names) {}
 
   std::string Comment() const {
@@ -142,12 +142,12 @@ class Writer {
 }  // namespace
 
 std::string CHead(const ProjectDescription& project, const CNames& names) {
-  const Writer writer(project, names);
+  const DeclarationWriter writer(project, names);
   return writer.Comment() + writer.Declarations();
 }
 
 std::string CTables(const ProjectDescription& project, const CNames& names) {
-  return Writer(project, names).Tables();
+  return DeclarationWriter(project, names).Tables();
 }
 
 }  // namespace corvath::exchange

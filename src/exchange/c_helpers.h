@@ -74,7 +74,8 @@ static double @_collect(double *partial)
     {"regularised", R"(/* Weight of a point, 0 from its radius on. */
 static double @_regularised(double squared, double squared_radius)
 {
-  const double weight = pow(squared / squared_radius + 1e-5, -2.0) - pow(1.00001, -2.0);
+  const double ratio = squared / squared_radius + 1e-5;
+  const double weight = 1.0 / (ratio * ratio) - 1.0 / (1.00001 * 1.00001);
   return weight < 0.0 ? 0.0 : weight;
 }
 )"},
@@ -121,49 +122,68 @@ static void @_add(int n, double weight, double value, const double *basis, doubl
   }
 }
 )"},
-    {"solve", R"(/* Solves a symmetric system by L D L', pivots by the size of the diagonal; what a
-   vanishing pivot leaves open is 0. work: n * n numbers. */
-static void @_solve(int n, const double *a, const double *b, double *x, double *work, int *order)
+    {"solve", R"(/* The fit at a point with the terms at, by L D L' in the given order, rounded as in
+   the library. With definite it is NAN where a pivot is not above 1e-10 of its diagonal entry; without,
+   what a vanishing pivot leaves open is 0. work: n * (n + 3) numbers. */
+static double @_solve(int n, const double *normal, const double *right, const double *at,
+                      const int *order, int definite, double *work)
 {
-  double *const d = work; /* of row i the diagonal at i * n + i, L left of it */
-  double *y = x;
-  double best, entry;
-  int i, j, k, pivot;
+  double *const z = work + n * n, *const least = z + n, *const factors = least + n;
+  double inverse, sum = 0.0;
+  int i, j, k, row, column;
+  for (i = 0; i < n; ++i) {
+    for (j = 0; j <= i; ++j) {
+      row = order[i] > order[j] ? order[i] : order[j];
+      column = order[i] > order[j] ? order[j] : order[i];
+      work[i * n + j] = normal[row * n + column];
+    }
+    z[i] = right[order[i]];
+    least[i] = work[i * n + i] * 1e-10;
+  }
+  for (j = 0; j < n; ++j) {
+    if (definite && !(work[j * n + j] > least[j]))
+      return NAN;
+    inverse = 1.0 / work[j * n + j];
+    if (!definite && fabs(work[j * n + j]) <= 2.2250738585072014e-308)
+      inverse = 0.0;
+    for (i = j + 1; i < n; ++i) {
+      factors[i] = work[i * n + j] * inverse;
+      for (k = j + 1; k <= i; ++k)
+        work[i * n + k] -= factors[i] * work[k * n + j];
+      z[i] -= factors[i] * z[j];
+    }
+    work[j * n + j] = inverse;
+  }
+  for (j = n - 1; j >= 0; --j) {
+    for (i = j + 1; i < n; ++i)
+      z[j] -= work[i * n + j] * z[i];
+    z[j] *= work[j * n + j];
+    sum += z[j] * at[order[j]];
+  }
+  return sum;
+}
+)"},
+    {"fit", R"(/* The same in the order of the terms, or else by the size of the diagonal. */
+static double @_fit(int n, const double *normal, const double *right, const double *at,
+                    double *work, int *order)
+{
+  double v;
+  int i, k, pivot;
   for (i = 0; i < n; ++i)
     order[i] = i;
+  v = @_solve(n, normal, right, at, order, 1, work);
+  if (v == v)
+    return v;
   for (k = 0; k < n; ++k) {
     pivot = k;
-    best = fabs(a[order[k] * n + order[k]]);
     for (i = k + 1; i < n; ++i)
-      if (fabs(a[order[i] * n + order[i]]) > best) {
+      if (fabs(normal[order[i] * (n + 1)]) > fabs(normal[order[pivot] * (n + 1)]))
         pivot = i;
-        best = fabs(a[order[i] * n + order[i]]);
-      }
     i = order[k];
     order[k] = order[pivot];
     order[pivot] = i;
   }
-  for (i = 0; i < n; ++i)
-    for (j = 0; j <= i; ++j) {
-      entry = order[i] > order[j] ? a[order[i] * n + order[j]] : a[order[j] * n + order[i]];
-      for (k = 0; k < j; ++k)
-        entry -= d[i * n + k] * (d[k * n + k] * d[j * n + k]);
-      if (j < i && d[j * n + j] != 0.0)
-        entry /= d[j * n + j];
-      d[i * n + j] = entry;
-    }
-  /* Forward, diagonal, backward; the strict upper triangle of work holds nothing else. */
-  for (i = 0; i < n; ++i) {
-    entry = b[order[i]];
-    for (k = 0; k < i; ++k)
-      entry -= d[i * n + k] * y[order[k]];
-    y[order[i]] = entry;
-  }
-  for (i = 0; i < n; ++i)
-    y[order[i]] = fabs(d[i * n + i]) > 2.2250738585072014e-308 ? y[order[i]] / d[i * n + i] : 0.0;
-  for (i = n - 1; i >= 0; --i)
-    for (k = i + 1; k < n; ++k)
-      y[order[i]] -= d[k * n + i] * y[order[k]];
+  return @_solve(n, normal, right, at, order, 0, work);
 }
 )"},
     {"differences", R"(/* Central differences of f, a step to each side. */

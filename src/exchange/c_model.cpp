@@ -12,9 +12,9 @@ namespace {
 
 using std::to_string;
 
-class Writer {
+class ModelWriter {
  public:
-  Writer(const ProjectDescription& project, const CNames& names, std::set<std::string>& needed)
+  ModelWriter(const ProjectDescription& project, const CNames& names, std::set<std::string>& needed)
       : project_(project), names_(names), needed_(needed) {}
 
   std::string Response(std::size_t k) {
@@ -199,7 +199,9 @@ class Writer {
     return (model.values.array() == model.values(0)).all();
   }
 
-  /// The library takes no system for values that are all equal, but asks for points in reach too.
+  /// Sums and solution in the library's order: normal equations that are nearly singular magnify
+  /// every rounding. It takes no system for values that are all equal, but asks for points in reach
+  /// too.
   std::string LocalFit(const ResponseModel& model, std::size_t k) {
     const std::string p = to_string(model.powers.size() + 1);
     std::string text = Nearest(model, k) + "  reach = 0;\n";
@@ -214,10 +216,9 @@ class Writer {
               names_.Table("values", k) + "[i], basis, normal, right);\n";
     text += "  }\n  if (reach < " + p + ")\n    return NAN;\n";
     if (constant) return text + "  v = " + names_.Table("values", k) + "[0];\n";
-    return text + "  " + Helper("solve") + '(' + p +
-           ", normal, right, solution, work, order);\n  " + names_.Table("basis", k) +
-           "(u, basis);\n  v = 0.0;\n  for (i = 0; i < " + p +
-           "; ++i)\n    v += basis[i] * solution[i];\n";
+    Helper("solve");  // what "fit" calls
+    return text + "  " + names_.Table("basis", k) + "(u, basis);\n  v = " + Helper("fit") + '(' +
+           p + ", normal, right, basis, work, order);\n";
   }
 
   static std::string Back(const std::vector<BackStep>& steps) {
@@ -247,10 +248,10 @@ class Writer {
 
   static std::string FitLocals(const ResponseModel& model) {
     if (IsConstant(model)) return "  int reach;\n";
-    const std::string p = to_string(model.powers.size() + 1);
-    const std::string pp = to_string((model.powers.size() + 1) * (model.powers.size() + 1));
-    return "  double basis[" + p + "], right[" + p + "], solution[" + p + "], normal[" + pp +
-           "], work[" + pp + "];\n  int reach, order[" + p + "];\n";
+    const std::size_t p = model.powers.size() + 1;
+    return "  double basis[" + to_string(p) + "], right[" + to_string(p) + "], normal[" +
+           to_string(p * p) + "], work[" + to_string(p * (p + 3)) + "];\n  int reach, order[" +
+           to_string(p) + "];\n";
   }
 
   const ProjectDescription& project_;
@@ -262,7 +263,7 @@ class Writer {
 
 std::string CModel(const ProjectDescription& project, std::size_t k, const CNames& names,
                    std::set<std::string>& needed) {
-  return Writer(project, names, needed).Response(k);
+  return ModelWriter(project, names, needed).Response(k);
 }
 
 }  // namespace corvath::exchange

@@ -2,13 +2,13 @@
 
 #include "exchange/criteria_reader.h"
 #include "exchange/model_reader.h"
+#include "foundation/constants.h"
 #include "foundation/text.h"
 #include "solver/file_signature.h"
 #include "solver/zel_solver.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace corvath::exchange {
 
@@ -20,7 +20,7 @@ using utils::FromUtf8;
 using utils::ToUtf8;
 using zel::ZELSolver;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
 
 /// "wing" of "models/wing.vrdb".
 std::string StemOf(const std::string& path) {

@@ -64,51 +64,84 @@ def _weights(u, points, kernel):
     if kind == "exponential":
         return _exp(squared * parameters[0][0])
     if kind == "regularised":
-        return np.maximum((squared / parameters[0] + 1e-5) ** -2.0 - 1.00001 ** -2.0, 0.0)
+        ratio = squared / parameters[0] + 1e-5
+        return np.maximum(1.0 / (ratio * ratio) - 1.0 / (1.00001 * 1.00001), 0.0)
     factor, count = parameters
     nearest = np.partition(squared, count - 1, axis=1)[:, count - 1]
     return _exp(squared * factor / nearest[:, None])
 
 
-def _solve(normal, right):
-    """Symmetric systems, one for each row, by L D L'; what a vanishing pivot leaves open is 0."""
+def _sums(weights, products):
+    """Of weights (n x N) times products (N x k), point after point: near to singular normal equations
+    magnify every rounding."""
+    total = np.zeros((len(weights), products.shape[1]))
+    step = max(1, 60_000 // max(1, total.size))
+    for first in range(0, len(products), step):
+        terms = weights.T[first:first + step, :, None] * products[first:first + step, None, :]
+        terms[0] += total
+        total = np.add.accumulate(terms, axis=0)[-1]
+    return total
+
+
+def _solve(normal, right, at, definite):
+    """Fits at the points with the terms `at`, one for each row, by L D L', rounded as in the library.
+    With `definite` NaN where a pivot is not above 1e-10 of its diagonal entry; without, what a
+    vanishing pivot leaves open is 0."""
     n, p = right.shape
-    rows = np.arange(n)[:, None]
-    order = np.argsort(-np.abs(np.einsum("nii->ni", normal)), axis=1, kind="stable")
-    a = normal[rows[:, :, None], order[:, :, None], order[:, None, :]]
-    y = right[rows, order]
-    lower = np.zeros_like(a)
-    d = np.zeros((n, p))
+    a, z = normal.copy(), right.copy()
+    least = np.einsum("nii->ni", normal) * 1e-10
+    inverse = np.empty((n, p))
+    usable = np.ones(n, dtype=bool)
+    for j in range(p):
+        pivot = a[:, j, j]
+        usable &= pivot > least[:, j]
+        vanishes = np.abs(pivot) <= 2.2250738585072014e-308
+        inverse[:, j] = 1.0 / pivot if definite else np.where(vanishes, 0.0, 1.0 / pivot)
+        factors = a[:, j + 1:, j] * inverse[:, j, None]
+        a[:, j + 1:, j + 1:] -= factors[:, :, None] * a[:, None, j + 1:, j]
+        z[:, j + 1:] -= factors * z[:, j, None]
+    value = np.zeros(n)
+    for j in reversed(range(p)):
+        for i in range(j + 1, p):
+            z[:, j] -= a[:, i, j] * z[:, i]
+        z[:, j] *= inverse[:, j]
+        value += z[:, j] * at[:, j]
+    return np.where(usable, value, np.nan) if definite else value
+
+
+def _fit(normal, right, at):
+    """In the order of the terms, or else by the size of the diagonal."""
+    value = _solve(normal, right, at, True)
+    rest = np.flatnonzero(np.isnan(value))
+    if len(rest) == 0:
+        return value
+    rows, p = np.arange(len(rest)), right.shape[1]
+    order = np.tile(np.arange(p), (len(rest), 1))
+    size = np.abs(np.einsum("nii->ni", normal[rest]))
     for k in range(p):
-        scaled = d[:, :k] * lower[:, k, :k]
-        d[:, k] = a[:, k, k] - np.einsum("nj,nj->n", lower[:, k, :k], scaled)
-        column = a[:, k + 1:, k] - np.einsum("nij,nj->ni", lower[:, k + 1:, :k], scaled)
-        pivot = np.where(d[:, k] != 0.0, d[:, k], 1.0)
-        lower[:, k + 1:, k] = column / pivot[:, None]
-    for i in range(p):
-        y[:, i] -= np.einsum("nk,nk->n", lower[:, i, :i], y[:, :i])
-    usable = np.abs(d) > 2.2250738585072014e-308
-    y = np.where(usable, y / np.where(usable, d, 1.0), np.where(np.isnan(d), np.nan, 0.0))
-    for i in reversed(range(p)):
-        y[:, i] -= np.einsum("nk,nk->n", lower[:, i + 1:, i], y[:, i + 1:])
-    result = np.empty_like(y)
-    result[rows, order] = y
-    return result
+        pivot = k + np.argmax(size[rows[:, None], order[:, k:]], axis=1)
+        order[rows, k], order[rows, pivot] = order[rows, pivot], order[rows, k].copy()
+    sorted_normal = normal[rest[:, None, None], order[:, :, None], order[:, None, :]]
+    value[rest] = _solve(sorted_normal, right[rest[:, None], order], at[rest[:, None], order], False)
+    return value
 
 
 def _local_fits(u, model):
     weights = _weights(u, model["points"], model["kernel"])
+    values = model["values"][:, None]
     if model["powers"] is None:
-        return weights @ model["values"] / weights.sum(axis=1)
+        sums = _sums(weights, np.hstack([values, np.ones_like(values)]))
+        return sums[:, 0] / sums[:, 1]
     basis = _basis(model["points"], model["powers"])
     p = basis.shape[1]
-    if (model["values"] == model["values"][0]).all():
-        v = np.full(len(u), model["values"][0])
+    if (values == values[0]).all():
+        v = np.full(len(u), values[0])
     else:
-        products = basis[:, :, None] * basis[:, None, :]
-        normal = (weights @ products.reshape(len(basis), p * p)).reshape(len(u), p, p)
-        right = weights @ (basis * model["values"][:, None])
-        v = np.einsum("np,np->n", _basis(u, model["powers"]), _solve(normal, right))
+        row, column = np.tril_indices(p)
+        sums = _sums(weights, np.hstack([basis[:, row] * basis[:, column], basis * values]))
+        normal = np.empty((len(u), p, p))
+        normal[:, row, column] = normal[:, column, row] = sums[:, :len(row)]
+        v = _fit(normal, sums[:, len(row):], _basis(u, model["powers"]))
     return np.where((weights > 1e-5).sum(axis=1) < p, np.nan, v)
 
 

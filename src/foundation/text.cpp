@@ -90,4 +90,8 @@ std::string ToUtf8Strict(std::wstring_view wide) {
   return ToUtf8(wide);
 }
 
+std::wstring Quoted(const std::wstring& text) {
+  return L"\"" + text + L"\"";
+}
+
 }  // namespace corvath::utils

@@ -17,4 +17,7 @@ std::string ToUtf8(std::wstring_view wide);
 /// @throws std::domain_error "invalid input character" for a character that is no scalar value
 std::string ToUtf8Strict(std::wstring_view wide);
 
+/// `text` between double quotes, as messages show names.
+std::wstring Quoted(const std::wstring& text);
+
 }  // namespace corvath::utils

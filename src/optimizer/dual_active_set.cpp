@@ -1,5 +1,6 @@
 #include "optimizer/dual_active_set.h"
 
+#include "foundation/constants.h"
 #include "optimizer/qp_solver.h"
 #include "optimizer/small_product.h"
 
@@ -11,7 +12,7 @@ namespace corvath::algorithm::optimizer {
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+using math::kInfinity;
 constexpr double kEps = std::numeric_limits<double>::epsilon();
 
 /// A normal whose part outside the active normals is below this share of what its terms could have

@@ -6,6 +6,7 @@
 #include "exchange/json_writer.h"
 #include "exchange/model_reader.h"
 #include "exchange/write_json.h"
+#include "foundation/constants.h"
 #include "foundation/text.h"
 #include "project/records/detailed_information.h"
 #include "report/page_parts.h"
@@ -17,7 +18,6 @@
 #include <cryptopp/sha.h>
 
 #include <cmath>
-#include <limits>
 #include <new>
 #include <sstream>
 #include <unordered_map>
@@ -37,9 +37,9 @@ using utils::FromUtf8;
 using utils::ToUtf8;
 using zel::ZELSolver;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
 
-std::string HtmlText(const std::string& text) {
+std::string HtmlText(std::string_view text) {
   std::string escaped;
   for (const char c : text) {
     if (c == '<')
@@ -210,6 +210,12 @@ std::string DistributionText(ZELSolver& solver, const std::string& input) {
   }
 }
 
+void WriteTexts(const std::vector<std::string>& texts, JsonWriter& json) {
+  json.BeginArray();
+  for (const std::string& text : texts) json.Text(text);
+  json.EndArray();
+}
+
 void WriteCompetitors(const std::vector<std::vector<Competitor>>& competitors, JsonWriter& json) {
   json.NewLine();
   json.Key("competitors");
@@ -244,10 +250,12 @@ std::string Data(ZELSolver& solver, const exchange::ProjectDescription& project,
   for (const auto& input : project.inputs) json.Text(DistributionText(solver, input.name));
   json.EndArray();
   WriteCompetitors(extras.competitors, json);
-  json.Key("notes");
+  json.Key("words");
   json.BeginArray();
-  for (const std::string& note : extras.notes) json.Text(note);
+  for (const auto& words : extras.words) WriteTexts(words, json);
   json.EndArray();
+  json.Key("notes");
+  WriteTexts(extras.notes, json);
   for (const auto& [key, document] : {std::pair("sensitivity", &extras.sensitivity),
                                       std::pair("propagation", &extras.propagation),
                                       std::pair("optimization", &extras.optimization)}) {
@@ -268,15 +276,19 @@ std::string WriteReport(ZELSolver& solver, const exchange::ProjectDescription& p
     throw exchange::NotDescribable("the project has no response with a model");
   std::string page = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n";
   page += "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; script-src " +
-          PolicySource(PageScript()) + "; style-src " + PolicySource(PageStyle()) +
-          "; base-uri 'none'; form-action 'none'\">\n";
+          PolicySource(DrawingScript()) + ' ' + PolicySource(PageScript()) + "; style-src " +
+          PolicySource(PageStyle()) + "; base-uri 'none'; form-action 'none'\">\n";
   page += "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
           HtmlText(project.name) + "</title>\n<style>";
   page += PageStyle();
   page += "</style>\n</head>\n";
   page += PageBody();
+  page += "<details><summary>Licences of d3, which draws</summary><pre>" +
+          HtmlText(DrawingLicences()) + "</pre></details>\n</footer>\n";
   page += "<script type=\"application/json\" id=\"data\">" + Data(solver, project, extras) +
           "</script>\n<script>";
+  page += DrawingScript();
+  page += "</script>\n<script>";
   page += PageScript();
   return page + "</script>\n</body>\n</html>\n";
 }

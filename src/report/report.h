@@ -23,7 +23,8 @@ struct Competitor {
 /// What a page shows beside the models and designs of a project.
 struct Extras {
   std::vector<std::vector<Competitor>> competitors;  ///< of each response; or none at all
-  std::vector<std::string> notes;                    ///< of the training
+  std::vector<std::vector<std::string>> words;  ///< of each input, by its codes; or none at all
+  std::vector<std::string> notes;               ///< of the training
   std::string sensitivity;  ///< result of the analysis, see zelstudy_sensitivity(); or empty
   std::string propagation;  ///< see zelstudy_propagate(); or empty
   /// {"text": what was found, "columns": the inputs and more, "designs": rows}; or empty.

@@ -1,5 +1,6 @@
 #include "design/designs/indexed_responses.h"
 #include "design/designs/input_columns.h"
+#include "foundation/constants.h"
 #include "foundation/exception.h"
 #include "foundation/log_line.h"
 #include "project/records/detailed_information.h"
@@ -8,7 +9,6 @@
 #include "solver/zel_solver.h"
 
 #include <algorithm>
-#include <limits>
 #include <new>
 
 namespace corvath::zel {
@@ -22,7 +22,7 @@ using algorithm::datatypes::InputSide;
 using utils::log::kError;
 using utils::log::LogLine;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
 
 /// Gives `design` the responses that `pattern` has and `design` lacks, without values.
 void AddMissingResponses(const Design& pattern, Design& design) {

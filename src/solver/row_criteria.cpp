@@ -2,11 +2,11 @@
 
 #include "design/designs/indexed_responses.h"
 #include "design/indexed_name.h"
+#include "foundation/constants.h"
 #include "foundation/log_line.h"
 #include "foundation/parallel.h"
 
 #include <algorithm>
-#include <limits>
 #include <new>
 #include <set>
 #include <utility>
@@ -21,7 +21,7 @@ using algorithm::datatypes::EntrySequence;
 using algorithm::datatypes::RunInfoMeta;
 using math::Value;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
 
 calculator::CriteriaOptions Options() {
   calculator::CriteriaOptions options;

@@ -1,5 +1,6 @@
 #include "training/candidate.h"
 
+#include "foundation/constants.h"
 #include "metamodel/kriging/ordinary_kriging.h"
 #include "metamodel/kriging/ordinary_kriging_settings.h"
 #include "metamodel/moving_least_squares/moving_least_squares.h"
@@ -11,7 +12,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <stdexcept>
 
@@ -33,7 +33,7 @@ using math::metamodel::SurrogateBase;
 using math::metamodel::SurrogateSettingsBase;
 using math::transform::TransformType;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
 
 /// The bits of powers up to `order` of the inputs of `subspace`. A power p tells something beyond
 /// the lower ones only of an input with more than p different values.

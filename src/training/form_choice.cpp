@@ -14,7 +14,7 @@ constexpr double kLargestGrowth = 2.0;
 /// plain ones do. On some 300 public tables of 18 to 200 rows, 1 to 2 and 0.2 to 0.5 do much the same.
 constexpr double kEqual = 1.0;
 constexpr double kEqualForFew = 1.5;
-constexpr Eigen::Index kFew = 150;
+constexpr Eigen::Index kFewErrors = 150;
 constexpr double kNearlyEqual = 0.35;
 
 int RankOf(const Finalist& finalist) {
@@ -45,7 +45,7 @@ bool IsWithin(const Eigen::VectorXd& errors, const Eigen::VectorXd& best, double
 std::size_t Choose(const Finalists& finalists, const Eigen::MatrixXd& errors,
                    std::size_t num_groups) {
   const double correction = CorrectionFor(num_groups);
-  const double equal = errors.rows() <= kFew ? kEqualForFew : kEqual;
+  const double equal = errors.rows() <= kFewErrors ? kEqualForFew : kEqual;
   const Eigen::VectorXd totals = errors.colwise().sum();
   const auto total = [&](std::size_t k) { return totals(static_cast<Eigen::Index>(k)); };
   const auto column = [&](std::size_t k) { return errors.col(static_cast<Eigen::Index>(k)); };

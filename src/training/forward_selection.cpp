@@ -68,15 +68,15 @@ double Significance(double before, std::size_t num_before, const OrthogonalTerms
 }
 
 /// An input that is taken in, and the terms with it.
-struct Candidate {
+struct NextInput {
   Eigen::Index input;
   OrthogonalTerms terms;
 };
 
 /// The input that explains most beside `chosen`, of those that are left.
-Candidate BestNext(const Eigen::MatrixXd& scaled, const std::vector<Eigen::Index>& chosen,
+NextInput BestNext(const Eigen::MatrixXd& scaled, const std::vector<Eigen::Index>& chosen,
                    const BitVector& inputs, const OrthogonalTerms& terms) {
-  Candidate best{-1, terms};
+  NextInput best{-1, terms};
   for (Eigen::Index j = 0; j < scaled.cols(); ++j) {
     if (inputs[static_cast<std::size_t>(j)]) continue;
     OrthogonalTerms with = terms;
@@ -100,7 +100,7 @@ std::vector<ForwardStep> SelectForward(const ResponseData& data, bool adjusted,
   std::vector<Eigen::Index> chosen;
   while (chosen.size() < inputs.size() && terms.GetResidual() > kExact * total &&
          2 * (terms.GetNumber() + 2 + chosen.size()) <= n) {
-    Candidate next = BestNext(scaled, chosen, inputs, terms);
+    NextInput next = BestNext(scaled, chosen, inputs, terms);
     // By the number of inputs to choose from: the best of many explains something by chance.
     const double chance = (1.0 - Significance(terms.GetResidual(), terms.GetNumber(), next.terms)) *
                           static_cast<double>(inputs.size() - chosen.size());

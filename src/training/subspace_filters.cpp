@@ -49,7 +49,7 @@ Eigen::VectorXd Correlations(const ResponseData& data, bool ranks) {
 
 /// Probability that uncorrelated normal samples of size n correlate less: of |t| below
 /// r sqrt((n - 2) / (1 - r^2)) with n - 2 degrees of freedom.
-double Significance(double correlation, Eigen::Index n) {
+double CorrelationSignificance(double correlation, Eigen::Index n) {
   const double freedom = static_cast<double>(n) - 2.0;
   return math::IncompleteBeta(0.5, 0.5 * freedom, std::min(1.0, correlation * correlation));
 }
@@ -101,8 +101,9 @@ class Proposals {
 void FilterByCorrelation(const ResponseData& data, const InputFilters& filters, Proposals& found) {
   const Eigen::VectorXd correlations = Correlations(data, filters.rank_correlation);
   if (filters.by_significance) {
-    const Eigen::VectorXd significances = correlations.unaryExpr(
-        [&](double correlation) { return Significance(correlation, data.values.size()); });
+    const Eigen::VectorXd significances = correlations.unaryExpr([&](double correlation) {
+      return CorrelationSignificance(correlation, data.values.size());
+    });
     found.Add(NotBelow(significances, filters.min_significance));
     for (const double level : LevelsOf(filters.significance_step, 1.0 - filters.min_significance))
       if (filters.min_significance + level < 1.0 - 0.5 * filters.significance_step)

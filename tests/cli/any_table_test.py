@@ -1,8 +1,6 @@
 #!/usr/bin/env python3
 """Tables as spreadsheets, devices and people write them, through zel train and zel solve."""
-import csv
 import datetime
-import io
 import json
 import random
 
@@ -54,8 +52,7 @@ class AnyTable(ProgramTest):
     def solve(self, data, *arguments):
         result = zel("solve", str(self.path / "t.vrdb"), "--in", "-", "--extrapolate", *arguments,
                      stdin=data if isinstance(data, bytes) else data.encode())
-        self.assertEqual(result.returncode, 0, result.stderr)
-        return list(csv.DictReader(io.StringIO(result.stdout.decode()))), result.stderr.decode()
+        return self.records(result), result.stderr.decode()
 
     def test_reads_tables_as_what_they_are(self):
         self.train(text())
@@ -197,6 +194,14 @@ class AnyTable(ProgramTest):
         self.assertEqual(len(self.solve(sample)[0]), 8)
         self.assertEqual(zel("sample", "--scheme", "full-comb", "--inputs",
                              "m:{tin;brass}").stdout, b"m\nbrass\ntin\n")
+        best = zel("optimize", str(self.path / "t.vrdb"), "--minimize", "y", "--csv", "-", "--fix",
+                   "kind=brass").stdout.decode()
+        self.assertEqual(best.splitlines()[1].split(",")[2], "brass")
+        best = zel("optimize", str(self.path / "t.vrdb"), "--minimize", "y", "--json").stdout
+        self.assertIn(json.loads(best)["inputs"]["kind"], WORDS)
+        for command in (["sensitivity"], ["optimize", "--minimize", "y"]):
+            self.refused(zel(command[0], str(self.path / "t.vrdb"), *command[1:], "--fix",
+                             "kind=0.5"), '"kind=0.5"', '"brass", "steel"', "nothing else")
         info = json.loads(zel("info", str(self.path / "t.vrdb"), "--json").stdout)
         self.assertEqual(info["inputs"][2]["words"], sorted(WORDS, key=str.encode))
         for criterion, parts in {

@@ -36,6 +36,11 @@ class ProgramTest(unittest.TestCase):
         self.addCleanup(self.folder.cleanup)
         self.path = pathlib.Path(self.folder.name)
 
+    def records(self, result):
+        """The rows of the table that it wrote, by the names of their columns."""
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return list(csv.DictReader(io.StringIO(result.stdout.decode())))
+
     def refused(self, result, *texts, status=1):
         """One line on standard error that holds the texts, and nothing else."""
         self.assertEqual(result.returncode, status, result.stderr)

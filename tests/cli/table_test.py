@@ -106,8 +106,6 @@ class Table(ProgramTest):
             cell("twelve"): ["row 3", '"area_5"', '"twelve" is not a number'],
             cell(""): ["row 3", '"area_5"', "empty"],
             cell("1e999"): ["row 3", '"area_5"', "range"],
-            cell("-1e999"): ["row 3", '"area_5"', "range"],
-            cell("12 3"): ["row 3", '"area_5"'],
             cell("+-12"): ["row 3", '"area_5"', '"+-12"'],
             cell('"1,5"'): ["row 3", '"area_5"', '"1,5"', "decimal comma"],
             cell('"1.234,5"'): ["row 3", '"area_5"', "decimal comma"],
@@ -165,21 +163,14 @@ class Table(ProgramTest):
             "x,y,z\n": ["no rows of designs"],
             "x;y;z\n1,5;2.5;3,5\n": ["row 2", '"y"', '"2.5"', "decimal commas"],
             "x\ty\tz\n1,500\t2\t3\n": ["row 2", '"x"', "may be 1.500 or 1500"],
-            "x,Y,z\n1,2,3\n": ["row 1", '"y"', 'did you mean "Y"?'],
-            "x,y,z,z\n1,2,3,4\n": ["row 1", 'two columns "z"'],
             "x,y,z\n1,2,3\n1,,3\n": ["row 3", 'column "y"', "empty", "--skip-incomplete"],
             "x,y,z\n1,2,3\n1,inf,3\n": ["row 3", 'column "y"', "not finite"],
             "x,y,z\n1,2,3\n1,nan,3\n": ["row 3", 'column "y"', '"nan" is missing', "--skip-incomplete"],
-            "x,y,z\n1,2,3\n1,x,3\n": ["row 3", 'column "y"', '"x" is not a number'],
             "x,y,z\n1,2,3\n1,2\n": ["row 3", "2 cells", 'none for the column "z"'],
             'x,y,z\n1,2,3\n1,2,"3,5"\n': ["row 3", 'column "z"', "decimal comma"],
             "x,y,z\n1,2,\n1,2,failed\n": ["row 2", 'column "z"', "any other cell"],
-            "x,y,z\n1,2,3\n2,3,4\n3,5,2\n": ['column "z"', "3 designs"],
             "x,y,z\n" + many.replace(",", ",7,", 1): ["row 2", "4 cells"],
-            "x,y,z\n" + "".join(f"{i},{i * i},4\n" for i in range(20)): ["responses are constant"],
-            "x,y,z\n" + "".join(f"1,2,{i}\n" for i in range(20)): ["inputs are constant"],
             "x,y,z\n" + "".join(f"{i},{i},{i % 5}\n" for i in range(20)): ['"y"', '"x"', "repeats"],
-            "x,y,z\n" + "".join(f"{i},{3 - 0.1 * i},{i % 5}\n" for i in range(20)): ["repeats"],
         }
         for text, parts in cases.items():
             with self.subTest(text):
@@ -189,7 +180,6 @@ class Table(ProgramTest):
             ("x,y", "z,y[2]"): ['"y[2]"', 'vector "y"'],
             ("x,y,x", "z"): ["--inputs", '"x"', "twice"],
             ("x,,y", "z"): ["--inputs", "empty name"],
-            ("x,y", ""): ["--responses", "empty name"],
             ("x,y", 'z"'): ["--responses", "quotation mark"],
             ("x,y", "z", "--discrete", "yy"): ["--discrete", '"yy"', 'the inputs are "x", "y"'],
         }.items():

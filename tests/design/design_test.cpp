@@ -25,6 +25,7 @@
 namespace {
 
 using namespace corvath::algorithm::datatypes;
+using Entry = CDesignEntry;
 using support::MessageOfExactly;
 using support::Scalar;
 using support::Vec;
@@ -32,15 +33,14 @@ using support::Vec;
 }  // namespace
 
 TEST(NamedSequence, FindsTheFirstElementOfAName) {
-  EntrySequence sequence = {
-      {L"b", CDesignEntry(1)}, {L"a", CDesignEntry(2)}, {L"b", CDesignEntry(3)}};
-  EXPECT_EQ(sequence.Get(L"b"), CDesignEntry(1));
+  EntrySequence sequence = {{L"b", Entry(1)}, {L"a", Entry(2)}, {L"b", Entry(3)}};
+  EXPECT_EQ(sequence.Get(L"b"), Entry(1));
   EXPECT_EQ(sequence.FindPosition(L"a"), 1u);
   EXPECT_EQ(sequence.Find(L"B"), nullptr);
-  sequence.Set(L"b", CDesignEntry(4));
-  sequence.Set(L"c", CDesignEntry(5));
-  EXPECT_EQ(sequence[0].second, CDesignEntry(4));
-  EXPECT_EQ(sequence[2].second, CDesignEntry(3));
+  sequence.Set(L"b", Entry(4));
+  sequence.Set(L"c", Entry(5));
+  EXPECT_EQ(sequence[0].second, Entry(4));
+  EXPECT_EQ(sequence[2].second, Entry(3));
   EXPECT_EQ(sequence[3].first, L"c");
   EXPECT_EQ(MessageOfExactly<corvath::utils::invalid_argument>([] { EntrySequence().Get(L"x y"); }),
             "Key \"x y\" does not exist in this sequence");
@@ -51,15 +51,15 @@ TEST(NamePositions, AreThoseOfEachSequence) {
   NamePositions<EntrySequence> names({L"a", L"b"});
   using Positions = std::vector<std::size_t>;
   EXPECT_EQ(names.In({}), (Positions{npos, npos}));
-  EXPECT_EQ(names.In({{L"b", CDesignEntry(1)}, {L"a", CDesignEntry(2)}}), (Positions{1, 0}));
-  EXPECT_EQ(names.In({{L"b", CDesignEntry(3)}, {L"a", CDesignEntry(4)}}), (Positions{1, 0}));
-  EXPECT_EQ(names.In({{L"a", CDesignEntry(3)}, {L"a", CDesignEntry(4)}}), (Positions{0, npos}));
-  EXPECT_EQ(names.In({{L"a", CDesignEntry(3)}}), (Positions{0, npos}));
+  EXPECT_EQ(names.In({{L"b", Entry(1)}, {L"a", Entry(2)}}), (Positions{1, 0}));
+  EXPECT_EQ(names.In({{L"b", Entry(3)}, {L"a", Entry(4)}}), (Positions{1, 0}));
+  EXPECT_EQ(names.In({{L"a", Entry(3)}, {L"a", Entry(4)}}), (Positions{0, npos}));
+  EXPECT_EQ(names.In({{L"a", Entry(3)}}), (Positions{0, npos}));
 }
 
 TEST(Design, KeepsTheNumberOfItsValues) {
-  const EntrySequence one = {{L"x", CDesignEntry(1.0)}};
-  const EntrySequence two = {{L"x", CDesignEntry(1.0)}, {L"y", CDesignEntry(2.0)}};
+  const EntrySequence one = {{L"x", Entry(1.0)}};
+  const EntrySequence two = {{L"x", Entry(1.0)}, {L"y", Entry(2.0)}};
   Design design(two, DesignId(1));
   using LogicError = corvath::utils::logic_error;
   EXPECT_EQ(MessageOfExactly<LogicError>([&] { design.SetParameters(one); }),
@@ -119,24 +119,24 @@ TEST(IndexedName, TakesNamesApart) {
 
 TEST(IndexedResponses, MergeIntoVectorsInPlace) {
   const CDesignEntry text(L"text");
-  const EntrySequence merged = MergeIndexedResponses({{L"a", CDesignEntry(1.0)},
-                                                      {L"r[2]", CDesignEntry(Scalar(3.0, 1.0))},
-                                                      {L"s[0]", CDesignEntry(4)},
-                                                      {L"r[0]", CDesignEntry(1.0)},
-                                                      {L"r[-1]", CDesignEntry(9.0)},
+  const EntrySequence merged = MergeIndexedResponses({{L"a", Entry(1.0)},
+                                                      {L"r[2]", Entry(Scalar(3.0, 1.0))},
+                                                      {L"s[0]", Entry(4)},
+                                                      {L"r[0]", Entry(1.0)},
+                                                      {L"r[-1]", Entry(9.0)},
                                                       {L"t[0]", text},
-                                                      {L"u[0]", CDesignEntry(Vec({1.0, 2.0}))},
-                                                      {L"v[1048576]", CDesignEntry(5.0)},
-                                                      {L"w[1]", CDesignEntry()}});
+                                                      {L"u[0]", Entry(Vec({1.0, 2.0}))},
+                                                      {L"v[1048576]", Entry(5.0)},
+                                                      {L"w[1]", Entry()}});
   const double nan = std::nan("");
-  const EntrySequence expected = {{L"a", CDesignEntry(1.0)},
-                                  {L"r", CDesignEntry(Vec({1.0, nan, {3.0, 1.0}}))},
-                                  {L"s", CDesignEntry(Vec({4.0}))},
-                                  {L"r[-1]", CDesignEntry(9.0)},
+  const EntrySequence expected = {{L"a", Entry(1.0)},
+                                  {L"r", Entry(Vec({1.0, nan, {3.0, 1.0}}))},
+                                  {L"s", Entry(Vec({4.0}))},
+                                  {L"r[-1]", Entry(9.0)},
                                   {L"t[0]", text},
-                                  {L"u[0]", CDesignEntry(Vec({1.0, 2.0}))},
-                                  {L"v[1048576]", CDesignEntry(5.0)},
-                                  {L"w", CDesignEntry(Vec({nan, nan}))}};
+                                  {L"u[0]", Entry(Vec({1.0, 2.0}))},
+                                  {L"v[1048576]", Entry(5.0)},
+                                  {L"w", Entry(Vec({nan, nan}))}};
   EXPECT_EQ(merged, expected);
 }
 
@@ -149,7 +149,7 @@ Criterion Make(int type, const std::wstring& lhs, const std::wstring& rhs) {
 /// A criterion of `type` whose value is `value`.
 Criterion WithValue(int type, const CDesignEntry& value) {
   Criterion criterion = Make(type, L"", L"");
-  criterion.SetValues(CDesignEntry(), CDesignEntry(), value, /*combine=*/false);
+  criterion.SetValues(Entry(), Entry(), value, /*combine=*/false);
   return criterion;
 }
 
@@ -164,31 +164,30 @@ TEST(Criterion, ExpressionAndValueFollowTheType) {
   for (int type = 0; type < 8; ++type) {
     Criterion criterion = Make(type, L"a", L"b");
     EXPECT_EQ(criterion.GetExpression(), types[type].expression) << type;
-    criterion.SetValues(CDesignEntry(Scalar(10.0)), CDesignEntry(Scalar(3.0)), CDesignEntry(0.5),
+    criterion.SetValues(Entry(Scalar(10.0)), Entry(Scalar(3.0)), Entry(0.5),
                         /*combine=*/true);
-    EXPECT_EQ(criterion.GetValue(), CDesignEntry(types[type].value)) << type;
+    EXPECT_EQ(criterion.GetValue(), Entry(types[type].value)) << type;
     EXPECT_FALSE(criterion.NeedsEvaluation());
-    criterion.SetValues(CDesignEntry(), CDesignEntry(), CDesignEntry(0.5), /*combine=*/false);
-    EXPECT_EQ(criterion.GetValue(), CDesignEntry(0.5)) << type;
+    criterion.SetValues(Entry(), Entry(), Entry(0.5), /*combine=*/false);
+    EXPECT_EQ(criterion.GetValue(), Entry(0.5)) << type;
   }
   EXPECT_EQ(Make(1, L"", L"").GetExpression(), L"(0)");
   EXPECT_EQ(Make(3, L"", L"%1% x").GetExpression(), L"(%1% x)-(0)");
   for (const int type : {-1, 8})
-    EXPECT_EQ(support::MessageOfExactly<std::logic_error>(
-                  [type] { Make(type, L"a", L"b").GetExpression(); }),
-              "Unhandled type to get expression");
+    EXPECT_EQ(
+        MessageOfExactly<std::logic_error>([type] { Make(type, L"a", L"b").GetExpression(); }),
+        "Unhandled type to get expression");
 }
 
 TEST(Criterion, KeepsItsValuesWhenTheSidesDoNotCombine) {
   Criterion criterion = Make(4, L"a", L"b");
-  criterion.SetValues(CDesignEntry(1.0), CDesignEntry(2.0), CDesignEntry(), true);
+  criterion.SetValues(Entry(1.0), Entry(2.0), Entry(), true);
   const Criterion before = criterion;
-  EXPECT_THROW(criterion.SetValues(CDesignEntry(Vec({1.0})), CDesignEntry(Vec({1.0, 2.0})),
-                                   CDesignEntry(), true),
+  EXPECT_THROW(criterion.SetValues(Entry(Vec({1.0})), Entry(Vec({1.0, 2.0})), Entry(), true),
                std::exception);
   EXPECT_EQ(criterion, before);
   Criterion negative = Make(2, L"", L"b");
-  negative.SetValues(CDesignEntry(), CDesignEntry(), CDesignEntry(1.0), true);
+  negative.SetValues(Entry(), Entry(), Entry(1.0), true);
   EXPECT_TRUE(negative.GetValue().IsUninitialized());
   negative.Invalidate();
   EXPECT_TRUE(negative.NeedsEvaluation());
@@ -201,15 +200,15 @@ TEST(Criterion, JudgesEvaluatedValuesOnly) {
     CDesignEntry value;
     bool is_invalid;
     bool is_violated;  // as a limit
-  } cases[] = {{CDesignEntry(), true, false},
-               {CDesignEntry(Scalar(nan)), true, false},
-               {CDesignEntry(-HUGE_VAL), true, true},
-               {CDesignEntry(L"text"), true, false},
-               {CDesignEntry(-1), false, true},
-               {CDesignEntry(Scalar(-1.0)), false, true},
-               {CDesignEntry(-1e-16), false, false},
-               {CDesignEntry(0.5), false, false},
-               {CDesignEntry(Vec({-1.0, -2.0})), false, false}};
+  } cases[] = {{Entry(), true, false},
+               {Entry(Scalar(nan)), true, false},
+               {Entry(-HUGE_VAL), true, true},
+               {Entry(L"text"), true, false},
+               {Entry(-1), false, true},
+               {Entry(Scalar(-1.0)), false, true},
+               {Entry(-1e-16), false, false},
+               {Entry(0.5), false, false},
+               {Entry(Vec({-1.0, -2.0})), false, false}};
   for (const auto& c : cases) {
     SCOPED_TRACE(&c - cases);
     EXPECT_EQ(WithValue(0, c.value).IsValueInvalid(), c.is_invalid);

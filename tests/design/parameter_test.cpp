@@ -14,8 +14,12 @@
 #include <stdexcept>
 
 using namespace corvath::algorithm::datatypes;
+using support::MessageOf;
+using Entry = CDesignEntry;
 using Kind = corvath::enums::DeterministicProperties;
 using Type = corvath::enums::DesignEntry;
+constexpr auto Continuous = &DeterministicProperties::Continuous;
+constexpr auto Discrete = &DeterministicProperties::Discrete;
 
 namespace {
 
@@ -40,8 +44,8 @@ RandomProperties Scatter() {
 
 Parameter Optimization() {
   Parameter parameter(L"p");
-  parameter.SetDeterministicProperty(DeterministicProperties::Continuous(0.0, 9.0));
-  parameter.SetReferenceValue(CDesignEntry(4.0), false);
+  parameter.SetDeterministicProperty(Continuous(0.0, 9.0));
+  parameter.SetReferenceValue(Entry(4.0), false);
   return parameter;
 }
 
@@ -82,7 +86,7 @@ TEST(RandomProperties, ComparesNumbersUpToRounding) {
   EXPECT_EQ(with_cov, other);
   other.SetCov(0.3);
   EXPECT_NE(with_cov, other);
-  EXPECT_EQ(support::MessageOf([&] { base.GetCov(); }),
+  EXPECT_EQ(MessageOf([&] { base.GetCov(); }),
             "The random property doesn't have a Coefficient of variation (COV) defined.");
   EXPECT_EQ(GetMomentName(2), L"Standard deviation");
   EXPECT_EQ(GetMomentName(5), L"5-th moment");
@@ -91,8 +95,7 @@ TEST(RandomProperties, ComparesNumbersUpToRounding) {
 TEST(DeterministicProperties, ChecksBoundsByKind) {
   const auto refusal = [](const DeterministicProperties& property, auto lower, auto upper,
                           bool allow_equal) {
-    return support::MessageOf(
-        [&] { property.CheckBounds(CDesignEntry(lower), CDesignEntry(upper), allow_equal); });
+    return MessageOf([&] { property.CheckBounds(Entry(lower), Entry(upper), allow_equal); });
   };
   const DeterministicProperties continuous;
   EXPECT_EQ(refusal(continuous, 1.0, 2.0, false), "");
@@ -104,11 +107,11 @@ TEST(DeterministicProperties, ChecksBoundsByKind) {
   EXPECT_EQ(refusal(continuous, 1.0, 2, false),
             "Boundaries of continuous parameters may only be float type values.");
 
-  const auto by_value = DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, Reals({1, 2}));
+  const auto by_value = Discrete(Kind::ORDINAL_BY_VALUE, Reals({1, 2}));
   EXPECT_EQ(refusal(by_value, L"anything", 7, false), "");
 
   for (const auto kind : {Kind::ORDINAL_BY_INDEX, Kind::NOMINAL_BY_INDEX}) {
-    const auto by_index = DeterministicProperties::Discrete(kind, Texts({L"a", L"b", L"c"}));
+    const auto by_index = Discrete(kind, Texts({L"a", L"b", L"c"}));
     EXPECT_EQ(refusal(by_index, 1, 1, false), "");
     EXPECT_EQ(refusal(by_index, 0.0, 2, false),
               "Boundaries of discrete parameters may only be integer index types.");
@@ -123,56 +126,54 @@ TEST(DeterministicProperties, ChecksBoundsByKind) {
 }
 
 TEST(DeterministicProperties, SortsStatesAndSpansThem) {
-  const auto by_value =
-      DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, Reals({3, 1, 3, 2}));
+  const auto by_value = Discrete(Kind::ORDINAL_BY_VALUE, Reals({3, 1, 3, 2}));
   EXPECT_EQ(by_value.GetDiscreteStates(), Reals({1, 2, 3}));
-  EXPECT_EQ(by_value.GetLowerBound(), CDesignEntry(1.0));
-  EXPECT_EQ(by_value.GetUpperBound(), CDesignEntry(3.0));
+  EXPECT_EQ(by_value.GetLowerBound(), Entry(1.0));
+  EXPECT_EQ(by_value.GetUpperBound(), Entry(3.0));
 
-  auto by_index =
-      DeterministicProperties::Discrete(Kind::ORDINAL_BY_INDEX, Texts({L"c", L"a", L"b"}));
+  auto by_index = Discrete(Kind::ORDINAL_BY_INDEX, Texts({L"c", L"a", L"b"}));
   EXPECT_EQ(by_index.GetDiscreteStates(), Texts({L"a", L"b", L"c"}));
   EXPECT_EQ(by_index.GetLowerBound().GetType(), Type::INTEGER);
-  EXPECT_EQ(by_index.GetLowerBound(), CDesignEntry(0));
-  EXPECT_EQ(by_index.GetUpperBound(), CDesignEntry(2));
+  EXPECT_EQ(by_index.GetLowerBound(), Entry(0));
+  EXPECT_EQ(by_index.GetUpperBound(), Entry(2));
 
-  EXPECT_EQ(support::MessageOf([&] { by_index.SetDiscreteStates({}, false); }),
+  EXPECT_EQ(MessageOf([&] { by_index.SetDiscreteStates({}, false); }),
             "A discrete deterministic property requires at least one discrete state but you passed "
             "an empty discrete states vector.");
-  EXPECT_EQ(support::MessageOf([&] { by_index.SetDiscreteStates(Reals({1}), false); }),
+  EXPECT_EQ(MessageOf([&] { by_index.SetDiscreteStates(Reals({1}), false); }),
             "The data type of each discrete state of a deterministic property must match the data "
             "type of the parameter");
   DeterministicProperties continuous;
-  EXPECT_EQ(support::MessageOf([&] { continuous.SetDiscreteStates(Reals({1}), false); }),
+  EXPECT_EQ(MessageOf([&] { continuous.SetDiscreteStates(Reals({1}), false); }),
             "Cannot set discrete states for a continuous deterministic property");
   EXPECT_EQ(by_index.GetDiscreteStates().size(), 3u);
 
   by_index.SetDiscreteStates(Reals({1.5, 0.5}), true);
   EXPECT_EQ(by_index.GetDiscreteStates(), Texts({L"0.5", L"1.5"}));
-  EXPECT_EQ(by_index.GetUpperBound(), CDesignEntry(1));
+  EXPECT_EQ(by_index.GetUpperBound(), Entry(1));
 }
 
 TEST(DeterministicProperties, BringsBoundsAndStatesInLineWithKindAndType) {
   DeterministicProperties property;
-  property.SetBounds(CDesignEntry(5.7), CDesignEntry(2.1));
+  property.SetBounds(Entry(5.7), Entry(2.1));
   property.SetDataType(Type::INTEGER);
   EXPECT_EQ(property.GetKind(), Kind::ORDINAL_BY_VALUE);
-  EXPECT_EQ(property.GetLowerBound(), CDesignEntry(2));
-  EXPECT_EQ(property.GetUpperBound(), CDesignEntry(5));
+  EXPECT_EQ(property.GetLowerBound(), Entry(2));
+  EXPECT_EQ(property.GetUpperBound(), Entry(5));
   EXPECT_EQ(property.GetLowerBound().GetType(), Type::INTEGER);
   property.SetKind(Kind::CONTINUOUS);
   EXPECT_EQ(property.GetDataType(), Type::REAL);
   EXPECT_EQ(property.GetUpperBound().GetType(), Type::REAL);
 
-  auto states = DeterministicProperties::Discrete(Kind::NOMINAL_BY_INDEX, Reals({2, 10, 10.5}));
+  auto states = Discrete(Kind::NOMINAL_BY_INDEX, Reals({2, 10, 10.5}));
   states.SetKind(Kind::ORDINAL_BY_VALUE);
-  EXPECT_EQ(states.GetLowerBound(), CDesignEntry(2.0));
-  EXPECT_EQ(states.GetUpperBound(), CDesignEntry(10.5));
+  EXPECT_EQ(states.GetLowerBound(), Entry(2.0));
+  EXPECT_EQ(states.GetUpperBound(), Entry(10.5));
   states.SetKind(Kind::ORDINAL_BY_INDEX);
-  EXPECT_EQ(states.GetUpperBound(), CDesignEntry(2));
+  EXPECT_EQ(states.GetUpperBound(), Entry(2));
   states.SetDataType(Type::INTEGER);  // 10 and 10.5 become one state
   EXPECT_EQ(states.GetDiscreteStates().size(), 2u);
-  EXPECT_EQ(states.GetUpperBound(), CDesignEntry(1));
+  EXPECT_EQ(states.GetUpperBound(), Entry(1));
   states.SetDataType(Type::STRING);  // as texts, "10" stands before "2"
   EXPECT_EQ(states.GetDiscreteStates(), Texts({L"10", L"2"}));
   EXPECT_THROW(states.SetDataType(Type::VARIANT), std::invalid_argument);
@@ -186,53 +187,35 @@ TEST(DeterministicProperties, BringsBoundsAndStatesInLineWithKindAndType) {
   }
   property.SetKind(Kind::ORDINAL_BY_VALUE);
   property.SetDiscreteStates(odd, true);
-  EXPECT_EQ(property.GetLowerBound(), CDesignEntry(0.0));
+  EXPECT_EQ(property.GetLowerBound(), Entry(0.0));
   EXPECT_TRUE(std::isnan(property.GetDiscreteStates().back().ToDouble()));
-}
-
-TEST(Parameter, TellsWhatItIsFromItsTwoSides) {
-  Parameter parameter;
-  EXPECT_NE(parameter.GetId(), Parameter().GetId());
-  EXPECT_FALSE(parameter.IsOptimization() || parameter.IsStochastic() || parameter.IsMixed());
-
-  parameter.SetRandomProperties(Scatter());
-  EXPECT_TRUE(parameter.IsStochastic() && !parameter.IsMixed());
-  parameter.SetDeterministicProperty(DeterministicProperties::Continuous(0.0, 1.0));
-  EXPECT_TRUE(parameter.IsMixed() && parameter.IsOptimization() && !parameter.IsStochastic());
-  parameter.SetRandomProperties(RandomProperties());
-  EXPECT_TRUE(parameter.IsOptimization() && !parameter.IsMixed());
-
-  parameter.SetName(L"width");
-  EXPECT_EQ(parameter.GetDeterministicPropertyName(0), L"width");
 }
 
 TEST(Parameter, KeepsItsReferenceValueInTheTypeOfItsSides) {
   Parameter stochastic(L"s");
   stochastic.SetRandomProperties(Scatter());
   EXPECT_EQ(
-      support::MessageOf([&] { stochastic.SetReferenceValue(CDesignEntry(1), false); }),
+      MessageOf([&] { stochastic.SetReferenceValue(Entry(1), false); }),
       "Cannot set reference value for stochastic parameter \"s\". Data type needs to be REAL, "
       "got INTEGER");
-  stochastic.SetReferenceValue(CDesignEntry(1), true);
-  EXPECT_EQ(stochastic.GetReferenceValue(), CDesignEntry(1.0));
+  stochastic.SetReferenceValue(Entry(1), true);
+  EXPECT_EQ(stochastic.GetReferenceValue(), Entry(1.0));
   EXPECT_EQ(stochastic.GetReferenceValue().GetType(), Type::REAL);
 
   Parameter optimization(L"o");
-  optimization.SetDeterministicProperty(
-      DeterministicProperties::Discrete(Kind::ORDINAL_BY_INDEX, Texts({L"a", L"1"})));
-  EXPECT_EQ(support::MessageOf([&] { optimization.SetReferenceValue(CDesignEntry(true), false); }),
+  optimization.SetDeterministicProperty(Discrete(Kind::ORDINAL_BY_INDEX, Texts({L"a", L"1"})));
+  EXPECT_EQ(MessageOf([&] { optimization.SetReferenceValue(Entry(true), false); }),
             "Cannot set reference value for optimization parameter \"o\". Data type doesn't match. "
             "Awaited STRING, got BOOL");
-  optimization.SetReferenceValue(CDesignEntry(true), true);
-  EXPECT_EQ(optimization.GetReferenceValue(), CDesignEntry(L"1"));
+  optimization.SetReferenceValue(Entry(true), true);
+  EXPECT_EQ(optimization.GetReferenceValue(), Entry(L"1"));
 
   Parameter mixed(L"m");
   mixed.SetRandomProperties(Scatter());
-  mixed.SetDeterministicProperty(
-      DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, {CDesignEntry(1)}));
+  mixed.SetDeterministicProperty(Discrete(Kind::ORDINAL_BY_VALUE, {Entry(1)}));
   // An INTEGER domain has no value that is REAL as well.
-  for (const CDesignEntry& value : {CDesignEntry(1), CDesignEntry(1.0)})
-    EXPECT_NE(support::MessageOf([&] { mixed.SetReferenceValue(value, false); })
+  for (const CDesignEntry& value : {Entry(1), Entry(1.0)})
+    EXPECT_NE(MessageOf([&] { mixed.SetReferenceValue(value, false); })
                   .find("Cannot set reference value for mixed parameter \"m\". Data type needs to "
                         "be INTEGER, got "),
               std::string::npos);
@@ -240,30 +223,28 @@ TEST(Parameter, KeepsItsReferenceValueInTheTypeOfItsSides) {
 
 TEST(Parameter, ChangesTheKindOnlyWhereItCan) {
   Parameter parameter = Optimization();
-  parameter.SetDeterministicProperty(L"q", DeterministicProperties::Continuous(1.5, 2.5));
-  auto first =
-      DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, {CDesignEntry(1), CDesignEntry(4)});
+  parameter.SetDeterministicProperty(L"q", Continuous(1.5, 2.5));
+  auto first = Discrete(Kind::ORDINAL_BY_VALUE, {Entry(1), Entry(4)});
   parameter.SetDeterministicProperty(L"p", first);
   parameter.SetKind(Kind::ORDINAL_BY_INDEX);
   EXPECT_EQ(parameter.GetReferenceValue().GetType(), Type::INTEGER);
-  EXPECT_EQ(parameter.GetReferenceValue(), CDesignEntry(4));
+  EXPECT_EQ(parameter.GetReferenceValue(), Entry(4));
   EXPECT_EQ(parameter.GetDeterministicProperty(L"q").GetDataType(), Type::INTEGER);
-  EXPECT_EQ(parameter.GetDeterministicProperty(L"q").GetUpperBound(), CDesignEntry(2));
+  EXPECT_EQ(parameter.GetDeterministicProperty(L"q").GetUpperBound(), Entry(2));
   CDesignEntry lower;
   CDesignEntry upper;
   parameter.GetBounds(lower, upper);
-  EXPECT_EQ(upper, CDesignEntry(1));
+  EXPECT_EQ(upper, Entry(1));
 
   const std::string refused =
       "Cannot set the deterministic property \"kind\" for the non optimization parameter ";
   Parameter mixed = Optimization();
   mixed.SetRandomProperties(Scatter());
   const Parameter before = mixed;
-  EXPECT_EQ(support::MessageOf([&] { mixed.SetKind(Kind::ORDINAL_BY_INDEX); }), refused + "\"p\"");
+  EXPECT_EQ(MessageOf([&] { mixed.SetKind(Kind::ORDINAL_BY_INDEX); }), refused + "\"p\"");
   EXPECT_EQ(mixed, before);
   mixed.SetKind(Kind::ORDINAL_BY_VALUE);
-  EXPECT_EQ(support::MessageOf([] { Parameter().SetKind(Kind::CONTINUOUS); }),
-            refused + "\"unnamed\"");
+  EXPECT_EQ(MessageOf([] { Parameter().SetKind(Kind::CONTINUOUS); }), refused + "\"unnamed\"");
 }
 
 TEST(Parameter, NamesTheMissingProperty) {
@@ -279,7 +260,7 @@ TEST(Parameter, NamesTheMissingProperty) {
        "of the parameter \"p\" is out of range: "},
   };
   for (const auto& [get, part] : cases)
-    EXPECT_NE(support::MessageOf(get).find(part), std::string::npos) << part;
+    EXPECT_NE(MessageOf(get).find(part), std::string::npos) << part;
 }
 
 TEST(Parameter, ComparesAllButIdentity) {
@@ -300,18 +281,16 @@ TEST(Parameter, ComparesAllButIdentity) {
   EXPECT_FALSE(differs([](auto& p) { p.SetMutable(kFirstMutableMember, false); }));
   EXPECT_FALSE(differs([second](auto& p) { p.SetMutable(second, true); }));
   // Reference values: 4 and nearly 4.
-  EXPECT_FALSE(
-      differs([](auto& p) { p.SetReferenceValue(CDesignEntry(4.0 * (1.0 + 1e-14)), false); }));
-  EXPECT_TRUE(
-      differs([](auto& p) { p.SetReferenceValue(CDesignEntry(4.0 * (1.0 + 1e-13)), false); }));
+  EXPECT_FALSE(differs([](auto& p) { p.SetReferenceValue(Entry(4.0 * (1.0 + 1e-14)), false); }));
+  EXPECT_TRUE(differs([](auto& p) { p.SetReferenceValue(Entry(4.0 * (1.0 + 1e-13)), false); }));
 
   const auto with_reference = [](const CDesignEntry& value) {
     Parameter parameter(L"free");  // without sides: any type
     parameter.SetReferenceValue(value, false);
     return parameter;
   };
-  EXPECT_EQ(with_reference(CDesignEntry(2)), with_reference(CDesignEntry(2.0)));
-  EXPECT_NE(with_reference(CDesignEntry(2)), with_reference(CDesignEntry(L"2")));
+  EXPECT_EQ(with_reference(Entry(2)), with_reference(Entry(2.0)));
+  EXPECT_NE(with_reference(Entry(2)), with_reference(Entry(L"2")));
 }
 
 using Names = std::vector<std::wstring>;
@@ -320,7 +299,7 @@ namespace {
 
 Parameter Ranged(const std::wstring& name, double upper = 1.0) {
   Parameter parameter(name);
-  parameter.SetDeterministicProperty(DeterministicProperties::Continuous(0.0, upper));
+  parameter.SetDeterministicProperty(Continuous(0.0, upper));
   return parameter;
 }
 
@@ -360,7 +339,7 @@ TEST(CorrelationMatrix, HoldsEachPairOnceWhicheverWayRound) {
 
 TEST(ParameterManager, KeepsNamesUniqueAndTellsUnknownOnes) {
   ParameterManager manager = Abc();
-  EXPECT_EQ(support::MessageOf([&] { manager.AddParameter(Parameter(L"a")); }),
+  EXPECT_EQ(MessageOf([&] { manager.AddParameter(Parameter(L"a")); }),
             "Cannot add the parameter \"a\" to the parametermanager because a parameter with the "
             "same name already exists. Parameter name MUST be unique.");
   EXPECT_EQ(NamesOf(manager.GetAllParameters()), (Names{L"c", L"a", L"b"}));
@@ -369,19 +348,17 @@ TEST(ParameterManager, KeepsNamesUniqueAndTellsUnknownOnes) {
   CDesignEntry upper;
   manager.ReplaceParameter(Ranged(L"a", 7.0));
   manager.GetBounds(L"a", lower, upper);
-  EXPECT_EQ(upper, CDesignEntry(7.0));
+  EXPECT_EQ(upper, Entry(7.0));
   EXPECT_EQ(NamesOf(manager.GetAllParameters()), (Names{L"c", L"a", L"b"}));
-  manager.SetKind(L"a", corvath::enums::DeterministicProperties::ORDINAL_BY_VALUE);
+  manager.SetKind(L"a", Kind::ORDINAL_BY_VALUE);
   EXPECT_EQ(manager.GetParameter(L"a").GetDeterministicProperty(0).GetKind(),
-            corvath::enums::DeterministicProperties::ORDINAL_BY_VALUE);
+            Kind::ORDINAL_BY_VALUE);
 
-  EXPECT_EQ(support::MessageOf([&] { manager.GetParameter(L"z"); }),
+  EXPECT_EQ(MessageOf([&] { manager.GetParameter(L"z"); }),
             "Cannot return non existing parameter \"z\"");
-  EXPECT_EQ(support::MessageOf([&] { manager.GetBounds(L"z", lower, upper); }),
+  EXPECT_EQ(MessageOf([&] { manager.GetBounds(L"z", lower, upper); }),
             "Cannot set boundaries of the non existing parameter \"z\"");
-  EXPECT_EQ(support::MessageOf([&] {
-              manager.SetKind(L"z", corvath::enums::DeterministicProperties::CONTINUOUS);
-            }),
+  EXPECT_EQ(MessageOf([&] { manager.SetKind(L"z", Kind::CONTINUOUS); }),
             "Cannot set the kind of the non existing parameter \"z\"");
 }
 
@@ -409,15 +386,15 @@ TEST(ParameterManager, SplitsAndBuildsCompoundKeys) {
 
   ParameterManager manager;
   Parameter parameter = Ranged(L"p");
-  parameter.SetDeterministicProperty(L"q", DeterministicProperties::Continuous(2.0, 3.0));
+  parameter.SetDeterministicProperty(L"q", Continuous(2.0, 3.0));
   manager.AddParameter(parameter);
   const auto properties = manager.GetDeterministicProperties();
   ASSERT_EQ(properties.size(), 2u);
-  EXPECT_EQ(properties.at(L"p").GetUpperBound(), CDesignEntry(1.0));
-  EXPECT_EQ(properties.at(L"p#$#q").GetUpperBound(), CDesignEntry(3.0));
+  EXPECT_EQ(properties.at(L"p").GetUpperBound(), Entry(1.0));
+  EXPECT_EQ(properties.at(L"p#$#q").GetUpperBound(), Entry(3.0));
 
   manager.AddParameter(Ranged(L"p#$#q"));
-  EXPECT_EQ(support::MessageOf([&] { manager.GetDeterministicProperties(); }),
+  EXPECT_EQ(MessageOf([&] { manager.GetDeterministicProperties(); }),
             "Parametermanager: Something went wrong building up the deterministic property "
             "container; guess key problems occured.");
 }

@@ -9,7 +9,6 @@
 
 namespace {
 
-using corvath::math::DOE;
 using namespace corvath::math;
 
 /// Has the stored form of a DOE, with texts and rows that a DOE would never write.

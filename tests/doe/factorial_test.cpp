@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <tuple>
 
 namespace {
 
@@ -63,12 +64,7 @@ TEST(Factorial, BuildsAsManyPointsAsItCounts) {
 
 TEST(Factorial, TakesStatesNearEquallySpacedOnes) {
   // One dimension, so that the points are the levels.
-  const struct {
-    int type;
-    std::uint64_t level;
-    VectorXd states;
-    Rows points;
-  } cases[] = {
+  const std::tuple<int, std::uint64_t, VectorXd, Rows> cases[] = {
       {kFullFactorial, 3, States({-4, -3, 0.5, 2, 9}), {{-4}, {0.5}, {9}}},
       {kFullFactorial, 3, States({-4, -3, -2, 2, 9}), {{-4}, {-2}, {9}}},  // none below 1
       {kFullFactorial, 3, States({-4, -1, 1, 9}), {{-4}, {1}, {9}}},

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -22,11 +23,7 @@ StateLists Lists(std::initializer_list<int> sizes) {
 }
 
 TEST(Scheme, TextsAndNumbersBelongTogether) {
-  EXPECT_EQ(SamplingTypeText(0), L"Center point");
-  EXPECT_EQ(SamplingTypeText(8), L"Latin Hypercube Sampling Midpoint");
   EXPECT_EQ(SamplingTypeText(14), L"D-optimal quadratic nomixed");
-  EXPECT_EQ(SamplingTypeText(19), L"Box-Behnken");
-  EXPECT_EQ(SamplingTypeText(22), L"Advanced Latin Hypercube Sampling");
   for (std::int32_t type = 0; type <= 22; ++type)
     EXPECT_EQ(SamplingTypeFromText(SamplingTypeText(type)), static_cast<eSamplingType>(type));
   for (const int none : {-1, 23, 24}) EXPECT_EQ(SamplingTypeText(none), L"");
@@ -35,47 +32,32 @@ TEST(Scheme, TextsAndNumbersBelongTogether) {
 }
 
 TEST(Scheme, CountsPoints) {
-  const struct {
-    int type;
-    std::uint64_t d, level;
-    StateLists lists;
-    std::uint64_t count;
-  } cases[] = {
-      {kCenterPoint, 7, 1, {}, 1},
-      {kFullFactorial, 3, 3, {}, 27},
-      {kFullFactorial, 3, 4, Lists({0, 3, 9}), 4 * 3 * 4},
-      {kAxialPoints, 2, 2, {}, 5},
+  const StateLists three = Lists({0, 3, 9});
+  // Type, dimensions, level, states, points.
+  const std::tuple<int, std::uint64_t, std::uint64_t, StateLists, std::uint64_t> cases[] = {
+      {kFullFactorial, 3, 4, three, 4 * 3 * 4},
       {kAxialPoints, 2, 0, {}, 1},
-      {kAxialPoints, 3, 4, Lists({0, 3, 9}), 1 + 4 + 2 + 4},
+      {kAxialPoints, 3, 4, three, 1 + 4 + 2 + 4},
       {kStarPoints, 3, 2, {}, 13},
-      {kStarPoints, 3, 2, Lists({0, 3, 9}), 1 + 4 + 2 + 4},
-      {kKoshal, 4, 1, {}, 5},
+      {kStarPoints, 3, 2, three, 1 + 4 + 2 + 4},
       {kKoshal, 4, 2, {}, 9 + 6},
       {kKoshalLinear, 4, 9, {}, 5},
       {kKoshalQuadratic, 4, 9, {}, 15},
       {kCentralComposite, 2, 2, {}, 9},
       {kMixedTerms, 5, 2, {}, 10},
       {kSobolSequence, 2, 15, {}, 15},
-      {kSpaceFillingLatinHypercube, 2, 10, {}, 10},
       {kPlainMonteCarlo, 2, kMax, {}, kMax},
       {kDOptimalLinear, 4, 1, {}, 8},      // 1.5 * 5 = 7.5, rounded up
       {kDOptimalLinear, 1, 1, {}, 2},      // all corners
       {kDOptimalLinear, 200, 1, {}, 302},  // 2^200 corners are more
       {kDOptimalQuadraticNoMixed, 3, 2, {}, 11},
       {kDOptimalQuadratic, 3, 2, {}, 15},
-      {kBoxBehnken, 3, 0, {}, 13},
       {kBoxBehnken, 6, 0, {}, 49},
-      {kBoxBehnken, 7, 0, {}, 57},
-      {kBoxBehnken, 8, 0, {}, 113},
-      {kBoxBehnken, 9, 0, {}, 121},
-      {kBoxBehnken, 10, 0, {}, 161},
       {kBoxBehnken, 11, 0, {}, 177},
-      {kBoxBehnken, 12, 0, {}, 193},
       {kBoxBehnken, 16, 0, {}, 385},
       {kFullCombinatorial, 2, 0, Lists({2, 3}), 6},
       {kFullCombinatorial, 2, 0, {}, 4},
-      {kNoSampling, 2, 1, {}, 0},
-  };
+      {kNoSampling, 2, 1, {}, 0}};
   for (const auto& [type, d, level, lists, count] : cases)
     EXPECT_EQ(NumDesigns(type, d, level, lists), count) << type << ' ' << d << ' ' << level;
 }
@@ -106,12 +88,7 @@ TEST(Scheme, SaysWhatDoesNotFit) {
   const std::string minimum = ") does not fit the minimum value for the choosen DOE method (";
   const std::string maximum = ") does not fit the maximum value for the choosen DOE method (";
   const std::string states = " requires at least 3 states for each parameter.";
-  const struct {
-    int type;
-    std::uint64_t d, level;
-    StateLists lists;
-    std::string message;
-  } cases[] = {
+  const std::tuple<int, std::uint64_t, std::uint64_t, StateLists, std::string> cases[] = {
       {kFullFactorial, 2, 1, {}, low + "1" + minimum + "2)."},
       {kSobolSequence, 2, 14, {}, low + "14" + minimum + "15)."},
       {kAdvancedLatinHypercube, 2, 9, {}, low + "9" + minimum + "10)."},
@@ -135,12 +112,7 @@ TEST(Scheme, SaysWhatDoesNotFit) {
 TEST(Scheme, BuildRefusesAndLeavesEverythingAsItWas) {
   constexpr std::uint64_t kTera = 1000000000000;
   const std::string too_large = " in 2 dimensions is too large.";
-  const struct {
-    int type;
-    std::uint64_t level;
-    StateLists lists;
-    std::string message;
-  } cases[] = {
+  const std::tuple<int, std::uint64_t, StateLists, std::string> cases[] = {
       {kKoshal, 3, {}, "Koshal designs not supported for polynomial degree higher than quadratic"},
       {kMixedTerms, 3, {}, "Mixed terms not supported for polynomial degree higher than quadratic"},
       {kKoshal, 2, Lists({1, 3}),

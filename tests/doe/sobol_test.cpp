@@ -89,12 +89,6 @@ TEST(SobolTable, HasPropertyA) {
             PropertyA::kMaxDimensions);
 }
 
-TEST(Sobol, DimensionZeroIsVanDerCorputs) {
-  const double expected[] = {0.0, 0.5, 0.25, 0.75, 0.125, 0.625, 0.375, 0.875};
-  for (std::uint64_t i = 0; i < 8; ++i)
-    EXPECT_EQ(SobolPoint(i, 1)[0], expected[i] * 0x80000000U) << i;
-}
-
 TEST(Sobol, StepsAndJumpsAgree) {
   for (const std::uint64_t start : {0ULL, 1000ULL, 0x7fffff00ULL})
     for (std::uint64_t i = start; i < start + 200; ++i) {

@@ -205,15 +205,41 @@ VRDB MakeSingleProject() {
   return MakeProject({L"x"}, x, y, cases, {});
 }
 
+/// Local fits whose normal equations are nearly singular or singular: the second input follows the
+/// first one but for a little, the third takes two values, designs stand twice, and radii reach from
+/// some neighbours to far beyond all designs.
+VRDB MakeSingularProject() {
+  Eigen::MatrixXd x = support::UniformPoints(kNumDesigns, 3, /*seed=*/7);
+  x.bottomRows(kNumDesigns / 2) = x.topRows(kNumDesigns / 2);
+  x.col(1) = x.col(0) + 1e-6 * x.col(1);
+  x.col(2) = (x.col(2).array() < 0.5).select(0.1, Eigen::VectorXd::Ones(kNumDesigns));
+  const Eigen::VectorXd y = (3.0 * x.col(0).array()).sin() + x.col(2).array();
+  std::vector<Case> cases;
+  for (const KernelType type : {KernelType::kConstInflIsoExp, KernelType::kConstInflExp,
+                                KernelType::kConstInflIsoReg, KernelType::kNodalInflExp})
+    for (const double radius : {0.2, 0.7, 30.0})
+      for (const std::uint64_t order : {0u, 1u, 2u}) {
+        const bool is_nodal = type == KernelType::kNodalInflExp;
+        auto settings = WithKernel<MovingLeastSquaresSettings>(
+            type, Eigen::VectorXd::Constant(type == KernelType::kConstInflExp ? 3 : 1,
+                                            is_nodal ? 20.0 + radius : radius));
+        settings.SetOrder(order);
+        cases.push_back(
+            {L"y" + std::to_wstring(cases.size()), Built<MovingLeastSquares>(x, y, settings)});
+      }
+  return MakeProject({L"a", L"b", L"c"}, x, y, cases, {});
+}
+
 }  // namespace
 
-/// Writes the projects of the tests into a directory: two with all that can be exported, one with a
-/// response that cannot.
+/// Writes the projects of the tests into a directory: three with all that can be exported, one with
+/// a response that cannot.
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
   const std::string directory = std::string(argv[1]) + '/';
   try {
     SaveProjectFile(MakeSingleProject(), directory + "single.vrdb");
+    SaveProjectFile(MakeSingularProject(), directory + "singular.vrdb");
     SaveProjectFile(MakeHostileProject(), directory + "hostile.vrdb");
     VRDB missing = support::MakePlateProject();
     support::GetModels(missing).Update([](SurrogateInfo& info) {

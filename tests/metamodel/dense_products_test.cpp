@@ -79,40 +79,4 @@ TEST_P(DenseProducts, FactoriseSolveAndInvertWithinTheBoundsOfRounding) {
   }
 }
 
-TEST_P(DenseProducts, SolveManySmallFits) {
-  for (const Eigen::Index p : {1, 2, 6, 16})
-    for (const Eigen::Index num : {1, 3, 8, 19}) {
-      const Eigen::Index n = 531;  // no whole number of vectors, more than one block
-      const Eigen::MatrixXd basis = support::UniformPoints(n, p + 1, 4);
-      const Eigen::MatrixXd weights = support::UniformPoints(n, num, 5);
-      const Eigen::MatrixXd at = support::UniformPoints(num, p, 6);
-      Eigen::MatrixXd products(n, p * (p + 1) / 2 + p);
-      Eigen::Index next = 0;
-      for (Eigen::Index j = 0; j < p; ++j)
-        for (Eigen::Index i = j; i < p; ++i)
-          products.col(next++) = basis.col(i).cwiseProduct(basis.col(j));
-      for (Eigen::Index j = 0; j < p; ++j)
-        products.col(next++) = basis.col(j).cwiseProduct(basis.col(p));
-      Eigen::MatrixXd sums(next, num);
-      routines_->cross_products(next, num, n, products.data(), n, weights.data(), n, sums.data(),
-                                next, false);
-      const Exact exact = products.cast<long double>().transpose() * weights.cast<long double>();
-      EXPECT_LT((sums.cast<long double>() - exact).norm(), 1e-14 * exact.norm()) << p;
-
-      sums(0, num - 1) = 0.0;  // the last system is not definite
-      Eigen::VectorXd results(num);
-      routines_->solve_systems({sums.data(), next, num, p, at.data(), num}, results.data());
-      EXPECT_TRUE(std::isnan(results(num - 1))) << p;
-      for (Eigen::Index s = 0; s + 1 < num; ++s) {
-        const Exact terms = basis.leftCols(p).cast<long double>();
-        const Exact weighted = weights.col(s).cast<long double>().asDiagonal() * terms;
-        const Exact z = (weighted.transpose() * terms)
-                            .ldlt()
-                            .solve(weighted.transpose() * basis.col(p).cast<long double>());
-        // The condition of these systems is below 1e4.
-        EXPECT_NEAR(results(s), static_cast<double>((at.row(s).cast<long double>() * z)(0)), 1e-11);
-      }
-    }
-}
-
 INSTANTIATE_TEST_SUITE_P(Level, DenseProducts, testing::Range(0, 3));

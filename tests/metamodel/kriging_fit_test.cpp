@@ -145,39 +145,6 @@ TEST(KrigingFit, CrossValidationErrorReachesTheBestOfADenseScan) {
   EXPECT_LT(error(Eigen::Vector2d(Nugget(model), Radii(model)(0))), best * 1.001);
 }
 
-TEST(KrigingFit, IsRepeatedExactlyAndLeavesABuiltModel) {
-  const Sample sample(kBranin, false);
-  for (const KernelType type : {kIsotropic, kAnisotropic}) {
-    OrdinaryKriging model = Unfitted(sample, type);
-    OrdinaryKriging again = Unfitted(sample, type);
-    ASSERT_TRUE(model.BuildOptimal() && again.BuildOptimal());
-    EXPECT_TRUE(model.Equals(again));
-    EXPECT_TRUE(again.BuildOptimal());  // whatever it held before
-    EXPECT_TRUE(model.Equals(again));
-    EXPECT_TRUE(model.IsBuilt());
-    EXPECT_EQ(model.GetSettingsBase().GetState(), SettingsState::kOptimized);
-    OrdinaryKriging built(sample.points, sample.values, model.GetSettingsBase());
-    ASSERT_TRUE(built.Build());
-    EXPECT_TRUE(built.GetKernelWeights().isApprox(model.GetKernelWeights(), 1e-6));
-    EXPECT_EQ(model.GetSettingsBase().GetCoordTransformParameter(), (std::vector<double>{0, 1}));
-  }
-}
-
-TEST(KrigingFit, TakesTheValueTransformOfAQuadraticRegression) {
-  Sample sample(kBranin, false);
-  OrdinaryKriging model = Unfitted(sample, kIsotropic);
-  model.SetValueTransform(TransformType::kBoxCox, {});
-  OrdinaryKriging transformed = model;
-  transformed.BuildBoxCox();
-  ASSERT_TRUE(model.BuildOptimal());
-  EXPECT_EQ(model.GetTransValue()->GetParameters(), transformed.GetTransValue()->GetParameters());
-  EXPECT_EQ(model.GetName(false), L"Isotropic Kriging | 0");
-  sample.values = model.GetTransValue()->Forward(sample.values);
-  OrdinaryKriging plain = Unfitted(sample, kIsotropic);
-  ASSERT_TRUE(plain.BuildOptimal());
-  EXPECT_NEAR(model.GetLikelihood(), plain.GetLikelihood(), 1e-9);
-}
-
 TEST(KrigingFit, AConstantResponseIsFitted) {
   Sample sample(kBranin, false);
   for (const double constant : {0.0, 0.1, -7e8})
@@ -342,14 +309,6 @@ TEST(KernelNoiseFit, TheNuggetIsTheNoise) {
   // The input that does nothing is far longer than the other.
   EXPECT_GT(model.GetSettingsBase().GetKernelParameter()(1),
             5.0 * model.GetSettingsBase().GetKernelParameter()(0));
-}
-
-TEST(KernelNoiseFit, RepeatedPointsAndPureNoiseHaveAFit) {
-  Eigen::MatrixXd points = support::UniformPoints(20, 2, 7);
-  points.bottomRows(10) = points.topRows(10);
-  const KernelWithNoise noise = FitKernelWithNoise(points, Noise(20, 8), true, {});
-  EXPECT_TRUE(std::isfinite(noise.objective));
-  EXPECT_GT(noise.nugget, 0.1);
 }
 
 }  // namespace

@@ -251,21 +251,6 @@ TEST(SurrogateGradients, AreZeroWithoutARangeOfTheInput) {
   EXPECT_LT(Deviation(gradients.col(0), Eigen::VectorXd::Ones(9)), 1e-10);
 }
 
-TEST(Surrogate, CopiesAreIndependent) {
-  LinearRegression model(support::UniformPoints(20, 2, 1), support::UniformVector(20, 2));
-  ASSERT_TRUE(model.Build() && model.BuildErrors(IndexVector::LinSpaced(20, 0, 4)));
-  const std::unique_ptr<LinearRegression> copy(model.Clone());
-  EXPECT_TRUE(copy->Equals(model));
-  const Eigen::VectorXd before = copy->Approximate(support::UniformPoints(9, 2, 3));
-  // Another range of support points: a build of the original scales differently.
-  model.SetSupportData(9.0 * support::UniformPoints(25, 2, 4), support::UniformVector(25, 5));
-  model.Initialize(LinearRegressionSettings(2));
-  ASSERT_TRUE(model.Build());
-  EXPECT_TRUE(model.BuildErrors());  // the groups of the 20 points are of the past
-  EXPECT_FALSE(copy->Equals(model));
-  EXPECT_EQ(copy->Approximate(support::UniformPoints(9, 2, 3)), before);
-}
-
 TEST(Surrogate, InitializeSaysThatTheSettingsAreWrong) {
   GivenModel model = RandomModel(5, 2);
   const auto log = boost::make_shared<utils::log::VectorLog>();

@@ -58,18 +58,3 @@ TEST(ThinPlateSplines, SolvesTheRegularisedSystem) {
   EXPECT_EQ(model.GetName(true), L"Thin Plate Splines");
   EXPECT_EQ(model.GetDescription(), model.GetName(false));
 }
-
-TEST(ThinPlateSplines, NearlyInterpolatesAndReproducesAPlane) {
-  const Eigen::MatrixXd p = RandomPoints(30, 2).array() * 50.0 + 7.0;
-  // The regularisation, about 4e-6 with these points, times weights of order 1 to 10.
-  SurrogateTPS wave(p, Wave(p / 50.0));
-  ASSERT_TRUE(wave.Build());
-  EXPECT_LT((wave.ApproximateSupportPoints() - Wave(p / 50.0)).cwiseAbs().maxCoeff(), 0.05);
-  // A plane has no bending: it is met exactly, everywhere.
-  const Eigen::VectorXd plane = (2.0 * p.col(0) - 3.0 * p.col(1)).array() + 4.0;
-  SurrogateTPS flat(p, plane);
-  ASSERT_TRUE(flat.BuildOptimal());
-  const Eigen::MatrixXd x = RandomPoints(10, 2) * 500.0;
-  EXPECT_TRUE(flat.Approximate(x).isApprox(
-      Eigen::VectorXd((2.0 * x.col(0) - 3.0 * x.col(1)).array() + 4.0), 1e-9));
-}

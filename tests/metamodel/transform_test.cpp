@@ -77,13 +77,11 @@ TEST(MakeTransform, TakesParametersOfTheRightNumberOnly) {
   };
   using V = std::vector<double>;
   EXPECT_EQ(MakeTransform(TransformType::kNone, {1.0}), nullptr);
-  EXPECT_EQ(parameters(1, {2.0, 3.0}), (V{2.0, 3.0}));
+  for (const double lambda : {-0.5, 0.0, 1.0 / 3.0})
+    EXPECT_EQ(parameters(2, {lambda, 1.0, 2.0}), (V{lambda, 1.0, 2.0}));
+  for (const int type : {1, 3}) EXPECT_EQ(parameters(type, {2.0, 3.0}), (V{2.0, 3.0}));
   EXPECT_EQ(parameters(1, {2.0}), (V{0.0, 1.0}));
-  EXPECT_EQ(parameters(2, {-0.5, 1.0, 2.0}), (V{-0.5, 1.0, 2.0}));
-  EXPECT_EQ(parameters(2, {1.0 / 3.0, 1.0, 2.0}), (V{1.0 / 3.0, 1.0, 2.0}));
-  EXPECT_EQ(parameters(2, {0.0, 1.0, 2.0}), (V{0.0, 1.0, 2.0}));
   EXPECT_EQ(parameters(2, {}), (V{1.0, 0.1, 10.1}));
-  EXPECT_EQ(parameters(3, {2.0, 3.0}), (V{2.0, 3.0}));
   EXPECT_EQ(parameters(3, {}), (V{-HUGE_VAL, HUGE_VAL}));
 }
 

@@ -107,8 +107,8 @@ TEST(OptimizerProtocol, GoesRoundAndEndsOnce) {
   EXPECT_EQ(optimizer.num_ends, 1);
 
   Recorder ended_inside, done_late;
-  ended_inside.PlayRound();
   ended_inside.terminates = true;
+  ended_inside.PlayRound();
   ended_inside.Appraise();
   EXPECT_EQ(ended_inside.GetState(), State::kTerminated);
   done_late.PlayRound();

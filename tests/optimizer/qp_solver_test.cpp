@@ -36,8 +36,7 @@ struct Solution {
 
 /// What may be asked of a call beside its program.
 struct Options {
-  int mode = 1;
-  int lwar_missing = 0, liwar_missing = 0, mnn_missing = 0;
+  int mode = 1, lwar_missing = 0, liwar_missing = 0, mnn_missing = 0;
   bool print = false;
 };
 

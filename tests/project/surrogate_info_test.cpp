@@ -159,19 +159,6 @@ TEST(SurrogateInfo, KnowsWhetherItsDesignsAreKnown) {
   }
 }
 
-TEST(SurrogateInfo, SurvivesTheArchiveAndOwnsItsClone) {
-  const SurrogateInfo info = MakeInfo();
-  const SurrogateInfo read = support::Load<SurrogateInfo>(support::Save(info));
-  EXPECT_EQ(read, info);
-  EXPECT_NE(read.GetSurrogate(), info.GetSurrogate());
-  const SurrogateInfo clone = info.Clone();
-  EXPECT_EQ(clone, info);
-  EXPECT_NE(clone.GetSurrogate(), info.GetSurrogate());
-  EXPECT_EQ(SurrogateInfo(info).GetSurrogate(), info.GetSurrogate());
-  EXPECT_EQ(support::Load<SurrogateInfo>(support::Save(SurrogateInfo(L"mass"))),
-            SurrogateInfo(L"mass"));
-}
-
 TEST(SurrogateInfo, ReadsEveryForm) {
   const auto model = MakeModel();
   FormOf(model).Check([](const SurrogateInfo& a, const SurrogateInfo& b) { return a == b; });

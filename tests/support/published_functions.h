@@ -19,8 +19,8 @@ struct PublishedFunction {
   double noise = 0.0;  ///< standard deviation, normal
 };
 
-/// The functions on which training is judged: smooth, periodic and kinked ones, three with noise,
-/// four with inputs that do nothing.
+/// The functions on which training is judged in a test: smooth, periodic and kinked ones, three with
+/// noise, four with inputs that do nothing; bench/ has more.
 const std::vector<PublishedFunction>& PublishedFunctions();
 
 struct Sample {

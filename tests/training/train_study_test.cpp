@@ -172,18 +172,6 @@ TEST(TrainStudy, TheProjectHoldsTheWholeTable) {
   EXPECT_FALSE(record.use_Kriging_ || record.use_anisotropic_Kriging_);
 }
 
-TEST(TrainStudy, TheSameSeedGivesTheSameStudy) {
-  TrainSettings settings = QuickSettings();
-  settings.models.moving_least_squares = false;
-  TrainingTable table = MakeTable();
-  const TrainedStudy once = TrainStudy(table, settings);
-  const TrainedStudy again = TrainStudy(table, settings);
-  settings.seed = 2;
-  const TrainedStudy other = TrainStudy(table, settings);
-  for (std::size_t k = 0; k < 4; ++k) EXPECT_EQ(once.responses[k].cop, again.responses[k].cop);
-  EXPECT_NE(once.responses[0].cop, other.responses[0].cop);
-}
-
 TEST(TrainStudy, AnObserverSeesTheWorkAndEndsIt) {
   std::uint64_t last = 0;
   std::vector<std::wstring> responses;
@@ -257,13 +245,6 @@ TEST(TrainStudy, AFewDesignsGiveAModelAndACoP) {
     EXPECT_GE(cop, 0.0);
     EXPECT_LE(cop, 1.0);
   }
-}
-
-TEST(TrainStudy, AFailedWriteLeavesWhatWasThere) {
-  const support::TemporaryDirectory directory;
-  EXPECT_NE(support::MessageOf([&] { WriteStudy(Study(), directory.File("no/such/study.vrdb")); }),
-            "");
-  EXPECT_TRUE(boost::filesystem::is_empty(directory.GetPath()));
 }
 
 }  // namespace

@@ -69,11 +69,9 @@ using algorithm::datatypes::CriterionSequence;
 
 TEST(CriterionText, OneComparisonOutsideBracketsMakesALimit) {
   const struct {
-    const wchar_t* text;
-    const wchar_t* name;
+    const wchar_t *text, *name;
     CriterionDescription::eType type;
-    const wchar_t* lhs;
-    const wchar_t* rhs;
+    const wchar_t *lhs, *rhs;
   } cases[] = {
       {L"cost: 2*mass", L"cost", CriterionDescription::RHS_ANY, L"", L"2*mass"},
       {L" c : a <= 25 ", L"c", CriterionDescription::LIMIT_LHS_BELOW_RHS, L"a", L"25"},

@@ -7,6 +7,7 @@
 #include "design/designs/design.h"
 #include "design/designs/indexed_responses.h"
 #include "design/indexed_name.h"
+#include "foundation/text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,13 +24,10 @@ using algorithm::datatypes::EntrySequence;
 using calculator::Operator;
 using calculator::ParsedText;
 using calculator::Rule;
+using utils::Quoted;
 
 constexpr std::size_t kMaxTerms = 4096;
 constexpr int kMaxDepth = 50;  // of criteria inside each other; a cycle among them ends here
-
-std::wstring Quoted(const std::wstring& text) {
-  return L"\"" + text + L"\"";
-}
 
 bool IsConstant(const TermReader::Terms& terms) {
   return terms.size() == 1 && terms[0].factors.empty();

@@ -2,18 +2,18 @@
 
 #include "analysis/optimisation/population_search.h"
 #include "doe/doe.h"
+#include "foundation/constants.h"
 #include "foundation/parallel.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numeric>
 #include <random>
 
 namespace corvath::analysis {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+using math::kInfinity;
 /// Searches that run at once, whatever the number of threads.
 constexpr std::size_t kBatch = 4;
 /// Evaluations of the populations for each input and each local search that may be done.

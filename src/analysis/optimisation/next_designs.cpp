@@ -2,17 +2,17 @@
 
 #include "analysis/optimisation/expected_errors.h"
 #include "analysis/optimisation/optimum.h"
+#include "foundation/constants.h"
 #include "stochastics/normal_quantile.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace corvath::analysis {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+using math::kInfinity;
+using math::kNaN;
 
 /// E max(best - F, 0) for a normal F.
 double ExpectedImprovement(double best, double mean, double deviation) {

@@ -1,19 +1,19 @@
 #include "analysis/optimisation/pareto_front.h"
 
+#include "foundation/constants.h"
 #include "foundation/parallel.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <map>
 #include <stdexcept>
 
 namespace corvath::analysis {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+using math::kInfinity;
 /// Searches that run at once, whatever the number of threads.
-constexpr std::size_t kBatch = 4;
+constexpr std::size_t kPlacesAtOnce = 4;
 
 /// The front as far as it is known.
 class FrontSearch {
@@ -218,7 +218,7 @@ class FrontSearch {
       if (gaps.empty()) break;
       std::stable_sort(gaps.begin(), gaps.end(),
                        [](const Gap& a, const Gap& b) { return a.width > b.width; });
-      gaps.resize(std::min({gaps.size(), kBatch, wanted - front.size()}));
+      gaps.resize(std::min({gaps.size(), kPlacesAtOnce, wanted - front.size()}));
       places.clear();
       for (const Gap& gap : gaps) {
         const Known &left = found_[gap.left], &right = found_[gap.right];
@@ -276,10 +276,10 @@ class FrontSearch {
                                             static_cast<double>(c)) /
                          static_cast<double>(h));
       }
-    for (std::size_t first = 0; first < places.size(); first += kBatch) {
+    for (std::size_t first = 0; first < places.size(); first += kPlacesAtOnce) {
       Tell(0.4 + 0.6 * static_cast<double>(first) / static_cast<double>(places.size()));
       std::vector<Place> batch;
-      for (std::size_t k = first; k < std::min(first + kBatch, places.size()); ++k)
+      for (std::size_t k = first; k < std::min(first + kPlacesAtOnce, places.size()); ++k)
         batch.push_back(PlaceAt(places[k]));
       for (const Evaluated& result : SearchPlaces(batch)) Add(result);
     }

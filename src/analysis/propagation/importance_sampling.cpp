@@ -15,7 +15,7 @@ using Eigen::Index;
 constexpr double kDefensive = 0.1;  ///< share about the origin
 constexpr double kWide = 0.3;       ///< share about the design points with the larger spread
 constexpr double kSpread = 1.5;     ///< of these, where a limit surface is long or bent
-constexpr Index kBatch = 2048;
+constexpr Index kPointsPerRound = 2048;
 constexpr Index kFewestViolations = 100;  ///< below them the spread of the weights says little
 
 /// A mixture of normal densities about several centres, each with one standard deviation.
@@ -79,10 +79,10 @@ ImportanceSample SampleAround(const Scatter& scatter, Index limit,
   while (result.num_points < settings.most) {
     Report(progress, static_cast<double>(result.num_points) / static_cast<double>(settings.most),
            L"importance sampling");
-    const Eigen::MatrixXd u =
-        mixture.Points(sobol.GetPoints(static_cast<std::uint64_t>(result.num_points), kBatch));
+    const Eigen::MatrixXd u = mixture.Points(
+        sobol.GetPoints(static_cast<std::uint64_t>(result.num_points), kPointsPerRound));
     const Eigen::VectorXd g = scatter.Evaluate(u).col(limit);
-    for (Index i = 0; i < kBatch; ++i) {
+    for (Index i = 0; i < kPointsPerRound; ++i) {
       if (!std::isfinite(g(i))) ++result.num_failed;
       if (!(g(i) < 0.0)) continue;
       const double weight = mixture.Ratio(u.row(i).transpose());
@@ -90,7 +90,7 @@ ImportanceSample SampleAround(const Scatter& scatter, Index limit,
       sum += weight;
       squares += weight * weight;
     }
-    result.num_points += kBatch;
+    result.num_points += kPointsPerRound;
     const auto n = static_cast<double>(result.num_points);
     const double mean = sum / n;
     const double half_width = z * std::sqrt(std::max(squares / n - mean * mean, 0.0) / n);

@@ -6,6 +6,7 @@
 #include "doe/scrambled_sobol.h"
 #include "doe/sobol.h"
 #include "foundation/closeness.h"
+#include "foundation/constants.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/sample_statistics.h"
 
@@ -19,7 +20,7 @@ namespace {
 
 using Eigen::Index;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
 constexpr Index kRowsPerReport = 8192;
 constexpr double kSampleShare = 0.5;     ///< of the progress, if limits follow
 constexpr double kMostValues = 2.5e8;    ///< 2 GB
@@ -28,7 +29,7 @@ constexpr double kPrecision = 0.1;       ///< of importance sampling, unless ano
 /// FORM is told to be wrong where it misses the interval and is off by this factor.
 constexpr double kDisagreement = 1.25;
 
-void Check(const Scatter& scatter, const PropagationSettings& settings) {
+void CheckPropagation(const Scatter& scatter, const PropagationSettings& settings) {
   if (settings.num_designs < 2) throw AnalysisError(L"The sample needs at least 2 designs.");
   if (!(settings.confidence > 0.0 && settings.confidence < 1.0))
     throw AnalysisError(L"The confidence must be between 0 and 1.");
@@ -277,7 +278,7 @@ bool HasMissed(const ImportanceSample& importance, const LimitRisk& risk, Index 
 }
 
 /// Decides which estimate counts, and says where estimates disagree.
-void Judge(Index num_designs, double confidence, LimitRisk& risk) {
+void CompareEstimates(Index num_designs, double confidence, LimitRisk& risk) {
   risk.probability = risk.sampling;
   if (risk.importance) {
     const Interval& other = risk.importance->probability;
@@ -339,7 +340,7 @@ LimitRisk AnalyseLimit(const Scatter& scatter, const LimitCount& count, Index nu
                                      PartOf(progress, 0.3, 1.0));
     }
   }
-  Judge(num_designs, settings.confidence, risk);
+  CompareEstimates(num_designs, settings.confidence, risk);
   return risk;
 }
 
@@ -349,7 +350,7 @@ Propagation Propagate(const StudyModel& model, const InputSpace& space,
                       const PropagationSettings& settings, const Progress& progress) {
   const Scatter scatter(model, space, settings.with_errors);
   const Scatter without_errors(model, space, false);
-  Check(scatter, settings);
+  CheckPropagation(scatter, settings);
   Sample sample(scatter, without_errors, settings);
   const auto& limits = sample.GetLimits();
   const double share = limits.empty() ? 1.0 : kSampleShare;

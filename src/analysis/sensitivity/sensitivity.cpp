@@ -2,6 +2,7 @@
 
 #include "doe/scrambled_sobol.h"
 #include "doe/sobol_table.h"
+#include "foundation/constants.h"
 #include "foundation/parallel.h"
 
 #include <boost/random/mersenne_twister.hpp>
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
 namespace corvath::analysis {
@@ -17,13 +17,14 @@ namespace {
 
 using Eigen::Index;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr Index kRowsPerReport = 8192;
+using math::kNaN;
+constexpr Index kRowsAtOnce = 8192;
 constexpr double kEvaluationShare = 0.9;     ///< of the progress; the bootstrap has the rest
-constexpr double kMostValues = 2.5e8;        ///< 2 GB
+constexpr double kMostModelValues = 2.5e8;   ///< 2 GB
 constexpr double kConstantVariance = 1e-20;  ///< relative to the square of the largest value
 
-void Check(const StudyModel& model, const InputSpace& space, const SensitivitySettings& settings) {
+void CheckSensitivity(const StudyModel& model, const InputSpace& space,
+                      const SensitivitySettings& settings) {
   if (settings.num_base < 2) throw AnalysisError(L"The base samples need at least 2 rows.");
   if (!(settings.confidence > 0.0 && settings.confidence < 1.0))
     throw AnalysisError(L"The confidence must be between 0 and 1.");
@@ -34,7 +35,7 @@ void Check(const StudyModel& model, const InputSpace& space, const SensitivitySe
   const auto blocks = static_cast<double>(2 + (settings.second_order ? 2 : 1) * space.GetDim());
   const auto columns =
       static_cast<double>(std::max(model.GetNumQuantities(), model.GetNumInputs()));
-  if (static_cast<double>(settings.num_base) * blocks * columns > kMostValues)
+  if (static_cast<double>(settings.num_base) * blocks * columns > kMostModelValues)
     throw AnalysisError(L"Base samples of " + std::to_wstring(settings.num_base) +
                         L" rows make more values than can be held.");
 }
@@ -78,12 +79,12 @@ class Blocks {
 
   void Add(const Eigen::MatrixXd& points) {
     Eigen::MatrixXd values(points.rows(), model_.GetNumQuantities());
-    for (Index first = 0; first < points.rows(); first += kRowsPerReport) {
+    for (Index first = 0; first < points.rows(); first += kRowsAtOnce) {
       const auto done = static_cast<double>(blocks_.size()) +
                         static_cast<double>(first) / static_cast<double>(points.rows());
       Report(progress_, kEvaluationShare * done / static_cast<double>(num_blocks_),
              L"evaluating the models");
-      const Index count = std::min(kRowsPerReport, points.rows() - first);
+      const Index count = std::min(kRowsAtOnce, points.rows() - first);
       values.middleRows(first, count) =
           model_.Evaluate(space_.FromUniform(points.middleRows(first, count)));
     }
@@ -253,7 +254,7 @@ QuantitySensitivity Analyse(const StudyQuantity& quantity, const Eigen::MatrixXd
 
 Sensitivity AnalyseSensitivity(const StudyModel& model, const InputSpace& space,
                                const SensitivitySettings& settings, const Progress& progress) {
-  Check(model, space, settings);
+  CheckSensitivity(model, space, settings);
   Sensitivity result;
   for (const auto& group : space.GetGroups()) {
     result.groups.emplace_back();

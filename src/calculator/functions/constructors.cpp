@@ -18,7 +18,7 @@ using namespace help;
 namespace fn = math::functions;
 using math::Value;
 
-double ToNumber(const Value& boolean) {
+double TruthNumber(const Value& boolean) {
   return boolean.GetBoolean() ? 1.0 : 0.0;
 }
 
@@ -35,7 +35,7 @@ void Vector(FunctionCall& call, Value& result) {
     if (part.IsVector())
       out = std::copy(part.GetVector().begin(), part.GetVector().end(), out);
     else
-      *out++ = part.IsScalar() ? part.GetScalar() : Value::Complex(ToNumber(part));
+      *out++ = part.IsScalar() ? part.GetScalar() : Value::Complex(TruthNumber(part));
   }
   result = Value(std::move(vector));
 }
@@ -71,7 +71,7 @@ void Matrix(FunctionCall& call, Value& result) {
     else if (part.IsVector())
       out = std::copy(part.GetVector().begin(), part.GetVector().end(), out);
     else
-      *out++ = part.IsScalar() ? part.GetScalar() : Value::Complex(ToNumber(part));
+      *out++ = part.IsScalar() ? part.GetScalar() : Value::Complex(TruthNumber(part));
   }
   result = Value(std::move(matrix));
 }

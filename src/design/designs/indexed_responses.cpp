@@ -39,7 +39,7 @@ struct Merged {
   std::vector<Element> elements;
 };
 
-Value ToVector(const std::vector<Element>& elements) {
+Value MakeVector(const std::vector<Element>& elements) {
   std::size_t size = 0;
   for (const Element& element : elements) size = std::max(size, element.index + 1);
   Value::Vector vector(size, std::numeric_limits<double>::quiet_NaN());
@@ -67,7 +67,7 @@ EntrySequence MergeIndexedResponses(EntrySequence responses) {
     vector->second.elements.push_back({static_cast<std::size_t>(*index), *number});
   }
   for (const auto& [base, vector] : vectors)
-    merged[vector.position].second = CDesignEntry(ToVector(vector.elements));
+    merged[vector.position].second = CDesignEntry(MakeVector(vector.elements));
   return merged;
 }
 

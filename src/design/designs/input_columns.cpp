@@ -17,7 +17,7 @@ namespace {
 constexpr char kUnknownKind[] = "Unknown deterministic kind";
 
 /// What a message shows of a value: the value, or its type if it has no short text.
-std::string Describe(const CDesignEntry& value) {
+std::string DescribeValue(const CDesignEntry& value) {
   try {
     return utils::ToUtf8(value.ToString());
   } catch (const std::logic_error&) {
@@ -59,7 +59,7 @@ double InputColumns::Column::ToNumber(const CDesignEntry& value) const {
     case Kind::ORDINAL_BY_INDEX:
     case Kind::NOMINAL_BY_INDEX:
       if (const auto position = by_index.Find(value)) return static_cast<double>(*position);
-      throw std::range_error("No matching discrete state found " + Describe(value) +
+      throw std::range_error("No matching discrete state found " + DescribeValue(value) +
                              " for parameter " + utils::ToUtf8(name));
   }
   throw std::runtime_error(kUnknownKind);

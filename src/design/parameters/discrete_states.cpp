@@ -22,13 +22,14 @@ bool StateLess(const CDesignEntry& left, const CDesignEntry& right) {
   return IsNaN(right) || left < right;
 }
 
-bool IsNumber(enums::DesignEntry::eType type) {
+bool IsNumberType(enums::DesignEntry::eType type) {
   return type == Type::BOOL || type == Type::INTEGER || type == Type::REAL;
 }
 
 /// Whether entries of the two types have one order in which equal ones are neighbours.
 bool IsSearchable(enums::DesignEntry::eType left, enums::DesignEntry::eType right) {
-  return (IsNumber(left) && IsNumber(right)) || (left == Type::STRING && right == Type::STRING);
+  return (IsNumberType(left) && IsNumberType(right)) ||
+         (left == Type::STRING && right == Type::STRING);
 }
 
 }  // namespace

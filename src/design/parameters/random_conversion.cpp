@@ -17,7 +17,7 @@ namespace corvath::algorithm::datatypes {
 namespace {
 
 const std::wstring kMean = L"Mean value";
-const std::wstring kStandardDeviation = L"Standard deviation";
+const std::wstring kStandardDeviationName = L"Standard deviation";
 
 Eigen::VectorXd ToVector(const std::vector<double>& numbers) {
   return Eigen::Map<const Eigen::VectorXd>(numbers.data(),
@@ -39,7 +39,7 @@ void SetMeanAndCov(RV& variable, double mean, double cov) {
   variable.SetStats(moments);
 }
 
-void Describe(RV& variable, const Parameter& parameter) {
+void TakeProperties(RV& variable, const Parameter& parameter) {
   const RandomProperties& properties = parameter.GetRandomProperties();
   if (properties.HasCov()) {
     SetMeanAndCov(variable, MeanOf(parameter), properties.GetCov());
@@ -72,7 +72,7 @@ void MoveMean(RV& variable, double mean, const RandomProperties& properties) {
   else
     return;
   if (properties.HasCov())
-    variable.SetStat(kStandardDeviation, std::abs(mean * properties.GetCov()));
+    variable.SetStat(kStandardDeviationName, std::abs(mean * properties.GetCov()));
 }
 
 /// Mixed parameters, then stochastic ones, each in the order of the manager; no constants.
@@ -126,7 +126,7 @@ boost::shared_ptr<RV> ParameterToRV(const Parameter& parameter) {
     boost::shared_ptr<RV> variable =
         RVFactory::GetInstance().Create(parameter.GetRandomProperties().GetType());
     variable->SetName(parameter.GetName());
-    Describe(*variable, parameter);
+    TakeProperties(*variable, parameter);
     return variable;
   } catch (const std::exception&) {
     throw utils::runtime_error(L"An error occured while transforming the parameter \"" +

@@ -107,12 +107,13 @@ void KernelConstInflIsoReg::SetParameters(const Eigen::VectorXd& parameters) {
     throw std::domain_error("KernelConstInflIsoReg: parameter must be greater zero");
   StoreParameters(parameters);
   D_squared_ = parameters_(0) * parameters_(0);
-  helper_term_ = std::pow(1.00001, -2.0);
+  helper_term_ = 1.0 / (1.00001 * 1.00001);
 }
 
 double KernelConstInflIsoReg::EvaluateSquared(double squared) const {
   RequireParameters(parameters_);
-  const double weight = std::pow(squared / D_squared_ + epsilon_, -m_) - helper_term_;
+  const double ratio = squared / D_squared_ + epsilon_;
+  const double weight = 1.0 / (ratio * ratio) - helper_term_;  // m is 2
   return weight < 0.0 ? 0.0 : weight;  // this way round, NaN passes
 }
 

@@ -1,12 +1,12 @@
 #include "metamodel/kriging/kernel_noise_fit.h"
 
+#include "foundation/constants.h"
+#include "metamodel/kernels/kernel.h"
+#include "metamodel/kriging/definite_factor.h"
 #include "optimizer/nlpqlp_interface.h"
-
-#include <Eigen/Cholesky>
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 #include <vector>
 
@@ -14,7 +14,7 @@ namespace corvath::math::metamodel {
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+using math::kInfinity;
 /// Natural logarithms of the bounds.
 const double kLowestRadius = std::log(0.1);
 const double kHighestRadius = std::log(300.0);
@@ -55,14 +55,14 @@ class RestrictedLikelihood {
     kernel_.noalias() = 2.0 * scaled_ * scaled_.transpose();
     kernel_.colwise() -= norms;
     kernel_.rowwise() -= norms.transpose();
-    kernel_ = kernel_.array().min(0.0).exp();
+    kernel_ = kernel_.cwiseMin(0.0);
+    ExpInPlace(kernel_.reshaped());
     const double nugget = std::exp(x(0));
     kernel_.diagonal().setConstant(1.0 + nugget);
-    factor_.compute(kernel_);
-    if (factor_.info() != Eigen::Success) return kInfinity;
-    const double log_determinant = 2.0 * factor_.matrixLLT().diagonal().array().log().sum();
-    const Eigen::VectorXd of_ones = factor_.solve(Eigen::VectorXd::Ones(n));
-    const Eigen::VectorXd of_values = factor_.solve(values_);
+    if (!factor_.Compute(kernel_)) return kInfinity;
+    const double log_determinant = factor_.LogDeterminant();
+    const Eigen::VectorXd of_ones = factor_.Solve(Eigen::VectorXd::Ones(n));
+    const Eigen::VectorXd of_values = factor_.Solve(values_);
     const double information = of_ones.sum();
     const Eigen::VectorXd weights = of_values - (of_values.sum() / information) * of_ones;
     const double freedom = static_cast<double>(n - 1);
@@ -75,7 +75,8 @@ class RestrictedLikelihood {
     if (!gradient) return objective;
 
     // d/dp = 1/2 sum over ab of G_ab dC_ab with G = C^-1 - w w' / s^2 - a a' / 1'a.
-    inverse_ = factor_.solve(Eigen::MatrixXd::Identity(n, n));
+    factor_.InverseLower(inverse_);
+    inverse_.triangularView<Eigen::StrictlyUpper>() = inverse_.transpose();
     inverse_.noalias() -= weights * (weights.transpose() / variance);
     inverse_.noalias() -= of_ones * (of_ones.transpose() / information);
     gradient->resize(x.size());
@@ -105,7 +106,7 @@ class RestrictedLikelihood {
   Eigen::MatrixXd scaled_;
   Eigen::MatrixXd kernel_;
   Eigen::MatrixXd inverse_;
-  Eigen::LLT<Eigen::MatrixXd> factor_;
+  DefiniteFactor factor_;
 };
 
 struct Trial {

@@ -1,9 +1,9 @@
+#include "foundation/constants.h"
 #include "metamodel/kriging/definite_factor.h"
 #include "metamodel/kriging/ordinary_kriging.h"
 
 #include <Eigen/Cholesky>
 
-#include <limits>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -15,7 +15,7 @@ namespace corvath::math::metamodel {
 
 namespace {
 
-constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
 
 /// The points of each group, in the order of the groups' numbers; one group per point without
 /// numbers.
@@ -30,7 +30,7 @@ std::vector<std::vector<Eigen::Index>> GroupsOf(const IndexVector& subsets, Eige
 }
 
 double SumOfSquares(const Eigen::VectorXd& values, const Eigen::VectorXd& predictions) {
-  return predictions.size() == values.size() ? (values - predictions).squaredNorm() : kNoNumber;
+  return predictions.size() == values.size() ? (values - predictions).squaredNorm() : kNaN;
 }
 
 }  // namespace
@@ -69,7 +69,7 @@ Eigen::VectorXd OrdinaryKriging::ApproximateCrossValidation(const IndexVector& s
   for (const std::vector<Eigen::Index>& group : GroupsOf(subsets, n)) {
     const auto size = static_cast<Eigen::Index>(group.size());
     if (size == n) {  // nothing is left to predict from
-      predictions.setConstant(kNoNumber);
+      predictions.setConstant(kNaN);
       break;
     }
     if (size == 1) {
@@ -148,7 +148,7 @@ Eigen::VectorXd OrdinaryKriging::ComputeSingleCoPs(const IndexVector& subsets) c
     result =
         model->Build()
             ? (SumOfSquares(values_, model->ApproximateCrossValidation(subsets)) - error) / total
-            : kNoNumber;
+            : kNaN;
   }
   return single;
 }

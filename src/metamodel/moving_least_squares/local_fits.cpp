@@ -1,26 +1,29 @@
 #include "metamodel/moving_least_squares/local_fits.h"
 
-#include "metamodel/simd/dense_products.h"
+#include "foundation/constants.h"
+#include "metamodel/simd/local_systems.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <functional>
+#include <numeric>
+#include <vector>
 
 namespace corvath::math::metamodel {
 
 namespace {
 
-/// Entries of the table of products at most: 8 MB.
+/// Numbers of a whole table of products at most: 8 MB. A larger one is made part by part.
 constexpr Eigen::Index kMaxTable = Eigen::Index{1} << 20;
+/// Numbers of such a part: 1 MB.
+constexpr Eigen::Index kTablePart = Eigen::Index{1} << 17;
 /// Weights of one block: 512 KB stay in the second-level cache while they are multiplied.
 constexpr Eigen::Index kBlockWeights = Eigen::Index{1} << 16;
 constexpr Eigen::Index kMaxBlock = 256;
-/// Rows of the basis that are weighted at once without a table.
-constexpr Eigen::Index kChunkRows = 256;
 /// A support point with a weight up to this is out of reach.
 constexpr double kReach = 1e-5;
 
-constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
 
 /// Whether at least `least` support points are within reach.
 bool Reaches(const Eigen::Ref<const Eigen::VectorXd>& weights, Eigen::Index least) {
@@ -29,105 +32,115 @@ bool Reaches(const Eigen::Ref<const Eigen::VectorXd>& weights, Eigen::Index leas
   return false;
 }
 
+Eigen::Index NumberSums(Eigen::Index p) {
+  const Eigen::Index entries = p == 0 ? 2 : p * (p + 1) / 2 + p;
+  return (entries + simd::kSumsMultiple - 1) / simd::kSumsMultiple * simd::kSumsMultiple;
+}
+
+/// Where entry (i, j), i >= j, of a symmetric matrix of size p stands in its packed lower triangle.
+Eigen::Index PackedIndex(Eigen::Index i, Eigen::Index j, Eigen::Index p) {
+  return j * (2 * p - j - 1) / 2 + i;
+}
+
 }  // namespace
 
 LocalFits::LocalFits(const Eigen::MatrixXd& basis, const Eigen::VectorXd& values)
     : basis_(basis), values_(values) {
-  const Eigen::Index n = basis.rows();
+  const Eigen::Index n = values.size();
   const Eigen::Index p = basis.cols();
-  if (p == 0) return;
-  constant_ = (values.array() == values(0)).all();
-  normal_.setZero(p, p);
-  right_.resize(p);
-  solution_.resize(p);
-  const Eigen::Index num_products = p * (p + 1) / 2 + p;
-  if (n > kMaxTable / num_products) return;
-  products_.resize(n, num_products);
-  Eigen::Index next = 0;
-  for (Eigen::Index column = 0; column < p; ++column)
-    for (Eigen::Index row = column; row < p; ++row)
-      products_.col(next++) = basis.col(row).cwiseProduct(basis.col(column));
-  for (Eigen::Index row = 0; row < p; ++row)
-    products_.col(next++) = basis.col(row).cwiseProduct(values);
+  constant_ = p > 0 && (values.array() == values(0)).all();
+  const Eigen::Index num_sums = NumberSums(p);
+  const Eigen::Index rows =
+      n <= kMaxTable / num_sums ? n : std::max<Eigen::Index>(kTablePart / num_sums, 1);
+  products_.setZero(num_sums, rows);
+  if (rows == n && !constant_) FillProducts(0, n);
+  work_.resize(simd::SolveWork(p));
 }
 
-Eigen::Index LocalFits::GetBlockSize() const {
-  return std::clamp<Eigen::Index>(kBlockWeights / std::max<Eigen::Index>(values_.size(), 1), 1,
-                                  kMaxBlock);
-}
-
-void LocalFits::UnpackSystem(const double* sums) {
-  for (Eigen::Index column = 0; column < normal_.cols(); ++column)
-    for (Eigen::Index row = column; row < normal_.rows(); ++row) normal_(row, column) = *sums++;
-  for (double& entry : right_) entry = *sums++;
-}
-
-void LocalFits::FormSystem(const Eigen::Ref<const Eigen::VectorXd>& weights) {
-  normal_.setZero();
-  right_.setZero();
-  for (Eigen::Index begin = 0; begin < basis_.rows(); begin += kChunkRows) {
-    const Eigen::Index rows = std::min(kChunkRows, basis_.rows() - begin);
-    const auto chunk = basis_.middleRows(begin, rows);
-    weighted_ = weights.segment(begin, rows).asDiagonal() * chunk;
-    normal_.triangularView<Eigen::Lower>() += weighted_.transpose() * chunk;
-    right_.noalias() += weighted_.transpose() * values_.segment(begin, rows);
+void LocalFits::FillProducts(Eigen::Index first, Eigen::Index count) {
+  const Eigen::Index p = basis_.cols();
+  for (Eigen::Index i = 0; i < count; ++i) {
+    double* product = products_.col(i).data();
+    const double value = values_(first + i);
+    if (p == 0) {
+      product[0] = value;
+      product[1] = 1.0;
+      continue;
+    }
+    for (Eigen::Index column = 0; column < p; ++column)
+      for (Eigen::Index row = column; row < p; ++row)
+        *product++ = basis_(first + i, row) * basis_(first + i, column);
+    for (Eigen::Index row = 0; row < p; ++row) *product++ = basis_(first + i, row) * value;
   }
 }
 
-void LocalFits::Average(const Eigen::Ref<const Eigen::MatrixXd>& weights,
-                        Eigen::Ref<Eigen::VectorXd> results) const {
-  // 0 / 0 is the NaN of a point that no support point reaches.
-  results = (weights.transpose() * values_).array() / weights.colwise().sum().transpose().array();
+Eigen::Index LocalFits::GetBlockSize() const {
+  const Eigen::Index numbers = std::max<Eigen::Index>(values_.size(), products_.rows());
+  return std::clamp<Eigen::Index>(kBlockWeights / std::max<Eigen::Index>(numbers, 1), 1, kMaxBlock);
 }
 
-void LocalFits::FormSystems(const Eigen::Ref<const Eigen::MatrixXd>& weights) {
-  sums_.resize(products_.cols(), weights.cols());
-  simd::GetDenseRoutines().cross_products(products_.cols(), weights.cols(), products_.rows(),
-                                          products_.data(), products_.rows(), weights.data(),
-                                          weights.outerStride(), sums_.data(), sums_.rows(),
-                                          /*lower=*/false);
+void LocalFits::FormSums(const Eigen::Ref<const Eigen::MatrixXd>& weights) {
+  sums_.setZero(products_.rows(), weights.cols());
+  const Eigen::Index n = values_.size();
+  const Eigen::Index part = std::max<Eigen::Index>(products_.cols(), 1);
+  for (Eigen::Index first = 0; first < n; first += part) {
+    const Eigen::Index count = std::min(part, n - first);
+    if (count < n) FillProducts(first, count);
+    simd::GetLocalRoutines().add({products_.data(), products_.rows(), count, weights.data() + first,
+                                  weights.outerStride(), weights.cols()},
+                                 sums_.data(), sums_.rows());
+  }
 }
 
-void LocalFits::SolveSystems(const Eigen::Ref<const Eigen::MatrixXd>& basis_at,
-                             Eigen::Ref<Eigen::VectorXd> results) const {
-  simd::SmallSystems systems{};
-  systems.sums = sums_.data();
-  systems.sums_stride = sums_.rows();
-  systems.num_systems = sums_.cols();
-  systems.num_terms = basis_.cols();
-  systems.at = basis_at.data();
-  systems.at_stride = basis_at.outerStride();
-  simd::GetDenseRoutines().solve_systems(systems, results.data());
+double LocalFits::SolvePivoted(const double* sums, const Eigen::Ref<const Eigen::RowVectorXd>& at) {
+  const Eigen::Index p = basis_.cols();
+  std::vector<Eigen::Index> order(static_cast<std::size_t>(p));
+  std::iota(order.begin(), order.end(), 0);
+  const auto diagonal = [&](Eigen::Index i) { return std::abs(sums[PackedIndex(i, i, p)]); };
+  for (auto next = order.begin(); next != order.end(); ++next)
+    std::iter_swap(next, std::max_element(next, order.end(), [&](Eigen::Index a, Eigen::Index b) {
+                     return diagonal(a) < diagonal(b);
+                   }));
+  Eigen::VectorXd sorted(p * (p + 1) / 2 + p);
+  double* to = sorted.data();
+  for (Eigen::Index j = 0; j < p; ++j)
+    for (Eigen::Index i = j; i < p; ++i) {
+      const auto [row, column] =
+          std::minmax(order[static_cast<std::size_t>(i)], order[static_cast<std::size_t>(j)],
+                      std::greater<Eigen::Index>());
+      *to++ = sums[PackedIndex(row, column, p)];
+    }
+  Eigen::VectorXd at_sorted(p);
+  for (Eigen::Index i = 0; i < p; ++i) {
+    *to++ = sums[p * (p + 1) / 2 + order[static_cast<std::size_t>(i)]];
+    at_sorted(i) = at(order[static_cast<std::size_t>(i)]);
+  }
+  double result = 0.0;
+  simd::GetLocalRoutines().solve({sorted.data(), sorted.size(), 1, p, at_sorted.data(), 1},
+                                 /*definite=*/false, work_.data(), &result);
+  return result;
 }
 
 void LocalFits::Predict(const Eigen::Ref<const Eigen::MatrixXd>& weights,
                         const Eigen::Ref<const Eigen::MatrixXd>& basis_at, bool require_reach,
                         Eigen::Ref<Eigen::VectorXd> results) {
   const Eigen::Index p = basis_.cols();
-  if (p == 0) return Average(weights, results);
-  const bool has_table = products_.size() > 0 && !constant_;
-  results.setConstant(kNoNumber);
-  if (has_table) {
-    FormSystems(weights);
-    if (p <= simd::kMostTerms) SolveSystems(basis_at, results);
+  if (!constant_) FormSums(weights);
+  if (p == 0) {
+    results = (sums_.row(0).array() / sums_.row(1).array()).transpose();  // 0 / 0 out of reach
+    return;
   }
+  if (!constant_)
+    simd::GetLocalRoutines().solve(
+        {sums_.data(), sums_.rows(), sums_.cols(), p, basis_at.data(), basis_at.outerStride()},
+        /*definite=*/true, work_.data(), results.data());
   for (Eigen::Index i = 0; i < weights.cols(); ++i) {
-    if (require_reach && !Reaches(weights.col(i), p)) {
-      results(i) = kNoNumber;
-      continue;
-    }
-    if (!std::isnan(results(i))) continue;
-    if (constant_) {  // the constant term alone, as SolveRegression has it
+    if (require_reach && !Reaches(weights.col(i), p))
+      results(i) = kNaN;
+    else if (constant_)  // the constant term alone, as SolveRegression has it
       results(i) = basis_at(i, 0) * values_(0);
-      continue;
-    }
-    if (has_table)
-      UnpackSystem(sums_.col(i).data());
-    else
-      FormSystem(weights.col(i));
-    factors_.compute(normal_);
-    solution_ = factors_.solve(right_);
-    results(i) = basis_at.row(i).dot(solution_);
+    else if (std::isnan(results(i)))
+      results(i) = SolvePivoted(sums_.col(i).data(), basis_at.row(i));
   }
 }
 

@@ -2,18 +2,17 @@
 
 #include "metamodel/types.h"
 
-#include <Eigen/Cholesky>
 #include <Eigen/Core>
 
 namespace corvath::math::metamodel {
 
 /// Weighted polynomial fits to the same data under many sets of weights, one set per prediction.
 ///
-/// The normal matrices of a block of sets come from one product of the weights with a table of the
-/// products of basis functions; then they are solved side by side (up to 16 coefficients), and by an
-/// LDLT with pivoting where they are not clearly definite. Where the table would be large (many
-/// coefficients), each normal matrix is formed by itself. Holds references and buffers: one
-/// object per call and thread.
+/// The normal equations of a block of sets come from the products of the weights with a table of the
+/// products of basis functions; then they are solved side by side by L D L', and with pivoting
+/// where they are not clearly definite. Sums are taken point after point and no operation is fused,
+/// so that a fit depends neither on the processor nor on the rest of its block. Holds references and
+/// buffers: one object per call and thread.
 class LocalFits {
  public:
   /// @param basis   N x P at the data; 0 columns: weighted averages
@@ -31,27 +30,22 @@ class LocalFits {
                Eigen::Ref<Eigen::VectorXd> results);
 
  private:
-  void Average(const Eigen::Ref<const Eigen::MatrixXd>& weights,
-               Eigen::Ref<Eigen::VectorXd> results) const;
-  /// Normal matrix (lower triangle) and right side under one set of weights.
-  void FormSystem(const Eigen::Ref<const Eigen::VectorXd>& weights);
-  /// All of a block, to sums_.
-  void FormSystems(const Eigen::Ref<const Eigen::MatrixXd>& weights);
-  /// NaN where a system of sums_ is not clearly definite.
-  void SolveSystems(const Eigen::Ref<const Eigen::MatrixXd>& basis_at,
-                    Eigen::Ref<Eigen::VectorXd> results) const;
-  void UnpackSystem(const double* sums);
+  /// The table of products of the data [first, first + count).
+  void FillProducts(Eigen::Index first, Eigen::Index count);
+  /// Normal equations under each set of weights, to sums_.
+  void FormSums(const Eigen::Ref<const Eigen::MatrixXd>& weights);
+  /// The fit at `at` (P) by L D L' in the order of the diagonal, the largest first. What a vanishing
+  /// pivot leaves open is 0.
+  double SolvePivoted(const double* sums, const Eigen::Ref<const Eigen::RowVectorXd>& at);
 
   const Eigen::MatrixXd& basis_;
   const Eigen::VectorXd& values_;
-  bool constant_ = false;     ///< all values equal: their fit is known
-  Eigen::MatrixXd products_;  ///< N x (P (P + 1) / 2 + P): b_p b_q for p >= q, then b_p y; or empty
-  Eigen::MatrixXd sums_;      ///< of products_ under each set of weights
-  Eigen::MatrixXd weighted_;  ///< part of diag(w) basis_, where there is no table
-  Eigen::MatrixXd normal_;    ///< P x P
-  Eigen::VectorXd right_;     ///< P
-  Eigen::VectorXd solution_;  ///< P
-  Eigen::LDLT<Eigen::MatrixXd> factors_;
+  bool constant_ = false;  ///< all values equal: their fit is known
+  /// Per point b_p b_q for p >= q, then b_p y, then zeros up to a whole vector; without a basis y
+  /// and 1. Of all points, or of as many as a part of the table has.
+  Eigen::MatrixXd products_;
+  Eigen::MatrixXd sums_;  ///< of products_ under each set of weights
+  Eigen::VectorXd work_;
 };
 
 }  // namespace corvath::math::metamodel

@@ -15,7 +15,7 @@ using transform::TransBoxCox;
 using transform::TransformType;
 
 /// Parameters of a TransBoxCox by its integer exponent; these are the neutral ones.
-struct Candidate {
+struct BoxCoxTrial {
   std::int64_t lambda_inv = 1;
   double min_scaled = 0.1;
   double max_scaled = 10.1;
@@ -59,11 +59,11 @@ class RepeatedRegression {
 /// The candidate with the smallest error in the user's units, the first of equals. Limits play no
 /// part. False when a transform cannot be built.
 bool Search(const RepeatedRegression& regression, const Eigen::MatrixXd& design,
-            const Eigen::VectorXd& values, Candidate& best) {
+            const Eigen::VectorXd& values, BoxCoxTrial& best) {
   double best_error = std::numeric_limits<double>::max();
   for (const auto& [lower, upper] : kBounds) {
     for (const std::int64_t exponent : kExponents) {
-      const Candidate candidate{exponent, lower, upper};
+      const BoxCoxTrial candidate{exponent, lower, upper};
       TransBoxCox trans = candidate.Make();
       if (!trans.Build(values)) return false;
       const Eigen::VectorXd predicted =
@@ -86,13 +86,13 @@ bool LinearRegression::BuildBoxCox() {
   residuals_.resize(0);
   const bool constant = values_.size() == 0 || (values_.array() == values_(0)).all();
   if (GetNumberCoefficients() >= static_cast<std::uint64_t>(GetNumberPoints()) || constant) {
-    SetValueTransform(TransformType::kBoxCox, Candidate().Make().GetParameters());
+    SetValueTransform(TransformType::kBoxCox, BoxCoxTrial().Make().GetParameters());
     if (!Build()) return false;
   } else {
     const Eigen::MatrixXd design = BuildRegressionMatrix(points, settings_.GetMainTermSelection(),
                                                          settings_.GetInteractionSelection());
     const RepeatedRegression regression(design, weights_);
-    Candidate best;
+    BoxCoxTrial best;
     if (!Search(regression, design, values_, best)) return false;
     SetValueTransform(TransformType::kBoxCox, best.Make().GetParameters());
     coefficient_matrix_ = design;

@@ -12,20 +12,6 @@ namespace corvath::math::metamodel::simd {
 /// Doubles of scratch memory that a routine with `work` needs, whatever the sizes.
 constexpr std::int64_t kProductWork = 192 * (96 + 192);
 
-/// Terms up to which solve_systems serves.
-constexpr std::int64_t kMostTerms = 16;
-
-/// Many small systems A z = r, from the sums over weighted products. Column i of `sums` holds the
-/// lower triangle of A, column after column, then r.
-struct SmallSystems {
-  const double* sums;  ///< num_terms (num_terms + 1) / 2 + num_terms rows, num_systems columns
-  std::int64_t sums_stride;
-  std::int64_t num_systems;
-  std::int64_t num_terms;  ///< at most kMostTerms
-  const double* at;        ///< num_systems x num_terms
-  std::int64_t at_stride;
-};
-
 /// The routines of one processor level.
 struct DenseRoutines {
   const char* level;
@@ -44,8 +30,6 @@ struct DenseRoutines {
   void (*invert_lower)(double* l, std::int64_t stride, std::int64_t n, double* work);
   /// Replaces the lower triangle L of `l` by that of L' L; what stands above is not touched.
   void (*square_lower)(double* l, std::int64_t stride, std::int64_t n, double* work);
-  /// results[i] = at_i . z_i, NaN where A_i is not definite to about ten figures.
-  void (*solve_systems)(const SmallSystems& systems, double* results);
 };
 
 /// The routines for this processor, chosen at the first call.

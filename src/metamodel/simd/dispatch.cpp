@@ -1,5 +1,6 @@
 #include "metamodel/simd/dense_products.h"
 #include "metamodel/simd/kernel_sums.h"
+#include "metamodel/simd/local_systems.h"
 
 namespace corvath::math::metamodel::simd {
 
@@ -56,6 +57,11 @@ const Available<DenseRoutines>& GetAvailableDense() {
   return available;
 }
 
+const Available<LocalRoutines>& GetAvailableLocal() {
+  static const Available<LocalRoutines> available(ZEL_ALL_LEVELS(kLocalRoutines));
+  return available;
+}
+
 }  // namespace
 
 const KernelRoutines& GetKernelRoutines() {
@@ -74,6 +80,15 @@ const DenseRoutines& GetDenseRoutines() {
 const DenseRoutines* const* GetAllDenseRoutines(int* count) {
   *count = GetAvailableDense().count;
   return GetAvailableDense().routines;
+}
+
+const LocalRoutines& GetLocalRoutines() {
+  return GetAvailableLocal().Best();
+}
+
+const LocalRoutines* const* GetAllLocalRoutines(int* count) {
+  *count = GetAvailableLocal().count;
+  return GetAvailableLocal().routines;
 }
 
 }  // namespace corvath::math::metamodel::simd

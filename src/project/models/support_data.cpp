@@ -1,12 +1,12 @@
 #include "design/designs/design_manager.h"
 #include "design/designs/input_columns.h"
 #include "design/parameters/parameter_manager.h"
+#include "foundation/constants.h"
 #include "foundation/log_line.h"
 #include "metamodel/surrogate.h"
 #include "project/models/surrogate_info_container.h"
 
 #include <exception>
-#include <limits>
 #include <new>
 
 // Support data of the models are left out of a saved project and taken back from its designs.
@@ -15,7 +15,7 @@ namespace corvath::algorithm::datatypes {
 
 namespace {
 
-constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
 
 /// Tells of designs that the project lacks: without them a model mostly has no errors.
 void WarnOfMissing(const SurrogateInfo& info, std::size_t num_found) {
@@ -40,15 +40,15 @@ double ResponseValue(const CDesignEntry& entry, std::uint64_t index) {
   if (value->IsVector()) {
     const auto& vector = value->GetVector();
     if (vector.size() == 1) return vector(0).real();
-    return index < vector.size() ? vector(index).real() : kNoNumber;
+    return index < vector.size() ? vector(index).real() : kNaN;
   }
   if (value->IsMatrix()) {
     const auto& matrix = value->GetMatrix();
     const std::uint64_t size = matrix.size1() * matrix.size2();
     if (size == 1) return matrix(0, 0).real();
-    return index < size ? matrix(index / matrix.size2(), index % matrix.size2()).real() : kNoNumber;
+    return index < size ? matrix(index / matrix.size2(), index % matrix.size2()).real() : kNaN;
   }
-  return kNoNumber;  // nothing, or a signal
+  return kNaN;  // nothing, or a signal
 }
 
 Eigen::VectorXd ResponseValues(const std::vector<const Design*>& designs,
@@ -61,7 +61,7 @@ Eigen::VectorXd ResponseValues(const std::vector<const Design*>& designs,
       position = responses.FindPosition(info.GetResponseName());
     values(static_cast<Eigen::Index>(i)) =
         position == EntrySequence::npos
-            ? kNoNumber
+            ? kNaN
             : ResponseValue(responses[position].second, info.GetResponseIndex());
   }
   return values;

@@ -7,7 +7,7 @@ namespace corvath::math::metamodel {
 namespace {
 
 template <class Equal>
-bool SameFields(const ZELSettings& a, const MetamodelSettings& other, const Equal& equal) {
+bool SameOwnFields(const ZELSettings& a, const MetamodelSettings& other, const Equal& equal) {
   using S = ZELSettings;
   const auto* b = dynamic_cast<const ZELSettings*>(&other);
   return b && a.info_important_.size() == b->info_important_.size() &&
@@ -28,11 +28,11 @@ std::unique_ptr<MetamodelSettings> ZELSettings::Clone() const {
 }
 
 bool ZELSettings::IsNearlyEqual(const MetamodelSettings& other) const {
-  return MetamodelSettings::IsNearlyEqual(other) && SameFields(*this, other, NearlyEqual());
+  return MetamodelSettings::IsNearlyEqual(other) && SameOwnFields(*this, other, NearlyEqual());
 }
 
 bool ZELSettings::IsEqual(const MetamodelSettings& other) const {
-  return MetamodelSettings::IsEqual(other) && SameFields(*this, other, ExactlyEqual());
+  return MetamodelSettings::IsEqual(other) && SameOwnFields(*this, other, ExactlyEqual());
 }
 
 template <class Archive>

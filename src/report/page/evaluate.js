@@ -57,9 +57,9 @@ function makeModel(model) {
   /* weight(i) of point i at u, after prepare(). */
   function makeKernel(kernel) {
     if (kernel.kind === 'regularised') {
-      const shift = Math.pow(1.00001, -2);
       return {prepare() {}, weight(i) {
-        const w = Math.pow(squared(i) / kernel.squared_radius + 1e-5, -2) - shift;
+        const ratio = squared(i) / kernel.squared_radius + 1e-5;
+        const w = 1 / (ratio * ratio) - 1 / (1.00001 * 1.00001);
         return w < 0 ? 0 : w;
       }};
     }
@@ -157,10 +157,8 @@ function makeModel(model) {
     }
     if (reach < p) return NaN;
     if (constant) return values[0];
-    const solution = solve(p, normal, right);
-    let v = solution[0];
-    model.powers.forEach(([j, e], t) => { v += power(u[j], e) * solution[t + 1]; });
-    return v;
+    const at = [1, ...model.powers.map(([j, e]) => power(u[j], e))];
+    return fit(p, normal, right, at);
   }
 
   const compute = {
@@ -186,38 +184,50 @@ function makeModel(model) {
   };
 }
 
-/* A symmetric system by L D L', pivots by the size of the diagonal; what a vanishing pivot leaves
-   open is 0. `a` holds the lower triangle. */
-function solve(n, a, b) {
+/* The fit at a point with the terms `at`, by L D L' in the given order, rounded as in the library.
+   With `definite` it is NaN where a pivot is not above 1e-10 of its diagonal entry; without, what a
+   vanishing pivot leaves open is 0. `normal` holds the lower triangle. */
+function solve(n, normal, right, at, order, definite) {
+  const a = new Float64Array(n * n);
+  const z = new Float64Array(n);
+  for (let i = 0; i < n; ++i) {
+    for (let j = 0; j <= i; ++j)
+      a[i * n + j] = normal[Math.max(order[i], order[j]) * n + Math.min(order[i], order[j])];
+    z[i] = right[order[i]];
+  }
+  for (let j = 0; j < n; ++j) {
+    const pivot = a[j * n + j];
+    if (definite && !(pivot > normal[order[j] * (n + 1)] * 1e-10)) return NaN;
+    const vanishes = !definite && Math.abs(pivot) <= 2.2250738585072014e-308;
+    const inverse = vanishes ? 0 : 1 / pivot;
+    for (let i = j + 1; i < n; ++i) {
+      const factor = a[i * n + j] * inverse;
+      for (let k = j + 1; k <= i; ++k) a[i * n + k] -= factor * a[k * n + j];
+      z[i] -= factor * z[j];
+    }
+    a[j * n + j] = inverse;
+  }
+  let sum = 0;
+  for (let j = n - 1; j >= 0; --j) {
+    for (let i = j + 1; i < n; ++i) z[j] -= a[i * n + j] * z[i];
+    z[j] *= a[j * n + j];
+    sum += z[j] * at[order[j]];
+  }
+  return sum;
+}
+
+/* The same in the order of the terms, or else by the size of the diagonal. */
+function fit(n, normal, right, at) {
   const order = Array.from({length: n}, (_, i) => i);
+  const v = solve(n, normal, right, at, order, true);
+  if (!Number.isNaN(v)) return v;
   for (let k = 0; k < n; ++k) {
     let pivot = k;
     for (let i = k + 1; i < n; ++i)
-      if (Math.abs(a[order[i] * n + order[i]]) > Math.abs(a[order[pivot] * n + order[pivot]]))
-        pivot = i;
+      if (Math.abs(normal[order[i] * (n + 1)]) > Math.abs(normal[order[pivot] * (n + 1)])) pivot = i;
     [order[k], order[pivot]] = [order[pivot], order[k]];
   }
-  const d = new Float64Array(n * n);
-  for (let i = 0; i < n; ++i)
-    for (let j = 0; j <= i; ++j) {
-      const row = Math.max(order[i], order[j]);
-      let entry = a[row * n + Math.min(order[i], order[j])];
-      for (let k = 0; k < j; ++k) entry -= d[i * n + k] * (d[k * n + k] * d[j * n + k]);
-      if (j < i && d[j * n + j] !== 0) entry /= d[j * n + j];
-      d[i * n + j] = entry;
-    }
-  const y = new Float64Array(n);
-  for (let i = 0; i < n; ++i) {
-    y[i] = b[order[i]];
-    for (let k = 0; k < i; ++k) y[i] -= d[i * n + k] * y[k];
-  }
-  for (let i = 0; i < n; ++i)
-    y[i] = Math.abs(d[i * n + i]) > 2.2250738585072014e-308 ? y[i] / d[i * n + i] : 0;
-  for (let i = n - 1; i >= 0; --i)
-    for (let k = i + 1; k < n; ++k) y[i] -= d[k * n + i] * y[k];
-  const x = new Float64Array(n);
-  for (let i = 0; i < n; ++i) x[order[i]] = y[i];
-  return x;
+  return solve(n, normal, right, at, order, false);
 }
 
 /* The local root mean square error of a response; NaN where it is not known. */

@@ -23,7 +23,7 @@ struct Argument {
   double value;
 };
 
-[[noreturn]] void Refuse(const std::string& text, const std::string& what) {
+[[noreturn]] void RefuseDistribution(const std::string& text, const std::string& what) {
   throw Refusal("distribution " + Quoted(text) + ": " + what);
 }
 
@@ -53,7 +53,8 @@ types::eType ParseType(const std::string& text, const std::string& name) {
     if (known == LowerCase(name)) return type;
     names.push_back(known);
   }
-  Refuse(text, "there is no type " + Quoted(name) + "; " + NameHint(name, names, "the types are"));
+  RefuseDistribution(
+      text, "there is no type " + Quoted(name) + "; " + NameHint(name, names, "the types are"));
 }
 
 std::vector<Argument> ParseArguments(const std::string& text, const std::string& list) {
@@ -69,13 +70,13 @@ std::vector<Argument> ParseArguments(const std::string& text, const std::string&
         Trimmed(std::string_view(part).substr(equals == std::string::npos ? 0 : equals + 1)));
     const CsvNumber value = ReadNumber(number);
     if (value.kind != CsvNumber::Kind::kNumber || !std::isfinite(value.value))
-      Refuse(text, Quoted(number) + " is not a finite number");
+      RefuseDistribution(text, Quoted(number) + " is not a finite number");
     arguments.push_back({name, value.value});
   }
   if (std::any_of(arguments.begin(), arguments.end(), [&](const Argument& argument) {
         return argument.name.empty() != arguments.front().name.empty();
       }))
-    Refuse(text, "some of its numbers have names, some have none");
+    RefuseDistribution(text, "some of its numbers have names, some have none");
   return arguments;
 }
 
@@ -107,8 +108,9 @@ void SetMoments(const std::string& text, double mean, double sd, RV& variable) {
   if (moments.size() > 1) moments(1) = sd;
   variable.SetStats(moments);
   if (!AreTaken(moments.head(std::min<Eigen::Index>(moments.size(), 2)), variable.GetStats()))
-    Refuse(text, "the type has no such mean and standard deviation; the nearest are " +
-                     Short(variable.GetStats()(0)) + " and " + Short(variable.GetStats()(1)));
+    RefuseDistribution(text, "the type has no such mean and standard deviation; the nearest are " +
+                                 Short(variable.GetStats()(0)) + " and " +
+                                 Short(variable.GetStats()(1)));
 }
 
 /// A random variable moves what is outside its domain to the nearest allowed value; from a person
@@ -122,7 +124,7 @@ void SetParameters(const std::string& text, const Eigen::VectorXd& values, RV& v
   for (std::size_t i = 0; i < names.size(); ++i)
     nearest += (nearest.empty() ? "" : ", ") + utils::ToUtf8(names[i]) + " = " +
                Short(taken(static_cast<Eigen::Index>(i)));
-  Refuse(text, "these numbers are not allowed; allowed would be " + nearest);
+  RefuseDistribution(text, "these numbers are not allowed; allowed would be " + nearest);
 }
 
 /// Pairs of value and probability, of MULTIUNIFORM the probability up to the value. Random
@@ -130,7 +132,7 @@ void SetParameters(const std::string& text, const Eigen::VectorXd& values, RV& v
 void SetTable(const std::string& text, const Eigen::VectorXd& table, RV& variable) {
   constexpr double kRounding = 1.001e-3;  // thirds may be written as 0.333
   if (table.size() % 2 != 0 || table.size() < 4)
-    Refuse(text, "two or more pairs of value and probability are wanted");
+    RefuseDistribution(text, "two or more pairs of value and probability are wanted");
   double first = 0.0, last = table(table.size() - 1);
   if (variable.GetTypeId() == types::MULTIUNIFORM)
     first = table(1);
@@ -138,11 +140,11 @@ void SetTable(const std::string& text, const Eigen::VectorXd& table, RV& variabl
     for (Eigen::Index i = 1; i + 2 < table.size(); i += 2) last += table(i);
   variable.SetParameters(table);
   if (std::abs(first) > kRounding)
-    Refuse(text, "the probabilities start from " + Short(first) + ", not from 0");
+    RefuseDistribution(text, "the probabilities start from " + Short(first) + ", not from 0");
   if (std::abs(last - 1.0) > kRounding)
-    Refuse(text, std::string("the probabilities ") +
-                     (variable.IsDiscrete() ? "add up to " : "rise to ") + Short(last) +
-                     ", not to 1");
+    RefuseDistribution(text, std::string("the probabilities ") +
+                                 (variable.IsDiscrete() ? "add up to " : "rise to ") + Short(last) +
+                                 ", not to 1");
 }
 
 bool TakesMoments(types::eType type) {
@@ -161,7 +163,7 @@ bool TakesMoments(types::eType type) {
 
 void SetByPlace(const std::string& text, const std::vector<Argument>& arguments, RV& variable) {
   if (TakesMoments(variable.GetTypeId())) {
-    if (arguments.size() != 2) Refuse(text, "mean and standard deviation are wanted");
+    if (arguments.size() != 2) RefuseDistribution(text, "mean and standard deviation are wanted");
     return SetMoments(text, arguments[0].value, arguments[1].value, variable);
   }
   if (variable.GetTypeId() == types::DISCRETE || variable.GetTypeId() == types::MULTIUNIFORM)
@@ -171,7 +173,7 @@ void SetByPlace(const std::string& text, const std::vector<Argument>& arguments,
     std::string wanted;
     for (const std::wstring& name : names)
       wanted += (wanted.empty() ? "" : ", ") + utils::ToUtf8(name);
-    Refuse(text, wanted + (names.size() > 1 ? " are wanted" : " is wanted"));
+    RefuseDistribution(text, wanted + (names.size() > 1 ? " are wanted" : " is wanted"));
   }
   SetParameters(text, ByPlace(arguments), variable);
 }
@@ -186,14 +188,14 @@ void SetByName(const std::string& text, const std::vector<Argument>& arguments, 
   const Argument* const sd = find("sd");
   const Argument* const cov = find("cov");
   if (variable.GetTypeId() == types::DISCRETE || variable.GetTypeId() == types::MULTIUNIFORM)
-    Refuse(text, "pairs of value and probability are wanted, without names");
+    RefuseDistribution(text, "pairs of value and probability are wanted, without names");
   if (mean != nullptr && (sd != nullptr) != (cov != nullptr) && arguments.size() == 2)
     return SetMoments(text, mean->value,
                       sd != nullptr ? sd->value : cov->value * std::abs(mean->value), variable);
   const bool is_mean_alone = variable.GetParameters().size() == 1;  // BERNOULLI, POISSON
   if (is_mean_alone && mean != nullptr && arguments.size() == 1)
     return SetParameters(text, ByPlace(arguments), variable);
-  if (is_mean_alone) Refuse(text, "mean= is wanted");
+  if (is_mean_alone) RefuseDistribution(text, "mean= is wanted");
   std::string wanted;
   Eigen::VectorXd values = variable.GetParameters();
   const auto names = variable.GetParameterNames();
@@ -205,7 +207,7 @@ void SetByName(const std::string& text, const std::vector<Argument>& arguments, 
     is_complete = is_complete && argument != nullptr;
     if (is_complete) values(static_cast<Eigen::Index>(i)) = argument->value;
   }
-  if (!is_complete) Refuse(text, "mean= and sd= or cov=, or " + wanted + " are wanted");
+  if (!is_complete) RefuseDistribution(text, "mean= and sd= or cov=, or " + wanted + " are wanted");
   SetParameters(text, values, variable);
 }
 
@@ -215,7 +217,7 @@ boost::shared_ptr<RV> ParseDistribution(const std::string& text) {
   const std::string plain(Trimmed(text));
   const std::size_t open = plain.find('(');
   if (open == std::string::npos || plain.back() != ')')
-    Refuse(text, "TYPE(NUMBER, ...) is wanted, as in normal(12, 0.6)");
+    RefuseDistribution(text, "TYPE(NUMBER, ...) is wanted, as in normal(12, 0.6)");
   const std::string type(Trimmed(std::string_view(plain).substr(0, open)));
   const auto variable = algorithm::RVFactory::GetInstance().Create(ParseType(text, type));
   const auto arguments = ParseArguments(text, plain.substr(open + 1, plain.size() - open - 2));
@@ -228,7 +230,7 @@ boost::shared_ptr<RV> ParseDistribution(const std::string& text) {
     // Behind "RV 'RV' of type 'NORMAL'", which the text tells better.
     const std::string message = utils::ToUtf8(error.GetMessage());
     const std::size_t prefix = message.find("': ");
-    Refuse(text, prefix == std::string::npos ? message : message.substr(prefix + 3));
+    RefuseDistribution(text, prefix == std::string::npos ? message : message.substr(prefix + 3));
   }
   return variable;
 }
@@ -239,7 +241,7 @@ std::pair<std::string, boost::shared_ptr<RV>> ParseNamedDistribution(const std::
   const std::size_t open = text.rfind('(');
   const std::size_t colon = open == std::string::npos ? open : text.rfind(':', open);
   if (colon == std::string::npos || colon == 0)
-    Refuse(text, "NAME:TYPE(NUMBER, ...) is wanted, as in load:normal(12, 0.6)");
+    RefuseDistribution(text, "NAME:TYPE(NUMBER, ...) is wanted, as in load:normal(12, 0.6)");
   return {std::string(Trimmed(std::string_view(text).substr(0, colon))),
           ParseDistribution(text.substr(colon + 1))};
 }

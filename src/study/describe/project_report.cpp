@@ -14,6 +14,7 @@
 #include "study/describe/json_text.h"
 #include "study/project/project.h"
 #include "study/refusal.h"
+#include "study/table/table_columns.h"
 
 #include <json/json.h>
 
@@ -28,7 +29,7 @@ using report::Competitor;
 /// Of each response, beside the chosen one.
 constexpr std::size_t kMaxCompetitors = 15;
 
-std::string ModelText(const Candidate& candidate) {
+std::string CompetitorText(const Candidate& candidate) {
   std::string text = candidate.family + " | " + std::to_string(candidate.order);
   if (candidate.interactions) text += ", interactions";
   if (candidate.ridge) text += ", ridge";
@@ -50,8 +51,19 @@ std::vector<std::vector<Competitor>> CompetitorsOf(const Project& project,
       for (const std::string& input : candidate.inputs)
         inputs += (inputs.empty() ? "" : ", ") + input;
       list.push_back(
-          {ModelText(candidate), inputs, candidate.cop, candidate.rmse, candidate.chosen});
+          {CompetitorText(candidate), inputs, candidate.cop, candidate.rmse, candidate.chosen});
     }
+  }
+  return all;
+}
+
+std::vector<std::vector<std::string>> WordsOf(const Project& project,
+                                              const ProjectDescription& description) {
+  const TableColumns columns = TableColumns::FromProject(project.GetRecord());
+  std::vector<std::vector<std::string>> all;
+  for (const auto& input : description.inputs) {
+    const TableColumn* const column = columns.Find(input.name);
+    all.push_back(column == nullptr ? std::vector<std::string>() : column->words);
   }
   return all;
 }
@@ -108,6 +120,7 @@ WrittenProject ReportProject(const Project& project, const ReportRequest& reques
         exchange::DescribeProject(project.GetSolver(), project.GetPath(), {});
     report::Extras extras;
     extras.competitors = CompetitorsOf(project, description);
+    extras.words = WordsOf(project, description);
     extras.notes = request.notes;
     for (const std::string& name : request.with)
       AddAnalysis(project, name, request, progress, extras);

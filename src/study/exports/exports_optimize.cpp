@@ -21,7 +21,7 @@ namespace {
 constexpr std::uint64_t kMostDesigns = 10000;
 constexpr std::uint64_t kMostStarts = 100000;
 
-OptimizeRequest RequestOf(const char* text) {
+OptimizeRequest OptimizeRequestOf(const char* text) {
   const Options options(
       text, {"minimize", "maximize", "limits", "project_limits", "bounds", "fixed", "distributions",
              "robust", "seed", "starts", "points", "next", "next_by"});
@@ -46,7 +46,7 @@ OptimizeRequest RequestOf(const char* text) {
   return request;
 }
 
-Result ResultOf(const Optimization& optimization) {
+Result OptimumResultOf(const Optimization& optimization) {
   using RowMajor = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
   Result result;
   result.document = optimization.document;
@@ -66,11 +66,11 @@ int zelstudy_optimize(const zelstudy_project* project, const char* options,
                       zelstudy_progress progress, void* user, zelstudy_result** out) {
   return api::CallFor(out, [&] {
     const auto& opened = api::Require(project, "project").project;
-    const OptimizeRequest request = RequestOf(options);
+    const OptimizeRequest request = OptimizeRequestOf(options);
     Optimization found;
     corvath::study::RunWatched(api::ToProgress(progress, user), [&](const Progress& watched) {
       found = Optimize(opened, request, watched);
     });
-    return api::MakeResult(ResultOf(found));
+    return api::MakeResult(OptimumResultOf(found));
   });
 }

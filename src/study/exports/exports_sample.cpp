@@ -27,7 +27,7 @@ SampleInputs InputsOf(const zelstudy_project* project, const Options& options) {
                             : SampleInputs::FromProject(project->project);
 }
 
-Result ResultOf(const Sample& sample) {
+Result SampleResultOf(const Sample& sample) {
   using RowMajor = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
   constexpr std::size_t kBlock = 4096;
   Result result;
@@ -61,7 +61,7 @@ int zelstudy_sample(const zelstudy_project* project, const char* options, zelstu
     request.seed = static_cast<std::uint32_t>(
         wanted.GetCount("seed", request.seed, std::numeric_limits<std::uint32_t>::max()));
     try {
-      return api::MakeResult(ResultOf(Sample(request, InputsOf(project, wanted))));
+      return api::MakeResult(SampleResultOf(Sample(request, InputsOf(project, wanted))));
     } catch (const std::logic_error& error) {  // a scheme that these inputs or n do not suit
       throw Refusal(error.what());
     }

@@ -16,7 +16,7 @@ using corvath::study::Refusal;
 
 namespace {
 
-ArraySolveRequest RequestOf(const Project& project, const char* text) {
+ArraySolveRequest SolveRequestOf(const Project& project, const char* text) {
   const Options options(
       text, {"responses", "criteria", "errors", "densities", "gradients", "extrapolate"});
   const auto& all = project.GetOutputs();
@@ -44,7 +44,7 @@ int zelstudy_solve(const zelstudy_project* project, const char* options, const d
                    size_t n, zelstudy_progress progress, void* user, zelstudy_result** out) {
   return api::CallFor(out, [&] {
     const Project& solved = api::Require(project, "project").project;
-    const ArraySolveRequest request = RequestOf(solved, options);
+    const ArraySolveRequest request = SolveRequestOf(solved, options);
     const std::size_t m = solved.GetInputs().size();
     constexpr std::size_t kMost = std::numeric_limits<std::size_t>::max() / 2 / sizeof(double);
     if (m > 0 && n > kMost / m) throw Refusal("n: " + std::to_string(n) + " designs cannot be");

@@ -18,7 +18,7 @@ using corvath::study::TrainRequest;
 
 namespace {
 
-TrainRequest RequestOf(const char* text) {
+TrainRequest TrainRequestOf(const char* text) {
   const Options options(text, {"inputs", "responses", "ignored", "discrete", "dates", "criteria",
                                "skip_incomplete", "seed", "budget"});
   TrainRequest request;
@@ -46,7 +46,7 @@ int zelstudy_train(const zelstudy_table* table, const char* options, zelstudy_pr
   const int status = api::CallFor(out, [&] {
     api::Require(project, "project");
     MemoryTableSource source(api::Require(table, "table").table);
-    Training training(source, RequestOf(options));
+    Training training(source, TrainRequestOf(options));
     corvath::study::RunWatched(api::ToProgress(progress, user),
                                [&](const Progress& watched) { training.Run(watched); });
     auto result = api::MakeResult(training.GetDocument());

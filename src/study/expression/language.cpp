@@ -51,11 +51,6 @@ std::string DescribeConstantOf(const std::wstring& name) {
   return text;
 }
 
-std::string Lower(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return text;
-}
-
 [[noreturn]] void RefuseUnknown(const std::string& wrong) {
   const std::vector<std::string> names = FunctionNames();
   std::vector<std::string> longer;  // that the word is a part of

@@ -23,7 +23,7 @@ using corvath::algorithm::datatypes::Parameter;
 using corvath::zel::ScalarNumber;
 using Eigen::Index;
 
-[[noreturn]] void Refuse(const std::string& text, const std::string& what) {
+[[noreturn]] void RefuseInput(const std::string& text, const std::string& what) {
   throw Refusal("inputs: \"" + text + "\": " + what);
 }
 
@@ -34,7 +34,7 @@ double ParseNumber(const std::string& text, const std::string& part) {
   if (begin != end && *begin == '+') ++begin;  // from_chars knows no plus sign
   const auto result = std::from_chars(begin, end, value);
   if (result.ec != std::errc() || result.ptr != end || begin == end || !std::isfinite(value))
-    Refuse(text, '"' + part + "\" is not a finite number");
+    RefuseInput(text, '"' + part + "\" is not a finite number");
   return value;
 }
 
@@ -52,7 +52,7 @@ template <class State>
 void SortStates(const std::string& text, std::vector<State>& states) {
   std::sort(states.begin(), states.end());
   if (std::adjacent_find(states.begin(), states.end()) != states.end())
-    Refuse(text, "a state stands there twice");
+    RefuseInput(text, "a state stands there twice");
 }
 
 /// Numbers; if all states are words, their codes: positions in ascending order, as in a training.
@@ -100,16 +100,16 @@ SampleInputs SampleInputs::FromTexts(const std::vector<std::string>& texts) {
       const std::size_t high = text.rfind(':');
       const std::size_t low =
           high == std::string::npos || high == 0 ? std::string::npos : text.rfind(':', high - 1);
-      if (low == std::string::npos) Refuse(text, "neither name:low:high nor name:{a;b;c}");
+      if (low == std::string::npos) RefuseInput(text, "neither name:low:high nor name:{a;b;c}");
       domain.low = ParseNumber(text, text.substr(low + 1, high - low - 1));
       domain.high = ParseNumber(text, text.substr(high + 1));
-      if (domain.low > domain.high) Refuse(text, "the lower bound is above the upper one");
+      if (domain.low > domain.high) RefuseInput(text, "the lower bound is above the upper one");
       name_end = low;
     }
     const std::string name = text.substr(0, name_end);
-    if (name.empty()) Refuse(text, "no name");
+    if (name.empty()) RefuseInput(text, "no name");
     if (std::find(inputs.names_.begin(), inputs.names_.end(), name) != inputs.names_.end())
-      Refuse(text, "the name stands there twice");
+      RefuseInput(text, "the name stands there twice");
     if (!words.empty()) inputs.columns_told_[name].words = std::move(words);
     inputs.names_.push_back(name);
     inputs.domains_.push_back(std::move(domain));

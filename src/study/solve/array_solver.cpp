@@ -21,9 +21,9 @@ using RowMajor = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::Ro
 /// Designs between two calls of the progress function: enough to keep all processors busy.
 constexpr std::size_t kBlock = std::size_t{1} << 16;
 
-class Solver {
+class ArraySolver {
  public:
-  Solver(const Project& project, const ArraySolveRequest& request, std::size_t n)
+  ArraySolver(const Project& project, const ArraySolveRequest& request, std::size_t n)
       : project_(project),
         request_(request),
         n_(n),
@@ -155,7 +155,7 @@ class Solver {
 
 Result SolveArray(const Project& project, const ArraySolveRequest& request, const double* inputs,
                   std::size_t n, const Progress& progress) {
-  return Solver(project, request, n).Run(inputs, progress);
+  return ArraySolver(project, request, n).Run(inputs, progress);
 }
 
 }  // namespace corvath::study

@@ -17,7 +17,7 @@ namespace {
 
 /// Designs of one call: enough to make its cost vanish, few enough to keep a block of any project,
 /// with the text of its results, in some 30 megabytes.
-constexpr std::size_t kMostRows = 4096;
+constexpr std::size_t kMostRowsOfBlock = 4096;
 constexpr std::size_t kLeastRows = 64;
 constexpr std::size_t kMostValues = std::size_t{1} << 20;
 constexpr std::size_t kMostBlocks = 32;  ///< under way
@@ -46,9 +46,9 @@ struct Block {
   }
 };
 
-class Solver {
+class CsvSolver {
  public:
-  Solver(const Project& project, const CsvSolveRequest& request, const Progress& progress)
+  CsvSolver(const Project& project, const CsvSolveRequest& request, const Progress& progress)
       : project_(project),
         request_(request),
         progress_(progress),
@@ -72,8 +72,8 @@ class Solver {
     std::size_t num_values =
         outputs.size() + (request.criteria ? project_.GetCriteria().size() : 0);
     for (const Extra& extra : extras_) num_values += extra.GetWidth();
-    block_rows_ =
-        std::clamp(kMostValues / std::max<std::size_t>(num_values, 1), kLeastRows, kMostRows);
+    block_rows_ = std::clamp(kMostValues / std::max<std::size_t>(num_values, 1), kLeastRows,
+                             kMostRowsOfBlock);
   }
 
   CsvSolveSummary Run() {
@@ -219,7 +219,7 @@ class Solver {
 
 CsvSolveSummary SolveCsv(const Project& project, const CsvSolveRequest& request,
                          const Progress& progress) {
-  return Solver(project, request, progress).Run();
+  return CsvSolver(project, request, progress).Run();
 }
 
 std::string DescribeOutside(const CsvSolveSummary& summary) {

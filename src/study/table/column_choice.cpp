@@ -13,10 +13,6 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-bool Contains(const Names& names, const std::string& name) {
-  return std::find(names.begin(), names.end(), name) != names.end();
-}
-
 /// Whether `name` fits a pattern with * for any letters and ? for one; bytes beyond ASCII count one
 /// by one. The last * alone is tried again: the time is at most the product of the lengths.
 bool Fits(const std::string& name, const std::string& pattern) {
@@ -104,6 +100,10 @@ void RequireApart(const ColumnChoice& choice) {
 }
 
 }  // namespace
+
+bool Contains(const Names& names, const std::string& name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
 
 ColumnChoice ColumnChoice::Resolve(const std::vector<std::string>& header) const {
   ColumnChoice resolved;

@@ -27,4 +27,7 @@ struct ColumnChoice {
   ColumnChoice Resolve(const std::vector<std::string>& header) const;
 };
 
+/// Whether `name` is one of `names`.
+bool Contains(const std::vector<std::string>& names, const std::string& name);
+
 }  // namespace corvath::study

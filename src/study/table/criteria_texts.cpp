@@ -32,7 +32,7 @@ using corvath::training::TrainingTable;
 using corvath::utils::ToUtf8;
 using Index = Eigen::Index;
 
-[[noreturn]] void Refuse(const std::wstring& name, const std::string& what) {
+[[noreturn]] void RefuseCriterion(const std::wstring& name, const std::string& what) {
   throw Refusal("criterion " + Quoted(ToUtf8(name)) + ": " + what);
 }
 
@@ -107,15 +107,16 @@ class NameCheck {
         if (assigned.count(object.name) > 0) return false;
         if ((object.constant != nullptr) != (names_.count(object.name) > 0)) return false;
         if (object.constant == nullptr) RefuseName(object.name);
-        Refuse(criterion_, Quoted(ToUtf8(object.name)) +
-                               " is a constant of expressions and hides the column of this name; "
-                               "write `" +
-                               ToUtf8(object.name) + "` for the column");
+        RefuseCriterion(criterion_,
+                        Quoted(ToUtf8(object.name)) +
+                            " is a constant of expressions and hides the column of this name; "
+                            "write `" +
+                            ToUtf8(object.name) + "` for the column");
       }
       case Rule::kFunction:
         if (text.GetFunction(node) == nullptr)
-          Refuse(criterion_,
-                 "there is no function " + Quoted(ToUtf8(std::wstring(text.GetText(node)))));
+          RefuseCriterion(criterion_, "there is no function " +
+                                          Quoted(ToUtf8(std::wstring(text.GetText(node)))));
         return true;
       default:
         return true;
@@ -128,13 +129,14 @@ class NameCheck {
       if (CanBeUsed(known)) {
         if (known != criterion_) usable.push_back(ToUtf8(known));
       } else if (DeleteBlanks(known).compare(0, name.size(), name) == 0) {
-        Refuse(criterion_, "expressions cannot use the name " + Quoted(ToUtf8(known)) + "; write " +
-                               IdentifierOf(ToUtf8(known)) + " or `" + ToUtf8(known) +
-                               "`, or rename the column (letters, digits and _)");
+        RefuseCriterion(criterion_, "expressions cannot use the name " + Quoted(ToUtf8(known)) +
+                                        "; write " + IdentifierOf(ToUtf8(known)) + " or `" +
+                                        ToUtf8(known) +
+                                        "`, or rename the column (letters, digits and _)");
       }
     }
-    Refuse(criterion_, "there is no input, response or criterion " + Quoted(ToUtf8(name)) + "; " +
-                           NameHint(ToUtf8(name), usable, "there are"));
+    RefuseCriterion(criterion_, "there is no input, response or criterion " + Quoted(ToUtf8(name)) +
+                                    "; " + NameHint(ToUtf8(name), usable, "there are"));
   }
 
   const std::wstring& criterion_;
@@ -166,23 +168,24 @@ void TryCriteria(Design design, std::size_t first) {
   }
   for (const std::wstring& name : tried)
     if (calculator.IsValidIdentifier(name, true) && calculator.HasCircularDependency(name))
-      Refuse(name, "it depends on itself");
+      RefuseCriterion(name, "it depends on itself");
   corvath::calculator::CriteriaOptions options;
   options.keep_partial_values = true;  // to see which side it is that has none
   corvath::calculator::CriteriaEvaluation(options).Calculate(design);
   for (const RunInfoMeta& info : design.GetStatus().GetMessages())
     if (info.GetRunInfo() == RunInfoMeta::CRITERION_SIDE_FAILED &&
         tried.count(info.GetResponseName()) > 0)
-      Refuse(info.GetResponseName(), FirstLine(info, info.GetResponseName()));
+      RefuseCriterion(info.GetResponseName(), FirstLine(info, info.GetResponseName()));
   for (const auto& [name, criterion] : design.GetCriteria()) {
     if (tried.count(name) == 0) continue;
     if (!criterion.GetLhs().empty() && criterion.GetLhsValue().IsUninitialized())
-      Refuse(name, "its left side is no number");
-    if (criterion.GetRhsValue().IsUninitialized()) Refuse(name, "its right side is no number");
+      RefuseCriterion(name, "its left side is no number");
+    if (criterion.GetRhsValue().IsUninitialized())
+      RefuseCriterion(name, "its right side is no number");
     const auto* const value = criterion.GetValue().Peek<corvath::math::Value>();
     if (value != nullptr && value->IsBoolean())
-      Refuse(name, "it is true or false, no number; <= and >= alone make a limit");
-    if (value != nullptr && !value->IsScalar()) Refuse(name, "it is no number");
+      RefuseCriterion(name, "it is true or false, no number; <= and >= alone make a limit");
+    if (value != nullptr && !value->IsScalar()) RefuseCriterion(name, "it is no number");
   }
 }
 
@@ -198,9 +201,9 @@ CriterionSequence ParseCriteria(const std::vector<std::string>& texts, const Tra
   }
   for (const auto& criterion : criteria)
     if (!CanBeUsed(criterion.first))
-      Refuse(criterion.first,
-             "expressions cannot use this name; write letters, digits and _ that "
-             "are no constant");
+      RefuseCriterion(criterion.first,
+                      "expressions cannot use this name; write letters, digits and _ that "
+                      "are no constant");
   const Design design = MakeTrialDesign(table, criteria);
   const std::set<std::wstring> names = CollectNames(design);
   for (const auto& [name, criterion] : criteria) {

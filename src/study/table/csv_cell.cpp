@@ -10,13 +10,13 @@
 namespace corvath::study {
 namespace {
 
-bool IsDigit(char c) {
+bool IsDecimalDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
 bool HasDecimalComma(std::string_view cell) {
   return cell.find(',') != std::string_view::npos &&
-         std::any_of(cell.begin(), cell.end(), IsDigit) &&
+         std::any_of(cell.begin(), cell.end(), IsDecimalDigit) &&
          cell.find_first_not_of("0123456789+-.,eE ") == std::string_view::npos;
 }
 
@@ -52,8 +52,9 @@ bool MayBeThousands(std::string_view cell) {
   if (!cell.empty() && (cell.front() == '-' || cell.front() == '+')) cell.remove_prefix(1);
   const std::size_t comma = cell.find(',');
   return comma != std::string_view::npos && comma >= 1 && comma <= 3 && cell.front() != '0' &&
-         cell.size() == comma + 4 && std::all_of(cell.begin(), cell.begin() + comma, IsDigit) &&
-         std::all_of(cell.begin() + comma + 1, cell.end(), IsDigit);
+         cell.size() == comma + 4 &&
+         std::all_of(cell.begin(), cell.begin() + comma, IsDecimalDigit) &&
+         std::all_of(cell.begin() + comma + 1, cell.end(), IsDecimalDigit);
 }
 
 CsvNumber NumberFormat::Read(std::string_view cell) {

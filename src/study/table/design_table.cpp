@@ -1,5 +1,6 @@
 #include "study/table/design_table.h"
 
+#include "foundation/constants.h"
 #include "foundation/text.h"
 #include "study/refusal.h"
 #include "study/table/csv_cell.h"
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <optional>
 
 namespace corvath::study {
@@ -20,17 +20,13 @@ using corvath::utils::FromUtf8;
 using corvath::utils::ToUtf8;
 using Eigen::Index;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using math::kNaN;
 
 std::vector<std::wstring> ToWide(const std::vector<std::string>& names) {
   std::vector<std::wstring> wide;
   wide.reserve(names.size());
   for (const std::string& name : names) wide.push_back(FromUtf8(name));
   return wide;
-}
-
-bool Contains(const std::vector<std::string>& names, const std::string& name) {
-  return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 /// The first cell of a kind.

@@ -13,11 +13,6 @@ namespace {
 constexpr std::size_t kMaxListed = 8;
 constexpr std::size_t kLongest = 100;  ///< of names that are compared letter by letter
 
-std::string Lower(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return text;
-}
-
 /// Another digit makes another name, x1 and x2, rather than a slip.
 std::size_t ReplacementCost(char a, char b) {
   if (a == b) return 0;
@@ -46,6 +41,11 @@ std::size_t Distance(const std::string& a, const std::string& b) {
 }
 
 }  // namespace
+
+std::string Lower(std::string text) {
+  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return text;
+}
 
 const std::string* FindNear(const std::string& name, const std::vector<std::string>& names) {
   const std::string wanted = Lower(name);

@@ -5,6 +5,9 @@
 
 namespace corvath::study {
 
+/// `text` with its ASCII letters in lower case.
+std::string Lower(std::string text);
+
 /// The name with the fewest letters to change; null if `name` is another word altogether.
 const std::string* FindNear(const std::string& name, const std::vector<std::string>& names);
 

@@ -30,7 +30,7 @@ corvath::analysis::NonlinearProgram MakeProgram(const Eigen::VectorXd& lower,
 /// Welded beam, spring, pressure vessel with plates of whole sixteenths, ten-bar truss.
 std::vector<KnownProgram> EngineeringPrograms();
 
-/// Functions with many minima, two of them with limits.
+/// Functions with many minima, one of them with limits.
 std::vector<KnownProgram> MultimodalPrograms();
 
 /// Number 1, 2 or 3 of E. Zitzler, K. Deb, L. Thiele, "Comparison of multiobjective evolutionary
