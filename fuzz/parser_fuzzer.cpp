@@ -24,6 +24,7 @@ constexpr std::ptrdiff_t kMaxOpen = 5;
 
 void Print(const SyntaxTree& tree, SyntaxTree::Index node, std::wstring_view text,
            std::string& out) {
+  if (calculator::GetRuleName(tree[node].rule) == nullptr) std::abort();
   out += std::to_string(static_cast<int>(tree[node].rule)) + '\'';
   for (const wchar_t c : tree.Text(node, text)) out += std::to_string(static_cast<long>(c)) + ' ';
   out += '\'';

@@ -9,6 +9,7 @@
 #include "exchange/project_reader.h"
 #include "foundation/log.h"
 #include "foundation/parallel.h"
+#include "foundation/text.h"
 #include "project/file/file_header.h"
 #include "project/file/project_file.h"
 #include "project/records/algorithm_info.h"
@@ -74,8 +75,11 @@ void CheckFiles(const std::string& bytes) {
   corvath::algorithm::datatypes::SaveProjectBytes(bytes, path);
   const VRDB project = corvath::algorithm::datatypes::LoadProjectFile(path);
   corvath::algorithm::datatypes::SaveProjectFile(project, path);
-  corvath::algorithm::datatypes::LoadProjectFile(path);
+  VRDB(corvath::utils::FromUtf8(path));
   boost::filesystem::remove(path);
+  std::istringstream stream(bytes);
+  corvath::algorithm::datatypes::ReadProject(stream, path);
+  for (int code = -1; code < 8; ++code) corvath::algorithm::datatypes::GetStatusText(code);
 }
 
 /// The criteria of the project's designs, with each option; also of designs without responses.

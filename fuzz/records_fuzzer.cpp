@@ -75,6 +75,26 @@ template <class T>
 void Use(const T& object) {
   if constexpr (std::is_base_of_v<DetailedInformationBase, T>) object.IsEqual(object.Clone());
   if constexpr (IsOfDesigns<T>::value) fuzz::Use(object);
+  if constexpr (std::is_base_of_v<MetamodelSettings, T>) {
+    object.Clone()->IsEqual(object);
+    object.IsNearlyEqual(object);
+  }
+  if constexpr (std::is_copy_constructible_v<T> && std::is_move_assignable_v<T>) {
+    T copy(object);
+    T other(std::move(copy));
+    copy = other;
+    other = std::move(copy);
+  }
+  if constexpr (std::is_same_v<T, SurrogateInfo>) {
+    SurrogateInfoContainer models;
+    models.AddOrReplace(object);
+    models.AddOrReplace(object);
+    models.HasSurrogateInfo(object.GetResponseName(), 1);
+    models.Clone().GetSurrogateInfo(object.GetFullName());
+    models.CheckAvailable({});
+    models.BuildAll();
+    models.BuildErrorsAll();
+  }
   if constexpr (std::is_same_v<T, VRDB>) {
     Use(object.GetParameterManager());
     Use(object.GetDesignContainer());

@@ -11,6 +11,7 @@
 #include <Eigen/Core>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -30,7 +31,16 @@ inline void Use(const data::CDesignEntry& entry) {
   Try([&] { entry.GetScalar(); });
   Try([&] { entry.GetElement(1); });
   Try([&] { return -entry - entry; });
-  Try([&] { return entry < data::CDesignEntry(1.0) || IsClose(entry, -entry, 1e-3); });
+  Try([&] { IsClose(entry, -entry, 1e-3); });
+  Try([&] { entry.IsScalar(); });
+  Try([&] { entry.GetVariant(); });
+  for (const data::CDesignEntry& other :
+       {data::CDesignEntry(true), data::CDesignEntry(std::int64_t{3}), data::CDesignEntry(2.5),
+        data::CDesignEntry(L"1e999"), data::CDesignEntry()}) {
+    Try([&] { return entry == other || entry < other || other < entry; });
+    Try([&] { return other - entry; });
+    Try([&] { other.ToString(), other.ToDouble(), other.GetVariant(); });
+  }
   for (int type = kinds::DesignEntry::UNINITIALIZED; type <= kinds::DesignEntry::VARIANT; ++type) {
     const auto forced = static_cast<kinds::DesignEntry::eType>(type);
     Try([&] { data::ConvertEntry(entry, forced); });
@@ -59,6 +69,14 @@ inline void Use(const data::Parameter& parameter) {
     }
     Try([&] { copy.SetReferenceValue(upper, kind % 2 == 0); });
     copy.IsEqual(parameter, true);
+    Try([&] {
+      const data::InputColumns columns(copy.GetDeterministicProperties());
+      const auto size = static_cast<Eigen::Index>(columns.GetSize());
+      std::vector<data::Design> designs;
+      for (data::EntrySequence& inputs : columns.ToSequences(Eigen::MatrixXd::Ones(2, size)))
+        designs.emplace_back(std::move(inputs), data::DesignId(1));
+      columns.ToMatrix(designs);
+    });
   }
 }
 

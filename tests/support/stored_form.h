@@ -209,7 +209,9 @@ class StoredForm {
     }};
   }
   std::string Write(unsigned version, std::size_t changed = kUnchanged) const {
-    return Save(As(version, changed));
+    std::string bytes = Save(As(version, changed));
+    KeepInput(bytes);
+    return bytes;
   }
   T Read(unsigned version) const { return Load<T>(Write(version)); }
 
