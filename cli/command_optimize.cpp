@@ -64,7 +64,14 @@ void WriteDesigns(const Optimization& result, const std::string& path) {
   for (const std::string& column : result.columns) writer.Add(column);
   writer.EndRecord();
   for (Eigen::Index k = 0; k < result.designs.rows(); ++k) {
-    for (const double value : result.designs.row(k)) writer.Add(value);
+    for (Eigen::Index i = 0; i < result.designs.cols(); ++i) {
+      const auto column = static_cast<std::size_t>(i);
+      const double value = result.designs(k, i);
+      if (column < result.words.size() && !result.words[column].empty())
+        writer.Add(result.words[column].at(static_cast<std::size_t>(value)));
+      else
+        writer.Add(value);
+    }
     writer.EndRecord();
   }
   writer.Flush();

@@ -47,6 +47,8 @@ function(zel_group target)
   if(ZEL_GROUPS)
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE BATCH
       UNITY_BUILD_BATCH_SIZE 6)
+    # In a group, GCC takes a .cpp file for a header that lends its local types to others.
+    target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
   endif()
 endfunction()
 

@@ -2,6 +2,7 @@
 // with one calculator, so that later lines see what earlier ones define.
 
 #include "calculator/calculator.h"
+#include "calculator/function_help.h"
 #include "calculator/workspace.h"
 #include "foundation/text.h"
 #include "limit.h"
@@ -30,6 +31,8 @@ void SetObjects(CCalculator& calculator) {
 
 void Run(CCalculator& calculator, const std::wstring& text) {
   try {
+    corvath::calculator::FindFunctionHelp(text.substr(0, text.find(L'(')));
+    calculator.IsValidIdentifier(text, true);
     calculator.GetDependencies(text);
     calculator.HasCircularDependency(text);
     std::wostringstream stream;

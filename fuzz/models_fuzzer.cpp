@@ -1,6 +1,9 @@
 // Models of every family on small tables, ordinary and wild: they are fitted with any settings, by
 // every way there is, asked for all they tell, and copied; a copy predicts the same.
 
+#include "archive/instantiate.h"
+#include "archive/portable_iarchive.h"
+#include "archive/portable_oarchive.h"
 #include "metamodel/kriging/ordinary_kriging.h"
 #include "metamodel/moving_least_squares/moving_least_squares.h"
 #include "metamodel/regression/linear_regression.h"
@@ -11,14 +14,16 @@
 #include "try.h"
 
 #include <Eigen/Core>
+#include <boost/serialization/shared_ptr.hpp>
+#include <boost/shared_ptr.hpp>
 
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
-#include <memory>
 #include <numeric>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -80,6 +85,18 @@ bool AreSame(const Eigen::VectorXd& a, const Eigen::VectorXd& b) {
          ((a.array() == b.array()) || (a.array().isNaN() && b.array().isNaN())).all();
 }
 
+boost::shared_ptr<SurrogateBase> Stored(const boost::shared_ptr<SurrogateBase>& model) {
+  std::stringstream stream;
+  {
+    corvath::portable_binary_oarchive archive(stream);
+    archive << model;
+  }
+  corvath::portable_binary_iarchive archive(stream);
+  boost::shared_ptr<SurrogateBase> result;
+  archive >> result;
+  return result;
+}
+
 void Ask(SurrogateBase& model, const Table& table, NumberSource& source) {
   const Eigen::Index inputs = table.points.cols();
   Eigen::MatrixXd designs = source.Matrix(5, inputs, source.Byte() % 8 == 0);
@@ -97,11 +114,14 @@ void Ask(SurrogateBase& model, const Table& table, NumberSource& source) {
   Try([&] { model.ApproximatePrognosis(); });
   Try([&] { model.ApproximateErrors(designs); });
   Try([&] { model.ApproximateGradients(designs); });
+  Try([&] { model.GetNumberCoefficients(); });
+  Try([&] { model.GetSettingsBase(); });
   Try([&] {
     const Eigen::VectorXd predicted = model.Approximate(designs);
-    const std::unique_ptr<SurrogateBase> copy(model.Clone());
-    if (!AreSame(copy->Approximate(designs), predicted)) std::abort();
+    const boost::shared_ptr<SurrogateBase> copy(model.Clone());
     if (predicted.allFinite() && !copy->Equals(model)) std::abort();
+    for (const auto& same : {copy, Stored(copy)})
+      if (!AreSame(same->Approximate(designs), predicted)) std::abort();
   });
 }
 

@@ -4,6 +4,7 @@
 
 #include "archive/archive_flags.h"
 #include "archive/portable_iarchive.h"
+#include "calculator/criteria_evaluation.h"
 #include "exchange/export_project.h"
 #include "exchange/project_reader.h"
 #include "foundation/log.h"
@@ -77,10 +78,23 @@ void CheckFiles(const std::string& bytes) {
   boost::filesystem::remove(path);
 }
 
+/// The criteria of the project's designs, with each option; also of designs without responses.
+void EvaluateCriteria(const VRDB& project) {
+  std::size_t count = 0;
+  for (corvath::algorithm::datatypes::Design design : project.GetDesignContainer().GetDesigns()) {
+    if (++count > 3) return;
+    for (const bool option : {false, true})
+      Try([&] { corvath::calculator::CalculateCriteria(design, {option, option, option}); });
+    design.SetResponses({});
+    Try([&] { corvath::calculator::CalculateCriteria(design, {false, true, true}); });
+  }
+}
+
 /// What the project tells before its models are built.
 void Use(VRDB& project) {
   fuzz::Use(project.GetParameterManager());
   fuzz::Use(project.GetDesignContainer());
+  Try([&] { EvaluateCriteria(project); });
   Try([&] { project.GetInputBounds(); });
   Try([&] { project.GetSamplingType(); });
   Try([&] { project.GetResponseNames(); });

@@ -81,7 +81,10 @@ inline void Use(const data::ParameterManager& manager) {
   Try([&] { manager.GetParameters(true); });
   Try([&] { data::BuildCorrelationMatrix(manager, names); });
   Try([&] {
-    const auto set = data::ParameterManagerToRVSet(manager, data::Design());
+    data::EntrySequence inputs;
+    for (const std::wstring& name : names) inputs.Append(name, data::CDesignEntry(0.5));
+    const auto set =
+        data::ParameterManagerToRVSet(manager, data::Design(std::move(inputs), data::DesignId(1)));
     const std::size_t count = data::GetVariableNames(*set).size();
     data::MatrixToDesigns(Eigen::MatrixXd::Constant(2, static_cast<Eigen::Index>(count), 0.5),
                           *set);

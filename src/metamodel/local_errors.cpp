@@ -11,7 +11,7 @@ namespace corvath::math::metamodel {
 namespace {
 
 /// Weights of one block of rows: 512 KB stay in the second-level cache while they are summed.
-constexpr Eigen::Index kBlockWeights = Eigen::Index{1} << 16;
+constexpr Eigen::Index kErrorBlockWeights = Eigen::Index{1} << 16;
 constexpr Eigen::Index kMaxBlockRows = 256;
 
 /// A support point at the density radius h counts 0.01; a kernel weighs 0.001 at its own radius,
@@ -105,7 +105,7 @@ struct LocalErrors::Parts {
   }
 
   Eigen::Index BlockRows() const {
-    return std::clamp<Eigen::Index>(kBlockWeights / std::max<Eigen::Index>(ones.size(), 1), 1,
+    return std::clamp<Eigen::Index>(kErrorBlockWeights / std::max<Eigen::Index>(ones.size(), 1), 1,
                                     kMaxBlockRows);
   }
 

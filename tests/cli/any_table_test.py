@@ -194,6 +194,14 @@ class AnyTable(ProgramTest):
         self.assertEqual(len(self.solve(sample)[0]), 8)
         self.assertEqual(zel("sample", "--scheme", "full-comb", "--inputs",
                              "m:{tin;brass}").stdout, b"m\nbrass\ntin\n")
+        best = zel("optimize", str(self.path / "t.vrdb"), "--minimize", "y", "--csv", "-", "--fix",
+                   "kind=brass").stdout.decode()
+        self.assertEqual(best.splitlines()[1].split(",")[2], "brass")
+        best = zel("optimize", str(self.path / "t.vrdb"), "--minimize", "y", "--json").stdout
+        self.assertIn(json.loads(best)["inputs"]["kind"], WORDS)
+        for command in (["sensitivity"], ["optimize", "--minimize", "y"]):
+            self.refused(zel(command[0], str(self.path / "t.vrdb"), *command[1:], "--fix",
+                             "kind=0.5"), '"kind=0.5"', '"brass", "steel"', "nothing else")
         info = json.loads(zel("info", str(self.path / "t.vrdb"), "--json").stdout)
         self.assertEqual(info["inputs"][2]["words"], sorted(WORDS, key=str.encode))
         for criterion, parts in {

@@ -6,11 +6,18 @@
 #include <algorithm>
 #include <cmath>
 #include <set>
+#include <sstream>
 
 namespace corvath::analysis {
 namespace {
 
 using utils::Quoted;
+
+std::wstring NumberText(double value) {
+  std::wostringstream text;
+  text << value;
+  return text.str();
+}
 
 std::wstring Trim(const std::wstring& text) {
   const auto begin = text.find_first_not_of(L" \t");
@@ -111,6 +118,7 @@ void DesignTask::SetInputs(const DesignWishes& wishes) {
   const auto n = static_cast<Eigen::Index>(inputs.size());
   program_.lower.resize(n);
   program_.upper.resize(n);
+  program_.spans.resize(n);
   program_.states.resize(inputs.size());
   for (Eigen::Index i = 0; i < n; ++i) SetRange(inputs[static_cast<std::size_t>(i)], i, wishes);
   if (!program_.HasDiscrete()) program_.states.clear();
@@ -136,13 +144,17 @@ void DesignTask::SetRange(const StudyInput& input, Eigen::Index i, const DesignW
     lower = std::max(lower, designs.inputs.col(i).minCoeff());
     upper = std::min(upper, designs.inputs.col(i).maxCoeff());
   }
+  const double span = std::isfinite(input.upper - input.lower) ? input.upper - input.lower : 0.0;
   if (input.IsDiscrete()) {
     std::vector<double> states;
     constexpr double kSlip = 1e-9;
     for (const double state : input.states)
       if (state >= lower - kSlip && state <= upper + kSlip) states.push_back(state);
     if (states.empty())
-      throw AnalysisError(L"No state of " + Quoted(input.name) + L" lies within its bounds.");
+      throw AnalysisError(
+          L"No state of " + Quoted(input.name) + L" lies within its bounds; there are " +
+          std::to_wstring(input.states.size()) + L" from " + NumberText(input.states.front()) +
+          L" to " + NumberText(input.states.back()) + L".");
     lower = states.front();
     upper = states.back();
     program_.states[static_cast<std::size_t>(i)] =
@@ -152,6 +164,7 @@ void DesignTask::SetRange(const StudyInput& input, Eigen::Index i, const DesignW
     throw AnalysisError(L"The input " + Quoted(input.name) + L" has no range; give it bounds.");
   program_.lower(i) = lower;
   program_.upper(i) = upper;
+  program_.spans(i) = span;
 }
 
 void DesignTask::AddTerms(const TermReader::Terms& terms, double sign) {

@@ -41,21 +41,13 @@ LocalOptimum Judge(const NonlinearProgram& program, const SqpForm& form,
   optimum.breach = LargestBreach(program, scales, outcome.point.columns);
   if (!outcome.point.IsFinite()) optimum.breach.relative = kInfinity;
   optimum.converged = outcome.converged;
-  // The limits are the last rows.
-  optimum.multipliers = outcome.multipliers.tail(program.num_limits);
-  optimum.at_lower = std::move(outcome.at_lower);
-  optimum.at_upper = std::move(outcome.at_upper);
   optimum.point = std::move(outcome.point);
   return optimum;
 }
 
 LocalOptimum Unmoved(const NonlinearProgram& program, const SqpForm& form,
                      const Eigen::VectorXd& scales, const Evaluated& point) {
-  SqpOutcome outcome;
-  outcome.point = point;
-  outcome.multipliers = Eigen::VectorXd::Zero(static_cast<Eigen::Index>(form.rows.size()));
-  outcome.at_lower = outcome.at_upper = Eigen::VectorXd::Zero(program.NumInputs());
-  return Judge(program, form, scales, std::move(outcome));
+  return Judge(program, form, scales, {point, false});
 }
 
 /// The point with the least breach that SQP finds from `start`.
@@ -66,14 +58,6 @@ Evaluated TowardsLimits(const NonlinearProgram& program, const Eigen::VectorXd& 
 }
 
 // Discrete inputs.
-
-std::vector<bool> HeldDiscrete(const NonlinearProgram& program, bool unordered_alone) {
-  std::vector<bool> held(static_cast<std::size_t>(program.NumInputs()));
-  for (Eigen::Index i = 0; i < program.NumInputs(); ++i)
-    held[static_cast<std::size_t>(i)] =
-        unordered_alone ? program.IsUnordered(i) : program.IsDiscrete(i);
-  return held;
-}
 
 /// Position of the state nearest to `value`.
 Eigen::Index StateOf(const Eigen::VectorXd& states, double value) {
@@ -186,7 +170,7 @@ LocalOptimum TryStates(const NonlinearProgram& program, const SqpForm& form,
   for (Eigen::Index k = 0; k < points.rows(); ++k)
     candidates.push_back(Unmoved(program, form, scales, {points.row(k), values.row(k)}));
   std::sort(candidates.begin(), candidates.end(), IsBetter);
-  const std::vector<bool> held = HeldDiscrete(program, false);
+  const std::vector<bool> held = HeldDiscrete(program);
   if (std::all_of(held.begin(), held.end(), [](bool is_held) { return is_held; })) {
     candidates.front().converged = true;
     return IsBetter(candidates.front(), best) ? candidates.front() : best;
@@ -249,6 +233,14 @@ SqpForm FeasibilityForm(const NonlinearProgram& program, const Eigen::VectorXd& 
   return form;
 }
 
+std::vector<bool> HeldDiscrete(const NonlinearProgram& program, bool unordered_alone) {
+  std::vector<bool> held(static_cast<std::size_t>(program.NumInputs()));
+  for (Eigen::Index i = 0; i < program.NumInputs(); ++i)
+    held[static_cast<std::size_t>(i)] =
+        unordered_alone ? program.IsUnordered(i) : program.IsDiscrete(i);
+  return held;
+}
+
 bool IsBetter(const LocalOptimum& a, const LocalOptimum& b) {
   const auto rank = [](const LocalOptimum& optimum) {
     return optimum.breach.relative <= 0.0 ? 0 : optimum.IsFeasible() ? 1 : 2;
@@ -297,7 +289,7 @@ LocalOptimum SearchMixed(const NonlinearProgram& program, const SqpForm& form,
                          const Eigen::VectorXd& scales, const Evaluated& start) {
   constexpr int kMaxMoves = 100;
   if (!program.HasDiscrete())
-    return SearchLocally(program, form, scales, HeldDiscrete(program, false), start);
+    return SearchLocally(program, form, scales, HeldDiscrete(program), start);
   const LocalOptimum relaxed =
       SearchLocally(program, form, scales, HeldDiscrete(program, true), start);
   LocalOptimum best = Unmoved(program, form, scales, start);

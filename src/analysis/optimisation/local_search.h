@@ -29,8 +29,6 @@ struct LocalOptimum {
   double objective = 0.0;  ///< of the form
   Breach breach;
   bool converged = false;
-  Eigen::VectorXd multipliers;         ///< of the limits: the objective gained per unit of a limit
-  Eigen::VectorXd at_lower, at_upper;  ///< of the bounds likewise
 
   bool IsFeasible() const { return breach.relative <= kRounding; }
 };
@@ -38,6 +36,10 @@ struct LocalOptimum {
 /// Points that keep the limits before those that break them by rounding, and these before others;
 /// then by objective or breach.
 bool IsBetter(const LocalOptimum& a, const LocalOptimum& b);
+
+/// Which inputs a search among states leaves as they are. @param unordered_alone  ordered states are a
+/// range
+std::vector<bool> HeldDiscrete(const NonlinearProgram& program, bool unordered_alone = false);
 
 /// An optimum of the form from `start` by SQP, the `held` inputs fixed. Limits that rounding and the
 /// tolerance of the method leave broken are tightened until the point keeps them. From where the

@@ -17,6 +17,16 @@ bool NonlinearProgram::HasDiscrete() const {
                      [](const auto& list) { return list.size() > 0; });
 }
 
+double NonlinearProgram::GetUnit(Eigen::Index input) const {
+  constexpr double kNarrow = 1e-2;
+  return std::max(upper(input) - lower(input), kNarrow * GetSpan(input));
+}
+
+double NonlinearProgram::GetStep(Eigen::Index input) const {
+  const double range = upper(input) - lower(input);
+  return std::min(difference * std::max(range, GetSpan(input)), range / 3.0);
+}
+
 Eigen::VectorXd NonlinearProgram::Objectives(const Eigen::RowVectorXd& columns) const {
   Eigen::VectorXd objectives(NumObjectives());
   Eigen::Index first = 0;
@@ -45,7 +55,8 @@ void NonlinearProgram::Check() const {
   const auto has_size = [&](std::size_t size) {
     return size == 0 || size == static_cast<std::size_t>(n);
   };
-  if (n == 0 || upper.size() != n || !has_size(states.size()) || !has_size(unordered.size()))
+  if (n == 0 || upper.size() != n || !has_size(states.size()) || !has_size(unordered.size()) ||
+      !has_size(static_cast<std::size_t>(spans.size())))
     throw std::logic_error("NonlinearProgram: bounds and states are not of one number of inputs.");
   if (!lower.allFinite() || !upper.allFinite() || (lower.array() > upper.array()).any())
     throw std::logic_error("NonlinearProgram: bounds must be finite, the lower one below.");

@@ -27,7 +27,11 @@ struct NonlinearProgram {
   /// From points (k x n) to k x NumColumns() values; NaN where a point fails. Several threads call
   /// it at once. What it throws ends the search.
   std::function<Eigen::MatrixXd(const Eigen::MatrixXd& x)> values;
-  double difference = 1e-4;  ///< step of the differences for gradients, as a share of each range
+  /// Step of the differences for gradients, as a share of each range, or of its span if that is
+  /// wider: within a narrow range rounding would be all that they show.
+  double difference = 1e-4;
+  Eigen::VectorXd
+      spans;  ///< none, or n: over which the values vary noticeably, in the inputs' units
 
   Eigen::Index NumInputs() const { return lower.size(); }
   Eigen::Index NumObjectives() const { return static_cast<Eigen::Index>(num_terms.size()); }
@@ -40,6 +44,12 @@ struct NonlinearProgram {
     return IsDiscrete(input) && !unordered.empty() && unordered[static_cast<std::size_t>(input)];
   }
   bool HasDiscrete() const;
+  double GetSpan(Eigen::Index input) const { return spans.size() > 0 ? spans(input) : 0.0; }
+  /// In which an input moves: its range, unless that is a small part of its span. The gradient over a
+  /// share of such a range would be too small for a stopping test to see.
+  double GetUnit(Eigen::Index input) const;
+  /// Of the differences, such that two of them fit beside any point of the range.
+  double GetStep(Eigen::Index input) const;
 
   /// The objectives of one row of `values`.
   Eigen::VectorXd Objectives(const Eigen::RowVectorXd& columns) const;

@@ -120,8 +120,8 @@ Optimum FindOptimum(const DesignTask& task, const SearchSettings& wanted,
     optimum.notes.push_back(failure);
     return optimum;
   }
-  const GlobalOptimum found =
-      SearchGlobally(program, ObjectiveForm(program, screening.scales), screening, settings);
+  const SqpForm form = ObjectiveForm(program, screening.scales);
+  const GlobalOptimum found = SearchGlobally(program, form, screening, settings);
   if (found.num_finite < screening.values.rows())
     optimum.notes.push_back(
         std::to_wstring(screening.values.rows() - found.num_finite) + L" of " +
@@ -138,6 +138,9 @@ Optimum FindOptimum(const DesignTask& task, const SearchSettings& wanted,
   optimum.design = ReportDesign(task.GetModel(), x, task.GetUsedResponses());
   optimum.objectives.resize(1);
   optimum.objectives(0) = task.ObjectiveValue(0, best.point.columns);
+  const Multipliers multipliers =
+      FindMultipliers(program, form, screening.scales, HeldDiscrete(program), best.point);
+  const Eigen::VectorXd of_limits = multipliers.rows.tail(program.num_limits);
   const Eigen::VectorXd column_errors = task.ColumnErrors(x).row(0).transpose();
   for (std::size_t j = 0; j < task.GetLimits().size(); ++j) {
     const auto& limit = task.GetLimits()[j];
@@ -146,7 +149,7 @@ Optimum FindOptimum(const DesignTask& task, const SearchSettings& wanted,
     Eigen::Index tightest = 0;
     state.reserve = best.point.columns.segment(first, limit.num_columns).minCoeff(&tightest);
     state.error = column_errors(first + tightest);
-    state.multiplier = best.multipliers.segment(limit.first, limit.num_columns).sum();
+    state.multiplier = of_limits.segment(limit.first, limit.num_columns).sum();
     state.is_active = state.reserve <= kActive * screening.scales(first + tightest);
     if (!state.is_active || !best.IsFeasible()) state.multiplier = 0.0;
     if (best.breach.limit >= limit.first && best.breach.limit < limit.first + limit.num_columns)
@@ -158,9 +161,9 @@ Optimum FindOptimum(const DesignTask& task, const SearchSettings& wanted,
       continue;
     const double rounding = kActive * (program.upper(i) - program.lower(i));
     if (x(i) - program.lower(i) <= rounding)
-      optimum.bounds.push_back({i, false, best.at_lower(i)});
+      optimum.bounds.push_back({i, false, multipliers.at_lower(i)});
     else if (program.upper(i) - x(i) <= rounding)
-      optimum.bounds.push_back({i, true, best.at_upper(i)});
+      optimum.bounds.push_back({i, true, multipliers.at_upper(i)});
   }
   for (const auto& note : task.GetNotes()) optimum.notes.push_back(note);
   return optimum;

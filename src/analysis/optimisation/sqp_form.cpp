@@ -1,6 +1,7 @@
 #include "analysis/optimisation/sqp_form.h"
 
 #include "optimizer/nlpqlp_interface.h"
+#include "optimizer/qp_solver.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,8 +17,36 @@ constexpr double kAccuracy = 1e-13;
 constexpr int kMaxIterations = 200;
 constexpr int kMaxTrials = 20;  // of a line search
 
+/// What is left of a limit or a bound, in shares of its scale or range, that counts as nothing.
+constexpr double kNoRoom = 1e-6;
+
+/// The least |a x - b| over x >= 0; of columns that depend on each other all have a part.
+Eigen::VectorXd NonNegativeLeastSquares(const Eigen::MatrixXd& a, const Eigen::VectorXd& b) {
+  constexpr double kRidge = 1e-12;
+  const Eigen::Index n = a.cols();
+  Eigen::VectorXd x = Eigen::VectorXd::Zero(n);
+  if (n == 0) return x;
+  Eigen::MatrixXd c = a.transpose() * a;
+  c.diagonal().array() += kRidge * std::max(c.trace(), 1e-100);
+  const Eigen::VectorXd d = -a.transpose() * b;
+  const Eigen::VectorXd lower = Eigen::VectorXd::Zero(n);
+  const Eigen::VectorXd upper = Eigen::VectorXd::Constant(n, algorithm::optimizer::kNoBound);
+  const auto size = static_cast<std::int32_t>(n);
+  Eigen::VectorXd no_rows = Eigen::VectorXd::Zero(n), multipliers(2 * n);
+  const auto work = algorithm::optimizer::QlWorkSize(0, 1, n);
+  Eigen::VectorXd war(static_cast<Eigen::Index>(work));
+  std::vector<std::int32_t> active(static_cast<std::size_t>(n));
+  std::int32_t failure = 0;
+  algorithm::optimizer::QL(0, 0, 1, size, size, 2 * size, c.data(), d.data(), no_rows.data(),
+                           no_rows.data(), lower.data(), upper.data(), x.data(), multipliers.data(),
+                           1e-15, 1, 6, failure, 0, war.data(), static_cast<std::int32_t>(work),
+                           active.data(), size);
+  return failure == 0 ? Eigen::VectorXd(x.unaryExpr([](double u) { return u > 0.0 ? u : 0.0; }))
+                      : lower;
+}
+
 /// The run of one form: between the core, which moves the inputs that are free, as shares of their
-/// ranges, and t in its unit, and the program.
+/// units, and t in its unit, and the program.
 class FormRun {
  public:
   FormRun(const NonlinearProgram& program, const SqpForm& form, const Eigen::VectorXd& scales,
@@ -27,13 +56,13 @@ class FormRun {
       if (!held[static_cast<std::size_t>(i)] && program.upper(i) > program.lower(i))
         free_.push_back(i);
     num_free_ = static_cast<Eigen::Index>(free_.size());
+    units_.resize(num_free_);
+    for (Eigen::Index i = 0; i < num_free_; ++i)
+      units_(i) = program.GetUnit(free_[static_cast<std::size_t>(i)]);
   }
 
   SqpOutcome Run(const Evaluated& start) {
     SqpOutcome outcome;
-    const Eigen::Index n = program_.NumInputs();
-    outcome.at_lower = outcome.at_upper = Eigen::VectorXd::Zero(n);
-    outcome.multipliers = Eigen::VectorXd::Zero(NumRows());
     outcome.point = start;
     outcome.converged = num_free_ == 0;
     if (num_free_ == 0 || !start.IsFinite()) return outcome;
@@ -47,7 +76,7 @@ class FormRun {
     core.MAXIT = kMaxIterations;
     core.MAXFUN = kMaxTrials;
     core.XL.head(num_free_).setZero();
-    core.XU.head(num_free_).setOnes();
+    for (Eigen::Index i = 0; i < num_free_; ++i) core.XU(i) = Width(i);
     core.X.col(0).head(num_free_) = ToShares(start.x);
     if (form_.has_t) {
       core.XL(num_free_) = std::max(form_.t_lower / form_.t_unit, core.XL(num_free_));
@@ -69,28 +98,68 @@ class FormRun {
     }
     outcome.point = current_;
     outcome.converged = core.IFAIL == 0;
-    if (core.IFAIL < 0) return outcome;  // no gradient there
-    for (Eigen::Index k = 0; k < NumRows(); ++k)
-      outcome.multipliers(k) = core.U(k) * f_unit_ / row_units_(k);
+    return outcome;
+  }
+
+  Multipliers MultipliersAt(const Evaluated& at) {
+    const Eigen::Index n = program_.NumInputs();
+    Multipliers found{Eigen::VectorXd::Zero(NumRows()), Eigen::VectorXd::Zero(n),
+                      Eigen::VectorXd::Zero(n)};
+    Eigen::MatrixXd slopes;
+    if (num_free_ == 0 || !at.IsFinite() || !Slopes(at, slopes)) return found;
+    SetUnits(at, slopes);
+    // One column for each row and bound without room: its slopes by the free inputs and t.
+    struct Stop {
+      double* multiplier;
+      double unit;
+    };
+    std::vector<Stop> stops;
+    Eigen::MatrixXd normals(num_free_ + 1, NumRows() + 2 * num_free_);
+    normals.setZero();
+    const auto add = [&](double& multiplier, double unit) {
+      stops.push_back({&multiplier, unit});
+      return normals.col(static_cast<Eigen::Index>(stops.size()) - 1);
+    };
+    const double t = form_.has_t ? form_.LeastT(at.columns) : 0.0;
+    for (Eigen::Index k = 0; k < NumRows(); ++k) {
+      const SqpForm::Row& row = form_.rows[static_cast<std::size_t>(k)];
+      const double room = row.factor * at.columns(row.column) + row.offset + row.slope * t;
+      if (room > kNoRoom * std::abs(row.factor) * scales_(row.column)) continue;
+      auto normal = add(found.rows(k), f_unit_ / row_units_(k));
+      normal.head(num_free_) = row.factor / row_units_(k) * slopes.row(row.column).transpose();
+      normal(num_free_) = row.slope * form_.t_unit / row_units_(k);
+    }
+    const Eigen::VectorXd shares = ToShares(at.x);
     for (Eigen::Index i = 0; i < num_free_; ++i) {
       const Eigen::Index input = free_[static_cast<std::size_t>(i)];
-      const double per_unit = f_unit_ / (program_.upper(input) - program_.lower(input));
-      outcome.at_lower(input) = core.U(NumRows() + i) * per_unit;
-      outcome.at_upper(input) = core.U(NumRows() + n_core + i) * per_unit;
+      const double unit = f_unit_ / units_(i), width = Width(i);
+      if (shares(i) <= kNoRoom * width) add(found.at_lower(input), unit)(i) = 1.0;
+      if (shares(i) >= (1.0 - kNoRoom) * width) add(found.at_upper(input), unit)(i) = -1.0;
     }
-    return outcome;
+    Eigen::VectorXd gradient(num_free_ + 1);
+    gradient.head(num_free_) = (form_.weights.transpose() * slopes).transpose() / f_unit_;
+    gradient(num_free_) = form_.has_t ? form_.t_weight * form_.t_unit / f_unit_ : 0.0;
+    const Eigen::VectorXd shares_of_stops = NonNegativeLeastSquares(
+        normals.leftCols(static_cast<Eigen::Index>(stops.size())), gradient);
+    for (std::size_t k = 0; k < stops.size(); ++k)
+      *stops[k].multiplier = shares_of_stops(static_cast<Eigen::Index>(k)) * stops[k].unit;
+    return found;
   }
 
  private:
   Eigen::Index NumRows() const { return static_cast<Eigen::Index>(form_.rows.size()); }
 
+  /// The range of a free input in its unit.
+  double Width(Eigen::Index i) const {
+    const Eigen::Index input = free_[static_cast<std::size_t>(i)];
+    return (program_.upper(input) - program_.lower(input)) / units_(i);
+  }
+
   Eigen::VectorXd ToShares(const Eigen::RowVectorXd& x) const {
     Eigen::VectorXd shares(num_free_);
     for (Eigen::Index i = 0; i < num_free_; ++i) {
       const Eigen::Index input = free_[static_cast<std::size_t>(i)];
-      shares(i) = std::clamp(
-          (x(input) - program_.lower(input)) / (program_.upper(input) - program_.lower(input)), 0.0,
-          1.0);
+      shares(i) = std::clamp((x(input) - program_.lower(input)) / units_(i), 0.0, Width(i));
     }
     return shares;
   }
@@ -101,7 +170,7 @@ class FormRun {
       const Eigen::Index input = free_[static_cast<std::size_t>(i)];
       const double share = core.X(i, 0), lower = program_.lower(input),
                    upper = program_.upper(input);
-      x(input) = share == 1.0 ? upper : std::clamp(lower + share * (upper - lower), lower, upper);
+      x(input) = share == core.XU(i) ? upper : std::clamp(lower + share * units_(i), lower, upper);
     }
     return x;
   }
@@ -110,18 +179,17 @@ class FormRun {
   /// at a bound, or where one side fails, over two steps to the other side. False where an input has
   /// no usable neighbours.
   bool Slopes(const Evaluated& at, Eigen::MatrixXd& slopes) const {
-    const double h = program_.difference;
     Eigen::MatrixXd points = at.x.replicate(2 * num_free_, 1);
     Eigen::VectorXd first(num_free_), second(num_free_);
     for (Eigen::Index i = 0; i < num_free_; ++i) {
       const Eigen::Index input = free_[static_cast<std::size_t>(i)];
-      const double range = program_.upper(input) - program_.lower(input);
-      const bool low = at.x(input) - h * range < program_.lower(input);
-      const bool high = at.x(input) + h * range > program_.upper(input);
+      const double h = program_.GetStep(input) / units_(i);
+      const bool low = at.x(input) - h * units_(i) < program_.lower(input);
+      const bool high = at.x(input) + h * units_(i) > program_.upper(input);
       first(i) = low ? h : -h;
       second(i) = low ? 2.0 * h : high ? -2.0 * h : h;
-      points(2 * i, input) += first(i) * range;
-      points(2 * i + 1, input) += second(i) * range;
+      points(2 * i, input) += first(i) * units_(i);
+      points(2 * i + 1, input) += second(i) * units_(i);
     }
     const Eigen::MatrixXd values = program_.values(points);
     slopes.resize(program_.NumColumns(), num_free_);
@@ -192,6 +260,7 @@ class FormRun {
   Eigen::RowVectorXd x_;  ///< where the inputs stand that are held
   std::vector<Eigen::Index> free_;
   Eigen::Index num_free_ = 0;
+  Eigen::VectorXd units_;  ///< of the free inputs
   Eigen::VectorXd row_units_;
   double f_unit_ = 1.0, f_origin_ = 0.0;
   Evaluated current_;
@@ -215,6 +284,12 @@ SqpOutcome RunSqp(const NonlinearProgram& program, const SqpForm& form,
                   const Eigen::VectorXd& scales, const std::vector<bool>& held,
                   const Evaluated& start, double margin) {
   return FormRun(program, form, scales, held, start, margin).Run(start);
+}
+
+Multipliers FindMultipliers(const NonlinearProgram& program, const SqpForm& form,
+                            const Eigen::VectorXd& scales, const std::vector<bool>& held,
+                            const Evaluated& at) {
+  return FormRun(program, form, scales, held, at, 0.0).MultipliersAt(at);
 }
 
 }  // namespace corvath::analysis

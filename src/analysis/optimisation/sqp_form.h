@@ -37,19 +37,31 @@ struct SqpForm {
 };
 
 struct SqpOutcome {
-  Evaluated point;                     ///< the last accepted iterate; its columns may be empty
-  bool converged = false;              ///< at a point that meets the conditions of optimality
-  Eigen::VectorXd multipliers;         ///< of the rows, in units of the form's objective per row
-  Eigen::VectorXd at_lower, at_upper;  ///< of the bounds, per input's unit; 0 where fixed
+  Evaluated point;         ///< the last accepted iterate; its columns may be empty
+  bool converged = false;  ///< at a point that meets the conditions of optimality
 };
 
-/// One run of the SQP core from `x`, with central differences within the bounds, in a box scaled to
-/// [0, 1] and with functions scaled by their slopes at the start.
+/// One run of the SQP core from `x`, with central differences within the bounds, in a box scaled by
+/// the units of the inputs and with functions scaled by their slopes at the start.
 /// @param held    inputs that keep their value
 /// @param scales  see ColumnScales
 /// @param margin  what each limit is to keep beyond its bound, in units of the scales
 SqpOutcome RunSqp(const NonlinearProgram& program, const SqpForm& form,
                   const Eigen::VectorXd& scales, const std::vector<bool>& held,
                   const Evaluated& start, double margin);
+
+/// What the objective of a form gains per unit of room.
+struct Multipliers {
+  Eigen::VectorXd rows;
+  Eigen::VectorXd at_lower, at_upper;  ///< of the bounds, per input's unit; 0 where fixed
+};
+
+/// The non-negative multipliers of the rows and bounds that have no room at a point with which the
+/// conditions of optimality hold best there, in least squares. They do not depend on how a search came
+/// to the point: one that began there has moved no multiplier.
+/// @param held, scales  as for RunSqp
+Multipliers FindMultipliers(const NonlinearProgram& program, const SqpForm& form,
+                            const Eigen::VectorXd& scales, const std::vector<bool>& held,
+                            const Evaluated& at);
 
 }  // namespace corvath::analysis

@@ -134,7 +134,9 @@ Eigen::VectorXd RidgeSolver::CrossValidate(double penalty, const IndexVector& gr
   constexpr double kUndetermined = 1e-9;  // pivot of I - H_gg, between 0 and 1
   for (const auto& [group, rows] : members) {
     if (rows.size() == 1) {
-      const double rest = 1.0 - of_constant - half.row(rows[0]).squaredNorm();
+      // Without terms there is no row to refer to.
+      const double of_terms = half.cols() == 0 ? 0.0 : half.row(rows[0]).squaredNorm();
+      const double rest = 1.0 - of_constant - of_terms;
       predicted(rows[0]) = rest > kUndetermined
                                ? values_(rows[0]) - residuals(rows[0]) / rest + mean_
                                : std::numeric_limits<double>::quiet_NaN();

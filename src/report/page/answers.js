@@ -4,7 +4,10 @@ function fillAnswers(project) {
   const values = study.predict(point);
   const limits = study.criteria(point, values);
   const nodes = [table([{text: 'Response'}, {text: 'Prediction', number: true}, {text: 'Error', number: true}],
-    responses.map((r, k) => [rowHead(r.title), format(values[k]), '\u00b1 ' + format(study.error(k, point), 2)]),
+    responses.map((r, k) => {
+      const error = study.error(k, point);
+      return [rowHead(r.title), format(values[k]), Number.isFinite(error) ? '\u00b1 ' + format(error, 2) : 'unknown'];
+    }),
     'Predictions at the point')];
   if (criteria.length > 0)
     nodes.push(element('h3', {}, 'Criteria'), table(

@@ -115,10 +115,12 @@ class Chart {
 }
 Chart.number = 0;
 
-/* How often values are in equal parts of a range with round limits. */
-function histogram(values, range) {
+/* How often values are in equal parts of a range, or of a discrete quantity at its states. */
+function histogram(values, {range: [low, high], states}) {
   const known = values.filter((value) => value !== null && Number.isFinite(value));
-  const parts = within(Math.ceil(Math.sqrt(known.length)), [5, 40]);
-  return d3.bin().domain(range).thresholds(d3.ticks(...range, parts))(known);
+  const parts = within(Math.ceil(Math.sqrt(values.length)), [5, 40]);
+  const limits = states ? d3.pairs(states, (a, b) => (a + b) / 2)
+    : d3.range(1, parts).map((i) => low + (high - low) * i / parts);
+  return d3.bin().domain([low, high]).thresholds(limits)(known);
 }
 const mostOf = (bins) => Math.max(1, d3.max(bins, (bin) => bin.length)) * 1.05;

@@ -54,7 +54,7 @@ function makeQuality(project) {
     residuals.dots(residuals.paint(), predicted, errors, color('accent'), radius);
     residuals.describe(said + ', against predictions');
 
-    const bins = histogram(errors, span);
+    const bins = histogram(errors, {range: span});
     spread.begin({title: 'error' + unit, range: span}, {title: 'designs', range: [0, mostOf(bins)]});
     spread.bars('chosen', bins);
     spread.describe(said + ', how often');

@@ -7,11 +7,11 @@ function makeScatter(project, quantities, isChosen) {
     : {...quantity, range: roomy(rangeOf(quantity.values) || [0, 1])};
 
   function drawDistribution(quantity) {
-    const {range} = wide(quantity);
-    const all = histogram(quantity.values, range);
+    const {range, states} = wide(quantity);
+    const all = histogram(quantity.values, {range, states});
     distribution.begin({...quantity, range}, {title: 'designs', range: [0, mostOf(all)]});
     distribution.bars('every', all);
-    distribution.bars('chosen', histogram(quantity.values.filter((_, d) => isChosen(d)), range));
+    distribution.bars('chosen', histogram(quantity.values.map((v, d) => isChosen(d) ? v : null), {range, states}));
     distribution.describe(`Distribution of ${quantity.name} from ${quantity.text(range[0])} to ${quantity.text(range[1])}`);
   }
 

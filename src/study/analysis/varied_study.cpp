@@ -5,6 +5,7 @@
 #include "design/designs/indexed_responses.h"
 #include "foundation/text.h"
 #include "study/analysis/distribution_text.h"
+#include "study/analysis/fixed_input.h"
 #include "study/describe/json_text.h"
 #include "study/describe/text_table.h"
 #include "study/refusal.h"
@@ -42,24 +43,6 @@ void RequireInput(const Project& project, const std::string& name) {
                   NameHint(name, inputs, "the inputs are"));
 }
 
-/// The value of "NAME=VALUE", where a word may stand for its code.
-std::pair<std::string, double> ParseFixed(const Project& project, const std::string& text) {
-  const std::size_t equals = text.rfind('=');
-  if (equals == std::string::npos || equals == 0)
-    throw Refusal(Quoted(text) + ": NAME=VALUE is wanted, as in load=12");
-  const std::string name(Trimmed(std::string_view(text).substr(0, equals)));
-  const std::string value(Trimmed(std::string_view(text).substr(equals + 1)));
-  RequireInput(project, name);
-  const TableColumns columns = TableColumns::FromProject(project.GetRecord());
-  const TableColumn* const column = columns.Find(name);
-  const CsvNumber number = ReadNumber(value);
-  const bool is_number = number.kind == CsvNumber::Kind::kNumber;
-  if (column != nullptr && column->IsRead())
-    return {name, column->ReadCell(value, number.value, is_number, name)};
-  if (!is_number) throw Refusal(Quoted(text) + ": " + RefusalText(value, number.kind));
-  return {name, number.value};
-}
-
 }  // namespace
 
 VariedStudy::VariedStudy(const Project& project, const VariationRequest& request,
@@ -95,7 +78,7 @@ void VariedStudy::Choose(const Project& project, const VariationRequest& request
       throw Refusal("input " + Quoted(name) + " is given two distributions");
   }
   for (const std::string& text : request.fixed) {
-    const auto [name, value] = ParseFixed(project, text);
+    const auto [name, value] = ParseFixed(project, *model_, text);
     if (!choice_.fixed.emplace(FromUtf8(name), value).second)
       throw Refusal("input " + Quoted(name) + " is given two values");
   }

@@ -8,6 +8,7 @@
 #include "foundation/text.h"
 #include "solver/zel_solver.h"
 #include "study/analysis/distribution_text.h"
+#include "study/analysis/fixed_input.h"
 #include "study/decide/optimum_text.h"
 #include "study/refusal.h"
 #include "study/table/csv_cell.h"
@@ -15,6 +16,7 @@
 #include "study/table/table_columns.h"
 
 #include <charconv>
+#include <cmath>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -32,7 +34,8 @@ std::optional<double> ToNumber(const std::string& text) {
   double value = 0.0;
   const char* const end = text.data() + text.size();
   const auto result = std::from_chars(text.data(), end, value);
-  if (text.empty() || result.ec != std::errc() || result.ptr != end) return std::nullopt;
+  if (text.empty() || result.ec != std::errc() || result.ptr != end || !std::isfinite(value))
+    return std::nullopt;
   return value;
 }
 
@@ -50,8 +53,11 @@ boost::shared_ptr<zel::ZELSolver> Borrow(const Project& project) {
 
 class Request {
  public:
-  Request(const Project& project, const OptimizeRequest& request)
-      : request_(request), columns_(TableColumns::FromProject(project.GetRecord())) {
+  Request(const Project& project, const StudyModel& model, const OptimizeRequest& request)
+      : project_(project),
+        model_(model),
+        request_(request),
+        columns_(TableColumns::FromProject(project.GetRecord())) {
     for (const auto& text : request.minimize) wishes_.objectives.push_back({FromUtf8(text), false});
     for (const auto& text : request.maximize) wishes_.objectives.push_back({FromUtf8(text), true});
     for (const auto& text : request.limits) wishes_.limits.push_back(FromUtf8(text));
@@ -84,19 +90,15 @@ class Request {
     return *number;
   }
 
-  void Set(const std::string& name, const std::pair<double, double>& range) {
+  void Set(const char* option, const std::string& name, const std::pair<double, double>& range) {
     if (!wishes_.bounds.emplace(FromUtf8(name), range).second)
-      throw Refusal(OptionName(request_.wording, "bounds") + ": " + Quoted(name) + " has two");
+      throw Refusal(OptionName(request_.wording, option) + ": " + Quoted(name) +
+                    " has a value or bounds already");
   }
 
   void AddFixed(const std::string& text) {
-    const auto equals = text.rfind('=');
-    if (equals == std::string::npos || equals == 0)
-      throw Refusal(OptionName(request_.wording, "fix") + ": " + Quoted(text) +
-                    " is not name=value");
-    const std::string name = text.substr(0, equals);
-    const double value = Value(name, text.substr(equals + 1), text);
-    Set(name, {value, value});
+    const auto [name, value] = ParseFixed(project_, model_, text);
+    Set("fix", name, {value, value});
     wishes_.scatter.fixed[FromUtf8(name)] = value;
   }
 
@@ -116,9 +118,11 @@ class Request {
       range.first = Value(name, text.substr(first + 1, second - first - 1), text);
       range.second = Value(name, text.substr(second + 1), text);
     }
-    Set(name, range);
+    Set("bounds", name, range);
   }
 
+  const Project& project_;
+  const StudyModel& model_;
   const OptimizeRequest& request_;
   TableColumns columns_;
   DesignWishes wishes_;
@@ -167,7 +171,7 @@ Optimization Optimize(const Project& project, const OptimizeRequest& request,
                       const Progress& progress) try {
   const auto solver = Borrow(project);
   const auto model = std::make_shared<analysis::ProjectModel>(solver);
-  Request wanted(project, request);
+  Request wanted(project, *model, request);
   const bool by_error = request.next > 0 && request.next_by_error;
   if (by_error && wanted.GetWishes().objectives.empty() && model->GetNumResponses() > 0)
     wanted.GetWishes().objectives.push_back({model->GetQuantities().front().name, false});

@@ -38,6 +38,8 @@ struct Optimization {
   std::string text;                  ///< the same for a person
   std::vector<std::string> columns;  ///< of `designs`: the inputs, then what belongs to them
   Eigen::MatrixXd designs;           ///< the optimum, the front or what is proposed
+  /// Of each of the first columns the words that its numbers stand for; none where they are numbers.
+  std::vector<std::vector<std::string>> words;
   std::string refusal;               ///< without success: why, in one line
 };
 

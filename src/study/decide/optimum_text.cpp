@@ -71,17 +71,33 @@ OptimumText::OptimumText(const Project& project, const analysis::DesignTask& tas
   for (const auto& quantity : model_.GetQuantities()) quantities_.push_back(ToUtf8(quantity.name));
 }
 
+std::string OptimumText::WordOf(std::size_t input, double value) const {
+  const TableColumn* const column = columns_.Find(inputs_[input]);
+  return column == nullptr ? "" : column->WordOf(value);
+}
+
 /// A number, or the word of a code.
 std::string OptimumText::ValueText(std::size_t input, double value) const {
-  const TableColumn* const column = columns_.Find(inputs_[input]);
-  const std::string word = column == nullptr ? "" : column->WordOf(value);
+  const std::string word = WordOf(input, value);
   return word.empty() ? Short(value) : word;
+}
+
+/// The columns of inputs, to which others are added.
+void OptimumText::StartTable(Optimization& result) const {
+  result.columns = inputs_;
+  for (const std::string& name : inputs_) {
+    const TableColumn* const column = columns_.Find(name);
+    result.words.push_back(column == nullptr ? std::vector<std::string>() : column->words);
+  }
 }
 
 Json::Value OptimumText::InputsJson(const Eigen::RowVectorXd& x) const {
   Json::Value object(Json::objectValue);
-  for (std::size_t i = 0; i < inputs_.size(); ++i)
-    object[inputs_[i]] = JsonNumber(x(static_cast<Eigen::Index>(i)));
+  for (std::size_t i = 0; i < inputs_.size(); ++i) {
+    const double value = x(static_cast<Eigen::Index>(i));
+    const std::string word = WordOf(i, value);
+    object[inputs_[i]] = word.empty() ? JsonNumber(value) : Json::Value(word);
+  }
   return object;
 }
 
@@ -321,7 +337,7 @@ Optimization OptimumText::Describe(const analysis::Optimum& optimum) const {
   AddNotes(notes, result.document, out);
   result.text = out.str();
 
-  result.columns = inputs_;
+  StartTable(result);
   result.columns.insert(result.columns.end(), quantities_.begin(), quantities_.end());
   result.designs.resize(1, static_cast<Eigen::Index>(result.columns.size()));
   result.designs << optimum.design.inputs, optimum.design.quantities;
@@ -352,7 +368,7 @@ Optimization OptimumText::Describe(const analysis::ParetoFront& front,
   result.success = true;
   result.status = "front";
   result.document["status"] = result.status;
-  result.columns = inputs_;
+  StartTable(result);
   result.columns.insert(result.columns.end(), quantities_.begin(), quantities_.end());
   TextTable table;
   std::vector<bool> is_quantity;
@@ -406,7 +422,7 @@ Optimization OptimumText::Describe(const std::vector<analysis::NextDesign>& desi
   result.status = "proposed";
   result.document["status"] = result.status;
   result.document["next"] = Json::Value(Json::arrayValue);
-  result.columns = inputs_;
+  StartTable(result);
   result.designs.resize(static_cast<Eigen::Index>(designs.size()), model_.GetNumInputs());
   TextTable table;
   for (const std::string& name : inputs_) table.AddColumn(name, Align::kRight);

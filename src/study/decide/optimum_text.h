@@ -27,6 +27,8 @@ class OptimumText {
   Optimization Describe(const std::vector<analysis::NextDesign>& designs) const;
 
  private:
+  std::string WordOf(std::size_t input, double value) const;  ///< of a code; else empty
+  void StartTable(Optimization& result) const;
   std::string ValueText(std::size_t input, double value) const;
   Json::Value InputsJson(const Eigen::RowVectorXd& x) const;
   Json::Value QuantitiesJson(const Eigen::RowVectorXd& values) const;

@@ -1,15 +1,15 @@
 #pragma once
 
+#include "foundation/constants.h"
+
 #include <cmath>
 #include <complex>
-#include <limits>
 
 namespace corvath::math {
 
 /// a / b in every division of the value type: R. L. Smith, "Algorithm 116: Complex division", CACM
 /// 5 (1962), p. 435. Where the divisor is 0 or NaN both parts are NaN; nothing raises.
 inline std::complex<double> Quotient(const std::complex<double>& a, const std::complex<double>& b) {
-  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
   const double c = b.real();
   const double d = b.imag();
   if (std::isnan(c) || std::isnan(d)) return {kNaN, kNaN};
