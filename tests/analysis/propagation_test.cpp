@@ -3,11 +3,7 @@
 #include "analysis/propagation/sample_intervals.h"
 #include "stochastics/normal_quantile.h"
 #include "support/function_study.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
+#include "support/testing.h"
 
 namespace corvath::analysis {
 namespace {

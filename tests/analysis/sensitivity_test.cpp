@@ -1,11 +1,7 @@
 #include "analysis/sensitivity/sensitivity.h"
 
-#include "foundation/parallel.h"
 #include "support/function_study.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
+#include "support/testing.h"
 
 namespace corvath::analysis {
 namespace {
@@ -121,26 +117,6 @@ TEST(Sensitivity, TakesCorrelatedInputsAsOneGroup) {
   }
   const InputSpace fixed(model, {{}, {}, {{L"x", 1.0}, {L"z", 1.0}}});
   EXPECT_NEAR(AnalyseSensitivity(model, fixed, {}).quantities[0].first.value(0), 1.0, 1e-3);
-}
-
-TEST(Sensitivity, IsTheSameOnAnyNumberOfThreadsAndCanBeCancelled) {
-  const FunctionModel model = Ishigami();
-  utils::SetNumThreads(1);
-  const auto one = AnalyseSensitivity(model, OverBounds(model), {});
-  utils::SetNumThreads(4);
-  const auto four = AnalyseSensitivity(model, OverBounds(model), {});
-  utils::SetNumThreads(0);
-  EXPECT_EQ(one.quantities[0].first.value, four.quantities[0].first.value);
-  EXPECT_EQ(one.quantities[0].total.high, four.quantities[0].total.high);
-  double last = -1.0;
-  EXPECT_THROW(AnalyseSensitivity(model, OverBounds(model), {},
-                                  [&](double share, const std::wstring&) {
-                                    EXPECT_GE(share, last);
-                                    last = share;
-                                    return share < 0.5;
-                                  }),
-               AnalysisCancelled);
-  EXPECT_LT(last, 0.9);
 }
 
 TEST(InputSpace, KeepsCorrelationsWithOtherDistributions) {

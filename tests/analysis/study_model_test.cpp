@@ -3,18 +3,15 @@
 #include "analysis/project_model.h"
 #include "metamodel/local_errors.h"
 #include "support/plate_project.h"
+#include "support/testing.h"
 
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
 
 namespace corvath::analysis {
 namespace {
 
-using algorithm::datatypes::Criterion;
-using algorithm::datatypes::CriterionDescription;
+using algorithm::datatypes::Criterion, algorithm::datatypes::CriterionDescription;
 
 boost::shared_ptr<zel::ZELSolver> OpenPlate() {
   auto solver = boost::make_shared<zel::ZELSolver>(/*allow_missing_models=*/false);

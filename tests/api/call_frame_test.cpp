@@ -1,8 +1,7 @@
 #include "api/call_frame.h"
 
 #include "foundation/exception.h"
-
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 #include <new>
 

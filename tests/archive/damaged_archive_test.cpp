@@ -1,10 +1,7 @@
 #include "support/archive_round_trip.h"
+#include "support/testing.h"
 
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
-
-#include <random>
-#include <sstream>
 
 namespace corvath::test {
 

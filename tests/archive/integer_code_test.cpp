@@ -1,11 +1,8 @@
 #include "archive/integer_code.h"
 
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 #include <cstring>
-#include <limits>
-#include <string>
-#include <vector>
 
 namespace corvath::archive {
 namespace {
@@ -29,10 +26,7 @@ IntegerDecoder::Step Decode(const std::vector<std::uint16_t>& words, WideInteger
 }
 
 TEST(IntegerCode, WritesTheBytesOfTheFormat) {
-  const struct {
-    std::int64_t value;
-    const char* bytes;
-  } cases[] = {
+  const std::pair<std::int64_t, const char*> cases[] = {
       {0, "0000"},
       {300, "2C01"},
       {17, "1100"},

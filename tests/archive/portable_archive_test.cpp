@@ -1,12 +1,7 @@
 #include "support/archive_round_trip.h"
-#include "support/message_of.h"
+#include "support/testing.h"
 
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <sstream>
 
 namespace corvath {
 namespace {
@@ -139,10 +134,8 @@ TEST(PortableArchive, NamesASeenNameInTheMismatch) {
 }
 
 TEST(PortableArchive, HeaderDecidesAboutReading) {
-  const struct {
-    const char* bytes;
-    int code;  ///< of archive_exception, -1: reads 7
-  } cases[] = {
+  // bytes, code: of archive_exception, -1: reads 7
+  const std::pair<const char*, int> cases[] = {
       {"4B425804110000000700", -1},                                    // no annotations
       {"4B425801110007000000", -1},                                    // version 1: no word
       {"4B425800110007000000", -1},                                    // version 0

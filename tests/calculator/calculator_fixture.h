@@ -2,11 +2,8 @@
 
 #include "calculator/calculator.h"
 #include "foundation/text.h"
+#include "support/testing.h"
 #include "support/values.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
 
 namespace support {
 

@@ -5,25 +5,17 @@
 #include "foundation/text.h"
 #include "support/environment_variables.h"
 #include "support/temporary_directory.h"
+#include "support/testing.h"
 #include "support/values.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <random>
 
 namespace {
 
-using corvath::algorithm::datatypes::CDesignEntry;
-using corvath::algorithm::datatypes::Criterion;
-using corvath::algorithm::datatypes::CriterionDescription;
-using corvath::algorithm::datatypes::Design;
-using corvath::calculator::CalculateCriteria;
-using corvath::calculator::CriteriaEvaluation;
-using corvath::calculator::CriteriaOptions;
+using corvath::algorithm::datatypes::CDesignEntry, corvath::algorithm::datatypes::Criterion,
+    corvath::algorithm::datatypes::CriterionDescription, corvath::algorithm::datatypes::Design;
+using corvath::calculator::CalculateCriteria, corvath::calculator::CriteriaEvaluation,
+    corvath::calculator::CriteriaOptions;
 using corvath::utils::ToUtf8;
-using support::Scalar;
-using support::Vec;
+using support::Scalar, support::Vec;
 
 using Type = CriterionDescription;
 
@@ -54,17 +46,15 @@ std::vector<std::string> Problems(const Design& design) {
 
 TEST(CriteriaEvaluation, EvaluatesEachTypeFromItsSides) {
   Design design = MakeDesign(1.5);
-  const struct {
-    Type::eType type;
-    double expected;  // of the sides mass = 3 and max(abs(stress)) = 4.5
-  } cases[] = {{Type::RHS_ANY, 4.5},
-               {Type::RHS, 4.5},
-               {Type::NEGATIVE_RHS, -4.5},
-               {Type::RHS_MINUS_LHS, 1.5},
-               {Type::LHS_MINUS_RHS_4, -1.5},
-               {Type::LHS_MINUS_RHS_5, -1.5},
-               {Type::LIMIT_LHS_BELOW_RHS, 1.5},
-               {Type::LIMIT_LHS_ABOVE_RHS, -1.5}};
+  // type, expected: of the sides mass = 3 and max(abs(stress)) = 4.5
+  const std::pair<Type::eType, double> cases[] = {{Type::RHS_ANY, 4.5},
+                                                  {Type::RHS, 4.5},
+                                                  {Type::NEGATIVE_RHS, -4.5},
+                                                  {Type::RHS_MINUS_LHS, 1.5},
+                                                  {Type::LHS_MINUS_RHS_4, -1.5},
+                                                  {Type::LHS_MINUS_RHS_5, -1.5},
+                                                  {Type::LIMIT_LHS_BELOW_RHS, 1.5},
+                                                  {Type::LIMIT_LHS_ABOVE_RHS, -1.5}};
   for (const auto& [type, expected] : cases)
     Add(design, (L"c" + std::to_wstring(type)).c_str(), type, L"mass", L"max(abs(stress))");
   const Design result = CalculateCriteria(design);

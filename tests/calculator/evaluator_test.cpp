@@ -3,24 +3,14 @@
 #include "calculator/workspace.h"
 #include "foundation/math_exception.h"
 #include "foundation/text.h"
-#include "support/message_of.h"
 #include "support/small_stack.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
 
 namespace {
 
 using corvath::math::Value;
 using corvath::utils::ToUtf8;
-using support::Mat;
-using support::MessageOf;
-using support::MessageOfExactly;
-using support::Scalar;
-using support::Sig;
-using support::Vec;
+using support::Mat, support::MessageOf, support::MessageOfExactly, support::Scalar, support::Sig,
+    support::Vec;
 
 class Calculator : public support::CalculatorFixture {
  protected:

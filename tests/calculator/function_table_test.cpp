@@ -3,31 +3,19 @@
 #include "calculator/calculator.h"
 #include "foundation/math_exception.h"
 #include "foundation/text.h"
+#include "support/testing.h"
 #include "support/values.h"
 
 #include <boost/numeric/conversion/cast.hpp>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <map>
-#include <random>
-#include <set>
 
 namespace {
 
-using corvath::calculator::FindFunctionHelp;
-using corvath::calculator::Function;
-using corvath::calculator::FunctionHelp;
-using corvath::calculator::FunctionTable;
-using corvath::calculator::GetFunctionHelp;
+using corvath::calculator::FindFunctionHelp, corvath::calculator::Function,
+    corvath::calculator::FunctionHelp, corvath::calculator::FunctionTable,
+    corvath::calculator::GetFunctionHelp;
 using corvath::math::Value;
-using corvath::utils::FromUtf8;
-using corvath::utils::ToUtf8;
-using support::Mat;
-using support::Scalar;
-using support::Sig;
-using support::Vec;
-using support::XY;
+using corvath::utils::FromUtf8, corvath::utils::ToUtf8;
+using support::Mat, support::Scalar, support::Sig, support::Vec, support::XY;
 
 constexpr int kAny = Function::kAnyCount;
 

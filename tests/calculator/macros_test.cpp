@@ -3,8 +3,8 @@
 #include "calculator/macro_file.h"
 #include "foundation/text.h"
 #include "support/environment_variables.h"
-#include "support/message_of.h"
 #include "support/temporary_directory.h"
+#include "support/testing.h"
 #include "support/values.h"
 
 #include <boost/archive/xml_oarchive.hpp>
@@ -12,14 +12,6 @@
 #include <boost/serialization/nvp.hpp>
 #include <boost/serialization/set.hpp>
 #include <boost/serialization/string.hpp>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstdlib>
-#include <set>
-#include <sstream>
-#include <string>
-#include <vector>
 
 /// The form of the file as Boost's own headers give it.
 template <class Archive>
@@ -36,9 +28,7 @@ namespace {
 
 using Macro = CalculatorTypeTraits::Macro;
 using Macros = CalculatorTypeTraits::Macros;
-using support::MessageOf;
-using support::ReadFile;
-using support::WriteFile;
+using support::MessageOf, support::ReadFile, support::WriteFile;
 
 bool Same(const Macros& a, const Macros& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const Macro& x, const Macro& y) {
@@ -195,11 +185,7 @@ TEST_F(MacroFile, AFailedSaveLeavesNothingBehind) {
 }
 
 using corvath::utils::ToUtf8;
-using support::Scalar;
-using support::Sig;
-using support::Value;
-using support::Vec;
-using support::XY;
+using support::Scalar, support::Sig, support::Value, support::Vec, support::XY;
 
 class BuiltinMacros : public testing::Test {
  protected:
@@ -222,10 +208,7 @@ std::wstring NameOf(const std::wstring& call) {
 
 TEST_F(BuiltinMacros, GiveTheMeasuresWorkedOutByHand) {
   const std::vector<support::Complex> axis{0, 1, 3, 4};
-  const struct {
-    std::wstring call;
-    Value expected;
-  } cases[] = {
+  const std::pair<std::wstring, Value> cases[] = {
       // The slot from 2 to 4 holds the points (3, 5) and (4, 1) of S, (3, 3) and (4, 1) of S - T.
       {L"$SIG_MIN_X(S)", Scalar(1)},
       {L"$SIG_MIN_X_SLOT(S, 2, 4)", Scalar(4)},

@@ -1,23 +1,14 @@
 #include "calculator/number_table.h"
 
+#include "support/testing.h"
 #include "support/values.h"
 #include "variant/value/limits.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <string>
 
 namespace {
 
 using corvath::calculator::ParseNumberTable;
 using corvath::math::Value;
-using support::Mat;
-using support::Scalar;
-using support::Sig;
-using support::Vec;
-using support::XY;
+using support::Mat, support::Scalar, support::Sig, support::Vec, support::XY;
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 

@@ -1,20 +1,13 @@
 #include "calculator/parser.h"
 
 #include "foundation/text.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <utility>
+#include "support/testing.h"
 
 namespace {
 
-using corvath::calculator::DeleteBlanks;
-using corvath::calculator::kMaxNesting;
-using corvath::calculator::kMaxTextLength;
-using corvath::calculator::Parse;
-using corvath::calculator::Rule;
-using corvath::calculator::SyntaxTree;
+using corvath::calculator::DeleteBlanks, corvath::calculator::kMaxNesting,
+    corvath::calculator::kMaxTextLength, corvath::calculator::Parse, corvath::calculator::Rule,
+    corvath::calculator::SyntaxTree;
 using corvath::utils::ToUtf8;
 
 std::wstring Repeat(const std::wstring& text, std::size_t n) {
@@ -101,11 +94,7 @@ TEST(Parser, GivesTheTreesOfTheGrammar) {
 }
 
 TEST(Parser, StopsWhereASequenceOfRulesWentThrough) {
-  const struct {
-    const wchar_t* text;
-    std::size_t stop;
-    bool match;
-  } cases[] = {
+  const std::tuple<const wchar_t*, std::size_t, bool> cases[] = {
       {L"1+2", 3, true},        {L"2^-x", 1, true},      {L"2^-1", 4, true},
       {L"--x", 1, false},       {L"--1", 3, true},       {L"+x", 0, false},
       {L"+3", 2, true},         {L"a[]", 1, true},       {L"a[:]", 4, true},

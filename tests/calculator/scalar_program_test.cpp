@@ -2,17 +2,12 @@
 
 #include "calculator/evaluator.h"
 #include "foundation/text.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
+#include "support/testing.h"
 
 namespace {
 
-using corvath::calculator::Evaluator;
-using corvath::calculator::ScalarProgram;
-using corvath::calculator::Workspace;
+using corvath::calculator::Evaluator, corvath::calculator::ScalarProgram,
+    corvath::calculator::Workspace;
 using corvath::math::Value;
 using corvath::utils::ToUtf8;
 using Number = std::complex<double>;

@@ -1,11 +1,8 @@
 #include "doe/doe.h"
 #include "support/archive_round_trip.h"
-#include "support/message_of.h"
+#include "support/testing.h"
 
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
-
-#include <sstream>
 
 namespace {
 

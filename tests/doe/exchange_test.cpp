@@ -8,20 +8,15 @@
 #include "doe/orthogonal.h"
 #include "doe/space_filling.h"
 #include "stochastics/sample_statistics.h"
+#include "support/testing.h"
 
 #include <Eigen/Cholesky>
 #include <Eigen/Eigenvalues>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <tuple>
 
 namespace {
 
 using namespace corvath::math;
-using Eigen::Index;
-using Eigen::MatrixXd;
-using Eigen::VectorXd;
+using Eigen::Index, Eigen::MatrixXd, Eigen::VectorXd;
 
 /// F. J. Hickernell 1998, equation for the squared centered discrepancy, over [0, 1]^d.
 double DiscrepancyByDefinition(const MatrixXd& points) {

@@ -1,10 +1,6 @@
 #include "doe/box_behnken.h"
 #include "doe/doe.h"
-
-#include <gtest/gtest.h>
-
-#include <set>
-#include <tuple>
+#include "support/testing.h"
 
 namespace {
 

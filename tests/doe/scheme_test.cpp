@@ -1,12 +1,5 @@
 #include "doe/doe.h"
-#include "support/message_of.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <limits>
-#include <string>
-#include <tuple>
+#include "support/testing.h"
 
 namespace {
 

@@ -1,17 +1,11 @@
 #include "doe/doe.h"
 #include "doe/random_draws.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
+#include "support/testing.h"
 
 namespace {
 
 using namespace corvath::math;
-using Eigen::Index;
-using Eigen::MatrixXd;
-using Eigen::VectorXd;
+using Eigen::Index, Eigen::MatrixXd, Eigen::VectorXd;
 
 MatrixXd Build(int type, std::uint64_t n, std::uint64_t d, std::uint32_t seed = 1,
                StateLists lists = {}) {

@@ -2,12 +2,7 @@
 
 #include "doe/doe.h"
 #include "doe/scrambled_sobol.h"
-#include "support/message_of.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <set>
+#include "support/testing.h"
 
 namespace {
 

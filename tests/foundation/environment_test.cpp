@@ -2,11 +2,7 @@
 
 #include "foundation/exception.h"
 #include "support/environment_variables.h"
-#include "support/message_of.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
+#include "support/testing.h"
 
 namespace corvath::utils {
 namespace {

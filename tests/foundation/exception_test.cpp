@@ -1,6 +1,6 @@
 #include "foundation/exception.h"
 
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 namespace corvath::utils {
 namespace {

@@ -1,14 +1,13 @@
 #include "foundation/log.h"
 
 #include "foundation/log_line.h"
+#include "support/testing.h"
 
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <sstream>
 #include <thread>
 
 namespace corvath::utils::log {

@@ -1,18 +1,14 @@
 #include "foundation/parallel.h"
 
-#include <gtest/gtest.h>
+#include "support/testing.h"
+
 #include <sched.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
-#include <cstdlib>
 #include <numeric>
-#include <stdexcept>
-#include <string>
 #include <thread>
-#include <vector>
 
 using namespace corvath::utils;
 
@@ -130,18 +126,15 @@ TEST(NumThreads, ComesFromTheSetterTheEnvironmentOrTheAffinity) {
   cpu_set_t set;
   ASSERT_EQ(sched_getaffinity(0, sizeof(set), &set), 0);
   const auto processors = static_cast<std::size_t>(CPU_COUNT(&set));
-  const struct {
-    const char* text;
-    std::size_t expected;
-  } cases[] = {{"1", 1},
-               {"3", 3},
-               {"1024", 1024},
-               {"", processors},
-               {"0", processors},
-               {"-2", processors},
-               {"2x", processors},
-               {"1025", processors},
-               {"99999999999999999999999", processors}};
+  const std::pair<const char*, std::size_t> cases[] = {{"1", 1},
+                                                       {"3", 3},
+                                                       {"1024", 1024},
+                                                       {"", processors},
+                                                       {"0", processors},
+                                                       {"-2", processors},
+                                                       {"2x", processors},
+                                                       {"1025", processors},
+                                                       {"99999999999999999999999", processors}};
   for (const auto& [text, expected] : cases) {
     setenv("ZELSOLVER_NUM_THREADS", text, 1);
     EXPECT_EQ(GetNumThreads(), expected) << text;

@@ -1,19 +1,14 @@
 #include "foundation/text.h"
 
 #include "foundation/closeness.h"
-#include "support/message_of.h"
-
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 namespace corvath {
 namespace {
 
 TEST(Text, EachUndecodableSequenceBecomesOneReplacement) {
   // Sequences and counts after the Unicode Standard, section 3.9, tables 3-8 to 3-11.
-  const struct {
-    const char* utf8;
-    const wchar_t* wide;
-  } cases[] = {
+  const std::pair<const char*, const wchar_t*> cases[] = {
       {"", L""},
       {"a\xc3\xa9\xe2\x82\xac\xf0\x9f\x98\x80", L"a\u00e9\u20ac\U0001F600"},
       {"\xc0\xaf", L"\ufffd\ufffd"},                      // overlong
@@ -39,10 +34,7 @@ TEST(Closeness, FollowsItsCases) {
   const double eps = math::kEps;
   const double inf = HUGE_VAL;
   const double nan = std::nan("");
-  const struct {
-    double x, y;
-    bool close;
-  } cases[] = {
+  const std::tuple<double, double, bool> cases[] = {
       {1.0, 1.0, true},   {1.0, 1.0 + 2 * eps, false}, {0.0, 0.5 * eps, true},
       {0.0, eps, false},  {-eps / 2, 0.0, true},       {-1.0, -1.0, true},
       {1.0, -1.0, false}, {1e-300, -1e-300, false},    {nan, nan, true},

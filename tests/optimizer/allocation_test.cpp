@@ -1,8 +1,5 @@
 #include "optimizer/collected_run.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
+#include "support/testing.h"
 
 extern "C" void* __libc_malloc(std::size_t size);
 

@@ -1,15 +1,11 @@
 #include "optimizer/merit_function.h"
 
 #include "optimizer/quasi_newton.h"
+#include "support/testing.h"
 
 #include <Eigen/Dense>
-#include <gtest/gtest.h>
 
-#include <limits>
-#include <random>
-
-using corvath::algorithm::optimizer::MeritFunction;
-using corvath::algorithm::optimizer::UpdateDampedBfgs;
+using corvath::algorithm::optimizer::MeritFunction, corvath::algorithm::optimizer::UpdateDampedBfgs;
 
 namespace {
 

@@ -4,14 +4,11 @@
 #include "optimizer/gradient_estimate.h"
 #include "optimizer/hock_schittkowski.h"
 #include "optimizer/stencil.h"
-#include "support/message_of.h"
 #include "support/points.h"
+#include "support/testing.h"
 
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
 
-#include <functional>
-#include <tuple>
 #include <typeinfo>
 
 using namespace corvath::algorithm::optimizer;

@@ -1,14 +1,12 @@
 #include "foundation/exception.h"
 #include "optimizer/optimizer_base.h"
 #include "optimizer/settings_gradient.h"
-#include "support/message_of.h"
+#include "support/testing.h"
 
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
 
 using namespace corvath::algorithm::optimizer;
-using Eigen::MatrixXd;
-using Eigen::Vector2d;
+using Eigen::MatrixXd, Eigen::Vector2d;
 
 namespace {
 

@@ -1,14 +1,11 @@
 #include "optimizer/qp_solver.h"
 
 #include "optimizer/dual_active_set.h"
+#include "support/testing.h"
 
 #include <Eigen/Dense>
-#include <gtest/gtest.h>
 
-#include <random>
-
-using corvath::algorithm::optimizer::DualActiveSet;
-using corvath::algorithm::optimizer::QL;
+using corvath::algorithm::optimizer::DualActiveSet, corvath::algorithm::optimizer::QL;
 
 namespace {
 

@@ -1,10 +1,7 @@
 #include "foundation/exception.h"
 #include "optimizer/settings_nlpqlp.h"
 #include "support/archive_round_trip.h"
-#include "support/message_of.h"
 #include "support/stored_form.h"
-
-#include <gtest/gtest.h>
 
 using corvath::algorithm::optimizer::NumericalDifferences;
 using Base = corvath::algorithm::optimizer::OptimizerSettingsBase<double>;
@@ -47,8 +44,7 @@ using Change = void (*)(Settings&);
 TEST(OptimizerSettings, CheckNamesTheFirstFault) {
   static const double nan = std::nan(""), inf = HUGE_VAL;
   using S = Settings;
-  using Eigen::MatrixXd;
-  using Eigen::Vector2d;
+  using Eigen::MatrixXd, Eigen::Vector2d;
   const std::pair<Change, const char*> cases[] = {
       {[](S& s) { s.SetMaxNumFunctionCalls(0); }, "<= 0 function calls are permitted (0."},
       {[](S& s) { s.SetStartDesigns(MatrixXd(1, 3)); }, "match. obtained 3 columns, expected 2."},
@@ -118,8 +114,7 @@ TEST(OptimizerSettings, WarnOfWhatIsOnlyDoubtful) {
 support::StoredForm<Settings> FormOf(unsigned base_version) {
   using support::Since;
   using Gradient = corvath::algorithm::optimizer::OptimizerSettingsGradientBase<double>;
-  using Eigen::Vector2d;
-  using Eigen::VectorXd;
+  using Eigen::Vector2d, Eigen::VectorXd;
   // Tracked are the classes with an export key that pointers can hold; the base is abstract.
   support::StoredForm<Base, false> base(1);
   base.Field("ninputs_", &Base::GetNumberInputs, 2, Since(0), 3);

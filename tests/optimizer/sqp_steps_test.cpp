@@ -1,10 +1,5 @@
 #include "optimizer/small_problem.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <functional>
-#include <vector>
+#include "support/testing.h"
 
 using corvath::algorithm::optimizer::NLPQLPInterface;
 using namespace Eigen;
@@ -256,9 +251,8 @@ NLPQLPInterface Falling(double f) {
 
 TEST(SqpSteps, SearchOnceMoreAgainstAnOlderValue) {
   const double far = 1e6;
-  const struct {
-    double f, reference;
-  } firsts[] = {{2.0, 202.0}, {0.0, 100.0}, {-2.0, 198.0}};  // with the tolerance 100
+  const std::pair<double, double> firsts[] = {
+      {2.0, 202.0}, {0.0, 100.0}, {-2.0, 198.0}};  // with the tolerance 100
   for (const auto& [f, reference] : firsts)
     for (const bool above : {false, true}) {
       NLPQLPInterface core = Falling(f);

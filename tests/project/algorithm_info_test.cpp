@@ -6,11 +6,10 @@
 #include "project/records/systems_information.h"
 #include "project/records/zel3_information.h"
 #include "project/records/zel_information.h"
-#include "support/message_of.h"
 #include "support/plate_project.h"
+#include "support/testing.h"
 
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
 
 namespace {
 

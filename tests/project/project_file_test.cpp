@@ -4,19 +4,16 @@
 #include "project/file/writer_lock.h"
 #include "project/vrdb.h"
 #include "support/archive_round_trip.h"
-#include "support/message_of.h"
 #include "support/plate_project.h"
 #include "support/temporary_directory.h"
+#include "support/testing.h"
 
 #include <boost/filesystem/operations.hpp>
-#include <gtest/gtest.h>
 #include <json/json.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <sstream>
 
 namespace {
 

@@ -4,13 +4,6 @@
 #include "support/stored_form.h"
 
 #include <boost/serialization/variant.hpp>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <list>
-#include <map>
-#include <string>
-#include <utility>
 
 namespace {
 
@@ -35,16 +28,11 @@ StoredForm<MetamodelSettings> FamilyForm() {
       {L"text", SettingValue(std::wstring(L"t"))},
       {L"flag", SettingValue(true)}};
   StoredForm<S> form(4);
-  form.Field(ZEL_MEMBER(S, use_boxcox_), false);
-  form.Field(ZEL_MEMBER(S, use_interpolation_), true);
-  form.Field(ZEL_MEMBER(S, use_polynomials_), false);
-  form.Field(ZEL_MEMBER(S, max_order_polynomial_), 3);
-  form.Field(ZEL_MEMBER(S, use_MLS_), false);
-  form.Field(ZEL_MEMBER(S, max_order_MLS_), 1);
-  form.Field(ZEL_MEMBER(S, use_anisotropic_MLS_), true);
-  form.Field(ZEL_MEMBER(S, use_Kriging_), false);
-  form.Field(ZEL_MEMBER(S, use_anisotropic_Kriging_), true);
-  form.Field(ZEL_MEMBER(S, use_ASCMO_), true);
+  form.Field(ZEL_MEMBER(S, use_boxcox_), false).Field(ZEL_MEMBER(S, use_interpolation_), true);
+  form.Field(ZEL_MEMBER(S, use_polynomials_), false).Field(ZEL_MEMBER(S, max_order_polynomial_), 3);
+  form.Field(ZEL_MEMBER(S, use_MLS_), false).Field(ZEL_MEMBER(S, max_order_MLS_), 1);
+  form.Field(ZEL_MEMBER(S, use_anisotropic_MLS_), true).Field(ZEL_MEMBER(S, use_Kriging_), false);
+  form.Field(ZEL_MEMBER(S, use_anisotropic_Kriging_), true).Field(ZEL_MEMBER(S, use_ASCMO_), true);
   form.Field(ZEL_MEMBER(S, testing_type_), eTestingType{7});
   form.Field(ZEL_MEMBER(S, coeff_factor_poly_), 1.0, Since(1), 2.0);
   form.Field(ZEL_MEMBER(S, coeff_factor_mls_), 2.0, Since(1), 8.0);
@@ -63,21 +51,14 @@ StoredForm<ZELSettings> FilterForm() {
   Eigen::Matrix<std::uint64_t, Eigen::Dynamic, 1> important(2);
   important << 1, 70000;
   StoredForm<S> form(2);
-  form.Part("MetamodelSettings", FamilyForm());
-  form.Field(ZEL_MEMBER(S, info_important_), important);
+  form.Part("MetamodelSettings", FamilyForm()).Field(ZEL_MEMBER(S, info_important_), important);
   form.Field(ZEL_MEMBER(S, use_significance_filter_), false);
-  form.Field(ZEL_MEMBER(S, min_significance_), 0.9);
-  form.Field(ZEL_MEMBER(S, step_significance_), 0.02);
-  form.Field(ZEL_MEMBER(S, use_spearman_), true);
-  form.Field(ZEL_MEMBER(S, use_coi_filter_), false);
-  form.Field(ZEL_MEMBER(S, max_CoI_), 0.03);
-  form.Field(ZEL_MEMBER(S, step_CoI_), 0.04);
-  form.Field(ZEL_MEMBER(S, use_adj_cod_), false);
-  form.Field(ZEL_MEMBER(S, use_cod_filter_), false);
-  form.Field(ZEL_MEMBER(S, max_CoD_), 0.06);
-  form.Field(ZEL_MEMBER(S, step_CoD_), 0.07);
-  form.Field(ZEL_MEMBER(S, use_corr_filter_), false);
-  form.Field(ZEL_MEMBER(S, num_corr_steps_), 11);
+  form.Field(ZEL_MEMBER(S, min_significance_), 0.9).Field(ZEL_MEMBER(S, step_significance_), 0.02);
+  form.Field(ZEL_MEMBER(S, use_spearman_), true).Field(ZEL_MEMBER(S, use_coi_filter_), false);
+  form.Field(ZEL_MEMBER(S, max_CoI_), 0.03).Field(ZEL_MEMBER(S, step_CoI_), 0.04);
+  form.Field(ZEL_MEMBER(S, use_adj_cod_), false).Field(ZEL_MEMBER(S, use_cod_filter_), false);
+  form.Field(ZEL_MEMBER(S, max_CoD_), 0.06).Field(ZEL_MEMBER(S, step_CoD_), 0.07);
+  form.Field(ZEL_MEMBER(S, use_corr_filter_), false).Field(ZEL_MEMBER(S, num_corr_steps_), 11);
   form.Field(ZEL_MEMBER(S, toleranceCoP_model_), 0.08);
   form.Field(ZEL_MEMBER(S, toleranceCoP_variables_), 0.09);
   form.Field(ZEL_MEMBER(S, use_input_corr_filter_), true, Since(1));
@@ -93,8 +74,7 @@ StoredForm<ZELAutomaticSettings> AutomaticForm(int reduction) {
   using S = ZELAutomaticSettings;
   StoredForm<S> form(2);
   form.Field(ZEL_MEMBER(S, model_complexity_), eModelComplexityType{5});
-  form.Raw("variables_reduction_", std::int32_t{reduction});
-  form.Raw("write_cv_values_", true, Until(0));
+  form.Raw("variables_reduction_", std::int32_t{reduction}).Raw("write_cv_values_", true, Until(0));
   form.Raw("cv_values_suffix_", std::wstring(L"_old"), Until(0));
   form.Field(ZEL_MEMBER(S, num_parallel_), 6);
   return form;
@@ -103,19 +83,16 @@ StoredForm<ZELAutomaticSettings> AutomaticForm(int reduction) {
 StoredForm<ZELAdvancedSettings> AdvancedForm(const boost::filesystem::path& log_file) {
   using S = ZELAdvancedSettings;
   StoredForm<S> form(2);
-  form.Field(ZEL_MEMBER(S, num_parallel_), 5);
-  form.Field(ZEL_MEMBER(S, use_incomplete_), false);
+  form.Field(ZEL_MEMBER(S, num_parallel_), 5).Field(ZEL_MEMBER(S, use_incomplete_), false);
   form.Field(ZEL_MEMBER(S, adapt_bounds_), false);
   form.Field(ZEL_MEMBER(S, adapt_bounds_safety_factor_), 0.5);
   form.Raw("pzel_settings_", FilterForm().Read(2));
   form.Shows([](const S& s) { return s.pzel_settings_.IsEqual(FilterForm().Read(2)); }, true);
   form.Field(ZEL_MEMBER(S, custom_surrogates_), {L"one", L"zwei \u00e4"});
-  form.Field(ZEL_MEMBER(S, log_in_project_log_), true);
-  form.Field(ZEL_MEMBER(S, log_in_file_), true);
+  form.Field(ZEL_MEMBER(S, log_in_project_log_), true).Field(ZEL_MEMBER(S, log_in_file_), true);
   form.Field(ZEL_MEMBER(S, log_file_path_), log_file);
   form.Field(ZEL_MEMBER(S, write_function_string_), true);
-  form.Field(ZEL_MEMBER(S, write_cv_values_), true);
-  form.Field(ZEL_MEMBER(S, cv_values_suffix_), L"_x");
+  form.Field(ZEL_MEMBER(S, write_cv_values_), true).Field(ZEL_MEMBER(S, cv_values_suffix_), L"_x");
   form.Field(ZEL_MEMBER(S, zel_custom_id_settings_container_),
              {{L"id", {{L"k", CDesignEntry(L"v")}}}}, Since(1));
   form.Field(ZEL_MEMBER(S, zel_custom_id_usage_container_), {{L"id", true}}, Since(1));
@@ -128,8 +105,7 @@ StoredForm<ZELClassicSettings> ClassicForm() {
   StoredForm<ZELClassicSettings> form(0);
   form.Raw("delta_cop_", 0.5);
   for (const char* name : {"signi_filter_", "corr_filter_", "coi_filter_"}) form.Raw(name, true);
-  form.Raw("min_signi_quantil_", 0.25);
-  form.Raw("corr_steps_", std::uint64_t{70000});
+  form.Raw("min_signi_quantil_", 0.25).Raw("corr_steps_", std::uint64_t{70000});
   form.Raw("max_coi_", 0.125);
   for (const char* name : {"spearman_", "adjusted_", "cross_validation_"}) form.Raw(name, true);
   form.Raw("splitting_ratio_", 0.75);
@@ -150,13 +126,10 @@ StoredForm<ZELData> DataForm() {
   form.Raw("parameters_", std::list<Parameter>{parameter}, Until(0));
   form.Raw("parameters_", names, {1, 1});
   form.Converted(ZEL_MEMBER(D, parameters_), parameters, Since(2), Since(2));
-  form.Shows(&D::parameters_, parameters, Until(0));
-  form.Shows(&D::parameters_, unset, {1, 1});
-  form.Raw("responses_", responses, Until(0));
-  form.Raw("responses_", names, {1, 1});
+  form.Shows(&D::parameters_, parameters, Until(0)).Shows(&D::parameters_, unset, {1, 1});
+  form.Raw("responses_", responses, Until(0)).Raw("responses_", names, {1, 1});
   form.Converted(ZEL_MEMBER(D, responses_), responses, Since(2), Since(2));
-  form.Shows(&D::responses_, responses, Until(0));
-  form.Shows(&D::responses_, unset, {1, 1});
+  form.Shows(&D::responses_, responses, Until(0)).Shows(&D::responses_, unset, {1, 1});
   form.Field(ZEL_MEMBER(D, responses_boundaries_), {{L"a", {-1.0, 2.0}}}, Since(3));
   form.Field(ZEL_MEMBER(D, parameter_importance_), {{L"x", 3}});
   form.Field(ZEL_MEMBER(D, responses_usage_), {{L"a", false}});
@@ -182,8 +155,7 @@ TEST(Settings, OfEveryVersionAreReadCopiedAndTold) {
   using S = ZELCombinedSettings;
   StoredForm<S> form(2);
   form.Field(ZEL_MEMBER(S, settings_type_), eSettingsType{2});
-  form.Field(ZEL_MEMBER(S, data_), DataForm().Read(4));
-  form.Field(ZEL_MEMBER(S, show_pp_), true);
+  form.Field(ZEL_MEMBER(S, data_), DataForm().Read(4)).Field(ZEL_MEMBER(S, show_pp_), true);
   form.Field(ZEL_MEMBER(S, automatic_settings_), AutomaticForm(1).Read(2));
   const auto classic = ClassicForm();
   form.Raw("classic_settings_", classic.As(0), Until(0));

@@ -10,15 +10,8 @@
 #include "support/values.h"
 
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
 
 #include <deque>
-#include <list>
-#include <map>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -78,8 +71,7 @@ TEST(StoredRecords, OfSignalsAndPaths) {
 
   using Path = VRDBAttachedPath;
   StoredForm<Path> path(2);
-  path.Field(ZEL_MEMBER(Path, path_), "pictures/\u00e4.png");
-  path.Field(ZEL_MEMBER(Path, title_), L"t");
+  path.Field(ZEL_MEMBER(Path, path_), "pictures/\u00e4.png").Field(ZEL_MEMBER(Path, title_), L"t");
   path.Field(ZEL_MEMBER(Path, isPathFix_), true);
   path.Field(ZEL_MEMBER(Path, arguments_), L"a", Since(1));
   path.Field(ZEL_MEMBER(Path, autoInsertPlaceholders_), false, Since(2), true);
@@ -112,10 +104,8 @@ StoredForm<Figures> FiguresForm() {
   using F = Figures;
   StoredForm<F> form(6);
   form.Field(ZEL_MEMBER(F, safe_domain_designs_), 11);
-  form.Field(ZEL_MEMBER(F, unsafe_domain_designs_), 12);
-  form.Field(ZEL_MEMBER(F, failed_strings_), 13);
-  form.Field(ZEL_MEMBER(F, unsuccessful_designs_), 14);
-  form.Field(ZEL_MEMBER(F, total_designs_), 15);
+  form.Field(ZEL_MEMBER(F, unsafe_domain_designs_), 12).Field(ZEL_MEMBER(F, failed_strings_), 13);
+  form.Field(ZEL_MEMBER(F, unsuccessful_designs_), 14).Field(ZEL_MEMBER(F, total_designs_), 15);
   form.Raw("iteration_complete_", true, Until(5));
   form.Converted(ZEL_MEMBER(F, design_set_complete_), true, Since(6));
   form.Field(ZEL_MEMBER(F, most_probable_failure_point_id_), Id(4));
@@ -123,10 +113,8 @@ StoredForm<Figures> FiguresForm() {
   form.Field(ZEL_MEMBER(F, standard_deviation_error_), 1.0);
   form.Field(ZEL_MEMBER(F, reliability_index_), 1.5);
   form.Field(ZEL_MEMBER(F, probability_of_failure_form_), 2.0);
-  form.Field(ZEL_MEMBER(F, reliability_index_form_), 2.5);
-  form.Field(ZEL_MEMBER(F, method_name_), L"m");
-  form.Field(ZEL_MEMBER(F, error_r2_), {1.0});
-  form.Field(ZEL_MEMBER(F, error_loo_), {2.0});
+  form.Field(ZEL_MEMBER(F, reliability_index_form_), 2.5).Field(ZEL_MEMBER(F, method_name_), L"m");
+  form.Field(ZEL_MEMBER(F, error_r2_), {1.0}).Field(ZEL_MEMBER(F, error_loo_), {2.0});
   form.Field(ZEL_MEMBER(F, history_map_), {{L"Step", {{Id(1), 2.0}}}}, Until(4));
   form.Field(ZEL_MEMBER(F, arsm_ds_map_), {{L"in", Eigen::MatrixXd::Ones(2, 1)}}, Since(2));
   form.Field(ZEL_MEMBER(F, arsm_ds_types_), {{1, {}}}, Since(2));
@@ -155,11 +143,9 @@ TEST(StoredRecords, OfDesignSets) {
 
   using R = ReliabilityDesignSet;
   StoredForm<R> reliability(1);
-  reliability.Part("DesignSet", SetForm());
-  reliability.Field(ZEL_MEMBER(R, probability_of_failure_), 0.25);
+  reliability.Part("DesignSet", SetForm()).Field(ZEL_MEMBER(R, probability_of_failure_), 0.25);
   reliability.Field(ZEL_MEMBER(R, standard_deviation_error_), 0.5);
-  reliability.Field(ZEL_MEMBER(R, reliability_index_), 3.5);
-  reliability.Field(ZEL_MEMBER(R, num_total_dir_), 7);
+  reliability.Field(ZEL_MEMBER(R, reliability_index_), 3.5).Field(ZEL_MEMBER(R, num_total_dir_), 7);
   reliability.Field(ZEL_MEMBER(R, num_done_dir_), 6);
   reliability.Field(ZEL_MEMBER(R, arsm_approx_errors_), {{L"e", {1.0}}});
   reliability.Field(ZEL_MEMBER(R, input_importance_values_), {{L"x", {0.5}}}, Since(1));
@@ -189,8 +175,7 @@ StoredForm<SystemsInformation> SystemsForm(const std::map<Text, Groups<IdSet>>& 
 
   using S = SystemsInformation;
   StoredForm<S> form(6);
-  form.Part("DetailedInformationBase", BaseForm());
-  form.Raw("history_map_", history, Until(5));
+  form.Part("DetailedInformationBase", BaseForm()).Raw("history_map_", history, Until(5));
   form.Raw("internal_algo_history_names_", Names{L"beta"}, Until(4));
   form.Raw("design_set_map_", std::map<Text, IdSet>{{L"plain", IdSet{Id(1), Id(2)}}}, Until(4));
   form.Raw("index_id_map_", std::map<std::uint64_t, DesignId>{{0, Id(1)}}, Until(4));
@@ -211,12 +196,9 @@ StoredForm<ReliabilityInformation> ReliabilityForm(const std::map<Text, Figures>
   StoredForm<R> form(6);
   form.Part("SystemsInformation", SystemsForm());
   form.Raw("complete_directions_pair_", std::pair<std::uint64_t, std::uint64_t>(1, 2), Until(2));
-  form.Raw("reli_total_infos_", total, Until(2));
-  form.Raw("stndrd_reli_infos_", total, Until(2));
-  form.Raw("reli_iteration_infos_", infos, Until(1));
-  form.Raw("design_iteration_map_", types, Until(1));
-  form.Raw("reli_design_set_infos_", infos, {2, 2});
-  form.Raw("design_type_map_", types, {2, 2});
+  form.Raw("reli_total_infos_", total, Until(2)).Raw("stndrd_reli_infos_", total, Until(2));
+  form.Raw("reli_iteration_infos_", infos, Until(1)).Raw("design_iteration_map_", types, Until(1));
+  form.Raw("reli_design_set_infos_", infos, {2, 2}).Raw("design_type_map_", types, {2, 2});
   form.Converted(ZEL_MEMBER(R, reli_method_name_), L"m", Since(3));
   form.Field(ZEL_MEMBER(R, is_converged_), true, Since(3));
   form.Field(ZEL_MEMBER(R, num_total_it_), 5, Since(3));
@@ -239,8 +221,7 @@ StoredForm<ZELInformation> ZelForm(bool was_deterministic = false) {
     return container;
   };
   StoredForm<Z> form(9);
-  form.Part("DetailedInformationBase", BaseForm());
-  form.Raw("cv_indexes_", old_groups, Until(3));
+  form.Part("DetailedInformationBase", BaseForm()).Raw("cv_indexes_", old_groups, Until(3));
   form.Converted(ZEL_MEMBER(Z, cv_indexes_), {{L"g", {1, 0}}}, Since(4));
   form.Field(ZEL_MEMBER(Z, response_to_cv_mapping_), {{L"r", L"g"}});
   form.Field(ZEL_MEMBER(Z, parameter_manager_), parameters, Since(1));
@@ -290,8 +271,7 @@ TEST(StoredRecords, OfDetailedInformation) {
   ParameterManager parameters;
   parameters.AddParameter(Parameter(L"x"));
   StoredForm<Z> zel3(0);
-  zel3.Part("DetailedInformationBase", BaseForm());
-  zel3.Field(ZEL_MEMBER(Z, zel3_sdb_), "sdb");
+  zel3.Part("DetailedInformationBase", BaseForm()).Field(ZEL_MEMBER(Z, zel3_sdb_), "sdb");
   zel3.Field(ZEL_MEMBER(Z, zel3_configuration_), "configuration");
   zel3.Field(ZEL_MEMBER(Z, zel3_support_points_), Eigen::MatrixXd::Ones(2, 1));
   zel3.Field(ZEL_MEMBER(Z, zel3_responses_), Eigen::MatrixXd::Ones(2, 3));
@@ -355,8 +335,7 @@ StoredForm<AlgorithmInfo> AlgorithmForm(std::int32_t type, const Detail& detail,
   total.method_name_ = L"Adaptive Sampling (AS)";
   using A = AlgorithmInfo;
   StoredForm<A> form(7);
-  form.Raw("algo_type_", type);
-  form.Shows(&A::GetType, type);
+  form.Raw("algo_type_", type).Shows(&A::GetType, type);
   form.Raw("complete_directions_pair_", std::pair<std::uint64_t, std::uint64_t>(1, 2), Until(3));
   form.Raw("design_group_map_", groups, Until(3));
   form.Field("additional_data_", ZEL_SHOWN_BY(GetAdditionalData()),
@@ -367,11 +346,9 @@ StoredForm<AlgorithmInfo> AlgorithmForm(std::int32_t type, const Detail& detail,
                  Since(7));
   form.Shows(ZEL_SHOWN_BY(GetSignalInfoNames()), {L"s1", L"s2"}, {5, 6});
   form.Shows(ZEL_SHOWN_BY(GetSignalInfoNames()), {}, Until(4));
-  form.Raw("reli_total_infos_", total, {2, 3});
-  form.Raw("reli_iteration_infos_", old.iterations, {2, 3});
+  form.Raw("reli_total_infos_", total, {2, 3}).Raw("reli_iteration_infos_", old.iterations, {2, 3});
   form.Raw("desig_iteration_map_", old.designs, {2, 3});
-  form.Raw("zel_cv_indexes_", old.cv_indexes, {2, 3});
-  form.Raw("detailed_info_", detail, Since(4));
+  form.Raw("zel_cv_indexes_", old.cv_indexes, {2, 3}).Raw("detailed_info_", detail, Since(4));
   return form;
 }
 

@@ -5,26 +5,16 @@
 #include "foundation/exception.h"
 #include "metamodel/regression/linear_regression.h"
 #include "support/archive_round_trip.h"
-#include "support/message_of.h"
+#include "support/testing.h"
 
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
-
-#include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
 
 using namespace corvath::algorithm::datatypes;
-using corvath::math::metamodel::BitVector;
-using corvath::math::metamodel::ConstPoints;
-using corvath::math::metamodel::IndexVector;
-using corvath::math::metamodel::LinearRegression;
-using corvath::math::metamodel::LinearRegressionSettings;
-using corvath::math::metamodel::SurrogateBase;
-using corvath::math::metamodel::SurrogateSettingsBase;
-using corvath::utils::log::LogBase;
-using corvath::utils::log::VectorLog;
+using corvath::math::metamodel::BitVector, corvath::math::metamodel::ConstPoints,
+    corvath::math::metamodel::IndexVector, corvath::math::metamodel::LinearRegression,
+    corvath::math::metamodel::LinearRegressionSettings, corvath::math::metamodel::SurrogateBase,
+    corvath::math::metamodel::SurrogateSettingsBase;
+using corvath::utils::log::LogBase, corvath::utils::log::VectorLog;
 
 namespace {
 

@@ -3,20 +3,11 @@
 #include "foundation/exception.h"
 #include "metamodel/regression/linear_regression.h"
 #include "metamodel/subspace_results.h"
-#include "support/message_of.h"
 #include "support/stored_form.h"
 
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
-#include <map>
-#include <string>
-#include <vector>
-
-using corvath::algorithm::datatypes::DesignId;
-using corvath::algorithm::datatypes::SurrogateInfo;
+using corvath::algorithm::datatypes::DesignId, corvath::algorithm::datatypes::SurrogateInfo;
 using namespace corvath::math::metamodel;
 using corvath::utils::runtime_error;
 using namespace support;
@@ -64,13 +55,11 @@ StoredForm<SurrogateInfo, false> FormOf(const boost::shared_ptr<SurrogateBase>& 
   form.Converted("is_response_scalar_", &I::IsResponseScalar, false, Since(3));
   form.Raw("surrogate_", plain, Until(0));
   form.Converted("surrogate_", &I::GetSurrogate, model, Since(1));
-  form.Field("appraisal_data_", &I::GetAppraisalData, data);
-  form.Field("num_vars_", &I::GetNumVars, 2);
+  form.Field("appraisal_data_", &I::GetAppraisalData, data).Field("num_vars_", &I::GetNumVars, 2);
   form.Field("subspace_", &I::GetSubspace, {true, false});
   form.Field("parameter_name_lookup_map_", &I::GetParameterNameLookupMap,
              Lookup{{L"width", 0}, {L"height", 1}});
-  form.Field("testing_type_", &I::GetTestingType, 7, Since(2));
-  form.Raw("used_hids_", dropped, {3, 3});
+  form.Field("testing_type_", &I::GetTestingType, 7, Since(2)).Raw("used_hids_", dropped, {3, 3});
   form.Field("used_hids_", &I::GetUsedHids, {DesignId(3), DesignId(1).Appended(2)}, Since(4));
   return form;
 }
@@ -115,13 +104,10 @@ TEST(AppraisalData, ReadsBothStoredForms) {
   StoredForm<D, false> form(1);
   form.Field(
       "cop_", [](const D& d) { return d.HasCoP() ? d.GetCoP() : kNaN; }, 0.5);
-  form.Field("cod_", &D::GetCoD, 0.625);
-  form.Field("codadj_", &D::GetCoDAdjusted, 0.25);
-  form.Raw("single_cop_", Eigen::VectorXd(Eigen::Vector2d(0.125, kNaN)));
-  form.Shows(single, 0.125);
+  form.Field("cod_", &D::GetCoD, 0.625).Field("codadj_", &D::GetCoDAdjusted, 0.25);
+  form.Raw("single_cop_", Eigen::VectorXd(Eigen::Vector2d(0.125, kNaN))).Shows(single, 0.125);
   form.Raw("first_order_indices_", indices, support::Since(1));
-  form.Shows(first, 0.75, support::Since(1));
-  form.Shows(first, 0.0, support::Until(0));
+  form.Shows(first, 0.75, support::Since(1)).Shows(first, 0.0, support::Until(0));
   form.Check([](const D& a, const D& b) { return a == b; });
 }
 
@@ -184,12 +170,9 @@ TEST(SubspaceResults, AreStoredWithSettingsOfTheirOwn) {
   const auto equal = [](const auto& a, const auto& b) { return a == b; };
   StoredForm<R> form(0);
   form.Field(ZEL_MEMBER(R, model_type), ModelType::eModelType{5});
-  form.Field(ZEL_MEMBER(R, settings), settings);
-  form.Field(ZEL_MEMBER(R, CoD), 0.25);
-  form.Field(ZEL_MEMBER(R, CoDadj), 0.5);
-  form.Field(ZEL_MEMBER(R, CoP), 0.75);
-  form.Field(ZEL_MEMBER(R, CoPadj), 0.625);
-  form.Field(ZEL_MEMBER(R, CoDtest), 0.125);
+  form.Field(ZEL_MEMBER(R, settings), settings).Field(ZEL_MEMBER(R, CoD), 0.25);
+  form.Field(ZEL_MEMBER(R, CoDadj), 0.5).Field(ZEL_MEMBER(R, CoP), 0.75);
+  form.Field(ZEL_MEMBER(R, CoPadj), 0.625).Field(ZEL_MEMBER(R, CoDtest), 0.125);
   form.Field(ZEL_MEMBER(R, predError), 1.5);
   form.Field(ZEL_MEMBER(R, singleCoPs), Eigen::Vector3d(0.1, 0.2, 0.3));
   form.Check(equal);

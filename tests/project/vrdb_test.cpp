@@ -3,15 +3,11 @@
 #include "metamodel/surrogate.h"
 #include "project/records/reliability_information.h"
 #include "project/records/zel_information.h"
-#include "support/message_of.h"
 #include "support/plate_project.h"
 #include "support/stored_form.h"
 
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
 
 namespace {
 
@@ -43,19 +39,14 @@ struct Fields {
 
   StoredForm<VRDB> ToForm() const {
     StoredForm<VRDB> form(14, /*restores_defaults=*/true);
-    form.Raw("surrogate_infos_", surrogate_infos, Until(8));
-    form.Raw("parameter_manager_", parameters);
-    form.Raw("design_container_", designs);
-    form.Raw("is_consistent_", true, Until(9));
+    form.Raw("surrogate_infos_", surrogate_infos, Until(8)).Raw("parameter_manager_", parameters);
+    form.Raw("design_container_", designs).Raw("is_consistent_", true, Until(9));
     form.Raw("reference_design_", reference, Since(1));
-    form.Raw("algorithm_info_", algorithm_info, Since(2));
-    form.Raw("meta_data_", meta_data, Since(3));
+    form.Raw("algorithm_info_", algorithm_info, Since(2)).Raw("meta_data_", meta_data, Since(3));
     form.Raw("validated_best_designs_", validated, Since(4));
     form.Raw("approx_design_container_", approximated, Since(5));
-    form.Raw("nominal_design_", nominal, Since(6));
-    form.Raw("image_path_map_", images, Since(7));
-    form.Raw("process_path_map_", processes, Since(7));
-    form.Raw("criteria_", criteria, Since(13));
+    form.Raw("nominal_design_", nominal, Since(6)).Raw("image_path_map_", images, Since(7));
+    form.Raw("process_path_map_", processes, Since(7)).Raw("criteria_", criteria, Since(13));
     return form;
   }
   VRDB Read(unsigned version) const { return ToForm().Read(version); }

@@ -1,10 +1,8 @@
 #include "solver/file_signature.h"
 
 #include "foundation/text.h"
-#include "support/message_of.h"
 #include "support/temporary_directory.h"
-
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 namespace corvath::zel {
 namespace {

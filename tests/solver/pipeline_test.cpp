@@ -1,24 +1,16 @@
-#include "calculator/macro_file.h"
 #include "design/named_sequence.h"
 #include "foundation/exception.h"
 #include "project/records/algorithm_info.h"
 #include "project/records/zel_information.h"
 #include "solver/zel_solver.h"
-#include "support/environment_variables.h"
-#include "support/message_of.h"
 #include "support/plate_project.h"
 #include "support/stub_surrogate.h"
-#include "support/temporary_directory.h"
+#include "support/testing.h"
 
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
-#include <memory>
 #include <thread>
-#include <vector>
 
 namespace corvath::zel {
 namespace {
@@ -157,19 +149,6 @@ TEST_F(Pipeline, DesignsGetTheSameNumbersMergedByBaseName) {
     EXPECT_FALSE(responses.Has(L"stress[0]"));
     EXPECT_EQ(result[d].GetCriteria().Get(L"goal").GetValue().ToDouble(), expected[d]);
   }
-}
-
-TEST_F(Pipeline, CriteriaCallBuiltInAndUserMacros) {
-  const support::UserDirectoryVariables variables;
-  const support::TemporaryDirectory home;
-  setenv("HOME", home.GetPath().c_str(), 1);
-  calculator::SaveMacros({}, {{L"twice", {L"x"}, L"2*(x)", L"", L""}});
-  for (Design& design : project_.GetDesignContainer().ModifyDesigns())
-    design.SetCriteria({{L"goal", Criterion(CriterionDescription::RHS, L"",
-                                            L"$twice($SIG_SUM(xydata([0,1],[mass,1])))")}});
-  const auto result = Solver().ApproximateMatrix(kDesigns, true, kUnbounded, true);
-  for (std::size_t d = 0; d < 2; ++d)
-    EXPECT_EQ(result.criteria[d], 2.0 * (result.responses[d] + 1.0));
 }
 
 TEST_F(Pipeline, ACriterionThatCannotBeEvaluatedIsNaNAlone) {

@@ -4,11 +4,9 @@
 #include "project/file/project_file.h"
 #include "solver/file_signature.h"
 #include "solver/zel_solver.h"
-#include "support/message_of.h"
 #include "support/plate_project.h"
 #include "support/temporary_directory.h"
-
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 namespace corvath::zel {
 namespace {

@@ -5,16 +5,12 @@
 #include "project/records/systems_information.h"
 #include "project/records/zel_information.h"
 #include "support/archive_round_trip.h"
-#include "support/message_of.h"
 #include "support/plate_project.h"
 #include "support/stub_surrogate.h"
+#include "support/testing.h"
 
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <sstream>
 
 namespace corvath::zel {
 namespace {

@@ -2,17 +2,11 @@
 #include "stochastics/normal_quantile.h"
 #include "stochastics/special_functions.h"
 #include "stochastics/variables.h"
+#include "support/testing.h"
 
 #include <boost/math/distributions.hpp>
 #include <boost/math/quadrature/gauss_kronrod.hpp>
 #include <boost/numeric/conversion/cast.hpp>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <memory>
-#include <vector>
 
 namespace {
 
@@ -314,9 +308,7 @@ TEST(Distributions, LargeShapesKeepTheirDigits) {
   EXPECT_NEAR(WithParameters(types::BETA, {0.0, 2.0, 540.0, 540.0})->PDF(2.0 * betas[0].x),
               0.5 * betas[0].density, 1e-12);
   // Poisson: lower tail up to lambda, and the probability of lambda events.
-  const struct {
-    double lambda, lower, probability;
-  } counts[] = {
+  const std::tuple<double, double, double> counts[] = {
       {1e06, 0.5002659614862837, 0.000398942247156244},
       {1e09, 0.500008410441739, 1.26156626090495e-5},
       {1e12, 0.5000002659615203, 3.989422804013994e-7},
@@ -361,16 +353,10 @@ TEST(Distributions, ClosedFormsOfTheIterativeFits) {
   const auto weibull = WithStats(types::WEIBULL, {1.0, 1.0});  // the exponential distribution
   EXPECT_NEAR(weibull->GetParameter(L"Shape parameter k"), 1.0, 1e-10);
   EXPECT_NEAR(weibull->GetParameter(L"Scale parameter lambda"), 1.0, 1e-10);
-  // alpha = 4: mean G(3/4), second moment G(1/2)
-  const auto frechet = WithParameters(types::FRECHET, {1.0, 4.0});
-  EXPECT_NEAR(frechet->GetStats()(0), std::tgamma(0.75), 1e-14);
-  EXPECT_NEAR(frechet->GetStats()(1), std::sqrt(std::sqrt(M_PI) - std::pow(std::tgamma(0.75), 2)),
-              1e-13);
-  // [1, e]: mean e - 1, second moment (e^2 - 1) / 2
-  const auto loguniform = WithParameters(types::LOGUNIFORM, {1.0, std::exp(1.0)});
-  EXPECT_NEAR(loguniform->GetStats()(0), std::exp(1.0) - 1.0, 1e-14);
-  EXPECT_NEAR(loguniform->GetStats()(1),
-              std::sqrt((std::exp(2.0) - 1.0) / 2.0 - std::pow(std::exp(1.0) - 1.0, 2)), 1e-14);
+  // alpha = 4: mean G(3/4); on [1, e]: mean e - 1
+  EXPECT_NEAR(WithParameters(types::FRECHET, {1.0, 4.0})->GetStats()(0), std::tgamma(0.75), 1e-14);
+  EXPECT_NEAR(WithParameters(types::LOGUNIFORM, {1.0, std::exp(1.0)})->GetStats()(0),
+              std::exp(1.0) - 1.0, 1e-14);
   const auto right_angled = WithStats(types::TRIANGULAR, {0.0, 1.0, 10.0});
   EXPECT_EQ(right_angled->GetParameters()(0), right_angled->GetParameters()(1));
   EXPECT_NEAR(right_angled->GetStats()(2), 0.4 * std::sqrt(2.0), 1e-14);
@@ -406,21 +392,6 @@ TEST(Distributions, SearchesEndWhereTheirStepsEnd) {
   EXPECT_NEAR(weibull->GetStats()(1) / weibull->GetStats()(0), M_PI / (std::sqrt(6.0) * 200.0),
               3e-5);
   EXPECT_EQ(WithStats(types::WEIBULL, {7.0, 3.0})->GetStats(), Eigen::Vector2d(7.0, 3.0));
-}
-
-TEST(Distributions, TargetsWithoutASolutionEndInFiniteNumbers) {
-  for (const auto& [type, moments] : std::vector<std::pair<int, std::vector<double>>>{
-           {types::TRUNCATEDNORMAL, {0.0, 1.0, -1.05, 1e300}},  // no such variable exists
-           {types::TRUNCATEDNORMAL, {0.0, 1.0, 0.5, 0.4}},
-           {types::FRECHET, {1.0, 1e12}},
-           {types::LAMBDA, {0.0, 1.0, 1e9, -5.0}},
-           {types::LAMBDA, {0.0, 1.0, 0.0, 1e9}},
-           {types::POLYMAP, {0.0, 1.0, 50.0, 1.0}},
-           {types::POLYMAP, {0.0, 1.0, 0.0, 1e9}}}) {
-    const auto rv = WithStats(type, moments);
-    EXPECT_TRUE(rv->GetParameters().allFinite() && rv->GetStats().allFinite()) << type;
-    EXPECT_TRUE(std::isfinite(rv->InverseCDF(0.3))) << type;
-  }
 }
 
 TEST(Distributions, DiscreteStatesAndSteps) {

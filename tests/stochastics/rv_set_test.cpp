@@ -7,20 +7,13 @@
 #include "support/expect_refusals.h"
 
 #include <boost/math/quadrature/gauss_kronrod.hpp>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-#include <string>
-#include <vector>
 
 namespace {
 
 using namespace corvath::algorithm;
 using namespace support;
 namespace types = corvath::enums::RandomVariable;
-using Eigen::MatrixXd;
-using Eigen::VectorXd;
+using Eigen::MatrixXd, Eigen::VectorXd;
 
 RVSet_Nataf SetOf(const std::vector<boost::shared_ptr<RV>>& variables) {
   RVSet_Nataf set;

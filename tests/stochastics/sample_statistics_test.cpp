@@ -3,16 +3,10 @@
 #include "stochastics/variables.h"
 #include "support/expect_refusals.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-
 namespace {
 
 using namespace corvath::math::statistics;
-using Eigen::MatrixXd;
-using Eigen::VectorXd;
+using Eigen::MatrixXd, Eigen::VectorXd;
 
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
 

@@ -2,9 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <thread>
-#include <utility>
 
 namespace {
 

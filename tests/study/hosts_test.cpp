@@ -3,11 +3,8 @@
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
-#include <unistd.h>
 #include <zelsolver/zelsolver.hpp>
 
-#include <fstream>
-#include <functional>
 #include <thread>
 
 namespace {
@@ -89,37 +86,6 @@ TEST(Study, GoesOnWhenAnotherCopyIsUnloaded) {
   EXPECT_NE(OpenSample(), nullptr);
   zelsolver::Project::CloseAll();
   EXPECT_EQ(zelsolver::Project(TEST_SAMPLE).GetInputs().size(), 10u);
-}
-
-long ResidentPages() {
-  long all = 0;
-  long resident = 0;
-  std::ifstream("/proc/self/statm") >> all >> resident;
-  return resident;
-}
-
-TEST(Study, CallsKeepNoMemory) {
-  const Project project = OpenSample();
-  const std::vector<double> design(10, 10.0);
-  const auto run = [&](int rounds) {
-    for (int i = 0; i < rounds; ++i) {  // 10 calls a round
-      const Table table = Data().MakeTable();
-      Get<Result>([&](zelstudy_result** out) { return zelstudy_table_describe(table.get(), out); });
-      Solve(project, nullptr, design, 1);
-      zelstudy_result* none = nullptr;
-      zelstudy_solve(project.get(), "{\"x\": 1}", design.data(), 1, nullptr, nullptr, &none);
-      Get<Result>([](zelstudy_result** out) { return zelstudy_evaluate("1 + 1", "", out); });
-    }
-  };
-  run(500);
-  const long before = ResidentPages();
-  run(9500);
-  // A hundred bytes lost a round were 230 pages.
-  EXPECT_LT(ResidentPages() - before, 200);
-  for (int i = 0; i < 20; ++i) OpenSample();
-  const long opened = ResidentPages();
-  for (int i = 0; i < 100; ++i) OpenSample();
-  EXPECT_LT(ResidentPages() - opened, 200);
 }
 
 }  // namespace

@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <functional>
-
 namespace {
 
 using namespace study_calls;
@@ -44,10 +42,7 @@ TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
       return zelstudy_evaluate(expression, definitions, out);
     };
   };
-  const struct {
-    std::function<int(zelstudy_result**)> call;
-    const char* message;
-  } cases[] = {
+  const std::pair<std::function<int(zelstudy_result**)>, const char*> cases[] = {
       {train("{"), "options: no JSON"},
       {[&](zelstudy_result** out) {
          return zelstudy_export(project.get(), R"({"format": "go"})", nullptr, nullptr, out);

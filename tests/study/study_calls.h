@@ -1,15 +1,11 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include "support/testing.h"
+
 #include <json/json.h>
 #include <zelsolver/study.h>
 
-#include <cmath>
 #include <cstddef>
-#include <memory>
-#include <sstream>
-#include <string>
-#include <vector>
 
 /// Calls of the interface in C whose handles close themselves, and what the tests train on.
 namespace study_calls {

@@ -199,12 +199,7 @@ TEST(Study, ExportsAndReports) {
 }
 
 TEST(Study, EvaluatesExpressionsWithMeaningsOfAllKinds) {
-  const struct {
-    const char* expression;
-    const char* definitions;
-    const char* kind;
-    std::vector<double> values;
-  } cases[] = {
+  const std::tuple<const char*, const char*, const char*, std::vector<double>> cases[] = {
       {"2*a + b", R"({"a": 1.5, "b": "a + 1"})", "scalar", {5.5}},
       {"a[1] + 1", R"({"a": [1, 2.5]})", "scalar", {3.5}},
       {"a + 1", R"({"a": [1, 2.5]})", "vector", {2.0, 3.5}},

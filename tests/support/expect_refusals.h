@@ -1,12 +1,8 @@
 #pragma once
 
-#include "support/message_of.h"
+#include "support/testing.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <initializer_list>
-#include <string>
 
 namespace support {
 

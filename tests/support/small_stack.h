@@ -1,10 +1,10 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include "support/testing.h"
+
 #include <pthread.h>
 
 #include <cstddef>
-#include <functional>
 
 namespace support {
 

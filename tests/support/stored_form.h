@@ -1,23 +1,14 @@
 #pragma once
 
 #include "support/archive_round_trip.h"
+#include "support/testing.h"
 
 #include <Eigen/Core>
-#include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstdlib>
 #include <fstream>
-#include <functional>
-#include <limits>
-#include <map>
-#include <memory>
-#include <sstream>
-#include <string>
 #include <type_traits>
 #include <typeinfo>
-#include <utility>
-#include <vector>
 
 /// One table per persisted class: its fields in the order of the file, the class versions that hold
 /// them, a value, and how an object shows it. From the table comes the stored form of any class

@@ -1,11 +1,8 @@
 #include "variant/signals/filter_cascade.h"
 
+#include "support/testing.h"
 #include "support/values.h"
 #include "variant/signals/filters.h"
-
-#include <gtest/gtest.h>
-
-#include <random>
 
 namespace corvath::math {
 namespace {

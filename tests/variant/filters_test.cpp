@@ -1,16 +1,11 @@
 #include "variant/signals/filters.h"
 
 #include "foundation/constants.h"
+#include "support/testing.h"
 #include "support/values.h"
 #include "transfer_function.h"
 #include "variant/signals/filter_cascade.h"
 #include "variant/signals/filter_design.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <functional>
 
 namespace corvath::math {
 namespace {

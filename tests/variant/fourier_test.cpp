@@ -1,13 +1,9 @@
 #include "variant/signals/fourier.h"
 
 #include "foundation/constants.h"
+#include "support/testing.h"
 #include "support/values.h"
 #include "variant/signals/dft.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
 
 namespace corvath::math {
 namespace {
@@ -90,21 +86,6 @@ TEST(Dft, BackwardUndoesForwardTimesTheLength) {
     y = Transformed(std::move(y), dft::Backward);
     for (Complex& z : y) z /= static_cast<double>(n);
     EXPECT_LT(Error(y, x), 1e-13) << n;
-  }
-}
-
-TEST(Dft, TurnsShiftsIntoPhases) {
-  for (const std::size_t n : {360u, 1021u, 100003u}) {
-    const Numbers x = RandomNumbers(n);
-    const std::size_t shift = n / 3;
-    Numbers shifted(n);
-    for (std::size_t j = 0; j < n; ++j) shifted[(j + shift) % n] = x[j];
-    const Numbers spectrum = Transformed(x);
-    Numbers expected(n);
-    for (std::size_t k = 0; k < n; ++k)
-      expected[k] = spectrum[k] * std::polar(1.0, -2 * kPi * static_cast<double>(k * shift % n) /
-                                                      static_cast<double>(n));
-    EXPECT_LT(Error(Transformed(shifted), expected), 2e-14) << n;
   }
 }
 

@@ -1,4 +1,5 @@
 #include "foundation/constants.h"
+#include "support/testing.h"
 #include "support/values.h"
 #include "variant/functions/reductions.h"
 #include "variant/operators/binary_functions.h"
@@ -6,12 +7,6 @@
 #include "variant/value/complex_parts.h"
 #include "variant/value/constructors.h"
 #include "variant/value/random_values.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <functional>
-#include <limits>
 
 namespace corvath::math {
 namespace {
@@ -50,38 +45,20 @@ void Round0(Value& r, const Value& x) {
 }
 
 TEST(Elementwise, EveryFunctionRefusesBooleansAndKeepsShapes) {
-  const struct {
-    Unary f;
-    const char* name;
-  } functions[] = {{fn::sin, "sine"},
-                   {fn::cos, "cosine"},
-                   {fn::tan, "tangens"},
-                   {fn::asin, "arcsine"},
-                   {fn::acos, "arccosine"},
-                   {fn::atan, "arctangens"},
-                   {fn::sinh, "hyperbolic-sine"},
-                   {fn::cosh, "hyperbolic-cosine"},
-                   {fn::tanh, "hyperbolic-tangens"},
-                   {fn::asinh, "hyperbolic-arcsine"},
-                   {fn::acosh, "hyperbolic-arccosine"},
-                   {fn::atanh, "hyperbolic-arctangens"},
-                   {fn::deg2rad, "degtorad"},
-                   {fn::rad2deg, "radtodeg"},
-                   {fn::log, "log"},
-                   {fn::ln, "ln"},
-                   {fn::exp, "exp"},
-                   {fn::sqrt, "sqrt"},
-                   {fn::ceil, "ceil"},
-                   {fn::floor, "floor"},
-                   {Round0, "round"},
-                   {fn::inf2nan, "infToNaN"},
-                   {fn::conj, "conj"},
-                   {fn::real, "real"},
-                   {fn::imag, "imag"},
-                   {fn::abs, "abs"},
-                   {fn::arg, "arg"},
-                   {fn::norm, "norm"}};
-  for (const auto& [f, name] : functions) {
+  const Unary functions[] = {fn::sin,     fn::cos,     fn::tan,  fn::asin,    fn::acos,  fn::atan,
+                             fn::sinh,    fn::cosh,    fn::tanh, fn::asinh,   fn::acosh, fn::atanh,
+                             fn::deg2rad, fn::rad2deg, fn::log,  fn::ln,      fn::exp,   fn::sqrt,
+                             fn::ceil,    fn::floor,   Round0,   fn::inf2nan, fn::conj,  fn::real,
+                             fn::imag,    fn::abs,     fn::arg,  fn::norm};
+  std::istringstream names(
+      "sine cosine tangens arcsine arccosine arctangens "
+      "hyperbolic-sine hyperbolic-cosine hyperbolic-tangens "
+      "hyperbolic-arcsine hyperbolic-arccosine hyperbolic-arctangens "
+      "degtorad radtodeg log ln exp sqrt ceil floor round infToNaN "
+      "conj real imag abs arg norm");
+  for (const Unary f : functions) {
+    std::string name;
+    ASSERT_TRUE(names >> name);
     EXPECT_EQ(Out(f, Value(true)),
               std::string("CType: Invalid type BOOLEAN for ") + name + "-function.");
     EXPECT_EQ(Out(f, Value()), std::string("CType: Input object has invalid datatype") +
@@ -188,13 +165,11 @@ TEST(BinaryFunctions, PowersOfNumbers) {
   EXPECT_EQ(Eval(fn::pow, 2, -2), 0.25);
   EXPECT_EQ(Eval(fn::pow, {0, 1}, 2), Complex(-1, 0));
   EXPECT_EQ(Eval(fn::pow, -1, 1e300), 1.0);  // a whole number beyond any integer type
-  const struct {
-    double base, exponent, power;
-  } out_of_range[] = {{1e200, 2, HUGE_VAL},
-                      {-1e200, 3, -HUGE_VAL},
-                      {10, -600, 0},
-                      {1e-15, -30, HUGE_VAL},
-                      {HUGE_VAL, 3, HUGE_VAL}};
+  const std::tuple<double, double, double> out_of_range[] = {{1e200, 2, HUGE_VAL},
+                                                             {-1e200, 3, -HUGE_VAL},
+                                                             {10, -600, 0},
+                                                             {1e-15, -30, HUGE_VAL},
+                                                             {HUGE_VAL, 3, HUGE_VAL}};
   for (const auto& [base, exponent, power] : out_of_range)
     EXPECT_EQ(Text(Value(Eval(fn::pow, base, exponent))), Text(Scalar(power))) << base;
   EXPECT_EQ(Eval(fn::pow, 4, 0.5), 2.0);
@@ -337,10 +312,8 @@ TEST(Reductions, Extremes) {
   EXPECT_EQ(Out(max, Mat({{3, -1}, {7, 2}})), Text(Scalar(7)));
   EXPECT_EQ(Out(min, Sig({10, 20, 30}, {{2, 1, 1}, {0, 5, 9}})), Text(Mat({{20, 1}, {10, 0}})));
   EXPECT_EQ(Out(max, XY({10, 20, 30}, {2, 4, 4})), Text(Vec({20, 4})));
-  const struct {
-    Unary f;
-    std::string name, word;
-  } functions[] = {{min, "min", "minimum"}, {max, "max", "maximum"}};
+  const std::tuple<Unary, std::string, std::string> functions[] = {{min, "min", "minimum"},
+                                                                   {max, "max", "maximum"}};
   for (const auto& [f, name, word] : functions) {
     EXPECT_EQ(Out(f, Scalar(4)), Text(Scalar(4)));
     EXPECT_EQ(Out(f, Value(true)), "CType: Invalid type BOOLEAN for " + name + "-function.");

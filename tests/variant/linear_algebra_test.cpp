@@ -1,9 +1,9 @@
 #include "variant/functions/linear_algebra.h"
 
+#include "support/testing.h"
 #include "support/values.h"
 
 #include <Eigen/Dense>
-#include <gtest/gtest.h>
 
 namespace corvath::math {
 namespace {

@@ -1,10 +1,7 @@
 #include "variant/signals/modal.h"
 
+#include "support/testing.h"
 #include "support/values.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
 
 namespace corvath::math {
 namespace {

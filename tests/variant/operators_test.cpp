@@ -1,13 +1,8 @@
+#include "support/testing.h"
 #include "support/values.h"
 #include "variant/functions/interpolation.h"
 #include "variant/functions/ordering.h"
 #include "variant/operators/arithmetic.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <functional>
-#include <limits>
 
 namespace corvath::math {
 namespace {

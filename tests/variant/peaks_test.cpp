@@ -1,11 +1,7 @@
 #include "variant/signals/peaks.h"
 
+#include "support/testing.h"
 #include "support/values.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
 
 namespace corvath::math {
 namespace {

@@ -1,13 +1,9 @@
+#include "support/testing.h"
 #include "support/values.h"
 #include "variant/functions/calculus.h"
 #include "variant/functions/interpolation.h"
 #include "variant/operators/power_mean.h"
 #include "variant/signals/timeline.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <functional>
 
 namespace corvath::math {
 namespace {

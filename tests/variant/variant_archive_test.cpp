@@ -1,16 +1,8 @@
 #include "foundation/math_exception.h"
-#include "support/message_of.h"
 #include "support/stored_form.h"
 #include "support/values.h"
 
 #include <boost/mpl/int.hpp>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <memory>
-#include <utility>
 
 namespace {
 
@@ -56,8 +48,7 @@ support::StoredAs<Value, true> Stored(unsigned version, const Value& value,
   const Versions compact = value.IsComplex() ? Since(99) : Since(6);
   const auto held = std::make_shared<StoredForm<Value>>(6);
   StoredForm<Value>& form = *held;
-  form.Raw("kind_", std::int32_t{value.GetKind()});
-  form.Raw("series_", true, Until(1));
+  form.Raw("kind_", std::int32_t{value.GetKind()}).Raw("series_", true, Until(1));
   form.Raw("complex_", value.IsComplex());
   form.Raw("boolean_", value.IsBoolean() && value.GetBoolean(), value.IsBoolean() ? all : Until(2));
   form.Raw("scalar_", scalar, versions(value.IsScalar()));

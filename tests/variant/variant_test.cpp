@@ -1,17 +1,10 @@
 #include "variant/value/variant.h"
 
 #include "foundation/math_exception.h"
-#include "support/message_of.h"
+#include "support/testing.h"
 #include "support/values.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <limits>
-#include <string>
 #include <type_traits>
-#include <utility>
-#include <vector>
 
 namespace corvath::math {
 namespace {
@@ -92,35 +85,6 @@ TEST(Variant, CopiesAreDeepAndMovesLeaveNothing) {
   }
   EXPECT_TRUE(std::is_nothrow_move_constructible_v<Value>);
   EXPECT_FALSE((std::is_constructible_v<Value, const wchar_t*>));  // would become true
-}
-
-TEST(Variant, AssignmentKeepsStorageThatFits) {
-  const std::vector<Value> values = {
-      Vec({1, 2, 3}),
-      Vec({3, {1, 1}, 5}),  // complex, not ordered
-      Mat({{1, 2}, {3, 4}}),
-      Mat({{1, {2, 1}}, {3, 4}}),
-      Sig({0, 1}, {{1, 2}}),
-      XY({4, 2}, {1, {2, 1}}),  // the same sizes as above
-      Sig({0, 1, 2, 3}, {{1, 2, 3, 4}}),
-      Mat({{1, 2, 3, 4}}),
-      Vec({1, 2, 3, 4}),
-  };
-  for (const Value& from : values)
-    for (Value to : values) {
-      const bool fits = to.Size1() == from.Size1() && to.Size2() == from.Size2() &&
-                        to.IsVector() == from.IsVector() && to.IsMatrix() == from.IsMatrix();
-      const void* const storage = to.IsVector() ? &to.GetVector()(0) : &to.GetMatrix()(0, 0);
-      to = from;
-      EXPECT_EQ(to, from);
-      EXPECT_EQ(to.GetKind(), from.GetKind());
-      EXPECT_EQ(to.IsComplex(), from.IsComplex());
-      EXPECT_EQ(to.IsOrdered(), from.IsOrdered());
-      const void* const now = to.IsVector() ? &to.GetVector()(0) : &to.GetMatrix()(0, 0);
-      if (fits) {
-        EXPECT_EQ(now, storage) << Text(from);
-      }
-    }
 }
 
 TEST(Variant, FlagsFollowTheData) {

@@ -3,11 +3,7 @@
 #include "analysis/function_model.h"
 #include "analysis/optimisation/optimum.h"
 #include "support/function_study.h"
-#include "support/message_of.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
+#include "support/testing.h"
 
 namespace {
 
@@ -45,12 +41,7 @@ Optimum Solve(const DesignWishes& wishes, bool with_scatter = false) {
 
 TEST(DesignTask, SolvesWhatTextsSayToTheirClosedForms) {
   const double root = std::sqrt(4.5);
-  const struct {
-    DesignWishes wishes;
-    double objective;
-    Eigen::RowVector2d x;
-    std::vector<double> multipliers;
-  } cases[] = {
+  const std::tuple<DesignWishes, double, Eigen::RowVector2d, std::vector<double>> cases[] = {
       // On the circle of radius 3 towards (1, 1); the objective gains sqrt(2) / (2 * 3) per unit of f.
       {{{{L"x + y", true}}, {}, true, {}, 0.0, {}},
        2.0 * root,

@@ -1,8 +1,7 @@
 #include "analysis/optimisation/global_search.h"
 
 #include "analysis/optimisation/known_programs.h"
-
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 namespace {
 

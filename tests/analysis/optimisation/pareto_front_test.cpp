@@ -1,10 +1,7 @@
 #include "analysis/optimisation/pareto_front.h"
 
 #include "analysis/optimisation/known_programs.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
+#include "support/testing.h"
 
 namespace {
 
