@@ -163,7 +163,7 @@ TEST(Operators, SizesMustFit) {
   for (const auto& c : cases)
     EXPECT_EQ(Outcome([&](Value& r) { c.op(r, c.left, c.right); }), c.outcome);
   // An outer product larger than any memory.
-  const Value column(Value::Matrix(1 << 14, 1)), row(Value::Matrix(1, 1 << 14));
+  const Value column(Value::Matrix(1 << 14, 1, 0.0)), row(Value::Matrix(1, 1 << 14, 0.0));
   EXPECT_EQ(Outcome([&](Value& r) { Multiply(r, column, row); }),
             "CDimension: Result of 16384 x 16384 numbers is too large.");
 }
