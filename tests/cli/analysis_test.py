@@ -85,6 +85,10 @@ class Analysis(ProgramTest):
                           ["sensitivity", "--criterion", "c: y <= e"]]:
             self.refused(zel(arguments[0], project, *arguments[1:]), hidden)
 
+    def test_models_without_known_errors_do_not_count_in_the_next_designs(self):
+        next_ones = self.document("optimize", SAMPLE, "--next", "2", "--next-by", "error")["next"]
+        self.assertGreater(min(design["error"] for design in next_ones), 0.0)
+
     def test_mass_scatters_with_its_areas(self):
         means = zel("propagate", SAMPLE, "--csv", "-", "--scheme", "sobol", "--quantiles", "0.9",
                     "--distribution", "area_1:normal(10, 0.5)",
@@ -130,6 +134,7 @@ class Analysis(ProgramTest):
             ("propagate", ["--scheme", "lattice"], ['"lattice" is none of latin-hypercube, sobol']),
             ("sensitivity", ["--over", "bounds", "--distribution", "area_1:normal(9,1)"],
              ["over bounds, distributions of inputs do not count"]),
+            ("optimize", ["--minimize", "mass", "--points", "5"], ["two or three objectives"]),
             ("sensitivity", ["--fix", "area_1"], ["NAME=VALUE is wanted"]),
             ("sensitivity", ["--fix", "area_1=1", "--fix", "area_1=2"], ["given two values"]),
             ("sensitivity", ["--criterion", "mass: 1"], ['has a quantity "mass" already']),

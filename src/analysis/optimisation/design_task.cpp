@@ -62,6 +62,7 @@ DesignTask::DesignTask(std::shared_ptr<const StudyModel> model, const DesignWish
   program_.num_terms.clear();
   for (const auto& wish : wishes.objectives) {
     const std::wstring text = Trim(wish.text);
+    if (text.empty()) throw AnalysisError(L"An objective is empty.");
     for (const auto& other : objectives_)
       if (other.name == text) throw AnalysisError(Quoted(text) + L" is an objective twice.");
     const auto terms = reader.LargestOf(text, wish.maximize ? -1.0 : 1.0);

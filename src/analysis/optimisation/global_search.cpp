@@ -50,19 +50,25 @@ double CriticalDistance(double n, double d) {
          std::sqrt(3.14159265358979);
 }
 
+Eigen::VectorXd Objectives(const SqpForm& form, const Eigen::MatrixXd& values) {
+  Eigen::VectorXd result(values.rows());
+  for (Eigen::Index k = 0; k < values.rows(); ++k) result(k) = form.Objective(values.row(k));
+  return result;
+}
+
+/// How large differences of the objective are.
+double ObjectiveUnit(const SqpForm& form, const Screening& screening) {
+  return ColumnScales(Objectives(form, screening.values))(0);
+}
+
 /// Objective and breach in one number: in units of their scales a breach weighs ten times. Infinite
 /// where a value is NaN.
 MeritFunction Merit(const NonlinearProgram& program, const SqpForm& form,
                     const Screening& screening) {
-  const auto objectives = [&form](const Eigen::MatrixXd& values) {
-    Eigen::VectorXd result(values.rows());
-    for (Eigen::Index k = 0; k < values.rows(); ++k) result(k) = form.Objective(values.row(k));
-    return result;
-  };
-  const double unit = ColumnScales(objectives(screening.values))(0);
-  return [&program, &screening, objectives, unit](const Eigen::MatrixXd& values) {
+  return [&program, &screening, &form,
+          unit = ObjectiveUnit(form, screening)](const Eigen::MatrixXd& values) {
     constexpr double kBreachWeight = 10.0;
-    Eigen::VectorXd merits = objectives(values) / unit;
+    Eigen::VectorXd merits = Objectives(form, values) / unit;
     for (Eigen::Index k = 0; k < values.rows(); ++k)
       merits(k) =
           values.row(k).allFinite()
@@ -113,34 +119,89 @@ std::vector<Evaluated> Starts(const NonlinearProgram& program, const MeritFuncti
   return starts;
 }
 
-/// Different optima among the results of searches.
+/// Different optima among the results of searches, or while none of them keeps the limits, different
+/// points of the least breach. Optima as good as each other with a point between them that is as
+/// good are places of one flat optimum.
 class Optima {
  public:
-  explicit Optima(const NonlinearProgram& program) : program_(program) {}
+  Optima(const NonlinearProgram& program, const SqpForm& form, const Screening& screening)
+      : program_(program),
+        form_(form),
+        screening_(screening),
+        rounding_(kEqual * ObjectiveUnit(form, screening)) {}
 
   void Add(const LocalOptimum& optimum) {
-    if (!optimum.IsFeasible() || IsKnown(optimum.point.x)) return;
-    found_.emplace_back(ToShares(program_, optimum.point.x));
+    const Eigen::RowVectorXd& x = optimum.point.x;
+    const Eigen::RowVectorXd shares = ToShares(program_, x);
+    if (!optimum.IsFeasible()) {
+      if (optimum.breach.relative < kInfinity && !IsKnown(nearest_, shares))
+        nearest_.push_back(shares);
+      return;
+    }
+    for (Place& place : found_)
+      if (IsSame(place.shares, shares) || IsOneFlat(place, optimum)) {
+        place.lower = place.lower.cwiseMin(x);
+        place.upper = place.upper.cwiseMax(x);
+        return;
+      }
+    found_.push_back({shares, x, x, x, optimum.objective});
   }
+
   Eigen::Index Count() const { return static_cast<Eigen::Index>(found_.size()); }
 
   /// Whether `searches` of them make it likely that there are no others.
   bool IsComplete(Eigen::Index searches) const {
-    const auto k = static_cast<double>(searches), w = static_cast<double>(found_.size());
+    const auto k = static_cast<double>(searches),
+               w = static_cast<double>(found_.empty() ? nearest_.size() : found_.size());
     return w > 0.0 && k > w + 2.0 && w * (k - 1.0) / (k - w - 2.0) < w + 0.5;
   }
 
- private:
-  bool IsKnown(const Eigen::RowVectorXd& x) const {
-    constexpr double kSame = 1e-3;  // shares of the ranges
+  /// Between which points optima lie that are one with that at `x`: two rows.
+  Eigen::MatrixXd ExtentAround(const Eigen::RowVectorXd& x) const {
     const Eigen::RowVectorXd shares = ToShares(program_, x);
-    return std::any_of(found_.begin(), found_.end(), [&](const Eigen::RowVectorXd& other) {
-      return (other - shares).cwiseAbs().maxCoeff() < kSame;
-    });
+    Eigen::MatrixXd extent(2, x.size());
+    extent << x, x;
+    for (const Place& place : found_)
+      if (((place.lower.array() <= x.array()) && (x.array() <= place.upper.array())).all() ||
+          IsSame(place.shares, shares))
+        extent << place.lower, place.upper;
+    return extent;
+  }
+
+ private:
+  static constexpr double kSame = 1e-3;   ///< shares of the ranges
+  static constexpr double kEqual = 1e-7;  ///< share of what the objective differs by
+
+  struct Place {
+    Eigen::RowVectorXd shares;
+    Eigen::RowVectorXd x, lower, upper;  ///< the first point; the box around all
+    double objective;
+  };
+
+  static bool IsSame(const Eigen::RowVectorXd& a, const Eigen::RowVectorXd& b) {
+    return (a - b).cwiseAbs().maxCoeff() < kSame;
+  }
+  static bool IsKnown(const std::vector<Eigen::RowVectorXd>& points, const Eigen::RowVectorXd& x) {
+    return std::any_of(points.begin(), points.end(),
+                       [&](const auto& other) { return IsSame(other, x); });
+  }
+
+  bool IsOneFlat(const Place& place, const LocalOptimum& optimum) const {
+    if (!(std::abs(place.objective - optimum.objective) <= rounding_)) return false;
+    const Eigen::RowVectorXd middle = 0.5 * (place.x + optimum.point.x);
+    if (program_.Admit(middle) != middle) return false;
+    const Eigen::RowVectorXd columns = program_.values(middle);
+    return columns.allFinite() &&
+           LargestBreach(program_, screening_.scales, columns).relative <= kRounding &&
+           std::abs(form_.Objective(columns) - optimum.objective) <= rounding_;
   }
 
   const NonlinearProgram& program_;
-  std::vector<Eigen::RowVectorXd> found_;  ///< in shares of the ranges
+  const SqpForm& form_;
+  const Screening& screening_;
+  double rounding_;
+  std::vector<Place> found_;
+  std::vector<Eigen::RowVectorXd> nearest_;
 };
 
 }  // namespace
@@ -170,7 +231,7 @@ GlobalOptimum SearchGlobally(const NonlinearProgram& program, const SqpForm& for
   const auto max_searches = static_cast<std::size_t>(settings.max_searches);
   const MeritFunction merit = Merit(program, form, screening);
   const std::vector<Evaluated> starts = Starts(program, merit, screening, max_searches);
-  Optima optima(program);
+  Optima optima(program, form, screening);
   const auto search_from = [&](const std::vector<Evaluated>& batch) {
     std::vector<LocalOptimum> found(batch.size());
     utils::ParallelTasks(batch.size(), [&](std::size_t k) {
@@ -200,9 +261,17 @@ GlobalOptimum SearchGlobally(const NonlinearProgram& program, const SqpForm& for
     PopulationSettings population;
     population.evaluations = kEvaluations * settings.max_searches * program.NumInputs();
     population.progress = [&](double share) { tell(0.5 + 0.5 * share); };
+    // Where no point keeps the limits, a population that comes no closer than the searches did ends
+    // the matter: two ways led to the same.
+    if (optima.Count() == 0)
+      population.is_enough = [&](const Evaluated& best) {
+        return LargestBreach(program, screening.scales, best.columns).relative >=
+               result.best.breach.relative;
+      };
     search_from(SearchByPopulations(program, merit, starts, population, random));
   }
   result.num_optima = optima.Count();
+  if (result.best.IsFeasible()) result.extent = optima.ExtentAround(result.best.point.x);
   return result;
 }
 

@@ -33,7 +33,8 @@ Screening Screen(const NonlinearProgram& program, const Eigen::MatrixXd& given,
 struct GlobalOptimum {
   LocalOptimum best;
   Eigen::Index num_searches = 0;
-  Eigen::Index num_optima = 0;  ///< different ones that keep the limits
+  Eigen::Index num_optima = 0;  ///< different ones that keep the limits; a flat one counts once
+  Eigen::MatrixXd extent;       ///< 2 x n: corners of the box in which searches found one as good
   Eigen::Index num_finite = 0;  ///< points of the screening where all values are numbers
 };
 
@@ -44,7 +45,8 @@ struct GlobalOptimum {
 /// Rinnooy Kan (w (k - 1) / (k - w - 2) for w of k searches), is less than a half above the number
 /// found. Where that number is not reached by the largest number of searches, there are more minima
 /// than starts: populations go on from the best starts (see SearchByPopulations) until
-/// 100 n max_searches evaluations are used, and searches from the best points of these follow. Searches
+/// 100 n max_searches evaluations are used, and searches from the best points of these follow. While
+/// no point keeps the limits, what counts are points of the least breach. Searches
 /// of one batch run at once; results do not depend on the number of threads.
 GlobalOptimum SearchGlobally(const NonlinearProgram& program, const SqpForm& form,
                              const Screening& screening, const SearchSettings& settings);

@@ -44,6 +44,7 @@ class Worth {
     std::nth_element(distances.begin(), middle, distances.end());
     length_ = *middle > 0.0 ? *middle : 1.0;
     FindBest();
+    if (by == NextBy::kError) RequireErrors();
     const Eigen::MatrixXd& values = task.GetModel().GetDesigns().values;
     for (const Eigen::Index response : responses_)
       spreads_.push_back(ColumnScales(values.col(response))(0));
@@ -68,7 +69,8 @@ class Worth {
       if (by_ == NextBy::kError) {
         design.prediction = kNaN;
         for (std::size_t r = 0; r < responses_.size(); ++r)
-          design.gain += share * response_errors(k, responses_[r]) / spreads_[r];
+          if (const double error = response_errors(k, responses_[r]); !std::isnan(error))
+            design.gain += share * error / spreads_[r];
       } else {
         SetImprovement(columns.row(k), share * errors.row(k), design);
         // To repeat a design improves nothing, whatever a smoothing model predicts there.
@@ -101,6 +103,13 @@ class Worth {
     for (Eigen::Index k = 0; k < known_.rows(); ++k) nearest = std::min(nearest, Distance(x, k));
     const double relative = nearest / length_;
     return std::sqrt(-std::expm1(-relative * relative));
+  }
+
+  void RequireErrors() const {
+    const Eigen::VectorXd errors = task_.GetModel().StandardErrors();
+    for (const Eigen::Index response : responses_)
+      if (!std::isnan(errors(response))) return;
+    throw AnalysisError(L"The error of no model is known: there is none to make less.");
   }
 
   /// The best analysed design that keeps the limits, by its own responses.

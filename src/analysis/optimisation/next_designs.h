@@ -30,7 +30,8 @@ struct NextDesign {
 /// times the chance to keep them (D. R. Jones, M. Schonlau, W. J. Welch, "Efficient global
 /// optimization of expensive black-box functions", Journal of Global Optimization 13, 1998,
 /// pp. 455-492; M. Schonlau's thesis for the limits); where no design keeps them, the chance alone.
-/// kError: the largest sum over `responses` of the expected error in units of the response's spread.
+/// kError: the largest sum over `responses` of the expected error in units of the response's spread;
+/// those whose error is not known are left out.
 ///
 /// The error of any model is 0 at an analysed design and grows to the cross-validated error near the
 /// point at the distance that designs have from each other: its share is sqrt(1 - exp(-(d / l)^2)) at
@@ -39,7 +40,8 @@ struct NextDesign {
 /// to repeat an analysed design improves nothing.
 ///
 /// @param responses  for kError
-/// @throws AnalysisError  the study has no analysed designs, or values fail everywhere
+/// @throws AnalysisError  the study has no analysed designs, or values fail everywhere,
+///                        no error is known for kError
 std::vector<NextDesign> ProposeDesigns(const DesignTask& task, NextBy by,
                                        const std::vector<Eigen::Index>& responses,
                                        Eigen::Index count, const SearchSettings& settings,

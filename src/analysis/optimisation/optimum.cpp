@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <sstream>
 
 namespace corvath::analysis {
 namespace {
@@ -59,6 +60,20 @@ PredictionTrust TrustOf(const StudyModel& model, Eigen::Index response,
   const Eigen::VectorXd densities = model.LocalErrors(response, designs).col(ErrorColumn::kDensity);
   trust.density_rank = (densities.array() < trust.density).cast<double>().mean();
   return trust;
+}
+
+/// The inputs that differ between designs as good as each other, and how far.
+std::wstring FlatInputs(const DesignTask& task, const Eigen::MatrixXd& extent) {
+  constexpr double kWide = 0.01;  // of the range
+  const NonlinearProgram& program = task.GetProgram();
+  std::wostringstream text;
+  for (Eigen::Index i = 0; i < extent.cols(); ++i) {
+    if (!(extent(1, i) - extent(0, i) > kWide * (program.upper(i) - program.lower(i)))) continue;
+    text << (text.tellp() > 0 ? L", " : L"")
+         << task.GetModel().GetInputs()[static_cast<std::size_t>(i)].name << L" from "
+         << extent(0, i) << L" to " << extent(1, i);
+  }
+  return text.str();
 }
 
 }  // namespace
@@ -128,6 +143,8 @@ Optimum FindOptimum(const DesignTask& task, const SearchSettings& wanted,
         std::to_wstring(screening.values.rows()) +
         L" designs have no value for an objective or a limit; they are avoided.");
   const LocalOptimum& best = found.best;
+  if (const auto flat = FlatInputs(task, found.extent); !flat.empty())
+    optimum.notes.push_back(L"The optimum is flat: other designs are as good, with " + flat + L".");
   optimum.num_searches = found.num_searches;
   optimum.num_optima = found.num_optima;
   optimum.status = !best.IsFeasible() ? OptimumStatus::kInfeasible

@@ -190,6 +190,7 @@ std::vector<Evaluated> SearchByPopulations(const NonlinearProgram& program,
       population.Advance();
     }
     best.push_back(population.Best());
+    if (settings.is_enough && settings.is_enough(best.back())) break;
   }
   return best;
 }

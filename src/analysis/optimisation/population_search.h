@@ -17,6 +17,8 @@ using MeritFunction = std::function<Eigen::VectorXd(const Eigen::MatrixXd& value
 struct PopulationSettings {
   Eigen::Index evaluations = 0;                ///< at most; runs begin until they are used up
   std::function<void(double share)> progress;  ///< what it throws ends the search
+  /// Asked after each population; may be empty.
+  std::function<bool(const Evaluated& best)> is_enough;
 };
 
 /// The best point of each of several populations by differential evolution: parameters that adapt by

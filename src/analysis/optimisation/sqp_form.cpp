@@ -175,6 +175,9 @@ class FormRun {
     return x;
   }
 
+  /// The models' own gradients are central differences as well (metamodel/central_differences.h), of
+  /// one response each and before criteria; here 2 n designs in one block serve all columns.
+  ///
   /// Slopes of the columns by the shares of the free inputs, columns x free. Central differences;
   /// at a bound, or where one side fails, over two steps to the other side. False where an input has
   /// no usable neighbours.

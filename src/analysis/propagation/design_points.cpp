@@ -1,8 +1,8 @@
 #include "analysis/propagation/design_points.h"
 
+#include "analysis/optimisation/local_search.h"
 #include "doe/scrambled_sobol.h"
 #include "doe/sobol_table.h"
-#include "optimizer/optimizer_nlpqlp.h"
 #include "stochastics/normal_quantile.h"
 
 #include <algorithm>
@@ -12,8 +12,6 @@
 namespace corvath::analysis {
 namespace {
 
-using algorithm::optimizer::OptimizerNLPQLP;
-using algorithm::optimizer::OptimizerSettingsNLPQLP;
 using Eigen::Index;
 
 constexpr std::size_t kMostRuns = 12;    ///< of the SQP for one limit
@@ -32,7 +30,7 @@ class Search {
   }
 
   bool HasOrigin() const { return std::isfinite(at_origin_); }
-  bool IsViolatedAtOrigin() const { return at_origin_ < 0.0; }
+  bool IsViolatedAtOrigin() const { return IsViolated(at_origin_); }
   const std::vector<DesignPoint>& GetPoints() const { return points_; }
 
   /// Rows of `starts` in their order, those beside what is known left out.
@@ -71,7 +69,9 @@ class Search {
   Eigen::VectorXd Values(const Eigen::MatrixXd& u) const {
     return scatter_.Evaluate(u).col(limit_);
   }
-  bool IsBeyond(double g) const { return IsViolatedAtOrigin() ? g >= 0.0 : g < 0.0; }
+  bool IsBeyond(double g) const {
+    return std::isfinite(g) && IsViolated(g) != IsViolatedAtOrigin();
+  }
 
   /// Both ways of each axis, then directions of even spread; rows of length 1.
   Eigen::MatrixXd Directions(std::uint32_t seed) const {
@@ -104,38 +104,30 @@ class Search {
   /// not.
   std::optional<Eigen::VectorXd> Minimize(const Eigen::VectorXd& start) const {
     const Index d = start.size();
-    OptimizerSettingsNLPQLP<double> settings(static_cast<std::uint64_t>(d), 1, 0, 1);
-    settings.SetLowerBounds(Eigen::VectorXd::Constant(d, -kFarthest));
-    settings.SetUpperBounds(Eigen::VectorXd::Constant(d, kFarthest));
-    settings.SetStartDesigns(start.transpose().cwiseMax(-kFarthest).cwiseMin(kFarthest));
-    settings.SetGradientDx(kGradientStep);
-    settings.SetAccuracy(1e-9);
-    settings.SetMaxNumFunctionCalls(100 * static_cast<std::uint64_t>(2 * d + 1));
     const double scale =
         (IsViolatedAtOrigin() ? 1.0 : -1.0) / std::max(std::abs(at_origin_), 1e-300);
-    OptimizerNLPQLP<double> optimizer;
-    optimizer.Initialize(settings);
-    do {
+    NonlinearProgram program;
+    program.lower = Eigen::VectorXd::Constant(d, -kFarthest);
+    program.upper = -program.lower;
+    program.num_limits = 1;
+    program.difference = kGradientStep / (2.0 * kFarthest);
+    program.values = [&](const Eigen::MatrixXd& u) {
       Report(progress_, static_cast<double>(num_runs_) / static_cast<double>(kMostRuns + 1),
              L"searching design points");
-      const Eigen::MatrixXd u = optimizer.GetNextDesigns();
-      const Eigen::VectorXd g = u.rows() == 0 ? Eigen::VectorXd() : Values(u);
-      std::vector<bool> succeeded;
-      for (const double value : g) succeeded.push_back(std::isfinite(value));
-      optimizer.SetInputs(u);
-      optimizer.SetCriteriaSuccessInfo(succeeded);
-      optimizer.SetObjectives(0.5 * u.rowwise().squaredNorm());
-      optimizer.SetInequalities(scale * g);
-      optimizer.Appraise();
-      optimizer.Adapt();
-    } while (!optimizer.IsTerminated());
-    optimizer.Finalize();
-    const Eigen::MatrixXd best = optimizer.GetBestInputs();
-    if (best.rows() == 0) return std::nullopt;
-    const Eigen::VectorXd u = best.row(0).transpose();
+      Eigen::MatrixXd columns(u.rows(), 2);
+      columns << 0.5 * u.rowwise().squaredNorm(), scale * Values(u);
+      return columns;
+    };
+    const Eigen::Vector2d scales = Eigen::Vector2d::Ones();
+    const Evaluated from =
+        EvaluateAt(program, start.transpose().cwiseMax(-kFarthest).cwiseMin(kFarthest));
+    const Evaluated best =
+        RunSqp(program, ObjectiveForm(program, scales), scales, HeldDiscrete(program), from, 0.0)
+            .point;
+    const Eigen::VectorXd u = best.x.transpose();
     // On the surface, not merely beyond it: elsewhere the run ended early.
-    const double g = scale * Values(best)(0);
-    if (!(std::abs(g) <= kOnSurface) || u.cwiseAbs().maxCoeff() >= kFarthest) return std::nullopt;
+    if (!(std::abs(best.columns(1)) <= kOnSurface) || u.cwiseAbs().maxCoeff() >= kFarthest)
+      return std::nullopt;
     return u;
   }
 

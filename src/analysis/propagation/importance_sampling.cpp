@@ -84,7 +84,7 @@ ImportanceSample SampleAround(const Scatter& scatter, Index limit,
     const Eigen::VectorXd g = scatter.Evaluate(u).col(limit);
     for (Index i = 0; i < kPointsPerRound; ++i) {
       if (!std::isfinite(g(i))) ++result.num_failed;
-      if (!(g(i) < 0.0)) continue;
+      if (!IsViolated(g(i))) continue;
       const double weight = mixture.Ratio(u.row(i).transpose());
       ++result.num_violations;
       sum += weight;

@@ -76,10 +76,6 @@ class Points {
   std::uint64_t num_before_ = 0;
 };
 
-bool IsViolated(double g) {
-  return g < 0.0 && !math::IsClose(g, 0.0);
-}
-
 /// What the sample tells of one limit.
 struct LimitCount {
   Index column = 0;  ///< of the limit among the quantities

@@ -1,5 +1,7 @@
 #include "analysis/propagation/scatter.h"
 
+#include "foundation/closeness.h"
+
 #include <cmath>
 
 namespace corvath::analysis {
@@ -44,6 +46,10 @@ Eigen::MatrixXd Scatter::Evaluate(const ConstPoints& u) const {
   values.rightCols(model_.GetNumQuantities() - model_.GetNumResponses()) =
       model_.Criteria(x, values.leftCols(model_.GetNumResponses()));
   return values;
+}
+
+bool IsViolated(double g) {
+  return g < 0.0 && !math::IsClose(g, 0.0);
 }
 
 }  // namespace corvath::analysis

@@ -42,4 +42,7 @@ class Scatter {
   std::vector<std::wstring> unknown_;
 };
 
+/// Whether a limit of value `g` is violated: negative beyond rounding.
+bool IsViolated(double g);
+
 }  // namespace corvath::analysis

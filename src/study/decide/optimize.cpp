@@ -178,6 +178,8 @@ Optimization Optimize(const Project& project, const OptimizeRequest& request,
   const DesignTask task(model, wanted.GetWishes(), [&](const auto& criteria) {
     return std::make_shared<analysis::ProjectModel>(solver, criteria);
   });
+  if (request.points > 0 && (request.next > 0 || task.GetObjectives().size() < 2))
+    throw Refusal(OptionName(request.wording, "points") + ": a front has two or three objectives");
   analysis::SearchSettings settings;
   settings.seed = request.seed;
   settings.max_searches = static_cast<Eigen::Index>(request.starts);

@@ -73,6 +73,30 @@ TEST(DesignTask, SolvesWhatTextsSayToTheirClosedForms) {
   }
 }
 
+TEST(DesignTask, TellsTheGainOfNarrowRanges) {
+  // (x, y) -> x^2 + y^2 towards the upper ends: 2 x and 2 y for each unit of room, however narrow.
+  for (const double width : {1e-2, 1e-5, 1e-8}) {
+    const DesignWishes wishes{
+        {{L"f", true}}, {}, true, {{L"x", {1.0, 1.0 + width}}, {L"y", {0.5, 1.5}}}, 0.0, {}};
+    const Optimum optimum = Solve(wishes);
+    EXPECT_EQ(optimum.design.inputs, Eigen::RowVector2d(1.0 + width, 1.5));
+    ASSERT_EQ(optimum.bounds.size(), 2U);
+    // Rounding of f over differences as narrow as the range.
+    EXPECT_NEAR(optimum.bounds[0].multiplier, 2.0 * (1.0 + width), 1e-4);
+    EXPECT_NEAR(optimum.bounds[1].multiplier, 3.0, 1e-6);
+  }
+}
+
+TEST(DesignTask, CountsAFlatOptimumOnce) {
+  // The least x leaves y alone.
+  const Optimum side = Solve({{{L"x", false}}, {}, false, {}, 0.0, {}});
+  EXPECT_EQ(side.num_optima, 1);
+  ASSERT_EQ(side.notes.size(), 1U);
+  EXPECT_EQ(side.notes[0].substr(0, 60),
+            L"The optimum is flat: other designs are as good, with y from ");
+  EXPECT_TRUE(Solve({{{L"f", false}}, {}, false, {}, 0.0, {}}).notes.empty());
+}
+
 TEST(DesignTask, KeepsLimitsWithTheScatterOfTheInputs) {
   // x + y <= 3 with k standard deviations: sqrt(0.2^2 + 0.1^2) each, so x + y = 3 - 3 * 0.2236.
   DesignWishes wishes{{{L"x + y", true}}, {L"x + y <= 3"}, false, {}, 3.0, {}};

@@ -3,6 +3,9 @@
 #include "analysis/optimisation/known_programs.h"
 #include "support/testing.h"
 
+#include <cmath>
+#include <cstdlib>
+
 namespace {
 
 using namespace corvath::analysis;
@@ -15,7 +18,7 @@ GlobalOptimum Solve(const NonlinearProgram& program, std::uint32_t seed) {
 }
 
 TEST(GlobalSearch, FindsThePublishedOptimaFromNineteenOfTwentySeeds) {
-  constexpr std::uint32_t kSeeds = 100;
+  constexpr std::uint32_t kSeeds = 20;  // of the hundred in docs/decide.md
   auto programs = support::EngineeringPrograms();
   for (auto& program : support::MultimodalPrograms()) programs.push_back(std::move(program));
   for (const auto& [name, program, optimum, tolerance] : programs) {
@@ -28,8 +31,35 @@ TEST(GlobalSearch, FindsThePublishedOptimaFromNineteenOfTwentySeeds) {
       EXPECT_GE(point.columns(0), optimum - tolerance) << name << seed;
       num_found += point.columns(0) <= optimum + tolerance ? 1 : 0;
     }
-    EXPECT_GE(num_found, 95) << name;
+    EXPECT_GE(num_found, 19) << name;
   }
+}
+
+TEST(GlobalSearch, EndsWhereNoPointKeepsTheLimits) {
+  // x^2 + y^2 >= 2.1 in a unit square: the corner is 0.1 short of it. Then a limit that is kept on a
+  // disk of 1e-4 of the square, at the top of a bell of ten times its radius above a flat rest.
+  Eigen::Index num_evaluated = 0;
+  const auto solve = [&](const support::RowFunction& reserve) {
+    num_evaluated = 0;
+    const auto program = support::MakeProgram(Eigen::Vector2d::Zero(), Eigen::Vector2d::Ones(), {1},
+                                              1, [&](const Eigen::RowVectorXd& x) {
+                                                ++num_evaluated;
+                                                return Eigen::RowVector2d(x(0), reserve(x)(0));
+                                              });
+    return Solve(program, 1).best;
+  };
+  setenv("ZELSOLVER_NUM_THREADS", "1", 1);
+  const auto one = [](double value) { return Eigen::RowVectorXd::Constant(1, value).eval(); };
+  const LocalOptimum corner = solve([&](const auto& x) { return one(x.squaredNorm() - 2.1); });
+  EXPECT_NEAR(corner.point.columns(1), -0.1, 1e-6);
+  EXPECT_LT(num_evaluated, 5000);  // populations alone would take 8000
+  const LocalOptimum inside = solve([&](const auto& x) {
+    const double square = (x - Eigen::RowVector2d(0.3, 0.7)).squaredNorm() * 3.14159 * 1e4;
+    return one(std::exp(-0.01 * square) - std::exp(-0.01));
+  });
+  unsetenv("ZELSOLVER_NUM_THREADS");
+  EXPECT_TRUE(inside.IsFeasible());
+  EXPECT_NEAR(inside.objective, 0.3 - 1.0 / std::sqrt(3.14159e4), 1e-6);
 }
 
 }  // namespace

@@ -220,14 +220,21 @@ std::vector<KnownProgram> MultimodalPrograms() {
 
 NonlinearProgram ZitzlerDebThiele(int number) {
   constexpr Eigen::Index kInputs = 30;
-  return MakeProgram(Eigen::VectorXd::Zero(kInputs), Eigen::VectorXd::Ones(kInputs), {1, 1}, 0,
-                     [number](const Row& x) {
-                       const double g = 1.0 + 9.0 * x.tail(kInputs - 1).mean();
-                       const double share = x(0) / g;
-                       double h = 1.0 - (number == 2 ? share * share : std::sqrt(share));
-                       if (number == 3) h -= share * std::sin(10.0 * kPi * x(0));
-                       return MakeRow({x(0), g * h});
-                     });
+  NonlinearProgram program;
+  program.lower = Eigen::VectorXd::Zero(kInputs);
+  program.upper = Eigen::VectorXd::Ones(kInputs);
+  program.num_terms = {1, 1};
+  program.values = [number](const Eigen::MatrixXd& x) {
+    const Eigen::ArrayXd f1 = x.col(0),
+                         g = 1.0 + 9.0 * x.rightCols(kInputs - 1).rowwise().mean().array();
+    const Eigen::ArrayXd share = f1 / g;
+    Eigen::ArrayXd h = 1.0 - (number == 2 ? share.square().eval() : share.sqrt().eval());
+    if (number == 3) h -= share * (10.0 * kPi * f1).sin();
+    Eigen::MatrixXd values(x.rows(), 2);
+    values << f1, g * h;
+    return values;
+  };
+  return program;
 }
 
 double ZitzlerDebThieleFront(int number, double f1) {
