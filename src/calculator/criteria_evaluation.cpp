@@ -58,6 +58,15 @@ void CriteriaEvaluation::NeedMacros(const Design& design) {
 
 void CriteriaEvaluation::Calculate(Design& design) {
   if (!IsPlanFor(design)) return MakePlan(design);
+  FollowPlan(design);
+}
+
+void CriteriaEvaluation::CalculateAgain(Design& design) {
+  if (!plan_.reusable) return MakePlan(design);
+  FollowPlan(design);
+}
+
+void CriteriaEvaluation::FollowPlan(Design& design) {
   SetInputs(plan_.parameters, design.GetParameters(), design);
   CheckResponses(design);
   SetInputs(plan_.responses, design.GetResponses(), design);

@@ -47,6 +47,9 @@ class CriteriaEvaluation {
   /// each concerns one response or criterion alone: 103 for a value that cannot be used, 209 for a
   /// side that fails, 210 for sides that do not combine.
   void Calculate(Design& design);
+  /// The same for the design of the last call, which has other numbers since then, but the same names
+  /// and criteria, of which the same ask for evaluation. Saves comparing them.
+  void CalculateAgain(Design& design);
 
  private:
   using Entries = algorithm::datatypes::EntrySequence;
@@ -86,6 +89,7 @@ class CriteriaEvaluation {
   void NeedMacros(const Design& design);
   bool IsPlanFor(const Design& design) const;
   void MakePlan(Design& design);
+  void FollowPlan(Design& design);
   void DefineCriteria(const Design& design);
   std::vector<std::size_t> FindOrder(const Design& design);
   Side PrepareSide(const std::wstring& text);

@@ -76,18 +76,20 @@ void RowCriteria::PlaceOutputs(const std::vector<std::wstring>& names) {
 }
 
 void RowCriteria::SetResponses(const double* outputs, std::size_t stride) {
+  EntrySequence& responses = design_.GetResponses();
   for (const Place& place : places_) {
+    const double number = outputs[place.output * stride];
     Value& response = values_[place.position];
     if (response.IsScalar()) {
-      response.SetScalar(outputs[place.output * stride]);
+      responses[place.position].second = CDesignEntry(number);
     } else {
       response.TakeVector(vector_);
-      vector_[place.element] = outputs[place.output * stride];
+      vector_[place.element] = number;
       response.SetVector(vector_);
     }
   }
   for (std::size_t i = 0; i < values_.size(); ++i)
-    design_.GetResponses()[i].second = CDesignEntry(values_[i]);
+    if (!values_[i].IsScalar()) responses[i].second = CDesignEntry(values_[i]);
 }
 
 void RowCriteria::Evaluate(const double* inputs, std::size_t input_stride, const double* outputs,
@@ -97,7 +99,7 @@ void RowCriteria::Evaluate(const double* inputs, std::size_t input_stride, const
     parameters[i].second = CDesignEntry(inputs[i * input_stride]);
   SetResponses(outputs, output_stride);
   for (auto& criterion : design_.GetCriteria()) criterion.second.Invalidate();
-  evaluation_.Calculate(design_);
+  evaluation_.CalculateAgain(design_);
   if (!design_.GetStatus().IsEmpty()) NoteProblems();
   for (const auto& criterion : design_.GetCriteria()) *criteria++ = ValueOf(criterion.second);
 }

@@ -110,6 +110,7 @@ void DesignTask::SetInputs(const DesignWishes& wishes) {
   const auto& inputs = model_->GetInputs();
   for (const auto& [name, range] : wishes.bounds) {
     std::vector<std::wstring> names;
+    names.reserve(inputs.size());
     for (const auto& input : inputs) names.push_back(input.name);
     if (!model_->FindInput(name))
       throw UnknownName(L"There is no input " + Quoted(name) + L".", name, names);

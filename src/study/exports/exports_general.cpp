@@ -9,7 +9,6 @@ namespace api = corvath::study::api;
 
 using corvath::study::NamedArray;
 using corvath::study::Refusal;
-using corvath::study::Result;
 
 namespace corvath::study::api {
 
