@@ -1,15 +1,8 @@
 #include "design/designs/design_conversion.h"
 
 #include "design/parameters/discrete_states.h"
-#include "support/message_of.h"
 #include "support/points.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <random>
-#include <stdexcept>
+#include "support/testing.h"
 
 using namespace corvath::algorithm::datatypes;
 using Entry = CDesignEntry;
