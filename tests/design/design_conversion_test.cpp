@@ -1,15 +1,8 @@
 #include "design/designs/design_conversion.h"
 
 #include "design/parameters/discrete_states.h"
-#include "support/message_of.h"
 #include "support/points.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <random>
-#include <stdexcept>
+#include "support/testing.h"
 
 using namespace corvath::algorithm::datatypes;
 using Entry = CDesignEntry;
@@ -181,7 +174,7 @@ TEST(DiscreteStates, FindsTheNearestStateAndTheUpperOneOfATie) {
   const auto reals = Entries({4.0, 1.0, 2.0});
   const auto integers = Entries({3, 1});
   const auto truth = Entries({false, true});
-  const std::tuple<Entry, const std::vector<Entry>&, Entry> cases[] = {
+  const std::tuple<Entry, std::vector<Entry>, Entry> cases[] = {
       {Entry(2.9), reals, Entry(2.0)},
       {Entry(3.0), reals, Entry(4.0)},
       {Entry(100.0), reals, Entry(4.0)},

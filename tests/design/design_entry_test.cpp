@@ -1,19 +1,12 @@
 #include "design/designs/design_entry.h"
 
-#include "support/message_of.h"
 #include "support/stored_form.h"
 #include "support/values.h"
 
 #include <boost/serialization/variant.hpp>
 #include <boost/variant.hpp>
-#include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstdint>
-#include <limits>
 #include <locale>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -40,8 +33,7 @@ struct EntryV5 {
 template <class T>
 CDesignEntry ReadOld(unsigned version, int which, const T& value) {
   support::StoredForm<CDesignEntry> form(4);
-  form.Raw("which", which, support::Until(3));
-  form.Raw("value", value, support::Until(3));
+  form.Raw("which", which, support::Until(3)).Raw("value", value, support::Until(3));
   form.Raw("data_", value, support::Since(4));
   return form.Read(version);
 }

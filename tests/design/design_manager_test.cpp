@@ -3,18 +3,9 @@
 #include "foundation/closeness.h"
 #include "foundation/exception.h"
 #include "support/archive_round_trip.h"
-#include "support/message_of.h"
 #include "support/points.h"
+#include "support/testing.h"
 #include "support/values.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstdint>
-#include <random>
-#include <set>
-#include <string>
-#include <vector>
 
 namespace {
 

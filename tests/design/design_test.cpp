@@ -6,29 +6,17 @@
 #include "design/indexed_name.h"
 #include "design/name_positions.h"
 #include "foundation/exception.h"
-#include "support/message_of.h"
 #include "support/stored_form.h"
 #include "support/values.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstdint>
 #include <cwchar>
-#include <limits>
 #include <optional>
-#include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
 using namespace corvath::algorithm::datatypes;
 using Entry = CDesignEntry;
-using support::MessageOfExactly;
-using support::Scalar;
-using support::Vec;
+using support::MessageOfExactly, support::Scalar, support::Vec;
 
 }  // namespace
 

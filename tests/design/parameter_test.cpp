@@ -3,15 +3,11 @@
 #include "design/parameters/parameter_manager.h"
 #include "design/random_uuid.h"
 #include "foundation/exception.h"
-#include "support/message_of.h"
+#include "support/testing.h"
 
 #include <boost/uuid/entropy_error.hpp>
-#include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstring>
-#include <functional>
-#include <stdexcept>
 
 using namespace corvath::algorithm::datatypes;
 using support::MessageOf;

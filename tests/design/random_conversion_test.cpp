@@ -3,12 +3,7 @@
 #include "foundation/exception.h"
 #include "stochastics/rv_factory.h"
 #include "stochastics/rv_set.h"
-#include "support/message_of.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <stdexcept>
+#include "support/testing.h"
 
 using namespace corvath::algorithm;
 using namespace corvath::algorithm::datatypes;
@@ -71,41 +66,6 @@ Design DesignOf(EntrySequence parameters) {
 void ExpectMoments(const RV& variable, double mean, double deviation) {
   EXPECT_DOUBLE_EQ(variable.GetStat(L"Mean value"), mean);
   EXPECT_DOUBLE_EQ(variable.GetStat(L"Standard deviation"), deviation);
-}
-
-TEST(RandomConversion, TakesAllEighteenDistributionsIntoOneCorrelatedSet) {
-  const RandomVariable::eType types[] = {
-      RandomVariable::UNIFORM,      RandomVariable::NORMAL,      RandomVariable::TRUNCATEDNORMAL,
-      RandomVariable::LOGNORMAL,    RandomVariable::EXPONENTIAL, RandomVariable::TRIANGULAR,
-      RandomVariable::BETA,         RandomVariable::WEIBULL,     RandomVariable::GUMBEL,
-      RandomVariable::FRECHET,      RandomVariable::POLYMAP,     RandomVariable::KERNEL,
-      RandomVariable::BERNOULLI,    RandomVariable::LOGUNIFORM,  RandomVariable::DISCRETE,
-      RandomVariable::MULTIUNIFORM, RandomVariable::LAMBDA,      RandomVariable::POISSON};
-  ParameterManager manager;
-  Eigen::VectorXd medians(static_cast<Eigen::Index>(std::size(types)));
-  for (std::size_t i = 0; i < std::size(types); ++i) {
-    // Parameters that the type itself gives; for a type without any its default counts.
-    const auto fresh = RVFactory::GetInstance().Create(types[i]);
-    const Eigen::VectorXd& numbers = fresh->GetParameters();
-    RandomProperties properties = Scatter(types[i]);
-    properties.SetParams({numbers.data(), numbers.data() + numbers.size()});
-    const std::wstring name = RandomVariable::ToText(types[i]);
-    manager.AddParameter(Stochastic(name, properties));
-    const auto variable = ParameterToRV(manager.GetParameter(name));
-    EXPECT_EQ(variable->GetTypeId(), types[i]);
-    EXPECT_EQ(variable->GetName(), name);
-    for (const double p : {0.1, 0.5, 0.9})
-      EXPECT_EQ(variable->InverseCDF(p), fresh->InverseCDF(p)) << i << ' ' << p;
-    medians(static_cast<Eigen::Index>(i)) = fresh->InverseCDF(0.5);
-  }
-  manager.GetCoherences().Set(L"NORMAL", L"GUMBEL", 0.5);
-  const auto set = ParameterManagerToRVSet(manager, Design());
-  EXPECT_EQ(set->GetKind(), RVSet::kNataf);
-  ASSERT_EQ(set->GetNumRVs(), std::size(types));
-  const Eigen::MatrixXd origin = Eigen::MatrixXd::Zero(medians.size(), 1);
-  const Eigen::MatrixXd x = set->FromStandardGauss(origin);
-  for (Eigen::Index i = 0; i < medians.size(); ++i)
-    EXPECT_NEAR(x(i, 0), medians(i), 1e-9 * (1.0 + std::abs(medians(i)))) << types[i];
 }
 
 }  // namespace

@@ -3,17 +3,8 @@
 #include "design/designs/design_manager.h"
 #include "design/designs/flat_design.h"
 #include "design/parameters/parameter_manager.h"
-#include "support/message_of.h"
 #include "support/stored_form.h"
 #include "support/values.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <list>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -63,8 +54,7 @@ StoredForm<DeterministicProperties, false> DeterministicForm() {
 StoredForm<Parameter, false> ParameterForm() {
   StoredForm<Parameter, false> form(7);
   form.Field("name_", &Parameter::GetName, L"Breite \u00b5");
-  form.Field("active_", &Parameter::IsActive, false);
-  form.Field("const_", &Parameter::IsConst, true);
+  form.Field("active_", &Parameter::IsActive, false).Field("const_", &Parameter::IsConst, true);
   form.Field("rprop_", &Parameter::GetRandomProperties, RandomForm().Read(4));
   form.Field("dprops_", &Parameter::GetDeterministicProperties,
              {{L"Breite \u00b5", DeterministicForm().Read(1)}});
@@ -72,8 +62,7 @@ StoredForm<Parameter, false> ParameterForm() {
   form.Field("mutable_map_", &Parameter::GetMutableMembers,
              {{kFirstMutableMember, true}, {MutableMember(7), false}}, Since(1));
   form.Field("dependency_expression_", &Parameter::GetDependencyExpression, L"a + b", Since(2));
-  form.Raw("id_", Uuid(1), Since(3));
-  form.Field("modifiable_", &Parameter::IsModifiable, true, Since(4));
+  form.Raw("id_", Uuid(1), Since(3)).Field("modifiable_", &Parameter::IsModifiable, true, Since(4));
   form.Field("unit_", &Parameter::GetUnit, L"mm", Since(5));
   form.Field("removable_", &Parameter::IsRemovable, false, Since(6), true);
   form.Raw("origin_", Uuid(101), Since(7));
@@ -149,28 +138,22 @@ TEST(StoredForms, OfParametersAndTheirSides) {
 TEST(StoredForms, OfCriteria) {
   using D = CriterionDescription;
   StoredForm<D, false> description(0);
-  description.Field(ZEL_MEMBER(D, type_), D::RHS_MINUS_LHS);
-  description.Field(ZEL_MEMBER(D, lhs_), L"a");
+  description.Field(ZEL_MEMBER(D, type_), D::RHS_MINUS_LHS).Field(ZEL_MEMBER(D, lhs_), L"a");
   description.Field(ZEL_MEMBER(D, rhs_), L"b");
   description.Check(kEqual);
   using V = CriterionValue;
   StoredForm<V, false> value(0);
   value.Field(ZEL_MEMBER(V, value_), CDesignEntry(1.0));
   value.Field(ZEL_MEMBER(V, lhs_value_), CDesignEntry(2.0));
-  value.Field(ZEL_MEMBER(V, rhs_value_), CDesignEntry(3.0));
-  value.Field(ZEL_MEMBER(V, needeval_), false);
+  value.Field(ZEL_MEMBER(V, rhs_value_), CDesignEntry(3.0)).Field(ZEL_MEMBER(V, needeval_), false);
   value.Check(kEqual);
 
   // Below version 3 one flat record, for a while without the values of the sides.
   StoredForm<Criterion, false> form(3, /*restores_defaults=*/true);
-  form.Raw("type_", D::RHS_MINUS_LHS, Until(2));
-  form.Raw("value_", CDesignEntry(1.0), Until(2));
-  form.Raw("lhs_", std::wstring(L"a"), Until(2));
-  form.Raw("rhs_", std::wstring(L"b"), Until(2));
-  form.Raw("needeval_", false, Until(2));
-  form.Raw("skv3_converted_", true, {1, 2});
-  form.Raw("lhs_value_", CDesignEntry(2.0), {2, 2});
-  form.Raw("rhs_value_", CDesignEntry(3.0), {2, 2});
+  form.Raw("type_", D::RHS_MINUS_LHS, Until(2)).Raw("value_", CDesignEntry(1.0), Until(2));
+  form.Raw("lhs_", std::wstring(L"a"), Until(2)).Raw("rhs_", std::wstring(L"b"), Until(2));
+  form.Raw("needeval_", false, Until(2)).Raw("skv3_converted_", true, {1, 2});
+  form.Raw("lhs_value_", CDesignEntry(2.0), {2, 2}).Raw("rhs_value_", CDesignEntry(3.0), {2, 2});
   V without_sides = value.Read(0);
   without_sides.lhs_value_ = without_sides.rhs_value_ = CDesignEntry();
   form.Converted("CriterionDescription", &Criterion::GetDescription, description.Read(0), Since(3));
@@ -213,8 +196,7 @@ TEST(StoredForms, OfDesigns) {
   flat.Field(ZEL_MEMBER(F, is_approximated), true);
   flat.Field(ZEL_MEMBER(F, id), DesignId(12).Appended(3));
   flat.Field(ZEL_MEMBER(F, is_duplicate_of), DesignId(4));
-  flat.Field(ZEL_MEMBER(F, iteration), DesignId(5));
-  flat.Field(ZEL_MEMBER(F, workflow_id), 6);
+  flat.Field(ZEL_MEMBER(F, iteration), DesignId(5)).Field(ZEL_MEMBER(F, workflow_id), 6);
   flat.Field(ZEL_MEMBER(F, design_type), corvath::enums::DesignTypes::eType(7));
   flat.Field(ZEL_MEMBER(F, algo_iteration), 8);
   flat.Check();

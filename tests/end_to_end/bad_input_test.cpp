@@ -6,14 +6,11 @@
 
 #include <cstdio>
 #include <fstream>
-#include <functional>
-#include <sstream>
 
 namespace end_to_end {
 namespace {
 
-using testing::HasSubstr;
-using testing::Not;
+using testing::HasSubstr, testing::Not;
 
 class BadInput : public EndToEnd {
  protected:

@@ -5,34 +5,13 @@
 
 #include <cstdio>
 #include <fstream>
-#include <regex>
-#include <set>
-#include <sstream>
 
 namespace end_to_end {
 namespace {
 
-using testing::HasSubstr;
-using testing::IsNull;
-using testing::MatchesRegex;
+using testing::HasSubstr, testing::IsNull, testing::MatchesRegex;
 
 class Calls : public EndToEnd {};
-
-TEST_F(Calls, TheLibraryExportsWhatTheHeaderDeclaresAndNothingElse) {
-  std::stringstream header;
-  header << std::ifstream(TEST_HEADER).rdbuf();
-  const std::string text = header.str();
-  const std::regex declaration("ZEL_API [^;(]*?(dzel2?_\\w+)\\(");
-  std::set<std::string> declared;
-  for (std::sregex_iterator it(text.begin(), text.end(), declaration), end; it != end; ++it)
-    declared.insert((*it)[1]);
-  EXPECT_EQ(declared.size(), 81u);
-
-  std::set<std::string> exported;
-  std::istringstream lines(RunCommand("nm -D --defined-only '" TEST_LIBRARY "'").first);
-  for (std::string address, type, name; lines >> address >> type >> name;) exported.insert(name);
-  EXPECT_EQ(exported, declared);
-}
 
 TEST_F(Calls, TellItsVersion) {
   EXPECT_THAT(dzel2_get_version_str(), MatchesRegex("[0-9]+\\.[0-9]+\\.[0-9]+ \\([0-9]+\\)"));

@@ -5,13 +5,7 @@
 #include <gmock/gmock.h>
 #include <zelsolver/zelsolver.hpp>
 
-#include <array>
-#include <cmath>
-#include <cstdlib>
-#include <stdexcept>
-#include <string>
 #include <type_traits>
-#include <vector>
 
 namespace end_to_end {
 namespace {

@@ -1,14 +1,10 @@
 #pragma once
 
+#include "support/testing.h"
 #include "zelsolver/zelsolver.h"
-
-#include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstdio>
-#include <string>
-#include <utility>
-#include <vector>
 
 /// What the tests know about the projects that write_test_projects wrote.
 namespace end_to_end {

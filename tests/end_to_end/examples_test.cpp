@@ -2,9 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <string>
-
 namespace end_to_end {
 namespace {
 

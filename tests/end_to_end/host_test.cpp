@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 
 namespace end_to_end {

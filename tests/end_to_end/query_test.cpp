@@ -2,15 +2,10 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
-
 namespace end_to_end {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
+using testing::ElementsAre, testing::HasSubstr;
 
 class Query : public EndToEnd {
  protected:

@@ -1,18 +1,13 @@
 // The sample project, whole and damaged, as a caller meets it.
 
+#include "support/testing.h"
 #include "zelsolver/zelsolver.h"
 
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <cmath>
 #include <cstdio>
 #include <fstream>
-#include <random>
-#include <sstream>
-#include <string>
-#include <vector>
 
 namespace {
 

@@ -2,16 +2,12 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <numeric>
 
 namespace end_to_end {
 namespace {
 
-using testing::Each;
-using testing::ElementsAre;
+using testing::Each, testing::ElementsAre;
 
 constexpr double kUntouched = -77.0;
 constexpr unsigned int kN = kDesigns;

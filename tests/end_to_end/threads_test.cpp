@@ -1,8 +1,6 @@
 #include "end_to_end.h"
 #include "support/small_stack.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <thread>
 

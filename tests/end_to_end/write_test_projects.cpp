@@ -6,8 +6,7 @@
 
 namespace {
 
-using corvath::algorithm::datatypes::SaveProjectFile;
-using corvath::algorithm::datatypes::VRDB;
+using corvath::algorithm::datatypes::SaveProjectFile, corvath::algorithm::datatypes::VRDB;
 using support::MakePlateProject;
 
 /// The project with the models of `keep` alone.

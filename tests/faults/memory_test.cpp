@@ -2,21 +2,16 @@
 // so, or succeeds with the same numbers; nothing is lost, and the next call works.
 // ZEL_EVERY_ALLOCATION=1 tries each n, in place of the first ones and a sample of the others.
 
+#include "support/testing.h"
 #include "zelsolver/study.h"
 #include "zelsolver/zelsolver.h"
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
-#include <functional>
-#include <string>
-#include <vector>
 
 extern "C" {
 void* __libc_malloc(std::size_t size);

@@ -3,13 +3,9 @@
 #include "metamodel/regression/linear_regression.h"
 #include "metamodel/transforms/trans_box_cox.h"
 #include "support/points.h"
+#include "support/testing.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
 #include <numeric>
-#include <vector>
 
 namespace corvath::math::metamodel {
 namespace {

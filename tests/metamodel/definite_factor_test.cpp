@@ -1,11 +1,9 @@
 #include "metamodel/kriging/definite_factor.h"
 
 #include "support/points.h"
+#include "support/testing.h"
 
 #include <Eigen/LU>
-#include <gtest/gtest.h>
-
-#include <cmath>
 
 using corvath::math::metamodel::DefiniteFactor;
 

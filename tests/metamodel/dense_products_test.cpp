@@ -1,12 +1,9 @@
 #include "metamodel/simd/dense_products.h"
 
 #include "support/points.h"
+#include "support/testing.h"
 
 #include <Eigen/Cholesky>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
 
 using namespace corvath::math::metamodel;
 

@@ -3,13 +3,9 @@
 #include "metamodel/kernels/kernel_block.h"
 #include "metamodel/kernels/kernels_constant.h"
 #include "metamodel/kernels/kernels_nodal.h"
+#include "support/testing.h"
 
 #include <Eigen/Core>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <string>
 
 using namespace corvath::math::metamodel;
 

@@ -3,19 +3,13 @@
 #include "metamodel/kriging/ordinary_kriging.h"
 #include "metamodel/plain_kriging.h"
 #include "stochastics/normal_quantile.h"
-#include "support/message_of.h"
 #include "support/points.h"
+#include "support/testing.h"
 
 #include <Eigen/Dense>
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <functional>
-#include <limits>
 #include <numeric>
-#include <vector>
 
 using namespace corvath::math::metamodel;
 using corvath::math::kPi;
@@ -218,20 +212,6 @@ TEST(KrigingFit, RefusesBadInputAndKeepsTheSettings) {
   }
   EXPECT_TRUE(fails(Eigen::MatrixXd::Ones(20, 2), good.values, kIsotropic));
   EXPECT_TRUE(logged(L"all support points coincide, no input is selected, or no trial"));
-
-  OrdinaryKriging model = Unfitted(good, kIsotropic);
-  OrdinaryKrigingSettings settings = model.GetSettingsBase();
-  settings.SetUseLikelihood(false);
-  model.SetSettings(settings);
-  EXPECT_EQ(support::MessageOf([&] { model.BuildOptimal(IndexVector::Zero(7)); }),
-            "subset vector has wrong length");
-  settings.SetVariableSelection({false, false});
-  model.SetSettings(settings);
-  EXPECT_FALSE(model.BuildOptimal());
-  settings.SetVariableSelection({true, false});
-  settings.SetKernelType(KernelType(7));
-  model.SetSettings(settings);
-  EXPECT_EQ(support::MessageOf([&] { model.BuildOptimal(); }), "Unknown kernel type.");
 }
 
 TEST(KrigingFit, AnInterruptionEndsItAndRestoresTheSettings) {

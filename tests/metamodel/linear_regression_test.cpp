@@ -5,19 +5,15 @@
 #include "metamodel/regression/ridge_solver.h"
 #include "metamodel/transforms/trans_box_cox.h"
 #include "support/points.h"
+#include "support/testing.h"
 
 #include <Eigen/QR>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
 
 namespace corvath::math::metamodel {
 namespace {
 
 using support::Deviation;
-using transform::TransBoxCox;
-using transform::TransformType;
+using transform::TransBoxCox, transform::TransformType;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
@@ -285,19 +281,13 @@ Eigen::VectorXd FitByAugmentedRows(const Eigen::MatrixXd& design, const Eigen::V
   return rows.colPivHouseholderQr().solve(right);
 }
 
-LinearRegressionSettings QuadraticSettings(std::size_t m) {
-  LinearRegressionSettings settings(m);
-  settings.SetOrder(2);
-  return settings;
-}
-
 TEST(RidgeSolver, MatchesLeastSquaresWithAugmentedRowsAndRefitsWithoutEachGroup) {
   for (const auto& [n, m] :
        {std::pair{40, 3}, std::pair{12, 5}}) {  // fewer and more terms than rows
     const Eigen::MatrixXd points = support::UniformPoints(n, m, 3);
     const Eigen::VectorXd values =
         points.rowwise().sum().array().sin() + support::UniformVector(n, 4).array();
-    const LinearRegressionSettings settings = QuadraticSettings(static_cast<std::size_t>(m));
+    const LinearRegressionSettings settings = Quadratic(static_cast<std::size_t>(m));
     const StandardTerms terms(points, settings.GetMainTermSelection(),
                               settings.GetInteractionSelection(), 0.5);
     const Eigen::MatrixXd& design = terms.GetDesign();
@@ -308,8 +298,7 @@ TEST(RidgeSolver, MatchesLeastSquaresWithAugmentedRowsAndRefitsWithoutEachGroup)
     for (const double penalty : {1e-4, 0.1, 10.0}) {
       const double weight = penalty * n;
       const Eigen::VectorXd expected = FitByAugmentedRows(design, values, weight);
-      EXPECT_LT(support::Deviation(solver.GetCoefficients(penalty), expected.tail(design.cols())),
-                1e-8);
+      EXPECT_LT(Deviation(solver.GetCoefficients(penalty), expected.tail(design.cols())), 1e-8);
       EXPECT_NEAR(solver.GetConstant(), expected(0), 1e-9);
       const Eigen::VectorXd predicted = solver.CrossValidate(penalty, groups);
       for (std::uint64_t group = 0; group < 4; ++group) {
@@ -327,7 +316,7 @@ TEST(RidgeSolver, MatchesLeastSquaresWithAugmentedRowsAndRefitsWithoutEachGroup)
 TEST(RidgeSolver, PlainCoefficientsAreTheSamePolynomial) {
   const Eigen::MatrixXd points = 3.0 + 2.0 * support::UniformPoints(30, 3, 5).array();
   const Eigen::VectorXd values = points.rowwise().prod();
-  LinearRegression model(points, values, QuadraticSettings(3));
+  LinearRegression model(points, values, Quadratic(3));
   const RidgePenalty penalty{0.01, 0.3};
   ASSERT_TRUE(model.BuildRidge(penalty));
   // By the standard terms of the scaled points, not through the plain coefficients.
@@ -342,7 +331,7 @@ TEST(RidgeSolver, PlainCoefficientsAreTheSamePolynomial) {
   const RidgeSolver solver(terms.GetDesign(), values);
   const Eigen::VectorXd expected =
       (terms.GetDesign() * solver.GetCoefficients(penalty.penalty)).array() + solver.GetConstant();
-  EXPECT_LT(support::Deviation(model.Approximate(points), expected), 1e-10);
+  EXPECT_LT(Deviation(model.Approximate(points), expected), 1e-10);
 }
 
 TEST(RidgeSolver, WithoutTermsItIsTheMeanOfTheOthers) {
@@ -352,7 +341,7 @@ TEST(RidgeSolver, WithoutTermsItIsTheMeanOfTheOthers) {
   IndexVector groups(4);
   groups << 0, 1, 2, 3;
   const Eigen::Vector4d means(11.0 / 3.0, 10.0 / 3.0, 3.0, 2.0);
-  EXPECT_LT(support::Deviation(solver.CrossValidate(1.0, groups), means), 1e-12);
+  EXPECT_LT(Deviation(solver.CrossValidate(1.0, groups), means), 1e-12);
 }
 
 }  // namespace

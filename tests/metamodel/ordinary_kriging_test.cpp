@@ -1,12 +1,9 @@
 #include "metamodel/kriging/ordinary_kriging.h"
 
 #include "metamodel/plain_kriging.h"
+#include "support/testing.h"
 
 #include <Eigen/Dense>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
 
 using namespace corvath::math::metamodel;
 using support::PlainKriging;

@@ -3,12 +3,7 @@
 #include "metamodel/regression/linear_regression.h"
 #include "metamodel/thin_plate_splines.h"
 #include "support/points.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <memory>
-#include <vector>
+#include "support/testing.h"
 
 extern "C" void* __libc_malloc(std::size_t size);
 

@@ -15,9 +15,6 @@
 #include "support/points.h"
 
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
-
-#include <cmath>
 
 // What transforms, kernels and models of every family refuse, and what they say then.
 
@@ -25,11 +22,8 @@ namespace corvath::math::metamodel {
 namespace {
 
 using support::ExpectRefusals;
-using transform::TransBoxCox;
-using transform::Transform;
-using transform::TransformType;
-using transform::TransLimits;
-using transform::TransMinMax;
+using transform::TransBoxCox, transform::Transform, transform::TransformType,
+    transform::TransLimits, transform::TransMinMax;
 using Runtime = utils::runtime_error;
 using Logic = std::logic_error;
 
@@ -227,13 +221,8 @@ class Damaged : public Model {
     this->Build();
     this->BuildErrors();
   }
-  using Model::need_build_;
-  using Model::points_;
-  using Model::points_trans_reduced_;
-  using Model::residuals_;
-  using Model::subsets_;
-  using Model::values_;
-  using Model::weights_;
+  using Model::need_build_, Model::points_, Model::points_trans_reduced_, Model::residuals_,
+      Model::subsets_, Model::values_, Model::weights_;
 };
 
 template <class Model, class Settings>

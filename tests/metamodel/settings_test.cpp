@@ -4,8 +4,6 @@
 #include "metamodel/regression/linear_regression_settings.h"
 #include "support/expect_refusals.h"
 
-#include <gtest/gtest.h>
-
 namespace corvath::math::metamodel {
 namespace {
 

@@ -11,20 +11,17 @@
 #include "metamodel/transforms/trans_box_cox.h"
 #include "metamodel/transforms/trans_limits.h"
 #include "metamodel/transforms/trans_min_max.h"
-#include "support/message_of.h"
 #include "support/points.h"
 #include "support/stored_form.h"
 
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
 
 namespace corvath::math::metamodel {
 namespace {
 
 using namespace support;
 using namespace transform;
-using Eigen::MatrixXd;
-using Eigen::VectorXd;
+using Eigen::MatrixXd, Eigen::VectorXd;
 
 const auto kEqual = [](const auto& a, const auto& b) { return a.Equals(b); };
 
@@ -46,8 +43,7 @@ TEST(StoredForm, OfTransforms) {
   box_cox.Part("Transform", base).Hidden("lambda_", -0.25, -0.5);
   box_cox.Hidden("lambda_inv_", std::int64_t{-4}, std::int64_t{-2});
   box_cox.Hidden("min_scaled_", 0.2, 0.1).Hidden("max_scaled_", 5.0, 6.0);
-  box_cox.Raw("trans_minmax_", min_max.As(0));
-  box_cox.Shows(&Transform::GetParameters, {-0.25, 0.2, 5.0});
+  box_cox.Raw("trans_minmax_", min_max.As(0)).Shows(&Transform::GetParameters, {-0.25, 0.2, 5.0});
   box_cox.Check(kEqual);
   StoredForm<TransLimits> limits(0);
   limits.Part("Transform", base).Hidden("lower_limit_", -1.0, 0.0).Hidden("upper_limit_", 3.0, 4.0);
@@ -216,8 +212,7 @@ StoredForm<SurrogateBase, false> BaseOf(const SurrogateBase& model) {
   form.Raw("points_trans_reduced_", Reduced(model), Since(2));
   form.Field("residuals_", &S::GetResiduals, model.GetResiduals(), Since(2));
   form.Field("subsets_", &S::GetSubsets, model.GetSubsets(), Since(3));
-  form.Hidden("need_build_", false, true);
-  form.Raw("trans_coord_", copy(model.GetTransCoord()));
+  form.Hidden("need_build_", false, true).Raw("trans_coord_", copy(model.GetTransCoord()));
   form.Raw("trans_value_", copy(model.GetTransValue()));
   if (model.GetWeights().size() > 0)
     form.Field("weights_", &S::GetWeights, model.GetWeights(), Since(1));
@@ -290,12 +285,10 @@ StoredForm<MovingLeastSquares> FormOf(const MovingLeastSquares& model, unsigned 
   const MovingLeastSquaresSettings& settings = model.GetSettingsBase();
   KernelBase* const weight = kernel.get();
   StoredForm<MovingLeastSquares> form(3);
-  form.Part("SurrogateBase", BaseOf(model), base_version);
-  form.Raw("weight_", weight, Until(0));
+  form.Part("SurrogateBase", BaseOf(model), base_version).Raw("weight_", weight, Until(0));
   form.Raw("points_trans_reduced_", Reduced(model), {2, 2});
   form.Hidden("values_trans_", TransformedValues(model), {}, Since(2));
-  form.Hidden("coefficient_matrix_", BasisOf(model), {});
-  form.Raw("order_", order, Until(0));
+  form.Hidden("coefficient_matrix_", BasisOf(model), {}).Raw("order_", order, Until(0));
   form.Raw("main_term_selection_", settings.GetMainTermSelection(), Until(0));
   form.Hidden("settings_", settings, MovingLeastSquaresSettings(), Since(1));
   return form;
@@ -331,11 +324,9 @@ StoredForm<OrdinaryKriging> FormOf(const OrdinaryKriging& model, unsigned base_v
   using K = OrdinaryKriging;
   KernelBase* const plain = kernel.get();
   StoredForm<K> form(2);
-  form.Part("SurrogateBase", BaseOf(model), base_version);
-  form.Raw("kernel_", plain, Until(0));
+  form.Part("SurrogateBase", BaseOf(model), base_version).Raw("kernel_", plain, Until(0));
   form.Field("mean_", &K::GetMean, model.GetMean());
-  form.Field("sigma2_", &K::GetSigma2, model.GetSigma2());
-  form.Raw("nugget_", 1e-3, Until(0));
+  form.Field("sigma2_", &K::GetSigma2, model.GetSigma2()).Raw("nugget_", 1e-3, Until(0));
   form.Field("kernel_weights_", &K::GetKernelWeights, model.GetKernelWeights());
   form.Hidden("settings_", model.GetSettingsBase(), OrdinaryKrigingSettings(), Since(1));
   form.Raw("points_trans_reduced_", Transformed(model), {1, 1});

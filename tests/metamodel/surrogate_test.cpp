@@ -9,16 +9,11 @@
 #include "support/stub_surrogate.h"
 
 #include <boost/make_shared.hpp>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 
 namespace corvath::math::metamodel {
 namespace {
 
-using support::Deviation;
-using support::MessageOfExactly;
+using support::Deviation, support::MessageOfExactly;
 using transform::TransformType;
 
 /// A model with given cross-validation residuals and no transforms: shows the base class alone.

@@ -1,9 +1,8 @@
 #include "metamodel/thin_plate_splines.h"
 
-#include <Eigen/Dense>
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
-#include <cmath>
+#include <Eigen/Dense>
 
 using namespace corvath::math::metamodel;
 using corvath::math::transform::TransformType;

@@ -3,10 +3,7 @@
 #include "metamodel/transforms/trans_limits.h"
 #include "metamodel/transforms/trans_min_max.h"
 #include "support/points.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
+#include "support/testing.h"
 
 namespace corvath::math::transform {
 namespace {

@@ -14,20 +14,15 @@
 namespace support {
 namespace {
 
-using corvath::algorithm::datatypes::AlgorithmInfo;
-using corvath::algorithm::datatypes::CDesignEntry;
-using corvath::algorithm::datatypes::Criterion;
-using corvath::algorithm::datatypes::CriterionDescription;
-using corvath::algorithm::datatypes::Design;
-using corvath::algorithm::datatypes::DesignId;
-using corvath::algorithm::datatypes::DeterministicProperties;
-using corvath::algorithm::datatypes::EntrySequence;
-using corvath::algorithm::datatypes::Parameter;
-using corvath::algorithm::datatypes::SurrogateInfo;
-using corvath::algorithm::datatypes::SurrogateInfoContainer;
-using corvath::algorithm::datatypes::VRDB;
-using corvath::math::metamodel::LinearRegression;
-using corvath::math::metamodel::LinearRegressionSettings;
+using corvath::algorithm::datatypes::AlgorithmInfo, corvath::algorithm::datatypes::CDesignEntry,
+    corvath::algorithm::datatypes::Criterion, corvath::algorithm::datatypes::CriterionDescription,
+    corvath::algorithm::datatypes::Design, corvath::algorithm::datatypes::DesignId,
+    corvath::algorithm::datatypes::DeterministicProperties,
+    corvath::algorithm::datatypes::EntrySequence, corvath::algorithm::datatypes::Parameter,
+    corvath::algorithm::datatypes::SurrogateInfo,
+    corvath::algorithm::datatypes::SurrogateInfoContainer, corvath::algorithm::datatypes::VRDB;
+using corvath::math::metamodel::LinearRegression,
+    corvath::math::metamodel::LinearRegressionSettings;
 
 const Eigen::RowVector3d kLower(0.0, -1.0, 10.0);
 const Eigen::RowVector3d kUpper(2.0, 1.0, 20.0);

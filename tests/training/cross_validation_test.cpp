@@ -1,14 +1,8 @@
 #include "training/cross_validation.h"
 
 #include "support/points.h"
+#include "support/testing.h"
 #include "training/spread_rows.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <map>
-#include <set>
 
 namespace corvath::training {
 namespace {

@@ -5,18 +5,13 @@
 #include "support/hindsight.h"
 #include "support/points.h"
 #include "support/published_functions.h"
+#include "support/testing.h"
 #include "training/training_table.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 
 namespace corvath::training {
 namespace {
 
-using math::metamodel::BitVector;
-using math::metamodel::CountBits;
+using math::metamodel::BitVector, math::metamodel::CountBits;
 
 ChosenModel Compete(const ResponseData& data, const TrainSettings& settings = {}) {
   return RunCompetition(data, settings, [](const std::wstring&, double) {});

@@ -3,19 +3,15 @@
 #include "metamodel/regression/linear_regression.h"
 #include "metamodel/regression/linear_regression_settings.h"
 #include "support/points.h"
+#include "support/testing.h"
 #include "training/forward_selection.h"
 #include "training/regression_screening.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
 
 namespace corvath::training {
 namespace {
 
-using math::metamodel::BitVector;
-using math::metamodel::LinearRegression;
-using math::metamodel::LinearRegressionSettings;
+using math::metamodel::BitVector, math::metamodel::LinearRegression,
+    math::metamodel::LinearRegressionSettings;
 
 /// n designs of m inputs with y = 3 x0 + x1 + 0.1 noise.
 ResponseData LinearData(Eigen::Index n, Eigen::Index m) {

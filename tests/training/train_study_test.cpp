@@ -5,16 +5,11 @@
 #include "metamodel/surrogate.h"
 #include "project/records/algorithm_info.h"
 #include "project/records/zel_information.h"
-#include "support/message_of.h"
 #include "support/points.h"
 #include "support/temporary_directory.h"
+#include "support/testing.h"
 
-#include <gtest/gtest.h>
 #include <zelsolver/zelsolver.hpp>
-
-#include <cmath>
-#include <string>
-#include <vector>
 
 namespace corvath::training {
 namespace {

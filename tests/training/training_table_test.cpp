@@ -1,12 +1,8 @@
 #include "training/training_table.h"
 
 #include "design/criterion.h"
-#include "support/message_of.h"
+#include "support/testing.h"
 #include "training/train_study.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
 
 namespace corvath::training {
 namespace {
@@ -63,9 +59,8 @@ TEST(TrainingTable, SeesConstantColumnsWhateverTheirScale) {
   EXPECT_FALSE(constant(0.0, 1e-30));
 }
 
-using algorithm::datatypes::Criterion;
-using algorithm::datatypes::CriterionDescription;
-using algorithm::datatypes::CriterionSequence;
+using algorithm::datatypes::Criterion, algorithm::datatypes::CriterionDescription,
+    algorithm::datatypes::CriterionSequence;
 
 TEST(CriterionText, OneComparisonOutsideBracketsMakesALimit) {
   const struct {
