@@ -122,7 +122,8 @@ static void @_add(int n, double weight, double value, const double *basis, doubl
   }
 }
 )"},
-    {"solve", R"(/* The fit at a point with the terms at, by L D L' in the given order, rounded as in
+    {"solve",
+     R"(/* The fit at a point with the terms at, by L D L' in the given order, rounded as in
    the library. With definite it is NAN where a pivot is not above 1e-10 of its diagonal entry; without,
    what a vanishing pivot leaves open is 0. work: n * (n + 3) numbers. */
 static double @_solve(int n, const double *normal, const double *right, const double *at,

@@ -113,7 +113,9 @@ void KernelConstInflIsoReg::SetParameters(const Eigen::VectorXd& parameters) {
 double KernelConstInflIsoReg::EvaluateSquared(double squared) const {
   RequireParameters(parameters_);
   const double ratio = squared / D_squared_ + epsilon_;
-  const double weight = 1.0 / (ratio * ratio) - helper_term_;  // m is 2
+  // Divided where m is 2, as this library always has it: exports repeat that to the bit.
+  const double power = m_ == 2.0 ? 1.0 / (ratio * ratio) : std::pow(ratio, -m_);
+  const double weight = power - helper_term_;
   return weight < 0.0 ? 0.0 : weight;  // this way round, NaN passes
 }
 

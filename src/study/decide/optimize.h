@@ -40,7 +40,7 @@ struct Optimization {
   Eigen::MatrixXd designs;           ///< the optimum, the front or what is proposed
   /// Of each of the first columns the words that its numbers stand for; none where they are numbers.
   std::vector<std::vector<std::string>> words;
-  std::string refusal;               ///< without success: why, in one line
+  std::string refusal;  ///< without success: why, in one line
 };
 
 /// Minimises or maximises what the models of a project predict, see analysis/optimisation/.

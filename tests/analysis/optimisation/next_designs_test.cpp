@@ -25,7 +25,8 @@ double Mean(double x) {
 class Analysed : public FunctionModel {
  public:
   Analysed()
-      : FunctionModel({support::BoundedInput(L"x", 0.0, 1.0)}, {StudyQuantity{L"y"}},
+      : FunctionModel({support::BoundedInput(L"x", 0.0, 1.0)},
+                      {StudyQuantity{L"y", StudyQuantity::Kind::kResponse, std::nullopt}},
                       [](const ConstPoints& x) {
                         return Eigen::MatrixXd(x.unaryExpr([](double at) { return Mean(at); }));
                       }) {
