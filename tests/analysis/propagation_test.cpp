@@ -36,10 +36,17 @@ std::vector<ReliabilityProblem> Problems() {
   const double root2 = std::sqrt(2.0);
   const auto normal = [](int count) { return Inputs(count, types::NORMAL, 0.0, 1.0); };
   std::vector<ReliabilityProblem> problems;
+  problems.push_back({"Repository 107, linear", normal(10),
+                      [](const VectorXd& x) { return 5.0 * std::sqrt(10.0) - x.sum(); },
+                      math::NormalCdf(-5.0), 5.0, 1});
   problems.push_back(
       {"Repository 22, parabola", normal(2),
        [=](const VectorXd& x) { return 2.5 - x.sum() / root2 + 0.1 * std::pow(x(0) - x(1), 2); },
        4.2073e-3, 2.5, 1});
+  problems.push_back({"A. Der Kiureghian, T. Dakessian, Structural Safety 20, 1998, pp. 37-66",
+                      normal(2),
+                      [](const VectorXd& x) { return 5.0 - x(1) - 0.5 * std::pow(x(0) - 0.1, 2); },
+                      3.0163e-3, 2.9057, 2});
   problems.push_back({"Repository 75, two hyperbolas", normal(2),
                       [](const VectorXd& x) { return 3.0 - x(0) * x(1); }, 9.8193e-3,
                       std::sqrt(6.0), 2});
@@ -80,11 +87,17 @@ std::vector<ReliabilityProblem> Problems() {
          return 3.0 * x(3) - std::abs(2.0 * x(5) / (x(2) * w * w) * std::sin(0.5 * w * x(4)));
        },
        9.09e-6});
+  problems.push_back({"sum of exponentials, gamma distributed",
+                      Inputs(2, types::EXPONENTIAL, 1.0, 1.0),
+                      [](const VectorXd& x) { return 18.0 - x.sum(); }, 19.0 * std::exp(-18.0)});
   problems.push_back(
       {"40 lognormals, after R. Rackwitz, Structural Safety 23, 2001, pp. 365-395; by 1e7 "
        "independent points",
        Inputs(40, types::LOGNORMAL, 1.0, 0.2),
        [](const VectorXd& x) { return 40.0 + 0.6 * std::sqrt(40.0) - x.sum(); }, 1.987e-3});
+  problems.push_back({"series of two planes", normal(2),
+                      [](const VectorXd& x) { return std::min(4.0 - x(0), 4.2 + x(1)); },
+                      1.0 - math::NormalCdf(4.0) * math::NormalCdf(4.2), 4.0, 2});
   // Linear correlations of different marginals; those of their normal coordinates by 64-point
   // quadrature, probability and beta by OpenTURNS 1.20 (FORM, 2e7 independent points).
   const std::vector<StudyInput> mixed = {
