@@ -42,8 +42,10 @@ function addOptions(select, texts) {
   texts.forEach((text, i) => select.append(element('option', {value: i}, text)));
 }
 
-/* Work that keeps the page alive: runs a generator for some milliseconds at a time. A new job under
-   the same name ends the old one. */
+/* Work that keeps the page alive: runs a generator for some milliseconds of each frame, or until it
+   yields `nextFrame`: what it drew is to reach the screen first. A new job under the same name ends
+   the old one. */
+const nextFrame = true;
 const jobs = new Map();
 function startJob(name, generator) {
   const job = {};
@@ -51,12 +53,15 @@ function startJob(name, generator) {
   const step = () => {
     if (jobs.get(name) !== job) return;
     const end = performance.now() + 12;
-    while (performance.now() < end)
-      if (generator.next().done) {
+    while (performance.now() < end) {
+      const {done, value} = generator.next();
+      if (done) {
         jobs.delete(name);
         return;
       }
-    setTimeout(step, 0);
+      if (value === nextFrame) break;
+    }
+    requestAnimationFrame(step);
   };
   step();
 }

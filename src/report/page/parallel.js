@@ -14,6 +14,8 @@ function makeParallel(project, quantities, chosenChanged) {
   const scales = spans.map((span) => d3.scaleLinear(span, [chart.bottom, chart.top]));
 
   function* draw() {
+    const perFrame = 300;  /* lines that are painted without graphics hardware in a frame or two */
+    let drawn = 0;
     const context = chart.paint();
     context.lineWidth = 1;
     for (const chosen of [false, true]) {
@@ -26,7 +28,7 @@ function makeParallel(project, quantities, chosenChanged) {
         context.beginPath();
         line(quantities.map((q) => q.values[d]));
         context.stroke();
-        if (d % 100 === 99) yield;
+        if (++drawn % perFrame === 0) yield nextFrame;
       }
     }
   }
