@@ -5,10 +5,12 @@ import ctypes
 import hashlib
 import io
 import json
+import math
 import os
 import pathlib
 import pty
 import random
+import statistics
 import subprocess
 
 from program import INPUTS, LIBRARY, OUTPUTS, SAMPLE, ZEL, ProgramTest, designs, main, table, zel
@@ -237,6 +239,33 @@ class Zel(ProgramTest):
         rows[3][header.index("load_inner")] = 161  # 6.1 standard deviations above the mean
         self.refused(zel("solve", RANDOM, "--in", "-", stdin=table(rows, header)), "row 5",
                      '"load_inner"', "161 is outside", "--extrapolate")
+
+    def test_sample_of_random_inputs_follows_distributions_and_correlations(self):
+        header, rows = self.sample("--scheme", "ortho", "--n", "4000", "--from", RANDOM)
+        columns = dict(zip(header, zip(*rows)))
+        # Mean and standard deviation, as the project states them; each far beyond the error of
+        # 4000 stratified values.
+        for name, mean, sigma in [("modulus", 1e4, 500), ("load_outer", 100, 12),
+                                  ("load_inner", 100, 10)]:
+            self.assertAlmostEqual(statistics.mean(columns[name]), mean, delta=0.02 * sigma)
+            self.assertAlmostEqual(statistics.stdev(columns[name]), sigma, delta=0.03 * sigma)
+
+        def correlation(a, b):
+            a, b = columns[a], columns[b]
+            mean_a, mean_b = statistics.mean(a), statistics.mean(b)
+            products = sum((x - mean_a) * (y - mean_b) for x, y in zip(a, b))
+            return products / (len(a) - 1) / statistics.stdev(a) / statistics.stdev(b)
+
+        mean_of = {name: statistics.mean(values) for name, values in columns.items()}
+        self.assertEqual(set(mean_of), set(header))
+        self.assertAlmostEqual(correlation("load_outer", "load_inner"), 0.6, delta=0.04)
+        self.assertAlmostEqual(correlation("area_1", "area_3"), 0.4, delta=0.05)
+        self.assertAlmostEqual(correlation("modulus", "load_inner"), 0.0, delta=0.05)
+        # Levels of a grid are standard deviations: the centre is the median of each variable.
+        center = self.sample("--scheme", "center", "--from", RANDOM)[1][0]
+        self.assertAlmostEqual(center[header.index("load_inner")], 100, places=9)
+        self.assertAlmostEqual(center[header.index("modulus")], 1e4 / math.sqrt(1 + 0.05**2),
+                               places=6)
 
     def test_sample_refuses_and_says_why(self):
         cases = [

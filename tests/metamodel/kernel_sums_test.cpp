@@ -122,6 +122,15 @@ TEST_P(KernelSums, ExponentialIsGoodToOneUnitInTheLastPlace) {
 
 INSTANTIATE_TEST_SUITE_P(Level, KernelSums, testing::Values(0, 1, 2));
 
+TEST(Kernel, ExponentialsWeighOneAtThePointAndAThousandthAtTheRadius) {
+  const KernelConstInflIsoExp iso(Eigen::VectorXd::Constant(1, 3.0));
+  const KernelConstInflExp aniso(Eigen::Vector2d(3.0, 0.5));
+  EXPECT_EQ(iso.EvaluateDistance(0.0), 1.0);
+  EXPECT_NEAR(iso.EvaluateDistance(9.0), 0.001, 1e-16);
+  EXPECT_NEAR(aniso.EvaluateVector(Eigen::Vector2d(-3.0, 0.0)), 0.001, 1e-16);
+  EXPECT_NEAR(aniso.EvaluateVector(Eigen::Vector2d(3.0, 0.5)), 1e-6, 1e-19);
+}
+
 TEST(KernelBlock, AgreesWithEachKernelPointByPoint) {
   const Eigen::MatrixXd points = Eigen::MatrixXd::Random(37, 3);
   const Eigen::MatrixXd x = Eigen::MatrixXd::Random(6, 3);

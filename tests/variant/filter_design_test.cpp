@@ -98,6 +98,24 @@ TEST(FilterDesign, TransferFunctionsAreTheClosedForms) {
       }
 }
 
+TEST(FilterDesign, BesselIsThreeDecibelsDownAtTheEdges) {
+  // The table's scale meets 3 dB to a few thousandths.
+  for (int order = 1; order <= 10; ++order) {
+    for (const int type : {kLowPass, kHighPass}) {
+      const FilterSections sections = Digitize(BesselPrototype(order), Scalar(5), type, 0.02);
+      EXPECT_NEAR(std::abs(Transfer(sections, 2 * kPi * 0.1)), std::sqrt(0.5), 5e-3) << order;
+      EXPECT_NEAR(std::abs(Transfer(sections, type == kLowPass ? 0 : kPi)), 1, 1e-9) << order;
+      EXPECT_NEAR(std::abs(Transfer(sections, type == kLowPass ? kPi : 0)), 0, 1e-9) << order;
+    }
+    for (const int type : {kBandPass, kBandStop}) {
+      const FilterSections sections = Digitize(BesselPrototype(order), Vec({5, 9}), type, 0.02);
+      for (const double edge : {0.1, 0.18})
+        EXPECT_NEAR(std::abs(Transfer(sections, 2 * kPi * edge)), std::sqrt(0.5), 5e-3) << order;
+      EXPECT_NEAR(std::abs(Transfer(sections, 0)), type == kBandPass ? 0 : 1, 1e-9) << order;
+    }
+  }
+}
+
 TEST(FilterDesign, BesselPolesAreTheRootsOfTheReverseBesselPolynomials) {
   // theta_n(s) = sum (2n-k)! / (2^(n-k) k! (n-k)!) s^k, up to the scale of the table, which has four
   // decimals.
