@@ -87,6 +87,35 @@ TEST(Variant, CopiesAreDeepAndMovesLeaveNothing) {
   EXPECT_FALSE((std::is_constructible_v<Value, const wchar_t*>));  // would become true
 }
 
+TEST(Variant, AssignmentKeepsStorageThatFits) {
+  const std::vector<Value> values = {
+      Vec({1, 2, 3}),
+      Vec({3, {1, 1}, 5}),  // complex, not ordered
+      Mat({{1, 2}, {3, 4}}),
+      Mat({{1, {2, 1}}, {3, 4}}),
+      Sig({0, 1}, {{1, 2}}),
+      XY({4, 2}, {1, {2, 1}}),  // the same sizes as above
+      Sig({0, 1, 2, 3}, {{1, 2, 3, 4}}),
+      Mat({{1, 2, 3, 4}}),
+      Vec({1, 2, 3, 4}),
+  };
+  for (const Value& from : values)
+    for (Value to : values) {
+      const bool fits = to.Size1() == from.Size1() && to.Size2() == from.Size2() &&
+                        to.IsVector() == from.IsVector() && to.IsMatrix() == from.IsMatrix();
+      const void* const storage = to.IsVector() ? &to.GetVector()(0) : &to.GetMatrix()(0, 0);
+      to = from;
+      EXPECT_EQ(to, from);
+      EXPECT_EQ(to.GetKind(), from.GetKind());
+      EXPECT_EQ(to.IsComplex(), from.IsComplex());
+      EXPECT_EQ(to.IsOrdered(), from.IsOrdered());
+      const void* const now = to.IsVector() ? &to.GetVector()(0) : &to.GetMatrix()(0, 0);
+      if (fits) {
+        EXPECT_EQ(now, storage) << Text(from);
+      }
+    }
+}
+
 TEST(Variant, FlagsFollowTheData) {
   EXPECT_TRUE(Vec({1, {2, kNaN}}).IsComplex());
   EXPECT_TRUE(Mat({{1, {0, 1e-300}}}).IsComplex());
