@@ -199,6 +199,8 @@ class AnyTable(ProgramTest):
         self.assertEqual(best.splitlines()[1].split(",")[2], "brass")
         best = zel("optimize", str(self.path / "t.vrdb"), "--minimize", "y", "--json").stdout
         self.assertIn(json.loads(best)["inputs"]["kind"], WORDS)
+        self.assertIn(b"do not vary: kind = steel",
+                      zel("sensitivity", str(self.path / "t.vrdb"), "--fix", "kind=steel").stdout)
         for command in (["sensitivity"], ["optimize", "--minimize", "y"]):
             self.refused(zel(command[0], str(self.path / "t.vrdb"), *command[1:], "--fix",
                              "kind=0.5"), '"kind=0.5"', '"brass", "steel"', "nothing else")

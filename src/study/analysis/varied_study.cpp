@@ -46,7 +46,8 @@ void RequireInput(const Project& project, const std::string& name) {
 }  // namespace
 
 VariedStudy::VariedStudy(const Project& project, const VariationRequest& request,
-                         bool needs_distributions) {
+                         bool needs_distributions)
+    : columns_(TableColumns::FromProject(project.GetRecord())) {
   try {
     // The project outlives this study, whose solver it shares.
     model_.emplace(boost::shared_ptr<zel::ZELSolver>(&project.GetSolver(), boost::null_deleter()),
@@ -185,9 +186,13 @@ std::vector<std::string> VariedStudy::GetNotes() const {
   const auto& inputs = model_->GetInputs();
   const auto& columns = space_->GetColumns();
   for (std::size_t i = 0; i < inputs.size(); ++i)
-    if (std::find(columns.begin(), columns.end(), static_cast<Index>(i)) == columns.end())
-      fixed += (fixed.empty() ? "" : ", ") + ToUtf8(inputs[i].name) + " = " +
-               Short(space_->GetFixed()(static_cast<Index>(i)));
+    if (std::find(columns.begin(), columns.end(), static_cast<Index>(i)) == columns.end()) {
+      const std::string name = ToUtf8(inputs[i].name);
+      const double value = space_->GetFixed()(static_cast<Index>(i));
+      const TableColumn* const column = columns_.Find(name);
+      const std::string word = column == nullptr ? "" : column->WordOf(value);
+      fixed += (fixed.empty() ? "" : ", ") + name + " = " + (word.empty() ? Short(value) : word);
+    }
   if (!fixed.empty()) notes.push_back("Inputs that do not vary: " + fixed);
   if (!IsOverDistributions() && !model_->GetCorrelations().isIdentity(0.0))
     notes.push_back("Between bounds, the correlations of the inputs do not count.");

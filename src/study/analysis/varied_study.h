@@ -3,6 +3,7 @@
 #include "analysis/input_space.h"
 #include "analysis/project_model.h"
 #include "study/project/project.h"
+#include "study/table/table_columns.h"
 
 #include <json/json.h>
 
@@ -48,6 +49,7 @@ class VariedStudy {
   void AddRangeNotes(std::vector<std::string>& notes) const;
   void RequireNumbers(const VariationRequest& request) const;
 
+  TableColumns columns_;  ///< the words of inputs
   std::optional<analysis::ProjectModel> model_;
   analysis::InputSpace::Choice choice_;
   std::optional<analysis::InputSpace> space_;
