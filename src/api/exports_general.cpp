@@ -1,6 +1,7 @@
 #include "api/call_frame.h"
 #include "api/result_buffers.h"
 #include "foundation/build_version.h"
+#include "foundation/parallel.h"
 
 #include <cstdlib>
 
@@ -28,6 +29,7 @@ int dzel2_cleanup() {
   return api::Call([] {
     api::ReleaseResultBuffers();
     api::CloseSolvers();
+    corvath::utils::ReleaseThreads();
   });
 }
 int dzel_cleanup() {

@@ -1,16 +1,11 @@
 #include "foundation/parallel.h"
 
-#include <dlfcn.h>
-#include <pthread.h>
+#include "foundation/worker_arena.h"
+
 #include <sched.h>
-#include <signal.h>
-#include <tbb/global_control.h>
-#include <tbb/info.h>
 #include <tbb/parallel_for.h>
 #include <tbb/parallel_pipeline.h>
-#include <tbb/task_arena.h>
-#include <tbb/task_scheduler_observer.h>
-#include <tbb/version.h>
+#include <tbb/task_group.h>
 
 #include <algorithm>
 #include <atomic>
@@ -18,7 +13,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
-#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -28,80 +22,7 @@ namespace {
 
 constexpr std::size_t kMaxThreads = 1024;
 
-/// Keeps the host's signals off the workers: a handler runs on a thread that the host knows. Those
-/// of faults stay, they belong to the thread at fault. Workers keep the mask when they leave, since
-/// they sleep outside of the arena.
-class SignalBlocker : public tbb::task_scheduler_observer {
- public:
-  explicit SignalBlocker(tbb::task_arena& arena) : tbb::task_scheduler_observer(arena) {
-    observe(true);
-  }
-  ~SignalBlocker() override { observe(false); }
-
-  void on_scheduler_entry(bool is_worker) override {
-    if (!is_worker) return;
-    sigset_t signals;
-    sigfillset(&signals);
-    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT})
-      sigdelset(&signals, fault);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  }
-};
-
-using Limit = tbb::global_control;
-
-/// oneTBB has no more threads than processors unless told so before an arena asks for them; then it
-/// complains on standard error.
-std::unique_ptr<Limit> AllowThreads(std::size_t count) {
-  if (static_cast<int>(count) <= tbb::info::default_concurrency()) return nullptr;
-  return std::make_unique<Limit>(Limit::max_allowed_parallelism, count);
-}
-
-struct Arena {
-  explicit Arena(std::size_t count)
-      : num_threads(count),
-        limit(AllowThreads(count)),
-        arena(static_cast<int>(count)),
-        blocker(arena) {}
-  std::size_t num_threads;
-  std::unique_ptr<Limit> limit;
-  tbb::task_arena arena;
-  SignalBlocker blocker;  ///< brings the arena into being
-};
-
 std::atomic<std::size_t> requested_threads{0};
-std::atomic<bool> is_forked_child{false};
-std::mutex arena_mutex;
-std::shared_ptr<Arena> current_arena;
-
-/// The child has one thread, whatever the parent's bookkeeping says: it works alone, and never
-/// touches that bookkeeping again, not even to take it down.
-void OnForkedChild() {
-  if (current_arena) {
-    is_forked_child = true;
-    new std::shared_ptr<Arena>(std::move(current_arena));
-  }
-  arena_mutex.unlock();
-}
-
-/// Workers sleep inside oneTBB's code; it must stay when the host closes this library.
-void PinScheduler() {
-  Dl_info info;
-  if (dladdr(reinterpret_cast<void*>(&TBB_runtime_interface_version), &info) != 0)
-    dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
-}
-
-std::shared_ptr<Arena> GetArena(std::size_t num_threads) {
-  static std::once_flag once;
-  std::call_once(once, [] {
-    PinScheduler();
-    pthread_atfork([] { arena_mutex.lock(); }, [] { arena_mutex.unlock(); }, OnForkedChild);
-  });
-  const std::lock_guard<std::mutex> lock(arena_mutex);
-  if (!current_arena || current_arena->num_threads != num_threads)
-    current_arena = std::make_shared<Arena>(num_threads);
-  return current_arena;
-}
 
 std::size_t CountProcessors() {
   cpu_set_t set;
@@ -159,20 +80,33 @@ class HandOver {
   std::atomic<std::size_t>& count_;
 };
 
+/// How a parallel call runs whatever surrounds it: a host that cancels its own tasks, of which this
+/// call may be part, does not cancel the ranges; and all of them round and trap as the caller does.
+class OwnContext {
+ public:
+  tbb::task_group_context& Get() { return context_; }
+
+ private:
+  using Context = tbb::task_group_context;
+  Context context_{Context::isolated, Context::default_traits | Context::fp_settings};
+};
+
 /// Of all pipelines: no task needs more than its address to take over.
 std::atomic<std::size_t> pieces_handed_over{0};
 
 /// Calls `body(first, last)` over ranges of blocks, if `one_by_one` block for block.
 template <class Body>
 void RunBlocks(std::size_t n_blocks, bool one_by_one, const Body& body) {
-  const std::size_t num_threads = n_blocks > 1 ? GetNumThreads() : 1;
+  const std::size_t num_threads = n_blocks > 1 ? LimitThreads(GetNumThreads()) : 1;
   if (num_threads == 1) return body(0, n_blocks);
 
   FirstFailure failure;
   std::atomic<std::size_t> handed_over{0};
   handed_over.store(1, std::memory_order_release);
+  const ArenaLease arena(num_threads);
   const auto run = [&](const tbb::blocked_range<std::size_t>& blocks) {
     const HandOver hand_over(handed_over);
+    const ArenaLease::Range range(arena);
     if (failure.IsBelow(blocks.begin())) return;
     try {
       body(blocks.begin(), blocks.end());
@@ -181,14 +115,14 @@ void RunBlocks(std::size_t n_blocks, bool one_by_one, const Body& body) {
     }
   };
   const tbb::blocked_range<std::size_t> all(0, n_blocks);
-  const auto arena = GetArena(num_threads);
-  arena->arena.execute([&] {
-    // Isolated: a caller that waits for its own ranges must not take up those of another.
+  OwnContext context;
+  arena.Get().execute([&] {
+    // Isolated: a range that waits for ranges of its own must not take up those beside it.
     tbb::this_task_arena::isolate([&] {
       if (one_by_one)
-        tbb::parallel_for(all, run, tbb::simple_partitioner());
+        tbb::parallel_for(all, run, tbb::simple_partitioner(), context.Get());
       else
-        tbb::parallel_for(all, run);
+        tbb::parallel_for(all, run, context.Get());
     });
   });
   handed_over.load(std::memory_order_acquire);
@@ -198,7 +132,7 @@ void RunBlocks(std::size_t n_blocks, bool one_by_one, const Body& body) {
 }  // namespace
 
 std::size_t GetNumThreads() {
-  if (is_forked_child) return 1;
+  if (IsForkedFromWork()) return 1;
   if (const std::size_t requested = requested_threads; requested > 0) return requested;
   if (const std::size_t count = FromEnvironment(); count > 0) return count;
   return CountProcessors();
@@ -206,6 +140,10 @@ std::size_t GetNumThreads() {
 
 void SetNumThreads(std::size_t count) {
   requested_threads = std::min(count, kMaxThreads);
+}
+
+void ReleaseThreads() {
+  ReleaseIdleArenas();
 }
 
 void ParallelFor(std::size_t count, std::size_t grain,
@@ -228,7 +166,7 @@ void ParallelTasks(std::size_t count, const std::function<void(std::size_t i)>& 
 void ParallelPipeline(std::size_t places, const std::function<bool(std::size_t place)>& produce,
                       const std::function<void(std::size_t place)>& work,
                       const std::function<void(std::size_t place)>& consume) {
-  const std::size_t num_threads = places > 1 ? GetNumThreads() : 1;
+  const std::size_t num_threads = places > 1 ? LimitThreads(GetNumThreads()) : 1;
   if (num_threads == 1) {
     while (produce(0)) {
       work(0);
@@ -250,8 +188,10 @@ void ParallelPipeline(std::size_t places, const std::function<bool(std::size_t p
   // At most `places` pieces are under way, consecutive ones: those that share a place never meet.
   std::size_t next = 0;
   bool is_over = false;
+  const ArenaLease arena(num_threads);
   const auto begin = [&](tbb::flow_control& flow) {
     const HandOver hand_over(pieces_handed_over);
+    const ArenaLease::Range range(arena);
     const std::size_t place = next;
     if (is_over || !guard(place, produce)) {
       flow.stop();
@@ -263,23 +203,26 @@ void ParallelPipeline(std::size_t places, const std::function<bool(std::size_t p
   };
   const auto go_on = [&](std::size_t place) {
     const HandOver hand_over(pieces_handed_over);
+    const ArenaLease::Range range(arena);
     guard(place, [&](std::size_t own) { return work(own), true; });
     return place;
   };
   const auto end = [&](std::size_t place) {
     const HandOver hand_over(pieces_handed_over);
+    const ArenaLease::Range range(arena);
     guard(place, [&](std::size_t own) { return consume(own), true; });
     if (failures[place]) std::rethrow_exception(failures[place]);
   };
   const HandOver hand_over(pieces_handed_over);  // at the end, also of a failure, to the caller
-  const auto arena = GetArena(num_threads);
-  arena->arena.execute([&] {
+  OwnContext context;
+  arena.Get().execute([&] {
     tbb::this_task_arena::isolate([&] {
       using Mode = tbb::filter_mode;
       tbb::parallel_pipeline(places,
                              tbb::make_filter<void, std::size_t>(Mode::serial_in_order, begin) &
                                  tbb::make_filter<std::size_t, std::size_t>(Mode::parallel, go_on) &
-                                 tbb::make_filter<std::size_t, void>(Mode::serial_in_order, end));
+                                 tbb::make_filter<std::size_t, void>(Mode::serial_in_order, end),
+                             context.Get());
     });
   });
 }

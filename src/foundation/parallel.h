@@ -6,6 +6,9 @@
 /// Work on all processors, carried by oneTBB. Nothing is started before the first call that has
 /// something to share out.
 ///
+/// A host may use oneTBB itself and call from its tasks: a call waits for nothing but its own ranges,
+/// and its thread takes up nothing else meanwhile. Ranges round and trap as their caller does.
+///
 /// A body writes to places of its own only, so that results never depend on the number of threads.
 /// Who calls must not hold a lock that a body takes.
 namespace corvath::utils {
@@ -18,6 +21,10 @@ std::size_t GetNumThreads();
 
 /// Overrides the environment for the whole process; 0 returns to it, more than 1024 is 1024.
 void SetNumThreads(std::size_t count);
+
+/// Gives back what oneTBB keeps for the next parallel call, so that a host that uses it, too, can shut
+/// it down. The next call fetches it again.
+void ReleaseThreads();
 
 /// Calls `body(begin, end)` for consecutive ranges that cover [0, count) once each; all ranges
 /// begin at multiples of `grain`. Up to one grain, and with one thread, that is one call on the

@@ -56,6 +56,11 @@ TEST_F(Host, LoadsTwoCopiesOfTheLibrary) {
   }
 }
 
+TEST_F(Host, CallsFromItsOwnTasks) {
+  for (const std::string host : {TEST_TBB_HOST, TEST_TBB_COPY_HOST})
+    EXPECT_EQ(RunCommand("'" + host + "' '" + project_ + "' 2>&1"), std::pair(std::string(), 0));
+}
+
 TEST_F(Host, TwoProcessesOpenOneFileAtOnce) {
   const std::string one = "'" TEST_HOST "' '" + project_ + "' /no/such/file >/dev/null 2>&1";
   FILE* const first = popen(one.c_str(), "r");

@@ -2,11 +2,16 @@
 
 #include "support/testing.h"
 
+#include <pthread.h>
 #include <sched.h>
+#include <signal.h>
 #include <sys/wait.h>
+#include <tbb/parallel_for.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cfenv>
+#include <mutex>
 #include <numeric>
 #include <thread>
 
@@ -118,6 +123,88 @@ TEST_P(Parallel, AChildWorksOnAfterAFork) {
   ASSERT_EQ(waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
   EXPECT_TRUE(count());
+}
+
+TEST_P(Parallel, ACallerGetsOnThoughOthersWaitForIt) {
+  std::mutex of_the_host;
+  std::atomic<std::size_t> done{0};
+  alarm(60);  // a deadlock ends by a signal
+  std::vector<std::thread> callers;
+  for (int caller = 0; caller < 6; ++caller)
+    callers.emplace_back([&, caller] {
+      for (int repetition = 0; repetition < 30; ++repetition) {
+        std::unique_lock<std::mutex> held(of_the_host, std::defer_lock);
+        if (caller == 0) held.lock();
+        ParallelTasks(10, [&](std::size_t) {
+          std::unique_lock<std::mutex> wanted(of_the_host, std::defer_lock);
+          if (caller != 0) wanted.lock();
+          std::this_thread::yield();
+          ++done;
+        });
+      }
+    });
+  for (auto& caller : callers) caller.join();
+  alarm(0);
+  EXPECT_EQ(done, 6u * 30u * 10u);
+}
+
+TEST_P(Parallel, AHostThatCancelsItsTasksCancelsNoRange) {
+  tbb::task_group_context of_the_host;
+  std::atomic<int> calls{0};
+  std::atomic<int> ranges{0};
+  std::atomic<int> pieces{0};
+  const auto call = [&](int) {
+    of_the_host.cancel_group_execution();
+    ++calls;
+    ParallelTasks(50, [&](std::size_t) {
+      ParallelFor(3, 1, [&](std::size_t begin, std::size_t end) {
+        ranges += static_cast<int>(end - begin);
+      });
+    });
+    int produced = 0;
+    ParallelPipeline(
+        3, [&](std::size_t) { return produced++ < 20; }, [](std::size_t) {},
+        [&](std::size_t) { ++pieces; });
+  };
+  tbb::parallel_for(0, 8, call, of_the_host);
+  EXPECT_GE(calls, 1);
+  EXPECT_EQ(ranges, calls * 150);
+  EXPECT_EQ(pieces, calls * 20);
+}
+
+TEST_P(Parallel, RangesRoundAsTheirCallerDoes) {
+  const auto count_roundings = [](int wanted) {
+    std::atomic<int> found{0};
+    ParallelTasks(64, [&](std::size_t) {
+      std::this_thread::yield();
+      if (std::fegetround() == wanted) ++found;
+    });
+    return found.load();
+  };
+  EXPECT_EQ(count_roundings(FE_TONEAREST), 64);
+  std::fesetround(FE_UPWARD);
+  const int found = count_roundings(FE_UPWARD);
+  std::fesetround(FE_TONEAREST);
+  EXPECT_EQ(found, 64);
+  EXPECT_EQ(count_roundings(FE_TONEAREST), 64);
+}
+
+TEST_P(Parallel, SignalsOfTheHostStayOffWorkers) {
+  const auto is_blocked = [](int number) {
+    sigset_t mask;
+    pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+    return sigismember(&mask, number) == 1;
+  };
+  const pthread_t caller = pthread_self();
+  std::atomic<bool> is_right{true};
+  ParallelTasks(100, [&](std::size_t) {
+    std::this_thread::sleep_for(std::chrono::microseconds(50));  // so that workers get some
+    const bool is_worker = pthread_equal(pthread_self(), caller) == 0;
+    for (const int number : {SIGALRM, SIGINT, SIGPROF, SIGUSR1})
+      if (is_blocked(number) != is_worker) is_right = false;
+    if (is_blocked(SIGSEGV) || is_blocked(SIGFPE)) is_right = false;
+  });
+  EXPECT_TRUE(is_right);
 }
 
 INSTANTIATE_TEST_SUITE_P(Threads, Parallel, testing::Values(1, 2, 4));
