@@ -1,11 +1,8 @@
 #include "foundation/parallel.h"
 
-#include "foundation/worker_arena.h"
+#include "foundation/scheduler.h"
 
 #include <sched.h>
-#include <tbb/parallel_for.h>
-#include <tbb/parallel_pipeline.h>
-#include <tbb/task_group.h>
 
 #include <algorithm>
 #include <atomic>
@@ -15,6 +12,7 @@
 #include <exception>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace corvath::utils {
@@ -64,36 +62,6 @@ class FirstFailure {
   std::exception_ptr error_;
 };
 
-/// Takes over what the caller wrote, and hands over what a range wrote. oneTBB orders what happens
-/// before, in and after ranges; this tells it to the thread sanitizer, which does not see into
-/// Debian's build.
-class HandOver {
- public:
-  explicit HandOver(std::atomic<std::size_t>& count) : count_(count) {
-    count_.fetch_add(1, std::memory_order_acq_rel);
-  }
-  HandOver(const HandOver&) = delete;
-  HandOver& operator=(const HandOver&) = delete;
-  ~HandOver() { count_.fetch_add(1, std::memory_order_acq_rel); }
-
- private:
-  std::atomic<std::size_t>& count_;
-};
-
-/// How a parallel call runs whatever surrounds it: a host that cancels its own tasks, of which this
-/// call may be part, does not cancel the ranges; and all of them round and trap as the caller does.
-class OwnContext {
- public:
-  tbb::task_group_context& Get() { return context_; }
-
- private:
-  using Context = tbb::task_group_context;
-  Context context_{Context::isolated, Context::default_traits | Context::fp_settings};
-};
-
-/// Of all pipelines: no task needs more than its address to take over.
-std::atomic<std::size_t> pieces_handed_over{0};
-
 /// Calls `body(first, last)` over ranges of blocks, if `one_by_one` block for block.
 template <class Body>
 void RunBlocks(std::size_t n_blocks, bool one_by_one, const Body& body) {
@@ -101,31 +69,14 @@ void RunBlocks(std::size_t n_blocks, bool one_by_one, const Body& body) {
   if (num_threads == 1) return body(0, n_blocks);
 
   FirstFailure failure;
-  std::atomic<std::size_t> handed_over{0};
-  handed_over.store(1, std::memory_order_release);
-  const ArenaLease arena(num_threads);
-  const auto run = [&](const tbb::blocked_range<std::size_t>& blocks) {
-    const HandOver hand_over(handed_over);
-    const ArenaLease::Range range(arena);
-    if (failure.IsBelow(blocks.begin())) return;
+  RunRanges(num_threads, n_blocks, one_by_one, [&](std::size_t first, std::size_t last) {
+    if (failure.IsBelow(first)) return;
     try {
-      body(blocks.begin(), blocks.end());
+      body(first, last);
     } catch (...) {
-      failure.Take(blocks.begin(), std::current_exception());
+      failure.Take(first, std::current_exception());
     }
-  };
-  const tbb::blocked_range<std::size_t> all(0, n_blocks);
-  OwnContext context;
-  arena.Get().execute([&] {
-    // Isolated: a range that waits for ranges of its own must not take up those beside it.
-    tbb::this_task_arena::isolate([&] {
-      if (one_by_one)
-        tbb::parallel_for(all, run, tbb::simple_partitioner(), context.Get());
-      else
-        tbb::parallel_for(all, run, context.Get());
-    });
   });
-  handed_over.load(std::memory_order_acquire);
   failure.Rethrow();
 }
 
@@ -143,7 +94,7 @@ void SetNumThreads(std::size_t count) {
 }
 
 void ReleaseThreads() {
-  ReleaseIdleArenas();
+  ReleaseScheduler();
 }
 
 void ParallelFor(std::size_t count, std::size_t grain,
@@ -185,46 +136,24 @@ void ParallelPipeline(std::size_t places, const std::function<bool(std::size_t p
       return true;
     }
   };
-  // At most `places` pieces are under way, consecutive ones: those that share a place never meet.
-  std::size_t next = 0;
-  bool is_over = false;
-  const ArenaLease arena(num_threads);
-  const auto begin = [&](tbb::flow_control& flow) {
-    const HandOver hand_over(pieces_handed_over);
-    const ArenaLease::Range range(arena);
-    const std::size_t place = next;
-    if (is_over || !guard(place, produce)) {
-      flow.stop();
-      return place;
-    }
-    is_over = failures[place] != nullptr;
-    next = (next + 1) % places;
-    return place;
-  };
-  const auto go_on = [&](std::size_t place) {
-    const HandOver hand_over(pieces_handed_over);
-    const ArenaLease::Range range(arena);
-    guard(place, [&](std::size_t own) { return work(own), true; });
-    return place;
-  };
-  const auto end = [&](std::size_t place) {
-    const HandOver hand_over(pieces_handed_over);
-    const ArenaLease::Range range(arena);
-    guard(place, [&](std::size_t own) { return consume(own), true; });
-    if (failures[place]) std::rethrow_exception(failures[place]);
-  };
-  const HandOver hand_over(pieces_handed_over);  // at the end, also of a failure, to the caller
-  OwnContext context;
-  arena.Get().execute([&] {
-    tbb::this_task_arena::isolate([&] {
-      using Mode = tbb::filter_mode;
-      tbb::parallel_pipeline(places,
-                             tbb::make_filter<void, std::size_t>(Mode::serial_in_order, begin) &
-                                 tbb::make_filter<std::size_t, std::size_t>(Mode::parallel, go_on) &
-                                 tbb::make_filter<std::size_t, void>(Mode::serial_in_order, end),
-                             context.Get());
-    });
-  });
+  bool is_over = false;        // of the producer
+  std::exception_ptr failure;  // of the consumer
+  std::atomic<bool> has_failed{false};
+  RunPipeline(
+      num_threads, places,
+      [&](std::size_t place) {
+        if (is_over || has_failed || !guard(place, produce)) return false;
+        is_over = failures[place] != nullptr;
+        return true;
+      },
+      [&](std::size_t place) { guard(place, [&](std::size_t own) { return work(own), true; }); },
+      [&](std::size_t place) {
+        if (has_failed) return;
+        guard(place, [&](std::size_t own) { return consume(own), true; });
+        failure = std::exchange(failures[place], nullptr);
+        has_failed = failure != nullptr;
+      });
+  if (failure) std::rethrow_exception(failure);
 }
 
 }  // namespace corvath::utils

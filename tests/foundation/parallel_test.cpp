@@ -6,7 +6,6 @@
 #include <sched.h>
 #include <signal.h>
 #include <sys/wait.h>
-#include <tbb/parallel_for.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -146,30 +145,6 @@ TEST_P(Parallel, ACallerGetsOnThoughOthersWaitForIt) {
   for (auto& caller : callers) caller.join();
   alarm(0);
   EXPECT_EQ(done, 6u * 30u * 10u);
-}
-
-TEST_P(Parallel, AHostThatCancelsItsTasksCancelsNoRange) {
-  tbb::task_group_context of_the_host;
-  std::atomic<int> calls{0};
-  std::atomic<int> ranges{0};
-  std::atomic<int> pieces{0};
-  const auto call = [&](int) {
-    of_the_host.cancel_group_execution();
-    ++calls;
-    ParallelTasks(50, [&](std::size_t) {
-      ParallelFor(3, 1, [&](std::size_t begin, std::size_t end) {
-        ranges += static_cast<int>(end - begin);
-      });
-    });
-    int produced = 0;
-    ParallelPipeline(
-        3, [&](std::size_t) { return produced++ < 20; }, [](std::size_t) {},
-        [&](std::size_t) { ++pieces; });
-  };
-  tbb::parallel_for(0, 8, call, of_the_host);
-  EXPECT_GE(calls, 1);
-  EXPECT_EQ(ranges, calls * 150);
-  EXPECT_EQ(pieces, calls * 20);
 }
 
 TEST_P(Parallel, RangesRoundAsTheirCallerDoes) {
