@@ -1,5 +1,6 @@
 #include "study/watched_work.h"
 
+#include "foundation/host_signals.h"
 #include "study/refusal.h"
 
 #include <chrono>
@@ -41,7 +42,7 @@ void RunWatched(const Progress& progress, const std::function<void(const Progres
     return !state.is_cancelled;
   };
   if (!progress(state.share, state.text)) throw Cancelled();
-  std::thread worker([&] {
+  const auto run = [&] {
     std::exception_ptr failure;
     try {
       work(note);
@@ -52,7 +53,11 @@ void RunWatched(const Progress& progress, const std::function<void(const Progres
     state.failure = failure;
     state.is_done = true;
     state.changed.notify_one();
-  });
+  };
+  std::thread worker = [&] {
+    const utils::SignalsBlocked blocked;
+    return std::thread(run);
+  }();
   std::exception_ptr own_failure;
   std::unique_lock<std::mutex> lock(state.mutex);
   while (!state.is_done) {

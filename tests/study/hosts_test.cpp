@@ -3,6 +3,9 @@
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/time.h>
 #include <zelsolver/zelsolver.hpp>
 
 #include <thread>
@@ -69,6 +72,68 @@ TEST(Study, ThreadsHaveErrorsOfTheirOwnAndShareAProject) {
 }
 
 /// A copy of the library that comes and goes, as a plug-in of a host brings it along.
+volatile sig_atomic_t num_alarms = 0;
+
+TEST(Study, AlarmsOfTheHostInterruptNothingAndRunOnItsThread) {
+  const support::TemporaryDirectory folder;
+  const std::string pipe = folder.File("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  std::thread writer([&] {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, nullptr);
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));  // the reader waits for this end
+    std::ofstream stream(pipe);
+    for (int row = -1; row < 20; ++row) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(2));
+      stream << (row < 0 ? "x,y" : std::to_string(row) + ",1") << std::endl;
+    }
+  });
+  struct sigaction action {};
+  action.sa_handler = [](int) { num_alarms = num_alarms + 1; };  // calls are not restarted
+  struct sigaction before {};
+  sigaction(SIGALRM, &action, &before);
+  const itimerval each_millisecond{{0, 1000}, {0, 1000}};
+  setitimer(ITIMER_REAL, &each_millisecond, nullptr);
+  const Table table = Get<Table>(
+      [&](zelstudy_table** out) { return zelstudy_table_read_csv(pipe.c_str(), nullptr, out); });
+  writer.join();
+  const auto description =
+      Get<Result>([&](zelstudy_result** out) { return zelstudy_table_describe(table.get(), out); });
+  EXPECT_EQ(Document(description)["rows"], 20);
+  EXPECT_GT(num_alarms, 0);
+
+  // From when the training has threads, this one keeps the alarm off: no other takes it.
+  struct State {
+    sigset_t alarm{};
+    int calls = 0;
+    int alarms = 0;
+  } state;
+  sigemptyset(&state.alarm);
+  sigaddset(&state.alarm, SIGALRM);
+  const auto progress = [](double, const char*, void* user) {
+    auto& of_test = *static_cast<State*>(user);
+    if (++of_test.calls != 2) return 0;
+    pthread_sigmask(SIG_BLOCK, &of_test.alarm, nullptr);
+    of_test.alarms = num_alarms;
+    return 0;
+  };
+  zelstudy_project* project = nullptr;
+  zelstudy_result* result = nullptr;
+  EXPECT_EQ(
+      zelstudy_train(Data().MakeTable().get(), kTraining, progress, &state, &project, &result),
+      ZELSTUDY_OK);
+  const Project owned(project);
+  const Result result_owned(result);
+  EXPECT_GE(state.calls, 2);
+  EXPECT_EQ(num_alarms, state.alarms);
+  pthread_sigmask(SIG_UNBLOCK, &state.alarm, nullptr);
+  EXPECT_GT(num_alarms, state.alarms);
+  const itimerval never{};
+  setitimer(ITIMER_REAL, &never, nullptr);
+  sigaction(SIGALRM, &before, nullptr);
+}
+
 TEST(Study, GoesOnWhenAnotherCopyIsUnloaded) {
   const support::TemporaryDirectory folder;
   const std::string path = folder.File("copy.so");

@@ -19,11 +19,20 @@ constexpr std::size_t kPieceLines = 4096;
 constexpr std::size_t kPieceSize = 1 << 20;  // and up to a chunk more
 constexpr unsigned char kOptions = CSV_STRICT | CSV_STRICT_FINI;
 
+/// Signals of the host may break off the waiting for the other end of a pipe.
+std::FILE* OpenForReading(const std::string& path) {
+  std::FILE* file = nullptr;
+  do {
+    file = std::fopen(path.c_str(), "rb");
+  } while (file == nullptr && errno == EINTR);
+  return file;
+}
+
 }  // namespace
 
 CsvReader::CsvReader(std::string file)
     : name_(file == "-" ? "standard input" : file),
-      file_(file == "-" ? stdin : std::fopen(file.c_str(), "rb")) {
+      file_(file == "-" ? stdin : OpenForReading(file)) {
   if (file_ == nullptr) throw Refusal(name_ + ": " + std::strerror(errno));
   struct stat status {};
   if (fstat(fileno(file_), &status) == 0) {
@@ -172,8 +181,13 @@ void CsvReader::ReadChunk() {
   pending_.erase(0, piece_begin_);
   piece_begin_ = 0;
   chunk_.resize(kChunk);
-  const std::size_t size = std::fread(chunk_.data(), 1, chunk_.size(), file_);
-  if (std::ferror(file_) != 0) throw Refusal(name_ + ": " + std::strerror(errno));
+  std::size_t size = 0;
+  do {  // a signal may break off the reading, too, with or without some bytes
+    size = std::fread(chunk_.data(), 1, chunk_.size(), file_);
+    if (std::ferror(file_) == 0) break;
+    if (errno != EINTR) throw Refusal(name_ + ": " + std::strerror(errno));
+    std::clearerr(file_);
+  } while (size == 0);
   bytes_read_ += size;
   decoder_.Decode({chunk_.data(), size}, size == 0, pending_);
   is_decoded_ = size == 0 || !decoder_.GetFault().empty();
