@@ -61,6 +61,11 @@ TEST_F(Host, CallsFromItsOwnTasks) {
     EXPECT_EQ(RunCommand("'" + host + "' '" + project_ + "' 2>&1"), std::pair(std::string(), 0));
 }
 
+TEST_F(Host, UnloadsTimeAndAgainWhileATimerInterruptsIt) {
+  EXPECT_EQ(RunCommand("'" TEST_UNLOADING_HOST "' '" TEST_LIBRARY "' '" + project_ + "' 2>&1"),
+            std::pair(std::string(), 0));
+}
+
 TEST_F(Host, TwoProcessesOpenOneFileAtOnce) {
   const std::string one = "'" TEST_HOST "' '" + project_ + "' /no/such/file >/dev/null 2>&1";
   FILE* const first = popen(one.c_str(), "r");
