@@ -3,7 +3,8 @@ train` with ZELSOLVER_NUM_THREADS=1 over that without, runs by turns, the fastes
 machine on which nothing else runs; the last column is the same ratio of the processor time.
 Wanted on two cores: 1.85 for predictions, 1.7 for the training.
 
-    PYTHONPATH=python python3 bench/core_ratios.py [ZEL]
+    LD_LIBRARY_PATH=build/release/src/api:build/release/src/study PYTHONPATH=python \\
+        python3 bench/core_ratios.py [ZEL]
 """
 
 import os
@@ -80,7 +81,7 @@ def main():
         report("zel train, 500 designs of 10 inputs",
                lambda: zel("train", designs, "--inputs", "x*", "--responses", "y0", "-o", path),
                rounds=2)
-        report("zel solve, 100,000 designs", lambda: zel(
+        report(f"zel solve, {POINTS:,} designs", lambda: zel(
             "solve", path, "--in", points, "--extrapolate", "-o", path + ".csv"))
         report_predictions("trained", path, "y0")
     report_predictions("truss", TRUSS, "stress[3]")
