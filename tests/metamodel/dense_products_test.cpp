@@ -1,5 +1,6 @@
 #include "metamodel/simd/dense_products.h"
 
+#include "metamodel/level_test.h"
 #include "support/points.h"
 #include "support/testing.h"
 
@@ -13,18 +14,7 @@ using Exact = Eigen::Matrix<long double, Eigen::Dynamic, Eigen::Dynamic>;
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
-class DenseProducts : public testing::TestWithParam<int> {
- protected:
-  void SetUp() override {
-    int count = 0;
-    const simd::DenseRoutines* const* all = simd::GetAllDenseRoutines(&count);
-    if (GetParam() >= count) GTEST_SKIP() << "not on this processor";
-    routines_ = all[GetParam()];
-  }
-
-  const simd::DenseRoutines* routines_ = nullptr;
-  Eigen::VectorXd work_ = Eigen::VectorXd(simd::kProductWork);
-};
+using DenseProducts = LevelTest<simd::DenseRoutines, simd::GetAllDenseRoutines>;
 
 Exact Lower(const Eigen::MatrixXd& matrix, Eigen::Index n) {
   return matrix.topRows(n).cast<long double>().triangularView<Eigen::Lower>();
@@ -35,6 +25,7 @@ Exact Lower(const Eigen::MatrixXd& matrix, Eigen::Index n) {
 // Against work in long double: relative errors of norms, by the bounds of N. J. Higham,
 // "Accuracy and Stability of Numerical Algorithms", 2nd edition, SIAM, 2002, chapters 8 and 10.
 TEST_P(DenseProducts, FactoriseSolveAndInvertWithinTheBoundsOfRounding) {
+  Eigen::VectorXd work(simd::kProductWork);
   for (const Eigen::Index n : {1, 2, 5, 31, 32, 33, 97, 203, 300}) {
     const Eigen::MatrixXd half = support::UniformPoints(n, n, 3);
     const Eigen::Index stride = n + 3;
@@ -45,7 +36,7 @@ TEST_P(DenseProducts, FactoriseSolveAndInvertWithinTheBoundsOfRounding) {
     l.topRows(n).triangularView<Eigen::StrictlyUpper>().setConstant(7.0);
     const double bound = 4.0 * static_cast<double>(n + 1) * kEpsilon;
 
-    ASSERT_TRUE(routines_->cholesky(l.data(), stride, n, work_.data()));
+    ASSERT_TRUE(routines_->cholesky(l.data(), stride, n, work.data()));
     const Exact root = Lower(l, n);
     EXPECT_LT((root * root.transpose() - a).norm(), bound * a.norm()) << n;
 
@@ -55,12 +46,12 @@ TEST_P(DenseProducts, FactoriseSolveAndInvertWithinTheBoundsOfRounding) {
     EXPECT_LT(residual.norm(), bound * a.norm() * x.norm()) << n;
 
     Eigen::MatrixXd inverse = l;
-    routines_->invert_lower(inverse.data(), stride, n, work_.data());
+    routines_->invert_lower(inverse.data(), stride, n, work.data());
     const Exact inverse_root = Lower(inverse, n);
     const Exact unit = Exact::Identity(n, n);
     EXPECT_LT((inverse_root * root - unit).norm(), bound * inverse_root.norm() * root.norm()) << n;
 
-    routines_->square_lower(inverse.data(), stride, n, work_.data());
+    routines_->square_lower(inverse.data(), stride, n, work.data());
     const Exact square = inverse_root.transpose() * inverse_root;
     EXPECT_LT((Lower(inverse, n) - Exact(square.triangularView<Eigen::Lower>())).norm(),
               bound * square.norm());
@@ -72,7 +63,7 @@ TEST_P(DenseProducts, FactoriseSolveAndInvertWithinTheBoundsOfRounding) {
   for (const double bad : {-1.0, 0.0, std::nan("")}) {
     Eigen::MatrixXd a = Eigen::MatrixXd::Identity(70, 70);
     a(65, 65) = bad;
-    EXPECT_FALSE(routines_->cholesky(a.data(), 70, 70, work_.data())) << bad;
+    EXPECT_FALSE(routines_->cholesky(a.data(), 70, 70, work.data())) << bad;
   }
 }
 

@@ -3,6 +3,7 @@
 #include "metamodel/kernels/kernel_block.h"
 #include "metamodel/kernels/kernels_constant.h"
 #include "metamodel/kernels/kernels_nodal.h"
+#include "metamodel/level_test.h"
 #include "support/testing.h"
 
 #include <Eigen/Core>
@@ -11,17 +12,7 @@ using namespace corvath::math::metamodel;
 
 namespace {
 
-class KernelSums : public testing::TestWithParam<int> {
- protected:
-  void SetUp() override {
-    int count = 0;
-    const simd::KernelRoutines* const* all = simd::GetAllKernelRoutines(&count);
-    if (GetParam() >= count) GTEST_SKIP() << "not on this processor";
-    routines_ = all[GetParam()];
-  }
-
-  const simd::KernelRoutines* routines_ = nullptr;
-};
+using KernelSums = LevelTest<simd::KernelRoutines, simd::GetAllKernelRoutines>;
 
 simd::ExpKernel Job(const Eigen::MatrixXd& points, const Eigen::MatrixXd& x,
                     const Eigen::VectorXd& factors) {

@@ -1,5 +1,6 @@
 #include "metamodel/simd/local_systems.h"
 
+#include "metamodel/level_test.h"
 #include "support/points.h"
 
 #include <Eigen/Cholesky>
@@ -13,26 +14,16 @@ namespace {
 
 using Exact = Eigen::Matrix<long double, Eigen::Dynamic, Eigen::Dynamic>;
 
-class LocalSystems : public testing::TestWithParam<int> {
- protected:
-  void SetUp() override {
-    int count = 0;
-    const simd::LocalRoutines* const* all = simd::GetAllLocalRoutines(&count);
-    if (GetParam() >= count) GTEST_SKIP() << "not on this processor";
-    routines_ = all[GetParam()];
-  }
+using LocalSystems = LevelTest<simd::LocalRoutines, simd::GetAllLocalRoutines>;
 
-  Eigen::VectorXd Solve(const simd::LocalRoutines& routines, const Eigen::MatrixXd& sums,
-                        const Eigen::MatrixXd& at, bool definite) {
-    Eigen::VectorXd work(simd::SolveWork(at.cols()));
-    Eigen::VectorXd results(at.rows());
-    routines.solve({sums.data(), sums.rows(), sums.cols(), at.cols(), at.data(), at.rows()},
-                   definite, work.data(), results.data());
-    return results;
-  }
-
-  const simd::LocalRoutines* routines_ = nullptr;
-};
+Eigen::VectorXd Solve(const simd::LocalRoutines& routines, const Eigen::MatrixXd& sums,
+                      const Eigen::MatrixXd& at, bool definite) {
+  Eigen::VectorXd work(simd::SolveWork(at.cols()));
+  Eigen::VectorXd results(at.rows());
+  routines.solve({sums.data(), sums.rows(), sums.cols(), at.cols(), at.data(), at.rows()}, definite,
+                 work.data(), results.data());
+  return results;
+}
 
 /// Products of basis functions as sums need them: one column for each point.
 Eigen::MatrixXd Products(const Eigen::MatrixXd& basis, const Eigen::VectorXd& values) {
