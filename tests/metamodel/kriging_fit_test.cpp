@@ -237,19 +237,31 @@ Eigen::VectorXd Noise(Eigen::Index n, std::uint64_t seed) {
       [](double p) { return corvath::math::NormalQuantile(p); });
 }
 
-/// The objective by its formula: restricted likelihood and prior of the length scales.
+/// The objective by its formula: restricted likelihood and prior of the length scales. What these have
+/// in common is searched on a grid.
 double ObjectiveByFormula(const Eigen::MatrixXd& points, const Eigen::VectorXd& values,
                           const Eigen::VectorXd& radii, double nugget) {
   const support::PlainKriging plain(points, values, radii, nugget);
   const auto n = static_cast<double>(points.rows());
   double objective = 0.5 * ((n - 1.0) * std::log(plain.sigma2 * n / (n - 1.0)) +
                             plain.log_determinant + std::log(plain.information));
-  const double prior = std::sqrt(2.0) + 0.5 * std::log(static_cast<double>(points.cols()));
-  for (const double radius : radii) {
-    const double scale = std::log(radius / std::sqrt(-2.0 * std::log(0.001)));
-    objective += 0.5 * std::pow(scale - prior, 2) / 3.0;
+  Eigen::VectorXd off(radii.size());
+  Eigen::VectorXd ranges(points.cols());
+  for (Eigen::Index j = 0; j < points.cols(); ++j) {
+    const Eigen::ArrayXd column = points.col(j).array() - points.col(j).mean();
+    ranges(j) = std::log(3.0 * std::sqrt(column.square().mean()));
   }
-  return objective;
+  for (Eigen::Index k = 0; k < radii.size(); ++k)
+    off(k) = std::log(radii(k) / std::sqrt(-2.0 * std::log(0.001))) - std::sqrt(2.0) -
+             0.5 * std::log(static_cast<double>(points.cols())) -
+             (radii.size() > 1 ? ranges(k) : ranges.mean());
+  double least = std::numeric_limits<double>::infinity();
+  for (double common = -8.0; common < 8.0; common += 1e-4) {
+    double prior = 0.5 * common * common / 3.0;
+    for (const double x : off) prior += 2.0 * std::log(1.0 + (x - common) * (x - common) / 0.3);
+    least = std::min(least, prior);
+  }
+  return objective + least;
 }
 
 TEST(KernelNoiseFit, FindsAMinimumOfTheObjective) {

@@ -116,6 +116,19 @@ TEST(OrdinaryKriging, LikelihoodGradientMatchesExtrapolatedDifferences) {
   }
 }
 
+TEST(OrdinaryKriging, ReproducesAPlaneAtItsPointsAndBetweenThem) {
+  const Sample sample;
+  OrdinaryKriging model(sample.points, sample.values,
+                        Settings(KernelType::kConstInflExp, Eigen::Vector3d(4.0, 5.0, 6.0), 0.1));
+  ASSERT_TRUE(model.Build());
+  const Eigen::Vector3d slopes(2.0, 0.1, -1.0);
+  ASSERT_TRUE(model.Reproduce(sample.points * slopes));
+  // Within 1 % of its range of 5, also a little outside of the points.
+  for (const auto& [points, bound] : {std::pair{sample.points, 1e-3}, {Sample(100).points, 0.05}})
+    EXPECT_LT((model.Approximate(points) - points * slopes).cwiseAbs().maxCoeff(), bound);
+  EXPECT_THROW(model.Reproduce(Eigen::VectorXd::Zero(3)), std::logic_error);
+}
+
 TEST(OrdinaryKriging, RefusesASingularSystemAndKeepsWhatItHad) {
   Sample sample(10);
   OrdinaryKriging model(sample.points, sample.values,

@@ -20,7 +20,8 @@ struct KernelWithNoise {
 ///
 /// Radii that few data do not determine are drawn to long ones, nearly linear, by a log-normal prior
 /// that grows with the number of inputs (C. Hvarfner, E. O. Hellsten, L. Nardi, "Vanilla Bayesian
-/// optimization performs great in high dimensions", ICML 2024). The nugget lies between 1e-8 and
+/// optimization performs great in high dimensions", ICML 2024), relative to the spread of each input,
+/// and to each other, unless data say that inputs differ. The nugget lies between 1e-8 and
 /// 1e4: all is noise.
 /// @param points  N x r, each column scaled to [0, 1]
 /// @param values  N

@@ -137,6 +137,23 @@ bool OrdinaryKriging::BuildWithNoise(const std::vector<Eigen::Index>& rows) {
   return Build();
 }
 
+bool OrdinaryKriging::Reproduce(const Eigen::VectorXd& values) {
+  // Instead of the nugget, which would smooth: weights of nearly equal rows must stay finite.
+  constexpr double kJitter = 1e-7;
+  if (!IsBuilt() || values.size() != points_trans_reduced_.rows())
+    throw std::logic_error("Reproduce: a model that is not built, or another number of values");
+  const Eigen::VectorXd wanted =
+      trans_value_ ? Eigen::VectorXd(trans_value_->Forward(values)) : values;
+  Eigen::MatrixXd correlation;
+  BuildCorrelation(points_trans_reduced_, correlation);
+  correlation.diagonal().setConstant(1.0 + kJitter);
+  DefiniteFactor factor;
+  if (!factor.Compute(correlation)) return false;
+  mean_ = wanted.mean();
+  kernel_weights_ = factor.Solve((wanted.array() - mean_).matrix());
+  return true;
+}
+
 bool OrdinaryKriging::Fit(const IndexVector& subsets) {
   if (trans_value_) {
     PassInterruptionPoint();

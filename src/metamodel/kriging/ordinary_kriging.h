@@ -65,6 +65,14 @@ class OrdinaryKriging : public SurrogateBase {
   /// @throws std::logic_error  a kernel without radii
   bool BuildWithNoise(const std::vector<Eigen::Index>& rows);
 
+  /// Takes mean and weights with which a built model passes through these values (N, in the user's
+  /// units) at its support points, nearly where those are close to each other; radii are kept. For a
+  /// mean of this model and another. The values it was fitted to stay, as does what is computed from
+  /// them.
+  /// @returns false, with nothing changed, when the correlation matrix is not positive definite
+  /// @throws std::logic_error  the model is not built, or another number of values
+  bool Reproduce(const Eigen::VectorXd& values);
+
   /// How much the cross-validated share of unexplained variance grows when one input is removed: m
   /// values, 0 for inputs that are not selected, NaN where the smaller model cannot be built.
   virtual Eigen::VectorXd ComputeSingleCoPs(const IndexVector& subsets) const;
