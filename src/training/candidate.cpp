@@ -233,13 +233,6 @@ FittedForm FitForm(const CandidateForm& form, const SurrogateSettingsBase& setti
   return fitted;
 }
 
-double EffectiveCoefficients(double cod, double cop, Eigen::Index n) {
-  const auto most = static_cast<double>(n);
-  const double ratio = (1.0 - cod) / (1.0 - cop);
-  if (!(ratio >= 0.0)) return most;  // also where nothing is left unexplained
-  return std::clamp(most * (1.0 - std::sqrt(ratio)), 1.0, most);
-}
-
 SubspaceResults Judge(const SurrogateBase& model, const CandidateForm& form,
                       const ResponseData& data, const Eigen::VectorXd& predicted) {
   SubspaceResults results;

@@ -49,6 +49,11 @@ inline bool Shrinks(const CandidateForm& form) {
 /// The mean: what every other model must beat.
 constexpr CandidateForm kConstantForm{Family::kRegression, 0, false, false};
 
+/// What bends least and most over all inputs, and shrinks what the data do not support.
+constexpr CandidateForm kPlaneForm{Family::kRegression, 1, false, false, /*ridge=*/true};
+constexpr CandidateForm kIsotropicForm{Family::kIsotropicKriging, 0, false, false};
+constexpr CandidateForm kAnisotropicForm{Family::kAnisotropicKriging, 0, false, false};
+
 /// The forms that the settings allow, the cheapest first; each without Box-Cox transform, then with.
 /// The constant is none of them.
 std::vector<CandidateForm> AllowedForms(const ModelChoice& choice);
@@ -93,13 +98,6 @@ FittedForm FitForm(const CandidateForm& form,
 math::metamodel::SubspaceResults Judge(const math::metamodel::SurrogateBase& model,
                                        const CandidateForm& form, const ResponseData& data,
                                        const Eigen::VectorXd& predicted);
-
-/// Coefficients that a model with these residuals of its own (`cod` of the variance explained) and
-/// of cross-validation (`cop`) makes use of, n (1 - sqrt((1 - cod) / (1 - cop))): generalised
-/// cross-validation solved for the trace of the hat matrix. G. H. Golub, M. Heath, G. Wahba,
-/// "Generalized cross-validation as a method for choosing a good ridge parameter", Technometrics
-/// 21, 1979, pp. 215-223. Between 1 and n.
-double EffectiveCoefficients(double cod, double cop, Eigen::Index n);
 
 /// Loss of CoP without each input, hyper-parameters and transforms kept: m values, 0 for inputs
 /// that the model does not use, NaN where the smaller model cannot be built.

@@ -46,21 +46,6 @@ double CostOf(const CandidateForm& form, double n, double p, double num_fit_rows
   return kOverhead;
 }
 
-/// Effective coefficients, and a free parameter more for each transform, penalty, radius and nugget.
-/// A model that interpolates uses all designs: half of them count, so that the number of its
-/// parameters still tells.
-double Complexity(const CandidateForm& form, const math::metamodel::SubspaceResults& results,
-                  Eigen::Index n) {
-  double parameters = (form.ridge ? 1.0 : 0.0) + (form.box_cox ? 1.0 : 0.0);
-  if (form.family == Family::kMovingLeastSquares) parameters += 1.0;
-  if (form.family == Family::kIsotropicKriging) parameters += 2.0;
-  if (form.family == Family::kAnisotropicKriging)
-    parameters += 1.0 + static_cast<double>(
-                            math::metamodel::CountBits(results.settings->GetVariableSelection()));
-  return parameters +
-         std::min(EffectiveCoefficients(results.CoD, results.CoP, n), 0.5 * static_cast<double>(n));
-}
-
 std::wstring TextOf(const CandidateForm& form, const BitVector& subspace) {
   const std::uint64_t num_inputs = math::metamodel::CountBits(subspace);
   return Describe(form) + L", " + std::to_wstring(num_inputs) +
@@ -252,7 +237,6 @@ void CandidateTrials::Fit(const Trial& trial) {
     }
     Candidate candidate{form, trial.subspace, Judge(model, form, data_, fitted.predicted),
                         fitted.penalty, std::move(fitted.predicted)};
-    candidate.complexity = Complexity(form, candidate.results, data_.values.size());
     if (std::isfinite(GetScore(candidate))) candidates_.push_back(std::move(candidate));
   } catch (const std::bad_alloc&) {
     throw;  // what is chosen must not depend on it

@@ -29,7 +29,6 @@ struct Candidate {
   math::metamodel::SubspaceResults results;
   math::metamodel::RidgePenalty penalty;
   Eigen::VectorXd predicted;  ///< n: each value without its group
-  double complexity = 1.0;    ///< effective coefficients, and free parameters of the form
 
   std::uint64_t GetNumberInputs() const { return math::metamodel::CountBits(subspace); }
 };

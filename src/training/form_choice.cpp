@@ -1,28 +1,21 @@
 #include "training/form_choice.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace corvath::training {
 namespace {
 
+/// Standard errors of paired differences within which a form counts as no worse than the best: one by
+/// custom, more where designs are few and standard errors themselves are uncertain. On some 70 public
+/// tables of 13 to 200 rows, one loses much, and 1.5 to 3 do much the same.
+double StandardErrorsFor(double num_designs) {
+  return 1.0 + 40.0 / num_designs;
+}
+
 /// Squared errors that many times those of the best are larger, whatever their scatter says: of exact
 /// functions some form is often a hundred times better, most of it at a few designs.
-constexpr double kLargestGrowth = 2.0;
-/// Standard errors of paired differences within which a plainer form counts as equal: one by custom,
-/// more where designs are few and standard errors themselves are uncertain; and within which equally
-/// plain ones do. On some 300 public tables of 18 to 200 rows, 1 to 2 and 0.2 to 0.5 do much the same.
-constexpr double kEqual = 1.0;
-constexpr double kEqualForFew = 1.5;
-constexpr Eigen::Index kFewErrors = 150;
-constexpr double kNearlyEqual = 0.35;
-
-int RankOf(const Finalist& finalist) {
-  const CandidateForm& form = finalist.candidate->form;
-  if (form.box_cox) return 4;
-  if (!Shrinks(form)) return 3;
-  if (!finalist.is_whole || (form.ridge && form.order > 1)) return 2;
-  return form.ridge ? 0 : 1;
+double LargestGrowthFor(double num_designs) {
+  return 1.0 + 100.0 / num_designs;
 }
 
 /// sqrt(1/J + n_test/n_train) in place of sqrt(1/J) for J groups.
@@ -42,43 +35,32 @@ bool IsWithin(const Eigen::VectorXd& errors, const Eigen::VectorXd& best, double
 
 }  // namespace
 
-std::size_t Choose(const Finalists& finalists, const Eigen::MatrixXd& errors,
-                   std::size_t num_groups) {
-  const double correction = CorrectionFor(num_groups);
-  const double equal = errors.rows() <= kFewErrors ? kEqualForFew : kEqual;
-  const Eigen::VectorXd totals = errors.colwise().sum();
-  const auto total = [&](std::size_t k) { return totals(static_cast<Eigen::Index>(k)); };
-  const auto column = [&](std::size_t k) { return errors.col(static_cast<Eigen::Index>(k)); };
-  std::vector<std::size_t> left;
+std::size_t FindWhole(const Finalists& finalists, const CandidateForm& form) {
   for (std::size_t k = 1; k < finalists.size(); ++k)
-    if (std::isfinite(total(k))) left.push_back(k);
-  const auto keep = [&](const auto& predicate) {
-    left.erase(
-        std::remove_if(left.begin(), left.end(), [&](std::size_t k) { return !predicate(k); }),
-        left.end());
-  };
-  const auto best_left = [&] {
-    return *std::min_element(left.begin(), left.end(),
-                             [&](std::size_t a, std::size_t b) { return total(a) < total(b); });
-  };
-  if (left.empty()) return 0;
-  std::size_t best = best_left();
-  keep([&](std::size_t k) {
-    return k == best || (total(k) <= kLargestGrowth * total(best) &&
-                         IsWithin(column(k), column(best), correction * equal));
-  });
-  int plainest = RankOf(finalists[left.front()]);
-  for (const std::size_t k : left) plainest = std::min(plainest, RankOf(finalists[k]));
-  keep([&](std::size_t k) { return RankOf(finalists[k]) == plainest; });
-  best = best_left();
-  keep([&](std::size_t k) {
-    return k == best || IsWithin(column(k), column(best), correction * kNearlyEqual);
-  });
-  const std::size_t winner =
-      *std::min_element(left.begin(), left.end(), [&](std::size_t a, std::size_t b) {
-        return finalists[a].candidate->complexity < finalists[b].candidate->complexity;
-      });
-  return IsWithin(column(winner), column(0), correction) ? winner : 0;
+    if (finalists[k].is_whole && IsSameForm(finalists[k].candidate->form, form)) return k;
+  return 0;
+}
+
+std::size_t FindRobust(const Finalists& finalists) {
+  for (const CandidateForm& form : {kAnisotropicForm, kIsotropicForm, kPlaneForm})
+    if (const std::size_t k = FindWhole(finalists, form); k > 0) return k;
+  return 0;
+}
+
+std::size_t Choose(const Eigen::MatrixXd& errors, std::size_t robust, std::size_t num_groups) {
+  const double correction = CorrectionFor(num_groups);
+  const auto n = static_cast<double>(errors.rows());
+  const Eigen::VectorXd totals = errors.colwise().sum();
+  Eigen::Index best = 0;
+  for (Eigen::Index k = 1; k < totals.size(); ++k)
+    if (std::isfinite(totals(k)) && (best == 0 || totals(k) < totals(best))) best = k;
+  auto winner = static_cast<Eigen::Index>(robust);
+  if (robust == 0 || !std::isfinite(totals(winner)) ||
+      totals(winner) > LargestGrowthFor(n) * totals(best) ||
+      !IsWithin(errors.col(winner), errors.col(best), correction * StandardErrorsFor(n)))
+    winner = best;
+  return IsWithin(errors.col(winner), errors.col(0), correction) ? static_cast<std::size_t>(winner)
+                                                                 : 0;
 }
 
 bool IsBetterThanConstant(const Eigen::VectorXd& errors, const Eigen::VectorXd& of_constant,

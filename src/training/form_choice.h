@@ -8,27 +8,29 @@
 
 namespace corvath::training {
 
-/// The choice among the finalists, by the squared errors of honest predictions.
+/// The choice among forms, by the squared errors of honest predictions.
 ///
-/// Of those whose errors are larger than those of the best by at most one standard error of the paired
-/// differences (one and a half up to 150 designs), the plainest win (L. Breiman, J. H. Friedman,
-/// R. A. Olshen, C. J. Stone, "Classification and Regression Trees", 1984, section 3.4.3). The
-/// standard error is that of means over groups whose models share most of their designs (C. Nadeau,
-/// Y. Bengio, "Inference for the generalization error", Machine Learning 52, 2003, pp. 239-281).
-/// Errors more than twice as large are larger in any case.
-///
-/// Plainest is the ridge regression of order 1 over all inputs; then comes kriging with a nugget over
-/// all inputs, which returns to the mean where designs are far; then other forms that shrink what the
-/// data do not support, of order 2 and over inputs that were chosen; then least squares and local
-/// models; last, transforms of the response. Of
-/// equally plain ones that of the least effective coefficients wins, among those within a third of a
-/// standard error of the best of them. The constant wins only where it is better than that one by
-/// more than a standard error: on tables with a weak signal a model that shrinks is the better choice.
-/// @param errors      n x F; a finalist with an error that is not finite does not win
+/// One of them is taken unless another is better beyond doubt: the best has errors smaller than its by
+/// more than 1 + 40 / n standard errors of the paired differences, or its are 1 + 100 / n times as
+/// large (n designs). Where designs are
+/// few, the best of many owes its place to luck, and a form that shrinks what the data do not support
+/// predicts better than what was chosen. The standard error is that of means over groups whose models
+/// share most of their designs (C. Nadeau, Y. Bengio, "Inference for the generalization error",
+/// Machine Learning 52, 2003, pp. 239-281). The constant wins only where it is better than the one
+/// that was chosen by more than a standard error.
+/// @param errors      n x F, those of the constant first; a form with an error that is not finite
+///                    does not win
+/// @param robust      position of the one that is taken; 0 for none
 /// @param num_groups  of the predictions; below 2 for those of designs that no model has seen
 /// @returns the position of the winner
-std::size_t Choose(const Finalists& finalists, const Eigen::MatrixXd& errors,
-                   std::size_t num_groups);
+std::size_t Choose(const Eigen::MatrixXd& errors, std::size_t robust, std::size_t num_groups);
+
+/// The form to be taken where nothing is better beyond doubt: that of all inputs with the widest reach
+/// among kriging with radii of their own, with one radius, and ridge regression of order 1. 0 for none.
+std::size_t FindRobust(const Finalists& finalists);
+
+/// The position of a form over all inputs; 0 where it is not there.
+std::size_t FindWhole(const Finalists& finalists, const CandidateForm& form);
 
 /// Whether these squared errors are smaller than those of the constant by more than a standard error;
 /// otherwise nothing is known but the mean.

@@ -91,7 +91,8 @@ const Candidate& ChooseByAll(CandidateTrials& trials, const Finalists& finalists
         trials.Build(finalist)->Approximate(judged.points);
   }
   constexpr std::size_t kNoGroups = 1;  // most of these designs are new to the models
-  return *finalists[Choose(finalists, SquaredErrors(values, predicted), kNoGroups)].candidate;
+  return *finalists[Choose(SquaredErrors(values, predicted), FindRobust(finalists), kNoGroups)]
+              .candidate;
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "foundation/parallel.h"
 #include "metamodel/regression/linear_regression.h"
 #include "metamodel/regression/linear_regression_settings.h"
+#include "training/blend.h"
 #include "training/competition.h"
 #include "training/form_choice.h"
 #include "training/large_competition.h"
@@ -68,10 +69,11 @@ class SharedProgress {
 };
 
 /// The model of a candidate with all figures that its own fit gives.
-ChosenModel Finish(CandidateTrials& trials, const Candidate& winner, const ResponseData& data) {
+ChosenModel Finish(CandidateTrials& trials, const Candidate& winner, const ResponseData& data,
+                   const boost::shared_ptr<math::metamodel::SurrogateBase>& model) {
   trials.Observe(L"Importance of the inputs");
   ChosenModel chosen;
-  chosen.model = trials.Build(winner);
+  chosen.model = model;
   chosen.text = Describe(winner.form);
   chosen.results = winner.results;
   chosen.results.singleCoPs = trials.ComputeSingleCoPs(winner, *chosen.model);
@@ -158,16 +160,51 @@ struct HonestForecasts {
   }
 };
 
+/// What the choice is made among: the forms, and behind them the one that is taken where none is better
+/// beyond doubt, if that is a mean of two.
+struct Contenders {
+  Eigen::MatrixXd predicted;  ///< a column each
+  std::size_t robust;
+  boost::shared_ptr<math::metamodel::SurrogateBase> blended;  ///< the model behind the last column
+  Candidate of_blend;                                         ///< its figures
+
+  Contenders(const HonestForecasts& honest, const Finalists& finalists,
+             const CandidateTrials& trials, const ResponseData& data)
+      : predicted(honest.predicted), robust(FindRobust(finalists)) {
+    const std::size_t curved = FindWhole(finalists, kAnisotropicForm);
+    const std::size_t flat = FindWhole(finalists, kPlaneForm);
+    if (curved == 0 || flat == 0) return;
+    const Candidate& kriging = *finalists[curved].candidate;
+    const Candidate& plane = *finalists[flat].candidate;
+    if (kriging.subspace != plane.subspace) return;
+    const Eigen::VectorXd of_kriging = predicted.col(static_cast<Eigen::Index>(curved));
+    const Eigen::VectorXd of_plane = predicted.col(static_cast<Eigen::Index>(flat));
+    double share = ShareOfPlane(data.values, of_kriging, of_plane);
+    if (share > 0.0 && share < 1.0) {
+      blended = Blend{&kriging, &plane, share}.Build(trials, data);
+      if (!blended) share = share < 0.5 ? 0.0 : 1.0;  // no model follows the mean: the better one
+    }
+    if (share == 0.0) return;
+    if (share == 1.0) blended = trials.Build(plane);
+    of_blend = share == 1.0 ? plane : kriging;
+    of_blend.predicted = (1.0 - share) * kriging.predicted + share * plane.predicted;
+    of_blend.results = Judge(*blended, of_blend.form, data, of_blend.predicted);
+    predicted.conservativeResize(Eigen::NoChange, predicted.cols() + 1);
+    robust = static_cast<std::size_t>(predicted.cols()) - 1;
+    predicted.rightCols(1) = PredictByBlend(data.values, of_kriging, of_plane, honest.members);
+  }
+};
+
 /// Predictions of each group by the form that the other groups choose: the choice of the form does
 /// not know what it is judged by either.
 Eigen::VectorXd PredictByChoice(const HonestForecasts& honest, const Eigen::MatrixXd& errors,
-                                const Finalists& finalists) {
+                                const Contenders& contenders) {
   Eigen::VectorXd predicted(errors.rows());
   for (std::size_t g = 0; g < honest.members.size(); ++g) {
-    const std::size_t form =
-        Choose(finalists, errors(honest.WithoutGroup(g), Eigen::all), honest.members.size());
+    const std::size_t form = Choose(errors(honest.WithoutGroup(g), Eigen::all), contenders.robust,
+                                    honest.members.size());
     for (const Eigen::Index row : honest.members[g])
-      predicted(row) = honest.predicted(row, static_cast<Eigen::Index>(form));
+      predicted(row) = contenders.predicted(row, static_cast<Eigen::Index>(form));
   }
   return predicted;
 }
@@ -197,11 +234,19 @@ ChosenModel ChooseAmongAll(const ResponseData& data, const TrainSettings& settin
   });
   honest.Collect(finalists);
 
-  const Eigen::MatrixXd errors = SquaredErrors(data.values, honest.predicted);
-  const std::size_t winner = Choose(finalists, errors, num_groups);
-  ChosenModel chosen = Finish(competition.GetTrials(), *finalists[winner].candidate, data);
+  CandidateTrials& trials = competition.GetTrials();
+  const Contenders contenders(honest, finalists, trials, data);
+  Eigen::MatrixXd errors = SquaredErrors(data.values, contenders.predicted);
+  // A form that fails at one design wins nowhere: without that design's group it must not, either.
+  for (auto form : errors.colwise())
+    if (!form.allFinite()) form.setConstant(std::numeric_limits<double>::infinity());
+  const std::size_t winner = Choose(errors, contenders.robust, num_groups);
+  const bool is_blend = winner == finalists.size();
+  const Candidate& candidate = is_blend ? contenders.of_blend : *finalists[winner].candidate;
+  ChosenModel chosen =
+      Finish(trials, candidate, data, is_blend ? contenders.blended : trials.Build(candidate));
   const Eigen::VectorXd predicted = winner == 0 ? Eigen::VectorXd(honest.predicted.col(0))
-                                                : PredictByChoice(honest, errors, finalists);
+                                                : PredictByChoice(honest, errors, contenders);
   if (IsBetterThanConstant(SquaredErrors(data.values, predicted), errors.col(0), num_groups))
     chosen.results.CoDtest = Determination(data.values, predicted);
   else
