@@ -26,9 +26,7 @@ def test_tells_what_the_project_holds(plate):
     assert flat["x"] == 0.9 and math.isnan(flat["y"]) and math.isnan(flat["Größe"])
     assert plate.used_inputs("flat") == ("x",)
     assert plate.used_inputs("mass") == Plate.inputs
-
-
-def test_knows_parameters_that_are_no_inputs(plate):
+    # Of parameters that are no inputs, too.
     assert plate.parameter_bounds("sum") == (-1, 3)  # x + y
     assert plate.reference_value("thickness") == 3
     with pytest.raises(zelsolver.UnknownNameError, match=r"^No Limits for Parameter \(thi"):
@@ -97,19 +95,6 @@ def test_travels_without_its_file(tmp_path):
         zelsolver.Project.from_bytes(contents[:999])
 
 
-def test_bytes_are_those_that_were_opened(tmp_path):
-    path = tmp_path / "study.vrdb"
-    shutil.copy(Plate.path, path)
-    with zelsolver.Project(path) as project:
-        shutil.copy(SAMPLE, path)
-        for ask in (project.to_bytes, lambda: pickle.dumps(project)):
-            with pytest.raises(zelsolver.ProjectError, match="was changed since it was opened"):
-                ask()
-        path.unlink()
-        with pytest.raises(zelsolver.ProjectError, match="No such file"):
-            project.to_bytes()
-
-
 def test_checks_the_hash():
     hash = zelsolver.file_hash(SAMPLE)
     assert hash == subprocess.run([ZEL, "hash", SAMPLE], capture_output=True, text=True,
@@ -137,7 +122,12 @@ def test_each_project_is_the_file_as_it_stood_when_opened(tmp_path):
         with zelsolver.Project(path) as after:
             assert after.responses == ("flat",)
             assert before.solve(Plate.designs(2)).responses.array.shape == (2, 5)
+        for ask in (before.to_bytes, lambda: pickle.dumps(before)):  # its bytes are gone
+            with pytest.raises(zelsolver.ProjectError, match="was changed since it was opened"):
+                ask()
         path.unlink()
+        with pytest.raises(zelsolver.ProjectError, match="No such file"):
+            before.to_bytes()
         # Many others come and go meanwhile.
         for i in range(20):
             shutil.copy(Plate.path, tmp_path / f"{i}.vrdb")

@@ -140,8 +140,7 @@ def grows_by(action, times):
 
 
 def open_one():
-    contents = Plate.path.read_bytes()
-    with zelsolver.Project.from_bytes(contents) as project:
+    with zelsolver.Project.from_bytes(Plate.path.read_bytes()) as project:
         assert project.describe()["criteria"]
 
 

@@ -1,12 +1,14 @@
 #include "design/designs/design_conversion.h"
 
 #include "design/parameters/discrete_states.h"
+#include "support/expect_refusals.h"
 #include "support/points.h"
 #include "support/testing.h"
 
 using namespace corvath::algorithm::datatypes;
 using Entry = CDesignEntry;
-using support::MessageOf;
+using support::ExpectRefusals, support::MessageOf;
+using Value = corvath::math::Variant<double>;
 using Kind = corvath::enums::DeterministicProperties;
 using Type = corvath::enums::DesignEntry;
 using Names = std::vector<std::wstring>;
@@ -37,10 +39,6 @@ Design DesignOf(EntrySequence parameters) {
   return Design(std::move(parameters), DesignId(1));
 }
 
-std::string ToMatrixRefusal(const DeterministicProperties& property, const Entry& value) {
-  return MessageOf([&] { DesignsToMatrix({DesignOf({{L"x", value}})}, {{L"x", property}}); });
-}
-
 }  // namespace
 
 TEST(DesignConversion, TurnsValuesIntoNumbersByName) {
@@ -52,58 +50,52 @@ TEST(DesignConversion, TurnsValuesIntoNumbersByName) {
       DesignsToMatrix({DesignOf(Sequence(0.25, 4.0, L"a", L"b")), DesignOf(shuffled),
                        DesignOf(Sequence(std::nan(""), 100.0, L"b", L"c"))},
                       AllKinds());
-  Eigen::MatrixXd expected(3, 4);  // nominal, value, free, index
-  expected << 1, 4, 0.25, 0,       //
-      0, 2, 1, 2,                  //
-      2, 4, std::nan(""), 1;
+  const Eigen::MatrixXd expected{
+      {1, 4, 0.25, 0}, {0, 2, 1, 2}, {2, 4, std::nan(""), 1}};  // nominal, value, free, index
   EXPECT_EQ(support::Deviation(matrix, expected), 0.0);
   EXPECT_EQ(DesignsToMatrix({}, AllKinds()).cols(), 4);
 }
 
 TEST(DesignConversion, TurnsNumbersIntoValuesOfTheDomains) {
-  Eigen::MatrixXd matrix(2, 4);
-  matrix << 1.4, 3.0, -0.5, 1.5,  //
-      17.0, -1.0, 0.125, -3.0;
+  const Eigen::MatrixXd matrix{{1.4, 3.0, -0.5, 1.5}, {17.0, -1.0, 0.125, -3.0}};
   const std::vector<EntrySequence> sequences = MatrixToDesigns(matrix, AllKinds());
-  const auto sequence = [](const wchar_t* a, double value, double free, const wchar_t* b) {
-    return EntrySequence{{L"nominal", Entry(a)},
-                         {L"value", Entry(value)},
-                         {L"free", Entry(free)},
-                         {L"index", Entry(b)}};
-  };
   ASSERT_EQ(sequences.size(), 2u);
-  EXPECT_EQ(sequences[0], sequence(L"b", 4.0, -0.5, L"c"));
-  EXPECT_EQ(sequences[1], sequence(L"c", 1.0, 0.125, L"a"));
+  const EntrySequence expected[] = {Sequence(-0.5, 4.0, L"c", L"b"),
+                                    Sequence(0.125, 1.0, L"a", L"c")};
+  for (std::size_t row = 0; row < 2; ++row)
+    for (const std::wstring& name : {L"free", L"value", L"index", L"nominal"})
+      EXPECT_EQ(sequences[row].Get(name), expected[row].Get(name)) << row;
 }
 
 TEST(DesignConversion, SaysWhichValueDoesNotFit) {
   const DeterministicProperties free;
   const auto by_index = DeterministicProperties::Discrete(Kind::ORDINAL_BY_INDEX, Texts());
-  EXPECT_EQ(MessageOf([&] {
-              DesignsToMatrix({DesignOf({})}, {{L"Höhe", free}});
-            }),
-            "Parameter \"H\xc3\xb6he\" does not exist in current design.");
-  EXPECT_EQ(ToMatrixRefusal(by_index, Entry(L"steel")),
-            "No matching discrete state found steel for parameter x");
-  EXPECT_THROW(DesignsToMatrix({DesignOf({{L"x", Entry(1)}})}, {{L"x", by_index}}),
-               std::range_error);
-  EXPECT_EQ(ToMatrixRefusal(DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, Texts()),
-                            Entry(L"a")),
-            "Can not handle string to be ordinal discrete by value");
-  auto nothing = DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, {Entry()});
-  EXPECT_EQ(ToMatrixRefusal(nothing, Entry()), "Discrete states have unsupported domain type.");
-  const corvath::math::Variant<double> vector(corvath::math::Variant<double>::Vector(2, 1.0));
-  EXPECT_EQ(ToMatrixRefusal(free, Entry(vector)),
-            "Designpoint conversion failed: variant isn't scalar.");
+  const auto by_value = DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, Texts());
+  const auto nothing = DeterministicProperties::Discrete(Kind::ORDINAL_BY_VALUE, {Entry()});
   DeterministicProperties unknown;
   unknown.SetKind(static_cast<Kind::eKind>(9));
-  EXPECT_EQ(ToMatrixRefusal(unknown, Entry(1.0)), "Unknown deterministic kind");
-  EXPECT_EQ(MessageOf([&] {
-              MatrixToDesigns(Eigen::MatrixXd::Zero(1, 1), {{L"x", unknown}});
-            }),
-            "Unknown deterministic kind");
-  EXPECT_EQ(MessageOf([] { MatrixToDesigns(Eigen::MatrixXd::Zero(2, 3), AllKinds()); }),
-            "Exactly as many deterministic properties as design point elements needed!");
+  const Entry vector{Value(Value::Vector(2, 1.0))};
+  const std::tuple<const DeterministicProperties&, Entry, const char*> cases[] = {
+      {by_index, Entry(L"steel"), "No matching discrete state found steel for parameter x"},
+      {by_value, Entry(L"a"), "Can not handle string to be ordinal discrete by value"},
+      {nothing, Entry(), "Discrete states have unsupported domain type."},
+      {free, vector, "Designpoint conversion failed: variant isn't scalar."},
+      {unknown, Entry(1.0), "Unknown deterministic kind"},
+  };
+  for (const auto& [property, value, text] : cases) {
+    const NamedProperties properties{{L"x", property}};
+    EXPECT_EQ(MessageOf([&] { DesignsToMatrix({DesignOf({{L"x", value}})}, properties); }), text);
+  }
+  EXPECT_THROW(DesignsToMatrix({DesignOf({{L"x", Entry(1)}})}, {{L"x", by_index}}),
+               std::range_error);
+  const NamedProperties high{{L"Höhe", free}}, strange{{L"x", unknown}};
+  ExpectRefusals<std::runtime_error>(
+      {{[&] { DesignsToMatrix({DesignOf({})}, high); },
+        "Parameter \"H\xc3\xb6he\" does not exist in current design."},
+       {[&] { MatrixToDesigns(Eigen::MatrixXd::Zero(1, 1), strange); },
+        "Unknown deterministic kind"},
+       {[] { MatrixToDesigns(Eigen::MatrixXd::Zero(2, 3), AllKinds()); },
+        "Exactly as many deterministic properties as design point elements needed!"}});
 }
 
 TEST(InputColumns, FollowsTheNamesAskedForOnEitherSide) {
@@ -146,7 +138,6 @@ TEST(InputColumns, FollowsTheNamesAskedForOnEitherSide) {
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
 
@@ -161,12 +152,12 @@ std::vector<Entry> Entries(std::initializer_list<T> values) {
 
 TEST(DiscreteStates, RoundsHalfAwayFromZeroWithinTheIntegers) {
   const std::pair<double, std::int64_t> cases[] = {
-      {1.5, 2},           {2.5, 3},
-      {-0.5, -1},         {-1.4, -1},
-      {0.0, 0},           {1e300, kMax},
-      {-1e300, kMin},     {kInfinity, kMax},
-      {-kInfinity, kMin}, {std::nan(""), kMin},
-      {0x1p63, kMax},     {0x1p63 - 1024.0, kMax - 1023}};
+      {1.5, 2},          {2.5, 3},
+      {-0.5, -1},        {-1.4, -1},
+      {0.0, 0},          {1e300, kMax},
+      {-1e300, kMin},    {HUGE_VAL, kMax},
+      {-HUGE_VAL, kMin}, {std::nan(""), kMin},
+      {0x1p63, kMax},    {0x1p63 - 1024.0, kMax - 1023}};
   for (const auto& [value, expected] : cases) EXPECT_EQ(RoundToInteger(value), expected) << value;
 }
 
@@ -178,7 +169,7 @@ TEST(DiscreteStates, FindsTheNearestStateAndTheUpperOneOfATie) {
       {Entry(2.9), reals, Entry(2.0)},
       {Entry(3.0), reals, Entry(4.0)},
       {Entry(100.0), reals, Entry(4.0)},
-      {Entry(kInfinity), reals, Entry(4.0)},
+      {Entry(HUGE_VAL), reals, Entry(4.0)},
       {Entry(-1.0), reals, Entry(1.0)},
       {Entry(std::nan("")), reals, Entry(1.0)},
       {Entry(1.6), integers, Entry(3)},  // rounds to 2, and the tie goes up
@@ -202,20 +193,15 @@ TEST(DiscreteStates, FindsTheNearestStateAndTheUpperOneOfATie) {
 }
 
 TEST(DiscreteStates, RefusesWhatHasNoNearestState) {
-  const auto refusal = [](const Entry& value, const std::vector<Entry>& states) {
-    return support::MessageOf([&] { NearestDiscreteState(value, states); });
-  };
-  EXPECT_EQ(refusal(Entry(1.0), {}), "Can not handle empty list of discrete states");
-  EXPECT_EQ(refusal(Entry(L"a"), Entries({L"a"})),
-            "Can not handle string to be ordinal discrete by value");
-  EXPECT_EQ(refusal(Entry(1.0), {Entry(corvath::math::Variant<double>(1.0))}),
-            "Can not handle variant to be ordinal discrete by value");
-  EXPECT_EQ(refusal(Entry(true), Entries({false, true})),
-            "Error when handling ordinal discrete parameter by value: Entry is not of type REAL.");
-  const std::string unequal =
-      "Error when handling ordinal discrete parameter by value: Inequal domain types.";
-  EXPECT_EQ(refusal(Entry(1), Entries({1.0})), unequal);
-  EXPECT_EQ(refusal(Entry(true), Entries({1})), unequal);
+  const std::string by_value = "Error when handling ordinal discrete parameter by value: ";
+  const std::tuple<Entry, std::vector<Entry>, std::string> cases[] = {
+      {Entry(1.0), {}, "Can not handle empty list of discrete states"},
+      {Entry(1.0), {Entry(Value(1.0))}, "Can not handle variant to be ordinal discrete by value"},
+      {Entry(true), Entries({false, true}), by_value + "Entry is not of type REAL."},
+      {Entry(1), Entries({1.0}), by_value + "Inequal domain types."},
+      {Entry(true), Entries({1}), by_value + "Inequal domain types."}};
+  for (const auto& [value, states, text] : cases)
+    EXPECT_EQ(MessageOf([&] { NearestDiscreteState(value, states); }), text);
 }
 
 TEST(DiscreteStates, FindsPositionsInTheOrderGiven) {

@@ -10,8 +10,7 @@
 
 namespace {
 
-using corvath::algorithm::datatypes::CDesignEntry;
-using Entry = CDesignEntry;
+using Entry = corvath::algorithm::datatypes::CDesignEntry;
 using corvath::algorithm::datatypes::UninitializedType;
 using corvath::enums::DesignEntry;
 using namespace support;
@@ -31,18 +30,17 @@ struct EntryV5 {
 
 /// An entry of a class version that stored its kind and then a value, or the value alone.
 template <class T>
-CDesignEntry ReadOld(unsigned version, int which, const T& value) {
-  support::StoredForm<CDesignEntry> form(4);
+Entry ReadOld(unsigned version, int which, const T& value) {
+  support::StoredForm<Entry> form(4);
   form.Raw("which", which, support::Until(3)).Raw("value", value, support::Until(3));
   form.Raw("data_", value, support::Since(4));
   return form.Read(version);
 }
 
-CDesignEntry Real(double x) {
-  return Entry(x);
-}
-CDesignEntry Text(const wchar_t* text) {
-  return Entry(text);
+/// Equality of entries is that of numbers; the type counts, too.
+void ExpectSame(const Entry& actual, const Entry& expected) {
+  EXPECT_EQ(actual.GetType(), expected.GetType());
+  EXPECT_EQ(actual, expected);
 }
 
 }  // namespace
@@ -52,7 +50,7 @@ ZEL_TRACK_ALWAYS(EntryV5)
 
 TEST(DesignEntry, ConvertsAsWellAsItCan) {
   struct Case {
-    CDesignEntry entry;
+    Entry entry;
     double real;
     std::int64_t integer;
     bool truth;
@@ -60,26 +58,26 @@ TEST(DesignEntry, ConvertsAsWellAsItCan) {
   };
   const std::vector<Case> cases = {
       {Entry(), kNaN, 0, false, L"uninitialized"},
-      {Real(-2.75), -2.75, -2, true, L"-2.75"},
-      {Real(0.1), 0.1, 0, true, L"0.10000000000000001"},
-      {Real(1e300), 1e300, kMax, true, L"1.0000000000000001e+300"},
-      {Real(-HUGE_VAL), -HUGE_VAL, kMin, true, L"-inf"},
-      {Real(kNaN), kNaN, 0, true, L"nan"},
+      {Entry(-2.75), -2.75, -2, true, L"-2.75"},
+      {Entry(0.1), 0.1, 0, true, L"0.10000000000000001"},
+      {Entry(1e300), 1e300, kMax, true, L"1.0000000000000001e+300"},
+      {Entry(-HUGE_VAL), -HUGE_VAL, kMin, true, L"-inf"},
+      {Entry(kNaN), kNaN, 0, true, L"nan"},
       {Entry(kMin), -0x1p63, kMin, true, L"-9223372036854775808"},
       {Entry(0), 0.0, 0, false, L"0"},
       {Entry(true), 1.0, 1, true, L"1"},
       {Entry(false), 0.0, 0, false, L"0"},
-      {Text(L"1.5e2"), 150.0, 0, false, L"1.5e2"},
-      {Text(L"1"), 1.0, 1, true, L"1"},
-      {Text(L"+12"), 12.0, 12, false, L"+12"},
-      {Text(L"-Infinity"), -HUGE_VAL, 0, false, L"-Infinity"},
-      {Text(L"1e-400"), 0.0, 0, false, L"1e-400"},
-      {Text(L"1e400"), kNaN, 0, false, L"1e400"},
-      {Text(L" 1"), kNaN, 0, false, L" 1"},
-      {Text(L"+-1"), kNaN, 0, false, L"+-1"},
-      {Text(L"0x10"), kNaN, 0, false, L"0x10"},
-      {Text(L""), kNaN, 0, false, L""},
-      {Text(L"\u0661"), kNaN, 0, false, L"\u0661"},
+      {Entry(L"1.5e2"), 150.0, 0, false, L"1.5e2"},
+      {Entry(L"1"), 1.0, 1, true, L"1"},
+      {Entry(L"+12"), 12.0, 12, false, L"+12"},
+      {Entry(L"-Infinity"), -HUGE_VAL, 0, false, L"-Infinity"},
+      {Entry(L"1e-400"), 0.0, 0, false, L"1e-400"},
+      {Entry(L"1e400"), kNaN, 0, false, L"1e400"},
+      {Entry(L" 1"), kNaN, 0, false, L" 1"},
+      {Entry(L"+-1"), kNaN, 0, false, L"+-1"},
+      {Entry(L"0x10"), kNaN, 0, false, L"0x10"},
+      {Entry(L""), kNaN, 0, false, L""},
+      {Entry(L"\u0661"), kNaN, 0, false, L"\u0661"},
       {Entry(Scalar(-1.5, 2.0)), -1.5, -1, true, L"-1.5"},
   };
   for (const Case& c : cases) {
@@ -94,7 +92,7 @@ TEST(DesignEntry, ConvertsAsWellAsItCan) {
   EXPECT_TRUE(Entry(Value(true)).ToBool());
   const std::string not_scalar = "Designpoint conversion failed: variant isn't scalar.";
   for (const Value& value : {Value(), Vec({1.0}), Mat({{1.0}})}) {
-    const CDesignEntry entry(value);
+    const Entry entry(value);
     EXPECT_EQ(MessageOf([&] { entry.ToDouble(); }), not_scalar);
     EXPECT_EQ(MessageOf([&] { entry.ToInteger(); }), not_scalar);
     EXPECT_EQ(MessageOf([&] { entry.ToBool(); }), not_scalar);
@@ -109,8 +107,8 @@ TEST(DesignEntry, ReadsNumbersWhateverTheHostsLocale) {
     wchar_t do_thousands_sep() const override { return L'.'; }
   };
   const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Comma));
-  const double number = Text(L"1234.5").ToDouble();
-  const std::wstring text = Real(1234.5).ToString();
+  const double number = Entry(L"1234.5").ToDouble();
+  const std::wstring text = Entry(1234.5).ToString();
   std::locale::global(before);
   EXPECT_EQ(number, 1234.5);
   EXPECT_EQ(text, L"1234.5");
@@ -119,132 +117,128 @@ TEST(DesignEntry, ReadsNumbersWhateverTheHostsLocale) {
 TEST(DesignEntry, GivesStrictFormsOrRefuses) {
   EXPECT_EQ(Entry(7).GetScalar(), 7.0);
   EXPECT_EQ(Entry(Scalar(2.5)).GetScalar(), 2.5);
-  for (const CDesignEntry& entry : {Entry(), Entry(true), Text(L"1"), Entry(Vec({1.0}))})
+  for (const Entry& entry : {Entry(), Entry(true), Entry(L"1"), Entry(Vec({1.0}))})
     EXPECT_EQ(MessageOfExactly<std::invalid_argument>([&] { entry.GetScalar(); }),
               "GetScalar not supported for this type");
   EXPECT_EQ(Entry(true).GetVariant(), Value(true));
   EXPECT_EQ(Entry(7).GetVariant(), Scalar(7.0));
   EXPECT_TRUE(Entry().GetVariant().IsUninitialized());
-  EXPECT_EQ(MessageOfExactly<std::invalid_argument>([] { Text(L"1").GetVariant(); }),
+  EXPECT_EQ(MessageOfExactly<std::invalid_argument>([] { Entry(L"1").GetVariant(); }),
             "GetVariant is not supported for this type");
-  EXPECT_EQ(Text(L"1").ToVariant(), Scalar(1.0));
+  EXPECT_EQ(Entry(L"1").ToVariant(), Scalar(1.0));
 
   for (const Value& value : {Value(false), Scalar(1.0), Vec({1.0}), Mat({{1.0}})})
     EXPECT_TRUE(Entry(value).IsScalar());
   for (const Value& value : {Value(), Vec({}), Vec({1.0, 2.0})})
     EXPECT_FALSE(Entry(value).IsScalar());
-  EXPECT_TRUE(Text(L"").IsScalar());
+  EXPECT_TRUE(Entry(L"").IsScalar());
   EXPECT_FALSE(Entry().IsScalar());
 
-  const CDesignEntry matrix(Mat({{1.0, 2.0}, {3.0, {4.0, 5.0}}}));
+  const Entry matrix(Mat({{1.0, 2.0}, {3.0, {4.0, 5.0}}}));
   EXPECT_EQ(matrix.GetElement(1), 2.0);
   EXPECT_EQ(matrix.GetElement(3), 4.0);
   EXPECT_TRUE(std::isnan(matrix.GetElement(4)));
-  EXPECT_EQ(Real(6.0).GetElement(0), 6.0);
-  EXPECT_TRUE(std::isnan(Real(6.0).GetElement(1)));
+  EXPECT_EQ(Entry(6.0).GetElement(0), 6.0);
+  EXPECT_TRUE(std::isnan(Entry(6.0).GetElement(1)));
   EXPECT_TRUE(std::isnan(Entry(Sig({0.0}, {{1.0}})).GetElement(0)));
 }
 
 TEST(DesignEntry, AssignsByTheTypeOfTheTarget) {
-  const auto assigned = [](CDesignEntry target, const CDesignEntry& value, bool parse = false,
+  const auto assigned = [](Entry target, const Entry& value, bool parse = false,
                            DesignEntry::eType forced = DesignEntry::UNINITIALIZED) {
     target.Assign(value, parse, forced);
     return target;
   };
-  const auto expect = [](const CDesignEntry& actual, const CDesignEntry& expected) {
-    EXPECT_EQ(actual.GetType(), expected.GetType());
-    EXPECT_EQ(actual, expected);
-  };
-  expect(assigned(Entry(), Text(L"x")), Text(L"x"));
-  expect(assigned(Entry(), Real(2.9), false, DesignEntry::INTEGER), Entry(2));
-  expect(assigned(Entry(5), Real(2.9), false, DesignEntry::BOOL), Entry(2));
-  expect(assigned(Real(0.0), Text(L"2.5"), true), Real(2.5));
-  expect(assigned(Real(0.0), Text(L"x")), Real(kNaN));
-  expect(assigned(Entry(false), Text(L"TRUE"), true), Entry(true));
-  expect(assigned(Entry(true), Text(L"False"), true), Entry(false));
-  expect(assigned(Entry(false), Text(L"1"), true), Entry(true));
-  expect(assigned(Entry(0), Text(L"-12"), true), Entry(-12));
-  expect(assigned(Text(L""), Real(0.5)), Text(L"0.5"));
-  expect(assigned(Entry(Scalar(0.0)), Text(L"3"), true), Entry(Scalar(3.0)));
-  expect(assigned(Entry(Scalar(0.0)), Entry(true)), Entry(Value(true)));
+  ExpectSame(assigned(Entry(), Entry(L"x")), Entry(L"x"));
+  ExpectSame(assigned(Entry(), Entry(2.9), false, DesignEntry::INTEGER), Entry(2));
+  ExpectSame(assigned(Entry(5), Entry(2.9), false, DesignEntry::BOOL), Entry(2));
+  ExpectSame(assigned(Entry(0.0), Entry(L"2.5"), true), Entry(2.5));
+  ExpectSame(assigned(Entry(0.0), Entry(L"x")), Entry(kNaN));
+  ExpectSame(assigned(Entry(false), Entry(L"TRUE"), true), Entry(true));
+  ExpectSame(assigned(Entry(true), Entry(L"False"), true), Entry(false));
+  ExpectSame(assigned(Entry(false), Entry(L"1"), true), Entry(true));
+  ExpectSame(assigned(Entry(0), Entry(L"-12"), true), Entry(-12));
+  ExpectSame(assigned(Entry(L""), Entry(0.5)), Entry(L"0.5"));
+  ExpectSame(assigned(Entry(Scalar(0.0)), Entry(L"3"), true), Entry(Scalar(3.0)));
+  ExpectSame(assigned(Entry(Scalar(0.0)), Entry(true)), Entry(Value(true)));
 
-  CDesignEntry target(1.0);
+  Entry target(1.0);
   EXPECT_EQ(MessageOfExactly<std::logic_error>([&] {
               target.Assign(Entry(Vec({1.0, 2.0})), false);
             }),
             "Cannot assign. Value types do not match.");
   for (const wchar_t* text : {L"", L"x", L"1,5", L"true"})
-    EXPECT_THROW(target.Assign(Text(text), true), std::bad_cast);
-  EXPECT_THROW(Entry(true).Assign(Text(L"truer"), true), std::bad_cast);
-  EXPECT_THROW(Entry(1).Assign(Text(L"9223372036854775808"), true), std::bad_cast);
-  expect(target, Real(1.0));  // untouched by all that failed
+    EXPECT_THROW(target.Assign(Entry(text), true), std::bad_cast);
+  EXPECT_THROW(Entry(true).Assign(Entry(L"truer"), true), std::bad_cast);
+  EXPECT_THROW(Entry(1).Assign(Entry(L"9223372036854775808"), true), std::bad_cast);
+  ExpectSame(target, Entry(1.0));  // untouched by all that failed
 }
 
 TEST(DesignEntry, EqualityIsNearForNumbersAndExactForOthers) {
   const double above_one = std::nextafter(1.0, 2.0);
-  EXPECT_EQ(Real(1.0), Real(1.0 + 0x1p-53));
-  EXPECT_NE(Real(1.0), Real(std::nextafter(above_one, 2.0)));
-  EXPECT_EQ(Real(kNaN), Real(kNaN));
+  EXPECT_EQ(Entry(1.0), Entry(1.0 + 0x1p-53));
+  EXPECT_NE(Entry(1.0), Entry(std::nextafter(above_one, 2.0)));
+  EXPECT_EQ(Entry(kNaN), Entry(kNaN));
   EXPECT_EQ(Entry(), Entry());
   EXPECT_EQ(Entry(Value()), Entry(Value()));
   EXPECT_EQ(Entry(), Entry(Value()));
-  EXPECT_NE(Entry(), Real(0.0));
-  EXPECT_EQ(Entry(2), Real(2.0));
-  EXPECT_EQ(Entry(true), Real(1.0));
+  EXPECT_NE(Entry(), Entry(0.0));
+  EXPECT_EQ(Entry(2), Entry(2.0));
+  EXPECT_EQ(Entry(true), Entry(1.0));
   EXPECT_NE(Entry(kMax), Entry(kMax - 1));
-  EXPECT_NE(Text(L"1"), Real(1.0));
-  EXPECT_NE(Text(L"a"), Text(L"A"));
+  EXPECT_NE(Entry(L"1"), Entry(1.0));
+  EXPECT_NE(Entry(L"a"), Entry(L"A"));
   EXPECT_EQ(Entry(Vec({1.0, kNaN})), Entry(Vec({1.0, kNaN})));
 
-  EXPECT_TRUE(IsClose(Real(1.0), Real(1.0 + 1e-14), 2.2e-14));
-  EXPECT_FALSE(IsClose(Real(1.0), Real(1.0 + 3e-14), 2.2e-14));
-  EXPECT_FALSE(IsClose(Real(1.0), Real(kNaN), 2.2e-14));
-  EXPECT_FALSE(IsClose(Real(kNaN), Real(1.0), 2.2e-14));
+  EXPECT_TRUE(IsClose(Entry(1.0), Entry(1.0 + 1e-14), 2.2e-14));
+  EXPECT_FALSE(IsClose(Entry(1.0), Entry(1.0 + 3e-14), 2.2e-14));
+  EXPECT_FALSE(IsClose(Entry(1.0), Entry(kNaN), 2.2e-14));
+  EXPECT_FALSE(IsClose(Entry(kNaN), Entry(1.0), 2.2e-14));
 }
 
 TEST(DesignEntry, OrdersByValueAndTextsBehindNumbers) {
-  EXPECT_LT(Real(-1.0), Real(2.0));
-  EXPECT_LT(Entry(1), Real(1.5));
+  EXPECT_LT(Entry(-1.0), Entry(2.0));
+  EXPECT_LT(Entry(1), Entry(1.5));
   EXPECT_LT(Entry(false), Entry(true));
   EXPECT_LT(Entry(kMax - 1), Entry(kMax));
-  EXPECT_LT(Text(L"10"), Text(L"9"));
-  EXPECT_LT(Entry(100), Text(L""));
-  EXPECT_LT(Text(L"z"), Entry(false));  // by alternative, not by type number
+  EXPECT_LT(Entry(L"10"), Entry(L"9"));
+  EXPECT_LT(Entry(100), Entry(L""));
+  EXPECT_LT(Entry(L"z"), Entry(false));  // by alternative, not by type number
   EXPECT_FALSE(Entry() < Entry());
   EXPECT_LT(Entry(Vec({1.0, 2.0})), Entry(Vec({2.0, 3.0})));
   EXPECT_FALSE(Entry(Vec({1.0, 3.0})) < Entry(Vec({2.0, 3.0})));
-  EXPECT_EQ(MessageOf([] { (void)(Entry(true) < Real(1.0)); }),
+  EXPECT_EQ(MessageOf([] { (void)(Entry(true) < Entry(1.0)); }),
             "Cannot perform 'BOOLEAN' - 'SCALAR': Incompatible types.");
-  EXPECT_EQ(MessageOf([] { (void)(Entry(Scalar(1.0, 1.0)) < Real(1.0)); }),
+  EXPECT_EQ(MessageOf([] { (void)(Entry(Scalar(1.0, 1.0)) < Entry(1.0)); }),
             "Compare operation not allowed for Variants with complex values.");
 }
 
 TEST(DesignEntry, SubtractsByType) {
   EXPECT_EQ((Entry(true) - Entry(true)), Entry(false));
   EXPECT_EQ((Entry(true) - Entry(false)).ToBool(), true);
-  EXPECT_EQ((Real(5.0) - Real(1.5)).GetType(), DesignEntry::REAL);
+  EXPECT_EQ((Entry(5.0) - Entry(1.5)).GetType(), DesignEntry::REAL);
   EXPECT_EQ((Entry(5) - Entry(7)), Entry(-2));
-  EXPECT_EQ((Entry(5) - Real(1.5)), Entry(Scalar(3.5)));
+  EXPECT_EQ((Entry(5) - Entry(1.5)), Entry(Scalar(3.5)));
   EXPECT_EQ((Entry(kMin) - Entry(1)).ToDouble(), -0x1p63 - 1.0);
   EXPECT_EQ((-Entry(kMin)).ToDouble(), 0x1p63);
-  EXPECT_TRUE(std::signbit((-Real(0.0)).ToDouble()));
+  EXPECT_TRUE(std::signbit((-Entry(0.0)).ToDouble()));
   EXPECT_EQ(-Entry(Vec({1.0, -2.0})), Entry(Vec({-1.0, 2.0})));
   EXPECT_EQ(Entry(Mat({{1.0, 2.0}})) - Entry(Scalar(1.0, 1.0)),
             Entry(Mat({{{0.0, -1.0}, {1.0, -1.0}}})));
-  EXPECT_EQ(Real(1.0) - Entry(Vec({1.0, 3.0})), Entry(Vec({0.0, -2.0})));
+  EXPECT_EQ(Entry(1.0) - Entry(Vec({1.0, 3.0})), Entry(Vec({0.0, -2.0})));
 
-  const CDesignEntry row(Mat({{1.0}})), vector(Vec({1.0}));
+  const Entry row(Mat({{1.0}})), vector(Vec({1.0}));
   const struct {
-    CDesignEntry a, b;
+    Entry a, b;
     const char* refusal;
   } cases[] = {
-      {Real(1.0), Text(L"1"), "Substraction not supported for strings"},
-      {Text(L"1"), Text(L"1"), "Substraction not supported for strings"},
-      {Entry(true), Real(1.0), "Invalid type BOOLEAN for operation -."},
+      {Entry(1.0), Entry(L"1"), "Substraction not supported for strings"},
+      {Entry(L"1"), Entry(L"1"), "Substraction not supported for strings"},
+      {Entry(true), Entry(1.0), "Invalid type BOOLEAN for operation -."},
       {vector, Entry(Vec({1.0, 2.0})), "Vector dimensions do not match."},
       {row, Entry(Mat({{1.0, 2.0}})), "Matrix dimensions do not match."},
       {row, vector, "Type of second Input object not compatible with first."},
-      {Entry(), Real(1.0), "Input object has invalid datatype for operation -."},
+      {Entry(), Entry(1.0), "Input object has invalid datatype for operation -."},
   };
   for (const auto& c : cases) EXPECT_EQ(MessageOf([&] { c.a - c.b; }), c.refusal);
 }
@@ -253,33 +247,25 @@ TEST(DesignEntry, IsStoredAsABoostVariant) {
   const std::vector<EntryV5> stored = {{UninitializedType()},          {2.5},  {std::int64_t{-3}},
                                        {std::wstring(L"\u00e4")},      {true}, {Vec({1.0, 2.0})},
                                        {Sig({0.0, 1.0}, {{3.0, 4.0}})}};
-  const std::vector<CDesignEntry> entries = {Entry(),
-                                             Real(2.5),
-                                             Entry(-3),
-                                             Text(L"\u00e4"),
-                                             Entry(true),
-                                             Entry(Vec({1.0, 2.0})),
-                                             Entry(Sig({0.0, 1.0}, {{3.0, 4.0}}))};
+  const std::vector<Entry> entries = {Entry(),
+                                      Entry(2.5),
+                                      Entry(-3),
+                                      Entry(L"\u00e4"),
+                                      Entry(true),
+                                      Entry(Vec({1.0, 2.0})),
+                                      Entry(Sig({0.0, 1.0}, {{3.0, 4.0}}))};
   // All in one archive, so that the class records and object ids count too.
   EXPECT_EQ(Save(entries), Save(stored));
-  const auto loaded = support::Load<std::vector<CDesignEntry>>(Save(stored));
+  const auto loaded = support::Load<std::vector<Entry>>(Save(stored));
   ASSERT_EQ(loaded.size(), entries.size());
-  for (std::size_t i = 0; i < entries.size(); ++i) {
-    EXPECT_EQ(loaded[i].GetType(), entries[i].GetType());
-    EXPECT_EQ(loaded[i], entries[i]);
-  }
+  for (std::size_t i = 0; i < entries.size(); ++i) ExpectSame(loaded[i], entries[i]);
 }
 
 TEST(DesignEntry, ReadsOlderRecords) {
-  const std::pair<CDesignEntry, CDesignEntry> cases[] = {
-      {ReadOld(4, 0, Scalar(2.5)), Entry(Scalar(2.5))},
-      {ReadOld(3, 1, 2.5), Real(2.5)},
-      {ReadOld(1, 3, std::wstring(L"a")), Text(L"a")},
-      {ReadOld(0, 4, true), Entry(true)}};
-  for (const auto& [read, expected] : cases) {
-    EXPECT_EQ(read.GetType(), expected.GetType());
-    EXPECT_EQ(read, expected);
-  }
+  ExpectSame(ReadOld(4, 0, Scalar(2.5)), Entry(Scalar(2.5)));
+  ExpectSame(ReadOld(3, 1, 2.5), Entry(2.5));
+  ExpectSame(ReadOld(1, 3, std::wstring(L"a")), Entry(L"a"));
+  ExpectSame(ReadOld(0, 4, true), Entry(true));
   for (const int which : {-1, 5, 6})
     EXPECT_EQ(MessageOf([&] { ReadOld(3, which, 0.0); }),
               "The file holds a design entry of the unknown kind " + std::to_string(which) + ".");

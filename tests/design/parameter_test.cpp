@@ -3,14 +3,14 @@
 #include "design/parameters/parameter_manager.h"
 #include "design/random_uuid.h"
 #include "foundation/exception.h"
-#include "support/testing.h"
+#include "support/expect_refusals.h"
 
 #include <boost/uuid/entropy_error.hpp>
 
 #include <cstring>
 
 using namespace corvath::algorithm::datatypes;
-using support::MessageOf;
+using support::ExpectRefusals, support::MessageOf;
 using Entry = CDesignEntry;
 using Kind = corvath::enums::DeterministicProperties;
 using Type = corvath::enums::DesignEntry;
@@ -19,17 +19,14 @@ constexpr auto Discrete = &DeterministicProperties::Discrete;
 
 namespace {
 
-std::vector<CDesignEntry> Texts(std::initializer_list<const wchar_t*> texts) {
+template <class T>
+std::vector<CDesignEntry> Entries(std::initializer_list<T> values) {
   std::vector<CDesignEntry> result;
-  for (const wchar_t* text : texts) result.emplace_back(text);
+  for (const T& value : values) result.emplace_back(value);
   return result;
 }
-
-std::vector<CDesignEntry> Reals(std::initializer_list<double> numbers) {
-  std::vector<CDesignEntry> result;
-  for (const double number : numbers) result.emplace_back(number);
-  return result;
-}
+constexpr auto Texts = &Entries<const wchar_t*>;
+constexpr auto Reals = &Entries<double>;
 
 RandomProperties Scatter() {
   RandomProperties properties;
@@ -89,36 +86,33 @@ TEST(RandomProperties, ComparesNumbersUpToRounding) {
 }
 
 TEST(DeterministicProperties, ChecksBoundsByKind) {
-  const auto refusal = [](const DeterministicProperties& property, auto lower, auto upper,
-                          bool allow_equal) {
-    return MessageOf([&] { property.CheckBounds(Entry(lower), Entry(upper), allow_equal); });
-  };
+  const char* const equal = "Lower and Upper bounds may not have the same value.";
+  const char* const no_float = "Boundaries of continuous parameters may only be float type values.";
+  const char* const no_index = "Boundaries of discrete parameters may only be integer index types.";
+  const char* const outside =
+      "One or both boundaries are outside the accepted discrete state map index range.";
   const DeterministicProperties continuous;
-  EXPECT_EQ(refusal(continuous, 1.0, 2.0, false), "");
-  EXPECT_EQ(refusal(continuous, 1.0, 1.0, true), "");
-  for (const double upper : {1.0, 1.0 + 2e-14})
-    EXPECT_EQ(refusal(continuous, 1.0, upper, false),
-              "Lower and Upper bounds may not have the same value.");
-  EXPECT_EQ(refusal(continuous, 1.0, 1.0 + 3e-14, false), "");
-  EXPECT_EQ(refusal(continuous, 1.0, 2, false),
-            "Boundaries of continuous parameters may only be float type values.");
-
   const auto by_value = Discrete(Kind::ORDINAL_BY_VALUE, Reals({1, 2}));
-  EXPECT_EQ(refusal(by_value, L"anything", 7, false), "");
-
-  for (const auto kind : {Kind::ORDINAL_BY_INDEX, Kind::NOMINAL_BY_INDEX}) {
-    const auto by_index = Discrete(kind, Texts({L"a", L"b", L"c"}));
-    EXPECT_EQ(refusal(by_index, 1, 1, false), "");
-    EXPECT_EQ(refusal(by_index, 0.0, 2, false),
-              "Boundaries of discrete parameters may only be integer index types.");
-    const std::string outside =
-        "One or both boundaries are outside the accepted discrete state map index range.";
-    EXPECT_EQ(refusal(by_index, -1, 2, false), outside);
-    EXPECT_EQ(refusal(by_index, 0, 3, false), outside);
-  }
+  const auto ordinal = Discrete(Kind::ORDINAL_BY_INDEX, Texts({L"a", L"b", L"c"}));
+  const auto nominal = Discrete(Kind::NOMINAL_BY_INDEX, Texts({L"a", L"b", L"c"}));
   DeterministicProperties unknown;
   unknown.SetKind(static_cast<Kind::eKind>(4));
-  EXPECT_EQ(refusal(unknown, 1.0, 2.0, false), "Unknown domain type");
+  const std::tuple<const DeterministicProperties&, Entry, Entry, const char*> cases[] = {
+      {continuous, Entry(1.0), Entry(2.0), ""},
+      {continuous, Entry(1.0), Entry(1.0), equal},
+      {continuous, Entry(1.0), Entry(1.0 + 2e-14), equal},
+      {continuous, Entry(1.0), Entry(1.0 + 3e-14), ""},
+      {continuous, Entry(1.0), Entry(2), no_float},
+      {by_value, Entry(L"anything"), Entry(7), ""},
+      {ordinal, Entry(1), Entry(1), ""},
+      {ordinal, Entry(0.0), Entry(2), no_index},
+      {ordinal, Entry(-1), Entry(2), outside},
+      {nominal, Entry(0), Entry(3), outside},
+      {unknown, Entry(1.0), Entry(2.0), "Unknown domain type"},
+  };
+  for (const auto& [property, lower, upper, text] : cases)
+    EXPECT_EQ(MessageOf([&] { property.CheckBounds(lower, upper, false); }), text);
+  EXPECT_EQ(MessageOf([&] { continuous.CheckBounds(Entry(1.0), Entry(1.0), true); }), "");
 }
 
 TEST(DeterministicProperties, SortsStatesAndSpansThem) {
@@ -133,15 +127,16 @@ TEST(DeterministicProperties, SortsStatesAndSpansThem) {
   EXPECT_EQ(by_index.GetLowerBound(), Entry(0));
   EXPECT_EQ(by_index.GetUpperBound(), Entry(2));
 
-  EXPECT_EQ(MessageOf([&] { by_index.SetDiscreteStates({}, false); }),
-            "A discrete deterministic property requires at least one discrete state but you passed "
-            "an empty discrete states vector.");
-  EXPECT_EQ(MessageOf([&] { by_index.SetDiscreteStates(Reals({1}), false); }),
-            "The data type of each discrete state of a deterministic property must match the data "
-            "type of the parameter");
   DeterministicProperties continuous;
-  EXPECT_EQ(MessageOf([&] { continuous.SetDiscreteStates(Reals({1}), false); }),
-            "Cannot set discrete states for a continuous deterministic property");
+  ExpectRefusals<std::invalid_argument>(
+      {{[&] { by_index.SetDiscreteStates({}, false); },
+        "A discrete deterministic property requires at least one discrete state but you passed "
+        "an empty discrete states vector."},
+       {[&] { by_index.SetDiscreteStates(Reals({1}), false); },
+        "The data type of each discrete state of a deterministic property must match the data "
+        "type of the parameter"},
+       {[&] { continuous.SetDiscreteStates(Reals({1}), false); },
+        "Cannot set discrete states for a continuous deterministic property"}});
   EXPECT_EQ(by_index.GetDiscreteStates().size(), 3u);
 
   by_index.SetDiscreteStates(Reals({1.5, 0.5}), true);
@@ -188,33 +183,28 @@ TEST(DeterministicProperties, BringsBoundsAndStatesInLineWithKindAndType) {
 }
 
 TEST(Parameter, KeepsItsReferenceValueInTheTypeOfItsSides) {
-  Parameter stochastic(L"s");
+  Parameter stochastic(L"s"), optimization(L"o"), mixed(L"m");
   stochastic.SetRandomProperties(Scatter());
-  EXPECT_EQ(
-      MessageOf([&] { stochastic.SetReferenceValue(Entry(1), false); }),
-      "Cannot set reference value for stochastic parameter \"s\". Data type needs to be REAL, "
-      "got INTEGER");
+  optimization.SetDeterministicProperty(Discrete(Kind::ORDINAL_BY_INDEX, Texts({L"a", L"1"})));
+  mixed.SetRandomProperties(Scatter());
+  mixed.SetDeterministicProperty(Discrete(Kind::ORDINAL_BY_VALUE, {Entry(1)}));
+  const std::string refused = "Cannot set reference value for ";
+  // An INTEGER domain has no value that is REAL as well.
+  const std::string no_value =
+      refused + "mixed parameter \"m\". Data type needs to be INTEGER, got ";
+  ExpectRefusals<corvath::utils::runtime_error>(
+      {{[&] { stochastic.SetReferenceValue(Entry(1), false); },
+        refused + "stochastic parameter \"s\". Data type needs to be REAL, got INTEGER"},
+       {[&] { optimization.SetReferenceValue(Entry(true), false); },
+        refused +
+            "optimization parameter \"o\". Data type doesn't match. Awaited STRING, got BOOL"},
+       {[&] { mixed.SetReferenceValue(Entry(1), false); }, no_value + "INTEGER"},
+       {[&] { mixed.SetReferenceValue(Entry(1.0), false); }, no_value + "REAL"}});
   stochastic.SetReferenceValue(Entry(1), true);
   EXPECT_EQ(stochastic.GetReferenceValue(), Entry(1.0));
   EXPECT_EQ(stochastic.GetReferenceValue().GetType(), Type::REAL);
-
-  Parameter optimization(L"o");
-  optimization.SetDeterministicProperty(Discrete(Kind::ORDINAL_BY_INDEX, Texts({L"a", L"1"})));
-  EXPECT_EQ(MessageOf([&] { optimization.SetReferenceValue(Entry(true), false); }),
-            "Cannot set reference value for optimization parameter \"o\". Data type doesn't match. "
-            "Awaited STRING, got BOOL");
   optimization.SetReferenceValue(Entry(true), true);
   EXPECT_EQ(optimization.GetReferenceValue(), Entry(L"1"));
-
-  Parameter mixed(L"m");
-  mixed.SetRandomProperties(Scatter());
-  mixed.SetDeterministicProperty(Discrete(Kind::ORDINAL_BY_VALUE, {Entry(1)}));
-  // An INTEGER domain has no value that is REAL as well.
-  for (const CDesignEntry& value : {Entry(1), Entry(1.0)})
-    EXPECT_NE(MessageOf([&] { mixed.SetReferenceValue(value, false); })
-                  .find("Cannot set reference value for mixed parameter \"m\". Data type needs to "
-                        "be INTEGER, got "),
-              std::string::npos);
 }
 
 TEST(Parameter, ChangesTheKindOnlyWhereItCan) {
@@ -227,8 +217,7 @@ TEST(Parameter, ChangesTheKindOnlyWhereItCan) {
   EXPECT_EQ(parameter.GetReferenceValue(), Entry(4));
   EXPECT_EQ(parameter.GetDeterministicProperty(L"q").GetDataType(), Type::INTEGER);
   EXPECT_EQ(parameter.GetDeterministicProperty(L"q").GetUpperBound(), Entry(2));
-  CDesignEntry lower;
-  CDesignEntry upper;
+  CDesignEntry lower, upper;
   parameter.GetBounds(lower, upper);
   EXPECT_EQ(upper, Entry(1));
 
@@ -245,18 +234,15 @@ TEST(Parameter, ChangesTheKindOnlyWhereItCan) {
 
 TEST(Parameter, NamesTheMissingProperty) {
   const Parameter plain(L"p"), optimization = Optimization();
-  const std::pair<std::function<void()>, const char*> cases[] = {
-      {[&] { plain.GetDeterministicProperty(L"x"); },
-       "the the requested deterministic property x for"},
-      {[&] { optimization.GetDeterministicProperty(L"x"); },
-       "Cannot find the determinsitic property \"x\" of the parameter \"p\""},
-      {[&] { plain.GetDeterministicPropertyName(3); },
-       "deterministic property at index 3 for the non"},
-      {[&] { optimization.GetDeterministicProperty(1); },
-       "of the parameter \"p\" is out of range: "},
-  };
-  for (const auto& [get, part] : cases)
-    EXPECT_NE(MessageOf(get).find(part), std::string::npos) << part;
+  ExpectRefusals<corvath::utils::runtime_error>(
+      {{[&] { plain.GetDeterministicProperty(L"x"); },
+        "the the requested deterministic property x for"},
+       {[&] { optimization.GetDeterministicProperty(L"x"); },
+        "Cannot find the determinsitic property \"x\" of the parameter \"p\""},
+       {[&] { plain.GetDeterministicPropertyName(3); },
+        "deterministic property at index 3 for the non"},
+       {[&] { optimization.GetDeterministicProperty(1); },
+        "of the parameter \"p\" is out of range: "}});
 }
 
 TEST(Parameter, ComparesAllButIdentity) {
@@ -335,13 +321,7 @@ TEST(CorrelationMatrix, HoldsEachPairOnceWhicheverWayRound) {
 
 TEST(ParameterManager, KeepsNamesUniqueAndTellsUnknownOnes) {
   ParameterManager manager = Abc();
-  EXPECT_EQ(MessageOf([&] { manager.AddParameter(Parameter(L"a")); }),
-            "Cannot add the parameter \"a\" to the parametermanager because a parameter with the "
-            "same name already exists. Parameter name MUST be unique.");
-  EXPECT_EQ(NamesOf(manager.GetAllParameters()), (Names{L"c", L"a", L"b"}));
-
-  CDesignEntry lower;
-  CDesignEntry upper;
+  CDesignEntry lower, upper;
   manager.ReplaceParameter(Ranged(L"a", 7.0));
   manager.GetBounds(L"a", lower, upper);
   EXPECT_EQ(upper, Entry(7.0));
@@ -350,12 +330,16 @@ TEST(ParameterManager, KeepsNamesUniqueAndTellsUnknownOnes) {
   EXPECT_EQ(manager.GetParameter(L"a").GetDeterministicProperty(0).GetKind(),
             Kind::ORDINAL_BY_VALUE);
 
-  EXPECT_EQ(MessageOf([&] { manager.GetParameter(L"z"); }),
-            "Cannot return non existing parameter \"z\"");
-  EXPECT_EQ(MessageOf([&] { manager.GetBounds(L"z", lower, upper); }),
-            "Cannot set boundaries of the non existing parameter \"z\"");
-  EXPECT_EQ(MessageOf([&] { manager.SetKind(L"z", Kind::CONTINUOUS); }),
-            "Cannot set the kind of the non existing parameter \"z\"");
+  ExpectRefusals<corvath::utils::runtime_error>(
+      {{[&] { manager.AddParameter(Parameter(L"a")); },
+        "Cannot add the parameter \"a\" to the parametermanager because a parameter with the "
+        "same name already exists. Parameter name MUST be unique."},
+       {[&] { manager.GetParameter(L"z"); }, "Cannot return non existing parameter \"z\""},
+       {[&] { manager.GetBounds(L"z", lower, upper); },
+        "Cannot set boundaries of the non existing parameter \"z\""},
+       {[&] { manager.SetKind(L"z", Kind::CONTINUOUS); },
+        "Cannot set the kind of the non existing parameter \"z\""}});
+  EXPECT_EQ(manager.GetAllParameters().size(), 3u);
 }
 
 TEST(ParameterManager, ListsWithoutConstantAndDependentParameters) {

@@ -8,6 +8,7 @@
 using namespace corvath::algorithm;
 using namespace corvath::algorithm::datatypes;
 namespace RandomVariable = corvath::enums::RandomVariable;
+using Entry = CDesignEntry;
 using Names = std::vector<std::wstring>;
 
 namespace {
@@ -25,7 +26,7 @@ Parameter Stochastic(const std::wstring& name, const RandomProperties& propertie
                      double reference = kNone) {
   Parameter parameter(name);
   parameter.SetRandomProperties(properties);
-  if (reference != kNone) parameter.SetReferenceValue(CDesignEntry(reference), false);
+  if (reference != kNone) parameter.SetReferenceValue(Entry(reference), false);
   return parameter;
 }
 
@@ -150,11 +151,11 @@ TEST(ParameterManagerToRVSet, FollowsTheDesignAndTakesItsValuesAsMeans) {
   manager.ReplaceParameter(Stochastic(L"s2", with_cov));
   manager.GetCoherences().Set(L"m1", L"s1", -0.25);
   const auto rvset = ParameterManagerToRVSet(
-      manager, DesignOf({{L"plain", CDesignEntry(0.5)},
-                         {L"s1", CDesignEntry(30.0)},
-                         {L"m1", CDesignEntry()},  // not initialised: as if not mentioned
-                         {L"s2#$#inner", CDesignEntry(-12.0)},
-                         {L"s1", CDesignEntry(33.0)}}));
+      manager, DesignOf({{L"plain", Entry(0.5)},
+                         {L"s1", Entry(30.0)},
+                         {L"m1", Entry()},  // not initialised: as if not mentioned
+                         {L"s2#$#inner", Entry(-12.0)},
+                         {L"s1", Entry(33.0)}}));
   EXPECT_EQ(GetVariableNames(*rvset), (Names{L"s1", L"s2", L"m1", L"m2"}));
   ExpectMoments(*rvset->GetRVs()[0], 33.0, 0.3);
   ExpectMoments(*rvset->GetRVs()[1], -12.0, 3.0);
@@ -165,7 +166,7 @@ TEST(ParameterManagerToRVSet, FollowsTheDesignAndTakesItsValuesAsMeans) {
   positive.SetMoments({1.0, 0.5});
   manager.ReplaceParameter(Stochastic(L"s1", positive));
   EXPECT_NE(support::MessageOf([&] {
-              ParameterManagerToRVSet(manager, DesignOf({{L"s1", CDesignEntry(-1.0)}}));
+              ParameterManagerToRVSet(manager, DesignOf({{L"s1", Entry(-1.0)}}));
             }).find("Mean value must be strictly positive."),
             std::string::npos);
 }
@@ -175,28 +176,26 @@ TEST(RandomConversion, ValuesGoToTheirOwnNamesInEveryOrder) {
   const auto rvset = ParameterManagerToRVSet(manager, Design());
   const auto design = [](std::initializer_list<std::pair<const wchar_t*, double>> values) {
     EntrySequence parameters;
-    for (const auto& [name, value] : values) parameters.Append(name, CDesignEntry(value));
+    for (const auto& [name, value] : values) parameters.Append(name, Entry(value));
     return DesignOf(std::move(parameters));
   };
   const std::vector<Design> designs{
       design({{L"s1", 10}, {L"s2", 20}, {L"plain", 30}, {L"m1", 40}, {L"m2", 50}}),
       design({{L"m2", 51}, {L"m1", 41}, {L"s2", 21}, {L"s1", 11}})};
-  Eigen::MatrixXd in_set_order(2, 4);  // m2, m1, s2, s1
-  in_set_order << 50, 40, 20, 10, 51, 41, 21, 11;
+  const Eigen::MatrixXd in_set_order{{50, 40, 20, 10}, {51, 41, 21, 11}};  // m2, m1, s2, s1
   EXPECT_EQ(DesignsToMatrix(designs, *rvset), in_set_order);
 
   // A model's columns have an order of their own.
   const Names columns{L"s1", L"m2", L"s2", L"m1"};
   const InputColumns inputs = InputColumns::Of(manager, columns, InputSide::kRandom);
-  Eigen::MatrixXd in_model_order(2, 4);
-  in_model_order << 10, 50, 20, 40, 11, 51, 21, 41;
+  const Eigen::MatrixXd in_model_order{{10, 50, 20, 40}, {11, 51, 21, 41}};
   EXPECT_EQ(inputs.ToMatrix(designs), in_model_order);
 
   const auto from_set = MatrixToDesigns(in_set_order, *rvset);
   const auto from_model = inputs.ToSequences(in_model_order);
   for (std::size_t row = 0; row < 2; ++row)
     for (const std::wstring& name : columns) {
-      const CDesignEntry& value = designs[row].GetParameters().Get(name);
+      const Entry& value = designs[row].GetParameters().Get(name);
       EXPECT_EQ(from_set[row].Get(name), value);
       EXPECT_EQ(from_model[row].Get(name), value);
     }

@@ -115,9 +115,7 @@ class Client {
 RowVectorXd BestResponses(const Optimizer& optimizer) {
   const MatrixXd h = optimizer.GetBestEqualities(), g = optimizer.GetBestInequalities();
   RowVectorXd all(1 + h.cols() + g.cols());
-  all(0) = optimizer.GetBestObjectives()(0, 0);
-  all.segment(1, h.cols()) = h;
-  all.tail(g.cols()) = g;
+  all << optimizer.GetBestObjectives()(0, 0), h, g;
   return all;
 }
 
@@ -183,17 +181,18 @@ TEST(OptimizerNLPQLP, TakesFivePointsWithFailedDesigns) {
   // to be 0. The first of the four designs of x1 fails: of f the mean of (f(x + kh) - f) / kh over
   // k = -1, 1, 2; g is taken as it stands, also from a design that failed.
   const double h = 0.125, slope = 2.0 + 2.0 * h / 3.0;
-  const support::CollectedProblem far{0, 0, 1, {1, 0}, {}, {}, 0, [](const Dual* x, Dual* g) {
-                                        g[1] = x[1] + 50.0;
-                                        return x[1] * x[1] + 3.0 * x[2];
-                                      }};
-  support::CollectedProblem near = far;
-  near.evaluate = [](const Dual* x, Dual* g) {
+  const auto far = [](const Dual* x, Dual* g) {
+    g[1] = x[1] + 50.0;
+    return x[1] * x[1] + 3.0 * x[2];
+  };
+  const auto near = [](const Dual* x, Dual* g) {
     g[1] = x[1] + (x[1] - 1.0) * (x[1] - 1.0);  // slope 1 at the start
     return x[1] * x[1] + 3.0 * x[2];
   };
-  for (const auto& [problem, x1] : {std::pair(far, 1.0 - slope), std::pair(near, 0.0)}) {
-    Client client(problem);
+  const std::pair<support::CollectedProblem::Evaluate, double> cases[] = {{far, 1.0 - slope},
+                                                                          {near, 0.0}};
+  for (const auto& [evaluate, x1] : cases) {
+    Client client(support::CollectedProblem{0, 0, 1, {1, 0}, {}, {}, 0, evaluate});
     client.succeeds = [&](const auto& x) { return x(0) != 1.0 - 2.0 * h; };
     client.before_appraisal = [&](Optimizer& one, const MatrixXd&) {
       MatrixXd responses = client.Respond(client.rounds.back());
@@ -258,9 +257,9 @@ TEST(OptimizerNLPQLP, EndsWithoutConvergence) {
 }
 
 TEST(OptimizerNLPQLP, KeepsItsBudgetAtTheEndsOfRoundsAndTheBestDesign) {
+  Client client(71);
+  Settings settings = client.MakeSettings(kForward);
   for (const std::uint64_t budget : {1u, 5u, 12u, 20u}) {
-    Client client(71);
-    Settings settings = client.MakeSettings(kForward);
     settings.SetMaxNumFunctionCalls(budget);
     Optimizer optimizer;
     client.Run(optimizer, settings);

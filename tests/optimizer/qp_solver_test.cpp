@@ -169,13 +169,9 @@ TEST(QL, ComesDownFromAfarWithoutItsRounding) {
   EXPECT_NEAR(s.u(0), 2e8, 1e-5);  // 2 = 1e-8 u
 
   // The same walk, and a row that holds with equality at its end: it depends on the two others.
-  Program touching(2, 2, 0);
-  touching.c = p.c;
-  touching.d = p.d;
-  touching.lower = p.lower;
-  touching.a << -1e-8, -1.0, -1e-8, -3.0;
-  touching.b << 2e-13, 2e-13;
-  EXPECT_EQ(Solve(touching).ifail, 0);
+  p.a = Eigen::Matrix2d{{-1e-8, -1.0}, {-1e-8, -3.0}};
+  p.b = Eigen::Vector2d(2e-13, 2e-13);
+  EXPECT_EQ(Solve(p).ifail, 0);
 }
 
 TEST(QL, SaysWhatItRefuses) {
@@ -252,17 +248,17 @@ TEST(QL, SaysWhatItRefuses) {
 }
 
 TEST(QL, RefusesNumbersThatAreNotFinite) {
-  Program p(3, 1, 0);
+  const Program fine(3, 1, 0);
+  Program p = fine;
   for (double* const number :
        {&p.c(1, 1), &p.c(2, 0), &p.d(1), &p.a(0, 1), &p.b(0), &p.lower(1), &p.upper(2)}) {
-    const double before = *number;
     *number = std::nan("");
     EXPECT_EQ(Solve(p).ifail, 3);
-    *number = before;
+    p = fine;
   }
-  p.a << 1, HUGE_VAL, 1;
+  p.a.setConstant(HUGE_VAL);
   EXPECT_EQ(Solve(p).ifail, 3);
-  p.a << 1, 1, 1;
+  p.a.setOnes();
   p.b << -HUGE_VAL;
   EXPECT_NE(Solve(p).ifail, 0);
 }

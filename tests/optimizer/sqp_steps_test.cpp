@@ -60,9 +60,8 @@ TEST(SqpSteps, RelaxTheRowsThatNoDirectionMeets) {
   script = [&](const QpCall& call) -> QpAnswer {
     if (call.num_rows == 0) return {0, Vector2d::Zero(), {}};
     if (calls.size() == 1 || calls.size() > 3) return {1, {}, {}};
-    VectorXd u(8);
-    u << 1, 0, 3, 4, 5, 6, 7, 8;
-    return {0, Vector3d(d(0), d(1), calls.size() == 2 ? 0.95 : delta), u};
+    return {0, Vector3d(d(0), d(1), calls.size() == 2 ? 0.95 : delta),
+            VectorXd{{1, 0, 3, 4, 5, 6, 7, 8}}};
   };
   Step(core);
   ASSERT_EQ(core.IFAIL, -1);
@@ -75,9 +74,8 @@ TEST(SqpSteps, RelaxTheRowsThatNoDirectionMeets) {
   EXPECT_EQ(calls[1].upper, Vector3d(0.5, 0.5, 1.0));
   EXPECT_EQ(calls[1].c(2, 2), 1.0);  // delta's weight, raised as delta was 0.95
   EXPECT_EQ(calls[2].c(2, 2), 100.0);
-  VectorXd in_order(8);  // rows, lower and upper bounds of x, then those of delta
-  in_order << 1, 0, 3, 4, 6, 7, 5, 8;
-  EXPECT_EQ(core.U, in_order);
+  // Rows, lower and upper bounds of x, then those of delta.
+  EXPECT_EQ(core.U, (VectorXd{{1, 0, 3, 4, 6, 7, 5, 8}}));
 
   // Accepted: the second row, with no multiplier and well met, is no longer relaxed. The weight
   // follows from the last iteration: (2 u'A d / (1 - delta))^2 / d'Bd.
@@ -121,9 +119,8 @@ TEST(SqpSteps, FallBackToTheMeritFunction) {
   const Vector2d bounds(-0.2, 0.03 - 0.005);
   EXPECT_TRUE(calls[5].linear.isApprox(
       core.DF.head(2) - core.DG.leftCols(2).transpose() * weights + bounds, 1e-14));
-  VectorXd kept(6);  // the rows keep their multipliers
-  kept << 2.0, 0.1, 0.5, 0.0, 0.0, 0.25;
-  EXPECT_EQ(core.U.head(6), kept);
+  // The rows keep their multipliers.
+  EXPECT_EQ(core.U.head(6), (VectorXd{{2.0, 0.1, 0.5, 0.0, 0.0, 0.25}}));
 }
 
 TEST(SqpSteps, WeighDeltaMoreWhereTheMeritFunctionDoesNotFall) {
