@@ -54,7 +54,7 @@ def _one_design(X: Dict[Any, Any], inputs: Sequence[str]) -> Optional[Matrix]:
     if not values or not _PLAIN_NUMBERS.issuperset(map(type, values)):
         return None
     try:
-        return np.array([values], np.float64, order="F")
+        return np.array(values, np.float64).reshape(1, -1)
     except OverflowError:  # an int beyond all doubles
         return None
 

@@ -2,13 +2,15 @@
 
 from __future__ import annotations
 
+import functools
 from types import MappingProxyType
-from typing import (Any, Callable, Dict, List, Mapping, Optional, Tuple, TypeVar, Union, overload)
+from typing import (Any, Callable, Dict, List, Mapping, Optional, Sequence, Tuple, TypeVar, Union,
+                    overload)
 
 import numpy as np
 
 from . import library as api
-from .blocks import Part, in_blocks
+from .blocks import Part, address, in_blocks
 from .designs import Matrix, as_matrix
 from .errors import BoundsError, ModelError, ZelError, unknown_name
 from .handle import Handle
@@ -35,6 +37,9 @@ class Predictor:
         except BaseException:
             self._handle.close()
             raise
+        #: What solve() gets, without criteria and with them.
+        self._parts = (Part(len(self._responses), False),)
+        self._all_parts = (*self._parts, Part(len(self._criteria), True))
         self._bounds: Optional[Mapping[str, Bounds]] = None
         self._refusals: Dict[Tuple[str, str], str] = {}  # by quantity and response
 
@@ -82,14 +87,14 @@ class Predictor:
         """
         designs = self._designs(X)
         flags = api.SOLVE_RESPONSES | (api.SOLVE_EXTRAPOLATE if extrapolate else 0)
-        parts = [Part(len(self.responses), False)]
-        if criteria and self.criteria:
+        parts: Sequence[Part] = self._parts
+        if criteria and self._criteria:
             flags |= api.SOLVE_CRITERIA
-            parts.append(Part(len(self.criteria), True))
+            parts = self._all_parts
 
         def call(block: Matrix, out: Array) -> None:
-            self._handle.call("dzel2_solve", len(block), block.ctypes.data, block.size, flags,
-                              out.ctypes.data, out.size)
+            self._handle.call("dzel2_solve", len(block), address(block), block.size, flags,
+                              address(out), out.size)
 
         values = self._evaluate(designs, parts, extrapolate, call)
         trust, refused = self._trust_all(designs, errors, density, extrapolate)
@@ -196,7 +201,7 @@ class Predictor:
         """What the project tells about an input: its "words", and of dates "days_since"."""
         return {}
 
-    def _evaluate(self, designs: Matrix, parts: List[Part], extrapolate: bool,
+    def _evaluate(self, designs: Matrix, parts: Sequence[Part], extrapolate: bool,
                   call: Callable[[Matrix, Array], None]) -> List[Array]:
         """The values that `call` delivers for these designs, n x width for each part."""
         try:
@@ -225,8 +230,8 @@ class Predictor:
             flags |= api.RESPONSE_EXTRAPOLATE
 
         def call(block: Matrix, out: Array) -> None:
-            self._handle.call("dzel2_get_per_response", len(block), block.ctypes.data, block.size,
-                              name, flags, out.ctypes.data, out.size)
+            self._handle.call("dzel2_get_per_response", len(block), address(block), block.size,
+                              name, flags, address(out), out.size)
 
         return self._evaluate(designs, parts, extrapolate, call)
 
@@ -290,5 +295,6 @@ def _as_errors(values: Array) -> LocalErrors:
     return LocalErrors(*values.T)
 
 
+@functools.lru_cache(maxsize=64)  # without names and numbers, so that results may share it
 def _not_asked(kind: str, n: int) -> NamedArrays:
     return NamedArrays((), np.empty((n, 0)), kind)

@@ -7,7 +7,6 @@
 #include "foundation/constants.h"
 #include "metamodel/local_errors.h"
 #include "project/records/detailed_information.h"
-#include "solver/row_criteria.h"
 
 #include <boost/make_shared.hpp>
 
@@ -184,7 +183,7 @@ Eigen::MatrixXd ProjectModel::Criteria(const ConstPoints& x, const ConstPoints& 
                                                                                 num_criteria);
   if (values.size() == 0) return values;
   zel::EvaluateCriteriaAtRows(input_names_, output_names_, criteria_, x, responses, log_,
-                              values.data());
+                              idle_criteria_, values.data());
   return values;
 }
 

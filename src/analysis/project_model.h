@@ -47,6 +47,7 @@ class ProjectModel : public StudyModel {
   boost::shared_ptr<zel::ZELSolver> solver_;
   boost::shared_ptr<utils::LogBase> log_;  ///< the solver's, which hears each line once
   CriterionSequence criteria_;
+  mutable zel::IdleCriteria idle_criteria_;
   std::vector<std::wstring> input_names_;
   std::vector<std::wstring> output_names_;
   mutable std::once_flag errors_once_;

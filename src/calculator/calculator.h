@@ -68,6 +68,7 @@ class CCalculator {
 
   /// The inside, for the evaluation of many texts over the same names.
   corvath::calculator::Workspace& GetWorkspace() { return *workspace_; }
+  const corvath::calculator::Workspace& GetWorkspace() const { return *workspace_; }
 
  private:
   std::unique_ptr<corvath::calculator::Workspace> workspace_;

@@ -66,6 +66,10 @@ void CriteriaEvaluation::CalculateAgain(Design& design) {
   FollowPlan(design);
 }
 
+bool CriteriaEvaluation::IsLasting() const {
+  return plan_.reusable && !has_macros_ && !calculator_.GetWorkspace().HasGenerator();
+}
+
 void CriteriaEvaluation::FollowPlan(Design& design) {
   SetInputs(plan_.parameters, design.GetParameters(), design);
   CheckResponses(design);

@@ -51,6 +51,11 @@ class CriteriaEvaluation {
   /// and criteria, of which the same ask for evaluation. Saves comparing them.
   void CalculateAgain(Design& design);
 
+  /// Whether CalculateAgain() does at any later time what a new calculator would: the plan serves, no
+  /// text calls a macro, whose file may change, and none has drawn a random number, which a forked
+  /// process would draw again.
+  bool IsLasting() const;
+
  private:
   using Entries = algorithm::datatypes::EntrySequence;
 

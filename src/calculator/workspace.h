@@ -44,6 +44,7 @@ struct Workspace {
 
   /// The random numbers of this calculator, seeded at the first call.
   boost::random::mt19937& GetGenerator();
+  bool HasGenerator() const { return generator_.has_value(); }
 
   // The evaluation under way.
   int depth = 0;

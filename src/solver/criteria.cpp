@@ -1,5 +1,4 @@
 #include "calculator/criteria_evaluation.h"
-#include "solver/row_criteria.h"
 #include "solver/zel_solver.h"
 
 namespace corvath::zel {
@@ -14,7 +13,7 @@ void ZELSolver::EvaluateCriteria(const ConstPoints& matrix, const double* respon
   const Eigen::Map<const Eigen::MatrixXd> values(responses, matrix.rows(),
                                                  static_cast<Eigen::Index>(outputs.size()));
   EvaluateCriteriaAtRows(GetInputNames(), names, GetCriteriaTemplates(), matrix, values,
-                         GetLogger(), criteria);
+                         GetLogger(), idle_criteria_, criteria);
 }
 
 /// Gives the designs the project's criteria with their values at the responses that they have.

@@ -3,12 +3,9 @@
 #include "design/designs/indexed_responses.h"
 #include "design/indexed_name.h"
 #include "foundation/constants.h"
-#include "foundation/log_line.h"
-#include "foundation/parallel.h"
 
 #include <algorithm>
 #include <new>
-#include <set>
 #include <utility>
 
 namespace corvath::zel {
@@ -44,29 +41,30 @@ double ValueOf(const Criterion& criterion) {
 RowCriteria::RowCriteria(const std::vector<std::wstring>& inputs,
                          const std::vector<std::wstring>& outputs,
                          const algorithm::datatypes::CriterionSequence& criteria)
-    : evaluation_(Options()) {
+    : outputs_(outputs), evaluation_(Options()) {
   EntrySequence parameters;
   for (const std::wstring& input : inputs) parameters.Append(input, CDesignEntry());
   design_ = Design(std::move(parameters), {});
-  PlaceOutputs(outputs);
+  PlaceOutputs();
   design_.SetCriteria(criteria);
 }
 
 /// Finds the places of the outputs in the responses of a design, where the elements of a vector
 /// response stand in one value.
-void RowCriteria::PlaceOutputs(const std::vector<std::wstring>& names) {
+void RowCriteria::PlaceOutputs() {
   EntrySequence entries;
-  for (const std::wstring& name : names)
+  for (const std::wstring& name : outputs_)
     if (!name.empty()) entries.Append(name, CDesignEntry(Value(kNaN)));
   EntrySequence responses = algorithm::datatypes::MergeIndexedResponses(std::move(entries));
   values_.resize(responses.size());
   for (std::size_t i = 0; i < values_.size(); ++i) values_[i] = responses[i].second.GetVariant();
-  for (std::size_t k = 0; k < names.size(); ++k) {
-    if (names[k].empty()) continue;
-    std::size_t position = responses.FindPosition(names[k]);
+  for (std::size_t k = 0; k < outputs_.size(); ++k) {
+    const std::wstring& name = outputs_[k];
+    if (name.empty()) continue;
+    std::size_t position = responses.FindPosition(name);
     std::size_t element = 0;
     if (position == EntrySequence::npos) {
-      const auto parts = algorithm::datatypes::SplitIndexedName(names[k]);
+      const auto parts = algorithm::datatypes::SplitIndexedName(name);
       position = responses.FindPosition(parts.base);
       element = static_cast<std::size_t>(*parts.GetIndex());
     }
@@ -104,6 +102,15 @@ void RowCriteria::Evaluate(const double* inputs, std::size_t input_stride, const
   for (const auto& criterion : design_.GetCriteria()) *criteria++ = ValueOf(criterion.second);
 }
 
+bool RowCriteria::IsLasting() const {
+  const auto is_vector = [](const auto& criterion) {
+    const auto* value = criterion.second.GetValue().template Peek<Value>();
+    return value && !value->IsScalar();
+  };
+  const auto& criteria = design_.GetCriteria();
+  return evaluation_.IsLasting() && std::none_of(criteria.begin(), criteria.end(), is_vector);
+}
+
 void RowCriteria::NoteProblems() {
   for (const RunInfoMeta& problem : design_.GetStatus().GetMessages()) {
     const std::wstring& name = problem.GetResponseName();
@@ -112,38 +119,6 @@ void RowCriteria::NoteProblems() {
       problems_.push_back({name, {problem.GetMessage().begin(), problem.GetMessage().end()}});
   }
   design_.GetStatus().Clear();
-}
-
-void EvaluateCriteriaAtRows(const std::vector<std::wstring>& inputs,
-                            const std::vector<std::wstring>& outputs,
-                            const algorithm::datatypes::CriterionSequence& criteria,
-                            const math::metamodel::ConstPoints& x,
-                            const math::metamodel::ConstPoints& responses,
-                            const boost::shared_ptr<utils::LogBase>& log, double* values) {
-  // No row depends on another, so the ranges may follow the number of threads. A range costs as much
-  // as some 150 rows, for its calculator and the parsing of the texts.
-  constexpr std::size_t kLeastRows = 2048;
-  const auto n = static_cast<std::size_t>(x.rows());
-  const std::size_t threads = utils::GetNumThreads();
-  const std::size_t count =
-      threads == 1 ? 1 : std::clamp<std::size_t>(n / kLeastRows, 1, 2 * threads);
-  std::vector<std::vector<RowCriteria::Problem>> problems(count);
-  utils::ParallelTasks(count, [&](std::size_t range) {
-    RowCriteria rows(inputs, outputs, criteria);
-    const std::size_t end = (range + 1) * n / count;
-    for (std::size_t d = range * n / count; d < end; ++d)
-      rows.Evaluate(x.data() + d, static_cast<std::size_t>(x.outerStride()), responses.data() + d,
-                    static_cast<std::size_t>(responses.outerStride()),
-                    values + d * rows.GetCount());
-    problems[range] = rows.GetProblems();
-  });
-  std::set<std::wstring> told;
-  for (const auto& of_range : problems)
-    for (const RowCriteria::Problem& problem : of_range)
-      if (told.insert(problem.name).second)
-        for (const std::wstring& message : problem.messages)
-          utils::log::LogLine(log, utils::log::kError)
-              << L"Error calculating criteria: " << message;
 }
 
 }  // namespace corvath::zel

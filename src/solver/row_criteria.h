@@ -3,13 +3,10 @@
 #include "calculator/criteria_evaluation.h"
 #include "design/criterion.h"
 #include "design/designs/design.h"
-#include "foundation/log.h"
-#include "metamodel/types.h"
-
-#include <boost/shared_ptr.hpp>
 
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace corvath::zel {
@@ -27,6 +24,11 @@ class RowCriteria {
               const algorithm::datatypes::CriterionSequence& criteria);
 
   std::size_t GetCount() const { return design_.GetCriteria().size(); }
+  const std::vector<std::wstring>& GetOutputs() const { return outputs_; }
+
+  /// Whether it evaluates at any later time as a new one would, and holds no more than the project
+  /// does: no criterion is a vector, which may be far longer than its text.
+  bool IsLasting() const;
 
   /// The criteria at one row.
   /// @param inputs    the value of input i at inputs[i * input_stride], of output k likewise
@@ -39,8 +41,8 @@ class RowCriteria {
     std::wstring name;
     std::vector<std::wstring> messages;
   };
-  /// In the order in which they came, one for each name.
-  const std::vector<Problem>& GetProblems() const { return problems_; }
+  /// In the order in which they came, one for each name, since they were last taken.
+  std::vector<Problem> TakeProblems() { return std::exchange(problems_, {}); }
 
  private:
   struct Place {
@@ -49,10 +51,11 @@ class RowCriteria {
     std::size_t element;   ///< in a vector response
   };
 
-  void PlaceOutputs(const std::vector<std::wstring>& names);
+  void PlaceOutputs();
   void SetResponses(const double* outputs, std::size_t stride);
   void NoteProblems();
 
+  std::vector<std::wstring> outputs_;
   std::vector<Problem> problems_;
   calculator::CriteriaEvaluation evaluation_;
   std::vector<Place> places_;        ///< of the outputs in the responses of the design
@@ -60,18 +63,5 @@ class RowCriteria {
   math::Value::Vector vector_;       ///< elements of one response on their way
   algorithm::datatypes::Design design_;
 };
-
-/// Criteria at many rows: ranges of them side by side, with one calculator each.
-/// @param x          n x m
-/// @param responses  n x k
-/// @param log        told once what is wrong with a criterion or a response, as if the ranges had run
-///                   in order; may be null
-/// @param values     receives n * c values, row after row
-void EvaluateCriteriaAtRows(const std::vector<std::wstring>& inputs,
-                            const std::vector<std::wstring>& outputs,
-                            const algorithm::datatypes::CriterionSequence& criteria,
-                            const math::metamodel::ConstPoints& x,
-                            const math::metamodel::ConstPoints& responses,
-                            const boost::shared_ptr<utils::LogBase>& log, double* values);
 
 }  // namespace corvath::zel

@@ -125,6 +125,7 @@ void ZELSolver::DropCaches() {
   criteria_.reset();
   criteria_templates_.reset();
   outputs_.reset();
+  idle_criteria_.Drop();
   models_.clear();
   with_errors_.clear();
   input_bounds_.reset();

@@ -9,6 +9,7 @@
 #include "metamodel/surrogate.h"
 #include "project/models/surrogate_info_container.h"
 #include "project/vrdb.h"
+#include "solver/idle_criteria.h"
 
 #include <Eigen/Core>
 #include <boost/shared_ptr.hpp>
@@ -258,6 +259,7 @@ class ZELSolver {
   std::optional<std::vector<std::wstring>> output_names_;
   std::optional<CriteriaList> criteria_;
   std::optional<std::vector<Output>> outputs_;
+  IdleCriteria idle_criteria_;
   std::unordered_map<const SurrogateInfo*, Model> models_;
   /// Held while errors are built. No fork waits for it, that may take long.
   inline static std::mutex errors_mutex_;

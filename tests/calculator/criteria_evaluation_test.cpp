@@ -44,6 +44,22 @@ std::vector<std::string> Problems(const Design& design) {
   return problems;
 }
 
+TEST(CriteriaEvaluation, LastsWhileNothingOutsideTheDesignDecides) {
+  const std::pair<const wchar_t*, bool> cases[] = {{L"x + max(stress)", true},
+                                                   {L"missing + 1", true},
+                                                   {L"rand(x, UNIFORM, [0, 1])", false},
+                                                   {L"$user(x)", false},
+                                                   {L"y = x", false}};
+  for (const auto& [text, expected] : cases) {
+    Design design = MakeDesign(0.5);
+    Add(design, L"c", Type::RHS, L"", text);
+    CriteriaEvaluation evaluation;
+    EXPECT_FALSE(evaluation.IsLasting()) << "without a plan";
+    evaluation.Calculate(design);
+    EXPECT_EQ(evaluation.IsLasting(), expected) << ToUtf8(text);
+  }
+}
+
 TEST(CriteriaEvaluation, EvaluatesEachTypeFromItsSides) {
   Design design = MakeDesign(1.5);
   // type, expected: of the sides mass = 3 and max(abs(stress)) = 4.5

@@ -164,6 +164,24 @@ TEST_F(Pipeline, ACriterionThatCannotBeEvaluatedIsNaNAlone) {
   EXPECT_EQ(lines, 1u);  // not one for each design
 }
 
+TEST_F(Pipeline, ACalculatorThatIsKeptTellsEachCallWhatANewOneWould) {
+  const auto model = boost::make_shared<support::StubSurrogate>();
+  model->approximate = [](const auto& x) -> Eigen::VectorXd {
+    if (x(0, 0) > 1.0) throw std::runtime_error("overflow");
+    return 2.0 * x.col(0);
+  };
+  SetModel(project_, L"mass", model);
+  for (const double x : {0.5, 1.5, 0.25, 1.75, 1.25}) {
+    Solver().SetLogger(log_ = boost::make_shared<VectorLog>());
+    const auto result =
+        Solver().ApproximateMatrix(Eigen::RowVector3d(x, 0.0, 12.0), true, kUnbounded, true);
+    EXPECT_EQ(Logged(L"Error calculating criteria: goal: Object \"mass\" not known."), x > 1.0)
+        << x;
+    EXPECT_THAT(result.criteria[0], x > 1.0 ? IsNan() : Matcher<double>(2.0 * x)) << x;
+    EXPECT_EQ(result.criteria[1], 3.0 - result.responses[2]) << x;
+  }
+}
+
 TEST_F(Pipeline, ChecksBoundsWithATolerance) {
   const struct {
     int column;
