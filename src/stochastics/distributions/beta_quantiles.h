@@ -20,6 +20,9 @@ class BetaQuantiles {
   struct Node {
     double y;
     double slope;  ///< dy/du
+    double bend;   ///< d2y/du2
+    double inverse_density;
+    double inverse_density_slope;  ///< of it, by u
   };
 
   static constexpr double kReach = 6.5;  ///< more than a clamped probability's 6.3613
@@ -27,6 +30,7 @@ class BetaQuantiles {
   static constexpr double kWidth = 2.0 * kReach / kIntervals;
 
   double LogDensity(double y) const;
+  double LogDensitySlope(double y) const;
 
   double alpha_, beta_;
   double log_beta_function_;
