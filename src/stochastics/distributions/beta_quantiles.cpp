@@ -1,5 +1,6 @@
 #include "stochastics/distributions/beta_quantiles.h"
 
+#include "foundation/constants.h"
 #include "stochastics/normal_quantile.h"
 #include "stochastics/special_functions.h"
 
@@ -9,6 +10,9 @@
 namespace corvath::algorithm {
 
 namespace {
+
+/// Largest relative change of a density over an interval of the table that is used.
+constexpr double kSmoothChange = 0.2;
 
 /// The cubic through `left` at 0 and `right` at 1 with these slopes there, at t.
 double Cubic(double left, double left_slope, double right, double right_slope, double t) {
@@ -47,7 +51,11 @@ BetaQuantiles::BetaQuantiles(double alpha, double beta)
     const double slope = math::NormalPdf(u) * inverse_density;
     const double inverse_density_slope = -inverse_density * slope * LogDensitySlope(y);
     const double bend = math::NormalPdf(u) * inverse_density_slope - u * slope;
-    nodes_.push_back({y, slope, bend, inverse_density, inverse_density_slope});
+    // Where it changes faster, the cubic is too coarse or no density at all: NaN passes no test.
+    const bool is_smooth =
+        std::abs(inverse_density_slope) * kWidth <= kSmoothChange * inverse_density;
+    nodes_.push_back(
+        {y, slope, bend, is_smooth ? inverse_density : math::kNaN, inverse_density_slope});
   }
 }
 
@@ -74,8 +82,7 @@ double BetaQuantiles::FromGauss(double u) const {
   const Node& right = nodes_[interval + 1];
   double y = Quintic(left.y, left.slope * kWidth, left.bend * kWidth * kWidth, right.y,
                      right.slope * kWidth, right.bend * kWidth * kWidth, t);
-  // Of the first step. Its error, up to 1e-6 where the table is coarse for the shapes, counts with
-  // the length of the step.
+  // Of the first step: its error, up to kSmoothChange^4 / 384, counts with the step's length.
   double inverse_density = Cubic(left.inverse_density, left.inverse_density_slope * kWidth,
                                  right.inverse_density, right.inverse_density_slope * kWidth, t);
   for (int i = 0; i < kMaxSteps && y > 0.0 && y < 1.0; ++i) {
