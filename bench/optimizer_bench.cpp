@@ -1,6 +1,7 @@
 #include "optimizer/collected_run.h"
 #include "optimizer/dual_active_set.h"
 #include "optimizer/qp_solver.h"
+#include "slsqp_yardstick.h"
 #include "whole_collection.h"
 
 #include <Eigen/Dense>
@@ -131,9 +132,43 @@ void BM_CollectionCalls(benchmark::State& state) {
       num_iterations, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
+/// The problems that both codes bring to the published optimum: one that fails may take any time.
+const std::vector<support::CollectedProblem>& SolvedByBoth() {
+  static const std::vector<support::CollectedProblem> problems = [] {
+    std::vector<support::CollectedProblem> both;
+    for (const auto& problem : bench::WholeCollection()) {
+      const auto own = support::RunCollected(problem, support::Gradients::kAnalytic);
+      const auto other = bench::RunYardstick(problem);
+      if (support::MeetsTarget(problem, own.f, own.violation) &&
+          support::MeetsTarget(problem, other.f, other.violation))
+        both.push_back(problem);
+    }
+    return both;
+  }();
+  return problems;
+}
+
+void BM_CollectionBoth(benchmark::State& state) {
+  if (!bench::HasYardstick()) return state.SkipWithError("built without NLopt");
+  for (auto _ : state)
+    for (const auto& problem : SolvedByBoth())
+      benchmark::DoNotOptimize(support::RunCollected(problem, support::Gradients::kAnalytic).f);
+  state.counters["problems"] = static_cast<double>(SolvedByBoth().size());
+}
+
+void BM_CollectionBoth_Slsqp(benchmark::State& state) {
+  if (!bench::HasYardstick()) return state.SkipWithError("built without NLopt");
+  for (auto _ : state)
+    for (const auto& problem : SolvedByBoth())
+      benchmark::DoNotOptimize(bench::RunYardstick(problem).f);
+  state.counters["problems"] = static_cast<double>(SolvedByBoth().size());
+}
+
 BENCHMARK(BM_QuadraticProgram)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_CholeskyAndOneProductPerChange)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_CollectionSolved)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_CollectionCalls)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_CollectionBoth)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_CollectionBoth_Slsqp)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
