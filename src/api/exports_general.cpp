@@ -2,6 +2,7 @@
 #include "api/result_buffers.h"
 #include "foundation/build_version.h"
 #include "foundation/parallel.h"
+#include "variant/signals/idle_plan.h"
 
 #include <cstdlib>
 
@@ -30,6 +31,7 @@ int dzel2_cleanup() {
     api::ReleaseResultBuffers();
     api::CloseSolvers();
     corvath::utils::ReleaseThreads();
+    corvath::math::dft::ReleaseIdlePlan();
   });
 }
 int dzel_cleanup() {

@@ -4,6 +4,9 @@
 #include "support/testing.h"
 #include "support/values.h"
 #include "variant/signals/dft.h"
+#include "variant/signals/idle_plan.h"
+
+#include <thread>
 
 namespace corvath::math {
 namespace {
@@ -87,6 +90,33 @@ TEST(Dft, BackwardUndoesForwardTimesTheLength) {
     for (Complex& z : y) z /= static_cast<double>(n);
     EXPECT_LT(Error(y, x), 1e-13) << n;
   }
+}
+
+TEST(Dft, TablesThatServeAgainGiveTheSame) {
+  // Prime and smooth lengths, with small buffers and with ones that are not kept.
+  std::vector<Numbers> signals;
+  std::vector<Numbers> spectra;
+  for (const std::size_t n : {97, 96, 70001, 70000}) {
+    signals.push_back(RandomNumbers(n));
+    dft::ReleaseIdlePlan();
+    spectra.push_back(Transformed(signals.back()));
+    EXPECT_EQ(Transformed(signals.back()), spectra.back()) << n;
+    EXPECT_LT(Error(Transformed(spectra.back(), dft::Backward),
+                    [&] {
+                      Numbers scaled = signals.back();
+                      for (Complex& z : scaled) z *= static_cast<double>(n);
+                      return scaled;
+                    }()),
+              1e-13)
+        << n;
+  }
+  std::vector<std::thread> threads;
+  for (std::size_t k = 0; k < 4; ++k)
+    threads.emplace_back([&, k] {
+      for (std::size_t i = 0; i < 40; ++i)
+        EXPECT_EQ(Transformed(signals[(i * k + i) % 2]), spectra[(i * k + i) % 2]);
+    });
+  for (std::thread& thread : threads) thread.join();
 }
 
 TEST(Dft, ReportsMisuseByStatus) {

@@ -91,8 +91,18 @@ void ChirpTransform::StoreTurned(std::size_t row, std::size_t first, std::size_t
   for (std::size_t b = 0; b < count; ++b) to[b] = Product(from[b], roots_(row * (first + b)));
 }
 
+void ChirpTransform::ReleaseLargeBuffers() {
+  if (IsLarge(matrix_)) matrix_ = {};
+}
+
+std::size_t ChirpTransform::CountNumbers() const {
+  return chirp_.size() + of_columns_.CountNumbers() + of_rows_.CountNumbers() + matrix_.size() +
+         spectrum_.size() + work_.size() + buffer_.size();
+}
+
 void ChirpTransform::Forward(Complex* data) {
   const std::size_t columns = of_rows_.GetLength();
+  matrix_.resize(spectrum_.size());
   TransformColumns(
       [&](std::size_t row, std::size_t first, std::size_t count, Complex* to) {
         const std::size_t begin = row * columns + first;

@@ -20,6 +20,10 @@ class ChirpTransform {
 
   /// In place; uses buffers of the object.
   void Forward(Complex* data);
+  /// Until the next transform.
+  void ReleaseLargeBuffers();
+  /// In memory.
+  std::size_t CountNumbers() const;
 
  private:
   /// Calls load(row, first, count, to), transforms these parts of the columns and calls

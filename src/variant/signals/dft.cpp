@@ -1,10 +1,11 @@
 #include "variant/signals/dft.h"
 
-#include "variant/signals/dft_plan.h"
+#include "variant/signals/idle_plan.h"
 
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <utility>
 #include <vector>
 
 namespace corvath::math::dft {
@@ -14,12 +15,17 @@ using Complex = std::complex<double>;
 class Descriptor {
  public:
   Descriptor(std::size_t rows, std::size_t columns) : rows_(rows), columns_(columns) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (row_plan_) GiveBack(std::move(row_plan_));
+  }
 
   bool IsCommitted() const { return committed_; }
 
   void Commit() {
     if (committed_) return;
-    row_plan_ = std::make_unique<Plan>(columns_);
+    row_plan_ = TakePlan(columns_);
     if (rows_ > 1) {
       column_plan_ = std::make_unique<Plan>(rows_);
       columns_buffer_.resize(kBundle * rows_);
@@ -64,8 +70,12 @@ constexpr std::size_t kMaxLength = static_cast<std::size_t>(-1) / (64 * sizeof(C
 Status Transform(Descriptor* handle, Complex* data, void (Plan::*transform)(Complex*)) {
   if (handle == nullptr) return kInvalidDescriptor;
   if (!handle->IsCommitted()) return kNotCommitted;
-  handle->Compute(data, transform);
-  return kNoError;
+  try {
+    handle->Compute(data, transform);
+    return kNoError;
+  } catch (...) {  // the buffers did not fit
+    return kMemoryError;
+  }
 }
 
 }  // namespace

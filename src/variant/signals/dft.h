@@ -28,7 +28,8 @@ class Descriptor;
 Status Create(Descriptor*& handle, std::size_t length) noexcept;
 /// Two dimensions, row-major: sums over both indices.
 Status Create(Descriptor*& handle, std::size_t rows, std::size_t columns) noexcept;
-/// Builds the tables: up to about 10 times the longer length in complex numbers.
+/// Builds the tables: up to about 10 times the longer length in complex numbers. Those of the last
+/// descriptor that was freed serve again, up to 64 MB.
 Status Commit(Descriptor* handle) noexcept;
 /// @param data  length, or rows x columns numbers
 Status Forward(Descriptor* handle, std::complex<double>* data) noexcept;

@@ -18,9 +18,15 @@ class Plan {
   /// @param length  above 0
   explicit Plan(std::size_t length);
 
+  std::size_t GetLength() const { return length_; }
+  /// In memory.
+  std::size_t CountNumbers() const;
+
   /// In place; uses buffers of the plan.
   void Forward(Complex* data);
   void Backward(Complex* data);
+  /// Until the next transform.
+  void ReleaseLargeBuffers();
 
  private:
   std::size_t length_;

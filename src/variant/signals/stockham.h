@@ -14,6 +14,11 @@ inline Complex Product(const Complex& a, const Complex& b) {
   return {a.real() * b.real() - a.imag() * b.imag(), a.real() * b.imag() + a.imag() * b.real()};
 }
 
+/// Whether to keep a buffer costs more memory than to allocate it anew costs time.
+inline bool IsLarge(const std::vector<Complex>& buffer) {
+  return buffer.size() > 65536;
+}
+
 /// exp(-2 pi i k / n) for any k < n: products of two of some thousand roots, which costs a
 /// rounding.
 class RootTable {
@@ -42,6 +47,8 @@ class Stockham {
   explicit Stockham(std::size_t length);
 
   std::size_t GetLength() const { return length_; }
+  /// In memory.
+  std::size_t CountNumbers() const { return roots_.size(); }
 
   /// Transforms `batch` sequences, number k of sequence b at data[k * batch + b]. Both arrays have
   /// length * batch numbers, and are written to.
