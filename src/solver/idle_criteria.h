@@ -1,6 +1,6 @@
 #pragma once
 
-#include "design/criterion.h"
+#include "design/named_sequence.h"
 #include "foundation/log.h"
 #include "metamodel/types.h"
 
