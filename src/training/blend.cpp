@@ -74,11 +74,7 @@ Eigen::VectorXd PredictByBlend(const Eigen::VectorXd& values, const Eigen::Vecto
                                const std::vector<std::vector<Eigen::Index>>& groups) {
   Eigen::VectorXd predicted(values.size());
   for (const auto& group : groups) {
-    std::vector<bool> is_out(static_cast<std::size_t>(values.size()), false);
-    for (const Eigen::Index row : group) is_out[static_cast<std::size_t>(row)] = true;
-    std::vector<Eigen::Index> others;
-    for (Eigen::Index row = 0; row < values.size(); ++row)
-      if (!is_out[static_cast<std::size_t>(row)]) others.push_back(row);
+    const std::vector<Eigen::Index> others = RowsWithout(values.size(), group);
     const double share = ShareOfPlane(values(others), of_kriging(others), of_plane(others));
     predicted(group) = MeanOf(of_kriging(group), of_plane(group), share);
   }

@@ -27,7 +27,7 @@ struct Blend {
 double ShareOfPlane(const Eigen::VectorXd& values, const Eigen::VectorXd& of_kriging,
                     const Eigen::VectorXd& of_plane);
 
-/// The mean of predictions, the share of each group from the others.
+/// The mean of predictions, the share of each group from the others. Groups are in ascending order.
 Eigen::VectorXd PredictByBlend(const Eigen::VectorXd& values, const Eigen::VectorXd& of_kriging,
                                const Eigen::VectorXd& of_plane,
                                const std::vector<std::vector<Eigen::Index>>& groups);

@@ -72,6 +72,18 @@ ResponseData RowsOf(const ResponseData& data, const std::vector<Eigen::Index>& r
   return some;
 }
 
+std::vector<Eigen::Index> RowsWithout(Eigen::Index n, const std::vector<Eigen::Index>& some) {
+  std::vector<Eigen::Index> others;
+  auto next = some.begin();
+  for (Eigen::Index row = 0; row < n; ++row) {
+    if (next != some.end() && *next == row)
+      ++next;
+    else
+      others.push_back(row);
+  }
+  return others;
+}
+
 math::metamodel::IndexVector MakeGroups(const Eigen::MatrixXd& points, std::uint32_t num_groups,
                                         std::uint32_t seed) {
   std::size_t count = 0;

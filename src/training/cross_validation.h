@@ -40,4 +40,7 @@ math::metamodel::IndexVector MakeGroups(const Eigen::MatrixXd& points, std::uint
 /// 1 - SSE / SST; NaN when a prediction is.
 double Determination(const Eigen::VectorXd& values, const Eigen::VectorXd& predictions);
 
+/// The rows of n that are not among `some`, which are in ascending order.
+std::vector<Eigen::Index> RowsWithout(Eigen::Index n, const std::vector<Eigen::Index>& some);
+
 }  // namespace corvath::training

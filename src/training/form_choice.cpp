@@ -1,6 +1,7 @@
 #include "training/form_choice.h"
 
 #include <cmath>
+#include <limits>
 
 namespace corvath::training {
 namespace {
@@ -71,9 +72,12 @@ bool IsBetterThanConstant(const Eigen::VectorXd& errors, const Eigen::VectorXd& 
 Eigen::MatrixXd SquaredErrors(const Eigen::VectorXd& values, const Eigen::MatrixXd& predicted) {
   constexpr double kExact = 1e-9;
   const double exact = kExact * (values.maxCoeff() - values.minCoeff());
-  return (predicted.colwise() - values).unaryExpr([&](double error) {
+  Eigen::MatrixXd errors = (predicted.colwise() - values).unaryExpr([&](double error) {
     return std::abs(error) <= exact ? 0.0 : error * error;  // NaN stays
   });
+  for (auto form : errors.colwise())
+    if (!form.allFinite()) form.setConstant(std::numeric_limits<double>::infinity());
+  return errors;
 }
 
 }  // namespace corvath::training

@@ -25,8 +25,8 @@ namespace corvath::training {
 /// @returns the position of the winner
 std::size_t Choose(const Eigen::MatrixXd& errors, std::size_t robust, std::size_t num_groups);
 
-/// The form to be taken where nothing is better beyond doubt: that of all inputs with the widest reach
-/// among kriging with radii of their own, with one radius, and ridge regression of order 1. 0 for none.
+/// The form to be taken where nothing is better beyond doubt, over all inputs: kriging with a radius for
+/// each; without it, kriging with one radius; without that, ridge regression of order 1. 0 for none.
 std::size_t FindRobust(const Finalists& finalists);
 
 /// The position of a form over all inputs; 0 where it is not there.
@@ -38,6 +38,8 @@ bool IsBetterThanConstant(const Eigen::VectorXd& errors, const Eigen::VectorXd& 
                           std::size_t num_groups);
 
 /// Of predictions (n x F) of `values` (n). Errors below 1e-9 of the range are rounding, and 0.
+/// A form that fails at one design has infinite errors at all: it wins nowhere, without that design's
+/// group neither.
 Eigen::MatrixXd SquaredErrors(const Eigen::VectorXd& values, const Eigen::MatrixXd& predicted);
 
 }  // namespace corvath::training

@@ -22,18 +22,6 @@ constexpr Eigen::Index kMostJudged = 10000;
 /// Rows from which the winner chooses its radii and nugget anew.
 constexpr Eigen::Index kFitRows = 500;
 
-Rows Without(Eigen::Index n, const Rows& sorted) {
-  Rows others;
-  auto next = sorted.begin();
-  for (Eigen::Index row = 0; row < n; ++row) {
-    if (next != sorted.end() && *next == row)
-      ++next;
-    else
-      others.push_back(row);
-  }
-  return others;
-}
-
 Rows Pick(const Rows& from, const Rows& positions) {
   Rows picked;
   for (const Eigen::Index position : positions)
@@ -109,7 +97,7 @@ ChosenModel RunLargeCompetition(const ResponseData& data, const TrainSettings& s
   Competition competition(some, settings, AllowedForms(settings.models), budget, in_part);
   const Finalists finalists = competition.Run();
   CandidateTrials& trials = competition.GetTrials();
-  const Rows others = Without(n, competed);
+  const Rows others = RowsWithout(n, competed);
   const Rows judged = Pick(others, SpreadRows(data.points(others, Eigen::all), kMostJudged));
   const Candidate& winner = ChooseByAll(trials, finalists, some, RowsOf(data, judged));
 
@@ -119,7 +107,7 @@ ChosenModel RunLargeCompetition(const ResponseData& data, const TrainSettings& s
   observer(text + L", judged on all designs", 0.9);
   Eigen::VectorXd predicted(n);
   predicted(fit.rows) = fit.predicted;
-  const Rows rest = Without(n, fit.rows);
+  const Rows rest = RowsWithout(n, fit.rows);
   if (!rest.empty()) {
     const Eigen::VectorXd of_rest = fit.model->Approximate(data.points(rest, Eigen::all));
     predicted(rest) = of_rest;

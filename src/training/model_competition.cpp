@@ -144,12 +144,7 @@ struct HonestForecasts {
     forecasts.resize(members.size());
   }
 
-  Rows WithoutGroup(std::size_t g) const {
-    Rows others;
-    for (Eigen::Index i = 0; i < groups.size(); ++i)
-      if (groups(i) != groups(members[g].front())) others.push_back(i);
-    return others;
-  }
+  Rows WithoutGroup(std::size_t g) const { return RowsWithout(groups.size(), members[g]); }
 
   void Collect(const Finalists& finalists) {
     predicted.resize(groups.size(), static_cast<Eigen::Index>(finalists.size()));
@@ -236,10 +231,7 @@ ChosenModel ChooseAmongAll(const ResponseData& data, const TrainSettings& settin
 
   CandidateTrials& trials = competition.GetTrials();
   const Contenders contenders(honest, finalists, trials, data);
-  Eigen::MatrixXd errors = SquaredErrors(data.values, contenders.predicted);
-  // A form that fails at one design wins nowhere: without that design's group it must not, either.
-  for (auto form : errors.colwise())
-    if (!form.allFinite()) form.setConstant(std::numeric_limits<double>::infinity());
+  const Eigen::MatrixXd errors = SquaredErrors(data.values, contenders.predicted);
   const std::size_t winner = Choose(errors, contenders.robust, num_groups);
   const bool is_blend = winner == finalists.size();
   const Candidate& candidate = is_blend ? contenders.of_blend : *finalists[winner].candidate;

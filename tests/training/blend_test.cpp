@@ -32,6 +32,17 @@ TEST(Blend, TheShareFollowsTheErrorsOfTheOtherGroups) {
   EXPECT_NEAR(predicted(19), 0.5 * std::sqrt(2.0) - 0.5, 1e-12);
 }
 
+TEST(FormChoice, AFormThatFailsAtOneDesignWinsNotWithoutItEither) {
+  Eigen::MatrixXd predicted(8, 3);
+  predicted << Eigen::VectorXd::Constant(8, 9.0), Eigen::VectorXd::Constant(8, 0.1),
+      Eigen::VectorXd::Constant(8, 3.0);
+  const Eigen::VectorXd values = Eigen::VectorXd::LinSpaced(8, 0.0, 0.7);
+  const std::vector<Eigen::Index> others = {1, 2, 3, 4, 5, 6, 7};
+  EXPECT_EQ(Choose(SquaredErrors(values, predicted)(others, Eigen::all), 0, 1), 1u);
+  predicted(0, 1) = std::nan("");
+  EXPECT_EQ(Choose(SquaredErrors(values, predicted)(others, Eigen::all), 0, 1), 2u);
+}
+
 TEST(Blend, IsOneKrigingThatFollowsTheMeanOfBoth) {
   const Eigen::MatrixXd points = support::UniformPoints(40, 3, 1);
   const Eigen::VectorXd values = 3.0 * points.col(0) - points.col(1) +
