@@ -125,6 +125,7 @@ void CriteriaEvaluation::MakePlan(Design& design) {
   }
   plan_.reusable = !workspace.texts.MayDefine() && ReadsOnlyFinished() &&
                    !HasText(design.GetParameters()) && !HasText(design.GetResponses());
+  plan_.takes_rows = plan_.reusable && HasProgramsOnly();
 }
 
 /// Makes each criterion an object: of its expression, or of the value that it keeps.

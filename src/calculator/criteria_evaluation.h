@@ -37,6 +37,12 @@ class CriteriaEvaluation {
   using Design = algorithm::datatypes::Design;
   using Criterion = algorithm::datatypes::Criterion;
   using CDesignEntry = algorithm::datatypes::CDesignEntry;
+  /// Of a response, or an element of one that is a vector: its numbers at the rows of a block.
+  struct RowNumbers {
+    std::size_t response;
+    std::size_t element;  ///< ScalarProgram::kWhole of a scalar
+    const double* numbers;
+  };
 
   /// @param macros  those that the texts may call beside the built-in ones; by default the user's,
   ///                whose file is read when the first design comes with a text that calls any macro
@@ -50,6 +56,19 @@ class CriteriaEvaluation {
   /// The same for the design of the last call, which has other numbers since then, but the same names
   /// and criteria, of which the same ask for evaluation. Saves comparing them.
   void CalculateAgain(Design& design);
+
+  /// Whether CalculateRows() serves the designs that CalculateAgain() does: all sides are programs of
+  /// numbers.
+  bool TakesRows() const { return plan_.takes_rows; }
+  /// CalculateAgain() for many designs at once, without a design: the values of the criteria alone.
+  /// Only if TakesRows().
+  /// @param parameters  of each parameter its numbers at the rows
+  /// @param responses   of all responses and elements
+  /// @param rows        at most ScalarProgram::kMaxRows
+  /// @param values      receives rows * criteria numbers, row after row; those of a row begin with NaN
+  ///                    where CalculateAgain() has to tell, and count for nothing
+  void CalculateRows(const std::vector<const double*>& parameters,
+                     const std::vector<RowNumbers>& responses, std::size_t rows, double* values);
 
   /// Whether CalculateAgain() does at any later time what a new calculator would: the plan serves, no
   /// text calls a macro, whose file may change, and none has drawn a random number, which a forked
@@ -85,6 +104,7 @@ class CriteriaEvaluation {
   };
   struct Plan {
     bool reusable = false;
+    bool takes_rows = false;
     std::vector<Input> parameters;
     std::vector<Input> responses;
     std::vector<PlannedCriterion> criteria;
@@ -99,6 +119,7 @@ class CriteriaEvaluation {
   std::vector<std::size_t> FindOrder(const Design& design);
   Side PrepareSide(const std::wstring& text);
   bool ReadsOnlyFinished();
+  bool HasProgramsOnly() const;
   Input PrepareInput(const std::wstring& name, const CDesignEntry& entry);
   void SetInputs(const std::vector<Input>& inputs, const Entries& entries, Design& design);
   void CheckResponses(Design& design) const;
@@ -109,6 +130,7 @@ class CriteriaEvaluation {
   CCalculator calculator_;
   bool has_macros_;  ///< the calculator has all that texts may call
   Plan plan_;
+  std::vector<double> work_;  ///< of CalculateRows()
 };
 
 /// A copy of the design with its criteria evaluated, see CriteriaEvaluation.

@@ -1,20 +1,26 @@
 #include "calculator/scalar_program.h"
 
 #include "calculator/functions/function_adaptors.h"
+#include "foundation/closeness.h"
+#include "foundation/constants.h"
 #include "variant/operators/arithmetic.h"
 #include "variant/operators/binary_functions.h"
 #include "variant/operators/elementwise.h"
 #include "variant/value/complex_division.h"
 #include "variant/value/complex_parts.h"
 
+#include <algorithm>
 #include <cmath>
 #include <exception>
+#include <new>
 
 namespace corvath::calculator {
 
 namespace {
 
 using Number = std::complex<double>;
+
+constexpr double kMaxElements = 1e9;  ///< more than any vector has
 
 bool IsPositiveReal(const Number& z) {
   return z.real() > 0.0 && z.imag() == 0.0 && std::isfinite(z.real());
@@ -36,6 +42,19 @@ Number OfNumber(const Number& z) {
   math::Value result;
   Of(result, math::Value(z));
   return result.GetScalar();
+}
+
+/// Of one row: the defect is NaN if what `of` gives is not real, or if it raises.
+template <class Of>
+double RealOf(const Of& of, double& defect) try {
+  const Number number = of();
+  if (number.imag() != 0.0) defect = math::kNaN;
+  return number.real();
+} catch (const std::bad_alloc&) {
+  throw;
+} catch (const std::exception&) {
+  defect = math::kNaN;
+  return 0.0;
 }
 
 struct Entry {
@@ -75,13 +94,25 @@ bool ScalarProgram::Append(const ParsedText& text, Index node, int used) {
     case Rule::kObject:
       steps_.push_back({Code::kObject, 0.0, &text.GetObject(core)});
       return true;
+    case Rule::kIndex: {
+      if (text.NumChildren(core) != 2) return false;
+      const Index operand = text.GetCore(text.Child(core, 0));
+      const Index index = text.GetCore(text.Child(core, 1));
+      if (text.GetRule(operand) != Rule::kObject || text.GetRule(index) != Rule::kConstant)
+        return false;
+      const double element = text.GetNumber(index);
+      if (!(element < kMaxElements) || element != std::floor(element)) return false;
+      steps_.push_back(
+          {Code::kObject, 0.0, &text.GetObject(operand), static_cast<std::size_t>(element)});
+      return true;
+    }
     case Rule::kFunction: {
       const Function* const function = text.GetFunction(core);
       if (!function || text.NumChildren(core) != 1) return false;
       const auto of_number = FindFunction(*function);
       // Functions nest as deep as the stack is, too.
       if (!of_number || !Append(text, text.Child(core, 0), used + 1)) return false;
-      steps_.push_back({Code::kFunction, 0.0, nullptr, of_number});
+      steps_.push_back({Code::kFunction, 0.0, nullptr, kWhole, of_number});
       return true;
     }
     case Rule::kUnary:
@@ -140,6 +171,15 @@ bool ScalarProgram::AppendChain(const ParsedText& text, Index core, int used) {
   return true;
 }
 
+std::optional<Number> ScalarProgram::Step::GetNumber() const {
+  const Object* const now = object->Resolve();
+  if (!now || !now->expression.empty()) return std::nullopt;
+  const math::Value& value = now->value;
+  if (element == kWhole) return value.IsScalar() ? std::optional(value.GetScalar()) : std::nullopt;
+  if (!value.IsVector() || element >= value.Size()) return std::nullopt;
+  return value.GetVector()(element);
+}
+
 std::optional<Number> ScalarProgram::Run() const try {
   // Numbers of a stack whose top is apart. Not constructed, for time.
   struct Plain {
@@ -162,10 +202,9 @@ std::optional<Number> ScalarProgram::Run() const try {
         push(step.number);
         break;
       case Code::kObject: {
-        const Object* const object = step.object->Resolve();
-        if (!object || !object->expression.empty() || !object->value.IsScalar())
-          return std::nullopt;
-        push(object->value.GetScalar());
+        const auto number = step.GetNumber();
+        if (!number) return std::nullopt;
+        push(*number);
         break;
       }
       case Code::kAdd:
@@ -203,6 +242,82 @@ std::optional<Number> ScalarProgram::Run() const try {
   return top;
 } catch (const std::exception&) {
   return std::nullopt;
+}
+
+/// With real operands the real part of each operator is the real operator's, and depends on the sign
+/// of a zero imaginary part on the negative axis alone, where roots and logarithms are not real.
+bool ScalarProgram::RunRows(const Columns& columns, std::size_t rows, double* work, double* results,
+                            double* defects) const {
+  double* top = work - kMaxRows;
+  const auto each = [&](const auto& of_row) {
+    for (std::size_t i = 0; i < rows; ++i) {
+      top[i] = of_row(i);
+      defects[i] += 0.0 * top[i];
+    }
+  };
+  const auto combine = [&](const auto& of_numbers) {
+    const double* const right = top;
+    top -= kMaxRows;
+    each([&](std::size_t i) { return of_numbers(top[i], right[i]); });
+  };
+  for (const Step& step : steps_) {
+    switch (step.code) {
+      case Code::kNumber:
+        top += kMaxRows;
+        std::fill_n(top, rows, step.number);
+        break;
+      case Code::kObject: {
+        top += kMaxRows;
+        const auto found = columns.find({step.object, step.element});
+        if (found != columns.end()) {
+          each([&](std::size_t i) { return found->second[i]; });
+          break;
+        }
+        const auto number = step.GetNumber();
+        if (!number || number->imag() != 0.0) return false;
+        each([&](std::size_t) { return number->real(); });
+        break;
+      }
+      case Code::kAdd:
+        combine([](double a, double b) { return a + b; });
+        break;
+      case Code::kSubtract:
+        combine([](double a, double b) { return a - b; });
+        break;
+      case Code::kMultiply:
+        combine([](double a, double b) { return a * b; });
+        break;
+      case Code::kDivide:  // by 0 is not finite
+        combine([](double a, double b) { return a / b; });
+        break;
+      case Code::kSquare:  // numbers close to 0 count as 0
+        each([&](std::size_t i) { return std::abs(top[i]) < math::kEps ? 0.0 : top[i] * top[i]; });
+        break;
+      case Code::kPower: {
+        const double* const right = top;
+        top -= kMaxRows;
+        each([&](std::size_t i) {
+          return RealOf([&] { return math::Power(top[i], right[i]); }, defects[i]);
+        });
+        break;
+      }
+      case Code::kNegate:
+        each([&](std::size_t i) { return -top[i]; });
+        break;
+      case Code::kFunction:
+        if (step.function == SquareRoot)
+          each([&](std::size_t i) { return std::sqrt(top[i]); });  // NaN below 0
+        else if (step.function == Magnitude)
+          each([&](std::size_t i) { return std::abs(top[i]); });
+        else
+          each([&](std::size_t i) {
+            return RealOf([&] { return step.function(top[i]); }, defects[i]);
+          });
+        break;
+    }
+  }
+  std::copy_n(top, rows, results);
+  return true;
 }
 
 }  // namespace corvath::calculator

@@ -42,11 +42,10 @@ void EvaluateCriteriaAtRows(const std::vector<std::wstring>& inputs,
   utils::ParallelTasks(count, [&](std::size_t range) {
     auto rows = idle.Take(outputs);
     if (!rows) rows = std::make_unique<RowCriteria>(inputs, outputs, criteria);
-    const std::size_t end = (range + 1) * n / count;
-    for (std::size_t d = range * n / count; d < end; ++d)
-      rows->Evaluate(x.data() + d, static_cast<std::size_t>(x.outerStride()), responses.data() + d,
-                     static_cast<std::size_t>(responses.outerStride()),
-                     values + d * rows->GetCount());
+    const std::size_t begin = range * n / count;
+    rows->EvaluateRows(x.data() + begin, static_cast<std::size_t>(x.outerStride()),
+                       responses.data() + begin, static_cast<std::size_t>(responses.outerStride()),
+                       (range + 1) * n / count - begin, values + begin * rows->GetCount());
     problems[range] = rows->TakeProblems();
     idle.GiveBack(std::move(rows));
   });

@@ -5,6 +5,7 @@
 #include "foundation/constants.h"
 
 #include <algorithm>
+#include <cmath>
 #include <new>
 #include <utility>
 
@@ -100,6 +101,40 @@ void RowCriteria::Evaluate(const double* inputs, std::size_t input_stride, const
   evaluation_.CalculateAgain(design_);
   if (!design_.GetStatus().IsEmpty()) NoteProblems();
   for (const auto& criterion : design_.GetCriteria()) *criteria++ = ValueOf(criterion.second);
+}
+
+void RowCriteria::EvaluateRows(const double* inputs, std::size_t input_stride,
+                               const double* outputs, std::size_t output_stride, std::size_t rows,
+                               double* criteria) {
+  const std::size_t count = GetCount();
+  for (std::size_t done = 0; done < rows;) {
+    // The first row makes the plan.
+    const bool in_block = evaluation_.TakesRows();
+    const std::size_t end =
+        in_block ? std::min(rows, done + calculator::ScalarProgram::kMaxRows) : done + 1;
+    if (in_block)
+      EvaluateBlock(inputs + done, input_stride, outputs + done, output_stride, end - done,
+                    criteria + done * count);
+    for (; done < end; ++done)
+      if (!in_block || std::isnan(criteria[done * count]))
+        Evaluate(inputs + done, input_stride, outputs + done, output_stride,
+                 criteria + done * count);
+  }
+}
+
+/// What begins with NaN is left to Evaluate().
+void RowCriteria::EvaluateBlock(const double* inputs, std::size_t input_stride,
+                                const double* outputs, std::size_t output_stride, std::size_t rows,
+                                double* criteria) {
+  std::vector<const double*> parameters(design_.GetParameters().size());
+  for (std::size_t i = 0; i < parameters.size(); ++i) parameters[i] = inputs + i * input_stride;
+  std::vector<calculator::CriteriaEvaluation::RowNumbers> responses;
+  for (const Place& place : places_)
+    responses.push_back(
+        {place.position,
+         values_[place.position].IsScalar() ? calculator::ScalarProgram::kWhole : place.element,
+         outputs + place.output * output_stride});
+  evaluation_.CalculateRows(parameters, responses, rows, criteria);
 }
 
 bool RowCriteria::IsLasting() const {

@@ -36,6 +36,10 @@ class RowCriteria {
   void Evaluate(const double* inputs, std::size_t input_stride, const double* outputs,
                 std::size_t output_stride, double* criteria);
 
+  /// The same at `rows` rows: the value of input i in row d at inputs[i * input_stride + d].
+  void EvaluateRows(const double* inputs, std::size_t input_stride, const double* outputs,
+                    std::size_t output_stride, std::size_t rows, double* criteria);
+
   /// What was wrong with a criterion or a response when that first happened.
   struct Problem {
     std::wstring name;
@@ -54,6 +58,8 @@ class RowCriteria {
   void PlaceOutputs();
   void SetResponses(const double* outputs, std::size_t stride);
   void NoteProblems();
+  void EvaluateBlock(const double* inputs, std::size_t input_stride, const double* outputs,
+                     std::size_t output_stride, std::size_t rows, double* criteria);
 
   std::vector<std::wstring> outputs_;
   std::vector<Problem> problems_;

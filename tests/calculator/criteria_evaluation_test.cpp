@@ -305,4 +305,54 @@ TEST(CriteriaEvaluation, APlanServesOnlyDesignsOfItsKind) {
   EXPECT_EQ(Problems(other), std::vector<std::string>{"209 d: d: Object \"x\" not known."});
 }
 
+TEST(CriteriaEvaluation, RowsGiveWhatDesignsGiveOneByOne) {
+  Design design({{L"x", CDesignEntry(1.0)}, {L"mass", CDesignEntry(1.0)}}, {});
+  design.SetResponses({{L"mass", CDesignEntry(1.0)}, {L"stress", CDesignEntry(Vec({1.0, 1.0}))}});
+  for (const Type::eType type :
+       {Type::RHS_ANY, Type::RHS, Type::NEGATIVE_RHS, Type::RHS_MINUS_LHS, Type::LHS_MINUS_RHS_4,
+        Type::LHS_MINUS_RHS_5, Type::LIMIT_LHS_BELOW_RHS, Type::LIMIT_LHS_ABOVE_RHS})
+    Add(design, (L"c" + std::to_wstring(type)).c_str(), type, L"mass", L"sqrt(stress[1]) + x");
+  Add(design, L"x y", Type::RHS, L"", L"c7 - c6*last");  // a name that no text reads
+  Add(design, L"last", Type::NEGATIVE_RHS, L"", L"stress[0] - mass");
+  CriteriaEvaluation evaluation;
+  evaluation.Calculate(design);
+  ASSERT_TRUE(evaluation.TakesRows());
+
+  constexpr std::size_t kRows = 5;
+  const double x[kRows] = {1.0, -2.0, 0.5, 3.0, std::nan("")};
+  const double mass[kRows] = {2.0, 0.1, 0.7, 4.0, 1.0};
+  const double first[kRows] = {5.0, 4.0, 0.7, 1.5, 1.0};  // less mass it is 0 in the third row
+  const double second[kRows] = {2.0, 9.0, 1.0, -1.0, 1.0};
+  const std::size_t count = design.GetCriteria().size();
+  std::vector<double> values(kRows * count);
+  constexpr std::size_t kWhole = corvath::calculator::ScalarProgram::kWhole;
+  evaluation.CalculateRows({x, first}, {{0, kWhole, mass}, {1, 0, first}, {1, 1, second}}, kRows,
+                           values.data());
+  for (std::size_t i = 0; i < kRows; ++i) {
+    SCOPED_TRACE(i);
+    EXPECT_EQ(std::isnan(values[i * count]), i >= 2);  // a zero, a root that is complex, a NaN
+    if (i >= 2) continue;
+    Design alone = design;
+    alone.SetParameters({{L"x", CDesignEntry(x[i])}, {L"mass", CDesignEntry(first[i])}});
+    alone.SetResponses(
+        {{L"mass", CDesignEntry(mass[i])}, {L"stress", CDesignEntry(Vec({first[i], second[i]}))}});
+    for (auto& criterion : alone.GetCriteria()) criterion.second.Invalidate();
+    const Design expected = CalculateCriteria(alone);
+    for (std::size_t c = 0; c < count; ++c)
+      EXPECT_EQ(values[i * count + c], expected.GetCriteria()[c].second.GetValue().ToDouble());
+  }
+}
+
+TEST(CriteriaEvaluation, RowsAreForProgramsAlone) {
+  for (const wchar_t* const text : {L"max(stress)", L"", L"1 +", L"missing[", L"y = x"}) {
+    Design design = MakeDesign(0.5);
+    Add(design, L"fine", Type::RHS, L"", L"2*x");
+    Add(design, L"c", Type::RHS_MINUS_LHS, text, L"x");
+    CriteriaEvaluation evaluation;
+    EXPECT_FALSE(evaluation.TakesRows());
+    evaluation.Calculate(design);
+    EXPECT_FALSE(evaluation.TakesRows()) << ToUtf8(text);
+  }
+}
+
 }  // namespace

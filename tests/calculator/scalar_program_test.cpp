@@ -51,7 +51,8 @@ TEST(ScalarProgram, GivesWhatTheWalkOfTheTreeGives) {
                                   L"tanh(x) + atan(y)",
                                   L"real(x) - imag(y) + imag(-x)",
                                   L"floor(x) - ceil(y)",
-                                  L"pi*x - E"};
+                                  L"pi*x - E",
+                                  L"v[1]*x - v[0]"};
   for (const wchar_t* const text : texts) {
     SCOPED_TRACE(ToUtf8(text));
     Workspace workspace;
@@ -60,6 +61,7 @@ TEST(ScalarProgram, GivesWhatTheWalkOfTheTreeGives) {
     const ScalarProgram program(workspace.texts.Parse(text));
     ASSERT_FALSE(program.IsEmpty());
     EXPECT_FALSE(program.Run());  // names are not known yet
+    workspace.objects.Define(workspace.objects[L"v"], L"", Value(Value::Vector(2, 1.5)));
     for (const Number& a : numbers)
       for (const Number& b : numbers) {
         workspace.objects.Define(x, L"", Value(a));
@@ -75,13 +77,59 @@ TEST(ScalarProgram, GivesWhatTheWalkOfTheTreeGives) {
   }
 }
 
+TEST(ScalarProgram, RowsGiveTheRealNumbersThatRunsGive) {
+  // The share of 33 pairs of whole numbers from -2 to 4 and of others that are real and finite.
+  const std::pair<const wchar_t*, int> texts[] = {
+      {L"0.8*x + 150*abs(y - x)/(1 + sqrt(x^2 + 3*y)) - 0.1*(x - y)", 12},
+      {L"-x^2 / y - x^y", 12},
+      {L"x^2.5 ** y + sqrt(x*y)", 9},
+      {L"exp(x)*tanh(y) - ln(y)*log(x) + atan(x)", 9},
+      {L"v[1]*x - v[0]^2*y + pi + v[2]", 33}};
+  for (const auto& [text, least] : texts) {
+    SCOPED_TRACE(ToUtf8(text));
+    Workspace workspace;
+    auto& x = workspace.objects[L"x"];
+    auto& v = workspace.objects[L"v"];
+    const ScalarProgram program(workspace.texts.Parse(text));
+    ASSERT_FALSE(program.IsEmpty());
+    constexpr std::size_t kRows = ScalarProgram::kMaxRows;
+    double numbers[3][kRows];
+    for (int i = 0; i < static_cast<int>(kRows); ++i) {
+      numbers[0][i] = i < 49 ? i % 7 - 2.0 : std::pow(-10.0, 25 * (i - 56));
+      numbers[1][i] = i < 49 ? i / 7 - 2.0 : 1e-17 * i;
+      numbers[2][i] = 0.1 * i;
+    }
+    double work[ScalarProgram::kWorkSize], results[kRows], defects[kRows] = {};
+    workspace.objects.Define(v, L"", Value(Value::Vector(3, 1.5)));
+    ASSERT_TRUE(program.RunRows({{{&x, ScalarProgram::kWhole}, numbers[0]},
+                                 {{&workspace.objects[L"y"], ScalarProgram::kWhole}, numbers[1]},
+                                 {{&v, 1}, numbers[2]}},
+                                kRows, work, results, defects));
+    int real = 0;
+    for (std::size_t i = 0; i < kRows; ++i) {
+      workspace.objects.Define(x, L"", Value(numbers[0][i]));
+      workspace.objects.Define(workspace.objects[L"y"], L"", Value(numbers[1][i]));
+      Value::Vector elements(3, 1.5);
+      elements(1) = numbers[2][i];
+      workspace.objects.Define(v, L"", Value(elements));
+      if (std::isnan(defects[i])) continue;
+      ++real;
+      EXPECT_EQ(program.Run(), Number(results[i])) << numbers[0][i] << ' ' << numbers[1][i];
+    }
+    EXPECT_GE(real, least);
+  }
+  Workspace workspace;
+  double work[ScalarProgram::kWorkSize], result, defect = 0.0;
+  EXPECT_FALSE(ScalarProgram(workspace.texts.Parse(L"x")).RunRows({}, 1, work, &result, &defect));
+}
+
 TEST(ScalarProgram, LeavesEverythingElseToTheWalk) {
   for (const std::wstring& text :
        {std::wstring(L"x < 1"), std::wstring(L"[x,1]"), std::wstring(L"max(x,1)"),
         std::wstring(L"y = x"), std::wstring(L"x % 2"), std::wstring(L"!x"),
         std::wstring(L"#if x<1 #then x #else 2"), std::wstring(L"1e999"), std::wstring(L"$M(x)"),
-        std::wstring(L"x[0]"), std::wstring(L"nothing(x)"),
-        Repeated(L"1+(", 100) + L"x" + Repeated(L")", 100),
+        std::wstring(L"x[0.5]"), std::wstring(L"x[0,1]"), std::wstring(L"x[-1]"),
+        std::wstring(L"nothing(x)"), Repeated(L"1+(", 100) + L"x" + Repeated(L")", 100),
         Repeated(L"-(", 100) + L"x" + Repeated(L")", 100), L"x" + Repeated(L"+x", 2000)}) {
     Workspace workspace;
     EXPECT_TRUE(ScalarProgram(workspace.texts.Parse(text)).IsEmpty()) << ToUtf8(text);

@@ -164,6 +164,27 @@ TEST_F(Pipeline, ACriterionThatCannotBeEvaluatedIsNaNAlone) {
   EXPECT_EQ(lines, 1u);  // not one for each design
 }
 
+TEST_F(Pipeline, CriteriaOfManyRowsAreThoseOfEachRow) {
+  const auto model = boost::make_shared<support::StubSurrogate>();
+  model->approximate = [](const auto& x) -> Eigen::VectorXd {
+    return x.col(0).unaryExpr([](double number) { return std::log(number); });
+  };
+  SetModel(project_, L"mass", model);
+  Eigen::MatrixXd designs = Eigen::MatrixXd::Random(200, 3);
+  designs.col(0) = designs.col(0).array() + 0.7;  // some below 0, where there is no logarithm
+  const auto all = Solver().ApproximateMatrix(designs, true, kUnbounded, true).criteria;
+  for (Eigen::Index d = 0; d < designs.rows(); ++d) {
+    ZELSolver other(false);
+    other.GetProject() = project_;
+    ASSERT_TRUE(other.Initialize());
+    const auto one = other.ApproximateMatrix(designs.row(d), true, kUnbounded, true).criteria;
+    for (std::size_t c = 0; c < 2; ++c)
+      EXPECT_THAT(all[2 * static_cast<std::size_t>(d) + c],
+                  std::isnan(one[c]) ? IsNan() : Matcher<double>(one[c]))
+          << d;
+  }
+}
+
 TEST_F(Pipeline, ACalculatorThatIsKeptTellsEachCallWhatANewOneWould) {
   const auto model = boost::make_shared<support::StubSurrogate>();
   model->approximate = [](const auto& x) -> Eigen::VectorXd {
