@@ -125,7 +125,16 @@ void CriteriaEvaluation::MakePlan(Design& design) {
   }
   plan_.reusable = !workspace.texts.MayDefine() && ReadsOnlyFinished() &&
                    !HasText(design.GetParameters()) && !HasText(design.GetResponses());
+  if (plan_.reusable) RenewPrograms();
   plan_.takes_rows = plan_.reusable && HasProgramsOnly();
+}
+
+/// What calls of macros stand for is known since they were evaluated.
+void CriteriaEvaluation::RenewPrograms() {
+  for (Step& step : plan_.steps)
+    for (Side* side : {&step.lhs, &step.rhs})
+      if (side->text && side->text->CallsMacros())
+        side->program.emplace(*side->text, calculator_.GetWorkspace().macros);
 }
 
 /// Makes each criterion an object: of its expression, or of the value that it keeps.
@@ -189,7 +198,7 @@ CriteriaEvaluation::Side CriteriaEvaluation::PrepareSide(const std::wstring& tex
     const ParsedText& parsed = workspace.texts.Parse(text);
     if (!HasCircularDependency(workspace, parsed)) {
       side.text = &parsed;
-      side.program.emplace(parsed);
+      side.program.emplace(parsed, workspace.macros);
     }
   } catch (const std::bad_alloc&) {
     throw;  // no fault of the criterion

@@ -119,6 +119,7 @@ class CriteriaEvaluation {
   std::vector<std::size_t> FindOrder(const Design& design);
   Side PrepareSide(const std::wstring& text);
   bool ReadsOnlyFinished();
+  void RenewPrograms();
   bool HasProgramsOnly() const;
   Input PrepareInput(const std::wstring& name, const CDesignEntry& entry);
   void SetInputs(const std::vector<Input>& inputs, const Entries& entries, Design& design);

@@ -80,11 +80,11 @@ Number (*FindFunction(const Function& function))(const Number&) {
 
 }  // namespace
 
-ScalarProgram::ScalarProgram(const ParsedText& text) {
-  if (!Append(text, text.GetRoot(), 0)) steps_.clear();
+ScalarProgram::ScalarProgram(const ParsedText& text, const MacroTable& macros) {
+  if (!Append(text, text.GetRoot(), 0, macros)) steps_.clear();
 }
 
-bool ScalarProgram::Append(const ParsedText& text, Index node, int used) {
+bool ScalarProgram::Append(const ParsedText& text, Index node, int used, const MacroTable& macros) {
   if (used >= kStackSize || steps_.size() >= kMaxSteps) return false;
   const Index core = text.GetCore(node);
   switch (text.GetRule(core)) {
@@ -111,26 +111,31 @@ bool ScalarProgram::Append(const ParsedText& text, Index node, int used) {
       if (!function || text.NumChildren(core) != 1) return false;
       const auto of_number = FindFunction(*function);
       // Functions nest as deep as the stack is, too.
-      if (!of_number || !Append(text, text.Child(core, 0), used + 1)) return false;
+      if (!of_number || !Append(text, text.Child(core, 0), used + 1, macros)) return false;
       steps_.push_back({Code::kFunction, 0.0, nullptr, kWhole, of_number});
       return true;
     }
+    case Rule::kMacro: {  // nest as deep, too
+      const ParsedText* const expansion = macros.FindExpansion(text, core);
+      return expansion && Append(*expansion, expansion->GetRoot(), used + 1, macros);
+    }
     case Rule::kUnary:
       if (text.GetOperator(core) != Operator::kNegate ||
-          !Append(text, text.Child(core, 0), used + 1))
+          !Append(text, text.Child(core, 0), used + 1, macros))
         return false;
       steps_.push_back({Code::kNegate});
       return true;
     case Rule::kSum:
     case Rule::kProduct:
     case Rule::kPower:
-      return text.IsBinary(core) && AppendChain(text, core, used);
+      return text.IsBinary(core) && AppendChain(text, core, used, macros);
     default:
       return false;
   }
 }
 
-bool ScalarProgram::AppendChain(const ParsedText& text, Index core, int used) {
+bool ScalarProgram::AppendChain(const ParsedText& text, Index core, int used,
+                                const MacroTable& macros) {
   // A chain of operators nests to the left, as deep as the text is long.
   std::vector<Index> chain;
   Index left = core;
@@ -138,7 +143,7 @@ bool ScalarProgram::AppendChain(const ParsedText& text, Index core, int used) {
     chain.push_back(left);
     left = text.GetCore(text.Child(left, 0));
   } while (text.IsBinary(left) && chain.size() < kMaxSteps);
-  if (text.IsBinary(left) || !Append(text, left, used + 1)) return false;
+  if (text.IsBinary(left) || !Append(text, left, used + 1, macros)) return false;
   for (; !chain.empty(); chain.pop_back()) {
     const Index right = text.GetCore(text.Child(chain.back(), 1));
     const Operator op = text.GetOperator(chain.back());
@@ -147,7 +152,7 @@ bool ScalarProgram::AppendChain(const ParsedText& text, Index core, int used) {
       steps_.push_back({Code::kSquare});
       continue;
     }
-    if (!Append(text, right, used + 2)) return false;
+    if (!Append(text, right, used + 2, macros)) return false;
     switch (op) {
       case Operator::kAdd:
         steps_.push_back({Code::kAdd});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calculator/macro_table.h"
 #include "calculator/parsed_text.h"
 
 #include <complex>
@@ -19,8 +20,9 @@ namespace corvath::calculator {
 /// number, or where an operator raises. The walk of the tree then tells what is wrong.
 class ScalarProgram {
  public:
-  /// No steps where the text holds anything else, or nests deeper than the stack.
-  explicit ScalarProgram(const ParsedText& text);
+  /// No steps where the text holds anything else, or nests deeper than the stack. Calls of macros
+  /// count as what they stand for, if that has been worked out before.
+  ScalarProgram(const ParsedText& text, const MacroTable& macros);
 
   bool IsEmpty() const { return steps_.empty(); }
   /// Not on an empty program.
@@ -77,9 +79,9 @@ class ScalarProgram {
   };
 
   /// Appends the steps of a node, with `used` numbers on the stack; false if it has none.
-  bool Append(const ParsedText& text, Index node, int used);
+  bool Append(const ParsedText& text, Index node, int used, const MacroTable& macros);
   /// The same of a sum, a product or a power.
-  bool AppendChain(const ParsedText& text, Index core, int used);
+  bool AppendChain(const ParsedText& text, Index core, int used, const MacroTable& macros);
 
   std::vector<Step> steps_;
 };

@@ -314,6 +314,7 @@ TEST(CriteriaEvaluation, RowsGiveWhatDesignsGiveOneByOne) {
     Add(design, (L"c" + std::to_wstring(type)).c_str(), type, L"mass", L"sqrt(stress[1]) + x");
   Add(design, L"x y", Type::RHS, L"", L"c7 - c6*last");  // a name that no text reads
   Add(design, L"last", Type::NEGATIVE_RHS, L"", L"stress[0] - mass");
+  Add(design, L"macro", Type::LIMIT_LHS_BELOW_RHS, L"$PERCENT_ERROR(mass, x)", L"100");
   CriteriaEvaluation evaluation;
   evaluation.Calculate(design);
   ASSERT_TRUE(evaluation.TakesRows());

@@ -58,7 +58,7 @@ TEST(ScalarProgram, GivesWhatTheWalkOfTheTreeGives) {
     Workspace workspace;
     auto& x = workspace.objects[L"x"];
     auto& y = workspace.objects[L"y"];
-    const ScalarProgram program(workspace.texts.Parse(text));
+    const ScalarProgram program(workspace.texts.Parse(text), workspace.macros);
     ASSERT_FALSE(program.IsEmpty());
     EXPECT_FALSE(program.Run());  // names are not known yet
     workspace.objects.Define(workspace.objects[L"v"], L"", Value(Value::Vector(2, 1.5)));
@@ -90,7 +90,7 @@ TEST(ScalarProgram, RowsGiveTheRealNumbersThatRunsGive) {
     Workspace workspace;
     auto& x = workspace.objects[L"x"];
     auto& v = workspace.objects[L"v"];
-    const ScalarProgram program(workspace.texts.Parse(text));
+    const ScalarProgram program(workspace.texts.Parse(text), workspace.macros);
     ASSERT_FALSE(program.IsEmpty());
     constexpr std::size_t kRows = ScalarProgram::kMaxRows;
     double numbers[3][kRows];
@@ -120,7 +120,8 @@ TEST(ScalarProgram, RowsGiveTheRealNumbersThatRunsGive) {
   }
   Workspace workspace;
   double work[ScalarProgram::kWorkSize], result, defect = 0.0;
-  EXPECT_FALSE(ScalarProgram(workspace.texts.Parse(L"x")).RunRows({}, 1, work, &result, &defect));
+  EXPECT_FALSE(ScalarProgram(workspace.texts.Parse(L"x"), workspace.macros)
+                   .RunRows({}, 1, work, &result, &defect));
 }
 
 TEST(ScalarProgram, LeavesEverythingElseToTheWalk) {
@@ -132,12 +133,13 @@ TEST(ScalarProgram, LeavesEverythingElseToTheWalk) {
         std::wstring(L"nothing(x)"), Repeated(L"1+(", 100) + L"x" + Repeated(L")", 100),
         Repeated(L"-(", 100) + L"x" + Repeated(L")", 100), L"x" + Repeated(L"+x", 2000)}) {
     Workspace workspace;
-    EXPECT_TRUE(ScalarProgram(workspace.texts.Parse(text)).IsEmpty()) << ToUtf8(text);
+    EXPECT_TRUE(ScalarProgram(workspace.texts.Parse(text), workspace.macros).IsEmpty())
+        << ToUtf8(text);
   }
   // Objects as they are when it runs.
   Workspace workspace;
   auto& x = workspace.objects[L"x"];
-  const ScalarProgram program(workspace.texts.Parse(L"x + 1"));
+  const ScalarProgram program(workspace.texts.Parse(L"x + 1"), workspace.macros);
   for (const Value& value : {Value(), Value(true), Value(Value::Vector(2, 1.0))}) {
     workspace.objects.Define(x, L"", value);
     EXPECT_FALSE(program.Run());
