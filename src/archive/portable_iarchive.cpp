@@ -1,5 +1,6 @@
 #include "archive/portable_iarchive.h"
 
+#include "foundation/fresh_memory.h"
 #include "foundation/standard_streams.h"
 #include "foundation/text.h"
 
@@ -96,6 +97,14 @@ std::size_t portable_binary_iarchive::Remaining() {
 void portable_binary_iarchive::CheckCount(std::uint64_t count, std::size_t min_bytes) {
   if (count > kUncheckedCount && count > Remaining() / min_bytes)
     throw archive_exception(archive_exception::input_stream_error);
+}
+
+void portable_binary_iarchive::load_binary(void* address, std::size_t size) {
+  constexpr std::size_t kLarge = std::size_t{1} << 17;
+  // Memory for bytes that are there, not for what a damaged count promises.
+  if (size >= kLarge && size <= Remaining() && Remaining() != SIZE_MAX)
+    utils::PopulatePages(address, size);
+  basic_binary_iprimitive::load_binary(address, size);
 }
 
 std::uint16_t portable_binary_iarchive::ReadWord() {

@@ -64,6 +64,9 @@ class portable_binary_iarchive
   /// Refuses a count of values, each of at least `min_bytes`, that the stream cannot hold.
   void CheckCount(std::uint64_t count, std::size_t min_bytes = 1);
 
+  /// Bytes as they stand. Called by Boost, too.
+  void load_binary(void* address, std::size_t size);
+
   /// An object behind the pointer in work stands constructed at `object`.
   void OnConstructed(void* object, void (*destroy)(void*)) {
     guard_.OnConstructed(object, destroy);
