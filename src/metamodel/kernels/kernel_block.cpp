@@ -24,6 +24,11 @@ simd::ExpKernel MakeJob(const Eigen::MatrixXd& points, Eigen::Index num_points,
   return job;
 }
 
+/// Without columns there is no memory that a row could point into.
+void CopyRow(const ConstPoints& x, Eigen::Index i, Eigen::VectorXd& point) {
+  if (point.size() != 0) point = x.row(i);
+}
+
 }  // namespace
 
 KernelBlock::KernelBlock(const KernelBase& kernel, const Eigen::MatrixXd& points)
@@ -36,6 +41,7 @@ KernelBlock::KernelBlock(const KernelBase& kernel, const Eigen::MatrixXd& points
     if (factors_.size() != points.cols())
       throw std::domain_error("Kernel: Invalid size of parameter vector");
   }
+  if (points.cols() == 0) factors_.resize(0);  // the routines walk through the inputs' memory
   if (factors_.size() == 0) weights_.resize(points.rows());
 }
 
@@ -47,8 +53,10 @@ void KernelBlock::WeightedSums(const ConstPoints& x, const Eigen::VectorXd& valu
     simd::GetKernelRoutines().weighted_sums(job, values.data(), sums.data());
     return;
   }
+  Eigen::VectorXd point(x.cols());
   for (Eigen::Index i = 0; i < x.rows(); ++i) {
-    kernel_.Weights(weights_, x.row(i).transpose(), points_);
+    CopyRow(x, i, point);
+    kernel_.Weights(weights_, point, points_);
     sums(i) = weights_.dot(values);
   }
 }
@@ -60,8 +68,11 @@ void KernelBlock::Weights(const ConstPoints& x, Eigen::Ref<Eigen::MatrixXd> weig
     simd::GetKernelRoutines().weights(job, weights.data(), weights.outerStride());
     return;
   }
-  for (Eigen::Index i = 0; i < x.rows(); ++i)
-    kernel_.Weights(weights.col(i), x.row(i).transpose(), points_.topRows(weights.rows()));
+  Eigen::VectorXd point(x.cols());
+  for (Eigen::Index i = 0; i < x.rows(); ++i) {
+    CopyRow(x, i, point);
+    kernel_.Weights(weights.col(i), point, points_.topRows(weights.rows()));
+  }
 }
 
 }  // namespace corvath::math::metamodel
