@@ -1,3 +1,4 @@
+#include "foundation/constants.h"
 #include "metamodel/factories.h"
 #include "metamodel/kernels/kernel_block.h"
 #include "metamodel/kriging/definite_factor.h"
@@ -33,6 +34,8 @@ void OrdinaryKriging::BuildCorrelation(const Eigen::MatrixXd& points,
       block.Weights(points.middleRows(begin, columns),
                     correlation.block(0, begin, begin + columns, columns));
     }
+  } else if (points.cols() == 0) {
+    correlation.setConstant(kNaN);  // no point is far enough from another to give a radius
   } else {
     // A nodal radius follows the points that it is given: here the one point of the pair.
     Eigen::VectorXd weight(1);
