@@ -1,4 +1,5 @@
-#include "optimizer/small_problem.h"
+#include "optimizer/nlpqlp_interface.h"
+#include "optimizer/sqp_core.h"
 #include "support/testing.h"
 
 using corvath::algorithm::optimizer::NLPQLPInterface;
@@ -36,8 +37,15 @@ void ScriptedQp(std::int32_t m, std::int32_t, std::int32_t mmax, std::int32_t n,
   Map<VectorXd>(x, answer.d.size()) = answer.d;
 }
 
-void Step(NLPQLPInterface& core) {
-  support::StepWith(core, &ScriptedQp);
+/// NLPQLPInterface::Step with the scripted QP solver.
+void Step(NLPQLPInterface& c) {
+  const auto size = [](const auto& array) { return static_cast<std::int32_t>(array.size()); };
+  corvath::algorithm::optimizer::NLPQLP(
+      c.L, c.M, c.ME, c.MMAX, c.N, c.NMAX, c.MNN2, c.X.data(), c.F.data(), c.G.data(), c.DF.data(),
+      c.DG.data(), c.U.data(), c.XL.data(), c.XU.data(), c.C.data(), c.D.data(), c.ACC, c.ACCQP,
+      c.STPMIN, c.MAXFUN, c.MAXIT, c.MAX_NM, c.TOL_NM, c.IPRINT, c.MODE, c.IOUT, c.IFAIL,
+      c.WA.data(), size(c.WA), c.KWA.data(), size(c.KWA), c.ACTIVE.data(), size(c.ACTIVE), c.LQL,
+      &ScriptedQp);
 }
 
 /// Two variables between `lower` and `upper`, two inequalities; at its start.
