@@ -235,7 +235,7 @@ TEST(RadiusFit, TellsWhereThereIsNothingToChoose) {
   EXPECT_DOUBLE_EQ(constant.Approximate(corners.topRows(1))(0), 1.0);
   // An interruption ends the fit.
   model.SetInterruptionPoint([] { throw std::runtime_error("interrupted"); });
-  EXPECT_EQ(MessageOfExactly<std::runtime_error>([&] { model.BuildOptimal(); }), "interrupted");
+  EXPECT_ERROR(std::runtime_error, "interrupted", model.BuildOptimal());
 }
 
 TEST(MovingLeastSquares, TakesTheBoxCoxTransformOfAQuadraticRegression) {

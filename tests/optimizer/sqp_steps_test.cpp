@@ -149,10 +149,7 @@ TEST(SqpSteps, WeighDeltaMoreWhereTheMeritFunctionDoesNotFall) {
 }
 
 TEST(SqpSteps, EndWhereTheQpSolverCannotGoOn) {
-  const struct {
-    std::int32_t answer, ifail;
-    const char* text;
-  } cases[] = {
+  const std::tuple<std::int32_t, std::int32_t, const char*> cases[] = {
       {5, 5, " *** ERROR 5: Insufficient working space for QPSOLVE. Either LKWA or LWA to small\n"},
       {3, 10, " *** ERROR 10: Internal inconsistency in QL, division by zero\n"},
       {103, 103, " *** ERROR: Internal error in QL, IFAIL(QL) = 103\n"},
@@ -160,14 +157,14 @@ TEST(SqpSteps, EndWhereTheQpSolverCannotGoOn) {
       {1, 10, " *** WARNING: Augmented Lagrangian search direction\n"},
       {2, 10, " *** WARNING: Augmented Lagrangian search direction\n"},
   };
-  for (const auto& one : cases) {
+  for (const auto& [answer, ifail, text] : cases) {
     NLPQLPInterface core = TwoByTwo({0.0, 0.0}, {-9, -9}, {9, 9});
     core.IPRINT = 1;
-    script = [&](const QpCall&) -> QpAnswer { return {one.answer, {}, {}}; };
+    script = [&, code = answer](const QpCall&) -> QpAnswer { return {code, {}, {}}; };
     testing::internal::CaptureStdout();
     Step(core);
-    EXPECT_EQ(testing::internal::GetCapturedStdout().find(one.text), 0u) << one.text;
-    EXPECT_EQ(core.IFAIL, one.ifail);
+    EXPECT_EQ(testing::internal::GetCapturedStdout().find(text), 0u) << text;
+    EXPECT_EQ(core.IFAIL, ifail);
   }
 }
 

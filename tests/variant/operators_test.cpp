@@ -1,4 +1,3 @@
-#include "support/testing.h"
 #include "support/values.h"
 #include "variant/functions/interpolation.h"
 #include "variant/functions/ordering.h"
