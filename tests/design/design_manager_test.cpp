@@ -261,10 +261,8 @@ CDesignEntry VectorOf(std::size_t size) {
 
 TEST(DesignTable, WidthsFollowTheValuesInOrder) {
   constexpr int kGone = -9;
-  const struct {
-    std::vector<CDesignEntry> values;
-    int keep_largest, strict, model;  // width, or kGone for a name that is not listed
-  } cases[] = {
+  // Values, and the width with the largest kept, strictly and of models; kGone where none is listed.
+  const std::tuple<std::vector<CDesignEntry>, int, int, int> cases[] = {
       {{Entry(1.0), Entry(2)}, 0, 0, 0},
       {{Entry(Value(true)), Entry(L"text")}, 0, 0, 0},
       {{kNone, Entry(Vec({})), Entry(Value())}, -1, -1, kGone},
@@ -277,15 +275,15 @@ TEST(DesignTable, WidthsFollowTheValuesInOrder) {
       {{VectorOf(3), kSignal}, -1, -1, kGone},
       {{VectorOf(3), kSignal, VectorOf(2)}, 2, 2, 2},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(&c - cases);
-    const DesignManager designs = Container(c.values);
+  for (const auto& [values, keep_largest, strict, model] : cases) {
+    SCOPED_TRACE(values.size());
+    const DesignManager designs = Container(values);
     const auto width = [](const ResponseWidths& widths) {
       return widths.empty() ? kGone : static_cast<int>(widths[0].second);
     };
-    EXPECT_EQ(width(designs.GetResponseWidths(true)), c.keep_largest);
-    EXPECT_EQ(width(designs.GetResponseWidths(false)), c.strict);
-    EXPECT_EQ(width(designs.GetModelResponseWidths()), c.model);
+    EXPECT_EQ(width(designs.GetResponseWidths(true)), keep_largest);
+    EXPECT_EQ(width(designs.GetResponseWidths(false)), strict);
+    EXPECT_EQ(width(designs.GetModelResponseWidths()), model);
   }
 }
 

@@ -172,26 +172,23 @@ TEST(BinaryFunctions, PowersOfNumbers) {
 
 TEST(BinaryFunctions, ModAndPowShareTheirDispatch) {
   const Value v = Vec({3, 4}), m = Mat({{3, 4}}), g = Sig({0, 1}, {{3, 4}}), x = XY({0, 1}, {3, 4});
-  const struct {
-    Binary f;
-    std::string name;
-    double of_3_2, of_4_2, of_3_3, of_4_4;
-  } functions[] = {{fn::mod, "mod", 1, 0, 0, 0}, {fn::pow, "pow", 9, 16, 27, 256}};
-  for (const auto& f : functions) {
+  const std::tuple<Binary, std::string, double, double, double, double> functions[] = {
+      {fn::mod, "mod", 1, 0, 0, 0}, {fn::pow, "pow", 9, 16, 27, 256}};
+  for (const auto& [f, name, of_3_2, of_4_2, of_3_3, of_4_4] : functions) {
     const Value two = Scalar(2);
-    EXPECT_EQ(Out(f.f, v, two), Text(Vec({f.of_3_2, f.of_4_2})));
-    EXPECT_EQ(Out(f.f, m, two), Text(Mat({{f.of_3_2, f.of_4_2}})));
-    EXPECT_EQ(Out(f.f, x, two), Text(XY({0, 1}, {f.of_3_2, f.of_4_2})));
-    EXPECT_EQ(Out(f.f, v, v), Text(Vec({f.of_3_3, f.of_4_4})));
-    EXPECT_EQ(Out(f.f, m, m), Text(Mat({{f.of_3_3, f.of_4_4}})));
-    EXPECT_EQ(Out(f.f, g, g), Text(Sig({0, 1}, {{f.of_3_3, f.of_4_4}})));
-    EXPECT_EQ(Out(f.f, g, x), Text(XY({0, 1}, {f.of_3_3, f.of_4_4})));
-    EXPECT_EQ(Out(f.f, v, Vec({1})), "CDimension: Vector dimensions do not match.");
-    EXPECT_EQ(Out(f.f, m, Mat({{1}})), "CDimension: Matrix dimensions do not match.");
-    EXPECT_EQ(Out(f.f, g, Sig({0}, {{1}, {2}})), "CDimension: Number of channels does not match!");
-    EXPECT_EQ(Out(f.f, Value(), two), "CType: Input object has invalid datatype.");
-    EXPECT_EQ(Out(f.f, Sig({0, 1}, {{{1, 1}, 1}}), Sig({0, 2}, {{1, 1}})),
-              "CComputation: " + f.name +
+    EXPECT_EQ(Out(f, v, two), Text(Vec({of_3_2, of_4_2})));
+    EXPECT_EQ(Out(f, m, two), Text(Mat({{of_3_2, of_4_2}})));
+    EXPECT_EQ(Out(f, x, two), Text(XY({0, 1}, {of_3_2, of_4_2})));
+    EXPECT_EQ(Out(f, v, v), Text(Vec({of_3_3, of_4_4})));
+    EXPECT_EQ(Out(f, m, m), Text(Mat({{of_3_3, of_4_4}})));
+    EXPECT_EQ(Out(f, g, g), Text(Sig({0, 1}, {{of_3_3, of_4_4}})));
+    EXPECT_EQ(Out(f, g, x), Text(XY({0, 1}, {of_3_3, of_4_4})));
+    EXPECT_EQ(Out(f, v, Vec({1})), "CDimension: Vector dimensions do not match.");
+    EXPECT_EQ(Out(f, m, Mat({{1}})), "CDimension: Matrix dimensions do not match.");
+    EXPECT_EQ(Out(f, g, Sig({0}, {{1}, {2}})), "CDimension: Number of channels does not match!");
+    EXPECT_EQ(Out(f, Value(), two), "CType: Input object has invalid datatype.");
+    EXPECT_EQ(Out(f, Sig({0, 1}, {{{1, 1}, 1}}), Sig({0, 2}, {{1, 1}})),
+              "CComputation: " + name +
                   ": Computational error during equalization of timelines: Real input object "
                   "expected.");
   }
@@ -414,11 +411,8 @@ TEST(RandomValues, HaveTheShapeAndTheDistribution) {
   // Distribution function at a few points; the share of draws below has a standard error of 0.0016
   // at most, so that 0.008 is five of them.
   const auto normal = [](double x) { return 0.5 * std::erfc(-x / std::sqrt(2.0)); };
-  const struct {
-    int type;
-    std::vector<Complex> p;
-    std::function<double(double)> cdf;
-  } cases[] = {
+  using Distribution = std::function<double(double)>;
+  const std::tuple<int, std::vector<Complex>, Distribution> cases[] = {
       {kUniform, {-2, 6}, [](double x) { return (x + 2) / 8; }},
       {kNormal, {1, 2}, [&](double x) { return normal((x - 1) / 2); }},
       {kLognormal,
@@ -429,14 +423,14 @@ TEST(RandomValues, HaveTheShapeAndTheDistribution) {
        [](double x) { return x < 0 ? (x + 2) * (x + 2) / 16 : 1 - (6 - x) * (6 - x) / 48; }},
       {kCauchy, {1, 2}, [](double x) { return 0.5 + std::atan((x - 1) / 2) / kPi; }},
       {kExponential, {0.5}, [](double x) { return x > 0 ? 1 - std::exp(-x / 2) : 0; }}};
-  for (const auto& c : cases) {
+  for (const auto& [type, p, cdf] : cases) {
     Value draws;
-    fn::rand(draws, shape, c.type, Vec(c.p), generator);
+    fn::rand(draws, shape, type, Vec(p), generator);
     ASSERT_TRUE(draws.IsVector() && !draws.IsComplex());
     for (const double x : {-1.5, 0.0, 0.5, 1.0, 2.5, 5.5}) {
       std::size_t below = 0;
       for (const Complex& z : draws.GetVector()) below += z.real() < x;
-      EXPECT_NEAR(static_cast<double>(below) / kCount, c.cdf(x), 0.008) << c.type << ", " << x;
+      EXPECT_NEAR(static_cast<double>(below) / kCount, cdf(x), 0.008) << type << ", " << x;
     }
   }
   Value r;
