@@ -3,7 +3,6 @@
 #include "analysis/propagation/sample_intervals.h"
 #include "stochastics/normal_quantile.h"
 #include "support/function_study.h"
-#include "support/testing.h"
 
 namespace corvath::analysis {
 namespace {
@@ -163,19 +162,12 @@ TEST(Propagation, SolvesPublishedReliabilityProblems) {
 
 /// f = 2 x - y of correlated normal inputs with an error of the model, and the limit f <= 20.
 FunctionModel LinearStudy() {
-  Eigen::MatrixXd correlations{{1.0, 0.5}, {0.5, 1.0}};
-  const auto limit = [](const ConstPoints& x) -> Eigen::MatrixXd {
-    Eigen::MatrixXd values(x.rows(), 2);
-    values << 2.0 * x.col(0) - x.col(1), 20.0 - 2.0 * x.col(0).array() + x.col(1).array();
-    return values;
-  };
-  std::vector<StudyQuantity> quantities(2);
-  quantities[0].name = L"f";
-  quantities[1].name = L"g";
-  quantities[1].kind = StudyQuantity::Kind::kLimit;
-  return FunctionModel(
+  return support::FunctionStudy(
       {RandomInput(L"x", types::NORMAL, {10.0, 2.0}), RandomInput(L"y", types::NORMAL, {5.0, 1.0})},
-      quantities, limit, correlations);
+      {{L"f", [](const VectorXd& x) { return 2.0 * x(0) - x(1); }},
+       {L"g", [](const VectorXd& x) { return 20.0 - 2.0 * x(0) + x(1); },
+        StudyQuantity::Kind::kLimit}},
+      Eigen::Matrix2d{{1.0, 0.5}, {0.5, 1.0}});
 }
 
 TEST(Propagation, HasTheClosedFormsOfALinearStudy) {

@@ -1,7 +1,6 @@
 #include "analysis/sensitivity/sensitivity.h"
 
 #include "support/function_study.h"
-#include "support/testing.h"
 
 namespace corvath::analysis {
 namespace {

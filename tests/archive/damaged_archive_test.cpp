@@ -155,18 +155,6 @@ TEST(DamagedArchive, NoFlippedByteDoesHarm) {
     }
 }
 
-TEST(DamagedArchive, NoRunOfRandomBytesDoesHarm) {
-  const std::string bytes = support::Save(MakeZoo());
-  std::mt19937 random(1);
-  for (int round = 0; round < 20000; ++round) {
-    std::string damaged = bytes;
-    for (int changes = 1 + static_cast<int>(random() % 4); changes > 0; --changes)
-      damaged[random() % damaged.size()] =
-          static_cast<char>(random() % 8 == 0 ? random() : random() % 12);
-    TryToRead(damaged);
-  }
-}
-
 TEST(DamagedArchive, AnEndlessChainOfPointersIsRefused) {
   const auto read_back = [](int length) {
     Link head;

@@ -178,10 +178,10 @@ TEST(PortableArchive, RefusesABoolThatIsNoBoolAndTextThatIsNoUnicode) {
   std::istringstream stream(FromHex("4B425804110000000200"));
   portable_binary_iarchive ar(stream);
   bool flag = false;
-  EXPECT_EQ(support::MessageOf([&] { ar >> flag; }), "integer cannot be represented");
+  EXPECT_MESSAGE("integer cannot be represented", ar >> flag);
   Plain plain;
   plain.text_ = std::wstring(1, static_cast<wchar_t>(0xD800));
-  EXPECT_EQ(support::MessageOf([&] { support::Save(plain); }), "invalid input character");
+  EXPECT_MESSAGE("invalid input character", support::Save(plain));
 }
 
 TEST(PortableArchive, MatrixBodyHasNoAnnotations) {

@@ -2,7 +2,6 @@
 
 #include "calculator/calculator.h"
 #include "foundation/text.h"
-#include "support/testing.h"
 #include "support/values.h"
 
 namespace support {

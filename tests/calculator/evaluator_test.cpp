@@ -148,12 +148,11 @@ TEST_F(Calculator, ShowsWhereATextFails) {
 }
 
 TEST_F(Calculator, ErrorsShowTheTextAndACaretUnderThePlace) {
-  EXPECT_EQ(MessageOfExactly<CExpressionPositionException>([&] { Evaluate(L"1 + true"); }),
-            "Invalid type BOOLEAN for operation +.\n1+true\n ^");
-  EXPECT_EQ(MessageOf([&] { Evaluate(L"if"); }), "Error while parsing");  // at the text's end
-  EXPECT_EQ(
-      MessageOfExactly<corvath::math::CTypeException>([&] { Evaluate(L"#if 1 #then 2 #else 3"); }),
-      "Input object not of type BOOLEAN.");
+  EXPECT_ERROR(CExpressionPositionException, "Invalid type BOOLEAN for operation +.\n1+true\n ^",
+               Evaluate(L"1 + true"));
+  EXPECT_MESSAGE("Error while parsing", Evaluate(L"if"));  // at the text's end
+  EXPECT_ERROR(corvath::math::CTypeException, "Input object not of type BOOLEAN.",
+               Evaluate(L"#if 1 #then 2 #else 3"));
 }
 
 TEST_F(Calculator, AssignedObjectsStayLive) {
@@ -186,16 +185,14 @@ TEST_F(Calculator, KeepsObjectsByName) {
   EXPECT_EQ(calculator_.GetObjectState(L"Pi"), corvath::calculator::kImmutable);
   EXPECT_EQ(calculator_.GetObject(L"pi").name, L"@PI");
   EXPECT_FALSE(calculator_.FindObject(L"A"));  // case counts
-  EXPECT_EQ(
-      MessageOfExactly<CCalculatorObjectUnknownException>([&] { calculator_.GetObject(L"A"); }),
-      "Object \"A\" not known.");
+  EXPECT_ERROR(CCalculatorObjectUnknownException, "Object \"A\" not known.",
+               calculator_.GetObject(L"A"));
   for (const wchar_t* name : {L"PI", L"@PI"})
-    EXPECT_EQ(MessageOfExactly<CCalculatorException>(
-                  [&] { calculator_.SetObject(name, L"", Scalar(3.0)); }),
-              "Can't overwrite immutable object \"" + ToUtf8(name) + "\"");
+    EXPECT_ERROR(CCalculatorException, "Can't overwrite immutable object \"" + ToUtf8(name) + "\"",
+                 calculator_.SetObject(name, L"", Scalar(3.0)));
   for (const wchar_t* name : {L"", L"1x", L"if", L"a+b", L"f(1)", L"\"s\"", L"x[1]", L"a=b"})
-    EXPECT_EQ(MessageOf([&] { calculator_.SetObject(name, L"", Scalar(3.0)); }),
-              "Invalid identifier: \"" + ToUtf8(name) + "\"");
+    EXPECT_MESSAGE("Invalid identifier: \"" + ToUtf8(name) + "\"",
+                   calculator_.SetObject(name, L"", Scalar(3.0)));
   EXPECT_TRUE(calculator_.IsValidIdentifier(L"pi", false));
   EXPECT_FALSE(calculator_.IsValidIdentifier(L"pi", true));
   EXPECT_TRUE(calculator_.IsValidIdentifier(L"größe'.1", true));  // in the C locale, too
@@ -217,14 +214,13 @@ TEST_F(Calculator, AnalysesDependencies) {
   calculator_.SetObject(L"r", L"2 + p", Value());
   EXPECT_TRUE(calculator_.HasCircularDependency(L"1 + p"));
   EXPECT_FALSE(calculator_.HasCircularDependency(L"a"));
-  EXPECT_EQ(
-      MessageOfExactly<CCircularDependencyException>([&] { calculator_.GetDependencies(L"p"); }),
-      "object p depends on expression dependent on p");
-  EXPECT_EQ(MessageOfExactly<CCircularDependencyException>([&] { Evaluate(L"1 + r"); }),
-            "object r depends on expression dependent on r");
+  EXPECT_ERROR(CCircularDependencyException, "object p depends on expression dependent on p",
+               calculator_.GetDependencies(L"p"));
+  EXPECT_ERROR(CCircularDependencyException, "object r depends on expression dependent on r",
+               Evaluate(L"1 + r"));
   calculator_.SetObject(L"s", L"s", Value());
-  EXPECT_EQ(MessageOfExactly<CCircularDependencyException>([&] { Evaluate(L"s"); }),
-            "object s depends on expression dependent on s");
+  EXPECT_ERROR(CCircularDependencyException, "object s depends on expression dependent on s",
+               Evaluate(L"s"));
   EXPECT_EQ(Failure(L"s"), Failure(L"s"));
 }
 
@@ -323,8 +319,8 @@ TEST_F(Calculator, HostileTextsEndInExceptions) {
                           L"d" + std::to_wstring(i + 1) + L"+d" + std::to_wstring(i + 1), Value());
   }
   EXPECT_EQ(Failure(L"o0"), "Expressions are nested too deep inside each other");
-  EXPECT_EQ(MessageOf([&] { calculator_.GetDependencies(L"o0"); }),
-            "Expressions are nested too deep inside each other");
+  EXPECT_MESSAGE("Expressions are nested too deep inside each other",
+                 calculator_.GetDependencies(L"o0"));
   calculator_.SetObject(L"d60", L"", Scalar(1.0));
   const std::string too_many = "Evaluation of more than 1000000 steps";
   EXPECT_EQ(Failure(L"d0"), too_many);

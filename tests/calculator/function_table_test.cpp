@@ -3,7 +3,6 @@
 #include "calculator/calculator.h"
 #include "foundation/math_exception.h"
 #include "foundation/text.h"
-#include "support/testing.h"
 #include "support/values.h"
 
 #include <boost/numeric/conversion/cast.hpp>

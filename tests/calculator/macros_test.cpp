@@ -4,7 +4,6 @@
 #include "foundation/text.h"
 #include "support/environment_variables.h"
 #include "support/temporary_directory.h"
-#include "support/testing.h"
 #include "support/values.h"
 
 #include <boost/archive/xml_oarchive.hpp>
@@ -91,10 +90,8 @@ TEST_F(MacroFile, KeepsTextsAsTheyAre) {
   EXPECT_TRUE(content.exists);
   EXPECT_TRUE(Same(content.macros, macros));
   const std::string before = ReadFile(path);
-  EXPECT_EQ(MessageOf([&] {
-              SaveMacros(path, {{std::wstring(1, 0xd800), {}, L"", L"", L""}});
-            }),
-            "invalid input character");
+  EXPECT_MESSAGE("invalid input character",
+                 SaveMacros(path, {{std::wstring(1, 0xd800), {}, L"", L"", L""}}));
   EXPECT_EQ(ReadFile(path), before);
 }
 
@@ -159,8 +156,7 @@ TEST_F(MacroFile, WhatIsNoMacroFileGivesNoMacros) {
 TEST_F(MacroFile, TheUsersLiesInTheApplicationDataDirectory) {
   const support::UserDirectoryVariables variables;
   EXPECT_TRUE(LoadMacros().empty());  // there is no such directory
-  EXPECT_EQ(MessageOf([] { SaveMacros({}, kMacros); }),
-            "Environment variable \"APPDATA\" doesn't exist.");
+  EXPECT_MESSAGE("Environment variable \"APPDATA\" doesn't exist.", SaveMacros({}, kMacros));
   const std::string home = directory_.File("home");
   setenv("HOME", home.c_str(), 1);
   EXPECT_TRUE(LoadMacros().empty());

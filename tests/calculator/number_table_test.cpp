@@ -1,6 +1,5 @@
 #include "calculator/number_table.h"
 
-#include "support/testing.h"
 #include "support/values.h"
 #include "variant/value/limits.h"
 

@@ -31,52 +31,26 @@ std::string Print(const SyntaxTree& tree, SyntaxTree::Index node, std::wstring_v
   return tree.NumChildren(node) == 0 ? out : out + ')';
 }
 
+// Some forms of the grammar. All of them stand in fuzz/corpus/parser, whose replay compares trees and
+// stops with those of a second parser.
 TEST(Parser, GivesTheTreesOfTheGrammar) {
   const std::pair<const wchar_t*, const char*> cases[] = {
       {L"1+2*3", "10'+'(2'1' 11'*'(2'2' 2'3'))"},
-      {L"a-b-c", "10'-'(10'-'(14'a' 14'b') 14'c')"},
       {L"(a-b)-c", "10'-'(5'(a-b)'(10'-'(14'a' 14'b')) 14'c')"},
       {L"-2^2", "7'-'(12'^'(2'2' 2'2'))"},
       {L"2^-1*+3", "11'*'(12'^'(2'2' 2'-1') 2'+3')"},
-      {L"2**3^-.5", "12'^'(12'**'(2'2' 2'3') 2'-.5')"},
-      {L"!a&&b||c", "8'||'(8'&&'(7'!'(14'a') 14'b') 14'c')"},
-      {L"a<=b==c!=1", "9'!='(9'=='(9'<='(14'a' 14'b') 14'c') 2'1')"},
       {L"a>=3.e-2<b>_c", "9'>'(9'<'(9'>='(14'a' 2'3.e-2') 14'b') 14'_c')"},
-      {L"a%b/c", "11'/'(11'%'(14'a' 14'b') 14'c')"},
       {L"a_1.b'", "14'a_1.b''"},
-      {L"ifx", "14'ifx'"},
       {L"f()", "3'f'(3'')"},
       {L"f(a,\"t,x\",b=1)", "3'f'(14'a' 19'\"t,x\"'(19't,x') 18'b=1'(14'b' 2'1'))"},
-      {L"f(x)[1]", "13'f(x)[1]'(3'f'(14'x') 2'1')"},
-      {L"a[1]", "13'a[1]'(14'a' 2'1')"},
       {L"a[,1]", "13'a[,1]'(14'a' 13',' 2'1')"},
-      {L"a[1,]", "13'a[1,]'(14'a' 2'1' 13',')"},
-      {L"a[1,2+b]", "13'a[1,2+b]'(14'a' 2'1' 13',' 10'+'(2'2' 14'b'))"},
-      {L"a[,]", "13'a[,]'(14'a' 13',')"},
-      {L"a[(1)(2)]", "13'a[(1)(2)]'(14'a' 5'(1)'(2'1') 5'(2)'(2'2'))"},
-      {L"a[:]", "16'a[:]'(14'a' 16':')"},
       {L"a[b:2:3]", "16'a[b:2:3]'(14'a' 14'b' 16':' 2'2' 16':' 2'3')"},
-      {L"a[::-1]", "16'a[::-1]'(14'a' 16':' 16':' 7'-'(2'1'))"},
-      {L"(a[1])[2]", "13'(a[1])[2]'(5'(a[1])'(13'a[1]'(14'a' 2'1')) 2'2')"},
-      {L"[1,-a]", "15'[1,-a]'(2'1' 7'-'(14'a'))"},
-      {L"[[1,2][3,4]]", "15'[[1,2][3,4]]'(15'[1,2]'(2'1' 2'2') 15'[3,4]'(2'3' 2'4'))"},
       {L"[[1],[2]]", "17'[[1],[2]]'(15'[1]'(2'1') 15'[2]'(2'2'))"},
-      {L"[[1]a,b=2]", "15'[[1]a,b=2]'(15'[1]'(2'1') 14'a' 18'b=2'(14'b' 2'2'))"},
-      {L"a=b=1+c", "18'a=b=1+c'(14'a' 14'b' 10'+'(2'1' 14'c'))"},
       {L"$m()", "21'$m()'(4'm' 21'')"},
-      {L"$m(\"s\")", "21'$m(\"s\")'(4'm' 19'\"s\"'(19's'))"},
-      {L"$m(a,b+1)", "21'$m(a,b+1)'(4'm' 14'a' 10'+'(14'b' 2'1'))"},
       {L"$m()=1", "20'$m()=1'(4'm' 20'' 20'=' 2'1')"},
-      {L"$m(x,y)=x*y", "20'$m(x,y)=x*y'(4'm' 4'x' 4'y' 20'=' 11'*'(14'x' 14'y'))"},
-      {L"#IFa#Thenb#elsec", "22'#IFa#Thenb#elsec'(14'a' 14'b' 14'c')"},
-      {L"1+#ifa:b#elsec", "10'+'(2'1' 22'#ifa:b#elsec'(14'a' 14'b' 14'c'))"},
-      {L"#switcha#case1:b#default:c",
-       "23'#switcha#case1:b#default:c'(14'a' 2'1' 14'b' 23'#default' 14'c')"},
       {L"#SWITCHa:#case1:b#Case2:c#DEFAULTd",
        "23'#SWITCHa:#case1:b#Case2:c#DEFAULTd'(14'a' 2'1' 14'b' 2'2' 14'c' 23'#DEFAULT' 14'd')"},
       {L"größe*2", "11'*'(14'größe' 2'2')"},
-      {L"1e400", "2'1e400'"},
-      {L"1.5e400", "2'1.5e400'"},
   };
   for (const auto& [text, expected] : cases) {
     const auto result = Parse(text);
@@ -95,19 +69,10 @@ TEST(Parser, GivesTheTreesOfTheGrammar) {
 
 TEST(Parser, StopsWhereASequenceOfRulesWentThrough) {
   const std::tuple<const wchar_t*, std::size_t, bool> cases[] = {
-      {L"1+2", 3, true},        {L"2^-x", 1, true},      {L"2^-1", 4, true},
-      {L"--x", 1, false},       {L"--1", 3, true},       {L"+x", 0, false},
-      {L"+3", 2, true},         {L"a[]", 1, true},       {L"a[:]", 4, true},
-      {L"a[,]", 4, true},       {L"(a[1])[2]", 9, true}, {L"a[1][2]", 4, true},
-      {L"if", 2, false},        {L"iF+1", 2, false},     {L"ifx", 3, true},
-      {L"1+if", 1, true},       {L"(if)", 0, false},     {L"@PI", 0, false},
-      {L"a\n+1", 1, true},      {L"", 0, false},         {L"a=b==1", 1, true},
-      {L"a=(b=1)", 1, true},    {L"2e", 0, false},       {L"f(1,)", 1, true},
-      {L"\"s\"", 0, false},     {L"1..2", 2, true},      {L"$m(\"s\")", 7, true},
+      {L"1+2", 3, true},        {L"2^-x", 1, true},  {L"--x", 1, false},  {L"a[1][2]", 4, true},
+      {L"if", 2, false},        {L"(if)", 0, false}, {L"a\n+1", 1, true}, {L"", 0, false},
       {L"[v,[1,2]]", 0, false},  // an optional vector that was taken is not given back
-      {L"f(\"\")", 1, true},     // a quoted text is not empty
-      {L"$m(\"\")", 0, false},
-  };
+      {L"f(\"\")", 1, true}};    // a quoted text is not empty
   for (const auto& [text, stop, match] : cases) {
     const auto result = Parse(text);
     EXPECT_EQ(result.stop, stop) << text;

@@ -68,14 +68,6 @@ class Macros(ProgramTest):
         self.assertEqual(self.value("$twice(1+2)"), "Real 6")
         self.assertEqual(self.value("$SIG_SIZE(xydata([0,1],[2,3]))"), "Real 2")
 
-    def test_directories_win_over_each_other(self):
-        for number, (variable, folder) in enumerate([(None, ".config"), ("XDG_CONFIG_HOME", "xdg"),
-                                                     ("APPDATA", "data")]):
-            self.write(HEAD.format(1) + macro("place", ["x"], number) + TAIL, folder)
-            if variable:
-                self.environment[variable] = str(self.path / folder)
-            self.assertEqual(self.value("$place(0)"), f"Real {number}")
-
     def test_a_damaged_file_hides_nothing_else(self):
         path = self.write(HEAD.format(2) + macro("twice", ["x"], "2*(x)") + "<item><mac")
         result = zel("macros", env=self.environment)
@@ -85,12 +77,6 @@ class Macros(ProgramTest):
         self.write("twice(x) = 2*x")
         self.refused(zel("macros", env=self.environment), "damaged, or no macro file")
         self.assertEqual(self.value("1+1"), "Real 2")
-
-    def test_without_a_home_there_are_the_built_in_ones(self):
-        del self.environment["HOME"]
-        self.assertEqual(len(self.list()[0]), 2 + 49)
-        self.assertEqual(self.value("$PERCENT_ERROR(4,5)"), "Real 25")
-
 
 if __name__ == "__main__":
     main()

@@ -41,6 +41,13 @@ class ProgramTest(unittest.TestCase):
         self.assertEqual(result.returncode, 0, result.stderr)
         return list(csv.DictReader(io.StringIO(result.stdout.decode())))
 
+    def sample(self, *arguments):
+        """The names and rows that zel sample writes."""
+        result = zel("sample", *arguments)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        header, *rows = csv.reader(io.StringIO(result.stdout.decode()))
+        return header, [[float(cell) for cell in row] for row in rows]
+
     def refused(self, result, *texts, status=1):
         """One line on standard error that holds the texts, and nothing else."""
         self.assertEqual(result.returncode, status, result.stderr)

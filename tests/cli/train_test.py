@@ -16,12 +16,6 @@ from program import SAMPLE, ZEL, ProgramTest, main, table, zel
 
 
 class Train(ProgramTest):
-    def sample(self, *arguments):
-        result = zel("sample", *arguments)
-        self.assertEqual(result.returncode, 0, result.stderr)
-        header, *rows = csv.reader(io.StringIO(result.stdout.decode()))
-        return header, [[float(cell) for cell in row] for row in rows]
-
     def write(self, header, rows):
         path = self.path / "study.csv"
         with open(path, "w", newline="") as file:

@@ -3,7 +3,6 @@
 #include "design/parameters/discrete_states.h"
 #include "support/expect_refusals.h"
 #include "support/points.h"
-#include "support/testing.h"
 
 using namespace corvath::algorithm::datatypes;
 using Entry = CDesignEntry;
@@ -39,8 +38,6 @@ Design DesignOf(EntrySequence parameters) {
   return Design(std::move(parameters), DesignId(1));
 }
 
-}  // namespace
-
 TEST(DesignConversion, TurnsValuesIntoNumbersByName) {
   EntrySequence shuffled{
       {L"index", Entry(L"c")},   {L"unused", Entry(7)},
@@ -63,7 +60,7 @@ TEST(DesignConversion, TurnsNumbersIntoValuesOfTheDomains) {
   const EntrySequence expected[] = {Sequence(-0.5, 4.0, L"c", L"b"),
                                     Sequence(0.125, 1.0, L"a", L"c")};
   for (std::size_t row = 0; row < 2; ++row)
-    for (const std::wstring& name : {L"free", L"value", L"index", L"nominal"})
+    for (const wchar_t* name : {L"free", L"value", L"index", L"nominal"})
       EXPECT_EQ(sequences[row].Get(name), expected[row].Get(name)) << row;
 }
 
@@ -84,7 +81,7 @@ TEST(DesignConversion, SaysWhichValueDoesNotFit) {
   };
   for (const auto& [property, value, text] : cases) {
     const NamedProperties properties{{L"x", property}};
-    EXPECT_EQ(MessageOf([&] { DesignsToMatrix({DesignOf({{L"x", value}})}, properties); }), text);
+    EXPECT_MESSAGE(text, DesignsToMatrix({DesignOf({{L"x", value}})}, properties));
   }
   EXPECT_THROW(DesignsToMatrix({DesignOf({{L"x", Entry(1)}})}, {{L"x", by_index}}),
                std::range_error);
@@ -130,13 +127,11 @@ TEST(InputColumns, FollowsTheNamesAskedForOnEitherSide) {
   const InputColumns random = InputColumns::Of(manager, {L"value", L"free"}, InputSide::kRandom);
   EXPECT_EQ(random.ToMatrix(designs), (Eigen::RowVector2d(2.9, 0.5)));
 
-  EXPECT_EQ(MessageOf([&] { InputColumns::Of(manager, {L"index"}, InputSide::kRandom); }),
-            "The parameter \"index\" does not scatter.");
-  EXPECT_EQ(MessageOf([&] { InputColumns::Of(manager, {L"other"}, InputSide::kDeterministic); }),
-            "Cannot return non existing parameter \"other\"");
+  EXPECT_MESSAGE("The parameter \"index\" does not scatter.",
+                 InputColumns::Of(manager, {L"index"}, InputSide::kRandom));
+  EXPECT_MESSAGE("Cannot return non existing parameter \"other\"",
+                 InputColumns::Of(manager, {L"other"}, InputSide::kDeterministic));
 }
-
-namespace {
 
 constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
@@ -147,8 +142,6 @@ std::vector<Entry> Entries(std::initializer_list<T> values) {
   for (const T& value : values) result.emplace_back(value);
   return result;
 }
-
-}  // namespace
 
 TEST(DiscreteStates, RoundsHalfAwayFromZeroWithinTheIntegers) {
   const std::pair<double, std::int64_t> cases[] = {
@@ -201,7 +194,7 @@ TEST(DiscreteStates, RefusesWhatHasNoNearestState) {
       {Entry(1), Entries({1.0}), by_value + "Inequal domain types."},
       {Entry(true), Entries({1}), by_value + "Inequal domain types."}};
   for (const auto& [value, states, text] : cases)
-    EXPECT_EQ(MessageOf([&] { NearestDiscreteState(value, states); }), text);
+    EXPECT_MESSAGE(text, NearestDiscreteState(value, states));
 }
 
 TEST(DiscreteStates, FindsPositionsInTheOrderGiven) {
@@ -224,6 +217,7 @@ TEST(DiscreteStates, FindsPositionsInTheOrderGiven) {
   EXPECT_FALSE(sorted.Find(Entry(L"3")));
   EXPECT_FALSE(sorted.Find(Entry(4.0)));
   EXPECT_FALSE(StatesByIndex().Find(Entry(1.0)));
-  EXPECT_EQ(support::MessageOf([] { StatesByIndex().At(0.0); }),
-            "Can not handle empty list of discrete states");
+  EXPECT_MESSAGE("Can not handle empty list of discrete states", StatesByIndex().At(0.0));
 }
+
+}  // namespace

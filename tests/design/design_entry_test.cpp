@@ -49,14 +49,7 @@ ZEL_CLASS_VERSION(EntryV5, 5)
 ZEL_TRACK_ALWAYS(EntryV5)
 
 TEST(DesignEntry, ConvertsAsWellAsItCan) {
-  struct Case {
-    Entry entry;
-    double real;
-    std::int64_t integer;
-    bool truth;
-    std::wstring text;
-  };
-  const std::vector<Case> cases = {
+  const std::tuple<Entry, double, std::int64_t, bool, std::wstring> cases[] = {
       {Entry(), kNaN, 0, false, L"uninitialized"},
       {Entry(-2.75), -2.75, -2, true, L"-2.75"},
       {Entry(0.1), 0.1, 0, true, L"0.10000000000000001"},
@@ -80,24 +73,24 @@ TEST(DesignEntry, ConvertsAsWellAsItCan) {
       {Entry(L"\u0661"), kNaN, 0, false, L"\u0661"},
       {Entry(Scalar(-1.5, 2.0)), -1.5, -1, true, L"-1.5"},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.entry.ToString());
-    const double real = c.entry.ToDouble();
-    EXPECT_TRUE(real == c.real || (std::isnan(real) && std::isnan(c.real))) << real;
-    EXPECT_EQ(c.entry.ToInteger(), c.integer);
-    EXPECT_EQ(c.entry.ToBool(), c.truth);
-    EXPECT_EQ(c.entry.ToString(), c.text);
+  for (const auto& [entry, real, integer, truth, text] : cases) {
+    SCOPED_TRACE(testing::Message() << text);
+    const double number = entry.ToDouble();
+    EXPECT_TRUE(number == real || (std::isnan(number) && std::isnan(real))) << number;
+    EXPECT_EQ(entry.ToInteger(), integer);
+    EXPECT_EQ(entry.ToBool(), truth);
+    EXPECT_EQ(entry.ToString(), text);
   }
   EXPECT_EQ(Entry(Value(true)).ToDouble(), 1.0);
   EXPECT_TRUE(Entry(Value(true)).ToBool());
   const std::string not_scalar = "Designpoint conversion failed: variant isn't scalar.";
   for (const Value& value : {Value(), Vec({1.0}), Mat({{1.0}})}) {
     const Entry entry(value);
-    EXPECT_EQ(MessageOf([&] { entry.ToDouble(); }), not_scalar);
-    EXPECT_EQ(MessageOf([&] { entry.ToInteger(); }), not_scalar);
-    EXPECT_EQ(MessageOf([&] { entry.ToBool(); }), not_scalar);
+    EXPECT_MESSAGE(not_scalar, entry.ToDouble());
+    EXPECT_MESSAGE(not_scalar, entry.ToInteger());
+    EXPECT_MESSAGE(not_scalar, entry.ToBool());
   }
-  EXPECT_EQ(MessageOf([] { Entry(Value(true)).ToString(); }), not_scalar);
+  EXPECT_MESSAGE(not_scalar, Entry(Value(true)).ToString());
 }
 
 TEST(DesignEntry, ReadsNumbersWhateverTheHostsLocale) {
@@ -118,13 +111,12 @@ TEST(DesignEntry, GivesStrictFormsOrRefuses) {
   EXPECT_EQ(Entry(7).GetScalar(), 7.0);
   EXPECT_EQ(Entry(Scalar(2.5)).GetScalar(), 2.5);
   for (const Entry& entry : {Entry(), Entry(true), Entry(L"1"), Entry(Vec({1.0}))})
-    EXPECT_EQ(MessageOfExactly<std::invalid_argument>([&] { entry.GetScalar(); }),
-              "GetScalar not supported for this type");
+    EXPECT_ERROR(std::invalid_argument, "GetScalar not supported for this type", entry.GetScalar());
   EXPECT_EQ(Entry(true).GetVariant(), Value(true));
   EXPECT_EQ(Entry(7).GetVariant(), Scalar(7.0));
   EXPECT_TRUE(Entry().GetVariant().IsUninitialized());
-  EXPECT_EQ(MessageOfExactly<std::invalid_argument>([] { Entry(L"1").GetVariant(); }),
-            "GetVariant is not supported for this type");
+  EXPECT_ERROR(std::invalid_argument, "GetVariant is not supported for this type",
+               Entry(L"1").GetVariant());
   EXPECT_EQ(Entry(L"1").ToVariant(), Scalar(1.0));
 
   for (const Value& value : {Value(false), Scalar(1.0), Vec({1.0}), Mat({{1.0}})})
@@ -163,10 +155,8 @@ TEST(DesignEntry, AssignsByTheTypeOfTheTarget) {
   ExpectSame(assigned(Entry(Scalar(0.0)), Entry(true)), Entry(Value(true)));
 
   Entry target(1.0);
-  EXPECT_EQ(MessageOfExactly<std::logic_error>([&] {
-              target.Assign(Entry(Vec({1.0, 2.0})), false);
-            }),
-            "Cannot assign. Value types do not match.");
+  EXPECT_ERROR(std::logic_error, "Cannot assign. Value types do not match.",
+               target.Assign(Entry(Vec({1.0, 2.0})), false));
   for (const wchar_t* text : {L"", L"x", L"1,5", L"true"})
     EXPECT_THROW(target.Assign(Entry(text), true), std::bad_cast);
   EXPECT_THROW(Entry(true).Assign(Entry(L"truer"), true), std::bad_cast);
@@ -207,10 +197,10 @@ TEST(DesignEntry, OrdersByValueAndTextsBehindNumbers) {
   EXPECT_FALSE(Entry() < Entry());
   EXPECT_LT(Entry(Vec({1.0, 2.0})), Entry(Vec({2.0, 3.0})));
   EXPECT_FALSE(Entry(Vec({1.0, 3.0})) < Entry(Vec({2.0, 3.0})));
-  EXPECT_EQ(MessageOf([] { (void)(Entry(true) < Entry(1.0)); }),
-            "Cannot perform 'BOOLEAN' - 'SCALAR': Incompatible types.");
-  EXPECT_EQ(MessageOf([] { (void)(Entry(Scalar(1.0, 1.0)) < Entry(1.0)); }),
-            "Compare operation not allowed for Variants with complex values.");
+  EXPECT_MESSAGE("Cannot perform 'BOOLEAN' - 'SCALAR': Incompatible types.",
+                 (Entry(true) < Entry(1.0)));
+  EXPECT_MESSAGE("Compare operation not allowed for Variants with complex values.",
+                 (Entry(Scalar(1.0, 1.0)) < Entry(1.0)));
 }
 
 TEST(DesignEntry, SubtractsByType) {
@@ -240,7 +230,7 @@ TEST(DesignEntry, SubtractsByType) {
       {row, vector, "Type of second Input object not compatible with first."},
       {Entry(), Entry(1.0), "Input object has invalid datatype for operation -."},
   };
-  for (const auto& c : cases) EXPECT_EQ(MessageOf([&] { c.a - c.b; }), c.refusal);
+  for (const auto& c : cases) EXPECT_MESSAGE(c.refusal, c.a - c.b);
 }
 
 TEST(DesignEntry, IsStoredAsABoostVariant) {
@@ -267,6 +257,7 @@ TEST(DesignEntry, ReadsOlderRecords) {
   ExpectSame(ReadOld(1, 3, std::wstring(L"a")), Entry(L"a"));
   ExpectSame(ReadOld(0, 4, true), Entry(true));
   for (const int which : {-1, 5, 6})
-    EXPECT_EQ(MessageOf([&] { ReadOld(3, which, 0.0); }),
-              "The file holds a design entry of the unknown kind " + std::to_string(which) + ".");
+    EXPECT_MESSAGE(
+        "The file holds a design entry of the unknown kind " + std::to_string(which) + ".",
+        ReadOld(3, which, 0.0));
 }

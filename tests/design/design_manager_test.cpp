@@ -5,7 +5,6 @@
 #include "support/archive_round_trip.h"
 #include "support/expect_refusals.h"
 #include "support/points.h"
-#include "support/testing.h"
 #include "support/values.h"
 
 namespace {
@@ -47,8 +46,6 @@ std::string TemplateRefusal(const Design& a, const Design& b) {
   return MessageOfExactly<std::logic_error>([&] { DesignManager({a, b}).BuildTemplate(true); });
 }
 
-}  // namespace
-
 TEST(DesignManager, FindsDesignsByIdAndByLeaf) {
   const DesignManager designs(
       {MakeDesign(Id(1), 1.0), MakeDesign(Id(1, 2), 2.0), MakeDesign(Id(5, 2), 3.0)});
@@ -56,8 +53,7 @@ TEST(DesignManager, FindsDesignsByIdAndByLeaf) {
   EXPECT_EQ(designs.Find(Id(2)), nullptr);
   EXPECT_EQ(X(*designs.Find(Id(9, 2), /*by_leaf=*/true)), 2.0);
   EXPECT_EQ(designs.Find(Id(9, 3), /*by_leaf=*/true), nullptr);
-  EXPECT_EQ(MessageOfExactly<corvath::utils::runtime_error>([&] { designs.GetDesign(Id(2)); }),
-            "No such design");
+  EXPECT_ERROR(corvath::utils::runtime_error, "No such design", designs.GetDesign(Id(2)));
   const std::vector<Design> some = designs.GetDesigns({Id(5, 2), Id(7), Id(1)});
   ASSERT_EQ(some.size(), 2u);
   EXPECT_EQ(X(some[0]), 3.0);
@@ -158,8 +154,6 @@ TEST(DesignManager, NamesItsLimitStates) {
   EXPECT_EQ(designs.GetCriteriaTemplate(), design.GetCriteria());
 }
 
-namespace {
-
 std::vector<std::uint64_t> Search(const DesignManager& designs, const std::vector<Design>& wanted,
                                   bool reverse = false,
                                   const std::set<std::wstring>& ignored = {}) {
@@ -189,8 +183,6 @@ Numbers SearchPairByPair(const DesignManager& designs, const std::vector<Design>
   }
   return numbers;
 }
-
-}  // namespace
 
 TEST(DesignSearch, FindsTheFirstOrLastMatchOfAllPairs) {
   // A few values moved by steps just within the tolerance, so that neighbours chain together; values
@@ -253,8 +245,6 @@ TEST(DesignManager, RefusesWhatCannotBeSearched) {
         "Can't extract limit state names from an empty design container"}});
 }
 
-namespace {
-
 /// A container of one response "x", which has these values.
 DesignManager Container(const std::vector<CDesignEntry>& values) {
   DesignManager designs;
@@ -269,14 +259,10 @@ CDesignEntry VectorOf(std::size_t size) {
   return Entry(Vec(std::vector<support::Complex>(size, 1.0)));
 }
 
-}  // namespace
-
 TEST(DesignTable, WidthsFollowTheValuesInOrder) {
   constexpr int kGone = -9;
-  const struct {
-    std::vector<CDesignEntry> values;
-    int keep_largest, strict, model;  // width, or kGone for a name that is not listed
-  } cases[] = {
+  // Values, and the width with the largest kept, strictly and of models; kGone where none is listed.
+  const std::tuple<std::vector<CDesignEntry>, int, int, int> cases[] = {
       {{Entry(1.0), Entry(2)}, 0, 0, 0},
       {{Entry(Value(true)), Entry(L"text")}, 0, 0, 0},
       {{kNone, Entry(Vec({})), Entry(Value())}, -1, -1, kGone},
@@ -289,15 +275,15 @@ TEST(DesignTable, WidthsFollowTheValuesInOrder) {
       {{VectorOf(3), kSignal}, -1, -1, kGone},
       {{VectorOf(3), kSignal, VectorOf(2)}, 2, 2, 2},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(&c - cases);
-    const DesignManager designs = Container(c.values);
+  for (const auto& [values, keep_largest, strict, model] : cases) {
+    SCOPED_TRACE(values.size());
+    const DesignManager designs = Container(values);
     const auto width = [](const ResponseWidths& widths) {
       return widths.empty() ? kGone : static_cast<int>(widths[0].second);
     };
-    EXPECT_EQ(width(designs.GetResponseWidths(true)), c.keep_largest);
-    EXPECT_EQ(width(designs.GetResponseWidths(false)), c.strict);
-    EXPECT_EQ(width(designs.GetModelResponseWidths()), c.model);
+    EXPECT_EQ(width(designs.GetResponseWidths(true)), keep_largest);
+    EXPECT_EQ(width(designs.GetResponseWidths(false)), strict);
+    EXPECT_EQ(width(designs.GetModelResponseWidths()), model);
   }
 }
 
@@ -328,3 +314,5 @@ TEST(DesignTable, NumbersStandInTheColumnsOfTheirNames) {
   EXPECT_EQ(narrow(0, 1), 2.0);
   EXPECT_EQ(narrow(0, 2), 1.5);
 }
+
+}  // namespace

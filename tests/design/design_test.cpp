@@ -9,7 +9,6 @@
 #include "support/stored_form.h"
 #include "support/values.h"
 
-#include <cwchar>
 #include <optional>
 
 namespace {
@@ -17,8 +16,6 @@ namespace {
 using namespace corvath::algorithm::datatypes;
 using Entry = CDesignEntry;
 using support::MessageOfExactly, support::Scalar, support::Vec;
-
-}  // namespace
 
 TEST(NamedSequence, FindsTheFirstElementOfAName) {
   EntrySequence sequence = {{L"b", Entry(1)}, {L"a", Entry(2)}, {L"b", Entry(3)}};
@@ -30,8 +27,8 @@ TEST(NamedSequence, FindsTheFirstElementOfAName) {
   EXPECT_EQ(sequence[0].second, Entry(4));
   EXPECT_EQ(sequence[2].second, Entry(3));
   EXPECT_EQ(sequence[3].first, L"c");
-  EXPECT_EQ(MessageOfExactly<corvath::utils::invalid_argument>([] { EntrySequence().Get(L"x y"); }),
-            "Key \"x y\" does not exist in this sequence");
+  EXPECT_ERROR(corvath::utils::invalid_argument, "Key \"x y\" does not exist in this sequence",
+               EntrySequence().Get(L"x y"));
 }
 
 TEST(NamePositions, AreThoseOfEachSequence) {
@@ -50,13 +47,13 @@ TEST(Design, KeepsTheNumberOfItsValues) {
   const EntrySequence two = {{L"x", Entry(1.0)}, {L"y", Entry(2.0)}};
   Design design(two, DesignId(1));
   using LogicError = corvath::utils::logic_error;
-  EXPECT_EQ(MessageOfExactly<LogicError>([&] { design.SetParameters(one); }),
-            "SetParameters: Wrong dimension of parameters (1 / 2).");
-  EXPECT_EQ(MessageOfExactly<LogicError>([&] { Design(design, one); }),
-            "SetParameters: Wrong dimension of parameters (1 / 2).");
+  EXPECT_ERROR(LogicError, "SetParameters: Wrong dimension of parameters (1 / 2).",
+               design.SetParameters(one));
+  EXPECT_ERROR(LogicError, "SetParameters: Wrong dimension of parameters (1 / 2).",
+               Design(design, one));
   design.SetResponses(one);
-  EXPECT_EQ(MessageOfExactly<LogicError>([&] { design.SetResponses(two); }),
-            "SetResponses: Wrong dimension of responses (2 / 1).");
+  EXPECT_ERROR(LogicError, "SetResponses: Wrong dimension of responses (2 / 1).",
+               design.SetResponses(two));
   EXPECT_EQ(design.GetParameters(), two);
   EXPECT_EQ(Design(Design(), one).GetParameters(), one);
 }
@@ -74,11 +71,7 @@ TEST(Design, DerivesTheRunStateFromACode) {
 
 TEST(IndexedName, TakesNamesApart) {
   const std::optional<std::int64_t> none;
-  const struct {
-    const wchar_t* name;
-    const wchar_t* base;
-    std::optional<std::int64_t> index;
-  } cases[] = {
+  const std::tuple<std::wstring, std::wstring, std::optional<std::int64_t>> cases[] = {
       {L"r[12]", L"r", 12},
       {L"r[+3]", L"r", 3},
       {L"r[-3]", L"r", -3},
@@ -97,10 +90,10 @@ TEST(IndexedName, TakesNamesApart) {
       {L"r[9223372036854775808]", L"r", none},
       {L"r[99999999999999999999999]", L"r", none},
   };
-  for (const auto& c : cases) {
-    const SplitName parts = SplitIndexedName(c.name);
-    EXPECT_EQ(parts.base, c.base);
-    EXPECT_EQ(parts.GetIndex(), c.index) << std::string(c.name, c.name + std::wcslen(c.name));
+  for (const auto& [name, base, index] : cases) {
+    const SplitName parts = SplitIndexedName(name);
+    EXPECT_EQ(parts.base, base);
+    EXPECT_EQ(parts.GetIndex(), index) << std::string(name.begin(), name.end());
   }
   EXPECT_EQ(IndexedName(L"r", 12), L"r[12]");
 }
@@ -128,8 +121,6 @@ TEST(IndexedResponses, MergeIntoVectorsInPlace) {
   EXPECT_EQ(merged, expected);
 }
 
-namespace {
-
 Criterion Make(int type, const std::wstring& lhs, const std::wstring& rhs) {
   return Criterion(static_cast<CriterionDescription::eType>(type), lhs, rhs);
 }
@@ -141,20 +132,17 @@ Criterion WithValue(int type, const CDesignEntry& value) {
   return criterion;
 }
 
-}  // namespace
-
 TEST(Criterion, ExpressionAndValueFollowTheType) {
-  const struct {
-    const wchar_t* expression;
-    double value;  // with 10 on the left and 3 on the right
-  } types[] = {{L"(b)", 3.0},     {L"(b)", 3.0},     {L"-(b)", -3.0},    {L"(b)-(a)", -7.0},
-               {L"(a)-(b)", 7.0}, {L"(a)-(b)", 7.0}, {L"(b)-(a)", -7.0}, {L"(a)-(b)", 7.0}};
+  // The value is that with 10 on the left and 3 on the right.
+  const std::pair<const wchar_t*, double> types[] = {
+      {L"(b)", 3.0},     {L"(b)", 3.0},     {L"-(b)", -3.0},    {L"(b)-(a)", -7.0},
+      {L"(a)-(b)", 7.0}, {L"(a)-(b)", 7.0}, {L"(b)-(a)", -7.0}, {L"(a)-(b)", 7.0}};
   for (int type = 0; type < 8; ++type) {
     Criterion criterion = Make(type, L"a", L"b");
-    EXPECT_EQ(criterion.GetExpression(), types[type].expression) << type;
+    EXPECT_EQ(criterion.GetExpression(), types[type].first) << type;
     criterion.SetValues(Entry(Scalar(10.0)), Entry(Scalar(3.0)), Entry(0.5),
                         /*combine=*/true);
-    EXPECT_EQ(criterion.GetValue(), Entry(types[type].value)) << type;
+    EXPECT_EQ(criterion.GetValue(), Entry(types[type].second)) << type;
     EXPECT_FALSE(criterion.NeedsEvaluation());
     criterion.SetValues(Entry(), Entry(), Entry(0.5), /*combine=*/false);
     EXPECT_EQ(criterion.GetValue(), Entry(0.5)) << type;
@@ -184,32 +172,27 @@ TEST(Criterion, KeepsItsValuesWhenTheSidesDoNotCombine) {
 
 TEST(Criterion, JudgesEvaluatedValuesOnly) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
-  const struct {
-    CDesignEntry value;
-    bool is_invalid;
-    bool is_violated;  // as a limit
-  } cases[] = {{Entry(), true, false},
-               {Entry(Scalar(nan)), true, false},
-               {Entry(-HUGE_VAL), true, true},
-               {Entry(L"text"), true, false},
-               {Entry(-1), false, true},
-               {Entry(Scalar(-1.0)), false, true},
-               {Entry(-1e-16), false, false},
-               {Entry(0.5), false, false},
-               {Entry(Vec({-1.0, -2.0})), false, false}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(&c - cases);
-    EXPECT_EQ(WithValue(0, c.value).IsValueInvalid(), c.is_invalid);
+  // Whether it is invalid, and violated as a limit.
+  const std::tuple<CDesignEntry, bool, bool> cases[] = {{Entry(), true, false},
+                                                        {Entry(Scalar(nan)), true, false},
+                                                        {Entry(-HUGE_VAL), true, true},
+                                                        {Entry(L"text"), true, false},
+                                                        {Entry(-1), false, true},
+                                                        {Entry(Scalar(-1.0)), false, true},
+                                                        {Entry(-1e-16), false, false},
+                                                        {Entry(0.5), false, false},
+                                                        {Entry(Vec({-1.0, -2.0})), false, false}};
+  for (const auto& [value, is_invalid, is_violated] : cases) {
+    SCOPED_TRACE(static_cast<int>(value.GetType()));
+    EXPECT_EQ(WithValue(0, value).IsValueInvalid(), is_invalid);
     for (int type = 0; type < 8; ++type)
-      EXPECT_EQ(WithValue(type, c.value).IsViolated(), type >= 6 && c.is_violated);
-    Criterion stale = WithValue(6, c.value);
+      EXPECT_EQ(WithValue(type, value).IsViolated(), type >= 6 && is_violated);
+    Criterion stale = WithValue(6, value);
     stale.Invalidate();
     EXPECT_FALSE(stale.IsValueInvalid());
     EXPECT_FALSE(stale.IsViolated());
   }
 }
-
-namespace {
 
 using Id = corvath::utils::CHierachicalId<std::uint64_t>;
 
@@ -229,8 +212,6 @@ std::wstring Text(const Id& id) {
 std::string Stored(const std::vector<std::uint64_t>& levels) {
   return support::StoredForm<Id, false>(0).Raw("vec", levels).Write(0);
 }
-
-}  // namespace
 
 TEST(HierarchicalId, OrdersLevelByLevelAndDeeperBeforeItsPrefix) {
   // In ascending order; every pair is compared both ways.
@@ -276,8 +257,7 @@ TEST(HierarchicalId, StoresItsLevelsWithoutObjectIds) {
   Id loaded = MakeId({1, 2, 3, 4});
   support::LoadInto(support::Save(id), loaded);
   EXPECT_EQ(loaded, id);
-  EXPECT_EQ(support::MessageOf([] { support::Load<Id>(Stored({})); }),
-            "The file holds a design id of 0 levels.");
+  EXPECT_MESSAGE("The file holds a design id of 0 levels.", support::Load<Id>(Stored({})));
 }
 
 TEST(HierarchicalId, DeepChainsNeedNoStack) {
@@ -287,6 +267,7 @@ TEST(HierarchicalId, DeepChainsNeedNoStack) {
   EXPECT_EQ(copy, deep);
   EXPECT_EQ(hash_value(copy), hash_value(deep));
   levels.push_back(1);
-  EXPECT_EQ(support::MessageOf([&] { support::Load<Id>(Stored(levels)); }),
-            "The file holds a design id of 65537 levels.");
+  EXPECT_MESSAGE("The file holds a design id of 65537 levels.", support::Load<Id>(Stored(levels)));
 }
+
+}  // namespace

@@ -42,8 +42,6 @@ Parameter Optimization() {
   return parameter;
 }
 
-}  // namespace
-
 TEST(RandomUuid, SetsVersionAndVariantOverTheSource) {
   const auto uuid =
       NewRandomUuid([](void* data, std::size_t size) { std::memset(data, 0xff, size); });
@@ -79,8 +77,8 @@ TEST(RandomProperties, ComparesNumbersUpToRounding) {
   EXPECT_EQ(with_cov, other);
   other.SetCov(0.3);
   EXPECT_NE(with_cov, other);
-  EXPECT_EQ(MessageOf([&] { base.GetCov(); }),
-            "The random property doesn't have a Coefficient of variation (COV) defined.");
+  EXPECT_MESSAGE("The random property doesn't have a Coefficient of variation (COV) defined.",
+                 base.GetCov());
   EXPECT_EQ(GetMomentName(2), L"Standard deviation");
   EXPECT_EQ(GetMomentName(5), L"5-th moment");
 }
@@ -111,8 +109,8 @@ TEST(DeterministicProperties, ChecksBoundsByKind) {
       {unknown, Entry(1.0), Entry(2.0), "Unknown domain type"},
   };
   for (const auto& [property, lower, upper, text] : cases)
-    EXPECT_EQ(MessageOf([&] { property.CheckBounds(lower, upper, false); }), text);
-  EXPECT_EQ(MessageOf([&] { continuous.CheckBounds(Entry(1.0), Entry(1.0), true); }), "");
+    EXPECT_MESSAGE(text, property.CheckBounds(lower, upper, false));
+  EXPECT_MESSAGE("", continuous.CheckBounds(Entry(1.0), Entry(1.0), true));
 }
 
 TEST(DeterministicProperties, SortsStatesAndSpansThem) {
@@ -226,10 +224,10 @@ TEST(Parameter, ChangesTheKindOnlyWhereItCan) {
   Parameter mixed = Optimization();
   mixed.SetRandomProperties(Scatter());
   const Parameter before = mixed;
-  EXPECT_EQ(MessageOf([&] { mixed.SetKind(Kind::ORDINAL_BY_INDEX); }), refused + "\"p\"");
+  EXPECT_MESSAGE(refused + "\"p\"", mixed.SetKind(Kind::ORDINAL_BY_INDEX));
   EXPECT_EQ(mixed, before);
   mixed.SetKind(Kind::ORDINAL_BY_VALUE);
-  EXPECT_EQ(MessageOf([] { Parameter().SetKind(Kind::CONTINUOUS); }), refused + "\"unnamed\"");
+  EXPECT_MESSAGE(refused + "\"unnamed\"", Parameter().SetKind(Kind::CONTINUOUS));
 }
 
 TEST(Parameter, NamesTheMissingProperty) {
@@ -277,8 +275,6 @@ TEST(Parameter, ComparesAllButIdentity) {
 
 using Names = std::vector<std::wstring>;
 
-namespace {
-
 Parameter Ranged(const std::wstring& name, double upper = 1.0) {
   Parameter parameter(name);
   parameter.SetDeterministicProperty(Continuous(0.0, upper));
@@ -299,8 +295,6 @@ Names NamesOf(const Parameters& parameters) {
   for (const Parameter& parameter : parameters) names.push_back(parameter.GetName());
   return names;
 }
-
-}  // namespace
 
 TEST(CorrelationMatrix, HoldsEachPairOnceWhicheverWayRound) {
   const TriangularIndex ab(L"a", L"b");
@@ -374,9 +368,10 @@ TEST(ParameterManager, SplitsAndBuildsCompoundKeys) {
   EXPECT_EQ(properties.at(L"p#$#q").GetUpperBound(), Entry(3.0));
 
   manager.AddParameter(Ranged(L"p#$#q"));
-  EXPECT_EQ(MessageOf([&] { manager.GetDeterministicProperties(); }),
-            "Parametermanager: Something went wrong building up the deterministic property "
-            "container; guess key problems occured.");
+  EXPECT_MESSAGE(
+      "Parametermanager: Something went wrong building up the deterministic property "
+      "container; guess key problems occured.",
+      manager.GetDeterministicProperties());
 }
 
 TEST(ParameterManager, TakesSubsetsInTheOrderOfTheKeys) {
@@ -400,3 +395,5 @@ TEST(ParameterManager, ComparesOrderParametersAndCoherences) {
   EXPECT_NE(changed, ParameterManager(changed));
   EXPECT_EQ(changed, changed);
 }
+
+}  // namespace

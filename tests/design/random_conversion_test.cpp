@@ -110,8 +110,8 @@ TEST(ParameterToRV, NamesTheParameterThatFails) {
   short_list.SetMoments({1.0});
   for (const Parameter& bad : {Stochastic(L"x", Scatter(static_cast<RandomVariable::eType>(8))),
                                Stochastic(L"x", Normal(1.0, -1.0)), Stochastic(L"x", short_list)}) {
-    EXPECT_EQ(support::MessageOf([&] { ParameterToRV(bad); }), text);
-    EXPECT_EQ(support::MessageOf([&] { AddParameterToRVSet(*rvset, bad); }), prefix + text);
+    EXPECT_MESSAGE(text, ParameterToRV(bad));
+    EXPECT_MESSAGE(prefix + text, AddParameterToRVSet(*rvset, bad));
   }
   EXPECT_EQ(rvset->GetNumRVs(), 0u);
   AddParameterToRVSet(*rvset, Stochastic(L"y", Normal(1.0, 1.0)));
@@ -134,10 +134,8 @@ TEST(ParameterManagerToRVSet, PutsMixedBeforeStochasticParameters) {
   Eigen::Matrix4d expected = Eigen::Matrix4d::Identity();
   expected(0, 3) = expected(3, 0) = 0.5;
   EXPECT_EQ(correlated->GetCorrelationMatrix(), expected);
-  EXPECT_EQ(support::MessageOf([&] {
-              BuildCorrelationMatrix(manager, {L"a", L"b", L"a"});
-            }),
-            "Build correlation matrix impossible with not unique names");
+  EXPECT_MESSAGE("Build correlation matrix impossible with not unique names",
+                 BuildCorrelationMatrix(manager, {L"a", L"b", L"a"}));
 
   ParameterManager nobody;
   nobody.GetCoherences().Set(L"a", L"b", 0.5);
@@ -199,6 +197,6 @@ TEST(RandomConversion, ValuesGoToTheirOwnNamesInEveryOrder) {
       EXPECT_EQ(from_set[row].Get(name), value);
       EXPECT_EQ(from_model[row].Get(name), value);
     }
-  EXPECT_EQ(support::MessageOf([&] { MatrixToDesigns(Eigen::MatrixXd::Zero(1, 3), *rvset); }),
-            "Exactly as many random properties as design point elements needed!");
+  EXPECT_MESSAGE("Exactly as many random properties as design point elements needed!",
+                 MatrixToDesigns(Eigen::MatrixXd::Zero(1, 3), *rvset));
 }

@@ -68,10 +68,11 @@ TEST(Scheme, LargestLevelsAreTheLastThatCount) {
     for (const std::uint64_t d : {2U, 3U, 7U}) {
       const std::uint64_t level = MaxLevel(type, d);
       EXPECT_GT(NumDesigns(type, d, level), level);
-      EXPECT_EQ(MessageOfExactly<std::domain_error>([&] { NumDesigns(type, d, level + 1); }),
-                "Discretisation level (" + std::to_string(level + 1) +
-                    ") does not fit the maximum value for the choosen DOE method (" +
-                    std::to_string(level) + ").");
+      EXPECT_ERROR(std::domain_error,
+                   "Discretisation level (" + std::to_string(level + 1) +
+                       ") does not fit the maximum value for the choosen DOE method (" +
+                       std::to_string(level) + ").",
+                   NumDesigns(type, d, level + 1));
     }
 }
 
@@ -138,8 +139,8 @@ TEST(Scheme, BuildRefusesAndLeavesEverythingAsItWas) {
       }
     }
   for (int type = kDOptimalCustomizable; type <= kDOptimalQuadratic; ++type)
-    EXPECT_EQ(MessageOfExactly<std::logic_error>([&] { DOE(2, 1).Build(type, 5, false); }),
-              "Can not build d-optimal in classic DOE");
+    EXPECT_ERROR(std::logic_error, "Can not build d-optimal in classic DOE",
+                 DOE(2, 1).Build(type, 5, false));
   EXPECT_THROW(DOE(2, 1, Lists({3})), std::invalid_argument);
   EXPECT_THROW(DOE(1, 1, {VectorXd::Constant(1, std::nan(""))}), std::invalid_argument);
 }

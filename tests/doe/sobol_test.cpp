@@ -149,13 +149,12 @@ TEST(ScrambledSobol, KeepsTheEvennessAndIsUnbiased) {
 TEST(Sobol, RefusesWhatTheTableDoesNotReach) {
   const char* const message = "Sobol: Error calculating single point.";
   using support::MessageOfExactly;
-  EXPECT_EQ(MessageOfExactly<std::logic_error>([] { SobolPoint(0x80000000U, 2); }), message);
-  EXPECT_EQ(MessageOfExactly<std::logic_error>([] { SobolPoint(1, 0); }), message);
-  EXPECT_EQ(MessageOfExactly<std::logic_error>([] { SobolPoint(1, 8193); }), message);
+  EXPECT_ERROR(std::logic_error, message, SobolPoint(0x80000000U, 2));
+  EXPECT_ERROR(std::logic_error, message, SobolPoint(1, 0));
+  EXPECT_ERROR(std::logic_error, message, SobolPoint(1, 8193));
   EXPECT_EQ(SobolPoint(0x7fffffff, 8192).size(), 8192U);
   DOE doe(8193, 1);
-  EXPECT_EQ(MessageOfExactly<std::logic_error>([&] { doe.Build(kSobolSequence, 15, false); }),
-            message);
+  EXPECT_ERROR(std::logic_error, message, doe.Build(kSobolSequence, 15, false));
 }
 
 }  // namespace

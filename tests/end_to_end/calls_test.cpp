@@ -3,9 +3,6 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <fstream>
-
 namespace end_to_end {
 namespace {
 
@@ -113,16 +110,6 @@ TEST_F(Calls, AHashTiesAPathToItsFile) {
   named(dzel_getOutputNames_hash(path_, &names, right));
   named(dzel_getInputNamesWithDelimiter_hash(path_, &names, ";", right));
   named(dzel_getOutputNamesWithDelimiter_hash(path_, &names, ";", right));
-}
-
-TEST_F(Calls, CleanupReadsTheFileAgain) {
-  const std::string copy = Project("copy.vrdb");
-  std::ofstream(copy, std::ios::binary) << std::ifstream(project_, std::ios::binary).rdbuf();
-  EXPECT_EQ(dzel2_hasSurrogate(copy.c_str()), 0);
-  std::remove(copy.c_str());
-  EXPECT_EQ(dzel2_hasSurrogate(copy.c_str()), 0) << "open projects aren't looked at again";
-  EXPECT_EQ(dzel2_cleanup(), 0);
-  EXPECT_EQ(dzel2_hasSurrogate(copy.c_str()), 2);
 }
 
 }  // namespace

@@ -33,7 +33,8 @@ TEST_F(CppHeader, TellsAndPredictsWhatTheProjectHolds) {
   for (std::size_t d = 0; d < kDesigns; ++d) {
     for (std::size_t k = 0; k < kOutputs; ++k) {
       EXPECT_NEAR(out[k * kDesigns + d],
-                  Expected(k, kInside[d], kInside[kDesigns + d], kInside[2 * kDesigns + d]), kFit);
+                  PlateOutput(k, kInside[d], kInside[kDesigns + d], kInside[2 * kDesigns + d]),
+                  kFit);
       EXPECT_EQ(responses[k * kDesigns + d], out[k * kDesigns + d]);
     }
     EXPECT_EQ(out[kOutputs * kDesigns + d * kCriteria], out[d]);  // "goal" is the mass

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "support/files.h"
+#include "support/plate_formulas.h"
 #include "support/testing.h"
 #include "zelsolver/zelsolver.h"
 
-#include <cstddef>
 #include <cstdio>
 
 /// What the tests know about the projects that write_test_projects wrote.
@@ -13,28 +14,14 @@ inline std::string Project(const std::string& name = "plate.vrdb") {
   return TEST_PROJECTS + name;
 }
 
+using support::PlateOutput;
+
 constexpr unsigned int kInputs = 3;
 constexpr unsigned int kOutputs = 5;
 constexpr unsigned int kCriteria = 2;
 constexpr char kThirdInput[] =
     "Gr\xc3\xb6\xc3\x9f"
     "e";
-
-/// Output `k` (mass, flat, stress[0], stress[1], stress[2]) by its formula.
-inline double Expected(std::size_t k, double x, double y, double z) {
-  switch (k) {
-    case 0:
-      return 1.0 + 2.0 * x - 3.0 * y + 0.5 * z;
-    case 1:
-      return 2.0 - x;
-    case 2:
-      return x * x + y;
-    case 3:
-      return x * y - z;
-    default:
-      return 0.1 * z * z - x * z;
-  }
-}
 
 /// Two designs inside the bounds, input after input, and one outside.
 constexpr unsigned int kDesigns = 2;

@@ -66,14 +66,5 @@ TEST_F(Host, UnloadsTimeAndAgainWhileATimerInterruptsIt) {
             std::pair(std::string(), 0));
 }
 
-TEST_F(Host, TwoProcessesOpenOneFileAtOnce) {
-  const std::string one = "'" TEST_HOST "' '" + project_ + "' /no/such/file >/dev/null 2>&1";
-  FILE* const first = popen(one.c_str(), "r");
-  FILE* const second = popen(one.c_str(), "r");
-  ASSERT_TRUE(first != nullptr && second != nullptr);
-  EXPECT_EQ(pclose(first), 0);
-  EXPECT_EQ(pclose(second), 0);
-}
-
 }  // namespace
 }  // namespace end_to_end

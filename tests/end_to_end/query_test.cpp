@@ -36,20 +36,15 @@ class Query : public EndToEnd {
 };
 
 TEST_F(Query, Dimensions) {
-  struct Case {
-    unsigned int flags;
-    unsigned int size;
-    std::vector<unsigned int> expected;
-  };
-  const Case cases[] = {
+  const std::tuple<unsigned int, unsigned int, std::vector<unsigned int>> cases[] = {
       {0, 0, {}},     {1, 1, {kInputs}}, {2, 1, {kOutputs}}, {4, 1, {kCriteria}},
       {5, 3, {3, 2}}, {7, 3, {3, 5, 2}}, {8, 0, {}},         {6, 2, {5, 2}},
   };
-  for (const Case& c : cases) {
+  for (const auto& [flags, size, expected] : cases) {
     unsigned int dims[4] = {99, 99, 99, 99};
-    EXPECT_EQ(dzel2_getDimensions(path_, c.flags, c.flags == 0 ? nullptr : dims, c.size), 0);
+    EXPECT_EQ(dzel2_getDimensions(path_, flags, flags == 0 ? nullptr : dims, size), 0);
     for (std::size_t i = 0; i < 4; ++i)
-      EXPECT_EQ(dims[i], i < c.expected.size() ? c.expected[i] : 99) << c.flags << ", " << i;
+      EXPECT_EQ(dims[i], i < expected.size() ? expected[i] : 99) << flags << ", " << i;
   }
   unsigned int n_inputs = 0;
   unsigned int n_outputs = 0;
@@ -135,31 +130,26 @@ TEST_F(Query, ReferenceValues) {
 }
 
 TEST_F(Query, CoPAndFilteredStates) {
-  struct Case {
-    const char* response;
-    std::vector<double> cops;
-    std::vector<unsigned int> states;
-  };
-  const Case cases[] = {
+  const std::tuple<const char*, std::vector<double>, std::vector<unsigned int>> cases[] = {
       {"mass", {0.5, 0.3, 0.1, 0.9}, {0, 0, 0, 0}},
       {"flat", {0.9, -1.0, -1.0, 0.9}, {0, 1, 1, 0}},
       {"stress[2]", {0.5, 0.3, 0.1, -1.0}, {0, 0, 0, 1}},
   };
-  for (const Case& c : cases) {
+  for (const auto& [response, expected_cops, expected_states] : cases) {
     std::vector<double> cops(4);
     std::vector<unsigned int> states(4);
     for (const auto get : {dzel2_getCoPValuesPerResponse, dzel_getCoPValuesPerResponse}) {
-      EXPECT_EQ(get(path_, c.response, cops.data()), 0);
-      EXPECT_EQ(cops, c.cops);
+      EXPECT_EQ(get(path_, response, cops.data()), 0);
+      EXPECT_EQ(cops, expected_cops);
     }
     for (const auto get : {dzel2_getFilteredStatesPerResponse, dzel_getFilteredStatesPerResponse}) {
-      EXPECT_EQ(get(path_, c.response, states.data()), 0);
-      EXPECT_EQ(states, c.states);
+      EXPECT_EQ(get(path_, response, states.data()), 0);
+      EXPECT_EQ(states, expected_states);
     }
     double* cop_buffer = nullptr;
     unsigned int* state_buffer = nullptr;
-    EXPECT_EQ(dzel_allocate_and_getCoPValuesPerResponse(path_, c.response, &cop_buffer), 0);
-    EXPECT_EQ(dzel_allocate_and_getFilteredStatesPerResponse(path_, c.response, &state_buffer), 0);
+    EXPECT_EQ(dzel_allocate_and_getCoPValuesPerResponse(path_, response, &cop_buffer), 0);
+    EXPECT_EQ(dzel_allocate_and_getFilteredStatesPerResponse(path_, response, &state_buffer), 0);
     EXPECT_TRUE(std::equal(cops.begin(), cops.end(), cop_buffer));
     EXPECT_TRUE(std::equal(states.begin(), states.end(), state_buffer));
   }

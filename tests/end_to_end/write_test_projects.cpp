@@ -1,9 +1,6 @@
 #include "project/file/project_file.h"
 #include "support/plate_project.h"
 
-#include <exception>
-#include <iostream>
-
 namespace {
 
 using corvath::algorithm::datatypes::SaveProjectFile, corvath::algorithm::datatypes::VRDB;
@@ -22,19 +19,13 @@ VRDB WithModels(const std::vector<std::wstring>& keep) {
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
   const std::string directory = std::string(argv[1]) + '/';
-  try {
-    SaveProjectFile(WithModels({L"flat"}), directory + "one_response.vrdb");
-    SaveProjectFile(WithModels({L"stress[1]"}), directory + "one_element.vrdb");
-    SaveProjectFile(WithModels({}), directory + "no_models.vrdb");
-    VRDB without_mass = MakePlateProject();
-    support::SetModel(without_mass, L"mass", nullptr);
-    SaveProjectFile(without_mass, directory + "missing_model.vrdb");
-    SaveProjectFile(MakePlateProject(), directory + "zel_tenbar.vrdb");
-    SaveProjectFile(MakePlateProject(), directory + "Tr\xc3\xa4ger \xe6\xa2\x81.vrdb");
-    SaveProjectFile(MakePlateProject(), directory + "plate.vrdb");
-    return 0;
-  } catch (const std::exception& error) {
-    std::cerr << error.what() << '\n';
-    return 1;
-  }
+  SaveProjectFile(WithModels({L"flat"}), directory + "one_response.vrdb");
+  SaveProjectFile(WithModels({L"stress[1]"}), directory + "one_element.vrdb");
+  SaveProjectFile(WithModels({}), directory + "no_models.vrdb");
+  VRDB without_mass = MakePlateProject();
+  support::SetModel(without_mass, L"mass", nullptr);
+  SaveProjectFile(without_mass, directory + "missing_model.vrdb");
+  SaveProjectFile(MakePlateProject(), directory + "zel_tenbar.vrdb");
+  SaveProjectFile(MakePlateProject(), directory + "Tr\xc3\xa4ger \xe6\xa2\x81.vrdb");
+  SaveProjectFile(MakePlateProject(), directory + "plate.vrdb");
 }

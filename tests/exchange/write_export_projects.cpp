@@ -13,8 +13,6 @@
 #include <boost/make_shared.hpp>
 
 #include <cmath>
-#include <exception>
-#include <iostream>
 #include <type_traits>
 
 namespace {
@@ -237,18 +235,10 @@ VRDB MakeSingularProject() {
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
   const std::string directory = std::string(argv[1]) + '/';
-  try {
-    SaveProjectFile(MakeSingleProject(), directory + "single.vrdb");
-    SaveProjectFile(MakeSingularProject(), directory + "singular.vrdb");
-    SaveProjectFile(MakeHostileProject(), directory + "hostile.vrdb");
-    VRDB missing = support::MakePlateProject();
-    support::GetModels(missing).Update([](SurrogateInfo& info) {
-      if (info.GetFullName() == L"mass") info.SetSurrogate(nullptr);
-    });
-    SaveProjectFile(missing, directory + "missing.vrdb");
-    return 0;
-  } catch (const std::exception& error) {
-    std::cerr << error.what() << '\n';
-    return 1;
-  }
+  SaveProjectFile(MakeSingleProject(), directory + "single.vrdb");
+  SaveProjectFile(MakeSingularProject(), directory + "singular.vrdb");
+  SaveProjectFile(MakeHostileProject(), directory + "hostile.vrdb");
+  VRDB missing = support::MakePlateProject();
+  support::SetModel(missing, L"mass", nullptr);
+  SaveProjectFile(missing, directory + "missing.vrdb");
 }

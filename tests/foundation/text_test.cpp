@@ -1,6 +1,7 @@
 #include "foundation/text.h"
 
 #include "foundation/closeness.h"
+#include "foundation/exception.h"
 #include "support/testing.h"
 
 namespace corvath {
@@ -25,9 +26,16 @@ TEST(Text, EachUndecodableSequenceBecomesOneReplacement) {
 TEST(Text, WideTextThatIsNoUnicodeIsReplacedOrRefused) {
   const std::wstring text{L'a', static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0x110000), L'b'};
   EXPECT_EQ(utils::ToUtf8(text), "a??b");
-  EXPECT_EQ(support::MessageOf([&] { utils::ToUtf8Strict(text); }), "invalid input character");
+  EXPECT_MESSAGE("invalid input character", utils::ToUtf8Strict(text));
   for (const wchar_t c : {L'\u007f', L'\u0080', L'\u07ff', L'\u0800', L'\uffff', L'\U0010ffff'})
     EXPECT_EQ(utils::FromUtf8(utils::ToUtf8Strict(std::wstring(1, c))), std::wstring(1, c));
+}
+
+TEST(Exception, KeepsTheWideMessageAndNarrowsWhat) {
+  const std::wstring message = L"gr\u00f6\u00dfe \u20ac";
+  const utils::runtime_error error(message);
+  EXPECT_EQ(error.GetMessage(), message);
+  EXPECT_STREQ(error.what(), "gr??e ?");  // the classic locale knows ASCII alone
 }
 
 TEST(Closeness, FollowsItsCases) {

@@ -90,8 +90,6 @@ const Eigen::VectorXd& Radii(const OrdinaryKriging& model) {
   return model.GetSettingsBase().GetKernelParameter();
 }
 
-}  // namespace
-
 TEST(KrigingFit, ReachesTheBestLikelihoodOfADenseScan) {
   for (const TestFunction& function : {kBranin, kFriedman})
     for (const bool noisy : {false, true})
@@ -207,8 +205,8 @@ TEST(KrigingFit, RefusesBadInputAndKeepsTheSettings) {
     }
     EXPECT_TRUE(logged(L"values that are not finite numbers."));
     EXPECT_TRUE(fails(Eigen::MatrixXd(0, 2), Eigen::VectorXd(), type));
-    EXPECT_EQ(support::MessageOf([&] { fails(good.points.topRows(1), good.values.head(1), type); }),
-              "At least two points are required.");
+    EXPECT_MESSAGE("At least two points are required.",
+                   fails(good.points.topRows(1), good.values.head(1), type));
   }
   EXPECT_TRUE(fails(Eigen::MatrixXd::Ones(20, 2), good.values, kIsotropic));
   EXPECT_TRUE(logged(L"all support points coincide, no input is selected, or no trial"));
@@ -224,13 +222,11 @@ TEST(KrigingFit, AnInterruptionEndsItAndRestoresTheSettings) {
       model.SetInterruptionPoint([&] {
         if (++passed == last) throw std::runtime_error("interrupted");
       });
-      EXPECT_EQ(support::MessageOf([&] { model.BuildOptimal(); }), "interrupted");
+      EXPECT_MESSAGE("interrupted", model.BuildOptimal());
       EXPECT_TRUE(model.GetSettingsBase().Equals(before));
       EXPECT_FALSE(model.IsBuilt());
     }
 }
-
-namespace {
 
 Eigen::VectorXd Noise(Eigen::Index n, std::uint64_t seed) {
   return support::UniformVector(n, seed).unaryExpr(

@@ -2,11 +2,9 @@
 
 #include "metamodel/level_test.h"
 #include "support/points.h"
+#include "support/testing.h"
 
 #include <Eigen/Cholesky>
-#include <gtest/gtest.h>
-
-#include <cmath>
 
 using namespace corvath::math::metamodel;
 

@@ -80,12 +80,7 @@ TEST(MovingLeastSquares, PredictsAsADenseWeightedSolveByQR) {
   const Eigen::MatrixXd points = support::UniformPoints(300, 2, 1);
   const Eigen::VectorXd values = Response(points);
   const Eigen::MatrixXd x = support::UniformPoints(250, 2, 2);
-  struct Case {
-    KernelType type;
-    Eigen::VectorXd parameter;
-    Weight weight;
-  };
-  const Case cases[] = {
+  const std::tuple<KernelType, Eigen::VectorXd, Weight> cases[] = {
       {KernelType::kConstInflIsoExp, Radius(0.5),
        [](const auto& d, const auto&) { return Thousandth(d.squaredNorm() / 0.25); }},
       {KernelType::kConstInflExp, Eigen::Vector2d(0.5, 0.8),
@@ -101,16 +96,16 @@ TEST(MovingLeastSquares, PredictsAsADenseWeightedSolveByQR) {
          std::sort(squared.begin(), squared.end());
          return Thousandth(d.squaredNorm() / squared(39));
        }}};
-  for (const Case& c : cases) {
+  for (const auto& [type, parameter, weight] : cases) {
     for (const std::uint64_t order : {0u, 1u, 2u}) {
-      MovingLeastSquares model(points, values, Settings(2, order, c.type, c.parameter));
+      MovingLeastSquares model(points, values, Settings(2, order, type, parameter));
       EXPECT_TRUE(model.IsSolvable());
       ASSERT_TRUE(model.Build());
       const Eigen::VectorXd predicted = model.Approximate(x);
       // The normal equations square the condition of the local fits, up to 1e4 near the corners.
       for (Eigen::Index i = 0; i < x.rows(); ++i)
-        ASSERT_NEAR(predicted(i), ByQR(points, values, order, c.weight, x.row(i)), 1e-7)
-            << static_cast<int>(c.type) << ", order " << order;
+        ASSERT_NEAR(predicted(i), ByQR(points, values, order, weight, x.row(i)), 1e-7)
+            << static_cast<int>(type) << ", order " << order;
       EXPECT_LT(Deviation(model.ApproximateSupportPoints(), model.Approximate(points)), 1e-10);
     }
   }
@@ -235,7 +230,7 @@ TEST(RadiusFit, TellsWhereThereIsNothingToChoose) {
   EXPECT_DOUBLE_EQ(constant.Approximate(corners.topRows(1))(0), 1.0);
   // An interruption ends the fit.
   model.SetInterruptionPoint([] { throw std::runtime_error("interrupted"); });
-  EXPECT_EQ(MessageOfExactly<std::runtime_error>([&] { model.BuildOptimal(); }), "interrupted");
+  EXPECT_ERROR(std::runtime_error, "interrupted", model.BuildOptimal());
 }
 
 TEST(MovingLeastSquares, TakesTheBoxCoxTransformOfAQuadraticRegression) {

@@ -2,20 +2,9 @@
 #include "metamodel/moving_least_squares/moving_least_squares.h"
 #include "metamodel/regression/linear_regression.h"
 #include "metamodel/thin_plate_splines.h"
+#include "support/allocations.h"
 #include "support/points.h"
 #include "support/testing.h"
-
-extern "C" void* __libc_malloc(std::size_t size);
-
-namespace {
-long num_allocations = 0;
-}
-
-/// In this program, in place of the C library's: Eigen and operator new come here, too.
-extern "C" void* malloc(std::size_t size) {
-  ++num_allocations;
-  return __libc_malloc(size);
-}
 
 namespace corvath::math::metamodel {
 namespace {

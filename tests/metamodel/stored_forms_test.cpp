@@ -275,8 +275,8 @@ TEST(StoredForm, OfLinearRegression) {
   EXPECT_EQ(old.ApproximateErrors(kAt), model.ApproximateErrors(kAt));
   // An order from a damaged file does not become that many bits.
   for (const std::uint64_t order : {std::uint64_t{3}, std::uint64_t{1} << 63})
-    EXPECT_EQ(MessageOf([&] { FormOf(model, 0, order).Read(0); }),
-              "size of main term selection vector is not consistent to regression order");
+    EXPECT_MESSAGE("size of main term selection vector is not consistent to regression order",
+                   FormOf(model, 0, order).Read(0));
 }
 
 StoredForm<MovingLeastSquares> FormOf(const MovingLeastSquares& model, unsigned base_version,

@@ -252,9 +252,7 @@ TEST(Surrogate, InitializeSaysThatTheSettingsAreWrong) {
   model.SetLogger(log);
   const std::string expected =
       "no settings\nThe surrogate can not be initialized. An error in the settings is very likely.";
-  EXPECT_EQ(MessageOfExactly<utils::runtime_error>(
-                [&] { model.Initialize(LinearRegressionSettings(2)); }),
-            expected);
+  EXPECT_ERROR(utils::runtime_error, expected, model.Initialize(LinearRegressionSettings(2)));
   ASSERT_EQ(log->GetLines().size(), 1u);
   EXPECT_EQ(log->GetLines()[0].first, utils::log::kError);
   EXPECT_EQ(log->GetLines()[0].second, std::wstring(expected.begin(), expected.end()));

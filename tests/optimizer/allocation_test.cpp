@@ -1,17 +1,6 @@
 #include "optimizer/collected_run.h"
+#include "support/allocations.h"
 #include "support/testing.h"
-
-extern "C" void* __libc_malloc(std::size_t size);
-
-namespace {
-long num_allocations = 0;
-}
-
-/// In this program, in place of the C library's: Eigen and operator new come here, too.
-extern "C" void* malloc(std::size_t size) {
-  ++num_allocations;
-  return __libc_malloc(size);
-}
 
 namespace {
 

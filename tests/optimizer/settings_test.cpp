@@ -1,6 +1,5 @@
 #include "foundation/exception.h"
 #include "optimizer/settings_nlpqlp.h"
-#include "support/archive_round_trip.h"
 #include "support/stored_form.h"
 
 using corvath::algorithm::optimizer::NumericalDifferences;
@@ -25,7 +24,7 @@ void Limit(Settings& settings, const Eigen::VectorXd& sizes) {
 TEST(OptimizerSettings, StartValidInTheMiddleAndFollowTheNumberOfInputs) {
   Settings settings(2, 1, 0, 3);
   EXPECT_EQ(Bounded().GetStartDesigns(), Eigen::RowVector2d(0.0, 2.0));
-  EXPECT_EQ(support::MessageOf([&] { settings.Check(nullptr); }), "");
+  EXPECT_MESSAGE("", settings.Check(nullptr));
   settings.SetNumberParallel(0);
   EXPECT_EQ(settings.GetNumberParallel(), 1u);
   settings.SetParameterTypes({1, 2});
@@ -35,8 +34,8 @@ TEST(OptimizerSettings, StartValidInTheMiddleAndFollowTheNumberOfInputs) {
   settings.SetUpperBounds(Eigen::Vector3d::Constant(0x1.8p1023));
   settings.ResetStartDesigns();
   EXPECT_EQ(settings.GetStartDesigns(), Eigen::RowVector3d::Constant(0x1.4p1023));
-  EXPECT_EQ(support::MessageOfExactly<std::logic_error>([&] { settings.SetDiscreteState(3, {}); }),
-            "Error when setting discrete state. Index out of bounds.");
+  EXPECT_ERROR(std::logic_error, "Error when setting discrete state. Index out of bounds.",
+               settings.SetDiscreteState(3, {}));
 }
 
 using Change = void (*)(Settings&);
@@ -105,9 +104,9 @@ TEST(OptimizerSettings, WarnOfWhatIsOnlyDoubtful) {
     EXPECT_EQ(log.GetLines()[k].second, lines[k]);
   }
   settings.SetStartDesigns(Eigen::MatrixXd(1, 3));
-  EXPECT_EQ(support::MessageOfExactly<corvath::utils::runtime_error>(
-                [&] { settings.Base::Check(nullptr); }),
-            "Start designs have wrong dimension. Expected number of cols: 2, obtained: 3.");
+  EXPECT_ERROR(corvath::utils::runtime_error,
+               "Start designs have wrong dimension. Expected number of cols: 2, obtained: 3.",
+               settings.Base::Check(nullptr));
 }
 
 /// With every field away from its default, over that version of the base part.

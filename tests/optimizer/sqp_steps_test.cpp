@@ -1,4 +1,5 @@
-#include "optimizer/small_problem.h"
+#include "optimizer/nlpqlp_interface.h"
+#include "optimizer/sqp_core.h"
 #include "support/testing.h"
 
 using corvath::algorithm::optimizer::NLPQLPInterface;
@@ -36,8 +37,15 @@ void ScriptedQp(std::int32_t m, std::int32_t, std::int32_t mmax, std::int32_t n,
   Map<VectorXd>(x, answer.d.size()) = answer.d;
 }
 
-void Step(NLPQLPInterface& core) {
-  support::StepWith(core, &ScriptedQp);
+/// NLPQLPInterface::Step with the scripted QP solver.
+void Step(NLPQLPInterface& c) {
+  const auto size = [](const auto& array) { return static_cast<std::int32_t>(array.size()); };
+  corvath::algorithm::optimizer::NLPQLP(
+      c.L, c.M, c.ME, c.MMAX, c.N, c.NMAX, c.MNN2, c.X.data(), c.F.data(), c.G.data(), c.DF.data(),
+      c.DG.data(), c.U.data(), c.XL.data(), c.XU.data(), c.C.data(), c.D.data(), c.ACC, c.ACCQP,
+      c.STPMIN, c.MAXFUN, c.MAXIT, c.MAX_NM, c.TOL_NM, c.IPRINT, c.MODE, c.IOUT, c.IFAIL,
+      c.WA.data(), size(c.WA), c.KWA.data(), size(c.KWA), c.ACTIVE.data(), size(c.ACTIVE), c.LQL,
+      &ScriptedQp);
 }
 
 /// Two variables between `lower` and `upper`, two inequalities; at its start.
@@ -141,10 +149,7 @@ TEST(SqpSteps, WeighDeltaMoreWhereTheMeritFunctionDoesNotFall) {
 }
 
 TEST(SqpSteps, EndWhereTheQpSolverCannotGoOn) {
-  const struct {
-    std::int32_t answer, ifail;
-    const char* text;
-  } cases[] = {
+  const std::tuple<std::int32_t, std::int32_t, const char*> cases[] = {
       {5, 5, " *** ERROR 5: Insufficient working space for QPSOLVE. Either LKWA or LWA to small\n"},
       {3, 10, " *** ERROR 10: Internal inconsistency in QL, division by zero\n"},
       {103, 103, " *** ERROR: Internal error in QL, IFAIL(QL) = 103\n"},
@@ -152,14 +157,14 @@ TEST(SqpSteps, EndWhereTheQpSolverCannotGoOn) {
       {1, 10, " *** WARNING: Augmented Lagrangian search direction\n"},
       {2, 10, " *** WARNING: Augmented Lagrangian search direction\n"},
   };
-  for (const auto& one : cases) {
+  for (const auto& [answer, ifail, text] : cases) {
     NLPQLPInterface core = TwoByTwo({0.0, 0.0}, {-9, -9}, {9, 9});
     core.IPRINT = 1;
-    script = [&](const QpCall&) -> QpAnswer { return {one.answer, {}, {}}; };
+    script = [&, code = answer](const QpCall&) -> QpAnswer { return {code, {}, {}}; };
     testing::internal::CaptureStdout();
     Step(core);
-    EXPECT_EQ(testing::internal::GetCapturedStdout().find(one.text), 0u) << one.text;
-    EXPECT_EQ(core.IFAIL, one.ifail);
+    EXPECT_EQ(testing::internal::GetCapturedStdout().find(text), 0u) << text;
+    EXPECT_EQ(core.IFAIL, ifail);
   }
 }
 

@@ -87,17 +87,15 @@ TEST(AlgorithmInfo, ACopyOwnsItsModels) {
 
 TEST(SystemsInformation, RefusesUnknownNamesAndForeignMerges) {
   SystemsInformation info;
-  EXPECT_EQ(MessageOf([&] { info.AddDesignSet(L""); }),
-            "Empty name for design set is not allowed.");
-  EXPECT_EQ(MessageOf([&] { info.GetDesignSet(L"a b"); }), "Design set a b does not exist.");
+  EXPECT_MESSAGE("Empty name for design set is not allowed.", info.AddDesignSet(L""));
+  EXPECT_MESSAGE("Design set a b does not exist.", info.GetDesignSet(L"a b"));
   info.design_sets_map_[L"null"];
-  EXPECT_EQ(MessageOf([&] { info.GetDesignSet(L"null"); }), "Design set null does not exist.");
-  EXPECT_EQ(MessageOf([] { DesignSet(L"a").Merge(DesignSet(L"b")); }),
-            "Design set identifier do not match.");
+  EXPECT_MESSAGE("Design set null does not exist.", info.GetDesignSet(L"null"));
+  EXPECT_MESSAGE("Design set identifier do not match.", DesignSet(L"a").Merge(DesignSet(L"b")));
   AdditionalDesignContainer additional;
   additional.identifier_ = L"a";
-  EXPECT_EQ(MessageOf([&] { additional.Merge(AdditionalDesignContainer()); }),
-            "Additional designs identifier do not match.");
+  EXPECT_MESSAGE("Additional designs identifier do not match.",
+                 additional.Merge(AdditionalDesignContainer()));
 }
 
 TEST(DesignSet, MergesByNameAndRole) {

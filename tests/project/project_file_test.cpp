@@ -106,10 +106,8 @@ TEST(ProjectFile, VersionTextNeedsThreeNumbers) {
         Parse(BuildHeaderText(ProjectWith({{L"stelvanix version", text}}), "p"));
     EXPECT_TRUE(header["version"].isMember("file") && header["version"].isMember("vrdb"));
   }
-  EXPECT_EQ(MessageOf([] {
-              BuildHeaderText(ProjectWith({{L"stelvanix version_full", "1"}}), "p");
-            }),
-            "No such meta data: stelvanix version");
+  EXPECT_MESSAGE("No such meta data: stelvanix version",
+                 BuildHeaderText(ProjectWith({{L"stelvanix version_full", "1"}}), "p"));
   const Json::Value bare = Parse(BuildHeaderText(VRDB(), "dir/\u00e4.vrdb"));
   EXPECT_EQ(bare["current filename"], "\u00e4.vrdb");
   EXPECT_FALSE(bare.isMember("datetime"));
@@ -121,13 +119,13 @@ TEST(ProjectFile, SaysWhichFileCannotBeRead) {
     return "Error while reading \"\"" + path + "\"\": invalid stream state while reading";
   };
   const std::string missing = directory.File("none");
-  EXPECT_EQ(MessageOf([&] { Open(missing); }), expected(missing));
+  EXPECT_MESSAGE(expected(missing), Open(missing));
   const std::string folder = directory.GetPath().string();
-  EXPECT_EQ(MessageOf([&] { Open(folder); }), expected(folder));
+  EXPECT_MESSAGE(expected(folder), Open(folder));
   const std::string pipe = directory.File("pipe");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   for (const std::string& other : {pipe, std::string("/dev/zero")})
-    EXPECT_EQ(MessageOf([&] { Open(other); }), expected(other)) << "at once";
+    EXPECT_MESSAGE(expected(other), Open(other)) << "at once";
   EXPECT_STREQ(GetStatusText(0), "successful");
   EXPECT_STREQ(GetStatusText(6), "invalid header found");
   EXPECT_STREQ(GetStatusText(7), "unknown");
@@ -159,8 +157,8 @@ TEST(ProjectFile, AFailedSaveLeavesTheOldFileAndNoOther) {
   EXPECT_EQ(std::distance(begin(files), end(files)), 1);
 
   const std::string nowhere = directory.File("no/such/p.vrdb");
-  EXPECT_EQ(MessageOf([&] { SaveProjectFile(VRDB(), nowhere); }),
-            "Error while writing \"\"" + nowhere + "\"\": No such file or directory");
+  EXPECT_MESSAGE("Error while writing \"\"" + nowhere + "\"\": No such file or directory",
+                 SaveProjectFile(VRDB(), nowhere));
   EXPECT_NE(MessageOf([&] { SaveProjectFile(VRDB(), directory.GetPath()); }), "");
   const std::string pipe = directory.File("pipe");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
@@ -222,9 +220,9 @@ TEST(WriterLock, MakesWritersWaitButNotForLongAndReadersNever) {
   char byte = 0;
   ASSERT_EQ(::read(ready[0], &byte, 1), 1);
   Open(path);
-  EXPECT_EQ(MessageOf([&] { WriterLock(path, std::chrono::milliseconds(50)); }),
-            "Error while writing \"\"" + path + "\"\": process " + std::to_string(child) +
-                " is writing it (waited 0 s)");
+  EXPECT_MESSAGE("Error while writing \"\"" + path + "\"\": process " + std::to_string(child) +
+                     " is writing it (waited 0 s)",
+                 WriterLock(path, std::chrono::milliseconds(50)));
   ::kill(child, SIGKILL);
   ::waitpid(child, nullptr, 0);
   ::close(ready[0]);

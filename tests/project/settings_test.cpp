@@ -177,11 +177,7 @@ TEST(Settings, CompareExactlyOrNearly) {
   EXPECT_FALSE(ZELSettings().IsEqual(MetamodelSettings()));
 
   constexpr double kUlp = 0x1p-52;  // neighbours of these numbers are less apart
-  struct Case {
-    void (*change)(ZELSettings&);
-    bool nearly;
-  };
-  const Case cases[] = {
+  const std::pair<void (*)(ZELSettings&), bool> cases[] = {
       {[](ZELSettings& s) { s.max_CoI_ = std::nextafter(0.03, 1.0); }, true},
       {[](ZELSettings& s) { s.max_CoI_ *= 1.0 + 4 * kUlp; }, false},
       {[](ZELSettings& s) { s.max_CoI_ = -s.max_CoI_; }, false},
@@ -191,11 +187,11 @@ TEST(Settings, CompareExactlyOrNearly) {
       {[](ZELSettings& s) { s.info_important_(1) += 1; }, false},
       {[](ZELSettings& s) { s.limits_.second = std::nextafter(7.0, 8.0); }, true},
   };
-  for (const Case& c : cases) {
+  for (const auto& one : cases) {
     ZELSettings changed = settings;
-    c.change(changed);
-    EXPECT_FALSE(settings.IsEqual(changed)) << &c - cases;
-    EXPECT_EQ(settings.IsNearlyEqual(changed), c.nearly) << &c - cases;
+    one.first(changed);
+    EXPECT_FALSE(settings.IsEqual(changed)) << &one - cases;
+    EXPECT_EQ(settings.IsNearlyEqual(changed), one.second) << &one - cases;
   }
 
   ZELSettings flipped;

@@ -78,13 +78,11 @@ struct Pair {
 
 TEST(AppraisalData, HasNoFiguresUntilTheyAreSet) {
   AppraisalData data;
-  EXPECT_EQ(support::MessageOfExactly<runtime_error>([&] { data.GetCoP(); }), "CoP is not valid.");
+  EXPECT_ERROR(runtime_error, "CoP is not valid.", data.GetCoP());
   EXPECT_FALSE(data.HasSingleCoP(0));
   EXPECT_FALSE(data.HasFirstOrderIndex(0));
-  EXPECT_EQ(support::MessageOfExactly<runtime_error>([&] { data.GetSingleCoP(0); }),
-            "Single CoP is not valid.");
-  EXPECT_EQ(support::MessageOfExactly<runtime_error>([&] { data.GetFirstOrderIndex(0); }),
-            "First order index is not valid.");
+  EXPECT_ERROR(runtime_error, "Single CoP is not valid.", data.GetSingleCoP(0));
+  EXPECT_ERROR(runtime_error, "First order index is not valid.", data.GetFirstOrderIndex(0));
 
   data.SetCoP(std::numeric_limits<double>::infinity());
   EXPECT_TRUE(std::isinf(data.GetCoP()));
@@ -150,8 +148,8 @@ TEST(SurrogateInfo, ReadsEveryForm) {
   FormOf(model).Check([](const SurrogateInfo& a, const SurrogateInfo& b) { return a == b; });
   EXPECT_TRUE(FormOf(model, L"mass").Read(2).IsResponseScalar());
   for (const wchar_t* bad : {L"stress[x]", L"stress[]", L"stress[-1]", L"stress[1.5]"})
-    EXPECT_EQ(support::MessageOfExactly<runtime_error>([&] { FormOf(model, bad).Read(2); }),
-              "Error with vector response: Bad lexical cast.");
+    EXPECT_ERROR(runtime_error, "Error with vector response: Bad lexical cast.",
+                 FormOf(model, bad).Read(2));
 }
 
 TEST(SurrogateInfo, OldRecordsMayShareTheirPlainModel) {

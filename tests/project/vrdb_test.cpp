@@ -284,7 +284,7 @@ TEST(VRDB, SavingNotesTheWriterInTheMetaData) {
   EXPECT_THAT(loaded.GetMetaData(L"last_write_time"),
               testing::MatchesRegex("[0-9]+-[0-9]+-[0-9]+T[0-9]+:[0-9]+:[0-9]+(\\.[0-9]+)?"));
   EXPECT_EQ(loaded.GetMetaData(L"deactivated_designs").substr(0, 3), "KBX");
-  EXPECT_EQ(MessageOf([&] { loaded.GetMetaData(L"no such"); }), "No such meta data: no such");
+  EXPECT_MESSAGE("No such meta data: no such", loaded.GetMetaData(L"no such"));
 }
 
 TEST(VRDB, DamagedDeactivatedDesignsAreNone) {
@@ -331,7 +331,7 @@ TEST(VRDB, BoundsFollowTheSamplingTypeAndKeepANaNOfTheFirstDesign) {
   EXPECT_TRUE(std::isnan(BoundAsNumber(project, L"r", true)));
 
   project.GetDesignContainer().Clear();
-  EXPECT_EQ(MessageOf([&] { project.GetInputBounds(); }), "Unable to extract bounds.");
+  EXPECT_MESSAGE("Unable to extract bounds.", project.GetInputBounds());
   project.GetDesignContainer() = DesignsOf(L"other", {1.0});
   EXPECT_NE(MessageOf([&] { project.GetInputBounds(); }), "");
 }

@@ -157,15 +157,9 @@ TEST(Distributions, AgreeWithBoostWhereTheyCoincide) {
   ExpectSame(*WithParameters(types::LOGNORMAL, {0.5, 0.4}), lognormal(0.5, 0.4));
 }
 
-/// Moments over the allowed range, among them those that cancel in the textbook forms.
-struct Fit {
-  int type;
-  std::vector<double> moments;
-  double tolerance;
-};
-
 TEST(Distributions, FitsReturnToTheGivenMoments) {
-  const Fit fits[] = {
+  // Moments over the allowed range, among them those that cancel in the textbook forms.
+  const std::tuple<int, std::vector<double>, double> fits[] = {
       {types::NORMAL, {-5.0, 0.1}, 0.0},
       {types::UNIFORM, {1000.0, 1e-3}, 1e-9},
       {types::LOGNORMAL, {1.0, 1.0}, 1e-14},
@@ -195,17 +189,16 @@ TEST(Distributions, FitsReturnToTheGivenMoments) {
       {types::MULTIUNIFORM, {5.0, 2.0}, 1e-12},
       {types::DISCRETE, {5.0, 2.0}, 1e-12},
   };
-  for (const Fit& fit : fits) {
-    SCOPED_TRACE(fit.type);
-    const auto rv = WithStats(fit.type, fit.moments);
+  for (const auto& [type, moments, tolerance] : fits) {
+    SCOPED_TRACE(type);
+    const auto rv = WithStats(type, moments);
     // From the parameters alone, since the moments may be held as they were given.
     const VectorXd parameters = rv->GetParameters();
     rv->Reset();
     rv->SetParameters(parameters);
-    for (std::size_t i = 0; i < fit.moments.size(); ++i)
-      EXPECT_NEAR(rv->GetStats()(static_cast<Eigen::Index>(i)), fit.moments[i],
-                  (fit.tolerance + 1e-12) *
-                      std::max(std::abs(fit.moments[i]), i < 2 ? fit.moments[1] : 1.0))
+    for (std::size_t i = 0; i < moments.size(); ++i)
+      EXPECT_NEAR(rv->GetStats()(static_cast<Eigen::Index>(i)), moments[i],
+                  (tolerance + 1e-12) * std::max(std::abs(moments[i]), i < 2 ? moments[1] : 1.0))
           << i;
   }
 }
@@ -245,18 +238,10 @@ TEST(Distributions, NormalQuantileInvertsTheDistributionFunction) {
 TEST(Distributions, ManyBetaQuantilesAreAsGoodAsOne) {
   // Errors against long double arithmetic, in roundings of the
   // value and of the probability: the largest one is at most the single quantile's, or a few.
-  for (const auto& [alpha, beta] : std::vector<std::pair<double, double>>{{2.0, 3.0},
-                                                                          {0.5, 0.5},
-                                                                          {0.05, 4.0},
-                                                                          {1.0, 1.0},
-                                                                          {1.0, 5.0},
-                                                                          {300.0, 2.5},
-                                                                          {999.0, 999.0},
-                                                                          {100.0, 110.0},
-                                                                          {1000.0, 1e-3},
-                                                                          {1e5, 1e5},
-                                                                          {1e-3, 1e-3},
-                                                                          {1e8, 3.0}}) {
+  const double shapes[][2] = {{2.0, 3.0},     {0.5, 0.5},   {0.05, 4.0},    {1.0, 1.0},
+                              {1.0, 5.0},     {300.0, 2.5}, {999.0, 999.0}, {100.0, 110.0},
+                              {1000.0, 1e-3}, {1e5, 1e5},   {1e-3, 1e-3},   {1e8, 3.0}};
+  for (const auto& [alpha, beta] : shapes) {
     SCOPED_TRACE(std::to_string(alpha) + " " + std::to_string(beta));
     const BetaQuantiles quantiles(alpha, beta);
     namespace policies = boost::math::policies;

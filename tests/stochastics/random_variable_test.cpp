@@ -138,11 +138,7 @@ TEST(RandomVariable, MomentsOutsideTheDomainAreNamedByEachType) {
   for (const int type : {types::LOGNORMAL, types::WEIBULL, types::FRECHET, types::LOGUNIFORM})
     EXPECT_EQ(refusal(type, 0.0, 1.0), "Mean value must be strictly positive.");
   const std::string variation = "Coefficient of variation must be ";
-  const struct {
-    int type;
-    double mean, sd;
-    std::string text;
-  } cases[] = {
+  const std::tuple<int, double, double, std::string> cases[] = {
       {types::LOGNORMAL, 1.0, 2e20, variation + "smaller than 1e20."},
       {types::WEIBULL, 1.0, 2e15, variation + "smaller than 1e15."},
       {types::LOGUNIFORM, 1.0, 0.0, not_positive},
@@ -155,7 +151,7 @@ TEST(RandomVariable, MomentsOutsideTheDomainAreNamedByEachType) {
       {types::POISSON, 0.0, 1.0, "Mean value must be strictly positive."},
       {types::KERNEL, 0.0, 1.0, "RV RV of type 39: SetStats cannot be used for kernel density."},
   };
-  for (const auto& c : cases) EXPECT_EQ(refusal(c.type, c.mean, c.sd), c.text);
+  for (const auto& [type, mean, sd, text] : cases) EXPECT_EQ(refusal(type, mean, sd), text);
   EXPECT_EQ(RefusalOf([] { Make(types::NORMAL)->Fit(Eigen::MatrixXd::Ones(3, 1)); }),
             "RV 'RV' of type '4' can not be fitted by data. ");
 }
@@ -204,12 +200,8 @@ TEST(RandomVariable, NaNPassesThroughEveryFunction) {
 }
 
 TEST(RandomVariable, ParametersOutsideTheirDomainAreMoved) {
-  struct Case {
-    int type;
-    std::vector<double> given, held;
-  };
   const double eps = std::numeric_limits<double>::epsilon();
-  const Case cases[] = {
+  const std::tuple<int, std::vector<double>, std::vector<double>> cases[] = {
       {types::NORMAL, {5.0, 0.0}, {5.0, 5e-6}},
       {types::NORMAL, {0.0, -1.0}, {0.0, eps}},
       {types::UNIFORM, {2.0, 1.0}, {1.0, 2.0}},
@@ -241,14 +233,14 @@ TEST(RandomVariable, ParametersOutsideTheirDomainAreMoved) {
       {types::DISCRETE, {0.0, 0.0, 1.0, 0.0, 2.0, 0.0}, {0.0, 1.0 / 3, 1.0, 1.0 / 3, 2.0, 1.0 / 3}},
       {types::MULTIUNIFORM, {0.0, 1.0, 1.0, 2.0, 4.0, 5.0}, {0.0, 0.0, 1.0, 0.25, 4.0, 1.0}},
   };
-  for (const Case& c : cases) {
-    const auto rv = WithParameters(c.type, c.given);
-    for (std::size_t i = 0; i < c.held.size(); ++i)
-      EXPECT_NEAR(rv->GetParameters()(static_cast<Eigen::Index>(i)), c.held[i],
-                  1e-15 * std::abs(c.held[i]))
-          << c.type << " " << i;
+  for (const auto& [type, given, held] : cases) {
+    const auto rv = WithParameters(type, given);
+    for (std::size_t i = 0; i < held.size(); ++i)
+      EXPECT_NEAR(rv->GetParameters()(static_cast<Eigen::Index>(i)), held[i],
+                  1e-15 * std::abs(held[i]))
+          << type << " " << i;
     EXPECT_TRUE(rv->GetParameters().allFinite() && rv->GetStats().allFinite())
-        << c.type << " " << rv->GetParameters().transpose();
+        << type << " " << rv->GetParameters().transpose();
     EXPECT_GE(rv->GetStats()(1), std::abs(rv->GetStats()(0)) * 1e-6 * (1.0 - 1e-4));
   }
 }

@@ -208,8 +208,8 @@ TEST(NatafModel, DensityMatchesTheBivariateNormalFormula) {
   set.SetCorrelationMatrix(MatrixXd::Identity(2, 2));
   EXPECT_NEAR(set.PDF(x), set.GetRVs()[0]->PDF(2.5) * set.GetRVs()[1]->PDF(-1.2), 1e-15);
   EXPECT_NEAR(set.CDF(x), set.GetRVs()[0]->CDF(2.5) * set.GetRVs()[1]->CDF(-1.2), 1e-15);
-  EXPECT_EQ(support::MessageOfExactly<std::domain_error>([] { BivariateNormalPdf(0, 0, 1.5); }),
-            "_rho (1.5) is outside of its domain");
+  EXPECT_ERROR(std::domain_error, "_rho (1.5) is outside of its domain",
+               BivariateNormalPdf(0, 0, 1.5));
 }
 
 TEST(NatafModel, WithoutAMatrixItIsIndependentAndSaysSo) {

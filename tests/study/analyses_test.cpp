@@ -9,34 +9,6 @@ namespace {
 using namespace study_calls;
 using testing::HasSubstr;
 
-TEST(Study, AnalysesAProject) {
-  const Project project = OpenSample();
-  int num_reports = 0;
-  const auto count = [](double share, const char*, void* user) {
-    ++*static_cast<int*>(user);
-    return share > 1.0 ? 1 : 0;
-  };
-  const Json::Value sensitivity = Document(Get<Result>([&](zelstudy_result** out) {
-    return zelstudy_sensitivity(project.get(), R"({"n": 512, "fixed": ["area_1=10"]})", count,
-                                &num_reports, out);
-  }));
-  EXPECT_GT(num_reports, 0);
-  EXPECT_EQ(sensitivity["groups"].size(), 9u);
-  // The mass is a sum of areas times lengths: 5 bars of length 1 vary, and 4 of the root of 2.
-  EXPECT_NEAR(sensitivity["quantities"]["mass"]["first"]["area_7"].asDouble(), 2.0 / 13.0, 1e-2);
-
-  const Json::Value scatter = Document(Get<Result>([&](zelstudy_result** out) {
-    return zelstudy_propagate(
-        project.get(),
-        R"~({"distributions": ["area_1:normal(10, 1)"], "criteria": ["thin: area_1 >= 6"],
-             "quantiles": [0.5], "n": 1000, "form": true})~",
-        nullptr, nullptr, out);
-  }));
-  EXPECT_NEAR(scatter["limits"]["thin"]["beta"].asDouble(), 4.0, 1e-3);
-  EXPECT_EQ(scatter["quantities"]["mass"]["quantiles"].getMemberNames(),
-            std::vector<std::string>{"0.5"});
-}
-
 TEST(Study, AnalysesRepeatOnAnyNumberOfThreadsAndAreCancelled) {
   const Project project = OpenSample();
   const std::pair<decltype(&zelstudy_optimize), const char*> cases[] = {

@@ -5,8 +5,6 @@
 #include <json/json.h>
 #include <zelsolver/study.h>
 
-#include <cstddef>
-
 /// Calls of the interface in C whose handles close themselves, and what the tests train on.
 namespace study_calls {
 

@@ -2,14 +2,9 @@
 
 #include "analysis/function_model.h"
 #include "stochastics/rv_factory.h"
+#include "support/testing.h"
 
 #include <Eigen/Core>
-
-#include <functional>
-#include <initializer_list>
-#include <string>
-#include <utility>
-#include <vector>
 
 /// Studies of plain functions, for analyses that have closed forms.
 namespace support {

@@ -31,3 +31,9 @@ std::string MessageOfExactly(Action&& action) {
 }
 
 }  // namespace support
+
+/// Expects that an expression, which may hold commas, throws an E itself with that text.
+#define EXPECT_ERROR(E, text, ...) \
+  EXPECT_EQ(support::MessageOfExactly<E>([&] { (void)(__VA_ARGS__); }), text)
+/// The same of any std::exception; "" where it throws none.
+#define EXPECT_MESSAGE(text, ...) EXPECT_EQ(support::MessageOf([&] { (void)(__VA_ARGS__); }), text)

@@ -7,10 +7,6 @@
 
 #include <boost/make_shared.hpp>
 
-#include <algorithm>
-#include <cmath>
-#include <random>
-
 namespace support {
 namespace {
 
@@ -70,34 +66,13 @@ const std::vector<std::wstring> kPlateInputs{L"x", L"y", L"Gr\u00f6\u00dfe"};
 const std::vector<std::wstring> kPlateOutputs{L"mass", L"flat", L"stress[0]", L"stress[1]",
                                               L"stress[2]"};
 
-double PlateOutput(std::size_t k, double x, double y, double z) {
-  switch (k) {
-    case 0:
-      return 1.0 + 2.0 * x - 3.0 * y + 0.5 * z;
-    case 1:
-      return 2.0 - x;
-    case 2:
-      return x * x + y;
-    case 3:
-      return x * y - z;
-    default:
-      return 0.1 * z * z - x * z;
-  }
-}
-
 Eigen::RowVector3d PlateGradient(std::size_t k, double x, double y, double z) {
-  switch (k) {
-    case 0:
-      return {2.0, -3.0, 0.5};
-    case 1:
-      return {-1.0, 0.0, 0.0};
-    case 2:
-      return {2.0 * x, 1.0, 0.0};
-    case 3:
-      return {y, x, -1.0};
-    default:
-      return {-z, 0.0, 0.2 * z - x};
-  }
+  const Eigen::RowVector3d gradients[] = {{2.0, -3.0, 0.5},
+                                          {-1.0, 0.0, 0.0},
+                                          {2.0 * x, 1.0, 0.0},
+                                          {y, x, -1.0},
+                                          {-z, 0.0, 0.2 * z - x}};
+  return gradients[k];
 }
 
 Eigen::MatrixXd PlateDesigns() {

@@ -2,6 +2,7 @@
 
 #include "project/models/surrogate_info_container.h"
 #include "project/vrdb.h"
+#include "support/plate_formulas.h"
 
 #include <Eigen/Core>
 #include <boost/shared_ptr.hpp>
@@ -20,8 +21,7 @@ extern const std::vector<std::wstring> kPlateInputs;
 /// a vector.
 extern const std::vector<std::wstring> kPlateOutputs;
 
-/// Output `k` of kPlateOutputs at (x, y, z), and its derivatives.
-double PlateOutput(std::size_t k, double x, double y, double z);
+/// The derivatives of output `k`; the outputs are those of PlateOutput.
 Eigen::RowVector3d PlateGradient(std::size_t k, double x, double y, double z);
 
 /// 40 designs; among them the corners, so that the bounds of the data are those of the inputs.

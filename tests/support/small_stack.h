@@ -4,8 +4,6 @@
 
 #include <pthread.h>
 
-#include <cstddef>
-
 namespace support {
 
 /// Runs `work`, which throws nothing, on a thread with a stack of so many bytes.

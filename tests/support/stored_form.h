@@ -5,7 +5,6 @@
 
 #include <Eigen/Core>
 
-#include <cstddef>
 #include <fstream>
 #include <type_traits>
 #include <typeinfo>

@@ -1,11 +1,9 @@
 #pragma once
 
+#include "support/files.h"
+
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
-
-#include <fstream>
-#include <sstream>
-#include <string>
 
 namespace support {
 
@@ -31,15 +29,5 @@ class TemporaryDirectory {
  private:
   boost::filesystem::path path_;
 };
-
-inline void WriteFile(const std::string& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary) << bytes;
-}
-
-inline std::string ReadFile(const std::string& path) {
-  std::ostringstream bytes;
-  bytes << std::ifstream(path, std::ios::binary).rdbuf();
-  return bytes.str();
-}
 
 }  // namespace support

@@ -2,14 +2,10 @@
 
 #include "foundation/math_exception.h"
 #include "foundation/text.h"
+#include "support/testing.h"
 #include "variant/value/variant.h"
 
-#include <algorithm>
 #include <complex>
-#include <ostream>
-#include <sstream>
-#include <string>
-#include <vector>
 
 /// Short builders of values of the numeric side.
 namespace support {
@@ -89,6 +85,19 @@ std::string Outcome(Compute&& compute) {
   } catch (const CVariantException& e) {
     return failure("CVariant", e);
   }
+}
+
+/// `f` with its outcome as the result.
+template <class... Arguments>
+auto OutcomeOf(void (*f)(Value&, Arguments...)) {
+  return [f](Arguments... arguments) { return Outcome([&](Value& r) { f(r, arguments...); }); };
+}
+inline std::string Out(void (*f)(Value&, const Value&), const Value& x) {
+  return OutcomeOf(f)(x);
+}
+inline std::string Out(void (*f)(Value&, const Value&, const Value&), const Value& x,
+                       const Value& y) {
+  return OutcomeOf(f)(x, y);
 }
 
 /// That an Outcome begins so: the type of a refusal, and enough of its text to know it by.

@@ -1,6 +1,5 @@
 #include "variant/signals/filter_cascade.h"
 
-#include "support/testing.h"
 #include "support/values.h"
 #include "variant/signals/filters.h"
 

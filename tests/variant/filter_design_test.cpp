@@ -1,7 +1,6 @@
 #include "variant/signals/filter_design.h"
 
 #include "foundation/constants.h"
-#include "support/testing.h"
 #include "support/values.h"
 #include "transfer_function.h"
 #include "variant/signals/filter_cascade.h"

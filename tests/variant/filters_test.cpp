@@ -1,7 +1,6 @@
 #include "variant/signals/filters.h"
 
 #include "foundation/constants.h"
-#include "support/testing.h"
 #include "support/values.h"
 #include "transfer_function.h"
 #include "variant/signals/filter_cascade.h"
@@ -161,9 +160,7 @@ TEST(Filters, DecimateTakesEveryNthSampleOfTheFirstChannel) {
 }
 
 TEST(Filters, SmoothAveragesShrinkingWindows) {
-  const auto smooth = [](const Value& x, int points) {
-    return Outcome([&](Value& r) { fn::smoothFilter(r, x, points); });
-  };
+  const auto smooth = OutcomeOf(fn::smoothFilter);
   EXPECT_EQ(smooth(XY({0, 1, 2}, {0, 3, 0}), 1), Text(XY({0, 1, 2}, {1.5, 1, 1.5})));
   EXPECT_EQ(smooth(Sig({3, 2, 1, 0}, {{0, 3, 6, 3}, {1, 1, 1, 5}}), 1),
             Text(Sig({3, 2, 1, 0}, {{1.5, 3, 4, 4.5}, {1, 1, 7.0 / 3, 3}})));
@@ -231,11 +228,7 @@ TEST(Filters, RefuseInOrder) {
   EXPECT_EQ(cheby(1, true), "CFilter: Ripple must be positive and not equal to 1.0.");
   EXPECT_EQ(cheby(1.5, true), "CFilter: Ripple must be less than 1.0.");
 
-  const struct {
-    Value cf;
-    int type;
-    const char* text;
-  } cutoffs[] = {
+  const std::tuple<Value, int, const char*> cutoffs[] = {
       {Scalar(0, 1), 9, "CType: Cutoff frequency must be real."},
       {Vec({0.1, {0, 1}}), 0, "CType: Cutoff frequency must be real."},
       {Value(true), 0,
@@ -262,7 +255,7 @@ TEST(Filters, RefuseInOrder) {
       // The prewarped edge is at pi/2 up to the tolerance of zero.
       {Scalar(1 - 1e-10), kLowPass, "CDomain: Input to close to Pi/2.0 ."},
   };
-  for (const auto& c : cutoffs) EXPECT_EQ(butter(x, c.cf, 2, c.type), c.text);
+  for (const auto& [cutoff, type, text] : cutoffs) EXPECT_EQ(butter(x, cutoff, 2, type), text);
   EXPECT_EQ(butter(x, cf, 2, kLowPass, 2), "CFilter: Wrong condition: ZERO, CONSTANT expected.");
   EXPECT_EQ(butter(XY({0, NAN, 1}, {1, 2, 3}), cf, 2, kLowPass).substr(0, 1), "C");
 

@@ -1,7 +1,6 @@
 #include "variant/signals/fourier.h"
 
 #include "foundation/constants.h"
-#include "support/testing.h"
 #include "support/values.h"
 #include "variant/signals/dft.h"
 #include "variant/signals/idle_plan.h"
@@ -220,9 +219,7 @@ TEST(Fft, ResamplesOnDemand) {
 }
 
 TEST(Fft, ShiftsBringZeroIntoTheMiddle) {
-  const struct {
-    Value x, shifted, inverse;
-  } cases[] = {
+  const std::tuple<Value, Value, Value> cases[] = {
       {Sig({0, 1, 2, 3}, {{0, 1, 2, 3}, {5, 6, 7, 8}}),
        Sig({-2, -1, 0, 1}, {{2, 3, 0, 1}, {7, 8, 5, 6}}),
        Sig({-2, -1, 0, 1}, {{2, 3, 0, 1}, {7, 8, 5, 6}})},
@@ -232,12 +229,12 @@ TEST(Fft, ShiftsBringZeroIntoTheMiddle) {
       {XY({0, 1, 3}, {0, 1, 3}), XY({-2, -1, 0, 1}, {2, 3, 0, 1}),
        XY({-2, -1, 0, 1}, {2, 3, 0, 1})},
   };
-  for (const auto& c : cases) {
+  for (const auto& [x, shifted, inverse] : cases) {
     Value r;
-    fn::fftshift(r, c.x);
-    EXPECT_EQ(r, c.shifted);
-    fn::ifftshift(r, c.x);
-    EXPECT_EQ(r, c.inverse);
+    fn::fftshift(r, x);
+    EXPECT_EQ(r, shifted);
+    fn::ifftshift(r, x);
+    EXPECT_EQ(r, inverse);
   }
 }
 

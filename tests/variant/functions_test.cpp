@@ -1,5 +1,4 @@
 #include "foundation/constants.h"
-#include "support/testing.h"
 #include "support/values.h"
 #include "variant/functions/reductions.h"
 #include "variant/operators/binary_functions.h"
@@ -19,12 +18,6 @@ using Binary = void (*)(Value&, const Value&, const Value&);
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-std::string Out(Unary f, const Value& x) {
-  return Outcome([&](Value& r) { f(r, x); });
-}
-std::string Out(Binary f, const Value& x, const Value& y) {
-  return Outcome([&](Value& r) { f(r, x, y); });
-}
 Complex Eval(Unary f, Complex z) {
   Value result;
   f(result, Value(z));
@@ -134,17 +127,14 @@ TEST(Elementwise, KnownValuesAndBranchPoints) {
 }
 
 TEST(Elementwise, RoundingSendsHalvesAwayFromZero) {
-  const struct {
-    double x;
-    int digits;
-    double rounded;
-  } cases[] = {{2.5, 0, 3},  {-2.5, 0, -3},    {2.4, 0, 2},        {-0.5, 0, -1},  {34, -1, 30},
-               {35, -1, 40}, {1.125, 2, 1.13}, {-1.125, 2, -1.13}, {kInf, 0, kInf}};
-  for (const auto& c : cases) {
+  const std::tuple<double, int, double> cases[] = {
+      {2.5, 0, 3},  {-2.5, 0, -3},    {2.4, 0, 2},        {-0.5, 0, -1},  {34, -1, 30},
+      {35, -1, 40}, {1.125, 2, 1.13}, {-1.125, 2, -1.13}, {kInf, 0, kInf}};
+  for (const auto& [x, digits, rounded] : cases) {
     Value r;
-    fn::round(r, Scalar(c.x, -c.x), c.digits);
-    EXPECT_DOUBLE_EQ(r.GetScalar().real(), c.rounded) << c.x;
-    EXPECT_DOUBLE_EQ(r.GetScalar().imag(), -c.rounded) << c.x;
+    fn::round(r, Scalar(x, -x), digits);
+    EXPECT_DOUBLE_EQ(r.GetScalar().real(), rounded) << x;
+    EXPECT_DOUBLE_EQ(r.GetScalar().imag(), -rounded) << x;
   }
   EXPECT_EQ(Out(fn::ceil, Scalar(1.2, -1.2)), Text(Scalar(2, -1)));
   EXPECT_EQ(Out(fn::floor, Scalar(1.2, -1.2)), Text(Scalar(1, -2)));
@@ -182,26 +172,23 @@ TEST(BinaryFunctions, PowersOfNumbers) {
 
 TEST(BinaryFunctions, ModAndPowShareTheirDispatch) {
   const Value v = Vec({3, 4}), m = Mat({{3, 4}}), g = Sig({0, 1}, {{3, 4}}), x = XY({0, 1}, {3, 4});
-  const struct {
-    Binary f;
-    std::string name;
-    double of_3_2, of_4_2, of_3_3, of_4_4;
-  } functions[] = {{fn::mod, "mod", 1, 0, 0, 0}, {fn::pow, "pow", 9, 16, 27, 256}};
-  for (const auto& f : functions) {
+  const std::tuple<Binary, std::string, double, double, double, double> functions[] = {
+      {fn::mod, "mod", 1, 0, 0, 0}, {fn::pow, "pow", 9, 16, 27, 256}};
+  for (const auto& [f, name, of_3_2, of_4_2, of_3_3, of_4_4] : functions) {
     const Value two = Scalar(2);
-    EXPECT_EQ(Out(f.f, v, two), Text(Vec({f.of_3_2, f.of_4_2})));
-    EXPECT_EQ(Out(f.f, m, two), Text(Mat({{f.of_3_2, f.of_4_2}})));
-    EXPECT_EQ(Out(f.f, x, two), Text(XY({0, 1}, {f.of_3_2, f.of_4_2})));
-    EXPECT_EQ(Out(f.f, v, v), Text(Vec({f.of_3_3, f.of_4_4})));
-    EXPECT_EQ(Out(f.f, m, m), Text(Mat({{f.of_3_3, f.of_4_4}})));
-    EXPECT_EQ(Out(f.f, g, g), Text(Sig({0, 1}, {{f.of_3_3, f.of_4_4}})));
-    EXPECT_EQ(Out(f.f, g, x), Text(XY({0, 1}, {f.of_3_3, f.of_4_4})));
-    EXPECT_EQ(Out(f.f, v, Vec({1})), "CDimension: Vector dimensions do not match.");
-    EXPECT_EQ(Out(f.f, m, Mat({{1}})), "CDimension: Matrix dimensions do not match.");
-    EXPECT_EQ(Out(f.f, g, Sig({0}, {{1}, {2}})), "CDimension: Number of channels does not match!");
-    EXPECT_EQ(Out(f.f, Value(), two), "CType: Input object has invalid datatype.");
-    EXPECT_EQ(Out(f.f, Sig({0, 1}, {{{1, 1}, 1}}), Sig({0, 2}, {{1, 1}})),
-              "CComputation: " + f.name +
+    EXPECT_EQ(Out(f, v, two), Text(Vec({of_3_2, of_4_2})));
+    EXPECT_EQ(Out(f, m, two), Text(Mat({{of_3_2, of_4_2}})));
+    EXPECT_EQ(Out(f, x, two), Text(XY({0, 1}, {of_3_2, of_4_2})));
+    EXPECT_EQ(Out(f, v, v), Text(Vec({of_3_3, of_4_4})));
+    EXPECT_EQ(Out(f, m, m), Text(Mat({{of_3_3, of_4_4}})));
+    EXPECT_EQ(Out(f, g, g), Text(Sig({0, 1}, {{of_3_3, of_4_4}})));
+    EXPECT_EQ(Out(f, g, x), Text(XY({0, 1}, {of_3_3, of_4_4})));
+    EXPECT_EQ(Out(f, v, Vec({1})), "CDimension: Vector dimensions do not match.");
+    EXPECT_EQ(Out(f, m, Mat({{1}})), "CDimension: Matrix dimensions do not match.");
+    EXPECT_EQ(Out(f, g, Sig({0}, {{1}, {2}})), "CDimension: Number of channels does not match!");
+    EXPECT_EQ(Out(f, Value(), two), "CType: Input object has invalid datatype.");
+    EXPECT_EQ(Out(f, Sig({0, 1}, {{{1, 1}, 1}}), Sig({0, 2}, {{1, 1}})),
+              "CComputation: " + name +
                   ": Computational error during equalization of timelines: Real input object "
                   "expected.");
   }
@@ -216,10 +203,7 @@ TEST(BinaryFunctions, ModAndPowShareTheirDispatch) {
 TEST(BinaryFunctions, TimesIsElementwise) {
   const Value s = Scalar(2), v = Vec({3, 4}), m = Mat({{3, 4}, {5, 6}}),
               g = Sig({0, 1}, {{1, 2}, {3, 4}}), x = XY({0, 1}, {3, 4});
-  const struct {
-    Value x, y;
-    std::string outcome;
-  } cases[] = {
+  const std::tuple<Value, Value, std::string> cases[] = {
       {s, s, Text(Scalar(4))},
       {s, v, Text(Vec({6, 8}))},
       {x, s, Text(XY({0, 1}, {6, 8}))},
@@ -239,7 +223,7 @@ TEST(BinaryFunctions, TimesIsElementwise) {
       {s, Value(true), "CType: Invalid type BOOLEAN for elementwise multiplication."},
       {s, Value(), "CType: Input object has invalid datatype."},
   };
-  for (const auto& c : cases) EXPECT_EQ(Out(fn::times, c.x, c.y), c.outcome);
+  for (const auto& [left, right, outcome] : cases) EXPECT_EQ(Out(fn::times, left, right), outcome);
 }
 
 TEST(ComplexParts, ArcTangentOfTwoArguments) {
@@ -325,9 +309,7 @@ TEST(Reductions, Extremes) {
                   "CDimension: Invalid signal size.");
     EXPECT_EQ(Out(f, Value()), "CType: Input object has invalid datatype.");
   }
-  const auto list = [](const std::vector<Value>& arguments) {
-    return Outcome([&](Value& r) { fn::max(r, arguments); });
-  };
+  const auto list = OutcomeOf<const std::vector<Value>&>(fn::max);
   EXPECT_EQ(list({}), Text(Value()));
   EXPECT_EQ(list({Vec({1, 5})}), Text(Scalar(5)));
   EXPECT_EQ(list({Scalar(1), Scalar(3), Scalar(2)}), Text(Scalar(3)));
@@ -353,9 +335,7 @@ TEST(Reductions, SumsMeansAndNorms) {
   EXPECT_EQ(Out(fn::stddev, Vec({5})), Text(Scalar(0)));
   EXPECT_EQ(Out(fn::stddev, Vec({{0, 1}, {0, -1}})), Text(Scalar(std::sqrt(2.0))));
 
-  const auto norm = [](const Value& value, std::uint64_t n) {
-    return Outcome([&](Value& r) { fn::norm(r, value, n); });
-  };
+  const auto norm = OutcomeOf<const Value&, std::uint64_t>(fn::norm);
   EXPECT_EQ(norm(Vec({{3, 4}, -2}), 1), Text(Scalar(7)));
   Value cubic;
   fn::norm(cubic, Vec({3, 4, 5}), 3);  // 3^3 + 4^3 + 5^3 = 6^3
@@ -371,9 +351,7 @@ TEST(Reductions, SumsMeansAndNorms) {
 }
 
 TEST(Constructors, SignalsFromParts) {
-  const auto signal = [](const std::vector<Value>& arguments) {
-    return Outcome([&](Value& r) { fn::signal(r, arguments); });
-  };
+  const auto signal = OutcomeOf(fn::signal);
   const Value t = Vec({0, 1}), x = XY({0, 1}, {1, 2});
   EXPECT_EQ(signal({x}), Text(Sig({0, 1}, {{1, 2}})));
   EXPECT_EQ(signal({t, Vec({3, 4}), x}), Text(Sig({0, 1}, {{3, 4}, {1, 2}})));
@@ -401,9 +379,7 @@ TEST(Constructors, SignalsFromParts) {
 }
 
 TEST(Constructors, LinspaceExtractAndSort) {
-  const auto linspace = [](double a, double b, std::uint64_t n) {
-    return Outcome([&](Value& r) { fn::linspace(r, a, b, n); });
-  };
+  const auto linspace = OutcomeOf(fn::linspace);
   EXPECT_EQ(linspace(0, 1, 5), Text(Vec({0, 0.25, 0.5, 0.75, 1})));
   EXPECT_EQ(linspace(2, 2, 2), Text(Vec({2, 2})));
   EXPECT_EQ(linspace(1, 0, 5), "CDomain: linspace: First value must be smaller than last value.");
@@ -435,11 +411,8 @@ TEST(RandomValues, HaveTheShapeAndTheDistribution) {
   // Distribution function at a few points; the share of draws below has a standard error of 0.0016
   // at most, so that 0.008 is five of them.
   const auto normal = [](double x) { return 0.5 * std::erfc(-x / std::sqrt(2.0)); };
-  const struct {
-    int type;
-    std::vector<Complex> p;
-    std::function<double(double)> cdf;
-  } cases[] = {
+  using Distribution = std::function<double(double)>;
+  const std::tuple<int, std::vector<Complex>, Distribution> cases[] = {
       {kUniform, {-2, 6}, [](double x) { return (x + 2) / 8; }},
       {kNormal, {1, 2}, [&](double x) { return normal((x - 1) / 2); }},
       {kLognormal,
@@ -450,14 +423,14 @@ TEST(RandomValues, HaveTheShapeAndTheDistribution) {
        [](double x) { return x < 0 ? (x + 2) * (x + 2) / 16 : 1 - (6 - x) * (6 - x) / 48; }},
       {kCauchy, {1, 2}, [](double x) { return 0.5 + std::atan((x - 1) / 2) / kPi; }},
       {kExponential, {0.5}, [](double x) { return x > 0 ? 1 - std::exp(-x / 2) : 0; }}};
-  for (const auto& c : cases) {
+  for (const auto& [type, p, cdf] : cases) {
     Value draws;
-    fn::rand(draws, shape, c.type, Vec(c.p), generator);
+    fn::rand(draws, shape, type, Vec(p), generator);
     ASSERT_TRUE(draws.IsVector() && !draws.IsComplex());
     for (const double x : {-1.5, 0.0, 0.5, 1.0, 2.5, 5.5}) {
       std::size_t below = 0;
       for (const Complex& z : draws.GetVector()) below += z.real() < x;
-      EXPECT_NEAR(static_cast<double>(below) / kCount, c.cdf(x), 0.008) << c.type << ", " << x;
+      EXPECT_NEAR(static_cast<double>(below) / kCount, cdf(x), 0.008) << type << ", " << x;
     }
   }
   Value r;

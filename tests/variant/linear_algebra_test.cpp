@@ -1,6 +1,5 @@
 #include "variant/functions/linear_algebra.h"
 
-#include "support/testing.h"
 #include "support/values.h"
 
 #include <Eigen/Dense>
@@ -32,13 +31,6 @@ Eigen::MatrixXcd ToEigen(const Value& v) {
     for (Eigen::Index j = 0; j < result.cols(); ++j)
       result(i, j) = v(Scalar(static_cast<double>(i)), Scalar(static_cast<double>(j))).GetScalar();
   return result;
-}
-
-std::string Out(void (*f)(Value&, const Value&), const Value& x) {
-  return Outcome([&](Value& r) { f(r, x); });
-}
-std::string Out(void (*f)(Value&, const Value&, const Value&), const Value& x, const Value& y) {
-  return Outcome([&](Value& r) { f(r, x, y); });
 }
 
 TEST(LinearAlgebra, ProductsAgreeWithEigen) {

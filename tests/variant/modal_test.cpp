@@ -1,6 +1,5 @@
 #include "variant/signals/modal.h"
 
-#include "support/testing.h"
 #include "support/values.h"
 
 namespace corvath::math {
@@ -8,12 +7,6 @@ namespace {
 
 using namespace support;
 namespace fn = functions;
-
-using Compare = void (*)(Value&, const Value&, const Value&);
-
-std::string Compared(Compare f, const Value& a, const Value& b) {
-  return Outcome([&](Value& r) { f(r, a, b); });
-}
 
 TEST(Modal, AssuranceIsOneForParallelVectorsOfAnyScale) {
   const Value a = Mat({{1, Complex(0, 1)}, {2, 1}, {2, Complex(1, 1)}});
@@ -61,9 +54,7 @@ TEST(Modal, SignatureDifferenceSeesTheScale) {
 }
 
 TEST(Modal, PairsTakeTheFirstBestAboveTheLimit) {
-  const auto pairs = [](const Value& a, const Value& b, const Value& limit) {
-    return Outcome([&](Value& r) { fn::modepairs(r, a, b, limit); });
-  };
+  const auto pairs = OutcomeOf(fn::modepairs);
   const Value a = Mat({{1, 0, 1, 2}, {0, 1, 0, 1}});
   const Value b = Mat({{3, 0, 2, 1, 0}, {0, 2, 1, -1, 0}});
   EXPECT_EQ(pairs(a, b, Scalar(0.7)), Text(Vec({0, 1, 3, NAN, NAN})));
@@ -77,12 +68,12 @@ TEST(Modal, PairsTakeTheFirstBestAboveTheLimit) {
 
 TEST(Modal, Refuses) {
   const Value tall = Mat({{1}, {2}}), wide = Mat({{1, 2}, {3, 4}}), other = Mat({{1}});
-  EXPECT_EQ(Compared(fn::mac, tall, Vec({1, 2})), "CType: MAC: Inputs must be matrices.");
-  EXPECT_BEGINS(Compared(fn::mac, tall, other), "CDimension: MAC: Input matrices need the same");
-  EXPECT_EQ(Compared(fn::comac, Value(), tall), "CType: CoMAC: Inputs must be matrices.");
-  EXPECT_BEGINS(Compared(fn::comac, tall, wide), "CDimension: CoMAC: Input matrices need the");
-  EXPECT_EQ(Compared(fn::sdi, Scalar(1), tall), "CType: SDI: Input must be a matrices.");
-  EXPECT_BEGINS(Compared(fn::sdi, tall, other), "CDimension: SDI: Input matrices need the same");
+  EXPECT_EQ(Out(fn::mac, tall, Vec({1, 2})), "CType: MAC: Inputs must be matrices.");
+  EXPECT_BEGINS(Out(fn::mac, tall, other), "CDimension: MAC: Input matrices need the same");
+  EXPECT_EQ(Out(fn::comac, Value(), tall), "CType: CoMAC: Inputs must be matrices.");
+  EXPECT_BEGINS(Out(fn::comac, tall, wide), "CDimension: CoMAC: Input matrices need the");
+  EXPECT_EQ(Out(fn::sdi, Scalar(1), tall), "CType: SDI: Input must be a matrices.");
+  EXPECT_BEGINS(Out(fn::sdi, tall, other), "CDimension: SDI: Input matrices need the same");
 }
 
 }  // namespace

@@ -1,10 +1,6 @@
-#include "support/testing.h"
 #include "support/values.h"
 #include "variant/signals/filters.h"
 #include "variant/signals/fourier.h"
-
-#include <cmath>
-#include <functional>
 
 namespace corvath::math {
 namespace {

@@ -1,4 +1,3 @@
-#include "support/testing.h"
 #include "support/values.h"
 #include "variant/functions/interpolation.h"
 #include "variant/functions/ordering.h"
@@ -20,7 +19,7 @@ const std::vector<Value> kOperands = {kU, kB, kS, kV, kM, kG, kX};
 void ExpectTable(Operator op, const char* sign, const std::vector<Cell>& table) {
   for (std::size_t i = 0; i < kOperands.size(); ++i)
     for (std::size_t j = 0; j < kOperands.size(); ++j)
-      EXPECT_EQ(Outcome([&](Value& r) { op(r, kOperands[i], kOperands[j]); }), table[i][j])
+      EXPECT_EQ(Out(op, kOperands[i], kOperands[j]), table[i][j])
           << kOperands[i].GetKindName() << " " << sign << " " << kOperands[j].GetKindName();
 }
 
@@ -132,11 +131,7 @@ TEST(Operators, QuotientFollowsTheTable) {
 TEST(Operators, SizesMustFit) {
   const Value v3 = Vec({1, 2, 3}), m23 = Mat({{1, 2, 3}, {4, 5, 6}}), m12 = Mat({{1, 2}}),
               m21 = Mat({{1}, {2}});
-  struct {
-    Operator op;
-    Value left, right;
-    std::string outcome;
-  } const cases[] = {
+  const std::tuple<Operator, Value, Value, std::string> cases[] = {
       {Add, kV, v3, "CDimension: Vector dimensions do not match."},
       {Subtract, v3, kG, "CDimension: Vector dimension does not match dimension of Signal."},
       {Add, kG, v3, "CDimension: Vector dimension does not match dimension of Signal."},
@@ -160,11 +155,10 @@ TEST(Operators, SizesMustFit) {
       {Add, Vec({}), Vec({}), Text(Vec({}))},
       {Multiply, Vec({}), Vec({}), Text(Scalar(0))},
   };
-  for (const auto& c : cases)
-    EXPECT_EQ(Outcome([&](Value& r) { c.op(r, c.left, c.right); }), c.outcome);
+  for (const auto& [op, left, right, outcome] : cases) EXPECT_EQ(Out(op, left, right), outcome);
   // An outer product larger than any memory.
   const Value column(Value::Matrix(1 << 14, 1, 0.0)), row(Value::Matrix(1, 1 << 14, 0.0));
-  EXPECT_EQ(Outcome([&](Value& r) { Multiply(r, column, row); }),
+  EXPECT_EQ(Out(Multiply, column, row),
             "CDimension: Result of 16384 x 16384 numbers is too large.");
 }
 
@@ -221,7 +215,7 @@ TEST(Operators, SignalsMeetOnTheUnionOfTheirTimelines) {
                                  {Subtract, "-"},
                                  {Multiply, "*"},
                                  {Divide, "/"}})
-    EXPECT_EQ(Outcome([&, f = op](Value& v) { f(v, complex, a); }),
+    EXPECT_EQ(Out(op, complex, a),
               "CComputation: " + sign +
                   ": Computational error during equalization of timelines: Real input object "
                   "expected.");
@@ -269,14 +263,14 @@ TEST(Operators, LogicTakesBooleans) {
   const Value yes(true), no(false);
   for (const bool a : {false, true})
     for (const bool b : {false, true}) {
-      EXPECT_EQ(Outcome([&](Value& r) { And(r, Value(a), Value(b)); }), Text(Value(a && b)));
-      EXPECT_EQ(Outcome([&](Value& r) { Or(r, Value(a), Value(b)); }), Text(Value(a || b)));
+      EXPECT_EQ(Out(And, Value(a), Value(b)), Text(Value(a && b)));
+      EXPECT_EQ(Out(Or, Value(a), Value(b)), Text(Value(a || b)));
     }
-  EXPECT_EQ(Outcome([&](Value& r) { Not(r, yes); }), Text(no));
+  EXPECT_EQ(Out(Not, yes), Text(no));
   const std::string only = "CType: Invalid type. Only BOOLEAN allowed for operation: ";
-  EXPECT_EQ(Outcome([&](Value& r) { And(r, yes, kS); }), only + "and.");
-  EXPECT_EQ(Outcome([&](Value& r) { Or(r, kS, yes); }), only + "or.");
-  EXPECT_EQ(Outcome([&](Value& r) { Not(r, kS); }), only + "not.");
+  EXPECT_EQ(Out(And, yes, kS), only + "and.");
+  EXPECT_EQ(Out(Or, kS, yes), only + "or.");
+  EXPECT_EQ(Out(Not, kS), only + "not.");
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "variant/signals/peaks.h"
 
-#include "support/testing.h"
 #include "support/values.h"
 
 namespace corvath::math {

@@ -1,4 +1,3 @@
-#include "support/testing.h"
 #include "support/values.h"
 #include "variant/functions/calculus.h"
 #include "variant/functions/interpolation.h"
@@ -155,9 +154,7 @@ TEST(Timeline, StepsAndEquality) {
 }
 
 TEST(Timeline, CommonPartOfTwoTimelines) {
-  const auto lct = [](const Value& a, const Value& b) {
-    return Outcome([&](Value& r) { fn::lct(r, a, b); });
-  };
+  const auto lct = OutcomeOf(fn::lct);
   const auto at = [](const std::vector<Complex>& t) {
     return Sig(t, {std::vector<Complex>(t.size())});
   };
@@ -185,9 +182,7 @@ TEST(Timeline, MappingStacksDistinctChannels) {
 }
 
 TEST(Timeline, WindowHoldsThePointsInside) {
-  const auto window = [](const Value& s, double start, double end) {
-    return Outcome([&](Value& r) { fn::window(r, s, start, end); });
-  };
+  const auto window = OutcomeOf(fn::window);
   const Value up = Sig({0, 1, 2, 3}, {{5, 6, 7, 8}}), down = XY({3, 2, 1, 0}, {8, 7, 6, 5});
   EXPECT_EQ(window(up, 0.5, 2), Text(Sig({1, 2}, {{6, 7}})));
   EXPECT_EQ(window(down, 0.5, 2), Text(XY({2, 1}, {7, 6})));
@@ -203,12 +198,8 @@ TEST(Timeline, WindowHoldsThePointsInside) {
 }
 
 TEST(Calculus, DifferencesAndRunningIntegrals) {
-  const auto derive = [](const Value& s, int direction) {
-    return Outcome([&](Value& r) { fn::derive(r, s, direction); });
-  };
-  const auto integrate = [](const Value& s, int direction) {
-    return Outcome([&](Value& r) { fn::integrate(r, s, direction); });
-  };
+  const auto derive = OutcomeOf(fn::derive);
+  const auto integrate = OutcomeOf(fn::integrate);
   const Value g = Sig({0, 1, 3}, {{0, 2, 8}, {1, 1, 1}}), down = XY({3, 1, 0}, {8, 2, 0});
   EXPECT_EQ(derive(g, kForward), Text(Sig({0, 1}, {{2, 3}, {0, 0}})));
   EXPECT_EQ(derive(g, kBackward), Text(Sig({1, 3}, {{2, 3}, {0, 0}})));
@@ -231,9 +222,7 @@ TEST(Calculus, DifferencesAndRunningIntegrals) {
 }
 
 TEST(Calculus, AreasUnderTheLines) {
-  const auto area = [](const Value& s, double a, double b) {
-    return Outcome([&](Value& r) { fn::area(r, s, a, b); });
-  };
+  const auto area = OutcomeOf<const Value&, double, double>(fn::area);
   const auto whole = [](const Value& s) { return Outcome([&](Value& r) { fn::area(r, s); }); };
   const Value x = XY({0, 1}, {0, 2}), g = Sig({3, 1, 0}, {{8, 2, 0}, {1, 1, 1}});
   EXPECT_EQ(whole(x), Text(Scalar(1)));
@@ -254,9 +243,7 @@ TEST(Calculus, AreasUnderTheLines) {
 }
 
 TEST(PowerMean, IsTheMeanOfPowersOnAnEquidistantAxis) {
-  const auto powmean = [](const Value& s, std::uint64_t q) {
-    return Outcome([&](Value& r) { fn::powmean(r, s, q); });
-  };
+  const auto powmean = OutcomeOf(fn::powmean);
   EXPECT_EQ(powmean(XY({0, 1, 2, 3}, {1, 2, 3, 6}), 1), Text(Scalar(3)));
   EXPECT_EQ(powmean(Sig({0, 2, 4, 6}, {{1, 1, 7, 7}, {2, 2, 2, 2}}), 2), Text(Vec({5, 2})));
   Value r;
@@ -272,9 +259,7 @@ TEST(PowerMean, IsTheMeanOfPowersOnAnEquidistantAxis) {
   EXPECT_EQ(powmean(Scalar(1), 1), "CType: Input object of wrong type. Time signal expected.");
   EXPECT_EQ(powmean(XY({1, 1}, {1, 2}), 1), "CType: At least two sample points expected.");
   EXPECT_EQ(powmean(Vec({1, 3, 2}), 1), "CVariant: Operation is not allowed for unordered input");
-  const auto rmsdev = [](const Value& a, const Value& b) {
-    return Outcome([&](Value& v) { fn::rmsdev(v, a, b); });
-  };
+  const auto rmsdev = OutcomeOf(fn::rmsdev);
   EXPECT_EQ(rmsdev(x, Scalar(1)), "CType: rmsDev: Inputs must be of type SIGNAL or XYDATA.");
   EXPECT_BEGINS(rmsdev(x, Sig({0, 1}, {{1, 1}, {1, 1}})), "CDimension: rmsDev: Inputs need the");
   EXPECT_EQ(Outcome([&](Value& v) { fn::powmeandev(v, x, Scalar(1), 2); }),

@@ -4,7 +4,6 @@
 #include "variant/signals/filter_design.h"
 
 #include <complex>
-#include <cstddef>
 
 namespace support {
 

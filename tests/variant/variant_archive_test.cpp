@@ -157,8 +157,9 @@ TEST(VariantArchive, RefusesAbsurdSizesAndKeepsTheOldValue) {
   Value gutted = Sig({0, 1}, {{1, 2}});
   Value::Vector timeline;
   gutted.TakeVector(timeline);
-  EXPECT_EQ(MessageOfExactly<CDimensionException>([&] { Load<Value>(Save(gutted)); }),
-            "Timeline of signal and data-matrix have to be of same dimension.");
+  EXPECT_ERROR(CDimensionException,
+               "Timeline of signal and data-matrix have to be of same dimension.",
+               Load<Value>(Save(gutted)));
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "variant/value/variant.h"
 
 #include "foundation/math_exception.h"
-#include "support/testing.h"
 #include "support/values.h"
 
 #include <type_traits>
@@ -13,11 +12,6 @@ using namespace support;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
-
-template <class E>
-void ExpectError(const std::string& text, const std::function<void()>& call) {
-  EXPECT_EQ(MessageOfExactly<E>(call), text);
-}
 
 /// One value of every kind, in the order of the kinds' numbers.
 std::vector<Value> EveryKind() {
@@ -53,11 +47,11 @@ TEST(Variant, TellsKindNameAndSizesOfEveryKind) {
     EXPECT_EQ(v.Size2(), sizes[i][1]) << names[i];
     EXPECT_EQ(v.Size(), sizes[i][2]) << names[i];
   }
-  ExpectError<CTypeException>("Invalid type.", [] { Value().Size1(); });
-  ExpectError<CTypeException>("Invalid type.", [] { Value().Size2(); });
-  ExpectError<CTypeException>("Invalid type.", [] { Value().Size(); });
-  ExpectError<CTypeException>("Input object has invalid datatype.",
-                              [] { Value::GetKindName(static_cast<Value::Kind>(6)); });
+  EXPECT_ERROR(CTypeException, "Invalid type.", Value().Size1());
+  EXPECT_ERROR(CTypeException, "Invalid type.", Value().Size2());
+  EXPECT_ERROR(CTypeException, "Invalid type.", Value().Size());
+  EXPECT_ERROR(CTypeException, "Input object has invalid datatype.",
+               Value::GetKindName(static_cast<Value::Kind>(6)));
 }
 
 TEST(Variant, CopiesAreDeepAndMovesLeaveNothing) {
@@ -140,41 +134,30 @@ TEST(Variant, FlagsFollowTheData) {
   EXPECT_TRUE(Sig({2, 1}, {{0, 0}}).IsFlipped());
   EXPECT_TRUE(XY({2, 5, 1}, {0, 0, 0}).IsFlipped());
   EXPECT_FALSE(XY({2}, {0}).IsFlipped());
-  ExpectError<CTypeException>("IsFlipped: Input object has invalid datatype.", [] {
-    Vec({2, 1}).IsFlipped();
-  });
+  EXPECT_ERROR(CTypeException, "IsFlipped: Input object has invalid datatype.",
+               Vec({2, 1}).IsFlipped());
 }
 
 TEST(Variant, SignalsCheckTimelineAndSizes) {
   EXPECT_TRUE(Sig({}, {{1, 2}}).IsUninitialized());
   EXPECT_TRUE(XY({}, {1}).IsUninitialized());
   EXPECT_EQ(Sig({0, 1}, {{1, 2}, {3, 4}}).Size1(), 2u);
-  ExpectError<CTypeException>("Timeline of signal may not be complex.", [] {
-    Sig({{0, 1}, 1}, {{1, 2}});
-  });
-  ExpectError<CDimensionException>(
-      "Timeline of signal and data-matrix have to be of same dimension.", [] {
-        Sig({0, 1}, {{1, 2, 3}});
-      });
-  ExpectError<CTypeException>("Timeline of XYDATA may not be complex.", [] {
-    XY({{0, kNaN}}, {1});
-  });
-  ExpectError<CDimensionException>("X- and Y-data have to be of same dimension.", [] {
-    XY({0, 1}, {1});
-  });
+  EXPECT_ERROR(CTypeException, "Timeline of signal may not be complex.",
+               Sig({{0, 1}, 1}, {{1, 2}}));
+  EXPECT_ERROR(CDimensionException,
+               "Timeline of signal and data-matrix have to be of same dimension.",
+               Sig({0, 1}, {{1, 2, 3}}));
+  EXPECT_ERROR(CTypeException, "Timeline of XYDATA may not be complex.", XY({{0, kNaN}}, {1}));
+  EXPECT_ERROR(CDimensionException, "X- and Y-data have to be of same dimension.", XY({0, 1}, {1}));
 }
 
 TEST(Variant, AccessorsRefuseEveryOtherKind) {
   for (const Value& v : EveryKind()) {
-    Value copy = v;
-    if (!v.IsBoolean())
-      ExpectError<CTypeException>("Input object not of type BOOLEAN.", [&] { v.GetBoolean(); });
-    if (!v.IsScalar())
-      ExpectError<CTypeException>("Input object not of type SCALAR.", [&] { v.GetScalar(); });
-    if (!v.IsVector() && !v.HasTimeline())
-      ExpectError<CTypeException>("Input object not of type VECTOR.", [&] { v.GetVector(); });
-    if (!v.IsMatrix() && !v.HasTimeline())
-      ExpectError<CTypeException>("Input object not of type MATRIX.", [&] { v.GetMatrix(); });
+    const std::string refusal = "Input object not of type ";
+    EXPECT_MESSAGE(v.IsBoolean() ? "" : refusal + "BOOLEAN.", v.GetBoolean());
+    EXPECT_MESSAGE(v.IsScalar() ? "" : refusal + "SCALAR.", v.GetScalar());
+    EXPECT_MESSAGE(v.IsVector() || v.HasTimeline() ? "" : refusal + "VECTOR.", v.GetVector());
+    EXPECT_MESSAGE(v.IsMatrix() || v.HasTimeline() ? "" : refusal + "MATRIX.", v.GetMatrix());
   }
   Value signal = Sig({0, 1}, {{1, 2}});
   const Complex* const storage = &signal.GetMatrix()(0, 0);
@@ -241,33 +224,31 @@ TEST(Variant, IndexReadsElements) {
   EXPECT_EQ(s.GetRow(Scalar(0)), Vec({1, 2}));
 
   for (const double bad : {-0.6, -1e300, kNaN})
-    ExpectError<CTypeException>("Index must be positive & real.", [&] { v[Scalar(bad)]; });
-  ExpectError<CTypeException>("Index must be positive & real.", [&] { v[Scalar(0, 1)]; });
-  ExpectError<CTypeException>("Index must be positive & real.", [&] { v[v]; });
+    EXPECT_ERROR(CTypeException, "Index must be positive & real.", v[Scalar(bad)]);
+  EXPECT_ERROR(CTypeException, "Index must be positive & real.", v[Scalar(0, 1)]);
+  EXPECT_ERROR(CTypeException, "Index must be positive & real.", v[v]);
   for (const double bad : {2.0, 1e300, kInf})
-    ExpectError<CDomainException>("Index out of bounds.", [&] { s[Scalar(bad)]; });
-  ExpectError<CDomainException>("Index out of bounds.", [&] { v[Scalar(3)]; });
-  ExpectError<CTypeException>("Type doesn't support access by (only one) index.",
-                              [&] { m[Scalar(0)]; });
+    EXPECT_ERROR(CDomainException, "Index out of bounds.", s[Scalar(bad)]);
+  EXPECT_ERROR(CDomainException, "Index out of bounds.", v[Scalar(3)]);
+  EXPECT_ERROR(CTypeException, "Type doesn't support access by (only one) index.", m[Scalar(0)]);
 
-  ExpectError<CTypeException>("Index must be real.", [&] { m(Scalar(0, 1), Scalar(0)); });
-  ExpectError<CTypeException>("Index must be real.", [&] { m(Scalar(0), Scalar(0, 1)); });
-  ExpectError<CDomainException>("Index out of vector bounds.", [&] { v(Scalar(0), Scalar(1)); });
-  ExpectError<CDomainException>("Index out of vector bounds.", [&] { v(Scalar(3), Scalar(0)); });
+  EXPECT_ERROR(CTypeException, "Index must be real.", m(Scalar(0, 1), Scalar(0)));
+  EXPECT_ERROR(CTypeException, "Index must be real.", m(Scalar(0), Scalar(0, 1)));
+  EXPECT_ERROR(CDomainException, "Index out of vector bounds.", v(Scalar(0), Scalar(1)));
+  EXPECT_ERROR(CDomainException, "Index out of vector bounds.", v(Scalar(3), Scalar(0)));
   for (const double bad : {-1.0, 2.0, 1e300, kNaN})
-    ExpectError<CDomainException>("Index out of matrix bounds.",
-                                  [&] { m(Scalar(bad), Scalar(0)); });
-  ExpectError<CTypeException>("Type doesn't support access by index.",
-                              [] { Scalar(1)(Scalar(0), Scalar(0)); });
+    EXPECT_ERROR(CDomainException, "Index out of matrix bounds.", m(Scalar(bad), Scalar(0)));
+  EXPECT_ERROR(CTypeException, "Type doesn't support access by index.",
+               Scalar(1)(Scalar(0), Scalar(0)));
 
-  ExpectError<CTypeException>("Index must be real. \n", [&] { m.GetColumn(Scalar(0, 1)); });
-  ExpectError<CDomainException>("This column index doesn't exist in this matrix. \n",
-                                [&] { m.GetColumn(Scalar(3)); });
-  ExpectError<CDomainException>("This row index doesn't exist in this matrix. \n",
-                                [&] { m.GetRow(Scalar(2)); });
+  EXPECT_ERROR(CTypeException, "Index must be real. \n", m.GetColumn(Scalar(0, 1)));
+  EXPECT_ERROR(CDomainException, "This column index doesn't exist in this matrix. \n",
+               m.GetColumn(Scalar(3)));
+  EXPECT_ERROR(CDomainException, "This row index doesn't exist in this matrix. \n",
+               m.GetRow(Scalar(2)));
   const char* const only = "Invalid type. Only types MATRIX, SIGNAL and XYDATA allowed. \n";
-  ExpectError<CTypeException>(only, [&] { v.GetColumn(Scalar(0)); });
-  ExpectError<CTypeException>(only, [&] { v.GetRow(Scalar(0)); });
+  EXPECT_ERROR(CTypeException, only, v.GetColumn(Scalar(0)));
+  EXPECT_ERROR(CTypeException, only, v.GetRow(Scalar(0)));
 }
 
 TEST(Variant, AddChannelsAppendsRows) {
@@ -284,12 +265,12 @@ TEST(Variant, AddChannelsAppendsRows) {
   EXPECT_EQ(no_channels, Sig({0, 1}, {{3, 4}}));
 
   const char* const dimensions = "addChannels: dimensions do not match.";
-  ExpectError<CDimensionException>(dimensions, [&] { s.addChannels(Vec({1})); });
-  ExpectError<CDimensionException>(dimensions, [&] { s.addChannels(XY({0}, {1})); });
-  ExpectError<CTypeException>("addChannels: object type not supported: SCALAR",
-                              [&] { s.addChannels(Scalar(1)); });
-  ExpectError<CTypeException>("Channels can be added to signal objects only",
-                              [] { Vec({1}).addChannels(Vec({1})); });
+  EXPECT_ERROR(CDimensionException, dimensions, s.addChannels(Vec({1})));
+  EXPECT_ERROR(CDimensionException, dimensions, s.addChannels(XY({0}, {1})));
+  EXPECT_ERROR(CTypeException, "addChannels: object type not supported: SCALAR",
+               s.addChannels(Scalar(1)));
+  EXPECT_ERROR(CTypeException, "Channels can be added to signal objects only",
+               Vec({1}).addChannels(Vec({1})));
   EXPECT_EQ(s.Size1(), 8u);
 }
 
@@ -330,7 +311,7 @@ TEST(Variant, ClosenessFollowsTheNumbers) {
   EXPECT_FALSE(IsZero(Vec({0, 1e-7})));
   EXPECT_FALSE(IsZero(Scalar(kNaN)));
   EXPECT_TRUE(IsZero(XY({5, 6}, {0, 0})));  // the timeline does not count
-  ExpectError<CTypeException>("Input object has invalid datatype.", [] { IsZero(Value()); });
+  EXPECT_ERROR(CTypeException, "Input object has invalid datatype.", IsZero(Value()));
 }
 
 TEST(Variant, TextShowsEveryKind) {

@@ -3,7 +3,6 @@
 #include "analysis/function_model.h"
 #include "analysis/optimisation/optimum.h"
 #include "support/function_study.h"
-#include "support/testing.h"
 
 namespace {
 
@@ -18,20 +17,13 @@ std::shared_ptr<FunctionModel> MakeModel(bool with_scatter = false) {
     inputs[0].variable = support::RandomInput(L"x", types::NORMAL, {1.0, 0.2}).variable;
     inputs[1].variable = support::RandomInput(L"y", types::NORMAL, {1.0, 0.1}).variable;
   }
-  std::vector<StudyQuantity> quantities(4);
-  quantities[0].name = L"s[0]";
-  quantities[1].name = L"s[1]";
-  quantities[2].name = L"f";
-  quantities[3].name = L"inside";
-  quantities[3].kind = StudyQuantity::Kind::kLimit;
-  return std::make_shared<FunctionModel>(inputs, quantities, [](const ConstPoints& x) {
-    Eigen::MatrixXd values(x.rows(), 4);
-    values.col(0) = x.col(0);
-    values.col(1) = x.col(1) - x.col(0);
-    values.col(2) = x.rowwise().squaredNorm();
-    values.col(3) = 9.0 - values.col(2).array();
-    return values;
-  });
+  using X = const Eigen::VectorXd&;
+  return std::shared_ptr<FunctionModel>(new FunctionModel(support::FunctionStudy(
+      inputs,
+      {{L"s[0]", [](X x) { return x(0); }},
+       {L"s[1]", [](X x) { return x(1) - x(0); }},
+       {L"f", [](X x) { return x.squaredNorm(); }},
+       {L"inside", [](X x) { return 9.0 - x.squaredNorm(); }, StudyQuantity::Kind::kLimit}})));
 }
 
 Optimum Solve(const DesignWishes& wishes, bool with_scatter = false) {

@@ -1,10 +1,6 @@
 #include "analysis/optimisation/global_search.h"
 
 #include "analysis/optimisation/known_programs.h"
-#include "support/testing.h"
-
-#include <cmath>
-#include <cstdlib>
 
 namespace {
 

@@ -2,10 +2,7 @@
 
 #include "ten_bar_truss.h"
 
-#include <algorithm>
-#include <cmath>
 #include <numeric>
-#include <utility>
 
 namespace support {
 namespace {

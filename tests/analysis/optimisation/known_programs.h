@@ -1,12 +1,9 @@
 #pragma once
 
 #include "analysis/optimisation/nonlinear_program.h"
+#include "support/testing.h"
 
 #include <Eigen/Core>
-
-#include <functional>
-#include <string>
-#include <vector>
 
 namespace support {
 

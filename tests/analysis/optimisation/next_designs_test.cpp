@@ -3,14 +3,6 @@
 #include "analysis/function_model.h"
 #include "support/function_study.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <memory>
-#include <utility>
-#include <vector>
-
 namespace {
 
 using namespace corvath::analysis;

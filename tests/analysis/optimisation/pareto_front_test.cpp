@@ -1,7 +1,6 @@
 #include "analysis/optimisation/pareto_front.h"
 
 #include "analysis/optimisation/known_programs.h"
-#include "support/testing.h"
 
 namespace {
 
