@@ -6,6 +6,7 @@
 #include <signal.h>
 #include <sys/time.h>
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
@@ -26,7 +27,7 @@ constexpr unsigned int kOutputs = 5;
 constexpr long kGrowth = 100000;  // bytes of the heap in all rounds behind the second
 
 int num_failures = 0;
-volatile sig_atomic_t num_alarms = 0;
+std::atomic<int> num_alarms{0};  // any thread may take an alarm
 
 void Check(bool is_right, const char* what, int round) {
   if (is_right) return;
@@ -104,7 +105,7 @@ int main(int argc, char** argv) {
   Held before{};
   for (int round = 0; round < kRounds; ++round) {
     struct sigaction action {};
-    action.sa_handler = [](int) { num_alarms = num_alarms + 1; };
+    action.sa_handler = [](int) { ++num_alarms; };
     action.sa_flags = round % 2 == 0 ? SA_RESTART : 0;
     sigaction(SIGALRM, &action, nullptr);
     const itimerval each_millisecond{{0, 1000}, {0, 1000}};
