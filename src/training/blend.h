@@ -2,34 +2,39 @@
 
 #include "training/candidate_trials.h"
 
+#include <vector>
+
 namespace corvath::training {
 
-/// The mean of an anisotropic kriging and a ridge regression of order 1 over the same inputs.
+/// The mean of several models over the same inputs, with shares.
 ///
-/// Where designs are few, no figure tells reliably which of the two is better, and their mean errs
+/// Where designs are few, no figure tells reliably which of them is the best, and their mean errs
 /// less than the one that was chosen (L. Breiman, "Stacked regressions", Machine Learning 24, 1996,
 /// pp. 49-64).
 struct Blend {
-  const Candidate* kriging;
-  const Candidate* plane;
-  double share;  ///< of the plane, from 0 to 1
+  std::vector<const Candidate*> members;  ///< first the kriging whose radii carry the mean
+  Eigen::VectorXd shares;                 ///< one for each member; their sum is 1
 
-  /// As one kriging that passes through the mean at the designs.
-  /// @returns null where no kriging with these radii follows the mean: at the designs, or at points
-  ///          between them, where short radii let it fall
+  /// As one kriging that follows the mean at the designs, between them, and in their bounds.
+  /// @returns null where no kriging with these radii does
   boost::shared_ptr<math::metamodel::SurrogateBase> Build(const CandidateTrials& trials,
                                                           const ResponseData& data) const;
 };
 
-/// The share for predictions of `values` without their groups: Akaike's weights (K. P. Burnham,
-/// D. R. Anderson, "Model selection and multimodel inference", Springer, 2002, section 2.9), tempered,
-/// since errors of few designs are uncertain themselves. 1 where the plane is the better one plainly.
-double ShareOfPlane(const Eigen::VectorXd& values, const Eigen::VectorXd& of_kriging,
-                    const Eigen::VectorXd& of_plane);
+/// How likely a form counts before any design is seen, relative to others.
+double OddsOf(const CandidateForm& form);
 
-/// The mean of predictions, the share of each group from the others. Groups are in ascending order.
-Eigen::VectorXd PredictByBlend(const Eigen::VectorXd& values, const Eigen::VectorXd& of_kriging,
-                               const Eigen::VectorXd& of_plane,
+/// Shares for predictions (n x F) of `values` without their groups: Akaike's weights (K. P. Burnham,
+/// D. R. Anderson, "Model selection and multimodel inference", Springer, 2002, section 2.9) times
+/// `odds` (F), tempered, since errors of few designs are uncertain themselves. What would have next to
+/// nothing has nothing.
+Eigen::VectorXd SharesOf(const Eigen::VectorXd& values, const Eigen::MatrixXd& predicted,
+                         const Eigen::VectorXd& odds);
+
+/// The mean of predictions (n x F), the shares for each group from the others. Groups are in
+/// ascending order.
+Eigen::VectorXd PredictByBlend(const Eigen::VectorXd& values, const Eigen::MatrixXd& predicted,
+                               const Eigen::VectorXd& odds,
                                const std::vector<std::vector<Eigen::Index>>& groups);
 
 }  // namespace corvath::training

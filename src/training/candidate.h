@@ -51,6 +51,7 @@ constexpr CandidateForm kConstantForm{Family::kRegression, 0, false, false};
 
 /// What bends least and most over all inputs, and shrinks what the data do not support.
 constexpr CandidateForm kPlaneForm{Family::kRegression, 1, false, false, /*ridge=*/true};
+constexpr CandidateForm kBowlForm{Family::kRegression, 2, true, false, /*ridge=*/true};
 constexpr CandidateForm kIsotropicForm{Family::kIsotropicKriging, 0, false, false};
 constexpr CandidateForm kAnisotropicForm{Family::kAnisotropicKriging, 0, false, false};
 

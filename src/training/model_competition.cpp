@@ -156,7 +156,7 @@ struct HonestForecasts {
 };
 
 /// What the choice is made among: the forms, and behind them the one that is taken where none is better
-/// beyond doubt, if that is a mean of two.
+/// beyond doubt, if that is a mean of several.
 struct Contenders {
   Eigen::MatrixXd predicted;  ///< a column each
   std::size_t robust;
@@ -166,27 +166,41 @@ struct Contenders {
   Contenders(const HonestForecasts& honest, const Finalists& finalists,
              const CandidateTrials& trials, const ResponseData& data)
       : predicted(honest.predicted), robust(FindRobust(finalists)) {
-    const std::size_t curved = FindWhole(finalists, kAnisotropicForm);
-    const std::size_t flat = FindWhole(finalists, kPlaneForm);
-    if (curved == 0 || flat == 0) return;
-    const Candidate& kriging = *finalists[curved].candidate;
-    const Candidate& plane = *finalists[flat].candidate;
-    if (kriging.subspace != plane.subspace) return;
-    const Eigen::VectorXd of_kriging = predicted.col(static_cast<Eigen::Index>(curved));
-    const Eigen::VectorXd of_plane = predicted.col(static_cast<Eigen::Index>(flat));
-    double share = ShareOfPlane(data.values, of_kriging, of_plane);
-    if (share > 0.0 && share < 1.0) {
-      blended = Blend{&kriging, &plane, share}.Build(trials, data);
-      if (!blended) share = share < 0.5 ? 0.0 : 1.0;  // no model follows the mean: the better one
+    Blend blend;
+    std::vector<Eigen::Index> columns;
+    std::vector<double> odds_of_members;
+    for (const CandidateForm& form : {kAnisotropicForm, kIsotropicForm, kPlaneForm, kBowlForm}) {
+      const std::size_t k = FindWhole(finalists, form);
+      const bool is_carrier = blend.members.empty();
+      if (is_carrier && k == 0) return;  // no kriging with a radius for each input
+      if (k == 0 ||
+          !(is_carrier || finalists[k].candidate->subspace == blend.members.front()->subspace))
+        continue;
+      blend.members.push_back(finalists[k].candidate);
+      columns.push_back(static_cast<Eigen::Index>(k));
+      odds_of_members.push_back(OddsOf(form));
     }
-    if (share == 0.0) return;
-    if (share == 1.0) blended = trials.Build(plane);
-    of_blend = share == 1.0 ? plane : kriging;
-    of_blend.predicted = (1.0 - share) * kriging.predicted + share * plane.predicted;
+    const Eigen::VectorXd odds = Eigen::Map<const Eigen::VectorXd>(
+        odds_of_members.data(), static_cast<Eigen::Index>(odds_of_members.size()));
+    const Eigen::MatrixXd of_members = predicted(Eigen::all, columns);
+    blend.shares = SharesOf(data.values, of_members, odds);
+    Eigen::Index main = 0;
+    if (blend.shares.maxCoeff(&main) < 1.0) {
+      blended = blend.Build(trials, data);
+      // No model follows the mean: the one of the largest share.
+      if (!blended) blend.shares = Eigen::VectorXd::Unit(blend.shares.size(), main);
+    }
+    if (blend.shares(0) == 1.0) return;
+    of_blend = *blend.members[blended ? 0 : static_cast<std::size_t>(main)];
+    if (!blended) blended = trials.Build(of_blend);
+    of_blend.predicted.setZero();
+    for (std::size_t k = 0; k < blend.members.size(); ++k)
+      if (const double share = blend.shares(static_cast<Eigen::Index>(k)); share > 0.0)
+        of_blend.predicted += share * blend.members[k]->predicted;
     of_blend.results = Judge(*blended, of_blend.form, data, of_blend.predicted);
     predicted.conservativeResize(Eigen::NoChange, predicted.cols() + 1);
     robust = static_cast<std::size_t>(predicted.cols()) - 1;
-    predicted.rightCols(1) = PredictByBlend(data.values, of_kriging, of_plane, honest.members);
+    predicted.rightCols(1) = PredictByBlend(data.values, of_members, odds, honest.members);
   }
 };
 

@@ -11,25 +11,33 @@ using namespace corvath::training;
 
 namespace {
 
-TEST(Blend, TheShareFollowsTheErrorsOfTheOtherGroups) {
+TEST(Blend, SharesFollowTheErrorsOfTheOtherGroups) {
   const Eigen::VectorXd values = Eigen::VectorXd::Zero(20);
   const Eigen::VectorXd ones = Eigen::VectorXd::Ones(20);
-  EXPECT_EQ(ShareOfPlane(values, ones, ones), 0.5);
-  // Half the mean square: odds of 2^(20 / 20).
-  EXPECT_NEAR(ShareOfPlane(values, ones / std::sqrt(2.0), ones), 1.0 / 3.0, 1e-12);
-  EXPECT_EQ(ShareOfPlane(values, ones, ones / 2.0), 1.0);
-  EXPECT_EQ(ShareOfPlane(values, values, ones), 0.0);
-  EXPECT_EQ(ShareOfPlane(values, ones / 0.0, ones), 1.0);
+  const double failed = std::nan("");
+  // Root mean square errors of three models, prior odds, shares: odds times mean squares^(-20 / 20).
+  const Eigen::Vector3d cases[][3] = {
+      {{1.0, -1.0, 1.0}, {1.0, 1.0, 2.0}, {0.25, 0.25, 0.5}},
+      {{std::sqrt(0.5), 1.0, 2.0}, {1.0, 1.0, 4.0}, {0.5, 0.25, 0.25}},
+      {{1.0, 0.1, 8.0}, {1.0, 1.0, 1.0}, {0.0, 1.0, 0.0}},  // next to nothing is nothing
+      {{failed, 1.0, 1.0}, {1.0, 3.0, 1.0}, {0.0, 0.75, 0.25}},
+      {{1.0, 0.0, 1.0}, {1.0, 1.0, 1.0}, {0.0, 1.0, 0.0}},
+      {{failed, failed, failed}, {1.0, 1.0, 1.0}, {1.0, 0.0, 0.0}},
+  };
+  for (const auto& [errors, odds, shares] : cases)
+    EXPECT_LT((SharesOf(values, ones * errors.transpose(), odds) - shares).norm(), 1e-12)
+        << errors.transpose();
 
-  // The kriging errs in the last ten alone: the first see that, the last see equal errors.
-  Eigen::VectorXd of_kriging = ones;
-  of_kriging.tail(10).setConstant(std::sqrt(2.0));
-  const Eigen::VectorXd predicted =
-      PredictByBlend(values, of_kriging, -ones,
+  // The first model errs in the last ten alone: the first see that, the last see equal errors.
+  Eigen::MatrixXd predicted(20, 2);
+  predicted << ones, -ones;
+  predicted.col(0).tail(10).setConstant(std::sqrt(2.0));
+  const Eigen::VectorXd mean =
+      PredictByBlend(values, predicted, Eigen::Vector2d::Ones(),
                      {{0, 1, 2, 3, 4, 5, 6, 7, 8, 9}, {10, 11, 12, 13, 14, 15, 16, 17, 18, 19}});
   const double share = 1.0 / (1.0 + std::pow(0.5, 0.5));
-  EXPECT_NEAR(predicted(0), 1.0 - 2.0 * share, 1e-12);
-  EXPECT_NEAR(predicted(19), 0.5 * std::sqrt(2.0) - 0.5, 1e-12);
+  EXPECT_NEAR(mean(0), 1.0 - 2.0 * share, 1e-12);
+  EXPECT_NEAR(mean(19), 0.5 * std::sqrt(2.0) - 0.5, 1e-12);
 }
 
 TEST(FormChoice, AFormThatFailsAtOneDesignWinsNotWithoutItEither) {
@@ -43,7 +51,7 @@ TEST(FormChoice, AFormThatFailsAtOneDesignWinsNotWithoutItEither) {
   EXPECT_EQ(Choose(SquaredErrors(values, predicted)(others, Eigen::all), 0, 1), 2u);
 }
 
-TEST(Blend, IsOneKrigingThatFollowsTheMeanOfBoth) {
+TEST(Blend, IsOneKrigingThatFollowsTheMeanOfAll) {
   const Eigen::MatrixXd points = support::UniformPoints(40, 3, 1);
   const Eigen::VectorXd values = 3.0 * points.col(0) - points.col(1) +
                                  points.col(0).cwiseProduct(points.col(2)) +
@@ -53,21 +61,25 @@ TEST(Blend, IsOneKrigingThatFollowsTheMeanOfBoth) {
   const CompetitionObserver observer = [](const std::wstring&, double) {};
   Competition competition(data, settings, AllowedForms(settings.models), 1e10, observer);
   const Finalists finalists = competition.Run();
-  const std::size_t curved = FindWhole(finalists, kAnisotropicForm);
-  const std::size_t plane = FindWhole(finalists, kPlaneForm);
-  ASSERT_TRUE(curved > 0 && plane > 0);
-  const Blend blend{finalists[curved].candidate, finalists[plane].candidate, 0.4};
   const CandidateTrials& trials = competition.GetTrials();
+  Blend blend{{}, Eigen::Vector4d(0.3, 0.1, 0.2, 0.4)};
+  const Eigen::MatrixXd fresh = support::UniformPoints(500, 3, 2);
+  Eigen::MatrixXd predicted(500, 4);
+  for (const CandidateForm& form : {kAnisotropicForm, kIsotropicForm, kPlaneForm, kBowlForm}) {
+    const std::size_t k = FindWhole(finalists, form);
+    ASSERT_GT(k, 0u) << blend.members.size();
+    predicted.col(static_cast<Eigen::Index>(blend.members.size())) =
+        trials.Build(*finalists[k].candidate)->Approximate(fresh);
+    blend.members.push_back(finalists[k].candidate);
+  }
   const auto model = blend.Build(trials, data);
   ASSERT_TRUE(model);
-  const Eigen::MatrixXd fresh = support::UniformPoints(500, 3, 2);
-  const Eigen::VectorXd of_kriging = trials.Build(*blend.kriging)->Approximate(fresh);
-  const Eigen::VectorXd of_plane = trials.Build(*blend.plane)->Approximate(fresh);
-  const auto distance = [&](double share) {
-    return (model->Approximate(fresh) - (1.0 - share) * of_kriging - share * of_plane).norm();
-  };
-  EXPECT_LT(distance(0.4), 0.2 * distance(0.0));
-  EXPECT_LT(distance(0.4), 0.2 * distance(1.0));
+  // Within a twentieth of the noise, whose standard deviation is 0.3 / sqrt(12); each of the four is
+  // more than that away.
+  const double bound = 0.05 * 0.3 / std::sqrt(12.0) * std::sqrt(500.0);
+  const Eigen::VectorXd mean = predicted * blend.shares;
+  EXPECT_LT((model->Approximate(fresh) - mean).norm(), bound);
+  EXPECT_GT((predicted.colwise() - mean).colwise().norm().minCoeff(), bound);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "doe/doe.h"
 #include "foundation/log_line.h"
+#include "metamodel/factories.h"
+#include "metamodel/kernels/kernel_block.h"
 #include "metamodel/kriging/definite_factor.h"
 #include "metamodel/kriging/kernel_noise_fit.h"
 #include "metamodel/kriging/ordinary_kriging.h"
@@ -137,20 +139,34 @@ bool OrdinaryKriging::BuildWithNoise(const std::vector<Eigen::Index>& rows) {
   return Build();
 }
 
-bool OrdinaryKriging::Reproduce(const Eigen::VectorXd& values) {
-  // Instead of the nugget, which would smooth: weights of nearly equal rows must stay finite.
-  constexpr double kJitter = 1e-7;
-  if (!IsBuilt() || values.size() != points_trans_reduced_.rows())
-    throw std::logic_error("Reproduce: a model that is not built, or another number of values");
-  const Eigen::VectorXd wanted =
-      trans_value_ ? Eigen::VectorXd(trans_value_->Forward(values)) : values;
-  Eigen::MatrixXd correlation;
-  BuildCorrelation(points_trans_reduced_, correlation);
-  correlation.diagonal().setConstant(1.0 + kJitter);
+bool OrdinaryKriging::Follow(const Eigen::MatrixXd& points, const Eigen::VectorXd& values,
+                             const Eigen::VectorXd& importances) {
+  // Of the curvature, against the mean square deviation: small enough not to be seen beside it, large
+  // enough for the weights of nearly equal rows to stay finite. The share on the diagonal is for equal
+  // ones.
+  constexpr double kPenalty = 1e-9;
+  constexpr double kOfDiagonal = 1e-3;
+  if (!IsBuilt() || values.size() != points.rows() || importances.size() != points.rows())
+    throw std::logic_error("Follow: a model that is not built, or another number of values");
+  Eigen::VectorXd wanted = trans_value_ ? Eigen::VectorXd(trans_value_->Forward(values)) : values;
+  const double mean = wanted.dot(importances) / importances.sum();
+  wanted = (wanted.array() - mean) * importances.array().sqrt();
+  const auto kernel = MakeKernel(settings_.GetKernelType(), settings_.GetKernelParameter());
+  Eigen::MatrixXd influences(points_trans_reduced_.rows(), points.rows());
+  KernelBlock(*kernel, points_trans_reduced_)
+      .Weights(ReduceColumns(trans_coord_ ? trans_coord_->Forward(points) : points,
+                             GetVariableSelection()),
+               influences);
+  influences *= importances.cwiseSqrt().asDiagonal();
+  Eigen::MatrixXd system;
+  BuildCorrelation(points_trans_reduced_, system);
+  system.diagonal().setConstant(1.0 + kOfDiagonal);
+  system *= kPenalty * importances.sum();
+  system.selfadjointView<Eigen::Lower>().rankUpdate(influences);
   DefiniteFactor factor;
-  if (!factor.Compute(correlation)) return false;
-  mean_ = wanted.mean();
-  kernel_weights_ = factor.Solve((wanted.array() - mean_).matrix());
+  if (!factor.Compute(system)) return false;
+  mean_ = mean;
+  kernel_weights_ = factor.Solve(influences * wanted);
   return true;
 }
 

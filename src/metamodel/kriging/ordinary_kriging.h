@@ -65,13 +65,16 @@ class OrdinaryKriging : public SurrogateBase {
   /// @throws std::logic_error  a kernel without radii
   bool BuildWithNoise(const std::vector<Eigen::Index>& rows);
 
-  /// Takes mean and weights with which a built model passes through these values (N, in the user's
-  /// units) at its support points, nearly where those are close to each other; radii are kept. For a
-  /// mean of this model and another. The values it was fitted to stay, as does what is computed from
-  /// them.
-  /// @returns false, with nothing changed, when the correlation matrix is not positive definite
-  /// @throws std::logic_error  the model is not built, or another number of values
-  bool Reproduce(const Eigen::VectorXd& values);
+  /// Takes mean and weights with which a built model follows another function: least squares of the
+  /// deviations at `points`, with a small penalty on what bends; radii are kept. The values it was
+  /// fitted to stay, as does what is computed from them. O(N^2 M) time, a buffer of N M doubles.
+  /// @param points       M x m, in the user's units
+  /// @param values       M, of the other function, in the user's units
+  /// @param importances  M: factors of the squared deviations, not negative, not all 0
+  /// @returns false, with nothing changed, when the system is not positive definite
+  /// @throws std::logic_error  the model is not built, or numbers of rows that differ
+  bool Follow(const Eigen::MatrixXd& points, const Eigen::VectorXd& values,
+              const Eigen::VectorXd& importances);
 
   /// How much the cross-validated share of unexplained variance grows when one input is removed: m
   /// values, 0 for inputs that are not selected, NaN where the smaller model cannot be built.
