@@ -1,13 +1,15 @@
-// make_seeds DIRECTORY: writes DIRECTORY/project and DIRECTORY/archive, small inputs of their
-// targets.
+// make_seeds DIRECTORY: writes DIRECTORY/project, DIRECTORY/archive and DIRECTORY/records, small
+// inputs of their targets.
 
 #include "archive/archive_flags.h"
 #include "archive/instantiate.h"
 #include "archive/portable_oarchive.h"
 #include "design/designs/design_manager.h"
 #include "design/parameters/parameter_manager.h"
+#include "design/parameters/random_conversion.h"
 #include "project/file/project_file.h"
 #include "seeds.h"
+#include "stochastics/rv_factory.h"
 #include "support/plate_project.h"
 #include "support/values.h"
 
@@ -16,11 +18,21 @@
 #include <exception>
 #include <fstream>
 #include <iostream>
+#include <string>
+#include <typeinfo>
+#include <vector>
 
 namespace {
 
 namespace fs = boost::filesystem;
+using corvath::algorithm::RV;
+using corvath::algorithm::RVFactory;
+using corvath::algorithm::datatypes::CDesignEntry;
 using corvath::algorithm::datatypes::Design;
+using corvath::algorithm::datatypes::DeterministicProperties;
+using corvath::algorithm::datatypes::Parameter;
+using corvath::algorithm::datatypes::ParameterManager;
+using corvath::algorithm::datatypes::RandomProperties;
 using corvath::algorithm::datatypes::SaveProjectFile;
 using corvath::algorithm::datatypes::SurrogateInfo;
 using corvath::algorithm::datatypes::VRDB;
@@ -39,6 +51,63 @@ void WriteObject(const fs::path& path, fuzz::ArchivedKind kind, const T& value) 
   stream.put(static_cast<char>(kind));
   corvath::portable_binary_oarchive archive(stream);
   archive << boost::serialization::make_nvp("value", value);
+}
+
+std::vector<double> ToNumbers(const Eigen::VectorXd& vector) {
+  return {vector.begin(), vector.end()};
+}
+
+/// The ways in which a project gives the numbers of a distribution.
+enum Given { kMoments, kParameters, kVariation, kNothing };
+
+Parameter MakeRandom(const RV& variable, Given given, bool mixed) {
+  RandomProperties properties;
+  properties.SetType(variable.GetTypeId());
+  properties.SetKind(1);
+  if (given == kParameters) properties.SetParams(ToNumbers(variable.GetParameters()));
+  if (given == kMoments) properties.SetMoments(ToNumbers(variable.GetStats()));
+  if (given == kVariation) properties.SetCov(0.125);
+  Parameter parameter(variable.GetTypeName());
+  if (mixed) parameter.SetDeterministicProperty(DeterministicProperties::Continuous(0.0, 2.0));
+  parameter.SetRandomProperties(properties);
+  parameter.SetReferenceValue(CDesignEntry(0.5), /*convert=*/true);
+  return parameter;
+}
+
+/// A parameter of each distribution that can be given so; neighbours are correlated.
+ParameterManager MakeRandoms(Given given, bool mixed, double correlation) {
+  ParameterManager manager;
+  std::wstring before;
+#define ZEL_TYPE(Class, name, id) id,
+  for (const int type : {ZEL_DISTRIBUTIONS(ZEL_TYPE)}) {
+#undef ZEL_TYPE
+    const Parameter parameter = MakeRandom(*RVFactory::GetInstance().Create(type), given, mixed);
+    try {
+      ParameterToRV(parameter);
+    } catch (const std::exception&) {
+      continue;
+    }
+    manager.AddParameter(parameter);
+    if (correlation != 0.0 && !before.empty())
+      manager.GetCoherences().Set(before, parameter.GetName(), correlation);
+    before = parameter.GetName();
+  }
+  return manager;
+}
+
+void WriteRecord(const fs::path& path, const ParameterManager& value) {
+  std::ofstream stream(path.string(), std::ios::binary);
+  stream << typeid(value).name() << '\n';
+  corvath::portable_binary_oarchive archive(stream);
+  archive << value;
+}
+
+void WriteRecords(const fs::path& directory) {
+  fs::create_directories(directory);
+  WriteRecord(directory / "random_moments", MakeRandoms(kMoments, false, 0.0));
+  WriteRecord(directory / "random_parameters", MakeRandoms(kParameters, true, 0.125));
+  WriteRecord(directory / "random_variation", MakeRandoms(kVariation, true, 0.0));
+  WriteRecord(directory / "random_default", MakeRandoms(kNothing, false, -0.0625));
 }
 
 void WriteProjects(const fs::path& directory) {
@@ -83,6 +152,7 @@ int main(int argc, char** argv) {
   try {
     WriteProjects(fs::path(argv[1]) / "project");
     WriteObjects(fs::path(argv[1]) / "archive");
+    WriteRecords(fs::path(argv[1]) / "records");
     return 0;
   } catch (const std::exception& error) {
     std::cerr << "make_seeds: " << error.what() << '\n';
