@@ -70,6 +70,19 @@ template <class T>
 struct IsOfDesigns<T, std::void_t<decltype(fuzz::Use(std::declval<const T&>()))>> : std::true_type {
 };
 
+template <class T, class = void>
+struct HasEquality : std::false_type {};
+template <class T>
+struct HasEquality<T, std::void_t<decltype(bool(std::declval<T>() == std::declval<T>()))>>
+    : std::true_type {};
+
+void MergeWithItself(const DesignSet& set) {
+  const auto copy = set.Clone();
+  copy->Merge(set);
+  fuzz::Try([&] { copy->Merge(DesignSet(set.identifier_ + L"'")); });
+  set.IsEqual(*copy);
+}
+
 /// What else is asked of an object of its kind.
 template <class T>
 void Use(const T& object) {
@@ -85,7 +98,42 @@ void Use(const T& object) {
     copy = other;
     other = std::move(copy);
   }
+  if constexpr (HasEquality<T>::value) {
+    T fresh;
+    fuzz::Try([&] { return object == fresh || fresh == object; });
+    fuzz::Try([&] { return object == object; });
+  }
+  if constexpr (std::is_base_of_v<DesignSet, T>) MergeWithItself(object);
+  if constexpr (std::is_base_of_v<SystemsInformation, T>) {
+    T copy(object);
+    for (auto& named : copy.additional_designs_) {
+      const AdditionalDesignContainer container = named.second;
+      fuzz::Try([&] { named.second.Merge(container); });
+      for (const auto& set : container.design_sets_)
+        if (set.second) MergeWithItself(*set.second);
+      fuzz::Try([&] { return container == named.second; });
+    }
+    for (const auto& named : object.design_sets_map_)
+      if (named.second) MergeWithItself(copy.AddDesignSet(named.first));
+    fuzz::Try([&] { copy.GetDesignSet(copy.AddDesignSet(L"new").identifier_); });
+    fuzz::Try([&] { copy.GetDesignSet(L"unknown"); });
+  }
+  if constexpr (std::is_same_v<T, AlgorithmInfo>) {
+    AlgorithmInfo copy(object);
+    fuzz::Try([&] { copy.GetZELInformation(); });
+    fuzz::Try([&] {
+      if (const auto detail = copy.GetZEL3Information()) detail->GetSurrogateInfos();
+    });
+    fuzz::Try([&] { copy.GetReliabilityInformation(); });
+    fuzz::Try([&] { copy.GetSystemsInformation(); });
+  }
   if constexpr (std::is_same_v<T, SurrogateInfo>) {
+    fuzz::Try([&] { return object == object.Clone(); });
+    for (const std::wstring& name : object.GetParameterNames()) {
+      fuzz::Try([&] { object.GetParameterIndex(name); });
+      fuzz::Try([&] { object.GetSingleCoP(name); });
+      fuzz::Try([&] { object.IsParameterOutsideSubspace(name); });
+    }
     SurrogateInfoContainer models;
     models.AddOrReplace(object);
     models.AddOrReplace(object);
@@ -128,11 +176,11 @@ const std::map<std::string, Reader>& Readers() {
                 LinearRegressionSettings, MetamodelSettings, MovingLeastSquares,
                 MovingLeastSquaresSettings, OptimizationDesignSet, OptimizationInformation,
                 OrdinaryKriging, OrdinaryKrigingSettings, Parameter, ParameterManager,
-                ReliabilityDesignSet, ReliabilityDesignSetInfo, ReliabilityInformation, SignalInfo,
-                SubspaceResultContainer, SurrogateInfo, SystemsInformation, SurrogateTPS,
-                TransBoxCox, TransLimits, TransMinMax, VRDB, VRDBAttachedPath, ZEL3Information,
-                ZELAdvancedSettings, ZELAutomaticSettings, ZELClassicSettings, ZELCombinedSettings,
-                ZELData, ZELInformation, ZELSettings,
+                ReliabilityDesignSet, ReliabilityDesignSetInfo, ReliabilityInformation, SDesign,
+                SignalInfo, SubspaceResultContainer, SurrogateInfo, SystemsInformation,
+                SurrogateTPS, TransBoxCox, TransLimits, TransMinMax, VRDB, VRDBAttachedPath,
+                ZEL3Information, ZELAdvancedSettings, ZELAutomaticSettings, ZELClassicSettings,
+                ZELCombinedSettings, ZELData, ZELInformation, ZELSettings,
                 corvath::algorithm::optimizer::OptimizerSettingsNLPQLP<double>>();
   return readers;
 }

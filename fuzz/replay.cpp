@@ -1,5 +1,5 @@
 // Runs every target of fuzz/ over its folder of fuzz/corpus, in one process and without libFuzzer:
-// replay FOLDER. An input that aborts or crashes is named.
+// replay FOLDER [SECONDS]. An input that aborts, crashes or takes longer (60 s) is named.
 
 #include <boost/filesystem/operations.hpp>
 #include <unistd.h>
@@ -62,17 +62,17 @@ void Run(const Target& target, const fs::path& file) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::cerr << "usage: replay FOLDER\n";
+  if (argc != 2 && argc != 3) {
+    std::cerr << "usage: replay FOLDER [SECONDS]\n";
     return 2;
   }
   for (const int signal : {SIGABRT, SIGSEGV, SIGFPE, SIGBUS, SIGILL, SIGALRM})
     std::signal(signal, NameInput);
-  constexpr unsigned int kSeconds = 60;  // what takes longer hangs
+  const unsigned long seconds = argc == 3 ? std::strtoul(argv[2], nullptr, 10) : 60;
   for (const Target& target : kTargets) {
     const std::vector<fs::path> files = FilesOf(fs::path(argv[1]) / target.name);
     for (const fs::path& file : files) {
-      alarm(kSeconds);
+      alarm(static_cast<unsigned int>(seconds));
       Run(target, file);
     }
     std::cout << target.name << ": " << files.size() << " inputs\n";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "design/designs/design_conversion.h"
 #include "design/designs/design_manager.h"
 #include "design/designs/flat_design.h"
 #include "design/designs/input_columns.h"
@@ -12,6 +13,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -49,11 +52,36 @@ inline void Use(const data::CDesignEntry& entry) {
   }
 }
 
+/// The distribution with other numbers, and with a coefficient of variation.
+inline void UseRandomSide(data::Parameter parameter) {
+  data::RandomProperties properties = parameter.GetRandomProperties();
+  std::vector<double> moments = properties.GetMoments();
+  for (std::size_t i = 0; i < moments.size(); ++i) {
+    data::GetMomentName(i + 1);
+    moments[i] *= 1.0 + 1e-14;
+  }
+  properties.SetMoments(moments);
+  Try([&] { return properties == parameter.GetRandomProperties(); });
+  properties.SetCov(0.5);
+  Try([&] { return properties != parameter.GetRandomProperties(); });
+  parameter.SetRandomProperties(properties);
+  parameter.SetName(L"renamed");
+  data::ParameterToRV(parameter);
+}
+
+/// Designs of a parameter that has another domain, or of another size.
+inline void UseColumns(const data::NamedProperties& properties,
+                       const std::vector<data::Design>& designs) {
+  Try([&] { data::DesignsToMatrix(designs, properties); });
+  Try([&] { data::MatrixToDesigns(Eigen::MatrixXd::Constant(1, 2, 0.5), properties); });
+}
+
 inline void Use(const data::Parameter& parameter) {
   Use(parameter.GetReferenceValue());
   data::CDesignEntry lower, upper;
   Try([&] { parameter.GetBounds(lower, upper); });
   Try([&] { data::ParameterToRV(parameter); });
+  Try([&] { UseRandomSide(parameter); });
   for (int kind = kinds::DeterministicProperties::CONTINUOUS;
        kind <= kinds::DeterministicProperties::NOMINAL_BY_INDEX; ++kind) {
     const auto other = static_cast<kinds::DeterministicProperties::eKind>(kind);
@@ -64,7 +92,8 @@ inline void Use(const data::Parameter& parameter) {
       Try([&] { changed.SetKind(other); });
       Try([&] { changed.SetDataType(kinds::DesignEntry::INTEGER); });
       Try([&] { changed.SetBounds(lower, upper, true); });
-      Try([&] { changed.SetDiscreteStates({upper, lower, data::CDesignEntry(0.5)}, true); });
+      for (const bool convert : {false, true})
+        Try([&] { changed.SetDiscreteStates({upper, lower, data::CDesignEntry(0.5)}, convert); });
       Try([&] { copy.SetDeterministicProperty(named.first, changed); });
     }
     Try([&] { copy.SetReferenceValue(upper, kind % 2 == 0); });
@@ -76,6 +105,7 @@ inline void Use(const data::Parameter& parameter) {
       for (data::EntrySequence& inputs : columns.ToSequences(Eigen::MatrixXd::Ones(2, size)))
         designs.emplace_back(std::move(inputs), data::DesignId(1));
       columns.ToMatrix(designs);
+      UseColumns(parameter.GetDeterministicProperties(), designs);
     });
   }
 }
@@ -104,9 +134,21 @@ inline void Use(const data::ParameterManager& manager) {
     const auto set =
         data::ParameterManagerToRVSet(manager, data::Design(std::move(inputs), data::DesignId(1)));
     const std::size_t count = data::GetVariableNames(*set).size();
-    data::MatrixToDesigns(Eigen::MatrixXd::Constant(2, static_cast<Eigen::Index>(count), 0.5),
-                          *set);
+    std::vector<data::Design> designs;
+    for (data::EntrySequence& values : data::MatrixToDesigns(
+             Eigen::MatrixXd::Constant(2, static_cast<Eigen::Index>(count), 0.5), *set))
+      designs.emplace_back(std::move(values), data::DesignId(1));
+    data::DesignsToMatrix(designs, *set);
+    UseColumns({{L"other", data::DeterministicProperties()}}, designs);
   });
+  for (const auto& named : manager.GetCoherences().GetEntries())
+    Try([&] {
+      const data::TriangularIndex mirrored(named.first.GetSecond(), named.first.GetFirst());
+      if (mirrored != named.first) std::abort();
+      copy.GetCoherences().Set(mirrored.GetFirst(), mirrored.GetSecond(), 0.5);
+      const auto& coherences = copy.GetCoherences();
+      if (coherences.Get(named.first.GetFirst(), named.first.GetSecond()) != 0.5) std::abort();
+    });
   for (const auto side : {data::InputSide::kDeterministic, data::InputSide::kRandom})
     Try([&] {
       const auto columns = data::InputColumns::Of(manager, names, side);
@@ -127,7 +169,23 @@ inline void Use(const data::Design& design) {
     Try([&] { criterion.IsViolated(); });
     Try([&] { criterion.IsValueInvalid(); });
     Try([&] { criterion.GetExpression(); });
+    for (int type = data::CriterionDescription::RHS_ANY;
+         type <= data::CriterionDescription::LIMIT_LHS_ABOVE_RHS; ++type) {
+      data::Criterion other(static_cast<data::Criterion::eType>(type), criterion.GetLhs(),
+                            criterion.GetRhs());
+      Try([&] {
+        other.SetValues(criterion.GetLhsValue(), criterion.GetRhsValue(), {}, /*combine=*/true);
+      });
+      Try([&] { other.GetExpression(); });
+      Try([&] { return other == criterion; });
+    }
   }
+  data::Design copy(design);
+  Try([&] { return copy == design; });
+  copy.SetId(design.GetId().Appended(1));
+  std::wostringstream() << copy.GetId();
+  Try([&] { copy.SetParameters({}); });
+  Try([&] { data::Design(design, design.GetParameters()); });
 }
 
 inline void Use(const data::DesignManager& manager) {
@@ -138,6 +196,7 @@ inline void Use(const data::DesignManager& manager) {
     ids.push_back(design.GetId());
     manager.Find(ids.back());
     manager.Find(ids.back(), true);
+    Try([&] { manager.GetDesign(ids.back().Appended(1)); });
   }
   Try([&] { manager.GetDesigns(ids); });
   Try([&] { manager.FindDesigns(ids); });
@@ -157,7 +216,11 @@ inline void Use(const data::DesignManager& manager) {
   for (const data::Design& design : manager.GetDesigns()) {
     Try([&] { copy.AddOrReplace(design); });
     Try([&] { copy.AddOrReplace(design, true); });
+    Try([&] { copy.Add(design); });
   }
+  Try([&] { return copy == manager; });
+  copy.ModifyDesigns();
+  Try([&] { return copy == manager; });
 }
 
 }  // namespace fuzz
