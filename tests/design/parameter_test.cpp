@@ -111,7 +111,8 @@ TEST(DeterministicProperties, ChecksBoundsByKind) {
       {unknown, Entry(1.0), Entry(2.0), "Unknown domain type"},
   };
   for (const auto& [property, lower, upper, text] : cases)
-    EXPECT_EQ(MessageOf([&] { property.CheckBounds(lower, upper, false); }), text);
+    EXPECT_EQ(MessageOf([&p = property, &l = lower, &u = upper] { p.CheckBounds(l, u, false); }),
+              text);
   EXPECT_EQ(MessageOf([&] { continuous.CheckBounds(Entry(1.0), Entry(1.0), true); }), "");
 }
 
