@@ -81,7 +81,10 @@ TEST(DesignConversion, SaysWhichValueDoesNotFit) {
   };
   for (const auto& [property, value, text] : cases) {
     const NamedProperties properties{{L"x", property}};
-    EXPECT_MESSAGE(text, DesignsToMatrix({DesignOf({{L"x", value}})}, properties));
+    EXPECT_EQ(MessageOf([&, &value = value] {
+                DesignsToMatrix({DesignOf({{L"x", value}})}, properties);
+              }),
+              text);
   }
   EXPECT_THROW(DesignsToMatrix({DesignOf({{L"x", Entry(1)}})}, {{L"x", by_index}}),
                std::range_error);
@@ -194,7 +197,9 @@ TEST(DiscreteStates, RefusesWhatHasNoNearestState) {
       {Entry(1), Entries({1.0}), by_value + "Inequal domain types."},
       {Entry(true), Entries({1}), by_value + "Inequal domain types."}};
   for (const auto& [value, states, text] : cases)
-    EXPECT_MESSAGE(text, NearestDiscreteState(value, states));
+    EXPECT_EQ(
+        MessageOf([&value = value, &states = states] { NearestDiscreteState(value, states); }),
+        text);
 }
 
 TEST(DiscreteStates, FindsPositionsInTheOrderGiven) {

@@ -109,8 +109,9 @@ TEST(DeterministicProperties, ChecksBoundsByKind) {
       {unknown, Entry(1.0), Entry(2.0), "Unknown domain type"},
   };
   for (const auto& [property, lower, upper, text] : cases)
-    EXPECT_MESSAGE(text, property.CheckBounds(lower, upper, false));
-  EXPECT_MESSAGE("", continuous.CheckBounds(Entry(1.0), Entry(1.0), true));
+    EXPECT_EQ(MessageOf([&p = property, &l = lower, &u = upper] { p.CheckBounds(l, u, false); }),
+              text);
+  EXPECT_EQ(MessageOf([&] { continuous.CheckBounds(Entry(1.0), Entry(1.0), true); }), "");
 }
 
 TEST(DeterministicProperties, SortsStatesAndSpansThem) {

@@ -89,7 +89,7 @@ TEST(NLPQLP, NeverConvergesOnAnswersThatAreNoNumbers) {
       SmallProblem problem;
       bool was_spoiled = false;
       const bool is_function = name[0] != 'D';
-      const std::int32_t ifail = problem.Run([&](int calls) {
+      const std::int32_t ifail = problem.Run([&, &number = number](int calls) {
         const bool was_asked = calls == 0 || is_function == (problem.core.IFAIL == -1);
         if (calls < spoiled || !was_asked) return;
         number(problem.core) = std::nan("");

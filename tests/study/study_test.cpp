@@ -208,8 +208,10 @@ TEST(Study, EvaluatesExpressionsWithMeaningsOfAllKinds) {
       {"sqrt(-4)", "", "scalar", {0.0}},  // and the imaginary part below
   };
   for (const auto& [expression, definitions, kind, values] : cases) {
-    const Result result = Get<Result>(
-        [&](zelstudy_result** out) { return zelstudy_evaluate(expression, definitions, out); });
+    const Result result =
+        Get<Result>([&text = expression, &values_of = definitions](zelstudy_result** out) {
+          return zelstudy_evaluate(text, values_of, out);
+        });
     if (!result) continue;
     EXPECT_EQ(Document(result)["kind"], kind) << expression;
     EXPECT_THAT(ArrayOf(result, "value").values, testing::Pointwise(testing::DoubleEq(), values))
