@@ -13,12 +13,14 @@
 #include <boost/serialization/split_member.hpp>
 #include <boost/serialization/string.hpp>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <locale>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace corvath::calculator {
@@ -151,6 +153,23 @@ bool HasLongTag(const std::string& text) {
   return false;
 }
 
+/// Whether a tag calls its object tracked without naming it: the archive would look for a number that
+/// it never read. Takes time in proportion to the text.
+bool HasTrackedWithoutId(std::string_view text) {
+  constexpr std::string_view kLevel = "tracking_level", kUntracked = "=\"0\"";
+  for (std::size_t i = 0; (i = text.find('<', i)) != std::string_view::npos;) {
+    const std::size_t end = std::min(text.find_first_of("<>", i + 1), text.size());
+    const std::string_view tag = text.substr(i, end - i);
+    const bool is_named = tag.find("object_id") != std::string_view::npos;
+    for (std::size_t k = 0; !is_named && (k = tag.find(kLevel, k)) != std::string_view::npos;) {
+      k += kLevel.size();
+      if (tag.substr(k, kUntracked.size()) != kUntracked) return true;
+    }
+    i = end;
+  }
+  return false;
+}
+
 std::string ReadFile(const fs::path& path) {
   const std::uintmax_t size = fs::file_size(path);
   if (size > kMaxFileSize) throw std::runtime_error("too large");
@@ -165,7 +184,7 @@ std::string ReadFile(const fs::path& path) {
 /// Reads the archive `text` into `stored`.
 /// @throws std::exception  whose texts, of several sources, tell the user nothing
 void Parse(const std::string& text, StoredMacros& stored) {
-  if (HasLongTag(text)) throw std::runtime_error("unknown tags");
+  if (HasLongTag(text) || HasTrackedWithoutId(text)) throw std::runtime_error("unknown tags");
   std::istringstream stream(text);
   stream.imbue(std::locale::classic());
   boost::archive::xml_iarchive archive(stream);
