@@ -102,8 +102,10 @@ void portable_binary_iarchive::CheckCount(std::uint64_t count, std::size_t min_b
 void portable_binary_iarchive::load_binary(void* address, std::size_t size) {
   constexpr std::size_t kLarge = std::size_t{1} << 17;
   // Memory for bytes that are there, not for what a damaged count promises.
-  if (size >= kLarge && size <= Remaining() && Remaining() != SIZE_MAX)
-    utils::PopulatePages(address, size);
+  if (size >= kLarge) {
+    const std::size_t remaining = Remaining();
+    if (size <= remaining && remaining != SIZE_MAX) utils::PopulatePages(address, size);
+  }
   basic_binary_iprimitive::load_binary(address, size);
 }
 

@@ -12,28 +12,12 @@ using algorithm::datatypes::CriterionDescription;
 
 constexpr std::size_t kMaxRows = ScalarProgram::kMaxRows;
 
+bool HasOneSide(CriterionDescription::eType type) {
+  return type >= CriterionDescription::RHS_ANY && type <= CriterionDescription::NEGATIVE_RHS;
+}
 bool HasTwoSides(CriterionDescription::eType type) {
   return type >= CriterionDescription::RHS_MINUS_LHS &&
          type <= CriterionDescription::LIMIT_LHS_ABOVE_RHS;
-}
-
-/// What Criterion::SetValues() makes of two numbers.
-double Combine(CriterionDescription::eType type, double lhs, double rhs) {
-  switch (type) {
-    case CriterionDescription::RHS_ANY:
-    case CriterionDescription::RHS:
-      return rhs;
-    case CriterionDescription::NEGATIVE_RHS:
-      return -rhs;
-    case CriterionDescription::RHS_MINUS_LHS:
-    case CriterionDescription::LIMIT_LHS_BELOW_RHS:
-      return rhs - lhs;
-    case CriterionDescription::LHS_MINUS_RHS_4:
-    case CriterionDescription::LHS_MINUS_RHS_5:
-    case CriterionDescription::LIMIT_LHS_ABOVE_RHS:
-      return lhs - rhs;
-  }
-  return math::kNaN;
 }
 
 }  // namespace
@@ -45,9 +29,10 @@ bool CriteriaEvaluation::HasProgramsOnly() const {
   const auto is_empty = [](const Side& side) { return !side.text && side.problem.empty(); };
   const auto is_ready = [&](const Step& step) {
     const PlannedCriterion& criterion = plan_.criteria[step.position];
+    const CriterionDescription::eType type = criterion.description.type_;
     return criterion.needs_evaluation && is_program(step.rhs) &&
-           (is_program(step.lhs) ||
-            (is_empty(step.lhs) && !HasTwoSides(criterion.description.type_)));
+           (is_program(step.lhs) ? HasOneSide(type) || HasTwoSides(type)
+                                 : is_empty(step.lhs) && HasOneSide(type));
   };
   return !plan_.steps.empty() && plan_.steps.size() == plan_.criteria.size() &&
          std::all_of(plan_.parameters.begin(), plan_.parameters.end(), is_usable) &&
@@ -85,7 +70,7 @@ void CriteriaEvaluation::CalculateRows(const std::vector<const double*>& paramet
       break;
     }
     for (std::size_t i = 0; i < rows; ++i) {
-      result[i] = Combine(type, lhs[i], rhs[i]);
+      result[i] = CombineSides(type, lhs[i], rhs[i]);
       if (!std::isfinite(result[i]) || result[i] == 0.0) defects[i] = math::kNaN;  // which zero?
       values[i * count + step.position] = result[i];
     }

@@ -11,29 +11,6 @@
 
 namespace corvath::algorithm::datatypes {
 
-namespace {
-
-CDesignEntry CombineSides(CriterionDescription::eType type, const CDesignEntry& lhs,
-                          const CDesignEntry& rhs) {
-  switch (type) {
-    case CriterionDescription::RHS_ANY:
-    case CriterionDescription::RHS:
-      return rhs;
-    case CriterionDescription::NEGATIVE_RHS:
-      return rhs == CDesignEntry() ? rhs : -rhs;
-    case CriterionDescription::RHS_MINUS_LHS:
-    case CriterionDescription::LIMIT_LHS_BELOW_RHS:
-      return rhs - lhs;
-    case CriterionDescription::LHS_MINUS_RHS_4:
-    case CriterionDescription::LHS_MINUS_RHS_5:
-    case CriterionDescription::LIMIT_LHS_ABOVE_RHS:
-      return lhs - rhs;
-  }
-  throw std::logic_error("Unhandled type to combine the sides of a criterion");
-}
-
-}  // namespace
-
 bool CriterionDescription::operator==(const CriterionDescription& other) const {
   return std::tie(type_, lhs_, rhs_) == std::tie(other.type_, other.lhs_, other.rhs_);
 }
@@ -97,7 +74,10 @@ void Criterion::Invalidate() {
 }
 
 void Criterion::SetValues(CDesignEntry lhs, CDesignEntry rhs, CDesignEntry value, bool combine) {
-  if (combine) value = CombineSides(GetType(), lhs, rhs);
+  if (combine) {
+    const bool is_missing = GetType() == eType::NEGATIVE_RHS && rhs == CDesignEntry();
+    value = is_missing ? rhs : CombineSides(GetType(), lhs, rhs);
+  }
   value_.value_ = std::move(value);
   value_.lhs_value_ = std::move(lhs);
   value_.rhs_value_ = std::move(rhs);

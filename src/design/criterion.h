@@ -4,6 +4,7 @@
 #include "design/designs/design_entry.h"
 
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -35,6 +36,27 @@ struct CriterionDescription {
   template <class Archive>
   void serialize(Archive& ar, unsigned int version);
 };
+
+/// The value of a criterion whose sides have the values `lhs` and `rhs`, numbers or entries.
+/// @throws std::logic_error  the type is none of the eight; what the difference of sides throws
+template <class Side>
+Side CombineSides(CriterionDescription::eType type, const Side& lhs, const Side& rhs) {
+  switch (type) {
+    case CriterionDescription::RHS_ANY:
+    case CriterionDescription::RHS:
+      return rhs;
+    case CriterionDescription::NEGATIVE_RHS:
+      return -rhs;
+    case CriterionDescription::RHS_MINUS_LHS:
+    case CriterionDescription::LIMIT_LHS_BELOW_RHS:
+      return rhs - lhs;
+    case CriterionDescription::LHS_MINUS_RHS_4:
+    case CriterionDescription::LHS_MINUS_RHS_5:
+    case CriterionDescription::LIMIT_LHS_ABOVE_RHS:
+      return lhs - rhs;
+  }
+  throw std::logic_error("Unhandled type to combine the sides of a criterion");
+}
 
 /// What a criterion came to.
 struct CriterionValue {

@@ -78,7 +78,7 @@ TEST(ScalarProgram, GivesWhatTheWalkOfTheTreeGives) {
 }
 
 TEST(ScalarProgram, RowsGiveTheRealNumbersThatRunsGive) {
-  // The share of 33 pairs of whole numbers from -2 to 4 and of others that are real and finite.
+  // Each with the least number of rows in which all is real and finite.
   const std::pair<const wchar_t*, int> texts[] = {
       {L"0.8*x + 150*abs(y - x)/(1 + sqrt(x^2 + 3*y)) - 0.1*(x - y)", 12},
       {L"-x^2 / y - x^y", 12},
