@@ -1,7 +1,8 @@
 #include "archive/annotation.h"
 
+#include <link.h>
+
 #include <algorithm>
-#include <cstring>
 
 namespace corvath::archive {
 namespace {
@@ -18,6 +19,38 @@ constexpr std::array<std::uint16_t, 256> MakeTable() {
 
 constexpr auto kTable = MakeTable();
 
+struct Segment {
+  std::uintptr_t begin = 0;
+  std::uintptr_t end = 0;
+};
+
+/// The part of this library that holds its literals, which nothing writes to.
+Segment FindLiterals() {
+  Segment found;
+  dl_iterate_phdr(
+      [](dl_phdr_info* module, std::size_t, void* result) {
+        const auto table = reinterpret_cast<std::uintptr_t>(kTable.data());
+        for (ElfW(Half) k = 0; k < module->dlpi_phnum; ++k) {
+          const ElfW(Phdr)& header = module->dlpi_phdr[k];
+          const std::uintptr_t begin = module->dlpi_addr + header.p_vaddr;
+          const std::uintptr_t end = begin + header.p_memsz;
+          if (header.p_type != PT_LOAD || (header.p_flags & PF_W) != 0) continue;
+          if (table < begin || table >= end) continue;
+          *static_cast<Segment*>(result) = {begin, end};
+          return 1;
+        }
+        return 0;
+      },
+      &found);
+  return found;
+}
+
+bool IsLiteral(const char* text) {
+  static const Segment literals = FindLiterals();
+  const auto address = reinterpret_cast<std::uintptr_t>(text);
+  return address >= literals.begin && address < literals.end;
+}
+
 }  // namespace
 
 std::uint16_t AnnotationChecksum(std::string_view name) {
@@ -29,8 +62,8 @@ std::uint16_t AnnotationChecksum(std::string_view name) {
 AnnotationNames::Name& AnnotationNames::Find(const char* name) {
   const auto address = reinterpret_cast<std::uintptr_t>(name);
   Name& recent = recent_[(address ^ (address >> 8)) % recent_.size()];
-  if (recent.address != name || std::strcmp(recent.text.c_str(), name) != 0)
-    recent = {name, name, AnnotationChecksum(name), false};
+  if (recent.address != name || (!recent.is_literal && recent.text != name))
+    recent = {name, name, AnnotationChecksum(name), IsLiteral(name), false};
   return recent;
 }
 

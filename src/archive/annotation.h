@@ -56,6 +56,7 @@ class AnnotationNames {
     const char* address = nullptr;
     std::string text;  ///< at that address when it was last asked for
     std::uint16_t checksum = 0;
+    bool is_literal = false;  ///< cannot change, unlike a text in memory that is used again
     bool is_noted = false;
   };
 

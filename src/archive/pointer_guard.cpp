@@ -82,7 +82,7 @@ void PointerGuard::OnObjectId(std::size_t id) {
   pointer_class_.reset();
 }
 
-void PointerGuard::OnConstructed(void* object, void (*destroy)(void*)) {
+void PointerGuard::OnConstructed(void* object, void (*destroy)(void*)) noexcept {
   if (pointer_ == nullptr || !pointer_->constructs_) return;
   pointer_->constructs_ = false;
   orphans_.push_back({object, destroy});
@@ -96,6 +96,8 @@ PointerGuard::Pointer::Pointer(PointerGuard& guard, const TypeInfo& expected, bo
       polymorphic_(polymorphic),
       num_orphans_(guard.orphans_.size()) {
   if (depth_ > kMaxDepth || utils::IsStackLow()) Refuse();
+  // So that OnConstructed cannot fail: the object would have no owner.
+  if (num_orphans_ == guard_.orphans_.capacity()) guard_.orphans_.reserve(2 * num_orphans_ + 8);
   guard_.pointer_ = this;
 }
 

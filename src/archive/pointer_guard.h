@@ -74,7 +74,7 @@ class PointerGuard {
   void OnClassName(const char* name);
   void OnObjectId(std::size_t id);
   /// An object of the pointer in work was constructed at `object`; `destroy` deletes it.
-  void OnConstructed(void* object, void (*destroy)(void*));
+  void OnConstructed(void* object, void (*destroy)(void*)) noexcept;
 
  private:
   struct Orphan {

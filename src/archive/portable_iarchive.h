@@ -14,11 +14,16 @@
 #include <boost/serialization/library_version_type.hpp>
 #include <boost/serialization/nvp.hpp>
 #include <boost/serialization/string.hpp>
+#include <boost/shared_ptr.hpp>
 #include <boost/uuid/uuid.hpp>
 
 #include <istream>
+#include <memory>
+#include <new>
 #include <string>
 #include <type_traits>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace corvath {
@@ -67,9 +72,31 @@ class portable_binary_iarchive
   /// Bytes as they stand. Called by Boost, too.
   void load_binary(void* address, std::size_t size);
 
-  /// An object behind the pointer in work stands constructed at `object`.
-  void OnConstructed(void* object, void (*destroy)(void*)) {
-    guard_.OnConstructed(object, destroy);
+  /// Constructs the object behind the pointer in work in memory that Boost has allocated for it. What
+  /// is constructed belongs to the archive until its loading is complete; what is not is freed.
+  template <class T, class... Arguments>
+  void Construct(T* object, Arguments&&... arguments) {
+    struct Free {
+      void operator()(void* memory) const { ::operator delete(memory); }
+    };
+    std::unique_ptr<void, Free> memory(object);
+    ::new (memory.get()) T(std::forward<Arguments>(arguments)...);
+    static_cast<void>(memory.release());
+    guard_.OnConstructed(object, [](void* p) { delete static_cast<T*>(p); });
+  }
+
+  /// The owner of an object whose pointer was read: the same one for all pointers to it. An object that
+  /// has no owner for want of memory is destroyed.
+  template <class T>
+  boost::shared_ptr<T> Share(T* object) {
+    if (object == nullptr) return {};
+    const void* whole = object;
+    if constexpr (std::is_polymorphic_v<T>) whole = dynamic_cast<const void*>(object);
+    const auto known = shared_.find(whole);
+    if (known != shared_.end()) return boost::shared_ptr<T>(known->second, object);
+    boost::shared_ptr<T> owner(object);
+    shared_.emplace(whole, owner);
+    return owner;
   }
 
   // Primitive values, called by Boost.Serialization.
@@ -194,15 +221,24 @@ class portable_binary_iarchive
   archive::AnnotationNames names_;
   std::vector<PlainClass> plain_classes_;  ///< by a number that each class has in this process
   PlainClass* opening_ = nullptr;          ///< whose first object is about to be loaded
+  std::unordered_map<const void*, boost::shared_ptr<void>>
+      shared_;  ///< by the address of the whole
 };
 
 /// Constructs the object behind a pointer, and makes sure that it does not leak if its loading
 /// fails. Boost finds this overload by the archive's namespace. A class without default constructor
-/// overloads it for this archive and calls OnConstructed itself.
+/// overloads it for this archive and calls Construct itself.
 template <class T>
 void load_construct_data(portable_binary_iarchive& ar, T* object, const unsigned int) {
-  ::new (static_cast<void*>(object)) T;
-  ar.OnConstructed(object, [](void* p) { delete static_cast<T*>(p); });
+  ar.Construct(object);
+}
+
+/// In place of Boost's own, which loses the object if memory runs out before it has an owner.
+template <class T>
+void load(portable_binary_iarchive& ar, boost::shared_ptr<T>& pointer, const unsigned int) {
+  T* object = nullptr;
+  ar >> boost::serialization::make_nvp("px", object);
+  pointer = ar.Share(object);
 }
 
 }  // namespace corvath

@@ -36,6 +36,12 @@ boost::shared_ptr<Transform> BuiltCopy(const Transform& installed,
   return copy;
 }
 
+const boost::shared_ptr<const Eigen::MatrixXd>& NoPoints() {
+  static const boost::shared_ptr<const Eigen::MatrixXd> none =
+      boost::make_shared<Eigen::MatrixXd>();
+  return none;
+}
+
 std::wstring NameOrNone(const boost::shared_ptr<Transform>& trans) {
   return trans ? trans->GetName() : L"none";
 }
@@ -43,12 +49,13 @@ std::wstring NameOrNone(const boost::shared_ptr<Transform>& trans) {
 }  // namespace
 
 SurrogateBase::SurrogateBase()
-    : trans_coord_(boost::make_shared<transform::TransMinMax>()),
+    : points_(NoPoints()),
+      trans_coord_(boost::make_shared<transform::TransMinMax>()),
       logger_(boost::make_shared<utils::log::LogDummy>()) {}
 
 SurrogateBase::SurrogateBase(const Eigen::MatrixXd& points, const Eigen::VectorXd& values)
     : SurrogateBase() {
-  points_ = points;
+  points_ = boost::make_shared<Eigen::MatrixXd>(points);
   values_ = values;
   RequireSupportData();
 }
@@ -94,13 +101,18 @@ void SurrogateBase::ClearErrors() {
   weight_error_radius_ = 0.0;
 }
 
-void SurrogateBase::SetSupportData(const Eigen::MatrixXd& points, const Eigen::VectorXd& values) {
-  points_ = points;
+void SurrogateBase::SetSupportData(boost::shared_ptr<const Eigen::MatrixXd> points,
+                                   const Eigen::VectorXd& values) {
+  points_ = std::move(points);
   values_ = values;
 }
 
+void SurrogateBase::SetSupportData(const Eigen::MatrixXd& points, const Eigen::VectorXd& values) {
+  SetSupportData(boost::make_shared<Eigen::MatrixXd>(points), values);
+}
+
 Eigen::MatrixXd SurrogateBase::TransformedPoints() {
-  Eigen::MatrixXd points = points_;
+  Eigen::MatrixXd points = *points_;
   if (trans_coord_) {
     trans_coord_ = BuiltCopy(*trans_coord_, points);
     if (!trans_coord_->NeedBuild()) trans_coord_->ForwardInPlace(points);
@@ -119,7 +131,7 @@ Eigen::VectorXd SurrogateBase::TransformedValues() {
 }
 
 Eigen::MatrixXd SurrogateBase::PreviewTransformedPoints() const {
-  Eigen::MatrixXd points = points_;
+  Eigen::MatrixXd points = *points_;
   if (trans_coord_) {
     const auto built = BuiltCopy(*trans_coord_, points);
     if (!built->NeedBuild()) built->ForwardInPlace(points);
@@ -171,7 +183,7 @@ void SurrogateBase::RequireSameSupport() const {
 }
 
 void SurrogateBase::RequireValues() const {
-  if (points_.size() == 0 || values_.size() == 0)
+  if (points_->size() == 0 || values_.size() == 0)
     throw std::logic_error("Surrogate: support point data is missing");
 }
 
@@ -249,7 +261,7 @@ bool SurrogateBase::CheckAvailable(const boost::shared_ptr<utils::log::LogBase>&
 }
 
 bool SurrogateBase::Equals(const SurrogateBase& other) const {
-  return SameFigures(points_, other.points_) && SameFigures(values_, other.values_) &&
+  return SameFigures(*points_, *other.points_) && SameFigures(values_, other.values_) &&
          need_build_ == other.need_build_ && SameTransform(trans_coord_, other.trans_coord_) &&
          SameTransform(trans_value_, other.trans_value_) && SameFigures(weights_, other.weights_) &&
          SameFigures(points_trans_reduced_, other.points_trans_reduced_) &&
@@ -262,7 +274,14 @@ bool SurrogateBase::Equals(const SurrogateBase& other) const {
 
 template <class Archive>
 void SurrogateBase::serialize(Archive& ar, unsigned int version) {
-  ar& BOOST_SERIALIZATION_NVP(points_) & BOOST_SERIALIZATION_NVP(values_);
+  if constexpr (Archive::is_loading::value) {
+    const auto points = boost::make_shared<Eigen::MatrixXd>();
+    ar& boost::serialization::make_nvp("points_", *points);
+    points_ = points;
+  } else {
+    ar& boost::serialization::make_nvp("points_", *points_);
+  }
+  ar& BOOST_SERIALIZATION_NVP(values_);
   if (version >= 2) {
     ar& BOOST_SERIALIZATION_NVP(points_trans_reduced_);
     ar& BOOST_SERIALIZATION_NVP(residuals_);

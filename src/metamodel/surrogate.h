@@ -34,7 +34,7 @@ class SurrogateBase {
   virtual bool IsSolvable() const = 0;
   virtual bool IsBuilt() const = 0;
   /// Predictions at the N support points.
-  virtual Eigen::VectorXd ApproximateSupportPoints() const { return Approximate(points_); }
+  virtual Eigen::VectorXd ApproximateSupportPoints() const { return Approximate(*points_); }
   /// Predictions at the rows of `points` (n x m): n values. NaN is a legal prediction.
   virtual Eigen::VectorXd Approximate(const ConstPoints& points) const = 0;
   /// Prediction of each support point without itself.
@@ -55,7 +55,7 @@ class SurrogateBase {
   /// One line on the model; here the names of its transforms.
   virtual std::wstring GetDescription() const;
   virtual const Eigen::VectorXd& GetValues() const { return values_; }
-  virtual const Eigen::MatrixXd& GetPoints() const { return points_; }
+  virtual const Eigen::MatrixXd& GetPoints() const { return *points_; }
   /// Which inputs the model uses: m bits.
   virtual BitVector GetVariableSelection() const;
   virtual std::uint64_t GetNumberCoefficients() const;  ///< as that of the settings
@@ -106,7 +106,9 @@ class SurrogateBase {
   void SetLimitTransform(transform::TransformType type, const std::vector<double>& parameters);
 
   /// Takes other support data and changes nothing else: for stored models whose support data were
-  /// left out of the file.
+  /// left out of the file. `points` is not null.
+  void SetSupportData(boost::shared_ptr<const Eigen::MatrixXd> points,
+                      const Eigen::VectorXd& values);
   void SetSupportData(const Eigen::MatrixXd& points, const Eigen::VectorXd& values);
 
   /// The support points (N x r) in transformed coordinates, without unused inputs; empty before a
@@ -138,8 +140,8 @@ class SurrogateBase {
   /// cross-validation: these operations then refuse in its name. Null where a family overrides them.
   virtual const char* GetClassWithoutSettings() const { return nullptr; }
 
-  Eigen::Index GetNumberPoints() const { return points_.rows(); }
-  Eigen::Index GetNumberInputs() const { return points_.cols(); }
+  Eigen::Index GetNumberPoints() const { return points_->rows(); }
+  Eigen::Index GetNumberInputs() const { return points_->cols(); }
 
   /// Build the transforms on the support data and return these data transformed. A copy of a model
   /// shares its transforms: so a build never touches an installed transform, it installs a new one.
@@ -183,11 +185,11 @@ class SurrogateBase {
     if (interruption_point_) interruption_point_();
   }
 
-  Eigen::MatrixXd points_;                ///< N x m
-  Eigen::VectorXd values_;                ///< N
-  Eigen::MatrixXd points_trans_reduced_;  ///< N x r: transformed, unused inputs dropped
-  Eigen::VectorXd residuals_;             ///< 0 or N: value minus prediction without the point
-  IndexVector subsets_;                   ///< 0 or N
+  boost::shared_ptr<const Eigen::MatrixXd> points_;  ///< N x m; models of a project share them
+  Eigen::VectorXd values_;                           ///< N
+  Eigen::MatrixXd points_trans_reduced_;             ///< N x r: transformed, unused inputs dropped
+  Eigen::VectorXd residuals_;  ///< 0 or N: value minus prediction without the point
+  IndexVector subsets_;        ///< 0 or N
   Eigen::MatrixXd single_cops_;
   bool need_build_ = true;
   std::function<void()> interruption_point_;

@@ -90,11 +90,11 @@ Eigen::MatrixXd SurrogateBase::ApproximateErrors(const ConstPoints& points) cons
 
 Eigen::MatrixXd SurrogateBase::ApproximateGradients(const ConstPoints& points) const {
   RequireInputs(points.cols());
-  if (points_.rows() == 0) throw std::logic_error("Surrogate: support point data is missing");
+  if (points_->rows() == 0) throw std::logic_error("Surrogate: support point data is missing");
   constexpr double kRelativeStep = 0.0001;  // of the range of the support points
   const BitVector selection = GetVariableSelection();
   Eigen::VectorXd steps =
-      (points_.colwise().maxCoeff() - points_.colwise().minCoeff()) * kRelativeStep;
+      (points_->colwise().maxCoeff() - points_->colwise().minCoeff()) * kRelativeStep;
   for (Eigen::Index j = 0; j < steps.size(); ++j)
     if (!selection.at(static_cast<std::size_t>(j))) steps(j) = 0.0;
   return CentralDifferences([this](const ConstPoints& x) { return Approximate(x); }, points, steps);

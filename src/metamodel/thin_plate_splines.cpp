@@ -87,7 +87,7 @@ bool SurrogateTPS::IsBuilt() const {
 bool SurrogateTPS::Build() {
   if (!need_build_ && !NeedsBuild(trans_coord_)) return true;
   residuals_.resize(0);
-  RequireValuePerPoint(points_, values_);
+  RequireValuePerPoint(*points_, values_);
   const Eigen::MatrixXd scaled_points = TransformedPoints().transpose();
   const auto factors = Factorise(scaled_points);
   Eigen::VectorXd right_side = Eigen::VectorXd::Zero(factors.rows());
@@ -100,7 +100,7 @@ bool SurrogateTPS::Build() {
 
 bool SurrogateTPS::IsSolvable() const {
   try {
-    RequireValuePerPoint(points_, values_);
+    RequireValuePerPoint(*points_, values_);
     Factorise(PreviewTransformedPoints().transpose());
     return true;
   } catch (const std::bad_alloc&) {

@@ -16,8 +16,7 @@
 namespace corvath {
 
 void load_construct_data(portable_binary_iarchive& ar, zel::ZELSolver* solver, unsigned int) {
-  ::new (static_cast<void*>(solver)) zel::ZELSolver(/*allow_missing_models=*/true);
-  ar.OnConstructed(solver, [](void* p) { delete static_cast<zel::ZELSolver*>(p); });
+  ar.Construct(solver, /*allow_missing_models=*/true);
 }
 
 }  // namespace corvath

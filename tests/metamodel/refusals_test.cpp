@@ -242,7 +242,7 @@ void ExpectPartsToAgree() {
   const auto many_weights = [](Victim& m) { m.need_build_ = true, m.weights_.setOnes(21); };
   const auto few_residuals = [](Victim& m) { m.residuals_.resize(7); };
   const auto few_groups = [](Victim& m) { m.subsets_.setZero(7); };
-  const auto no_support = [](Victim& m) { m.SetSupportData({}, {}); };
+  const auto no_support = [](Victim& m) { m.SetSupportData(Eigen::MatrixXd(), {}); };
   const auto one_missing = [](Victim& m) {
     m.SetSupportData(kPoints.topRows(19), kValues.head(19));
   };

@@ -40,7 +40,7 @@ class GivenModel : public support::StubSurrogate {
     return values_ - given_;
   }
   BitVector GetVariableSelection() const override {
-    return BitVector(static_cast<std::size_t>(points_.cols()), true);
+    return BitVector(static_cast<std::size_t>(points_->cols()), true);
   }
   GivenModel* Clone() const override { return new GivenModel(*this); }
   void SetSettings(const SurrogateSettingsBase&) override { throw std::logic_error("no settings"); }
@@ -212,7 +212,7 @@ TEST(SurrogateErrors, RefusesWhatDoesNotFit) {
   model.BuildErrors();
   model.SetSupportData(support::UniformPoints(3, 3, 1), support::UniformVector(3, 1));
   support::ExpectRefusals<utils::runtime_error>({{errors_at(3), errors_first}});
-  model.SetSupportData({}, {});
+  model.SetSupportData(Eigen::MatrixXd(), {});
   const std::string missing = "Surrogate: support point data is missing";
   support::ExpectRefusals<std::logic_error>({{[&] { model.ApproximatePrognosis(); }, missing},
                                              {[&] { model.ApproximateLeaveOneOut(); }, missing}});

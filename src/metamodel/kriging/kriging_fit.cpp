@@ -102,7 +102,7 @@ bool OrdinaryKriging::BuildOptimal(const IndexVector& subsets) {
   residuals_.resize(0);
   RequireSupportData();
   if (GetNumberPoints() == 0) return false;
-  if (!points_.allFinite() || !values_.allFinite()) {
+  if (!points_->allFinite() || !values_.allFinite()) {
     utils::log::LogLine(logger_, utils::log::kError)
         << L"Kriging: no parameters can be chosen for support points or values that are not finite "
            L"numbers.";

@@ -48,7 +48,7 @@ void OrdinaryKriging::LoadVersion0(Archive& ar) {
   // The base did not store them either; predictions rest on them.
   if (points_trans_reduced_.size() != 0 || NeedsBuild(trans_coord_)) return;
   try {
-    points_trans_reduced_ = trans_coord_ ? trans_coord_->Forward(points_) : points_;
+    points_trans_reduced_ = trans_coord_ ? trans_coord_->Forward(*points_) : *points_;
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception&) {

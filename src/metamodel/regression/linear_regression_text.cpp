@@ -46,7 +46,7 @@ std::wstring LinearRegression::GetModelFunction(const std::vector<std::wstring>&
   plain_settings.SetCoordTransform(transform::TransformType::kNone);
   plain_settings.SetValueTransform(transform::TransformType::kNone);
   plain_settings.SetLimitTransform(transform::TransformType::kNone);
-  LinearRegression plain(points_, values_, plain_settings, weights_);
+  LinearRegression plain(*points_, values_, plain_settings, weights_);
   if (!plain.Build()) return L"No valid model available";
 
   const auto m = static_cast<std::size_t>(GetNumberInputs());

@@ -6,6 +6,9 @@
 #include "metamodel/surrogate.h"
 #include "project/models/surrogate_info_container.h"
 
+#include <boost/make_shared.hpp>
+#include <boost/shared_ptr.hpp>
+
 #include <exception>
 #include <new>
 
@@ -67,7 +70,8 @@ Eigen::VectorXd ResponseValues(const std::vector<const Design*>& designs,
   return values;
 }
 
-/// The models of a project mostly share their designs and inputs: the last point matrix is kept.
+/// The models of a project mostly share their designs and inputs: the last point matrix is kept,
+/// and they share it.
 class SupportPoints {
  public:
   SupportPoints(const DesignManager& designs, const ParameterManager& parameters, InputSide side)
@@ -79,14 +83,15 @@ class SupportPoints {
     if (valid_ && ids_ == info.GetUsedHids() && names_ == names) return;
     valid_ = false;
     designs_ = manager_.FindDesigns(info.GetUsedHids());
-    points_ = InputColumns::Of(parameters_, names, side_).ToMatrix(designs_);
+    points_ = boost::make_shared<Eigen::MatrixXd>(
+        InputColumns::Of(parameters_, names, side_).ToMatrix(designs_));
     ids_ = info.GetUsedHids();
     names_ = std::move(names);
     valid_ = true;
   }
 
   const std::vector<const Design*>& GetDesigns() const { return designs_; }
-  const Eigen::MatrixXd& GetPoints() const { return points_; }
+  const boost::shared_ptr<const Eigen::MatrixXd>& GetPoints() const { return points_; }
 
  private:
   const DesignManager& manager_;
@@ -96,7 +101,7 @@ class SupportPoints {
   SurrogateInfo::HidVector ids_;
   std::vector<std::wstring> names_;
   std::vector<const Design*> designs_;
-  Eigen::MatrixXd points_;
+  boost::shared_ptr<const Eigen::MatrixXd> points_;
 };
 
 }  // namespace
@@ -105,7 +110,7 @@ void SurrogateInfoContainer::ResetSupportData() {
   for (const SurrogateInfo& info : infos_) {
     if (!info.GetSurrogate()) continue;
     if (info.HasUsedHids())
-      info.GetSurrogate()->SetSupportData({}, {});
+      info.GetSurrogate()->SetSupportData(Eigen::MatrixXd(), {});
     else
       Warn(info, L"will not reset support data for saving vrdb");
   }

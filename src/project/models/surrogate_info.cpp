@@ -116,10 +116,7 @@ void SurrogateInfo::load(Archive& ar, unsigned int version) {
   if (version == 0) {
     math::metamodel::SurrogateBase* plain = nullptr;
     ar& boost::serialization::make_nvp("surrogate_", plain);
-    // Records may point to one model; the archive's helper keeps one count for it.
-    namespace bs = boost::serialization;
-    ar.template get_helper<bs::shared_ptr_helper<boost::shared_ptr>>(bs::shared_ptr_helper_id)
-        .reset(surrogate_, plain);
+    surrogate_ = ar.Share(plain);  // records may point to one model
   } else {
     ar& BOOST_SERIALIZATION_NVP(surrogate_);
   }
