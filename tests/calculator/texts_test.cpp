@@ -1,6 +1,7 @@
 #include "calculator/builtin_macros.h"
 #include "calculator/calculator_fixture.h"
 #include "support/files.h"
+#include "support/read_value.h"
 
 #include <boost/algorithm/string/replace.hpp>
 
@@ -10,25 +11,7 @@ namespace {
 
 using corvath::math::Value;
 using corvath::utils::FromUtf8, corvath::utils::ToUtf8;
-
-/// "true", "nothing", "2.5", "[1,2]", "[[1,2],[3,4]]", "xy[0,1][5,6]" and "signal[0,1][5,6][7,8]",
-/// which has a list for each channel.
-Value ReadValue(const std::string& text) {
-  if (text == "true" || text == "false") return Value(text == "true");
-  if (text == "nothing") return Value();
-  std::vector<std::vector<support::Complex>> lists;
-  const std::regex innermost(R"(\[[^\[\]]*\])");
-  for (std::sregex_iterator list(text.begin(), text.end(), innermost), end; list != end; ++list) {
-    lists.emplace_back();
-    std::istringstream entries(list->str().substr(1));
-    for (double number; entries >> number; entries.ignore()) lists.back().emplace_back(number);
-  }
-  if (lists.empty()) return Value(std::stod(text));
-  if (text.substr(0, 2) == "[[") return support::Mat(lists);
-  if (text[0] == '[') return support::Vec(lists[0]);
-  if (text[0] == 'x') return support::XY(lists[0], lists[1]);
-  return support::Sig(lists[0], {lists.begin() + 1, lists.end()});
-}
+using support::ReadValue;
 
 class Texts : public support::CalculatorFixture {
  protected:
