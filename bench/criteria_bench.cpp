@@ -11,8 +11,8 @@
 
 #include "calculator/calculator.h"
 #include "design/criterion.h"
+#include "literature/plate_project.h"
 #include "solver/zel_solver.h"
-#include "support/plate_project.h"
 
 #include <benchmark/benchmark.h>
 
@@ -57,7 +57,7 @@ Criteria Chain(bool forward) {
 }
 
 std::unique_ptr<ZELSolver> Open(const Criteria& criteria) {
-  auto project = support::MakePlateProject();
+  auto project = literature::MakePlateProject();
   for (Design& design : project.GetDesignContainer().ModifyDesigns())
     for (const auto& [name, criterion] : criteria) design.GetCriteria().Append(name, criterion);
   auto solver = std::make_unique<ZELSolver>(false);

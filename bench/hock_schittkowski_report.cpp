@@ -9,9 +9,9 @@
 // other targets.
 
 #include "known_shortfalls.h"
-#include "optimizer/collected_run.h"
+#include "literature/collected_run.h"
+#include "literature/hock_schittkowski.h"
 #include "slsqp_yardstick.h"
-#include "whole_collection.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,22 +20,22 @@
 
 namespace {
 
-using support::CollectedProblem;
-using support::CollectedRun;
-using support::Gradients;
+using literature::CollectedProblem;
+using literature::CollectedRun;
+using literature::Gradients;
 
 struct Totals {
   int num_solved = 0, num_functions = 0, num_gradients = 0;
 
   void Add(const CollectedProblem& problem, const CollectedRun& run) {
-    num_solved += support::IsSolved(problem, run);
+    num_solved += literature::IsSolved(problem, run);
     num_functions += run.num_functions;
     num_gradients += run.num_gradients;
   }
 };
 
 void PrintRun(const CollectedProblem& problem, const CollectedRun& run) {
-  std::printf(" | %c %5d %5d %5d %9.1e %8.1e", support::IsSolved(problem, run) ? ' ' : '*',
+  std::printf(" | %c %5d %5d %5d %9.1e %8.1e", literature::IsSolved(problem, run) ? ' ' : '*',
               run.ifail, run.num_functions, run.num_gradients, run.f - problem.optimum,
               run.violation);
 }
@@ -48,19 +48,19 @@ void PrintTotals(const char* gradients, const Totals& totals, std::size_t num_pr
 /// Whether the runs end as they are known to: solved, or where the table of shortfalls says.
 bool EndsAsKnown(const CollectedProblem& problem, Gradients gradients, const CollectedRun& run) {
   const bench::KnownShortfall* const known = bench::FindShortfall(problem.number);
-  if (known == nullptr) return support::IsSolved(problem, run);
-  const CollectedRun strict = support::RunCollected(problem, gradients, 1, 1e-14);
-  return run.ifail == 0 && !support::IsSolved(problem, run) &&
+  if (known == nullptr) return literature::IsSolved(problem, run);
+  const CollectedRun strict = literature::RunCollected(problem, gradients, 1, 1e-14);
+  return run.ifail == 0 && !literature::IsSolved(problem, run) &&
          std::abs(run.f - known->f) <= known->accuracy * std::max(1.0, std::abs(known->f)) &&
          run.violation <= known->violation &&
-         support::IsSolved(problem, strict) == known->stops_early;
+         literature::IsSolved(problem, strict) == known->stops_early;
 }
 
 }  // namespace
 
 /// 1 if a problem ends otherwise than it is known to.
 int main() {
-  const auto& problems = bench::WholeCollection();
+  const auto& problems = literature::HockSchittkowski();
   std::printf(
       "W. Hock, K. Schittkowski, Test Examples for Nonlinear Programming Codes, Springer 1981\n"
       "Accuracy 1e-7, at most 500 iterations, one point per line-search trial. Solved (else *):\n"
@@ -76,16 +76,16 @@ int main() {
       reached_here = 0, reached_there = 0;
   for (std::size_t k = 0; k < problems.size(); ++k) {
     const CollectedProblem& problem = problems[k];
-    const CollectedRun exact = support::RunCollected(problem, Gradients::kAnalytic);
-    const CollectedRun differences = support::RunCollected(problem, Gradients::kCentral);
+    const CollectedRun exact = literature::RunCollected(problem, Gradients::kAnalytic);
+    const CollectedRun differences = literature::RunCollected(problem, Gradients::kCentral);
     if (!EndsAsKnown(problem, Gradients::kAnalytic, exact) ||
         !EndsAsKnown(problem, Gradients::kCentral, differences))
       surprises.push_back(problem.number);
     analytic.Add(problem, exact);
     central.Add(problem, differences);
-    num_strict +=
-        support::IsSolved(problem, support::RunCollected(problem, Gradients::kAnalytic, 1, 1e-10));
-    num_first_60 += k < 60 && support::IsSolved(problem, exact);
+    num_strict += literature::IsSolved(
+        problem, literature::RunCollected(problem, Gradients::kAnalytic, 1, 1e-10));
+    num_first_60 += k < 60 && literature::IsSolved(problem, exact);
     std::printf("%5d %2d %3d %3d", problem.number, problem.NumVariables(), problem.num_equalities,
                 problem.num_inequalities);
     PrintRun(problem, exact);

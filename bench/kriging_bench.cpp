@@ -1,8 +1,8 @@
 #include "kernel_loop_native.h"
+#include "literature/uniform_points.h"
 #include "metamodel/kriging/kernel_noise_fit.h"
 #include "metamodel/kriging/ordinary_kriging.h"
 #include "metamodel/thin_plate_splines.h"
-#include "support/points.h"
 
 #include <Eigen/Cholesky>
 #include <benchmark/benchmark.h>
@@ -26,15 +26,15 @@ OrdinaryKriging Model(KernelType type, Eigen::Index num_points) {
   settings.SetKernelParameter(
       Eigen::VectorXd::Constant(type == KernelType::kConstInflExp ? kInputs : 1, 2.0));
   settings.SetNugget(1e-3);
-  OrdinaryKriging model(support::UniformPoints(num_points, kInputs, 1),
-                        support::UniformVector(num_points, 2), settings);
+  OrdinaryKriging model(literature::UniformPoints(num_points, kInputs, 1),
+                        literature::UniformVector(num_points, 2), settings);
   if (!model.Build()) std::abort();
   return model;
 }
 
 void Predict(benchmark::State& state, KernelType type) {
   const OrdinaryKriging model = Model(type, kPoints);
-  const Eigen::MatrixXd x = support::UniformPoints(kQueries, kInputs, 3);
+  const Eigen::MatrixXd x = literature::UniformPoints(kQueries, kInputs, 3);
   for (auto _ : state) benchmark::DoNotOptimize(model.Approximate(x).eval());
 }
 BENCHMARK_CAPTURE(Predict, Isotropic, KernelType::kConstInflIsoExp)->Unit(benchmark::kMillisecond);
@@ -43,9 +43,9 @@ BENCHMARK_CAPTURE(Predict, Anisotropic, KernelType::kConstInflExp)->Unit(benchma
 /// The same sums, without transforms: over 992 of the points, a whole number of vectors.
 void PlainLoop(benchmark::State& state, bool isotropic) {
   constexpr Eigen::Index kWhole = kPoints / 32 * 32;
-  const Eigen::MatrixXd points = support::UniformPoints(kWhole, kInputs, 1);
-  const Eigen::VectorXd values = support::UniformVector(kWhole, 2);
-  const Eigen::MatrixXd x = support::UniformPoints(kQueries, kInputs, 3);
+  const Eigen::MatrixXd points = literature::UniformPoints(kWhole, kInputs, 1);
+  const Eigen::VectorXd values = literature::UniformVector(kWhole, 2);
+  const Eigen::MatrixXd x = literature::UniformPoints(kQueries, kInputs, 3);
   const double factor = std::log(0.001) / 4.0;
   const Eigen::VectorXd factors = Eigen::VectorXd::Constant(kInputs, factor);
   Eigen::VectorXd sums(kQueries);
@@ -78,7 +78,7 @@ void TenGroups(benchmark::State& state) {
 BENCHMARK(TenGroups)->Unit(benchmark::kMillisecond);
 
 OrdinaryKriging FiveInputs(KernelType type) {
-  const Eigen::MatrixXd points = support::UniformPoints(kValidated, 5, 1);
+  const Eigen::MatrixXd points = literature::UniformPoints(kValidated, 5, 1);
   const Eigen::VectorXd values = (3.0 * points.rowwise().sum().array()).sin();
   OrdinaryKrigingSettings settings(5);
   settings.SetKernelType(type);
@@ -107,7 +107,7 @@ BENCHMARK_CAPTURE(Fit, Anisotropic, KernelType::kConstInflExp)->Unit(benchmark::
 void FitWithNoise(benchmark::State& state, bool is_anisotropic) {
   const OrdinaryKriging model = FiveInputs(KernelType::kConstInflIsoExp);
   const Eigen::VectorXd values =
-      model.GetValues() + 0.1 * support::UniformVector(model.GetValues().size(), 4);
+      model.GetValues() + 0.1 * literature::UniformVector(model.GetValues().size(), 4);
   for (auto _ : state)
     benchmark::DoNotOptimize(FitKernelWithNoise(model.GetPoints(), values, is_anisotropic, {}));
 }
@@ -150,9 +150,9 @@ void InverseLLT(benchmark::State& state) {
 BENCHMARK(InverseLLT)->Unit(benchmark::kMillisecond);
 
 void ThinPlates(benchmark::State& state) {
-  SurrogateTPS model(support::UniformPoints(200, 5, 1), support::UniformVector(200, 2));
+  SurrogateTPS model(literature::UniformPoints(200, 5, 1), literature::UniformVector(200, 2));
   model.Build();
-  const Eigen::MatrixXd x = support::UniformPoints(10000, 5, 3);
+  const Eigen::MatrixXd x = literature::UniformPoints(10000, 5, 3);
   for (auto _ : state) benchmark::DoNotOptimize(model.Approximate(x).eval());
 }
 BENCHMARK(ThinPlates)->Unit(benchmark::kMillisecond);

@@ -1,7 +1,7 @@
 #include "fit_loops_native.h"
+#include "literature/uniform_points.h"
 #include "metamodel/regression/linear_regression.h"
 #include "metamodel/regression/polynomial_basis.h"
-#include "support/points.h"
 
 #include <Eigen/Cholesky>
 #include <benchmark/benchmark.h>
@@ -19,15 +19,15 @@ constexpr Eigen::Index kDesigns = 1000000;
 constexpr Eigen::Index kInputs = 10;
 
 const Eigen::MatrixXd& Designs() {
-  static const Eigen::MatrixXd designs = support::UniformPoints(kDesigns, kInputs, 1);
+  static const Eigen::MatrixXd designs = literature::UniformPoints(kDesigns, kInputs, 1);
   return designs;
 }
 
 LinearRegression Model() {
   LinearRegressionSettings settings(kInputs);
   settings.SetOrder(2);
-  LinearRegression model(support::UniformPoints(200, kInputs, 2), support::UniformVector(200, 3),
-                         settings);
+  LinearRegression model(literature::UniformPoints(200, kInputs, 2),
+                         literature::UniformVector(200, 3), settings);
   model.Build();
   return model;
 }
@@ -85,8 +85,8 @@ LinearRegressionSettings Quadratic() {
 }
 
 void BM_LinearRegression_Fit(benchmark::State& state) {
-  const Eigen::MatrixXd points = support::UniformPoints(kFitted, kInputs, 2);
-  const Eigen::VectorXd values = support::UniformVector(kFitted, 3);
+  const Eigen::MatrixXd points = literature::UniformPoints(kFitted, kInputs, 2);
+  const Eigen::VectorXd values = literature::UniformVector(kFitted, 3);
   const LinearRegressionSettings settings = Quadratic();
   for (auto _ : state) {
     LinearRegression model(points, values, settings);
@@ -99,8 +99,8 @@ void BM_LinearRegression_Fit(benchmark::State& state) {
 template <class Solve>
 void Fit(benchmark::State& state, const Solve& solve) {
   using corvath::math::metamodel::BuildRegressionMatrix;
-  const Eigen::MatrixXd points = support::UniformPoints(kFitted, kInputs, 2);
-  const Eigen::VectorXd values = support::UniformVector(kFitted, 3);
+  const Eigen::MatrixXd points = literature::UniformPoints(kFitted, kInputs, 2);
+  const Eigen::VectorXd values = literature::UniformVector(kFitted, 3);
   const LinearRegressionSettings settings = Quadratic();
   Eigen::VectorXd coefficients;
   for (auto _ : state) {

@@ -1,8 +1,8 @@
 #include "fit_loops_native.h"
+#include "literature/uniform_points.h"
 #include "metamodel/kernels/kernel_block.h"
 #include "metamodel/kernels/kernels_constant.h"
 #include "metamodel/moving_least_squares/moving_least_squares.h"
-#include "support/points.h"
 
 #include <Eigen/Cholesky>
 #include <benchmark/benchmark.h>
@@ -22,9 +22,9 @@ constexpr Eigen::Index kQueries = 10000;
 constexpr Eigen::Index kTerms = kInputs + 1;
 
 struct Data {
-  Eigen::MatrixXd points = support::UniformPoints(kPoints, kInputs, 1);
+  Eigen::MatrixXd points = literature::UniformPoints(kPoints, kInputs, 1);
   Eigen::VectorXd values = points.rowwise().sum().array().sin();
-  Eigen::MatrixXd queries = support::UniformPoints(kQueries, kInputs, 2);
+  Eigen::MatrixXd queries = literature::UniformPoints(kQueries, kInputs, 2);
   Eigen::VectorXd radius = Eigen::VectorXd::Constant(1, 1.5);
 };
 

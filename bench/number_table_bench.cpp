@@ -1,6 +1,6 @@
 #include "calculator/calculator.h"
 #include "foundation/text.h"
-#include "support/temporary_directory.h"
+#include "scratch_file.h"
 
 #include <benchmark/benchmark.h>
 
@@ -20,9 +20,8 @@ constexpr std::size_t kSize = 50000000;
 
 /// Rows of eight numbers as "%.9g" writes them; an ascending one first.
 const std::string& TableFile() {
-  static const support::TemporaryDirectory folder;
-  static const std::string file = [] {
-    const std::string path = folder.File("table.txt");
+  static const bench::ScratchFile file;
+  static const std::string path = [] {
     std::string text = "t, x1, x2, x3, x4, x5, x6, x7\n";
     char number[32];
     for (int row = 0; text.size() < kSize; ++row) {
@@ -34,10 +33,10 @@ const std::string& TableFile() {
       }
       text += '\n';
     }
-    support::WriteFile(path, text);
-    return path;
+    file.Write(text);
+    return file.Path();
   }();
-  return file;
+  return path;
 }
 
 struct Bytes {

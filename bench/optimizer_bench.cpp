@@ -1,8 +1,8 @@
-#include "optimizer/collected_run.h"
+#include "literature/collected_run.h"
+#include "literature/hock_schittkowski.h"
 #include "optimizer/dual_active_set.h"
 #include "optimizer/qp_solver.h"
 #include "slsqp_yardstick.h"
-#include "whole_collection.h"
 
 #include <Eigen/Dense>
 #include <benchmark/benchmark.h>
@@ -106,8 +106,9 @@ void BM_CollectionSolved(benchmark::State& state) {
   int num_iterations = 0;
   for (auto _ : state) {
     num_iterations = 0;
-    for (const auto& problem : bench::WholeCollection())
-      num_iterations += support::RunCollected(problem, support::Gradients::kAnalytic).num_gradients;
+    for (const auto& problem : literature::HockSchittkowski())
+      num_iterations +=
+          literature::RunCollected(problem, literature::Gradients::kAnalytic).num_gradients;
   }
   state.counters["per_iteration"] = benchmark::Counter(
       num_iterations, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
@@ -116,31 +117,31 @@ void BM_CollectionSolved(benchmark::State& state) {
 void BM_CollectionCalls(benchmark::State& state) {
   int num_iterations = 0;
   std::vector<int> num_calls;
-  for (const auto& problem : bench::WholeCollection()) {
-    const auto run = support::RunCollected(problem, support::Gradients::kAnalytic);
+  for (const auto& problem : literature::HockSchittkowski()) {
+    const auto run = literature::RunCollected(problem, literature::Gradients::kAnalytic);
     num_calls.push_back(run.num_functions + run.num_gradients);
     num_iterations += run.num_gradients;
   }
-  support::Dual g[support::kMaxConstraints + 1];
+  literature::Dual g[literature::kMaxConstraints + 1];
   for (auto _ : state)
     for (std::size_t k = 0; k < num_calls.size(); ++k)
       for (int call = 0; call < num_calls[k]; ++call) {
-        const auto& problem = bench::WholeCollection()[k];
-        benchmark::DoNotOptimize(support::EvaluateAt(problem, problem.start.data(), g));
+        const auto& problem = literature::HockSchittkowski()[k];
+        benchmark::DoNotOptimize(literature::EvaluateAt(problem, problem.start.data(), g));
       }
   state.counters["per_iteration"] = benchmark::Counter(
       num_iterations, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 /// The problems that both codes bring to the published optimum: one that fails may take any time.
-const std::vector<support::CollectedProblem>& SolvedByBoth() {
-  static const std::vector<support::CollectedProblem> problems = [] {
-    std::vector<support::CollectedProblem> both;
-    for (const auto& problem : bench::WholeCollection()) {
-      const auto own = support::RunCollected(problem, support::Gradients::kAnalytic);
+const std::vector<literature::CollectedProblem>& SolvedByBoth() {
+  static const std::vector<literature::CollectedProblem> problems = [] {
+    std::vector<literature::CollectedProblem> both;
+    for (const auto& problem : literature::HockSchittkowski()) {
+      const auto own = literature::RunCollected(problem, literature::Gradients::kAnalytic);
       const auto other = bench::RunYardstick(problem);
-      if (support::MeetsTarget(problem, own.f, own.violation) &&
-          support::MeetsTarget(problem, other.f, other.violation))
+      if (literature::MeetsTarget(problem, own.f, own.violation) &&
+          literature::MeetsTarget(problem, other.f, other.violation))
         both.push_back(problem);
     }
     return both;
@@ -152,7 +153,8 @@ void BM_CollectionBoth(benchmark::State& state) {
   if (!bench::HasYardstick()) return state.SkipWithError("built without NLopt");
   for (auto _ : state)
     for (const auto& problem : SolvedByBoth())
-      benchmark::DoNotOptimize(support::RunCollected(problem, support::Gradients::kAnalytic).f);
+      benchmark::DoNotOptimize(
+          literature::RunCollected(problem, literature::Gradients::kAnalytic).f);
   state.counters["problems"] = static_cast<double>(SolvedByBoth().size());
 }
 

@@ -17,8 +17,8 @@
 #include "metamodel/surrogate.h"
 #include "project/file/project_file.h"
 #include "project/models/surrogate_info_container.h"
+#include "scratch_file.h"
 #include "solver/zel_solver.h"
-#include "support/temporary_directory.h"
 #include "wide_project.h"
 #include "zelsolver/zelsolver.h"
 
@@ -98,12 +98,12 @@ class Files {
 
  private:
   Files() {
-    matrices = directory_.File("matrices.vrdb");
-    designs = directory_.File("designs.vrdb");
+    matrices = files_[0].Path();
+    designs = files_[1].Path();
     SaveProjectFile(bench::MakeWideProject(1000, 20, 54), matrices);
     SaveProjectFile(bench::MakeWideProject(10000, 50, 1), designs);
   }
-  support::TemporaryDirectory directory_;
+  bench::ScratchFile files_[2];
 };
 
 void BM_Solve(benchmark::State& state) {

@@ -1,6 +1,6 @@
 #include "slsqp_yardstick.h"
 
-#include "optimizer/collected_run.h"
+#include "literature/collected_run.h"
 
 #ifdef ZEL_BENCH_NLOPT
 
@@ -13,8 +13,8 @@
 namespace bench {
 namespace {
 
-using support::CollectedProblem;
-using support::Dual;
+using literature::CollectedProblem;
+using literature::Dual;
 
 /// Objective and constraints are asked for apart, at the same point: they are evaluated once.
 struct Client {
@@ -22,16 +22,16 @@ struct Client {
 
   const CollectedProblem& problem;
   YardstickRun run;
-  std::array<double, support::kMaxVariables> at{};
+  std::array<double, literature::kMaxVariables> at{};
   bool is_known = false;
   Dual f;
-  Dual g[support::kMaxConstraints + 1];
+  Dual g[literature::kMaxConstraints + 1];
 
   void Evaluate(unsigned n, const double* x) {
     if (is_known && std::equal(x, x + n, at.begin())) return;
     is_known = true;
     std::copy_n(x, n, at.begin());
-    f = support::EvaluateAt(problem, x, g);
+    f = literature::EvaluateAt(problem, x, g);
   }
 };
 
@@ -41,10 +41,10 @@ double Objective(unsigned n, const double* x, double* gradient, void* data) {
   client.Evaluate(n, x);
   if (gradient != nullptr) std::copy_n(client.f.slope.begin(), n, gradient);
   ++client.run.num_calls;
-  double values[support::kMaxConstraints];
+  double values[literature::kMaxConstraints];
   for (int j = 0; j < problem.NumConstraints(); ++j) values[j] = client.g[j + 1].value;
   if (client.run.calls_to_target == 0 &&
-      support::MeetsTarget(problem, client.f.value, support::Violation(problem, values)))
+      literature::MeetsTarget(problem, client.f.value, literature::Violation(problem, values)))
     client.run.calls_to_target = client.run.num_calls;
   return client.f.value;
 }
@@ -85,12 +85,12 @@ YardstickRun RunYardstick(const CollectedProblem& problem) {
   std::vector<double> x;
   for (int i = 0; i < n; ++i) {
     const double lower = problem.Lower(i), upper = problem.Upper(i);
-    if (lower > -support::kNone) nlopt_set_lower_bound(code, i, lower);
-    if (upper < support::kNone) nlopt_set_upper_bound(code, i, upper);
+    if (lower > -literature::kNone) nlopt_set_lower_bound(code, i, lower);
+    if (upper < literature::kNone) nlopt_set_upper_bound(code, i, upper);
     x.push_back(std::clamp(problem.start[static_cast<std::size_t>(i)], lower, upper));
   }
   nlopt_set_min_objective(code, Objective, &client);
-  const std::vector<double> tolerances(support::kMaxConstraints, 1e-8);
+  const std::vector<double> tolerances(literature::kMaxConstraints, 1e-8);
   if (problem.num_equalities > 0)
     nlopt_add_equality_mconstraint(code, static_cast<unsigned>(problem.num_equalities), Equalities,
                                    &client, tolerances.data());
@@ -102,11 +102,11 @@ YardstickRun RunYardstick(const CollectedProblem& problem) {
   nlopt_set_maxeval(code, 2000);
   nlopt_optimize(code, x.data(), &client.run.f);
   nlopt_destroy(code);
-  Dual g[support::kMaxConstraints + 1];
-  client.run.f = support::EvaluateAt(problem, x.data(), g).value;
-  double values[support::kMaxConstraints];
+  Dual g[literature::kMaxConstraints + 1];
+  client.run.f = literature::EvaluateAt(problem, x.data(), g).value;
+  double values[literature::kMaxConstraints];
   for (int j = 0; j < problem.NumConstraints(); ++j) values[j] = g[j + 1].value;
-  client.run.violation = support::Violation(problem, values);
+  client.run.violation = literature::Violation(problem, values);
   return client.run;
 }
 
@@ -119,7 +119,7 @@ namespace bench {
 bool HasYardstick() {
   return false;
 }
-YardstickRun RunYardstick(const support::CollectedProblem&) {
+YardstickRun RunYardstick(const literature::CollectedProblem&) {
   return {};
 }
 

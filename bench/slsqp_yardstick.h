@@ -1,6 +1,6 @@
 #pragma once
 
-#include "optimizer/hock_schittkowski.h"
+#include "literature/hock_schittkowski.h"
 
 namespace bench {
 
@@ -16,6 +16,6 @@ bool HasYardstick();
 
 /// SLSQP of D. Kraft, "A software package for sequential quadratic programming", DFVLR-FB 88-28,
 /// 1988, as NLopt carries it, with analytic gradients and tolerances of 1e-10.
-YardstickRun RunYardstick(const support::CollectedProblem& problem);
+YardstickRun RunYardstick(const literature::CollectedProblem& problem);
 
 }  // namespace bench

@@ -1,9 +1,9 @@
 #include "foundation/parallel.h"
 #include "kernel_loop_native.h"
+#include "literature/uniform_points.h"
 #include "metamodel/kriging/ordinary_kriging.h"
+#include "scratch_file.h"
 #include "study/solve/csv_solver.h"
-#include "support/points.h"
-#include "support/temporary_directory.h"
 #include "wide_project.h"
 
 #include <benchmark/benchmark.h>
@@ -29,20 +29,18 @@ constexpr Eigen::Index kInputs = 5;
 constexpr Eigen::Index kRows = 1000000;
 
 struct Files {
-  support::TemporaryDirectory directory;
-  std::string in = directory.File("in.csv");
-  std::string out = directory.File("out.csv");
+  bench::ScratchFile in, out;
 
   Files() {
     std::string text = "x0,x1,x2,x3,x4\n";
-    const Eigen::MatrixXd x = support::UniformPoints(kRows, kInputs, 3);
+    const Eigen::MatrixXd x = literature::UniformPoints(kRows, kInputs, 3);
     char digits[32];
     for (Eigen::Index r = 0; r < kRows; ++r)
       for (Eigen::Index j = 0; j < kInputs; ++j) {
         text.append(digits, std::to_chars(digits, digits + sizeof digits, x(r, j)).ptr);
         text += j + 1 < kInputs ? ',' : '\n';
       }
-    support::WriteFile(in, text);
+    in.Write(text);
   }
   static const Files& Get() {
     static const Files files;
@@ -52,8 +50,8 @@ struct Files {
 
 void SolveTable(benchmark::State& state) {
   const Files& files = Files::Get();
-  const Eigen::MatrixXd points = support::UniformPoints(kPoints, kInputs, 1);
-  const Eigen::VectorXd values = support::UniformVector(kPoints, 2);
+  const Eigen::MatrixXd points = literature::UniformPoints(kPoints, kInputs, 1);
+  const Eigen::VectorXd values = literature::UniformVector(kPoints, 2);
   OrdinaryKrigingSettings settings(kInputs);
   settings.SetKernelType(KernelType::kConstInflExp);
   settings.SetKernelParameter(Eigen::VectorXd::Constant(kInputs, 2.0));
@@ -62,8 +60,8 @@ void SolveTable(benchmark::State& state) {
   if (!model->Build()) std::abort();
   const Project project = Project::FromTraining(bench::MakeProject(points, values, {model}));
   CsvSolveRequest request;
-  request.in = files.in;
-  request.out = files.out;
+  request.in = files.in.Path();
+  request.out = files.out.Path();
   request.extrapolate = true;
   corvath::utils::SetNumThreads(static_cast<std::size_t>(state.range(0)));
   for (auto _ : state)
@@ -79,16 +77,16 @@ void SolveTable_Loop(benchmark::State& state) {
   constexpr std::size_t kChunk = 1 << 16;
   constexpr Eigen::Index kBlock = 1024;
   const Files& files = Files::Get();
-  const Eigen::MatrixXd points = support::UniformPoints(kPoints, kInputs, 1);
-  const Eigen::VectorXd weights = support::UniformVector(kPoints, 2);
+  const Eigen::MatrixXd points = literature::UniformPoints(kPoints, kInputs, 1);
+  const Eigen::VectorXd weights = literature::UniformVector(kPoints, 2);
   const Eigen::VectorXd factors = Eigen::VectorXd::Constant(kInputs, std::log(0.001) / 4.0);
   Eigen::MatrixXd x(kBlock, kInputs);
   Eigen::VectorXd sums(kBlock);
   std::string text;
   std::string result;
   for (auto _ : state) {
-    const File in(std::fopen(files.in.c_str(), "rb"), std::fclose);
-    const File out(std::fopen(files.out.c_str(), "wb"), std::fclose);
+    const File in(std::fopen(files.in.Path().c_str(), "rb"), std::fclose);
+    const File out(std::fopen(files.out.Path().c_str(), "wb"), std::fclose);
     std::size_t at = 15;  // behind the header
     Eigen::Index row = 0;
     text.clear();

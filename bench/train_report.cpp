@@ -7,8 +7,8 @@
 // beside that of the best candidate in hindsight, and the time. An asterisk
 // marks a difference of 0.05 or more, and a ratio above 1.25.
 
-#include "all_published_functions.h"
-#include "support/hindsight.h"
+#include "literature/hindsight.h"
+#include "literature/published_functions.h"
 #include "training/model_competition.h"
 
 #include <chrono>
@@ -26,28 +26,28 @@ struct Counts {
   int all = 0;
 };
 
-void Report(const support::PublishedFunction& function, Eigen::Index n, std::uint32_t seed,
+void Report(const literature::PublishedFunction& function, Eigen::Index n, std::uint32_t seed,
             Counts& counts) {
   const TrainSettings settings;
-  const support::Sample sample = support::LatinHypercubeSample(function, n, seed);
+  const literature::Sample sample = literature::LatinHypercubeSample(function, n, seed);
   const ResponseData data =
       MakeResponseData(sample.points, sample.values, settings.num_groups, settings.seed);
   const auto begin = std::chrono::steady_clock::now();
   const ChosenModel chosen = RunCompetition(data, settings, [](const std::wstring&, double) {});
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
-  const support::Hindsight hindsight = support::LookBack(function, chosen, data, seed + 1000);
+  const literature::Hindsight hindsight = literature::LookBack(function, chosen, data, seed + 1000);
   const double difference = chosen.GetCoP() - hindsight.determination;
   ++counts.all;
-  counts.honest += support::IsHonest(difference);
-  counts.well_chosen += support::IsWellChosen(hindsight.ratio);
+  counts.honest += literature::IsHonest(difference);
+  counts.well_chosen += literature::IsWellChosen(hindsight.ratio);
   std::printf("%-13s %3lld %5.3g %5zu  %-57ls %3llu  %6.4f %6.4f %+7.4f%c %6.3f  %5.2f%c %6.2f s\n",
               function.name.c_str(), static_cast<long long>(sample.points.cols()), function.noise,
               chosen.tried.size(), chosen.text.c_str(),
               static_cast<unsigned long long>(
                   corvath::math::metamodel::CountBits(chosen.model->GetVariableSelection())),
               chosen.GetCoP(), hindsight.determination, difference,
-              support::IsHonest(difference) ? ' ' : '*', chosen.GetRawCoP(), hindsight.ratio,
-              support::IsWellChosen(hindsight.ratio) ? ' ' : '*', time.count());
+              literature::IsHonest(difference) ? ' ' : '*', chosen.GetRawCoP(), hindsight.ratio,
+              literature::IsWellChosen(hindsight.ratio) ? ' ' : '*', time.count());
   std::fflush(stdout);
 }
 
@@ -62,7 +62,7 @@ int main(int argc, char** argv) {
       "time\n",
       "model");
   for (long seed = 1; seed <= num_seeds; ++seed)
-    for (const support::PublishedFunction& function : bench::AllPublishedFunctions())
+    for (const literature::PublishedFunction& function : literature::PublishedFunctions())
       Report(function, n, static_cast<std::uint32_t>(seed), counts);
   std::printf(
       "Of %d: CoP within 0.05 of the share explained on fresh points: %d; error within 1.25 "

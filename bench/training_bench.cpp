@@ -1,4 +1,4 @@
-#include "all_published_functions.h"
+#include "literature/published_functions.h"
 #include "training/model_competition.h"
 
 #include <benchmark/benchmark.h>
@@ -20,10 +20,10 @@ using Clock = std::chrono::steady_clock;
 constexpr Eigen::Index kNumDesigns = 200;
 
 ResponseData MakeData(const std::string& name) {
-  const auto& functions = bench::AllPublishedFunctions();
+  const auto& functions = literature::PublishedFunctions();
   const auto function = std::find_if(functions.begin(), functions.end(),
                                      [&](const auto& candidate) { return candidate.name == name; });
-  const support::Sample sample = support::LatinHypercubeSample(*function, kNumDesigns, 1);
+  const literature::Sample sample = literature::LatinHypercubeSample(*function, kNumDesigns, 1);
   const TrainSettings settings;
   return MakeResponseData(sample.points, sample.values, settings.num_groups, settings.seed);
 }

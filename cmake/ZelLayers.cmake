@@ -83,7 +83,7 @@ endfunction()
 function(zel_test name)
   cmake_parse_arguments(ARG "UNGROUPED" "" "SOURCES;LAYERS;LIBRARIES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
-  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests ${CMAKE_SOURCE_DIR})
   zel_link_layers(${name} ${ARG_LAYERS})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main
     zel_warnings)

@@ -7,10 +7,10 @@
 #include "design/designs/design_manager.h"
 #include "design/parameters/parameter_manager.h"
 #include "design/parameters/random_conversion.h"
+#include "literature/plate_project.h"
 #include "project/file/project_file.h"
 #include "seeds.h"
 #include "stochastics/rv_factory.h"
-#include "support/plate_project.h"
 #include "support/values.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -39,7 +39,7 @@ using corvath::algorithm::datatypes::VRDB;
 
 /// The project with few designs, so that an input is short.
 VRDB MakeProject(std::size_t num_designs) {
-  VRDB project = support::MakePlateProject();
+  VRDB project = literature::MakePlateProject();
   std::vector<Design>& designs = project.GetDesignContainer().ModifyDesigns();
   designs.resize(num_designs);
   return project;

@@ -1,8 +1,8 @@
 #include "analysis/function_model.h"
 #include "analysis/progress.h"
 #include "analysis/project_model.h"
+#include "literature/plate_project.h"
 #include "metamodel/local_errors.h"
-#include "support/plate_project.h"
 #include "support/testing.h"
 
 #include <boost/make_shared.hpp>
@@ -15,7 +15,7 @@ using algorithm::datatypes::Criterion, algorithm::datatypes::CriterionDescriptio
 
 boost::shared_ptr<zel::ZELSolver> OpenPlate() {
   auto solver = boost::make_shared<zel::ZELSolver>(/*allow_missing_models=*/false);
-  solver->GetProject() = support::MakePlateProject();
+  solver->GetProject() = literature::MakePlateProject();
   EXPECT_TRUE(solver->Initialize());
   return solver;
 }
@@ -37,7 +37,7 @@ TEST(ProjectModel, HasTheClosedFormsOfThePlate) {
   for (Eigen::Index d = 0; d < 2; ++d) {
     double sum = 0.0;
     for (std::size_t k = 0; k < 5; ++k) {
-      const double expected = support::PlateOutput(k, x(d, 0), x(d, 1), x(d, 2));
+      const double expected = literature::PlateOutput(k, x(d, 0), x(d, 1), x(d, 2));
       EXPECT_NEAR(values(d, static_cast<Eigen::Index>(k)), expected, 1e-9);
       if (k >= 2) sum += expected;
     }
@@ -47,14 +47,14 @@ TEST(ProjectModel, HasTheClosedFormsOfThePlate) {
     const Eigen::MatrixXd gradients = model.Gradients(x.row(d).transpose());
     for (std::size_t k = 0; k < 5; ++k)
       EXPECT_LT((gradients.row(static_cast<Eigen::Index>(k)) -
-                 support::PlateGradient(k, x(d, 0), x(d, 1), x(d, 2)))
+                 literature::PlateGradient(k, x(d, 0), x(d, 1), x(d, 2)))
                     .norm(),
                 1e-6);
     EXPECT_LT((gradients.row(6) + gradients.row(2)).norm(), 1e-9);
   }
   EXPECT_LT(model.StandardErrors().maxCoeff(), 1e-9);  // the models are exact
   EXPECT_EQ(model.LocalErrors(0, x).cols(), math::metamodel::kNumErrorColumns);
-  EXPECT_EQ(model.GetDesigns().inputs, support::PlateDesigns());
+  EXPECT_EQ(model.GetDesigns().inputs, literature::PlateDesigns());
   EXPECT_EQ(model.GetDesigns().numbers.back(), L"40");
   const auto& analysed = model.GetDesigns().values;
   EXPECT_LT((analysed - model.Evaluate(model.GetDesigns().inputs)).leftCols(2).norm(), 1e-6);

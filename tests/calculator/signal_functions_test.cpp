@@ -77,14 +77,6 @@ TEST_F(SignalFunctions, TextsReachTransformsPeaksAndModalMeasures) {
   Expect(L"comac(A,B)", [&](Value& r) { fn::comac(r, a, b); });
   Expect(L"sdi(A,B)", [&](Value& r) { fn::sdi(r, a, b); });
   Expect(L"modepairs(A,B,0.5)", [&](Value& r) { fn::modepairs(r, a, b, Scalar(0.5)); });
-
-  ExpectValue(L"peaks(y)", XY({1, 2, 3}, {1, 0, 1}));
-  ExpectValue(L"maxpeaks(y)", XY({1, 3}, {1, 1}));
-  ExpectValue(L"minpeaks(y)", XY({2}, {0}));
-  ExpectValue(L"magpeaks(-y)", XY({1, 3}, {1, 1}));
-  ExpectValue(L"maxpeaks(y,2.5)", XY({1}, {1}));  // 2.5 + 0.5 is 3
-  ExpectValue(L"maxpeaks(T,1,3.5,1)", XY({2}, {4}));
-  ExpectValue(L"peaks(y,1,-1,0.5,2)", XY({1, 2}, {1, 0}));
 }
 
 TEST_F(SignalFunctions, WrongArgumentsAreNamedByTheirPlace) {
@@ -121,43 +113,7 @@ TEST_F(SignalFunctions, WrongArgumentsAreNamedByTheirPlace) {
     }
 }
 
-TEST_F(SignalFunctions, RefusalsStandAtTheFunction) {
-  const std::string run = ",LINEAR,0,0,ZERO,ZERO,false)";
-  const std::pair<std::string, std::string> cases[] = {
-      {"1+fft(1)", "fft: Input object of wrong type. Time signal expected.@2"},
-      {"fftshift(signal([1,2],[1,2]))", "fftshift: Input signal must start at 0.@0"},
-      {"fft(T,1)", "Wrong number of arguments provided to fft@0"},
-      {"saeFilter(T,0.6" + run,
-       "Cutoff frequency cf out of range. Must fulfill 0.0 < cf < '0.500000' .@0"},
-      {"butterworthFilter(T,0.1,1e10,0" + run, "bad numeric conversion: positive overflow"},
-      {"derive(T,2)", "Unknown difference type. Please only use FORWARD or BACKWARD.@0"},
-      {"integrate(T,-1)", "Unknown type. Please only use FORWARD or BACKWARD.@0"},
-      {"area(T,0,9)", "Bounds out of signal range.@0"},
-      {"powmean(T,0)", "Real input object and positive exponent expected.@0"},
-      {"powmean(T,-1)", "bad numeric conversion: negative overflow"},
-      {"rmsdev(T,S)", "rmsDev: Inputs need the same number of channels.@0"},
-      {"interpolate(T,0)", "Interpolation increment of size zero detected.@0"},
-      {"linspace(0,1,-1)", "bad numeric conversion: negative overflow"},
-      {"sort(A)", "Sort operation not defined for matrix type@0"},
-      {"modepairs(A,B,i)", "modepairs: Limit must be a real scalar.@0"},
-      {"magpeaks((y[(1)(2)]))", "Argument wrong in function magpeaks@0"},
-      {"1+peaks(y,1,2,3,4,5)", "Too many arguments in function peaks@2"},
-      {"peaks(y,3e9)", "bad numeric conversion: positive overflow"},
-      {"peaks(y,1,0,0,-2)", "bad numeric conversion: negative overflow"},
-      {"peaks(y,nan)", "bad numeric conversion: overflow"},
-      {"calculate(1)", "Wrong argument type. Quoted string expected.@0"},
-      {"1+read(A)", "Wrong argument type. Quoted string expected.@2"},
-  };
-  for (const auto& [text, expected] : cases) EXPECT_EQ(Failure(FromUtf8(text)), expected) << text;
-}
-
-TEST_F(SignalFunctions, ReadAndCalculateTables) {
-  ExpectValue(L"calculate(\"1 2 3\")", Scalar(123));  // blanks do not count in any text
-  ExpectValue(L"calculate(\"1;2,3\")", Vec({1, 2, 3}));
-  ExpectValue(L"calculate(\"0;5\n1;6\")", XY({0, 1}, {5, 6}));
-  ExpectValue(L"calculate(\"x\")", Value());
-  ExpectValue(L"isinitialized(calculate(\"x\"))", Value(false));
-
+TEST_F(SignalFunctions, ReadTables) {
   const support::TemporaryDirectory folder;
   const auto read = [&](const std::string& file, const std::string& skipped = "") {
     return "read(\"" + folder.File(file) + "\"" + skipped + ")";

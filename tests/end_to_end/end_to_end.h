@@ -1,7 +1,7 @@
 #pragma once
 
+#include "literature/plate_formulas.h"
 #include "support/files.h"
-#include "support/plate_formulas.h"
 #include "support/testing.h"
 #include "zelsolver/zelsolver.h"
 
@@ -14,7 +14,7 @@ inline std::string Project(const std::string& name = "plate.vrdb") {
   return TEST_PROJECTS + name;
 }
 
-using support::PlateOutput;
+using literature::PlateOutput;
 
 constexpr unsigned int kInputs = 3;
 constexpr unsigned int kOutputs = 5;

@@ -1,15 +1,15 @@
+#include "literature/plate_project.h"
 #include "project/file/project_file.h"
-#include "support/plate_project.h"
 
 namespace {
 
 using corvath::algorithm::datatypes::SaveProjectFile, corvath::algorithm::datatypes::VRDB;
-using support::MakePlateProject;
+using literature::MakePlateProject;
 
 /// The project with the models of `keep` alone.
 VRDB WithModels(const std::vector<std::wstring>& keep) {
   VRDB project = MakePlateProject();
-  support::KeepModels(project, keep);
+  literature::KeepModels(project, keep);
   return project;
 }
 
@@ -23,7 +23,7 @@ int main(int argc, char** argv) {
   SaveProjectFile(WithModels({L"stress[1]"}), directory + "one_element.vrdb");
   SaveProjectFile(WithModels({}), directory + "no_models.vrdb");
   VRDB without_mass = MakePlateProject();
-  support::SetModel(without_mass, L"mass", nullptr);
+  literature::SetModel(without_mass, L"mass", nullptr);
   SaveProjectFile(without_mass, directory + "missing_model.vrdb");
   SaveProjectFile(MakePlateProject(), directory + "zel_tenbar.vrdb");
   SaveProjectFile(MakePlateProject(), directory + "Tr\xc3\xa4ger \xe6\xa2\x81.vrdb");

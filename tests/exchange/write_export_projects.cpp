@@ -1,3 +1,4 @@
+#include "literature/plate_project.h"
 #include "metamodel/factories.h"
 #include "metamodel/kriging/ordinary_kriging.h"
 #include "metamodel/moving_least_squares/moving_least_squares.h"
@@ -6,7 +7,6 @@
 #include "project/file/project_file.h"
 #include "project/records/algorithm_info.h"
 #include "project/records/zel_information.h"
-#include "support/plate_project.h"
 #include "support/points.h"
 #include "support/values.h"
 
@@ -238,7 +238,7 @@ int main(int argc, char** argv) {
   SaveProjectFile(MakeSingleProject(), directory + "single.vrdb");
   SaveProjectFile(MakeSingularProject(), directory + "singular.vrdb");
   SaveProjectFile(MakeHostileProject(), directory + "hostile.vrdb");
-  VRDB missing = support::MakePlateProject();
-  support::SetModel(missing, L"mass", nullptr);
+  VRDB missing = literature::MakePlateProject();
+  literature::SetModel(missing, L"mass", nullptr);
   SaveProjectFile(missing, directory + "missing.vrdb");
 }

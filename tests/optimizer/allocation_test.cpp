@@ -1,4 +1,4 @@
-#include "optimizer/collected_run.h"
+#include "literature/collected_run.h"
 #include "support/allocations.h"
 #include "support/testing.h"
 
@@ -13,14 +13,14 @@ TEST(NLPQLP, AllocatesNothingInAStep) {
 
   long in_steps = 0, num_steps = 0;
   for (const int num_parallel : {1, 4})
-    for (const support::CollectedProblem& problem : support::HockSchittkowski())
-      support::RunCollected(problem, support::Gradients::kAnalytic, num_parallel, 1e-7,
-                            [&](NLPQLPInterface& core) {
-                              const long at = num_allocations;
-                              core.Step();
-                              in_steps += num_allocations - at;
-                              ++num_steps;
-                            });
+    for (const literature::CollectedProblem& problem : literature::ChosenHockSchittkowski())
+      literature::RunCollected(problem, literature::Gradients::kAnalytic, num_parallel, 1e-7,
+                               [&](NLPQLPInterface& core) {
+                                 const long at = num_allocations;
+                                 core.Step();
+                                 in_steps += num_allocations - at;
+                                 ++num_steps;
+                               });
   EXPECT_GT(num_steps, 1000);
   EXPECT_EQ(in_steps, 0);
 }

@@ -1,8 +1,8 @@
 #include "optimizer/optimizer_nlpqlp.h"
 
 #include "foundation/exception.h"
+#include "literature/hock_schittkowski.h"
 #include "optimizer/gradient_estimate.h"
-#include "optimizer/hock_schittkowski.h"
 #include "optimizer/stencil.h"
 #include "support/points.h"
 #include "support/testing.h"
@@ -13,7 +13,7 @@
 
 using namespace corvath::algorithm::optimizer;
 using Eigen::MatrixXd, Eigen::VectorXd, Eigen::RowVectorXd;
-using support::Dual;
+using literature::Dual;
 using Optimizer = corvath::algorithm::optimizer::OptimizerNLPQLP<double>;
 using Settings = corvath::algorithm::optimizer::OptimizerSettingsNLPQLP<double>;
 
@@ -29,9 +29,9 @@ constexpr NumericalDifferences kTypes[] = {kCentral, kForward, kBackward, kFiveP
 /// ones; the step of the differences is 1e-5.
 class Client {
  public:
-  explicit Client(support::CollectedProblem problem) : problem_(std::move(problem)) {}
+  explicit Client(literature::CollectedProblem problem) : problem_(std::move(problem)) {}
   explicit Client(int number) {
-    for (const auto& problem : support::HockSchittkowski())
+    for (const auto& problem : literature::ChosenHockSchittkowski())
       if (problem.number == number) problem_ = problem;
   }
 
@@ -58,7 +58,7 @@ class Client {
   /// Objective, equalities and inequalities of each design.
   MatrixXd Respond(const MatrixXd& designs) const {
     MatrixXd responses(designs.rows(), 1 + problem_.NumConstraints());
-    Dual g[1 + support::kMaxConstraints];
+    Dual g[1 + literature::kMaxConstraints];
     for (Eigen::Index row = 0; row < designs.rows(); ++row) {
       const VectorXd x = designs.row(row);
       responses(row, 0) = EvaluateAt(problem_, x.data(), g).value;
@@ -108,7 +108,7 @@ class Client {
   std::vector<MatrixXd> rounds;
 
  private:
-  support::CollectedProblem problem_;
+  literature::CollectedProblem problem_;
 };
 
 /// Objective, equalities and inequalities of the best design.
@@ -189,10 +189,10 @@ TEST(OptimizerNLPQLP, TakesFivePointsWithFailedDesigns) {
     g[1] = x[1] + (x[1] - 1.0) * (x[1] - 1.0);  // slope 1 at the start
     return x[1] * x[1] + 3.0 * x[2];
   };
-  const std::pair<support::CollectedProblem::Evaluate, double> cases[] = {{far, 1.0 - slope},
-                                                                          {near, 0.0}};
+  const std::pair<literature::CollectedProblem::Evaluate, double> cases[] = {{far, 1.0 - slope},
+                                                                             {near, 0.0}};
   for (const auto& [evaluate, x1] : cases) {
-    Client client(support::CollectedProblem{0, 0, 1, {1, 0}, {}, {}, 0, evaluate});
+    Client client(literature::CollectedProblem{0, 0, 1, {1, 0}, {}, {}, 0, evaluate});
     client.succeeds = [&](const auto& x) { return x(0) != 1.0 - 2.0 * h; };
     client.before_appraisal = [&](Optimizer& one, const MatrixXd&) {
       MatrixXd responses = client.Respond(client.rounds.back());

@@ -1,19 +1,20 @@
-#include "optimizer/collected_run.h"
+#include "literature/collected_run.h"
 #include "support/testing.h"
 
 using corvath::algorithm::optimizer::NLPQLPInterface;
-using support::Gradients;
+using literature::Gradients;
 
 namespace {
 
 TEST(NLPQLP, SolvesPublishedProblems) {
-  for (const support::CollectedProblem& problem : support::HockSchittkowski())
+  for (const literature::CollectedProblem& problem : literature::ChosenHockSchittkowski())
     for (const Gradients gradients : {Gradients::kAnalytic, Gradients::kCentral})
       for (const int num_parallel : {1, 6}) {
         // Problem 2 has a local minimum, which six points at once happen to lead to.
         if (num_parallel == 6 && problem.number == 2) continue;
-        const support::CollectedRun run = support::RunCollected(problem, gradients, num_parallel);
-        EXPECT_TRUE(support::IsSolved(problem, run))
+        const literature::CollectedRun run =
+            literature::RunCollected(problem, gradients, num_parallel);
+        EXPECT_TRUE(literature::IsSolved(problem, run))
             << "problem " << problem.number << ", " << num_parallel << " points: IFAIL "
             << run.ifail << ", f " << run.f << ", violation " << run.violation;
       }

@@ -1,12 +1,12 @@
 #include "project/records/algorithm_info.h"
 
+#include "literature/plate_project.h"
 #include "metamodel/surrogate.h"
 #include "project/records/optimization_information.h"
 #include "project/records/reliability_information.h"
 #include "project/records/systems_information.h"
 #include "project/records/zel3_information.h"
 #include "project/records/zel_information.h"
-#include "support/plate_project.h"
 #include "support/testing.h"
 
 #include <boost/make_shared.hpp>
@@ -57,7 +57,7 @@ TEST(AlgorithmInfo, TypeDecidesTheDetailedInformation) {
 }
 
 TEST(AlgorithmInfo, ACopyOwnsItsModels) {
-  VRDB project = support::MakePlateProject();
+  VRDB project = literature::MakePlateProject();
   const AlgorithmInfo& info = *project.GetAlgorithmInfo();
   const AlgorithmInfo copy(info);
   EXPECT_TRUE(info.GetDetailedInformation()->IsEqual(copy.GetDetailedInformation()));
@@ -66,9 +66,9 @@ TEST(AlgorithmInfo, ACopyOwnsItsModels) {
   EXPECT_FALSE(info.GetDetailedInformation()->IsEqual(copy.GetDetailedInformation()));
   SystemsInformation systems;
   systems.SetSamplingType(1);
-  systems.AddDesignSet(L"s").surrogate_infos_ = support::GetModels(project);
+  systems.AddDesignSet(L"s").surrogate_infos_ = literature::GetModels(project);
   systems.Clone()->ResetSupportData(project.GetDesignContainer(), project.GetParameterManager());
-  for (const auto& record : support::GetModels(project).GetSurrogateInfos())
+  for (const auto& record : literature::GetModels(project).GetSurrogateInfos())
     EXPECT_EQ(record.GetSurrogate()->GetPoints().rows(), 40);
 
   AdditionalDesignContainer additional;
@@ -119,8 +119,8 @@ TEST(DesignSet, MergesByNameAndRole) {
 }
 
 TEST(DetailedInformation, RecoversTheDesignsOfModels) {
-  VRDB project = support::MakePlateProject();
-  auto& models = support::GetModels(project);
+  VRDB project = literature::MakePlateProject();
+  auto& models = literature::GetModels(project);
   const auto ids = models.GetSurrogateInfo(L"mass").GetUsedHids();
   models.Update([](SurrogateInfo& info) { info.SetUsedHids({}); });
   const auto recover = [&](DetailedInformationBase& detail) {
@@ -140,7 +140,7 @@ TEST(DetailedInformation, RecoversTheDesignsOfModels) {
   project.GetDesignContainer().Add(twin);
   recover(systems);
   const auto& found = systems.GetDesignSet(L"s").surrogate_infos_;
-  for (const std::wstring& name : support::kPlateOutputs) {
+  for (const std::wstring& name : literature::kPlateOutputs) {
     auto expected = ids;
     expected[5] = Id(100);  // of equal designs the last
     EXPECT_EQ(found.GetSurrogateInfo(name).GetUsedHids(), expected);

@@ -1,10 +1,10 @@
 #include "project/file/project_file.h"
 
 #include "foundation/text.h"
+#include "literature/plate_project.h"
 #include "project/file/writer_lock.h"
 #include "project/vrdb.h"
 #include "support/archive_round_trip.h"
-#include "support/plate_project.h"
 #include "support/temporary_directory.h"
 #include "support/testing.h"
 
@@ -47,7 +47,7 @@ Json::Value Parse(const std::string& text) {
 TEST(ProjectFile, StartsWithMagicFlagAndHeaderText) {
   const TemporaryDirectory directory;
   const std::string path = directory.File("a b.vrdb");
-  SaveProjectFile(support::MakePlateProject(), path);
+  SaveProjectFile(literature::MakePlateProject(), path);
   const std::string bytes = ReadFile(path);
   EXPECT_EQ(bytes.substr(0, 8), std::string("VRDB\1\0\0\0", 8));
   const std::size_t length =
@@ -149,7 +149,7 @@ TEST(ProjectFile, AFailedSaveLeavesTheOldFileAndNoOther) {
   const TemporaryDirectory directory;
   const std::string path = directory.File("p.vrdb");
   WriteFile(path, "old");
-  VRDB project = support::MakePlateProject();
+  VRDB project = literature::MakePlateProject();
   project.SetMetaData(std::wstring(1, wchar_t(0xd800)), "no character");
   EXPECT_THROW(SaveProjectFile(project, path), std::domain_error);
   EXPECT_EQ(ReadFile(path), "old");

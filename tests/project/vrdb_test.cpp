@@ -1,9 +1,9 @@
 #include "project/vrdb.h"
 
+#include "literature/plate_project.h"
 #include "metamodel/surrogate.h"
 #include "project/records/reliability_information.h"
 #include "project/records/zel_information.h"
-#include "support/plate_project.h"
 #include "support/stored_form.h"
 
 #include <boost/make_shared.hpp>
@@ -83,7 +83,7 @@ double BoundAsNumber(const VRDB& project, const std::wstring& name, bool upper) 
 }
 
 TEST(VRDB, ReadsEveryClassVersionAndKeepsAllThroughAFile) {
-  Fields fields(support::MakePlateProject());
+  Fields fields(literature::MakePlateProject());
   fields.reference = Design({{L"x", CDesignEntry(3.0)}}, DesignId(77));
   fields.validated = DesignsOf(L"v", {1.0});
   fields.approximated = DesignsOf(L"a", {1.0, 2.0});
@@ -127,7 +127,7 @@ TEST(VRDB, ReadsEveryClassVersionAndKeepsAllThroughAFile) {
         const auto detail = p.GetAlgorithmInfo()->GetZELInformation();
         return detail->surrogate_infos_.GetSurrogateInfo(L"mass").GetSurrogate()->GetPoints();
       },
-      support::PlateDesigns(), Since(2));
+      literature::PlateDesigns(), Since(2));
   form.CheckReading();
   form.Expect(Load<VRDB>(Save(form.Read(14))), 14);
   for (unsigned version = 0; version <= 15; ++version)  // a newer one, too
@@ -135,8 +135,8 @@ TEST(VRDB, ReadsEveryClassVersionAndKeepsAllThroughAFile) {
 }
 
 TEST(VRDB, StoresSupportDataOnlyInTheDesigns) {
-  VRDB project = support::MakePlateProject();
-  const Eigen::MatrixXd points = support::PlateDesigns();
+  VRDB project = literature::MakePlateProject();
+  const Eigen::MatrixXd points = literature::PlateDesigns();
   const std::string column(reinterpret_cast<const char*>(points.col(0).data()),
                            static_cast<std::size_t>(points.rows()) * sizeof(double));
   const auto holds_column = [&](const std::string& bytes) {
@@ -148,23 +148,24 @@ TEST(VRDB, StoresSupportDataOnlyInTheDesigns) {
 
   // The project keeps them, and a reader has them back to the bit.
   VRDB loaded = Load<VRDB>(bytes);
-  for (const std::wstring& name : support::kPlateOutputs)
+  for (const std::wstring& name : literature::kPlateOutputs)
     for (VRDB* p : {&project, &loaded}) {
-      const auto& model = *support::GetModels(*p).GetSurrogateInfo(name).GetSurrogate();
+      const auto& model = *literature::GetModels(*p).GetSurrogateInfo(name).GetSurrogate();
       EXPECT_EQ(model.GetPoints(), points);
-      EXPECT_EQ(model.GetValues()(7),
-                support::GetModels(project).GetSurrogateInfo(name).GetSurrogate()->GetValues()(7));
+      EXPECT_EQ(
+          model.GetValues()(7),
+          literature::GetModels(project).GetSurrogateInfo(name).GetSurrogate()->GetValues()(7));
     }
 }
 
 TEST(VRDB, RecoversTheDesignsOfModelsBelowVersion12) {
-  VRDB project = support::MakePlateProject();
-  const auto ids = support::GetModels(project).GetSurrogateInfo(L"mass").GetUsedHids();
-  support::GetModels(project).Update([](SurrogateInfo& info) { info.SetUsedHids({}); });
+  VRDB project = literature::MakePlateProject();
+  const auto ids = literature::GetModels(project).GetSurrogateInfo(L"mass").GetUsedHids();
+  literature::GetModels(project).Update([](SurrogateInfo& info) { info.SetUsedHids({}); });
   Fields fields(project);
   fields.algorithm_info = boost::make_shared<AlgorithmInfo>(5);
   fields.algorithm_info->GetSystemsInformation()->AddDesignSet(L"s").surrogate_infos_ =
-      support::GetModels(project);
+      literature::GetModels(project);
   for (const unsigned version : {11u, 12u}) {
     const VRDB read = fields.Read(version);
     const auto& set = read.GetAlgorithmInfo()->GetSystemsInformation()->GetDesignSet(L"s");
@@ -262,7 +263,7 @@ TEST(VRDB, OldModelsOfAReliabilityProjectGoToItsFirstDesignSet) {
 }
 
 TEST(VRDB, EmptyCriteriaComeFromTheDesigns) {
-  Fields fields(support::MakePlateProject());
+  Fields fields(literature::MakePlateProject());
   EXPECT_TRUE(fields.Read(13).GetCriteria().Has(L"goal"));
 }
 
@@ -306,7 +307,7 @@ TEST(VRDB, DamagedDeactivatedDesignsAreNone) {
 }
 
 TEST(VRDB, BoundsAreTheRangeOfTheData) {
-  VRDB project = support::MakePlateProject();
+  VRDB project = literature::MakePlateProject();
   EXPECT_EQ(project.GetInputBounds().size(), 4u);  // three inputs and the dependent parameter
   EXPECT_EQ(project.GetParameterLimits(L"x").second.GetScalar(), 2.0);
 
@@ -337,7 +338,7 @@ TEST(VRDB, BoundsFollowTheSamplingTypeAndKeepANaNOfTheFirstDesign) {
 }
 
 TEST(VRDB, NamesTheResponsesOfTheMapping) {
-  VRDB project = support::MakePlateProject();
+  VRDB project = literature::MakePlateProject();
   EXPECT_TRUE(project.GetResponseNames().empty());
   project.GetAlgorithmInfo()->GetZELInformation()->response_to_cv_mapping_ = {{L"b", L"mass"},
                                                                               {L"a", L"stress"}};

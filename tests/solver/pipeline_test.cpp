@@ -1,9 +1,9 @@
 #include "design/named_sequence.h"
 #include "foundation/exception.h"
+#include "literature/plate_project.h"
 #include "project/records/algorithm_info.h"
 #include "project/records/zel_information.h"
 #include "solver/zel_solver.h"
-#include "support/plate_project.h"
 #include "support/stub_surrogate.h"
 #include "support/testing.h"
 
@@ -16,6 +16,7 @@ namespace corvath::zel {
 namespace {
 
 using namespace algorithm::datatypes;
+using namespace literature;
 using namespace support;
 using namespace testing;
 using utils::log::VectorLog;
@@ -61,15 +62,15 @@ const Eigen::MatrixXd kDesigns{{0.0, 0.5, 12.0}, {1.5, -0.25, 18.0}};
 TEST_F(Pipeline, GivesEachModelItsOwnOrderOfColumnsAndGradientsDesignByDesign) {
   // The model of "stress[2]" was trained with the inputs in another order; "mass" keeps its own.
   const std::vector<std::wstring> order{kPlateInputs[2], kPlateInputs[0], kPlateInputs[1]};
-  const Eigen::MatrixXd points = support::PlateDesigns();
+  const Eigen::MatrixXd points = literature::PlateDesigns();
   Eigen::MatrixXd reordered(points.rows(), 3);
   Eigen::VectorXd values(points.rows());
   for (Eigen::Index d = 0; d < points.rows(); ++d) {
     reordered.row(d) << points(d, 2), points(d, 0), points(d, 1);
     values(d) = PlateOutput(4, points(d, 0), points(d, 1), points(d, 2));
   }
-  SurrogateInfo info =
-      support::MakeRegression(SurrogateInfo(L"stress", 2), reordered, values, {true, true, true});
+  SurrogateInfo info = literature::MakeRegression(SurrogateInfo(L"stress", 2), reordered, values,
+                                                  {true, true, true});
   info.SetParameters(order, {true, true, true});
   GetModels(project_).AddOrReplace(info);
 
@@ -82,7 +83,7 @@ TEST_F(Pipeline, GivesEachModelItsOwnOrderOfColumnsAndGradientsDesignByDesign) {
   for (Eigen::Index d = 0; d < 2; ++d)
     for (Eigen::Index i = 0; i < 3; ++i)
       EXPECT_NEAR(gradients[static_cast<std::size_t>(3 * d + i)],
-                  support::PlateGradient(4, kDesigns(d, 0), kDesigns(d, 1), kDesigns(d, 2))(i),
+                  literature::PlateGradient(4, kDesigns(d, 0), kDesigns(d, 1), kDesigns(d, 2))(i),
                   1e-6);  // central differences over 1e-4 of the range, values near 60
 }
 

@@ -1,10 +1,10 @@
 #include "solver/solver_provider.h"
 
 #include "foundation/text.h"
+#include "literature/plate_project.h"
 #include "project/file/project_file.h"
 #include "solver/file_signature.h"
 #include "solver/zel_solver.h"
-#include "support/plate_project.h"
 #include "support/temporary_directory.h"
 #include "support/testing.h"
 
@@ -17,7 +17,8 @@ constexpr char kNotOpened[] = "Initializing new solver failed.";
 class SolverProvider : public testing::Test {
  protected:
   SolverProvider() {
-    algorithm::datatypes::SaveProjectFile(support::MakePlateProject(), directory_.File("p.vrdb"));
+    algorithm::datatypes::SaveProjectFile(literature::MakePlateProject(),
+                                          directory_.File("p.vrdb"));
   }
 
   std::wstring Path(const std::string& name = "p.vrdb") {
@@ -49,7 +50,7 @@ TEST_F(SolverProvider, DoesNotLookAtAnOpenFileAgain) {
   EXPECT_EQ(provider_.GetSolver(Path(), {}, false), solver);
   provider_.Clear();
   EXPECT_NE(Refusal(Path(), {}), "");
-  EXPECT_EQ(solver->GetInputNames(), support::kPlateInputs) << "an owner outlives the registry";
+  EXPECT_EQ(solver->GetInputNames(), literature::kPlateInputs) << "an owner outlives the registry";
 }
 
 TEST_F(SolverProvider, TiesAPathToTheSignatureOfItsOpening) {

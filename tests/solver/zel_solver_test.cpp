@@ -1,11 +1,11 @@
 #include "solver/zel_solver.h"
 
 #include "foundation/exception.h"
+#include "literature/plate_project.h"
 #include "project/records/algorithm_info.h"
 #include "project/records/systems_information.h"
 #include "project/records/zel_information.h"
 #include "support/archive_round_trip.h"
-#include "support/plate_project.h"
 #include "support/stub_surrogate.h"
 #include "support/testing.h"
 
@@ -16,6 +16,7 @@ namespace corvath::zel {
 namespace {
 
 using namespace algorithm::datatypes;
+using namespace literature;
 using namespace support;
 using namespace testing;
 using utils::log::VectorLog;

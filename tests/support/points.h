@@ -1,22 +1,14 @@
 #pragma once
 
+#include "literature/uniform_points.h"
+
 #include <Eigen/Core>
 
-#include <cstdint>
-#include <random>
+#include <cmath>
 
 namespace support {
 
-/// n x d numbers, uniform in [0, 1) and the same on every machine.
-inline Eigen::MatrixXd UniformPoints(Eigen::Index n, Eigen::Index d, std::uint64_t seed) {
-  std::mt19937_64 random(seed);
-  return Eigen::MatrixXd::NullaryExpr(n, d, [&random] { return double(random() >> 11) * 0x1p-53; });
-}
-
-/// n numbers, uniform in [0, 1).
-inline Eigen::VectorXd UniformVector(Eigen::Index n, std::uint64_t seed) {
-  return UniformPoints(n, 1, seed);
-}
+using literature::UniformPoints, literature::UniformVector;
 
 /// Largest difference of two matrices of one shape, relative to the larger magnitude of `b` or 1;
 /// infinite for different shapes or when NaNs stand in different places.

@@ -1,10 +1,10 @@
 #include "training/model_competition.h"
 
 #include "foundation/parallel.h"
+#include "literature/hindsight.h"
+#include "literature/published_functions.h"
 #include "stochastics/normal_quantile.h"
-#include "support/hindsight.h"
 #include "support/points.h"
-#include "support/published_functions.h"
 #include "support/testing.h"
 #include "training/training_table.h"
 
@@ -17,13 +17,13 @@ ChosenModel Compete(const ResponseData& data, const TrainSettings& settings = {}
   return RunCompetition(data, settings, [](const std::wstring&, double) {});
 }
 
-const support::PublishedFunction& Function(const std::string& name) {
-  const auto& functions = support::PublishedFunctions();
+const literature::PublishedFunction& Function(const std::string& name) {
+  const auto& functions = literature::PublishedFunctions();
   return *std::find_if(functions.begin(), functions.end(),
                        [&](const auto& function) { return function.name == name; });
 }
 
-ResponseData DataOf(const support::Sample& sample) {
+ResponseData DataOf(const literature::Sample& sample) {
   const TrainSettings settings;
   return MakeResponseData(sample.points, sample.values, settings.num_groups, settings.seed);
 }
@@ -34,14 +34,15 @@ TEST(ModelCompetition, ChoosesWellAndIsHonestOnPublishedFunctions) {
   int num_well_chosen = 0;
   int num_all = 0;
   double sum_of_differences = 0.0;
-  for (const support::PublishedFunction& function : support::PublishedFunctions()) {
-    const ResponseData data = DataOf(support::LatinHypercubeSample(function, 100, 1));
+  for (std::size_t k = 0; k < literature::kNumTested; ++k) {
+    const literature::PublishedFunction& function = literature::PublishedFunctions()[k];
+    const ResponseData data = DataOf(literature::LatinHypercubeSample(function, 100, 1));
     const ChosenModel chosen = Compete(data);
-    const support::Hindsight hindsight = support::LookBack(function, chosen, data, 1001);
+    const literature::Hindsight hindsight = literature::LookBack(function, chosen, data, 1001);
     ++num_all;
-    num_well_chosen += support::IsWellChosen(hindsight.ratio);
+    num_well_chosen += literature::IsWellChosen(hindsight.ratio);
     const double difference = chosen.GetCoP() - hindsight.determination;
-    num_honest += support::IsHonest(difference);
+    num_honest += literature::IsHonest(difference);
     sum_of_differences += difference;
   }
   EXPECT_GE(num_all, 10);
@@ -52,7 +53,7 @@ TEST(ModelCompetition, ChoosesWellAndIsHonestOnPublishedFunctions) {
 
 TEST(ModelCompetition, FindsThreeInputsOfTwenty) {
   for (const char* name : {"Morris", "Curved"}) {
-    const BitVector used = Compete(DataOf(support::LatinHypercubeSample(Function(name), 100, 1)))
+    const BitVector used = Compete(DataOf(literature::LatinHypercubeSample(Function(name), 100, 1)))
                                .model->GetVariableSelection();
     EXPECT_TRUE(used[0] && used[1] && used[2]) << name;
     // Curved keeps a fourth input, whose radius is long.
@@ -75,7 +76,7 @@ TEST(ModelCompetition, PureNoiseIsToldAsNothing) {
 }
 
 TEST(ModelCompetition, LocalErrorsAreThoseOfTheWholeChoice) {
-  const ResponseData data = DataOf(support::LatinHypercubeSample(Function("Friedman 1"), 60, 3));
+  const ResponseData data = DataOf(literature::LatinHypercubeSample(Function("Friedman 1"), 60, 3));
   const ChosenModel chosen = Compete(data);
   const Eigen::VectorXd& residuals = chosen.model->GetResiduals();
   EXPECT_NEAR(chosen.GetCoP(), Determination(data.values, data.values - residuals), 1e-12);
@@ -85,7 +86,7 @@ TEST(ModelCompetition, LocalErrorsAreThoseOfTheWholeChoice) {
 }
 
 TEST(ModelCompetition, TheNumberOfThreadsChangesNothing) {
-  const ResponseData data = DataOf(support::LatinHypercubeSample(Function("Friedman 1"), 50, 2));
+  const ResponseData data = DataOf(literature::LatinHypercubeSample(Function("Friedman 1"), 50, 2));
   const auto with = [&](int num_threads) {
     utils::SetNumThreads(num_threads);
     const ChosenModel chosen = Compete(data);
@@ -135,7 +136,7 @@ TEST(ModelCompetition, TheSimplerModelWinsWhereItIsAsGood) {
 }
 
 TEST(ModelCompetition, OnlyAllowedFamiliesCompete) {
-  const ResponseData data = DataOf(support::LatinHypercubeSample(Function("Branin"), 60, 1));
+  const ResponseData data = DataOf(literature::LatinHypercubeSample(Function("Branin"), 60, 1));
   const auto families = [&](auto allow) {
     TrainSettings settings;
     settings.models.polynomials = settings.models.moving_least_squares = false;

@@ -1,6 +1,6 @@
 #include "analysis/optimisation/global_search.h"
 
-#include "analysis/optimisation/known_programs.h"
+#include "literature/known_programs.h"
 
 namespace {
 
@@ -15,8 +15,8 @@ GlobalOptimum Solve(const NonlinearProgram& program, std::uint32_t seed) {
 
 TEST(GlobalSearch, FindsThePublishedOptimaFromNineteenOfTwentySeeds) {
   constexpr std::uint32_t kSeeds = 20;  // of the hundred in docs/decide.md
-  auto programs = support::EngineeringPrograms();
-  for (auto& program : support::MultimodalPrograms()) programs.push_back(std::move(program));
+  auto programs = literature::EngineeringPrograms();
+  for (auto& program : literature::MultimodalPrograms()) programs.push_back(std::move(program));
   for (const auto& [name, program, optimum, tolerance] : programs) {
     int num_found = 0;
     for (std::uint32_t seed = 1; seed <= kSeeds; ++seed) {
@@ -35,13 +35,13 @@ TEST(GlobalSearch, EndsWhereNoPointKeepsTheLimits) {
   // x^2 + y^2 >= 2.1 in a unit square: the corner is 0.1 short of it. Then a limit that is kept on a
   // disk of 1e-4 of the square, at the top of a bell of ten times its radius above a flat rest.
   Eigen::Index num_evaluated = 0;
-  const auto solve = [&](const support::RowFunction& reserve) {
+  const auto solve = [&](const literature::RowFunction& reserve) {
     num_evaluated = 0;
-    const auto program = support::MakeProgram(Eigen::Vector2d::Zero(), Eigen::Vector2d::Ones(), {1},
-                                              1, [&](const Eigen::RowVectorXd& x) {
-                                                ++num_evaluated;
-                                                return Eigen::RowVector2d(x(0), reserve(x)(0));
-                                              });
+    const auto program = literature::MakeProgram(Eigen::Vector2d::Zero(), Eigen::Vector2d::Ones(),
+                                                 {1}, 1, [&](const Eigen::RowVectorXd& x) {
+                                                   ++num_evaluated;
+                                                   return Eigen::RowVector2d(x(0), reserve(x)(0));
+                                                 });
     return Solve(program, 1).best;
   };
   setenv("ZELSOLVER_NUM_THREADS", "1", 1);

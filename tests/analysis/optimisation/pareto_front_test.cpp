@@ -1,6 +1,6 @@
 #include "analysis/optimisation/pareto_front.h"
 
-#include "analysis/optimisation/known_programs.h"
+#include "literature/known_programs.h"
 
 namespace {
 
@@ -18,26 +18,27 @@ TEST(ParetoFront, CoversThePublishedFronts) {
   constexpr Eigen::Index kDense = 20001;
   const Eigen::Vector2d reference(1.1, 1.1);
   for (const int number : {1, 2, 3}) {
-    const ParetoFront front = Front(support::ZitzlerDebThiele(number), 0);
+    const ParetoFront front = Front(literature::ZitzlerDebThiele(number), 0);
     Eigen::MatrixXd exact(kDense, 2);
     for (Eigen::Index k = 0; k < kDense; ++k) {
       exact(k, 0) = static_cast<double>(k) / (kDense - 1);
-      exact(k, 1) = support::ZitzlerDebThieleFront(number, exact(k, 0));
+      exact(k, 1) = literature::ZitzlerDebThieleFront(number, exact(k, 0));
     }
     EXPECT_LE(front.points.size(), 105U) << number;
-    EXPECT_GE(support::Hypervolume(front.objectives, reference),
-              0.99 * support::Hypervolume(exact, reference))
+    EXPECT_GE(literature::Hypervolume(front.objectives, reference),
+              0.99 * literature::Hypervolume(exact, reference))
         << number;
   }
 }
 
 TEST(ParetoFront, SpreadsOverASphereAndKeepsItsLimit) {
-  const auto sphere = support::MakeProgram(Eigen::Vector3d::Zero(), Eigen::Vector3d::Constant(1.2),
-                                           {1, 1, 1}, 1, [](const Eigen::RowVectorXd& x) {
-                                             Eigen::RowVectorXd row(4);
-                                             row << x, x.norm() - 1.0;
-                                             return row;
-                                           });
+  const auto sphere =
+      literature::MakeProgram(Eigen::Vector3d::Zero(), Eigen::Vector3d::Constant(1.2), {1, 1, 1}, 1,
+                              [](const Eigen::RowVectorXd& x) {
+                                Eigen::RowVectorXd row(4);
+                                row << x, x.norm() - 1.0;
+                                return row;
+                              });
   const ParetoFront front = Front(sphere, 150);
   EXPECT_LE((front.objectives.rowwise().norm().array() - 1.0).abs().maxCoeff(), 1e-6);
   for (const auto& point : front.points) EXPECT_GE(point.columns(3), 0.0);
@@ -50,8 +51,8 @@ TEST(ParetoFront, SpreadsOverASphereAndKeepsItsLimit) {
     }
   const Eigen::Vector3d reference = Eigen::Vector3d::Constant(1.2);
   EXPECT_LE(front.points.size(), 120U);
-  EXPECT_GE(support::Hypervolume(front.objectives, reference),
-            0.99 * support::Hypervolume(lattice, reference));
+  EXPECT_GE(literature::Hypervolume(front.objectives, reference),
+            0.99 * literature::Hypervolume(lattice, reference));
 }
 
 }  // namespace

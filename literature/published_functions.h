@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace support {
+namespace literature {
 
 /// A test function of the literature over a box, with the noise that its authors add.
 struct PublishedFunction {
@@ -19,9 +19,10 @@ struct PublishedFunction {
   double noise = 0.0;  ///< standard deviation, normal
 };
 
-/// The functions on which training is judged in a test: smooth, periodic and kinked ones, three with
-/// noise, four with inputs that do nothing; bench/ has more.
+/// The functions on which training is judged: smooth, periodic and kinked ones, four with noise,
+/// five with inputs that do nothing. The first kNumTested are enough for a test.
 const std::vector<PublishedFunction>& PublishedFunctions();
+constexpr std::size_t kNumTested = 10;
 
 struct Sample {
   Eigen::MatrixXd points;  ///< n x d
@@ -33,4 +34,4 @@ Sample LatinHypercubeSample(const PublishedFunction& function, Eigen::Index n, s
 /// Independent uniform points, as future predictions may be asked for.
 Sample UniformSample(const PublishedFunction& function, Eigen::Index n, std::uint32_t seed);
 
-}  // namespace support
+}  // namespace literature

@@ -1,9 +1,9 @@
-#include "support/hindsight.h"
+#include "literature/hindsight.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace support {
+namespace literature {
 
 Hindsight LookBack(const PublishedFunction& function, const corvath::training::ChosenModel& chosen,
                    const corvath::training::ResponseData& data, std::uint32_t seed) {
@@ -22,4 +22,4 @@ Hindsight LookBack(const PublishedFunction& function, const corvath::training::C
           ((predicted - fresh.values).norm() + exact) / (smallest + exact)};
 }
 
-}  // namespace support
+}  // namespace literature

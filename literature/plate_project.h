@@ -1,8 +1,8 @@
 #pragma once
 
+#include "literature/plate_formulas.h"
 #include "project/models/surrogate_info_container.h"
 #include "project/vrdb.h"
-#include "support/plate_formulas.h"
 
 #include <Eigen/Core>
 #include <boost/shared_ptr.hpp>
@@ -12,7 +12,7 @@
 
 /// A small project in memory whose responses are polynomials, so that its models predict them to
 /// rounding and every expected number has a closed form.
-namespace support {
+namespace literature {
 
 /// The inputs in their order: x in [0, 2], y in [-1, 1], a third with a non-ASCII name in [10, 20].
 extern const std::vector<std::wstring> kPlateInputs;
@@ -52,4 +52,4 @@ void KeepModels(corvath::algorithm::datatypes::VRDB& project,
 void SetModel(corvath::algorithm::datatypes::VRDB& project, const std::wstring& output,
               const corvath::algorithm::datatypes::SurrogateInfo::SurrogatePointer& model);
 
-}  // namespace support
+}  // namespace literature

@@ -1,11 +1,14 @@
 #pragma once
 
 #include "analysis/optimisation/nonlinear_program.h"
-#include "support/testing.h"
 
 #include <Eigen/Core>
 
-namespace support {
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace literature {
 
 /// A problem of the literature with its published optimum.
 struct KnownProgram {
@@ -39,4 +42,4 @@ double ZitzlerDebThieleFront(int number, double f1);
 /// Area (two columns) or volume (three) between the rows that are below `reference` and it.
 double Hypervolume(Eigen::MatrixXd points, const Eigen::VectorXd& reference);
 
-}  // namespace support
+}  // namespace literature

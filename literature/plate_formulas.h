@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace support {
+namespace literature {
 
 /// Output `k` (mass, flat, stress[0], stress[1], stress[2]) of the plate project.
 inline double PlateOutput(std::size_t k, double x, double y, double z) {
@@ -11,4 +11,4 @@ inline double PlateOutput(std::size_t k, double x, double y, double z) {
   return outputs[k];
 }
 
-}  // namespace support
+}  // namespace literature

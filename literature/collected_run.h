@@ -1,12 +1,12 @@
 #pragma once
 
-#include "optimizer/hock_schittkowski.h"
+#include "literature/hock_schittkowski.h"
 #include "optimizer/nlpqlp_interface.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace support {
+namespace literature {
 
 enum class Gradients { kAnalytic, kCentral };
 
@@ -78,7 +78,7 @@ class CollectedClient {
   }
 
   double Violation(int column) const {
-    return support::Violation(problem_, core_.G.col(column).data());
+    return literature::Violation(problem_, core_.G.col(column).data());
   }
   int CallsToTarget() const { return calls_to_target_; }
 
@@ -135,4 +135,4 @@ inline bool IsSolved(const CollectedProblem& problem, const CollectedRun& run) {
   return run.ifail == 0 && MeetsTarget(problem, run.f, run.violation);
 }
 
-}  // namespace support
+}  // namespace literature

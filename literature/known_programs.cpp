@@ -1,10 +1,12 @@
-#include "analysis/optimisation/known_programs.h"
+#include "literature/known_programs.h"
 
 #include "ten_bar_truss.h"
 
+#include <algorithm>
+#include <cmath>
 #include <numeric>
 
-namespace support {
+namespace literature {
 namespace {
 
 using corvath::analysis::NonlinearProgram;
@@ -260,4 +262,4 @@ double Hypervolume(Eigen::MatrixXd points, const Eigen::VectorXd& reference) {
   return volume;
 }
 
-}  // namespace support
+}  // namespace literature

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "support/published_functions.h"
+#include "literature/published_functions.h"
 #include "training/model_competition.h"
 
 #include <cstdint>
 
-namespace support {
+namespace literature {
 
 /// What fresh points tell about a model that was chosen without them.
 struct Hindsight {
@@ -25,4 +25,4 @@ inline bool IsWellChosen(double ratio) {
   return ratio <= 1.25;
 }
 
-}  // namespace support
+}  // namespace literature

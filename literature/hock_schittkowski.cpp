@@ -1,22 +1,18 @@
-#include "whole_collection.h"
+#include "literature/hock_schittkowski.h"
+
+#include "foundation/constants.h"
 
 #include <algorithm>
 
-namespace bench {
-
-using support::CollectedProblem;
-using support::kNone;
-
+namespace literature {
 namespace {
 
-const double kPi = std::acos(-1.0);
+using corvath::math::kPi;
 const double kSqrt2 = std::sqrt(2.0), kSqrt3 = std::sqrt(3.0);
 
-using support::Cube;
-using support::Dual;
-using support::Fourth;
-using support::Rosenbrock;
-using support::Sq;
+Dual Rosenbrock(const Dual* x) {
+  return 100.0 * Sq(x[2] - Sq(x[1])) + Sq(1.0 - x[1]);
+}
 
 /// Constraints of problems 78, 80, 81.
 void PowellConstraints(const Dual* x, Dual* g) {
@@ -86,8 +82,7 @@ Dual Colville1(const Dual* x, Dual* g) {
   return f;
 }
 
-/// What the tests do not hold.
-std::vector<CollectedProblem> OtherProblems() {
+std::vector<CollectedProblem> Collect() {
   const double a56 = std::asin(std::sqrt(1.0 / 4.2)), b56 = std::asin(std::sqrt(5.0 / 7.2));
   std::vector<CollectedProblem> problems;
   const auto add = [&](CollectedProblem problem, CollectedProblem::Evaluate evaluate) {
@@ -96,33 +91,22 @@ std::vector<CollectedProblem> OtherProblems() {
   };
   add({1, 0, 0, {-2, 1}, {-kNone, -1.5}, {}, 0.0},
       [](const Dual* x, Dual*) { return Rosenbrock(x); });
-  add({17, 0, 2, {-2, 1}, {-0.5, -kNone}, {0.5, 1}, 1.0}, [](const Dual* x, Dual* g) {
-    g[1] = Sq(x[2]) - x[1];
-    g[2] = Sq(x[1]) - x[2];
-    return Rosenbrock(x);
-  });
-  add({21, 0, 1, {-1, -1}, {2, -50}, {50, 50}, -99.96}, [](const Dual* x, Dual* g) {
-    g[1] = 10.0 * x[1] - x[2] - 10.0;
-    return 0.01 * Sq(x[1]) + Sq(x[2]) - 100.0;
-  });
-  add({60, 1, 0, {2, 2, 2}, {-10}, {10}, 0.03256820025}, [](const Dual* x, Dual* g) {
-    g[1] = x[1] * (1.0 + Sq(x[2])) + Fourth(x[3]) - 4.0 - 3.0 * kSqrt2;
-    return Sq(x[1] - 1.0) + Sq(x[1] - x[2]) + Fourth(x[2] - x[3]);
-  });
-  add({73, 1, 2, {1, 1, 1, 1}, {0}, {}, 29.894378}, [](const Dual* x, Dual* g) {
-    g[1] = x[1] + x[2] + x[3] + x[4] - 1.0;
-    g[2] = 2.3 * x[1] + 5.6 * x[2] + 11.1 * x[3] + 1.3 * x[4] - 5.0;
-    g[3] = 12.0 * x[1] + 11.9 * x[2] + 41.8 * x[3] + 52.1 * x[4] - 21.0 -
-           1.645 * sqrt(0.28 * Sq(x[1]) + 0.19 * Sq(x[2]) + 20.5 * Sq(x[3]) + 0.62 * Sq(x[4]));
-    return 24.55 * x[1] + 26.75 * x[2] + 39.0 * x[3] + 40.5 * x[4];
-  });
+  add({2, 0, 0, {-2, 1}, {-kNone, 1.5}, {}, 0.0504261879},
+      [](const Dual* x, Dual*) { return Rosenbrock(x); });
   add({3, 0, 0, {10, 1}, {-kNone, 0}, {}, 0.0},
       [](const Dual* x, Dual*) { return x[2] + 1e-5 * Sq(x[2] - x[1]); });
   add({4, 0, 0, {1.125, 0.125}, {1, 0}, {}, 8.0 / 3.0},
       [](const Dual* x, Dual*) { return Cube(x[1] + 1.0) / 3.0 + x[2]; });
+  add({5, 0, 0, {0, 0}, {-1.5, -3}, {4, 3}, -kSqrt3 / 2.0 - kPi / 3.0}, [](const Dual* x, Dual*) {
+    return sin(x[1] + x[2]) + Sq(x[1] - x[2]) - 1.5 * x[1] + 2.5 * x[2] + 1.0;
+  });
   add({6, 1, 0, {-1.2, 1}, {}, {}, 0.0}, [](const Dual* x, Dual* g) {
     g[1] = 10.0 * (x[2] - Sq(x[1]));
     return Sq(1.0 - x[1]);
+  });
+  add({7, 1, 0, {2, 2}, {}, {}, -kSqrt3}, [](const Dual* x, Dual* g) {
+    g[1] = Sq(1.0 + Sq(x[1])) + Sq(x[2]) - 4.0;
+    return log(1.0 + Sq(x[1])) - x[2];
   });
   add({8, 2, 0, {2, 1}, {}, {}, -1.0}, [](const Dual* x, Dual* g) {
     g[1] = Sq(x[1]) + Sq(x[2]) - 25.0;
@@ -141,6 +125,19 @@ std::vector<CollectedProblem> OtherProblems() {
     g[1] = -Sq(x[1]) + x[2];
     return Sq(x[1] - 5.0) + Sq(x[2]) - 25.0;
   });
+  add({12, 0, 1, {0, 0}, {}, {}, -30.0}, [](const Dual* x, Dual* g) {
+    g[1] = 25.0 - 4.0 * Sq(x[1]) - Sq(x[2]);
+    return 0.5 * Sq(x[1]) + Sq(x[2]) - x[1] * x[2] - 7.0 * x[1] - 7.0 * x[2];
+  });
+  add({13, 0, 1, {-2, -2}, {0}, {}, 1.0}, [](const Dual* x, Dual* g) {
+    g[1] = Cube(1.0 - x[1]) - x[2];
+    return Sq(x[1] - 2.0) + Sq(x[2]);
+  });
+  add({14, 1, 1, {2, 2}, {}, {}, 9.0 - 2.875 * std::sqrt(7.0)}, [](const Dual* x, Dual* g) {
+    g[1] = x[1] - 2.0 * x[2] + 1.0;
+    g[2] = -0.25 * Sq(x[1]) - Sq(x[2]) + 1.0;
+    return Sq(x[1] - 2.0) + Sq(x[2] - 1.0);
+  });
   add({15, 0, 2, {-2, 1}, {}, {0.5, kNone}, 306.5}, [](const Dual* x, Dual* g) {
     g[1] = x[1] * x[2] - 1.0;
     g[2] = x[1] + Sq(x[2]);
@@ -149,6 +146,11 @@ std::vector<CollectedProblem> OtherProblems() {
   add({16, 0, 2, {-2, 1}, {-0.5, -kNone}, {0.5, 1}, 0.25}, [](const Dual* x, Dual* g) {
     g[1] = x[1] + Sq(x[2]);
     g[2] = Sq(x[1]) + x[2];
+    return Rosenbrock(x);
+  });
+  add({17, 0, 2, {-2, 1}, {-0.5, -kNone}, {0.5, 1}, 1.0}, [](const Dual* x, Dual* g) {
+    g[1] = Sq(x[2]) - x[1];
+    g[2] = Sq(x[1]) - x[2];
     return Rosenbrock(x);
   });
   add({18, 0, 2, {2, 2}, {2, 0}, {50, 50}, 5.0}, [](const Dual* x, Dual* g) {
@@ -168,6 +170,10 @@ std::vector<CollectedProblem> OtherProblems() {
         g[3] = Sq(x[1]) + Sq(x[2]) - 1.0;
         return Rosenbrock(x);
       });
+  add({21, 0, 1, {-1, -1}, {2, -50}, {50, 50}, -99.96}, [](const Dual* x, Dual* g) {
+    g[1] = 10.0 * x[1] - x[2] - 10.0;
+    return 0.01 * Sq(x[1]) + Sq(x[2]) - 100.0;
+  });
   add({22, 0, 2, {2, 2}, {}, {}, 1.0}, [](const Dual* x, Dual* g) {
     g[1] = -x[1] - x[2] + 2.0;
     g[2] = -Sq(x[1]) + x[2];
@@ -227,6 +233,11 @@ std::vector<CollectedProblem> OtherProblems() {
         g[2] = x[3] - exp(x[2]);
         return -x[1];
       });
+  add({35, 0, 1, {0.5, 0.5, 0.5}, {0}, {}, 1.0 / 9.0}, [](const Dual* x, Dual* g) {
+    g[1] = 3.0 - x[1] - x[2] - 2.0 * x[3];
+    return 9.0 - 8.0 * x[1] - 6.0 * x[2] - 4.0 * x[3] + 2.0 * Sq(x[1]) + 2.0 * Sq(x[2]) + Sq(x[3]) +
+           2.0 * x[1] * x[2] + 2.0 * x[1] * x[3];
+  });
   add({36, 0, 1, {10, 10, 10}, {0}, {20, 11, 42}, -3300.0}, [](const Dual* x, Dual* g) {
     g[1] = 72.0 - x[1] - 2.0 * x[2] - 2.0 * x[3];
     return -x[1] * x[2] * x[3];
@@ -235,6 +246,10 @@ std::vector<CollectedProblem> OtherProblems() {
     g[1] = 72.0 - x[1] - 2.0 * x[2] - 2.0 * x[3];
     g[2] = x[1] + 2.0 * x[2] + 2.0 * x[3];
     return -x[1] * x[2] * x[3];
+  });
+  add({38, 0, 0, {-3, -1, -3, -1}, {-10}, {10}, 0.0}, [](const Dual* x, Dual*) {
+    return Rosenbrock(x) + 90.0 * Sq(x[4] - Sq(x[3])) + Sq(1.0 - x[3]) +
+           10.1 * (Sq(x[2] - 1.0) + Sq(x[4] - 1.0)) + 19.8 * (x[2] - 1.0) * (x[4] - 1.0);
   });
   add({39, 2, 0, {2, 2, 2, 2}, {}, {}, -1.0}, [](const Dual* x, Dual* g) {
     g[1] = x[2] - Cube(x[1]) - Sq(x[3]);
@@ -255,6 +270,13 @@ std::vector<CollectedProblem> OtherProblems() {
     g[1] = x[1] - 2.0;
     g[2] = Sq(x[3]) + Sq(x[4]) - 2.0;
     return Sq(x[1] - 1.0) + Sq(x[2] - 2.0) + Sq(x[3] - 3.0) + Sq(x[4] - 4.0);
+  });
+  add({43, 0, 3, {0, 0, 0, 0}, {}, {}, -44.0}, [](const Dual* x, Dual* g) {
+    g[1] = 8.0 - Sq(x[1]) - Sq(x[2]) - Sq(x[3]) - Sq(x[4]) - x[1] + x[2] - x[3] + x[4];
+    g[2] = 10.0 - Sq(x[1]) - 2.0 * Sq(x[2]) - Sq(x[3]) - 2.0 * Sq(x[4]) + x[1] + x[4];
+    g[3] = 5.0 - 2.0 * Sq(x[1]) - Sq(x[2]) - Sq(x[3]) - 2.0 * x[1] + x[2] + x[4];
+    return Sq(x[1]) + Sq(x[2]) + 2.0 * Sq(x[3]) + Sq(x[4]) - 5.0 * x[1] - 5.0 * x[2] - 21.0 * x[3] +
+           7.0 * x[4];
   });
   add({44, 0, 6, {0, 0, 0, 0}, {0}, {}, -15.0}, [](const Dual* x, Dual* g) {
     g[1] = 8.0 - x[1] - 2.0 * x[2];
@@ -323,6 +345,10 @@ std::vector<CollectedProblem> OtherProblems() {
     g[4] = x[1] + 2.0 * x[2] + 2.0 * x[3] - 7.2 * Sq(sin(x[7]));
     return -x[1] * x[2] * x[3];
   });
+  add({60, 1, 0, {2, 2, 2}, {-10}, {10}, 0.03256820025}, [](const Dual* x, Dual* g) {
+    g[1] = x[1] * (1.0 + Sq(x[2])) + Fourth(x[3]) - 4.0 - 3.0 * kSqrt2;
+    return Sq(x[1] - 1.0) + Sq(x[1] - x[2]) + Fourth(x[2] - x[3]);
+  });
   add({61, 2, 0, {0, 0, 0}, {}, {}, -143.6461422}, [](const Dual* x, Dual* g) {
     g[1] = 3.0 * x[1] - 2.0 * Sq(x[2]) - 7.0;
     g[2] = 4.0 * x[1] - Sq(x[3]) - 11.0;
@@ -336,6 +362,16 @@ std::vector<CollectedProblem> OtherProblems() {
             280.0 * log((x[2] + x[3] + 0.03) / (0.07 * x[2] + x[3] + 0.03)) +
             290.0 * log((x[3] + 0.03) / (0.13 * x[3] + 0.03)));
   });
+  add({63, 2, 0, {2, 2, 2}, {0}, {}, 961.7151721}, [](const Dual* x, Dual* g) {
+    g[1] = 8.0 * x[1] + 14.0 * x[2] + 7.0 * x[3] - 56.0;
+    g[2] = Sq(x[1]) + Sq(x[2]) + Sq(x[3]) - 25.0;
+    return 1000.0 - Sq(x[1]) - 2.0 * Sq(x[2]) - Sq(x[3]) - x[1] * x[2] - x[1] * x[3];
+  });
+  add({64, 0, 1, {1, 1, 1}, {1e-5}, {}, 6299.842428}, [](const Dual* x, Dual* g) {
+    g[1] = 1.0 - 4.0 / x[1] - 32.0 / x[2] - 120.0 / x[3];
+    return 5.0 * x[1] + 50000.0 / x[1] + 20.0 * x[2] + 72000.0 / x[2] + 10.0 * x[3] +
+           144000.0 / x[3];
+  });
   add({65, 0, 1, {-5, 5, 0}, {-4.5, -4.5, -5}, {4.5, 4.5, 5}, 0.9535288567},
       [](const Dual* x, Dual* g) {
         g[1] = 48.0 - Sq(x[1]) - Sq(x[2]) - Sq(x[3]);
@@ -346,16 +382,35 @@ std::vector<CollectedProblem> OtherProblems() {
     g[2] = x[3] - exp(x[2]);
     return 0.2 * x[3] - 0.8 * x[1];
   });
+  add({71, 1, 1, {1, 5, 5, 1}, {1}, {5}, 17.0140173}, [](const Dual* x, Dual* g) {
+    g[1] = Sq(x[1]) + Sq(x[2]) + Sq(x[3]) + Sq(x[4]) - 40.0;
+    g[2] = x[1] * x[2] * x[3] * x[4] - 25.0;
+    return x[1] * x[4] * (x[1] + x[2] + x[3]) + x[3];
+  });
   add({72, 0, 2, {1, 1, 1, 1}, {0.001}, {4e5, 3e5, 2e5, 1e5}, 727.67937},
       [](const Dual* x, Dual* g) {
         g[1] = 0.0401 - 4.0 / x[1] - 2.25 / x[2] - 1.0 / x[3] - 0.25 / x[4];
         g[2] = 0.010085 - 0.16 / x[1] - 0.36 / x[2] - 0.64 / x[3] - 0.64 / x[4];
         return 1.0 + x[1] + x[2] + x[3] + x[4];
       });
+  add({73, 1, 2, {1, 1, 1, 1}, {0}, {}, 29.894378}, [](const Dual* x, Dual* g) {
+    g[1] = x[1] + x[2] + x[3] + x[4] - 1.0;
+    g[2] = 2.3 * x[1] + 5.6 * x[2] + 11.1 * x[3] + 1.3 * x[4] - 5.0;
+    g[3] = 12.0 * x[1] + 11.9 * x[2] + 41.8 * x[3] + 52.1 * x[4] - 21.0 -
+           1.645 * sqrt(0.28 * Sq(x[1]) + 0.19 * Sq(x[2]) + 20.5 * Sq(x[3]) + 0.62 * Sq(x[4]));
+    return 24.55 * x[1] + 26.75 * x[2] + 39.0 * x[3] + 40.5 * x[4];
+  });
   add({74, 3, 2, {0, 0, 0, 0}, {0, 0, -0.55, -0.55}, {1200, 1200, 0.55, 0.55}, 5126.4981},
       [](const Dual* x, Dual* g) { return Network(x, g, 0.55); });
   add({75, 3, 2, {0, 0, 0, 0}, {0, 0, -0.48, -0.48}, {1200, 1200, 0.48, 0.48}, 5174.4129},
       [](const Dual* x, Dual* g) { return Network(x, g, 0.48); });
+  add({76, 0, 3, {0.5, 0.5, 0.5, 0.5}, {0}, {}, -4.681818181}, [](const Dual* x, Dual* g) {
+    g[1] = 5.0 - x[1] - 2.0 * x[2] - x[3] - x[4];
+    g[2] = 4.0 - 3.0 * x[1] - x[2] - 2.0 * x[3] + x[4];
+    g[3] = x[2] + 4.0 * x[3] - 1.5;
+    return Sq(x[1]) + 0.5 * Sq(x[2]) + Sq(x[3]) + 0.5 * Sq(x[4]) - x[1] * x[3] + x[3] * x[4] -
+           x[1] - 3.0 * x[2] + x[3] - x[4];
+  });
   add({77, 2, 0, {2, 2, 2, 2, 2}, {}, {}, 0.24150513}, [](const Dual* x, Dual* g) {
     g[1] = Sq(x[1]) * x[4] + sin(x[4] - x[5]) - 2.0 * kSqrt2;
     g[2] = x[2] + Fourth(x[3]) * Sq(x[4]) - 8.0 - kSqrt2;
@@ -365,6 +420,13 @@ std::vector<CollectedProblem> OtherProblems() {
   add({78, 3, 0, {-2, 1.5, 2, -1, -1}, {}, {}, -2.91970041}, [](const Dual* x, Dual* g) {
     PowellConstraints(x, g);
     return x[1] * x[2] * x[3] * x[4] * x[5];
+  });
+  add({79, 3, 0, {2, 2, 2, 2, 2}, {}, {}, 0.0787768209}, [](const Dual* x, Dual* g) {
+    g[1] = x[1] + Sq(x[2]) + Cube(x[3]) - 2.0 - 3.0 * kSqrt2;
+    g[2] = x[2] - Sq(x[3]) + x[4] + 2.0 - 2.0 * kSqrt2;
+    g[3] = x[1] * x[5] - 2.0;
+    return Sq(x[1] - 1.0) + Sq(x[1] - x[2]) + Sq(x[2] - x[3]) + Fourth(x[3] - x[4]) +
+           Fourth(x[4] - x[5]);
   });
   add({80,
        3,
@@ -417,6 +479,16 @@ std::vector<CollectedProblem> OtherProblems() {
       [](const Dual* x, Dual* g) { return Mixture(x, g, 4.97, -1.88, -29.08, -78.02); });
   add({96, 0, 4, {0, 0, 0, 0, 0, 0}, {0}, {0.31, 0.046, 0.068, 0.042, 0.028, 0.0134}, 0.015619514},
       [](const Dual* x, Dual* g) { return Mixture(x, g, 4.97, -1.88, -69.08, -118.02); });
+  add({100, 0, 4, {1, 2, 0, 4, 0, 1, 1}, {}, {}, 680.6300573}, [](const Dual* x, Dual* g) {
+    g[1] = 127.0 - 2.0 * Sq(x[1]) - 3.0 * Fourth(x[2]) - x[3] - 4.0 * Sq(x[4]) - 5.0 * x[5];
+    g[2] = 282.0 - 7.0 * x[1] - 3.0 * x[2] - 10.0 * Sq(x[3]) - x[4] + x[5];
+    g[3] = 196.0 - 23.0 * x[1] - Sq(x[2]) - 6.0 * Sq(x[6]) + 8.0 * x[7];
+    g[4] =
+        -4.0 * Sq(x[1]) - Sq(x[2]) + 3.0 * x[1] * x[2] - 2.0 * Sq(x[3]) - 5.0 * x[6] + 11.0 * x[7];
+    return Sq(x[1] - 10.0) + 5.0 * Sq(x[2] - 12.0) + Fourth(x[3]) + 3.0 * Sq(x[4] - 11.0) +
+           10.0 * Sq(Cube(x[5])) + 7.0 * Sq(x[6]) + Fourth(x[7]) - 4.0 * x[6] * x[7] - 10.0 * x[6] -
+           8.0 * x[7];
+  });
   add({104, 0, 6, {6, 3, 0.4, 0.2, 6, 6, 1, 0.5}, {0.1}, {10}, 3.9511634396}, [](const Dual* x,
                                                                                  Dual* g) {
     const Dual f = 0.4 * pow(x[1], 0.67) * pow(x[7], -0.67) +
@@ -470,19 +542,25 @@ std::vector<CollectedProblem> OtherProblems() {
   return problems;
 }
 
+std::vector<CollectedProblem> Choose() {
+  constexpr int kNumbers[] = {2, 5, 7, 12, 13, 14, 35, 38, 43, 63, 64, 71, 76, 79, 100};
+  std::vector<CollectedProblem> chosen;
+  for (const CollectedProblem& problem : HockSchittkowski())
+    if (std::count(std::begin(kNumbers), std::end(kNumbers), problem.number) > 0)
+      chosen.push_back(problem);
+  return chosen;
+}
+
 }  // namespace
 
-const std::vector<CollectedProblem>& WholeCollection() {
-  static const std::vector<CollectedProblem> problems = [] {
-    std::vector<CollectedProblem> all = OtherProblems();
-    const auto& tested = support::HockSchittkowski();
-    all.insert(all.end(), tested.begin(), tested.end());
-    std::sort(all.begin(), all.end(), [](const CollectedProblem& a, const CollectedProblem& b) {
-      return a.number < b.number;
-    });
-    return all;
-  }();
+const std::vector<CollectedProblem>& HockSchittkowski() {
+  static const std::vector<CollectedProblem> problems = Collect();
   return problems;
 }
 
-}  // namespace bench
+const std::vector<CollectedProblem>& ChosenHockSchittkowski() {
+  static const std::vector<CollectedProblem> problems = Choose();
+  return problems;
+}
+
+}  // namespace literature

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "optimizer/dual.h"
+#include "literature/dual.h"
 
 #include <limits>
 #include <vector>
 
-namespace support {
+namespace literature {
 
 /// Bound of the collection that does not exist.
 constexpr double kNone = std::numeric_limits<double>::max();
@@ -51,12 +51,11 @@ inline Dual EvaluateAt(const CollectedProblem& problem, const double* x, Dual* g
   return problem.evaluate(variables, g);
 }
 
-inline Dual Rosenbrock(const Dual* x) {
-  return 100.0 * Sq(x[2] - Sq(x[1])) + Sq(1.0 - x[1]);
-}
-
-/// Fifteen problems in the order of their numbers, chosen so that a fault of the method which any
-/// problem of the collection betrays fails one of these; bench/ has the others.
+/// 82 problems of the collection in the order of their numbers.
 const std::vector<CollectedProblem>& HockSchittkowski();
 
-}  // namespace support
+/// Fifteen of them for the tests, chosen so that a fault of the method which any problem betrays
+/// fails one of these.
+const std::vector<CollectedProblem>& ChosenHockSchittkowski();
+
+}  // namespace literature

@@ -1,13 +1,16 @@
-#include "support/plate_project.h"
+#include "literature/plate_project.h"
 
 #include "metamodel/regression/linear_regression.h"
 #include "project/records/algorithm_info.h"
 #include "project/records/zel_information.h"
-#include "support/values.h"
 
 #include <boost/make_shared.hpp>
 
-namespace support {
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+namespace literature {
 namespace {
 
 using corvath::algorithm::datatypes::AlgorithmInfo, corvath::algorithm::datatypes::CDesignEntry,
@@ -17,7 +20,7 @@ using corvath::algorithm::datatypes::AlgorithmInfo, corvath::algorithm::datatype
     corvath::algorithm::datatypes::EntrySequence, corvath::algorithm::datatypes::Parameter,
     corvath::algorithm::datatypes::SurrogateInfo,
     corvath::algorithm::datatypes::SurrogateInfoContainer, corvath::algorithm::datatypes::VRDB;
-using corvath::math::metamodel::LinearRegression,
+using corvath::math::Value, corvath::math::metamodel::LinearRegression,
     corvath::math::metamodel::LinearRegressionSettings;
 
 const Eigen::RowVector3d kLower(0.0, -1.0, 10.0);
@@ -31,6 +34,19 @@ Parameter MakeParameter(const std::wstring& name, double lower, double upper, do
   return parameter;
 }
 
+Value::Vector VectorOf(const std::vector<double>& entries) {
+  Value::Vector vector(entries.size());
+  std::copy(entries.begin(), entries.end(), vector.begin());
+  return vector;
+}
+
+/// Two columns.
+Value::Matrix MatrixOf(std::size_t rows, const std::vector<double>& entries) {
+  Value::Matrix matrix(rows, 2);
+  std::copy(entries.begin(), entries.end(), matrix.data().begin());
+  return matrix;
+}
+
 Design MakeDesign(const Eigen::RowVector3d& point, std::uint64_t number) {
   EntrySequence parameters;
   for (std::size_t i = 0; i < kPlateInputs.size(); ++i)
@@ -40,12 +56,13 @@ Design MakeDesign(const Eigen::RowVector3d& point, std::uint64_t number) {
 
   const auto output = [&](std::size_t k) { return PlateOutput(k, point(0), point(1), point(2)); };
   EntrySequence responses;
-  responses.Append(L"mass", CDesignEntry(Scalar(output(0))));
+  responses.Append(L"mass", CDesignEntry(Value(output(0), 0.0)));
   responses.Append(L"unmodelled", CDesignEntry(7.0));
   responses.Append(L"flat", CDesignEntry(output(1)));
-  responses.Append(L"stress", CDesignEntry(Vec({output(2), output(3), output(4)})));
-  responses.Append(L"history", CDesignEntry(Sig({0.0, 1.0}, {{2.0, 3.0}})));
-  responses.Append(L"tensor", CDesignEntry(Mat({{1.0, 2.0}, {3.0, 4.0}})));
+  responses.Append(L"stress", CDesignEntry(Value(VectorOf({output(2), output(3), output(4)}))));
+  responses.Append(L"history",
+                   CDesignEntry(Value::Signal(VectorOf({0.0, 1.0}), MatrixOf(1, {2.0, 3.0}))));
+  responses.Append(L"tensor", CDesignEntry(Value(MatrixOf(2, {1.0, 2.0, 3.0, 4.0}))));
 
   Design design(std::move(parameters), DesignId(number));
   design.SetResponses(std::move(responses));
@@ -158,4 +175,4 @@ void SetModel(VRDB& project, const std::wstring& output,
   });
 }
 
-}  // namespace support
+}  // namespace literature

@@ -3,7 +3,7 @@
 #include <array>
 #include <cmath>
 
-namespace support {
+namespace literature {
 
 /// A number with its exact derivatives by up to 10 variables (forward differentiation), so that one
 /// formula gives values and analytic gradients.
@@ -74,4 +74,4 @@ inline Dual Fourth(const Dual& a) {
   return Sq(Sq(a));
 }
 
-}  // namespace support
+}  // namespace literature
