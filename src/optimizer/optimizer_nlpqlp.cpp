@@ -132,7 +132,6 @@ void Optimizer::AppraiseStartStencil() {
     Refuse(L"NLPQLP: CriteriaSuccessInfo was not set properly (is wrong dimension).");
   if (!success_[0] || std::count(success_.begin(), success_.end(), true) < 2) {
     core_.IFAIL = kStartFailed;
-    phase_ = kCoreRunning;
     state_ = State::kTerminated;
     return;
   }
@@ -142,7 +141,6 @@ void Optimizer::AppraiseStartStencil() {
   }
   if (!EstimateGradient(true)) {
     core_.IFAIL = kGradientFailed;
-    phase_ = kCoreRunning;
     state_ = State::kTerminated;
     return;
   }

@@ -229,7 +229,7 @@ TEST(Propagation, GoesOnUntilThePrecisionAndSaysWhatItCannotTell) {
   EXPECT_TRUE(continuous.limits[1].design_points.empty());
   EXPECT_TRUE(std::isnan(continuous.correlations(0, 1)));
 
-  settings.most = 20000;
+  settings.most = 12800;  // twice 6400, and no more
   const Propagation discrete = Propagate(model, InputSpace(model, {}), settings);
   EXPECT_EQ(discrete.num_designs, 12800);
   ASSERT_EQ(discrete.notes.size(), 2U);
@@ -242,6 +242,28 @@ TEST(Propagation, GoesOnUntilThePrecisionAndSaysWhatItCannotTell) {
   EXPECT_THROW(Propagate(model, fixed, settings,
                          [](double share, const std::wstring&) { return share < 0.05; }),
                AnalysisCancelled);
+}
+
+TEST(Propagation, NoticesWhatImportanceSamplingMisses) {
+  // x1 <= 4, and a jump below -3.2 that no gradient leads to, with twenty times the violations.
+  const FunctionModel model = support::FunctionStudy(
+      Inputs(2, types::NORMAL, 0.0, 1.0),
+      {{L"g", [](const VectorXd& x) { return x(0) < -3.2 ? -1.0 : 4.0 - x(0); },
+        StudyQuantity::Kind::kLimit}});
+  PropagationSettings settings;
+  settings.num_designs = 40000;
+  const double exact = math::NormalCdf(-4.0) + math::NormalCdf(-3.2);
+  int num_told = 0;
+  for (settings.seed = 1; settings.seed <= 5; ++settings.seed) {
+    const LimitRisk risk = Propagate(model, InputSpace(model, {}), settings).limits.at(0);
+    const bool is_told =
+        !risk.warnings.empty() && risk.warnings[0].rfind(L"importance sampling disagrees", 0) == 0;
+    EXPECT_EQ(is_told, risk.importance->probability.high < exact) << settings.seed;
+    EXPECT_EQ(risk.method, LimitRisk::Method::kSampling);
+    EXPECT_TRUE(risk.probability.low < exact && exact < risk.probability.high);
+    num_told += is_told ? 1 : 0;
+  }
+  EXPECT_GT(num_told, 0);  // the others have come upon the jump
 }
 
 TEST(Propagation, EstimatesAViolationOfTheMeanDesign) {

@@ -96,6 +96,8 @@ class AnyTable(ProgramTest):
                 answers, _ = self.solve(long.encode(encoding))
                 self.assertEqual([round(float(row["y"]), 6) for row in answers],
                                  [3.0 * (i % 9) for i in range(4000)])
+        answers, _ = self.solve("a\n# of 4\n3\n")  # a comment is no row of the lone column
+        self.assertEqual([round(float(row["y"]), 6) for row in answers], [9.0])
         numbers = "x\ty\n" + "".join(f"{i % 9},5\t{i % 9 + 1},5\n" for i in range(20000))
         self.train(numbers.replace("\n", "\n# no, 1\n", 1), inputs="x")
 
@@ -121,6 +123,7 @@ class AnyTable(ProgramTest):
             "x,y\n1,2\n".encode("utf-16-le") + b"\x01\xd8": ["UTF-16", "damaged"],
             "x y\n1 2\n": ["row 1", "blanks", '"x y"'],
             "x,y\n5 mm,1\n": ["row 2", '"x"', '"5 mm"', "unit into the header"],
+            "x,y\n1,mm\n2,3\n": ["row 2", '"y"', '"mm"'],  # no row of units
             "x,y\n3,steel\nsteel,4\n": ["row 3", '"x"', '"steel"', "row 2", '"3"', "NA"],
             "x,y\n" + "".join(f"w{i},{i}\n" for i in range(9)): ["row 2", '"x"', "9 different",
                                                                 "--ignore"],

@@ -115,6 +115,14 @@ class ReportTest(unittest.TestCase):
                 if not np.isnan(values).all():
                     self.assertLessEqual(np.nanmax(np.abs(values - actual[:, k])),
                                          1e-9 * max(np.ptp(values), 1e-12), name)
+        self.open(STUDIES[1])
+        designs, responses = self.run_script("""
+            const data = JSON.parse(document.getElementById('data').textContent);
+            return [data.designs, data.models.responses];""")
+        for k, response in enumerate(responses):  # the definition of the CoP, by what is drawn
+            measured, predicted = np.array([designs["measured"][k], designs["predicted"][k]])
+            squares = np.sum((measured - predicted) ** 2) / np.sum((measured - measured.mean()) ** 2)
+            self.assertAlmostEqual(response["cop"], 1 - squares, delta=1e-9, msg=response["name"])
 
     def test_sliders_answer_to_keys_and_to_both_decimal_marks(self):
         self.open(TRUSS)
@@ -194,11 +202,12 @@ class ReportTest(unittest.TestCase):
             [w, p, v, v * v + 10 * words.index(w) + p] for w in words for p in plies for v in x]
         text = io.StringIO(newline="")
         csv.writer(text).writerows(rows)
-        page = pathlib.Path(self.folder.name, "words.html")
+        page = pathlib.Path(self.folder.name, 'a<b> & "words".html')
         zel("train", "-", "--inputs", "kind,plies,x", "--responses", "y", "--discrete", "plies",
             "--budget", "1", "--quiet", "-o", page.with_suffix(".vrdb"), "--report", page,
             stdin=text.getvalue().encode())
         self.browser.get(page.as_uri())
+        self.assertEqual(self.browser.title, page.stem)
         offered = [[option.text for option in select.find_elements(By.TAG_NAME, "option")]
                    for select in self.browser.find_elements(By.CSS_SELECTOR, "#sliders select")]
         self.assertEqual(offered, [sorted(words), ["1", "2", "8"]])

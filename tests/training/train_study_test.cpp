@@ -8,6 +8,7 @@
 #include "support/points.h"
 #include "support/temporary_directory.h"
 #include "support/testing.h"
+#include "training/settings_record.h"
 
 #include <zelsolver/zelsolver.hpp>
 
@@ -165,6 +166,10 @@ TEST(TrainStudy, TheProjectHoldsTheWholeTable) {
   const auto& record = zel.zel_settings_->advanced_settings_.pzel_settings_;
   EXPECT_TRUE(record.use_MLS_ && record.use_polynomials_);
   EXPECT_FALSE(record.use_Kriging_ || record.use_anisotropic_Kriging_);
+  TrainSettings important;
+  important.filters.always = {7, 3};
+  EXPECT_EQ(RecordOf(important).info_important_.transpose(),
+            (Eigen::Matrix<std::uint64_t, 1, 2>(7, 3)));
 }
 
 TEST(TrainStudy, AnObserverSeesTheWorkAndEndsIt) {

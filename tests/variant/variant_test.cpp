@@ -115,6 +115,9 @@ TEST(Variant, FlagsFollowTheData) {
   EXPECT_TRUE(Mat({{1, {0, 1e-300}}}).IsComplex());
   EXPECT_TRUE(Sig({0, 1}, {{1, {2, 1}}}).IsComplex());
   EXPECT_FALSE(Vec({1, {2, -0.0}}).IsComplex());
+  std::vector<Complex> long_one(3000, 1.0);
+  long_one.back() = {1.0, 1.0};
+  EXPECT_TRUE(Vec(long_one).IsComplex());
   // A scalar judges the square of its imaginary part by 2^-52.
   EXPECT_TRUE(Scalar(1, kNaN).IsComplex());
   EXPECT_TRUE(Scalar(1, 0x1p-26).IsComplex());
