@@ -160,11 +160,6 @@ TEST(Filters, DecimateTakesEveryNthSampleOfTheFirstChannel) {
 }
 
 TEST(Filters, SmoothAveragesShrinkingWindows) {
-  const auto smooth = OutcomeOf(fn::smoothFilter);
-  EXPECT_EQ(smooth(XY({0, 1, 2}, {0, 3, 0}), 1), Text(XY({0, 1, 2}, {1.5, 1, 1.5})));
-  EXPECT_EQ(smooth(Sig({3, 2, 1, 0}, {{0, 3, 6, 3}, {1, 1, 1, 5}}), 1),
-            Text(Sig({3, 2, 1, 0}, {{1.5, 3, 4, 4.5}, {1, 1, 7.0 / 3, 3}})));
-  EXPECT_EQ(smooth(XY({0, 1, 1, 2}, {0, 2, 4, 0}), 1), Text(XY({0, 1, 2}, {1.5, 1, 1.5})));
   // Against the sums of the windows themselves, where they start at any place of a block.
   for (const std::size_t n : {6u, 7u, 20u, 23u})
     for (std::size_t p = 1; 2 * p <= n; ++p) {
@@ -182,83 +177,16 @@ TEST(Filters, SmoothAveragesShrinkingWindows) {
             << n << ' ' << p << ' ' << i;
       }
     }
-  // What is not finite reaches the windows that hold it.
-  EXPECT_EQ(smooth(XY({0, 1, 2, 3, 4, 5}, {NAN, 1, 2, 3, 4, 5}), 1),
-            Text(XY({0, 1, 2, 3, 4, 5}, {NAN, NAN, 2, 3, 4, 4.5})));
-  EXPECT_EQ(smooth(Vec({1, 2}), 1), "CType: Input object of wrong type. Time signal expected.");
-  EXPECT_EQ(smooth(XY({0, 1}, {1, {0, 1}}), 1), "CType: Real input SIGNAL expected.");
-  const std::string range =
-      "CFilter: Number of points must be a positive integer and less than half the size of the "
-      "input.";
-  EXPECT_EQ(smooth(XY({0, 1, 2}, {0, 3, 0}), 0), range);
-  EXPECT_EQ(smooth(XY({0, 1, 2}, {0, 3, 0}), -1), range);
-  EXPECT_EQ(smooth(XY({0, 1, 2}, {0, 3, 0}), 2), range);
-  EXPECT_EQ(smooth(XY({1, 1, 1, 1}, {0, 3, 0, 1}), 2), range);
 }
 
 TEST(Filters, RefuseInOrder) {
   const Value x = XY({0, 0.5, 1}, {1, 2, 3});
-  const auto butter = [](const Value& s, const Value& cf, int order, int type, int start = 0) {
-    return Outcome([&](Value& r) {
-      fn::butterworthFilter(r, s, cf, order, type, 1, 0, 0, start, start, false);
-    });
-  };
-  const auto bessel = [&](int order) {
-    return Outcome(
-        [&](Value& r) { fn::besselFilter(r, x, Scalar(0.1), order, 0, 1, 0, 0, 0, 0, false); });
-  };
-  const auto cheby = [&](double ripple, bool second) {
-    return Outcome([&](Value& r) {
-      (second ? fn::chebyTwoFilter : fn::chebyOneFilter)(r, x, Scalar(0.1), ripple, 2, 0, 1, 0, 0,
-                                                         0, 0, false);
-    });
-  };
   const Value cf = Scalar(0.3);
-  EXPECT_EQ(butter(Vec({{0, 1}}), cf, 0, 9), "CType: Real input object expected.");
-  EXPECT_EQ(butter(Vec({1}), cf, 0, 9), "CType: Input object of wrong type. Time signal expected.");
-  EXPECT_EQ(butter(Value(), cf, 0, 9), "CType: Input object of wrong type. Time signal expected.");
-  EXPECT_EQ(butter(XY({0}, {1}), cf, 0, 9), "CDimension: Signal must have at least 2 data point.");
-  EXPECT_EQ(butter(x, Scalar(0, 1), 0, 9), "CFilter: Order must be positive.");
-  EXPECT_EQ(butter(x, Scalar(0, 1), 2147483647, 9), "CFilter: Order must not exceed 4096.");
-  EXPECT_EQ(bessel(0), "CFilter: Order must be within [1,10].");
-  EXPECT_EQ(bessel(11), "CFilter: Order must be within [1,10].");
-  EXPECT_EQ(cheby(0, false), "CFilter: Ripple must be positive.");
-  EXPECT_EQ(cheby(NAN, false), "CFilter: Ripple must be positive.");
-  EXPECT_EQ(cheby(-1, true), "CFilter: Ripple must be positive and not equal to 1.0.");
-  EXPECT_EQ(cheby(1, true), "CFilter: Ripple must be positive and not equal to 1.0.");
-  EXPECT_EQ(cheby(1.5, true), "CFilter: Ripple must be less than 1.0.");
-
-  const std::tuple<Value, int, const char*> cutoffs[] = {
-      {Scalar(0, 1), 9, "CType: Cutoff frequency must be real."},
-      {Vec({0.1, {0, 1}}), 0, "CType: Cutoff frequency must be real."},
-      {Value(true), 0,
-       "CFilter: Cutoff has to be SCALAR (in case LOWPASS or HIGHPASS) or VECTOR of size 2 (in "
-       "case "
-       "BANDPASS or BANDSTOP)."},
-      {Vec({0.1, 0.2}), kHighPass, "CDomain: Cutoff must be type of scalar."},
-      {Vec({0.1}), kBandPass, "CFilter: Vector with lower and upper cutoff expected."},
-      {Vec({0.2, 0.2}), kBandStop, "CFilter: Vector with lower and upper cutoff expected."},
-      {Vec({0.2, NAN}), kBandStop, "CFilter: Vector with lower and upper cutoff expected."},
-      {Vec({0, 0.2}), kBandPass,
-       "CDomain: Cutoff frequencies cf out of range. Must fulfill 0.0 < cf < '1.000000' ."},
-      {Vec({0.1, 1}), kBandPass,
-       "CDomain: Cutoff frequencies cf out of range. Must fulfill 0.0 < cf < '1.000000' ."},
-      {cf, kBandPass, "CDomain: Cutoff must be type of vector."},
-      {Scalar(1), kLowPass,
-       "CDomain: Cutoff frequency cf out of range. Must fulfill 0.0 < cf < '1.000000' ."},
-      {Scalar(-1), 9,
-       "CDomain: Cutoff frequency cf out of range. Must fulfill 0.0 < cf < '1.000000' ."},
-      {Scalar(NAN), kLowPass,
-       "CDomain: Cutoff frequency cf out of range. Must fulfill 0.0 < cf < '1.000000' ."},
-      {cf, 4, "CType: Wrong type: LOWPASS, HIGHPASS, BANDPASS or BANDSTOP expected."},
-      {cf, -1, "CType: Wrong type: LOWPASS, HIGHPASS, BANDPASS or BANDSTOP expected."},
-      // The prewarped edge is at pi/2 up to the tolerance of zero.
-      {Scalar(1 - 1e-10), kLowPass, "CDomain: Input to close to Pi/2.0 ."},
-  };
-  for (const auto& [cutoff, type, text] : cutoffs) EXPECT_EQ(butter(x, cutoff, 2, type), text);
-  EXPECT_EQ(butter(x, cf, 2, kLowPass, 2), "CFilter: Wrong condition: ZERO, CONSTANT expected.");
-  EXPECT_EQ(butter(XY({0, NAN, 1}, {1, 2, 3}), cf, 2, kLowPass).substr(0, 1), "C");
-
+  EXPECT_EQ(
+      Outcome([&](Value& r) {
+        fn::butterworthFilter(r, XY({0, NAN, 1}, {1, 2, 3}), cf, 2, kLowPass, 1, 0, 0, 0, 0, false);
+      }).substr(0, 1),
+      "C");
   const auto sae = [](const Value& s, const Value& f) {
     return Outcome([&](Value& r) { fn::saeFilter(r, s, f, 1, 0, 0, 0, 0, false); });
   };

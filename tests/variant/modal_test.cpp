@@ -53,28 +53,5 @@ TEST(Modal, SignatureDifferenceSeesTheScale) {
   EXPECT_FALSE(r.IsComplex());
 }
 
-TEST(Modal, PairsTakeTheFirstBestAboveTheLimit) {
-  const auto pairs = OutcomeOf(fn::modepairs);
-  const Value a = Mat({{1, 0, 1, 2}, {0, 1, 0, 1}});
-  const Value b = Mat({{3, 0, 2, 1, 0}, {0, 2, 1, -1, 0}});
-  EXPECT_EQ(pairs(a, b, Scalar(0.7)), Text(Vec({0, 1, 3, NAN, NAN})));
-  EXPECT_EQ(pairs(a, b, Scalar(1)), Text(Vec({NAN, NAN, NAN, NAN, NAN})));
-  EXPECT_EQ(pairs(a, b, Scalar(NAN)), Text(Vec({NAN, NAN, NAN, NAN, NAN})));
-  EXPECT_EQ(pairs(a, Vec({1}), Scalar(0)), "CType: modepairs: Inputs must be matrices.");
-  EXPECT_EQ(pairs(a, b, Scalar(0, 1)), "CType: modepairs: Limit must be a real scalar.");
-  EXPECT_EQ(pairs(a, b, Vec({1})), "CType: modepairs: Limit must be a real scalar.");
-  EXPECT_BEGINS(pairs(a, Mat({{1}}), Scalar(0)), "CDimension: MAC: Input matrices need the same");
-}
-
-TEST(Modal, Refuses) {
-  const Value tall = Mat({{1}, {2}}), wide = Mat({{1, 2}, {3, 4}}), other = Mat({{1}});
-  EXPECT_EQ(Out(fn::mac, tall, Vec({1, 2})), "CType: MAC: Inputs must be matrices.");
-  EXPECT_BEGINS(Out(fn::mac, tall, other), "CDimension: MAC: Input matrices need the same");
-  EXPECT_EQ(Out(fn::comac, Value(), tall), "CType: CoMAC: Inputs must be matrices.");
-  EXPECT_BEGINS(Out(fn::comac, tall, wide), "CDimension: CoMAC: Input matrices need the");
-  EXPECT_EQ(Out(fn::sdi, Scalar(1), tall), "CType: SDI: Input must be a matrices.");
-  EXPECT_BEGINS(Out(fn::sdi, tall, other), "CDimension: SDI: Input matrices need the same");
-}
-
 }  // namespace
 }  // namespace corvath::math
