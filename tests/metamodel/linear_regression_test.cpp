@@ -334,6 +334,24 @@ TEST(RidgeSolver, PlainCoefficientsAreTheSamePolynomial) {
   EXPECT_LT(Deviation(model.Approximate(points), expected), 1e-10);
 }
 
+TEST(RidgeSolver, TheOptimalPenaltyHasTheLeastErrorWithoutEachPoint) {
+  const Eigen::MatrixXd points =
+      support::UniformPoints(12, 1, 3);  // no products: squares alone bend
+  const Eigen::VectorXd values = points.col(0) + 0.5 * support::UniformVector(12, 4);
+  LinearRegression model(points, values, Quadratic(1));
+  IndexVector singles(12);
+  std::iota(singles.begin(), singles.end(), 0);
+  Eigen::VectorXd predicted;
+  EXPECT_EQ(model.BuildOptimalRidge(singles, singles, predicted).curvature, 0.3);
+  const double least = (values - predicted).squaredNorm();
+  for (const double curvature : {1.0, 0.3})
+    for (double logarithm = -6.0; logarithm < 2.1; logarithm += 0.4) {
+      const RidgePenalty other{std::pow(10.0, logarithm), curvature};
+      EXPECT_GE((values - model.CrossValidateRidge(other, singles)).squaredNorm(),
+                least * (1.0 - 1e-9));
+    }
+}
+
 TEST(RidgeSolver, WithoutTermsItIsTheMeanOfTheOthers) {
   const Eigen::Vector4d values(1.0, 2.0, 3.0, 6.0);
   const RidgeSolver solver(Eigen::MatrixXd(4, 0), values);

@@ -1,6 +1,9 @@
 #include "analysis/optimisation/global_search.h"
 
+#include "analysis/optimisation/population_search.h"
 #include "literature/known_programs.h"
+
+#include <atomic>
 
 namespace {
 
@@ -56,6 +59,24 @@ TEST(GlobalSearch, EndsWhereNoPointKeepsTheLimits) {
   unsetenv("ZELSOLVER_NUM_THREADS");
   EXPECT_TRUE(inside.IsFeasible());
   EXPECT_NEAR(inside.objective, 0.3 - 1.0 / std::sqrt(3.14159e4), 1e-6);
+}
+
+TEST(PopulationSearch, KeepsItsNumberOfEvaluations) {
+  std::atomic<int> num_evaluated{0};
+  const auto program =
+      literature::MakeProgram(Eigen::Vector2d::Zero(), Eigen::Vector2d::Ones(), {1}, 0,
+                              [&](const Eigen::RowVectorXd& x) -> Eigen::RowVectorXd {
+                                ++num_evaluated;
+                                return (40.0 * x).array().sin().matrix().head(1);
+                              });
+  PopulationSettings settings;
+  settings.evaluations = 1000;
+  std::mt19937 random(1);
+  SearchByPopulations(
+      program, [](const Eigen::MatrixXd& values) -> Eigen::VectorXd { return values.col(0); }, {},
+      settings, random);
+  EXPECT_LE(num_evaluated, 1000);
+  EXPECT_GE(num_evaluated, 700);  // a run wants 300
 }
 
 }  // namespace

@@ -33,11 +33,11 @@ TEST(ParetoFront, CoversThePublishedFronts) {
 
 TEST(ParetoFront, HasAnEndWhereTheOtherObjectiveIsBest) {
   // (x, max(0.5 - x, 0)^2): all x from 0.5 on have the least second value, 0.5 the least first one.
-  const auto flat = support::MakeProgram(Eigen::Vector2d::Zero(), Eigen::Vector2d::Ones(), {1, 1},
-                                         0, [](const Eigen::RowVectorXd& x) {
-                                           const double below = std::max(0.5 - x(0), 0.0);
-                                           return Eigen::RowVector2d(x(0), below * below);
-                                         });
+  const auto flat = literature::MakeProgram(Eigen::Vector2d::Zero(), Eigen::Vector2d::Ones(),
+                                            {1, 1}, 0, [](const Eigen::RowVectorXd& x) {
+                                              const double below = std::max(0.5 - x(0), 0.0);
+                                              return Eigen::RowVector2d(x(0), below * below);
+                                            });
   const ParetoFront front = Front(flat, 2);
   EXPECT_TRUE(((front.objectives.col(0).array() - 0.5).abs() < 0.01 &&
                front.objectives.col(1).array() < 1e-4)
