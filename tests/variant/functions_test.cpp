@@ -4,7 +4,6 @@
 #include "variant/operators/binary_functions.h"
 #include "variant/operators/elementwise.h"
 #include "variant/value/complex_parts.h"
-#include "variant/value/constructors.h"
 #include "variant/value/random_values.h"
 
 namespace corvath::math {
