@@ -4,6 +4,7 @@
 #include "support/testing.h"
 
 #include <new>
+#include <thread>
 
 namespace corvath::zel::api {
 namespace {
@@ -12,6 +13,7 @@ TEST(CallFrame, TurnsWhateverIsThrownIntoStatusAndText) {
   const auto throws = [](auto exception) { return Call([&] { throw exception; }); };
   EXPECT_EQ(throws(std::runtime_error("no file")), 2);
   EXPECT_STREQ(GetLastError(), "no file");
+  std::thread([] { EXPECT_STREQ(GetLastError(), "no file"); }).join();  // which has called nothing
   EXPECT_EQ(throws(StatusError(41, "too small")), 41);
   EXPECT_STREQ(GetLastError(), "too small");
   EXPECT_EQ(throws(utils::out_of_range(L"wide")), 2);

@@ -155,7 +155,7 @@ TEST(QL, EnlargesAMatrixThatIsNotPositiveDefinite) {
 
 TEST(QL, ComesDownFromAfarWithoutItsRounding) {
   // The minimum without constraints lies at x1 = 1.2e17, where doubles are 16 apart; the first row
-  // cuts x1 off at 2e-5. As problem 13 of the published collection produces it; in both orders.
+  // cuts x1 off at 2e-5. As problem 13 of the published collection produces it.
   Program p(2, 1, 0);
   p.c.diagonal() << 1.6777216e-17, 1.0;
   p.d << -2.0, 0.0;
@@ -167,13 +167,6 @@ TEST(QL, ComesDownFromAfarWithoutItsRounding) {
   EXPECT_NEAR(s.x(0), 2e-5, 1e-15);
   EXPECT_EQ(s.x(1), 0.0);
   EXPECT_NEAR(s.u(0), 2e8, 1e-5);  // 2 = 1e-8 u
-  Program turned(2, 1, 0);
-  turned.c.diagonal() = p.c.diagonal().reverse();
-  turned.d = p.d.reverse();
-  turned.a = p.a.rowwise().reverse();
-  turned.b = p.b;
-  turned.lower = p.lower.reverse();
-  EXPECT_EQ(Solve(turned).x(0), 0.0);
 
   // The same walk, and a row that holds with equality at its end: it depends on the two others.
   p.a = Eigen::Matrix2d{{-1e-8, -1.0}, {-1e-8, -3.0}};

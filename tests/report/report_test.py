@@ -304,8 +304,11 @@ class ReportTest(unittest.TestCase):
         self.browser.find_element(By.CSS_SELECTOR, "#analyses button").click()
         found = json.loads(zel("optimize", TRUSS, "--minimize", "mass", "--json"))
         answers = self.answers()
-        least = float(re.search(r"Least mass = (\S+)",
-                                self.browser.find_element(By.TAG_NAME, "pre").text)[1])
+        text = self.browser.find_element(By.TAG_NAME, "pre").text
+        least = float(re.search(r"Least mass = (\S+)", text)[1])
+        for name, value in found["inputs"].items():
+            self.assertAlmostEqual(float(re.search(rf"\n *{name} +(\S+)", text)[1]), value,
+                                   delta=1e-4 * value, msg=name)
         self.assertAlmostEqual(float(answers["mass"]), least, delta=1e-4 * least)
         self.assertAlmostEqual(float(answers["displacement"]), 2.0, delta=1e-3)  # the active limit
         self.assertEqual(found["status"], "optimal")

@@ -51,6 +51,15 @@ TEST(FormChoice, AFormThatFailsAtOneDesignWinsNotWithoutItEither) {
   EXPECT_EQ(Choose(SquaredErrors(values, predicted)(others, Eigen::all), 0, 1), 2u);
 }
 
+TEST(FormChoice, TheRobustFormIsTheFirstOfThreeThatAllInputsHave) {
+  const Candidate constant{kConstantForm}, plane{kPlaneForm}, one{kIsotropicForm};
+  const Candidate each{kAnisotropicForm}, bowl{kBowlForm};
+  EXPECT_EQ(FindRobust({{&constant, true}, {&each, true}, {&one, true}}), 1u);
+  EXPECT_EQ(FindRobust({{&constant, true}, {&plane, true}, {&each, false}, {&one, true}}), 3u);
+  EXPECT_EQ(FindRobust({{&constant, true}, {&plane, true}, {&each, true}}), 2u);
+  EXPECT_EQ(FindRobust({{&constant, true}, {&bowl, true}, {&each, false}}), 0u);
+}
+
 TEST(Blend, IsOneKrigingThatFollowsTheMeanOfAll) {
   const Eigen::MatrixXd points = support::UniformPoints(40, 3, 1);
   const Eigen::VectorXd values = 3.0 * points.col(0) - points.col(1) +
