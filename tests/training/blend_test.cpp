@@ -52,8 +52,14 @@ TEST(FormChoice, AFormThatFailsAtOneDesignWinsNotWithoutItEither) {
 }
 
 TEST(FormChoice, TheRobustFormIsTheFirstOfThreeThatAllInputsHave) {
-  const Candidate constant{kConstantForm}, plane{kPlaneForm}, one{kIsotropicForm};
-  const Candidate each{kAnisotropicForm}, bowl{kBowlForm};
+  const auto of_form = [](const CandidateForm& form) {
+    Candidate candidate;
+    candidate.form = form;
+    return candidate;
+  };
+  const Candidate constant = of_form(kConstantForm), plane = of_form(kPlaneForm),
+                  one = of_form(kIsotropicForm), each = of_form(kAnisotropicForm),
+                  bowl = of_form(kBowlForm);
   EXPECT_EQ(FindRobust({{&constant, true}, {&each, true}, {&one, true}}), 1u);
   EXPECT_EQ(FindRobust({{&constant, true}, {&plane, true}, {&each, false}, {&one, true}}), 3u);
   EXPECT_EQ(FindRobust({{&constant, true}, {&plane, true}, {&each, true}}), 2u);
