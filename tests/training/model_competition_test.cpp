@@ -113,6 +113,8 @@ TEST(ModelCompetition, MoreRowsThanKrigingBearsLoseNothing) {
   EXPECT_EQ(chosen.text.find(L"Linear"), std::wstring::npos);
   EXPECT_LT(chosen.rows.size(), static_cast<std::size_t>(kRows));
   EXPECT_EQ(chosen.model->GetPoints(), Eigen::MatrixXd(points(chosen.rows, Eigen::all)));
+  const Eigen::VectorXd& residuals = chosen.model->GetResiduals();
+  EXPECT_NEAR(residuals.norm() / std::sqrt(static_cast<double>(residuals.size())), 0.1, 0.01);
   ASSERT_GE(chosen.limits.size(), 2u);
   EXPECT_NE(chosen.limits[0].find(L"of 6000 designs"), std::wstring::npos);
 }
