@@ -96,8 +96,8 @@ void MovingLeastSquares::CompleteOldForm() {
     if (values_trans_.size() == 0)
       values_trans_ = trans_value_ ? Eigen::VectorXd(trans_value_->Forward(values_)) : values_;
     if (points_trans_reduced_.size() == 0)
-      points_trans_reduced_ = ReduceColumns(trans_coord_ ? trans_coord_->Forward(*points_) : *points_,
-                                            GetVariableSelection());
+      points_trans_reduced_ = ReduceColumns(
+          trans_coord_ ? trans_coord_->Forward(*points_) : *points_, GetVariableSelection());
   } catch (const std::logic_error&) {
     // Parts that do not fit each other: the model stays incomplete and is refused when it is used.
   }
