@@ -36,12 +36,6 @@ boost::shared_ptr<Transform> BuiltCopy(const Transform& installed,
   return copy;
 }
 
-const boost::shared_ptr<const Eigen::MatrixXd>& NoPoints() {
-  static const boost::shared_ptr<const Eigen::MatrixXd> none =
-      boost::make_shared<Eigen::MatrixXd>();
-  return none;
-}
-
 std::wstring NameOrNone(const boost::shared_ptr<Transform>& trans) {
   return trans ? trans->GetName() : L"none";
 }
@@ -49,7 +43,7 @@ std::wstring NameOrNone(const boost::shared_ptr<Transform>& trans) {
 }  // namespace
 
 SurrogateBase::SurrogateBase()
-    : points_(NoPoints()),
+    : points_(boost::make_shared<Eigen::MatrixXd>()),
       trans_coord_(boost::make_shared<transform::TransMinMax>()),
       logger_(boost::make_shared<utils::log::LogDummy>()) {}
 
