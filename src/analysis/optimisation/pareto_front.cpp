@@ -79,15 +79,23 @@ class FrontSearch {
     ranges_ = ends.colwise().maxCoeff() - ideal_;
     for (double& range : ranges_)
       if (!(range > 0.0)) range = 1.0;  // this objective is at its best with the others
-    // Each end as good in the other objectives as the first one lets it be, in each order of them.
-    constexpr double kFirst = 1e-4, kSecond = 1e-2;
+    // Each end as good in the other objectives as the first one lets it be, in each order of them: the
+    // second search begins where the first one came, and gives of the first objective what rounding
+    // does.
+    constexpr double kFirst[] = {1e-4, 1e-8}, kSecond = 1e-2;
     for (Eigen::Index i = 0; i < count; ++i) {
       for (Eigen::Index second = 0; second < count; ++second) {
         if (second == i) continue;
-        Eigen::VectorXd direction = ranges_.transpose();
-        direction(i) *= kFirst;
-        if (count > 2) direction(second) *= kSecond;
-        Add(Search(ideal_.transpose(), direction, {points[static_cast<std::size_t>(i)]}));
+        Evaluated end = points[static_cast<std::size_t>(i)];
+        for (const double first : kFirst) {
+          Eigen::VectorXd direction = ranges_.transpose();
+          direction(i) *= first;
+          if (count > 2) direction(second) *= kSecond;
+          Evaluated better = Search(ideal_.transpose(), direction, {end});
+          if (!better.IsFinite()) break;
+          Accept(better);
+          end = std::move(better);
+        }
       }
       Accept(points[static_cast<std::size_t>(i)]);
     }
