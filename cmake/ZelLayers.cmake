@@ -1,6 +1,8 @@
 # The layers of src/ and how targets name them.
 find_package(Boost 1.74 REQUIRED COMPONENTS serialization filesystem date_time)
 find_package(Eigen3 3.4 REQUIRED)
+set_property(TARGET Eigen3::Eigen APPEND PROPERTY INTERFACE_COMPILE_OPTIONS
+  "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include ${CMAKE_SOURCE_DIR}/src/foundation/eigen_storage.h>")
 find_package(TBB 2021 REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(CRYPTOPP REQUIRED IMPORTED_TARGET libcrypto++)

@@ -1,16 +1,20 @@
 // Memory runs out at the n-th allocation of a call through the C interfaces: the call fails and says
 // so, or succeeds with the same numbers; nothing is lost, and the next call works.
-// ZEL_EVERY_ALLOCATION=1 tries each n, in place of the first ones and a sample of the others.
+// ZEL_EVERY_ALLOCATION=1 tries each n, in place of the first ones and a sample of the others. The call
+// is forked where the allocation fails: no trial repeats what comes before, and a crash is told with
+// its n. It runs on one thread for that.
 
 #include "support/testing.h"
 #include "zelsolver/study.h"
 #include "zelsolver/zelsolver.h"
 
+#include <Eigen/Core>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 
 extern "C" {
@@ -23,13 +27,46 @@ void __libc_free(void* block);
 
 namespace {
 
+/// One run of the call: the allocations from `first` to `last` fail.
+struct Trial {
+  long first;
+  long last;
+  int status;  ///< of the process, as waitpid has it
+};
+
 std::atomic<long> num_allocations{0};
 std::atomic<long> num_blocks{0};  ///< that are allocated now
-std::atomic<long> first_failure{0};
-std::atomic<long> last_failure{-1};
+long first_failure = 0;
+long last_failure = -1;
+/// The next allocation to fork at; 0 for none.
+long next_fork = 0;
+long NextFork(long number);  ///< after that one
+std::array<Trial, 10> failed_trials;
+std::size_t num_failed_trials = 0;
+
+/// Once alone, and with all that follow. True in the children, in which the allocation fails.
+bool ForkTrials(long number) {
+  for (const long last : {number, LONG_MAX}) {
+    const pid_t child =
+        _Fork();  // without the libraries' handlers: they take locks that the call holds
+    if (child == 0) {
+      next_fork = 0;
+      first_failure = number;
+      last_failure = last;
+      return true;
+    }
+    Trial trial{number, last, -1};
+    if (waitpid(child, &trial.status, 0) == child && trial.status == 0) continue;
+    if (num_failed_trials < failed_trials.size()) failed_trials[num_failed_trials] = trial;
+    ++num_failed_trials;
+  }
+  next_fork = NextFork(number);
+  return false;
+}
 
 bool Fails() {
   const long number = ++num_allocations;
+  if (number == next_fork) return ForkTrials(number);
   return number >= first_failure && number <= last_failure;
 }
 
@@ -108,81 +145,80 @@ bool AreSame(const Numbers& a, const Numbers& b) {
   return std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
 }
 
-/// What is wrong after the allocations from `first` to `last` failed in a call; "" for nothing.
-const char* FaultOfCall(const Use& use, const Numbers& expected, long first, long last) {
-  use.prepare();
-  Numbers out(use.size, kUntouched);
-  const Numbers before = out;
-  const long start = num_allocations;
-  first_failure = start + first;
-  last_failure = start + last;
-  const int status = use.call(out);
-  last_failure = -1;
-  if (status == 0 && !AreSame(out, expected)) return "success with other numbers";
-  if (status != 0 && !AreSame(out, before)) {
-    // Blocks of a solve that were written before are right, and the rest is as it was.
-    for (std::size_t i = 0; i < out.size(); ++i)
-      if (std::memcmp(&out[i], &expected[i], sizeof(double)) != 0 && out[i] != kUntouched)
-        return "failure with wrong numbers";
-  }
-  if (status != 0 && (use.error() == nullptr || *use.error() == '\0'))
-    return "failure without a text";
-  out = before;
-  if (use.call(out) != 0 || !AreSame(out, expected)) return "the next call does not work";
-  return "";
+constexpr const char* kFaults[] = {"",
+                                   "success with other numbers",
+                                   "failure with wrong numbers",
+                                   "failure without a text",
+                                   "the next call does not work",
+                                   "a block is lost"};
+enum Fault { kNone, kOtherNumbers, kWrongNumbers, kNoText, kNextCall, kLostBlock };
+
+/// Whether trial goes on to another call, which may be long: all of a sample do.
+bool TriesAgain(long number) {
+  return std::getenv("ZEL_EVERY_ALLOCATION") == nullptr || number % 16 == 0;
 }
 
-/// Likewise, when everything has been given back.
-const char* Fault(const Use& use, const Numbers& expected, long first, long last) {
-  const long baseline = num_blocks;
-  const char* const fault = FaultOfCall(use, expected, first, last);
-  use.close();
-  return *fault == '\0' && num_blocks > baseline ? "a block is lost" : fault;
+/// What is wrong after a call with allocations that failed.
+Fault FaultOfCall(const Use& use, int status, Numbers& out, const Numbers& expected) {
+  if (status == 0 && !AreSame(out, expected)) return kOtherNumbers;
+  // Blocks of a solve that were written before are right, and the rest is as it was.
+  for (std::size_t i = 0; i < out.size(); ++i)
+    if (status != 0 && std::memcmp(&out[i], &expected[i], sizeof(double)) != 0 &&
+        out[i] != kUntouched)
+      return kWrongNumbers;
+  if (status != 0 && (use.error() == nullptr || *use.error() == '\0')) return kNoText;
+  std::fill(out.begin(), out.end(), kUntouched);
+  if (TriesAgain(first_failure) && (use.call(out) != 0 || !AreSame(out, expected)))
+    return kNextCall;
+  return kNone;
 }
 
-/// Which n to try, of `count`: the first ones, then ever sparser.
-std::vector<long> Sample(long count) {
-  const bool every = std::getenv("ZEL_EVERY_ALLOCATION") != nullptr;
-  std::vector<long> numbers;
-  for (long n = 1; n <= count; n += every ? 1 : std::max(1L, std::min(n, count) / 20 + (n * 7) % 3))
-    numbers.push_back(n);
-  return numbers;
+long start_of_call = 0;
+
+/// The first ones of a call, then ever sparser.
+long NextFork(long number) {
+  if (std::getenv("ZEL_EVERY_ALLOCATION") != nullptr) return number + 1;
+  const long n = number - start_of_call;
+  return number + std::max(1L, n / 20 + (n * 7) % 3);
 }
 
-/// Children of this process, so that a crash is told with its n.
 void TryAll(const char* name, const Use& use) {
   SCOPED_TRACE(name);
   Numbers expected(use.size, kUntouched);
+  Numbers out(use.size, kUntouched);
   dzel2_hasSurrogate(kNoFile);  // the text of an error keeps its block
   zelstudy_result* none = nullptr;
   zelstudy_hash(kNoFile, &none);
-  long count = 0;
   for (int warm = 0; warm < 2; ++warm) {
     use.prepare();
-    const long start = num_allocations;
     ASSERT_EQ(use.call(expected), 0) << use.error();
-    count = num_allocations - start;
     use.close();
   }
-  ASSERT_GT(count, 10);
-  for (const long n : Sample(count))
-    for (const long last : {n, count * 10}) {  // once, and from then on
-      int ends[2];
-      ASSERT_EQ(pipe(ends), 0);
-      const pid_t child = fork();
-      if (child == 0) {
-        const char* const fault = Fault(use, expected, n, last);
-        _exit(write(ends[1], fault, std::strlen(fault)) < 0 ? 1 : 0);
-      }
-      close(ends[1]);
-      char text[100] = "";
-      EXPECT_GE(read(ends[0], text, sizeof text - 1), 0);
-      close(ends[0]);
-      int status = 0;
-      ASSERT_EQ(waitpid(child, &status, 0), child);
-      EXPECT_STREQ(text, "") << "allocation " << n << " to " << last << " of " << count;
-      EXPECT_EQ(status, 0) << "allocation " << n << " to " << last << " of " << count;
-    }
+  const long baseline = num_blocks;
+  use.prepare();
+  num_failed_trials = 0;
+  start_of_call = num_allocations;
+  next_fork = start_of_call + 1;
+  const int status = use.call(out);
+  next_fork = 0;
+  if (last_failure > 0) {  // a child
+    last_failure = -1;
+    const Fault fault = FaultOfCall(use, status, out, expected);
+    use.close();
+    _exit(fault == kNone && num_blocks > baseline ? kLostBlock : fault);
+  }
+  const long count = num_allocations - start_of_call;
+  use.close();
+  EXPECT_EQ(status, 0);
+  EXPECT_TRUE(AreSame(out, expected));
+  EXPECT_GT(count, 10);
+  for (std::size_t k = 0; k < std::min(num_failed_trials, failed_trials.size()); ++k) {
+    const Trial& trial = failed_trials[k];
+    ADD_FAILURE() << "allocation " << trial.first - start_of_call << " of " << count
+                  << (trial.last == LONG_MAX ? " and all that follow: " : ": ")
+                  << (WIFEXITED(trial.status) ? kFaults[WEXITSTATUS(trial.status)] : "a signal");
+  }
+  EXPECT_EQ(num_failed_trials, 0U) << "of " << 2 * count;
 }
 
 const char* SolverError() {
@@ -245,6 +281,20 @@ TEST(OutOfMemory, OfATrainingIsAnErrorAndNothingIsLost) {
   };
   const auto nothing = [] {};
   TryAll("train", {nothing, train, zelstudy_last_error, nothing, x.size()});
+}
+
+TEST(OutOfMemory, OfAMatrixThatChangesItsSizeLeavesItEmpty) {
+  const auto check = [](auto matrix) {
+    matrix.setOnes();
+    first_failure = last_failure = num_allocations + 1;
+    EXPECT_THROW(matrix.resize(3, 5), std::bad_alloc);
+    EXPECT_EQ(matrix.size(), 0);
+  };
+  check(Eigen::MatrixXd(2, 4));
+  check(Eigen::Array<int, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>(2, 4));
+  check(Eigen::Matrix<double, 3, Eigen::Dynamic>(3, 2));
+  check(Eigen::Matrix<double, Eigen::Dynamic, 5>(2, 5));
+  last_failure = -1;
 }
 
 }  // namespace
