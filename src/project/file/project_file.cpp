@@ -35,11 +35,18 @@ std::string ReadContent(std::istream& stream, VRDB& project, const fs::path& pat
   return outer.flag != 0 ? CompleteHeaderText(outer.text, path) : BuildHeaderText(project, path);
 }
 
+/// The file's name without its extension. Boost's own allocates where it must not throw.
+std::string Stem(const fs::path& path) {
+  std::string name = path.filename().native();
+  const std::size_t dot = name.rfind('.');
+  return dot == std::string::npos || name == "." || name == ".." ? name : name.substr(0, dot);
+}
+
 /// Tells the algorithm's record where files beside the project stand.
 void SetFileContext(const VRDB& project, const fs::path& path) {
   const auto& info = project.GetAlgorithmInfo();
   if (info && info->GetDetailedInformation())
-    info->GetDetailedInformation()->SetFileContext(path.parent_path(), path.stem());
+    info->GetDetailedInformation()->SetFileContext(path.parent_path(), Stem(path));
 }
 
 /// Passes bytes on and no locale. The beginning and the end of an archive set that of the buffer it
