@@ -134,9 +134,9 @@ bool DualActiveSet::Factorise() {
     Eigen::Index k = 0;
     for (; k < n_; ++k) {
       for (Eigen::Index i = 0; i < k; ++i)
-        c(i, k) = (c(k, i) - c.col(i).head(i).dot(c.col(k).head(i))) / c(i, i);
+        c(i, k) = (c(k, i) - Dot(i, c.col(i).data(), c.col(k).data())) / c(i, i);
       const double full = diagonal_(k) + enlargement_;
-      const double pivot = full - c.col(k).head(k).squaredNorm();
+      const double pivot = full - Dot(k, c.col(k).data(), c.col(k).data());
       if (!std::isfinite(pivot)) return false;
       if (pivot <= 0.0 || !IsSignificant(pivot, std::abs(full))) {
         enlargement_ = std::max(2.0 * enlargement_, enlargement_ + FailedPivotShortfall(k, pivot));
@@ -175,7 +175,7 @@ void DualActiveSet::InvertFactor() {
     y(k) = 1.0;
     for (Eigen::Index i = k; i >= 0; --i) {
       y(i) /= r(i, i);
-      y.head(i) -= y(i) * r.col(i).head(i);
+      AddMultiple(i, -y(i), r.col(i).data(), y.data());
     }
   }
 }
@@ -316,7 +316,7 @@ bool DualActiveSet::StepDirections(std::int32_t constraint) {
   for (Eigen::Index k = q - 1; k >= 0; --k) {
     const double* const column = Column(k);
     change_(k) /= column[k];
-    change_.head(k) -= change_(k) * Eigen::Map<const Eigen::VectorXd>(column, k);
+    AddMultiple(k, -change_(k), column, change_.data());
   }
 
   // No column of J is longer than J, whose norm neither reflections nor rotations change: what
@@ -350,7 +350,8 @@ void DualActiveSet::Append(std::int32_t constraint, double multiplier) {
   const double square = tail.squaredNorm();
   if (square > 0.0) {
     normal_ = direction_ - target * j_.col(q);
-    for (Eigen::Index k = q; k < n_; ++k) j_.col(k) -= (2.0 / square * tail(k - q)) * normal_;
+    for (Eigen::Index k = q; k < n_; ++k)
+      AddMultiple(n_, -2.0 / square * tail(k - q), normal_.data(), j_.col(k).data());
   }
   double* const column = Column(q);
   std::copy_n(projected_.data(), q, column);
@@ -413,7 +414,7 @@ void DualActiveSet::Recompute() {
   for (Eigen::Index k = 0; k < q; ++k) {
     const double* const column = Column(k);
     projected_(k) = -Residual(active_[k]);
-    projected_(k) -= Eigen::Map<const Eigen::VectorXd>(column, k).dot(projected_.head(k));
+    projected_(k) -= Dot(k, column, projected_.data());
     projected_(k) /= column[k];
   }
   Multiply(j_.transpose(), Eigen::Map<const Eigen::VectorXd>(program_.linear, n_), direction_);
@@ -423,7 +424,7 @@ void DualActiveSet::Recompute() {
   for (Eigen::Index k = q - 1; k >= 0; --k) {
     const double* const column = Column(k);
     multipliers_(k) /= column[k];
-    multipliers_.head(k) -= multipliers_(k) * Eigen::Map<const Eigen::VectorXd>(column, k);
+    AddMultiple(k, -multipliers_(k), column, multipliers_.data());
   }
   for (Eigen::Index k = 0; k < q; ++k)
     if (!IsEquality(active_[k])) multipliers_(k) = std::max(multipliers_(k), 0.0);
@@ -440,7 +441,7 @@ bool DualActiveSet::Refine() {
   // Gradient of the Lagrangian, with C = R'R.
   for (Eigen::Index i = 0; i < n_; ++i) direction_(i) = r.row(i).tail(n_ - i).dot(x_.tail(n_ - i));
   for (Eigen::Index i = 0; i < n_; ++i)
-    projected_(i) = r.col(i).head(i + 1).dot(direction_.head(i + 1)) + program_.linear[i];
+    projected_(i) = Dot(i + 1, r.col(i).data(), direction_.data()) + program_.linear[i];
   double worst = 0.0;
   for (Eigen::Index k = 0; k < q; ++k) {
     LoadNormal(active_[k]);
@@ -454,7 +455,7 @@ bool DualActiveSet::Refine() {
   // dx = J (y1, -J2'g) with T'y1 = -residual; the multipliers change by T^-1 (J1'g + y1).
   for (Eigen::Index k = 0; k < q; ++k) {
     const double* const column = Column(k);
-    change_(k) -= Eigen::Map<const Eigen::VectorXd>(column, k).dot(change_.head(k));
+    change_(k) -= Dot(k, column, change_.data());
     change_(k) /= column[k];
   }
   projected_.head(q) = change_.head(q);
@@ -463,7 +464,7 @@ bool DualActiveSet::Refine() {
   for (Eigen::Index k = q - 1; k >= 0; --k) {
     const double* const column = Column(k);
     change_(k) /= column[k];
-    change_.head(k) -= change_(k) * Eigen::Map<const Eigen::VectorXd>(column, k);
+    AddMultiple(k, -change_(k), column, change_.data());
   }
   AddProduct(j_, projected_, x_);
   multipliers_.head(q) += change_.head(q);
