@@ -37,7 +37,7 @@ void HandleInterruptions() {
     sigaction(number, nullptr, &action);
     if (action.sa_handler == SIG_IGN) continue;  // as under nohup
     action.sa_handler = OnSignal;
-    action.sa_flags = SA_RESETHAND;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);  // the highest bit
     sigaction(number, &action, nullptr);
   }
 }

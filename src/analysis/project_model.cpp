@@ -5,6 +5,7 @@
 #include "design/designs/input_columns.h"
 #include "design/parameters/random_conversion.h"
 #include "foundation/constants.h"
+#include "foundation/text_stream.h"
 #include "metamodel/local_errors.h"
 #include "project/records/detailed_information.h"
 
@@ -16,7 +17,6 @@
 #include <mutex>
 #include <new>
 #include <set>
-#include <sstream>
 #include <utility>
 
 namespace corvath::analysis {
@@ -188,7 +188,7 @@ Eigen::MatrixXd ProjectModel::Criteria(const ConstPoints& x, const ConstPoints& 
 }
 
 Eigen::VectorXd ProjectModel::StandardErrors() const {
-  std::call_once(errors_once_, [this] { standard_errors_ = FindStandardErrors(); });
+  errors_once_.Do([this] { standard_errors_ = FindStandardErrors(); });
   return standard_errors_;
 }
 
@@ -223,7 +223,7 @@ Eigen::MatrixXd ProjectModel::LocalErrors(Index response, const ConstPoints& x) 
 }
 
 const StudyDesigns& ProjectModel::GetDesigns() const {
-  std::call_once(designs_once_, [this] { designs_ = FindDesigns(); });
+  designs_once_.Do([this] { designs_ = FindDesigns(); });
   return designs_;
 }
 
@@ -235,7 +235,7 @@ StudyDesigns ProjectModel::FindDesigns() const {
     if (off.count(design.GetId()) == 0) active.push_back(design);
   StudyDesigns designs;
   for (const Design& design : active) {
-    std::wostringstream number;
+    utils::WideTextStream number;
     number << design.GetId();
     designs.numbers.push_back(number.str());
   }

@@ -3,11 +3,10 @@
 #include "analysis/study_model.h"
 #include "design/named_sequence.h"
 #include "foundation/log.h"
+#include "foundation/once.h"
 #include "solver/zel_solver.h"
 
 #include <boost/shared_ptr.hpp>
-
-#include <mutex>
 
 namespace corvath::analysis {
 
@@ -50,9 +49,9 @@ class ProjectModel : public StudyModel {
   mutable zel::IdleCriteria idle_criteria_;
   std::vector<std::wstring> input_names_;
   std::vector<std::wstring> output_names_;
-  mutable std::once_flag errors_once_;
+  mutable utils::Once errors_once_;
   mutable Eigen::VectorXd standard_errors_;
-  mutable std::once_flag designs_once_;
+  mutable utils::Once designs_once_;
   mutable StudyDesigns designs_;
 };
 

@@ -3,6 +3,7 @@
 #include "foundation/environment.h"
 #include "foundation/replacement_file.h"
 #include "foundation/text.h"
+#include "foundation/text_stream.h"
 
 #include <boost/archive/xml_iarchive.hpp>
 #include <boost/archive/xml_oarchive.hpp>
@@ -18,6 +19,7 @@
 #include <cstdint>
 #include <fstream>
 #include <locale>
+#include <new>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
@@ -195,8 +197,7 @@ void Parse(const std::string& text, StoredMacros& stored) {
 }
 
 std::string Print(const CalculatorTypeTraits::Macros& macros) {
-  std::ostringstream stream;
-  stream.imbue(std::locale::classic());
+  utils::TextStream stream;
   {
     const StoredMacros stored{macros};
     boost::archive::xml_oarchive archive(stream);
@@ -224,11 +225,15 @@ MacroFileContent ReadMacroFile(const fs::path& path) {
     const std::string text = ReadFile(path);
     try {
       Parse(text, stored);
+    } catch (const std::bad_alloc&) {
+      throw;
     } catch (const std::exception&) {
       throw std::runtime_error(stored.macros.empty() ? "damaged, or no macro file"
                                                      : "damaged behind macro " +
                                                            std::to_string(stored.macros.size()));
     }
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& failure) {
     content.problem = failure.what();
   }
@@ -239,6 +244,8 @@ MacroFileContent ReadMacroFile(const fs::path& path) {
 CalculatorTypeTraits::Macros LoadMacros(const fs::path& path) {
   try {
     return ReadMacroFile(path.empty() ? GetMacroFilePath() : path).macros;
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {
     return {};
   }

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
 #include <stdexcept>
 #include <tuple>
 #include <utility>
@@ -98,6 +99,8 @@ bool Criterion::IsViolated() const {
   double number = std::numeric_limits<double>::quiet_NaN();
   try {
     number = GetValue().ToDouble();
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {  // no number, so not a violation
   }
   return number < 0.0 && !math::IsClose(number, 0.0);

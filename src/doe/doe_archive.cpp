@@ -1,5 +1,6 @@
 #include "archive/instantiate.h"
 #include "doe/doe.h"
+#include "foundation/text_stream.h"
 
 #include <algorithm>
 #include <locale>
@@ -10,8 +11,7 @@ namespace corvath::math {
 
 template <class Archive>
 void DOE::save(Archive& ar, unsigned int /*version*/) const {
-  std::ostringstream text;
-  text.imbue(std::locale::classic());
+  utils::TextStream text;
   text << generator_;
   const std::string saved_generator = text.str();
   ar& BOOST_SERIALIZATION_NVP(numdimensions_);

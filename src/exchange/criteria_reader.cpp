@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -159,6 +160,8 @@ class Reader {
     try {
       calculator_.GetWorkspace().texts.Parse(criterion.GetExpression());
       Define(name, {{Reference(Kind::kCriterion, position)}, false});
+    } catch (const std::bad_alloc&) {
+      throw;
     } catch (const std::exception&) {  // no object; why shows when its sides are read
     }
   }
@@ -173,6 +176,8 @@ class Reader {
       if (DepthOf(state.value) > kMaxDepth) throw NotDescribable("its text nests too deep");
     } catch (const NotDescribable& error) {
       state.reason = error.what();
+    } catch (const std::bad_alloc&) {
+      throw;
     } catch (const std::exception& error) {
       state.reason = utils::ToUtf8(utils::MessageOf(error));
     }

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <string>
 
 namespace corvath::exchange {
@@ -272,6 +273,8 @@ ResponseModel ReadModel(const SurrogateBase& surrogate, const std::vector<std::s
       AddBackStep(surrogate.GetTransLimit(), model);
     }
   } catch (const NotDescribable&) {
+    throw;
+  } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {
     throw NotDescribable(utils::ToUtf8(utils::MessageOf(error)));

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "foundation/log.h"
+#include "foundation/text_stream.h"
 
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <sstream>
 #include <string>
 
 namespace corvath::utils::log {
@@ -30,7 +30,7 @@ class LogLine {
   /// Appends `value` as a wide stream prints it.
   template <class T>
   LogLine& operator<<(const T& value) {
-    std::wostringstream stream;
+    WideTextStream stream;
     stream << value;
     return Append(stream.str());
   }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <mutex>
+#include "foundation/once.h"
 
 namespace corvath::utils {
 
@@ -21,7 +21,7 @@ class UntilUnload {
   /// The value; the first call takes what `make` returns. Threads may call at once.
   template <class Make>
   T& Get(const Make& make) {
-    std::call_once(once_, [&] { value_ = new T(make()); });
+    once_.Do([&] { value_ = new T(make()); });
     return *value_;
   }
   T& Get() {
@@ -29,7 +29,7 @@ class UntilUnload {
   }
 
  private:
-  std::once_flag once_;
+  Once once_;
   T* value_ = nullptr;
 };
 

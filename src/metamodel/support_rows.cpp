@@ -1,8 +1,7 @@
 #include "metamodel/support_rows.h"
 
 #include "foundation/exception.h"
-
-#include <sstream>
+#include "foundation/text_stream.h"
 
 namespace corvath::math::metamodel {
 
@@ -12,7 +11,7 @@ void RequireSameRows(std::initializer_list<SupportRows> parts) {
     if (part.number == 0) continue;
     if (!first) first = &part;
     if (part.number == first->number) continue;
-    std::wostringstream message;
+    utils::WideTextStream message;
     message << L"Surrogate needs same number of " << first->name << L" (" << first->number
             << L") and " << part.name << L" (" << part.number << L")";
     throw utils::runtime_error(message.str());

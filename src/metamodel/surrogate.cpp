@@ -5,6 +5,7 @@
 #include "foundation/log_line.h"
 #include "foundation/same_figures.h"
 #include "foundation/text.h"
+#include "foundation/text_stream.h"
 #include "metamodel/factories.h"
 #include "metamodel/support_rows.h"
 #include "metamodel/transforms/trans_min_max.h"
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <new>
-#include <sstream>
 #include <stdexcept>
 
 namespace corvath::math::metamodel {
@@ -159,7 +159,7 @@ void SurrogateBase::ReduceColumns(const ConstPoints& matrix, const BitVector& fi
 
 void SurrogateBase::RequireSupportData() const {
   if (GetNumberPoints() != values_.size()) {  // here, none is a number too
-    std::wostringstream message;
+    utils::WideTextStream message;
     message << L"Surrogate needs same number of support points (" << GetNumberPoints()
             << L") and values (" << values_.size() << L")";
     throw utils::runtime_error(message.str());
@@ -183,7 +183,7 @@ void SurrogateBase::RequireValues() const {
 
 void SurrogateBase::RequireInputs(Eigen::Index columns) const {
   if (columns == GetNumberInputs()) return;
-  std::wostringstream message;
+  utils::WideTextStream message;
   message << L"Surrogate approximate needs same number of input dimension (" << columns
           << L") as support points (" << GetNumberInputs() << L")";
   throw utils::runtime_error(message.str());

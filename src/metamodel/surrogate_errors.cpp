@@ -1,11 +1,11 @@
 #include "foundation/exception.h"
+#include "foundation/text_stream.h"
 #include "metamodel/central_differences.h"
 #include "metamodel/error_radii.h"
 #include "metamodel/local_errors.h"
 #include "metamodel/surrogate.h"
 
 #include <algorithm>
-#include <sstream>
 #include <stdexcept>
 
 /// What a built model hands to the classes that estimate its errors and gradients.
@@ -59,7 +59,7 @@ void SurrogateBase::SetErrors(const Eigen::VectorXd& residuals, const IndexVecto
 
 Eigen::MatrixXd SurrogateBase::ApproximateErrors(const ConstPoints& points) const {
   if (points.cols() != GetNumberInputs()) {
-    std::wostringstream message;
+    utils::WideTextStream message;
     message << L"Surrogate approximate errors needs same number of input dimension ("
             << points.cols() << L") as support points (" << GetNumberInputs() << L")";
     throw utils::runtime_error(message.str());

@@ -3,6 +3,7 @@
 #include "archive/instantiate.h"
 #include "foundation/exception.h"
 #include "foundation/same_figures.h"
+#include "foundation/text_stream.h"
 #include "metamodel/kernels/kernel.h"
 
 #include <Eigen/LU>
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <cmath>
 #include <new>
-#include <sstream>
 #include <stdexcept>
 
 namespace corvath::math::metamodel {
@@ -54,7 +54,7 @@ Eigen::MatrixXd BuildSystem(const Eigen::MatrixXd& p) {
 Eigen::FullPivLU<Eigen::MatrixXd> Factorise(const Eigen::MatrixXd& scaled_points) {
   Eigen::FullPivLU<Eigen::MatrixXd> factors(BuildSystem(scaled_points));
   if (factors.rank() != factors.rows()) {
-    std::wostringstream message;
+    utils::WideTextStream message;
     message << L"Surrogate can not compute the internal coefficients. The support points correlate "
                L"and lead to a non-invertible matrix (rank "
             << factors.rank() << L", matrix dimension " << factors.rows() << L").";
@@ -65,7 +65,7 @@ Eigen::FullPivLU<Eigen::MatrixXd> Factorise(const Eigen::MatrixXd& scaled_points
 
 void RequireValuePerPoint(const Eigen::MatrixXd& points, const Eigen::VectorXd& values) {
   if (points.rows() == values.size() && points.rows() > 0) return;
-  std::wostringstream message;
+  utils::WideTextStream message;
   message << L"Surrogate needs the same number of support points (=" << points.rows()
           << L") and values (=" << values.size() << L").";
   throw utils::runtime_error(message.str());
@@ -122,13 +122,13 @@ Eigen::VectorXd SurrogateTPS::Approximate(const ConstPoints& points) const {
   const Eigen::Index m = scaled_points_.rows();
   const Eigen::Index n = scaled_points_.cols();
   if (points.cols() != m) {
-    std::wostringstream message;
+    utils::WideTextStream message;
     message << L"Surrogate expected another dimension of points (obtained " << points.cols()
             << L", expected " << m << L").";
     throw utils::runtime_error(message.str());
   }
   if (coeffs_.size() != n + 1 + m) {
-    std::wostringstream message;
+    utils::WideTextStream message;
     message << L"Thin Plate Splines: " << coeffs_.size() << L" coefficients for " << n
             << L" support points and " << m << L" inputs";
     throw utils::runtime_error(message.str());

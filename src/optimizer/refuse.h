@@ -1,15 +1,14 @@
 #pragma once
 
 #include "foundation/exception.h"
-
-#include <sstream>
+#include "foundation/text_stream.h"
 
 namespace corvath::algorithm::optimizer {
 
 /// Throws utils::runtime_error with the parts as a wide stream prints them one after the other.
 template <class... Parts>
 [[noreturn]] void Refuse(const Parts&... parts) {
-  std::wostringstream text;
+  utils::WideTextStream text;
   (text << ... << parts);
   throw utils::runtime_error(text.str());
 }

@@ -2,6 +2,7 @@
 
 #include "archive/archive_flags.h"
 #include "archive/instantiate.h"
+#include "foundation/text_stream.h"
 #include "project/models/surrogate_info_container.h"
 #include "project/records/legacy_conversion.h"
 #include "project/records/reliability_information.h"
@@ -55,7 +56,7 @@ boost::shared_ptr<AlgorithmInfo> WithoutSupportData(const boost::shared_ptr<Algo
 }  // namespace
 
 std::string VRDB::PackDeactivatedDesigns() const {
-  std::ostringstream stream(std::ios::binary);
+  utils::TextStream stream;
   portable_binary_oarchive archive(stream, 0);
   archive << deactivated_designs_;
   return stream.str();

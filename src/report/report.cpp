@@ -8,6 +8,7 @@
 #include "exchange/write_json.h"
 #include "foundation/constants.h"
 #include "foundation/text.h"
+#include "foundation/text_stream.h"
 #include "project/records/detailed_information.h"
 #include "report/page_parts.h"
 #include "solver/zel_solver.h"
@@ -19,7 +20,6 @@
 
 #include <cmath>
 #include <new>
-#include <sstream>
 #include <unordered_map>
 #include <utility>
 
@@ -68,8 +68,7 @@ std::string PolicySource(std::string_view text) {
 }
 
 std::string IdText(const algorithm::datatypes::DesignId& id) {
-  std::ostringstream text;
-  text.imbue(std::locale::classic());
+  utils::TextStream text;
   text << id.GetValue();
   for (const auto* next = id.GetNext(); next != nullptr; next = next->GetNext())
     text << '.' << next->GetValue();
@@ -198,13 +197,14 @@ std::string DistributionText(ZELSolver& solver, const std::string& input) {
     const auto variable = algorithm::datatypes::ParameterToRV(*parameter);
     const auto names = variable->GetMomentNames();
     const Eigen::VectorXd stats = variable->GetStats();
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
+    utils::TextStream text;
     text << ToUtf8(variable->GetTypeName());
     for (std::size_t i = 0; i < names.size() && static_cast<Eigen::Index>(i) < stats.size(); ++i)
       text << (i == 0 ? ": " : ", ") << ToUtf8(names[i]) << ' '
            << stats(static_cast<Eigen::Index>(i));
     return text.str();
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& error) {
     return error.what();
   }

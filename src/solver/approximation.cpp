@@ -57,6 +57,8 @@ void ZELSolver::ApproximateInto(const ConstPoints& matrix, ExtrapolationType typ
     const auto predicted =
         ApproximateOutputs(matrix, static_cast<std::size_t>(matrix.rows()), responses);
     if (criteria != nullptr) EvaluateCriteria(matrix, responses, predicted, criteria);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& error) {
     LogLine(GetLogger(), kError) << L"Error in approximation: " << utils::MessageOf(error);
     if (throw_on_error) throw;

@@ -1,11 +1,9 @@
 #include "foundation/exception.h"
 #include "foundation/log_line.h"
+#include "foundation/text_stream.h"
 #include "solver/zel_solver.h"
 
 #include <zelsolver/zelsolver.h>
-
-#include <locale>
-#include <sstream>
 
 namespace corvath::zel {
 namespace {
@@ -26,8 +24,7 @@ bool HasOutside(const Eigen::Ref<const Eigen::VectorXd>& column, double lower, d
 
 /// Numbers as "%g" prints them, whatever the locale.
 std::wstring DescribeViolation(double value, const std::wstring& name, double lower, double upper) {
-  std::wostringstream text;
-  text.imbue(std::locale::classic());
+  utils::WideTextStream text;
   text << L"Value " << value << L" of Parameter " << name << L" violates bounds: [" << lower
        << L", " << upper << L"]";
   return text.str();

@@ -62,6 +62,8 @@ std::vector<double> ZELSolver::EvaluateModel(const std::wstring& response,
           evaluator(vrdb_, response, model.surrogate, ModelPoints(rows, model.columns).Get()));
     });
     return Join(std::move(parts));
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& error) {
     if (throw_on_error) throw;
     problems.push_back(L"Evaluation of response \"" + response + L"\" failed: " +
@@ -136,6 +138,8 @@ void ZELSolver::BuildErrorsOnce(const std::wstring& response) {
     }
     const std::lock_guard<std::mutex> lock(names_mutex_);
     with_errors_.insert(surrogate.get());
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {
     // An unknown response: the evaluation says so, after its check of the bounds.
   }

@@ -2,12 +2,12 @@
 
 #include "foundation/closeness.h"
 #include "foundation/exception.h"
+#include "foundation/text_stream.h"
 #include "stochastics/normal_quantile.h"
 
 #include <array>
 #include <cmath>
 #include <optional>
-#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -98,7 +98,7 @@ Nodes WeightedValues(const RV& variable, const Nodes& t, const Nodes& u) {
 
 void RequireCorrelation(double rho) {
   if (std::abs(rho) <= 1.0 || math::IsClose(std::abs(rho), 1.0)) return;
-  std::ostringstream message;
+  utils::TextStream message;
   message << "_rho (" << rho << ") is outside of its domain";
   throw std::domain_error(message.str());
 }
@@ -125,7 +125,7 @@ class NumericAdjustment {
       if (std::abs(error) <= kTolerance) return rho0;
       if (std::isnan(rho0)) break;
     }
-    std::wostringstream message;
+    utils::WideTextStream message;
     message << L"Can not adjust correlation matrix for Nataf model: Error computing modified "
                L"correlation (rho = "
             << rho0 << L")";

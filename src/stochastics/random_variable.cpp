@@ -4,13 +4,12 @@
 #include "foundation/closeness.h"
 #include "foundation/exception.h"
 #include "foundation/log.h"
+#include "foundation/text_stream.h"
 #include "foundation/until_unload.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <locale>
-#include <sstream>
 
 namespace corvath {
 
@@ -243,8 +242,7 @@ void RV::serialize(Archive& ar, const unsigned int) {
 }
 
 std::wstring RV::Format(double number) {
-  std::wostringstream stream;
-  stream.imbue(std::locale::classic());
+  utils::WideTextStream stream;
   stream << number;
   return stream.str();
 }

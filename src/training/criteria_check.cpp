@@ -2,9 +2,9 @@
 
 #include "calculator/calculator.h"
 #include "design/indexed_name.h"
+#include "foundation/text_stream.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace corvath::training {
 namespace {
@@ -38,7 +38,7 @@ void RequireNoConstantInputs(const TrainingTable& table, const CriterionSequence
     const auto named = calculator.GetDependencies(definition.GetExpression());
     for (const auto& [name, value] : constants) {
       if (named.count(name) == 0) continue;
-      std::wostringstream message;
+      utils::WideTextStream message;
       message << L"Criterion \"" << criterion << L"\" names the constant input \"" << name
               << L"\"; write its value, " << value << L".";
       throw TrainingError(message.str(), criterion);

@@ -1,5 +1,6 @@
 #include "training/train_study.h"
 
+#include "foundation/text_stream.h"
 #include "metamodel/kriging/ordinary_kriging.h"
 #include "project/file/project_file.h"
 #include "training/criteria_check.h"
@@ -11,7 +12,6 @@
 #include <cmath>
 #include <iomanip>
 #include <optional>
-#include <sstream>
 
 namespace corvath::training {
 namespace {
@@ -72,7 +72,7 @@ std::optional<std::wstring> NoiseNote(const TrainedResponse& trained,
                                       const Eigen::VectorXd& values) {
   const double deviation = std::sqrt((values.array() - values.mean()).square().mean());
   if (!(trained.noise > 0.03 * deviation)) return std::nullopt;  // also for NaN
-  std::wostringstream note;
+  utils::WideTextStream note;
   note << std::setprecision(2) << L"Response \"" << trained.name
        << L"\": kriging finds noise with a standard deviation of " << trained.noise << L".";
   return note.str();

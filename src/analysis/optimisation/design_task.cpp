@@ -2,11 +2,11 @@
 
 #include "analysis/optimisation/expected_errors.h"
 #include "foundation/text.h"
+#include "foundation/text_stream.h"
 
 #include <algorithm>
 #include <cmath>
 #include <set>
-#include <sstream>
 
 namespace corvath::analysis {
 namespace {
@@ -14,7 +14,7 @@ namespace {
 using utils::Quoted;
 
 std::wstring NumberText(double value) {
-  std::wostringstream text;
+  utils::WideTextStream text;
   text << value;
   return text.str();
 }

@@ -2,12 +2,12 @@
 
 #include "foundation/constants.h"
 #include "foundation/text.h"
+#include "foundation/text_stream.h"
 #include "metamodel/local_errors.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <sstream>
 
 namespace corvath::analysis {
 namespace {
@@ -66,7 +66,7 @@ PredictionTrust TrustOf(const StudyModel& model, Eigen::Index response,
 std::wstring FlatInputs(const DesignTask& task, const Eigen::MatrixXd& extent) {
   constexpr double kWide = 0.01;  // of the range
   const NonlinearProgram& program = task.GetProgram();
-  std::wostringstream text;
+  utils::WideTextStream text;
   for (Eigen::Index i = 0; i < extent.cols(); ++i) {
     if (!(extent(1, i) - extent(0, i) > kWide * (program.upper(i) - program.lower(i)))) continue;
     text << (text.tellp() > 0 ? L", " : L"")

@@ -1,6 +1,7 @@
 #include "design/designs/design_manager.h"
 
 #include <cstddef>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
@@ -34,6 +35,8 @@ bool IsConvertible(CDesignEntry target, const CDesignEntry& value) {
   try {
     target.Assign(value, /*parse_strings=*/false);
     return true;
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {
     return false;
   }

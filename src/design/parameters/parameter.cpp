@@ -3,10 +3,10 @@
 #include "archive/instantiate.h"
 #include "design/random_uuid.h"
 #include "foundation/exception.h"
+#include "foundation/text_stream.h"
 
 #include <algorithm>
 #include <iterator>
-#include <sstream>
 
 namespace corvath::algorithm::datatypes {
 
@@ -17,7 +17,7 @@ constexpr double kReferenceTolerance = 2.220446049250313e-14;
 /// Raises the texts of `parts`, one behind the other.
 template <class... Parts>
 [[noreturn]] void Raise(const Parts&... parts) {
-  std::wostringstream text;
+  utils::WideTextStream text;
   (text << ... << parts);
   throw utils::runtime_error(text.str());
 }

@@ -3,13 +3,13 @@
 #include "foundation/exception.h"
 #include "foundation/log_line.h"
 #include "foundation/same_figures.h"
+#include "foundation/text_stream.h"
 #include "metamodel/factories.h"
 #include "metamodel/kernels/kernel_block.h"
 #include "metamodel/kriging/definite_factor.h"
 #include "metamodel/regression/quadratic_box_cox.h"
 
 #include <algorithm>
-#include <sstream>
 #include <stdexcept>
 #include <typeinfo>
 
@@ -105,7 +105,7 @@ void OrdinaryKriging::RequireConsistent() const {
   if (static_cast<std::uint64_t>(support.cols()) == CountBits(GetVariableSelection()) &&
       (radius_per_input ? parameters.size() == support.cols() : parameters.size() > 0))
     return;
-  std::wostringstream message;
+  utils::WideTextStream message;
   message << L"Kriging: support points of " << support.cols() << L" inputs and "
           << parameters.size() << L" kernel parameters for " << CountBits(GetVariableSelection())
           << L" selected inputs";
@@ -117,7 +117,7 @@ Eigen::VectorXd OrdinaryKriging::Approximate(const ConstPoints& points) const {
   RequireConsistent();
   const BitVector selection = GetVariableSelection();
   if (static_cast<std::size_t>(points.cols()) != selection.size()) {
-    std::wostringstream message;
+    utils::WideTextStream message;
     message << L"Surrogate approximate needs same number of input dimension (" << points.cols()
             << L") as support points (" << selection.size() << L")";
     throw utils::runtime_error(message.str());

@@ -2,6 +2,7 @@
 
 #include "foundation/exception.h"
 #include "foundation/same_figures.h"
+#include "foundation/text_stream.h"
 #include "metamodel/cross_validation_groups.h"
 #include "metamodel/factories.h"
 #include "metamodel/kernels/kernel_block.h"
@@ -12,7 +13,6 @@
 #include <Eigen/LU>
 
 #include <algorithm>
-#include <sstream>
 #include <stdexcept>
 #include <typeinfo>
 
@@ -112,7 +112,7 @@ void MovingLeastSquares::RequireConsistent() const {
   if (n > 0 && points_trans_reduced_.rows() == n && points_trans_reduced_.cols() == num_selected &&
       has_basis)
     return;
-  std::wostringstream message;
+  utils::WideTextStream message;
   message << L"Moving Least Squares: " << n << L" values, support points of "
           << points_trans_reduced_.rows() << L" x " << points_trans_reduced_.cols()
           << L" and a basis of " << coefficient_matrix_.rows() << L" x "

@@ -2,6 +2,7 @@
 
 #include "foundation/exception.h"
 #include "foundation/same_figures.h"
+#include "foundation/text_stream.h"
 #include "metamodel/regression/polynomial_basis.h"
 
 #include <Eigen/Cholesky>
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <limits>
 #include <set>
-#include <sstream>
 #include <stdexcept>
 #include <typeinfo>
 
@@ -107,7 +107,7 @@ bool LinearRegression::BuildOptimal(const IndexVector&) {
 void LinearRegression::RequireConsistent() const {
   if (!IsBuilt()) throw utils::runtime_error(L"can not approximate - build first");
   const std::uint64_t expected = GetNumberCoefficients();
-  std::wostringstream message;
+  utils::WideTextStream message;
   if (settings_.GetNumberInputs() != static_cast<std::uint64_t>(GetNumberInputs())) {
     message << L"Linear Regression: settings for " << settings_.GetNumberInputs()
             << L" inputs, support points with " << GetNumberInputs();
@@ -124,7 +124,7 @@ void LinearRegression::RequireSupportMatrix() const {
       coefficient_matrix_.cols() == coefficients_.size() && coefficients_.size() > 0 &&
       (weights_.size() == 0 || weights_.size() == values_.size()))
     return;
-  std::wostringstream message;
+  utils::WideTextStream message;
   message << L"Linear Regression: regression matrix of " << coefficient_matrix_.rows() << L" x "
           << coefficient_matrix_.cols() << L" and " << weights_.size() << L" weights for "
           << values_.size() << L" support points and " << coefficients_.size() << L" coefficients";
@@ -194,7 +194,7 @@ Eigen::VectorXd LinearRegression::ApproximateCrossValidation(const IndexVector& 
   if (subsets.size() == 0) return ApproximateLeaveOneOut();
   if (!IsBuilt()) throw utils::runtime_error(L"can not calculate CV approximation - build first");
   if (subsets.size() != values_.size()) {
-    std::wostringstream message;
+    utils::WideTextStream message;
     message << L"Surrogate approximate CV needs same number of support points (" << values_.size()
             << L") as subset indeces (" << subsets.size() << L")";
     throw utils::runtime_error(message.str());

@@ -1,6 +1,5 @@
+#include "foundation/text_stream.h"
 #include "metamodel/regression/linear_regression.h"
-
-#include <sstream>
 
 /// The texts of a linear regression: name, description and the polynomial as a formula.
 namespace corvath::math::metamodel {
@@ -26,7 +25,7 @@ std::wstring LinearRegression::GetName(bool short_form) const {
 }
 
 std::wstring LinearRegression::GetDescription() const {
-  std::wostringstream text;
+  utils::WideTextStream text;
   text << GetName(false);
   if (coefficients_.size() > 0) {
     text << L" | ( ";
@@ -51,7 +50,7 @@ std::wstring LinearRegression::GetModelFunction(const std::vector<std::wstring>&
 
   const auto m = static_cast<std::size_t>(GetNumberInputs());
   const std::vector<std::wstring> inputs = InputNames(names, settings_.GetInputNames(), m);
-  std::wostringstream text;
+  utils::WideTextStream text;
   const double* coefficient = plain.coefficients_.data();
   text << *coefficient++;
   const auto write_coefficient = [&] {

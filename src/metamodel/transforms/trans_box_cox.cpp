@@ -2,9 +2,9 @@
 
 #include "archive/instantiate.h"
 #include "foundation/same_figures.h"
+#include "foundation/text_stream.h"
 
 #include <cmath>
-#include <sstream>
 #include <stdexcept>
 
 namespace corvath::math::transform {
@@ -56,7 +56,7 @@ void TransBoxCox::BackwardInPlace(Eigen::Ref<Eigen::MatrixXd> data) const {
 }
 
 std::wstring TransBoxCox::GetName() const {
-  std::wostringstream name;
+  utils::WideTextStream name;
   name << L"BoxCox (" << lambda_ << L", ";
   if (trans_minmax_.GetScaling().size() == 1) name << trans_minmax_.GetScaling()(0) << L" ";
   for (const Eigen::VectorXd* offset :

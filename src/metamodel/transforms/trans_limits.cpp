@@ -1,8 +1,8 @@
 #include "metamodel/transforms/trans_limits.h"
 
 #include "archive/instantiate.h"
+#include "foundation/text_stream.h"
 
-#include <sstream>
 #include <stdexcept>
 
 namespace corvath::math::transform {
@@ -23,7 +23,7 @@ void TransLimits::BackwardInPlace(Eigen::Ref<Eigen::MatrixXd> data) const {
 }
 
 std::wstring TransLimits::GetName() const {
-  std::wostringstream name;
+  utils::WideTextStream name;
   name << L"Limits (" << lower_limit_ << L", " << upper_limit_ << L")";
   return name.str();
 }

@@ -2,9 +2,9 @@
 
 #include "archive/instantiate.h"
 #include "foundation/same_figures.h"
+#include "foundation/text_stream.h"
 
 #include <cmath>
-#include <sstream>
 #include <stdexcept>
 
 namespace corvath::math::transform {
@@ -50,7 +50,7 @@ void TransMinMax::BackwardInPlace(Eigen::Ref<Eigen::MatrixXd> data) const {
 }
 
 std::wstring TransMinMax::GetName() const {
-  std::wostringstream name;
+  utils::WideTextStream name;
   name << L"MinMax ( " << min_scaled_ << L", " << max_scaled_ << L" )";
   return name.str();
 }

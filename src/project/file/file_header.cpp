@@ -1,5 +1,6 @@
 #include "project/file/file_header.h"
 
+#include "project/file/json_writing.h"
 #include "project/vrdb.h"
 
 #include <json/reader.h>
@@ -49,7 +50,7 @@ std::string ToText(const Json::Value& root) {
   builder["commentStyle"] = "None";
   builder["indentation"] = "";
   builder["useSpecialFloats"] = true;
-  return Json::writeString(builder, root);
+  return WriteJson(builder, root);
 }
 
 /// Three numbers separated by points at the start of `text`, whatever follows. False without them.

@@ -177,6 +177,8 @@ bool SurrogateInfoContainer::CheckAvailable(const LogPointer& logger) const {
     if (!info.GetSurrogate()) continue;
     try {
       if (!info.GetSurrogate()->CheckAvailable(logger)) return false;
+    } catch (const std::bad_alloc&) {
+      throw;
     } catch (const std::exception& error) {
       utils::log::LogLine(logger, utils::log::kError)
           << L"Availability check failed: " << error.what();

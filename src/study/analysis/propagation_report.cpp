@@ -1,6 +1,7 @@
 #include "study/analysis/propagation_report.h"
 
 #include "foundation/text.h"
+#include "foundation/text_stream.h"
 #include "study/analysis/quantity_kind.h"
 #include "study/analysis/run_analysis.h"
 #include "study/describe/help_text.h"
@@ -14,7 +15,6 @@
 #include <cmath>
 #include <iterator>
 #include <numeric>
-#include <sstream>
 
 namespace corvath::study {
 namespace {
@@ -51,8 +51,7 @@ std::string ProbabilityText(double p) {
 
 std::string NumberText(double value, int digits = 4) {
   if (!std::isfinite(value)) return "-";
-  std::ostringstream text;
-  text.imbue(std::locale::classic());
+  utils::TextStream text;
   text.precision(digits);
   text << value;
   return text.str();
@@ -364,8 +363,7 @@ void PropagationReport::PrintLimits(std::ostream& out) const {
 }
 
 std::string PropagationReport::GetText() const {
-  std::ostringstream out;
-  out.imbue(std::locale::classic());
+  utils::TextStream out;
   out << result_.num_designs << " designs (" << SchemeText(settings_.scheme) << "), "
       << Short(100.0 * settings_.confidence) << " % intervals"
       << (settings_.with_errors ? ", with the errors of the models" : "") << '\n';

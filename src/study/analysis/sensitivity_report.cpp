@@ -1,6 +1,7 @@
 #include "study/analysis/sensitivity_report.h"
 
 #include "foundation/text.h"
+#include "foundation/text_stream.h"
 #include "study/analysis/quantity_kind.h"
 #include "study/analysis/run_analysis.h"
 #include "study/describe/help_text.h"
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <sstream>
 
 namespace corvath::study {
 namespace {
@@ -25,8 +25,7 @@ constexpr double kSmall = 0.005;
 
 std::string Fixed(double value) {
   if (!std::isfinite(value)) return "-";
-  std::ostringstream text;
-  text.imbue(std::locale::classic());
+  utils::TextStream text;
   text.setf(std::ios::fixed);
   text.precision(3);
   text << value;
@@ -170,7 +169,7 @@ std::string Headline(const analysis::StudyQuantity& kind, const QuantitySensitiv
 }  // namespace
 
 std::string SensitivityReport::GetText() const {
-  std::ostringstream out;
+  utils::TextStream out;
   out << Wrapped("Shares of the variance of each quantity, inputs " +
                      std::string(study_.IsOverDistributions() ? "as they scatter"
                                                               : "even between their bounds") +

@@ -1,12 +1,12 @@
 #include "study/decide/optimum_text.h"
 
 #include "foundation/text.h"
+#include "foundation/text_stream.h"
 #include "study/describe/json_text.h"
 #include "study/describe/text_table.h"
 #include "study/table/csv_cell.h"
 
 #include <cmath>
-#include <sstream>
 
 namespace corvath::study {
 namespace {
@@ -302,7 +302,7 @@ Optimization OptimumText::Describe(const analysis::Optimum& optimum) const {
   result.success =
       optimum.status == OptimumStatus::kOptimal || optimum.status == OptimumStatus::kFeasible;
   result.document = OptimumJson(optimum);
-  std::ostringstream out;
+  utils::TextStream out;
   std::vector<std::string> notes;
   for (const auto& note : optimum.notes) notes.push_back(ToUtf8(note));
   if (optimum.status == OptimumStatus::kFailed) {
@@ -405,7 +405,7 @@ Optimization OptimumText::Describe(const analysis::ParetoFront& front,
     table.AddRow(row);
     result.document["front"].append(entry);
   }
-  std::ostringstream out;
+  utils::TextStream out;
   out << "Pareto front: " << n
       << " designs, of which none is better than another in all objectives\n";
   table.Print(out, "  ");
@@ -447,7 +447,7 @@ Optimization OptimumText::Describe(const std::vector<analysis::NextDesign>& desi
     if (!by_error) row.push_back(Short(design.prediction));
     table.AddRow(row);
   }
-  std::ostringstream out;
+  utils::TextStream out;
   out << "Designs to analyse next\n";
   table.Print(out, "  ");
   result.text = out.str();

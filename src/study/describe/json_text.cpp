@@ -1,5 +1,7 @@
 #include "study/describe/json_text.h"
 
+#include "project/file/json_writing.h"
+
 #include <cmath>
 
 namespace corvath::study {
@@ -13,7 +15,7 @@ std::string JsonText(const Json::Value& document) {
   builder["indentation"] = "  ";
   builder["precision"] = 17;
   builder["emitUTF8"] = true;
-  return Json::writeString(builder, document) + '\n';
+  return algorithm::datatypes::WriteJson(builder, document) + '\n';
 }
 
 }  // namespace corvath::study

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <new>
 
 namespace corvath::study {
 namespace {
@@ -44,6 +45,8 @@ Json::Value DistributionJson(const algorithm::datatypes::Parameter& parameter) {
     };
     add("parameters", variable->GetParameterNames(), variable->GetParameters());
     add("moments", variable->GetMomentNames(), variable->GetStats());
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& error) {
     json["error"] = error.what();
   }

@@ -4,6 +4,7 @@
 #include "exchange/model_reader.h"
 #include "exchange/project_reader.h"
 #include "foundation/text.h"
+#include "project/file/json_writing.h"
 #include "project/records/zel_information.h"
 #include "report/report.h"
 #include "solver/zel_solver.h"
@@ -71,7 +72,7 @@ std::vector<std::vector<std::string>> WordsOf(const Project& project,
 std::string DocumentText(const Json::Value& document) {
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
-  return Json::writeString(builder, document);
+  return algorithm::datatypes::WriteJson(builder, document);
 }
 
 std::string OptimizationText(const Project& project, const ReportRequest& request,

@@ -4,13 +4,13 @@
 #include "calculator/macro_file.h"
 #include "foundation/exception.h"
 #include "foundation/text.h"
+#include "foundation/text_stream.h"
 #include "study/describe/json_text.h"
 #include "study/refusal.h"
 #include "study/table/csv_cell.h"
 
 #include <cctype>
 #include <new>
-#include <sstream>
 
 namespace corvath::study {
 namespace {
@@ -96,7 +96,7 @@ Value Evaluate(const std::string& expression, const std::vector<Definition>& def
 }
 
 std::string ValueText(const Value& value) {
-  std::wostringstream text;
+  utils::WideTextStream text;
   text << value;
   std::string result = ToUtf8(text.str());
   if (result.empty() || result.back() != '\n') result += '\n';

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 
 namespace corvath::study {
 
@@ -27,6 +28,8 @@ std::vector<Bounds> ReachOfInputs(const Project& project, std::vector<Bounds> bo
       // In this order a NaN leaves the bound as it is.
       bounds[i].lower = std::min(bounds[i].lower, variable->InverseCDF(kTail));
       bounds[i].upper = std::max(bounds[i].upper, variable->InverseCDF(1.0 - kTail));
+    } catch (const std::bad_alloc&) {
+      throw;
     } catch (const std::exception&) {  // numbers that make no distribution
     }
   }

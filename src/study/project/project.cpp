@@ -3,6 +3,7 @@
 #include "archive/other_copies.h"
 #include "foundation/exception.h"
 #include "foundation/text.h"
+#include "foundation/text_stream.h"
 #include "project/file/project_file.h"
 #include "project/records/detailed_information.h"
 #include "solver/file_signature.h"
@@ -20,7 +21,6 @@
 #include <fstream>
 #include <limits>
 #include <mutex>
-#include <sstream>
 
 namespace corvath::study {
 namespace {
@@ -133,7 +133,7 @@ Project Project::FromBytes(std::string bytes, const std::string& name) {
 
 Project Project::FromTraining(const algorithm::datatypes::VRDB& project) {
   constexpr const char* kName = "study.vrdb";
-  std::ostringstream bytes;
+  utils::TextStream bytes;
   algorithm::datatypes::WriteProject(bytes, project, kName);
   return FromBytes(std::move(bytes).str(), "the trained project");
 }

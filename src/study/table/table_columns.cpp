@@ -1,5 +1,6 @@
 #include "study/table/table_columns.h"
 
+#include "project/file/json_writing.h"
 #include "study/refusal.h"
 #include "study/table/csv_cell.h"
 #include "study/table/date_text.h"
@@ -103,7 +104,7 @@ void TableColumns::Store(corvath::algorithm::datatypes::VRDB& project) const {
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
   builder["emitUTF8"] = true;
-  project.SetMetaData(kKey, Json::writeString(builder, json));
+  project.SetMetaData(kKey, algorithm::datatypes::WriteJson(builder, json));
 }
 
 const TableColumn* TableColumns::Find(const std::string& name) const {

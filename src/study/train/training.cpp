@@ -2,6 +2,7 @@
 
 #include "design/parameters/parameter_manager.h"
 #include "foundation/text.h"
+#include "foundation/text_stream.h"
 #include "study/describe/candidate_list.h"
 #include "study/describe/json_text.h"
 #include "study/describe/model_text.h"
@@ -11,7 +12,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <sstream>
 
 namespace corvath::study {
 
@@ -37,7 +37,7 @@ void Training::Run(const Progress& progress) {
   settings.seed = request_.seed;
   settings.budget_seconds = request_.budget;
   const auto criteria = ParseCriteria(criteria_, table_.data);
-  std::ostringstream seconds;
+  utils::TextStream seconds;
   seconds << request_.budget;
   const std::string budget = " (budget " + seconds.str() + " s)";
   training::TrainObserver observer;

@@ -2,13 +2,12 @@
 
 #include "foundation/constants.h"
 #include "foundation/math_exception.h"
+#include "foundation/text_stream.h"
 #include "foundation/until_unload.h"
 #include "variant/operators/elementwise.h"
 
 #include <cmath>
 #include <complex>
-#include <locale>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -83,8 +82,7 @@ double Tangent(double angle) {
 
 /// `text` with the Nyquist limit in the place of its "%f".
 std::string WithLimit(const char* text, double limit) {
-  std::ostringstream number;
-  number.imbue(std::locale::classic());
+  utils::TextStream number;
   number << std::fixed << limit;  // six decimals
   std::string message = text;
   return message.replace(message.find("%f"), 2, number.str());
