@@ -153,6 +153,13 @@ constexpr const char* kFaults[] = {"",
                                    "a block is lost"};
 enum Fault { kNone, kOtherNumbers, kWrongNumbers, kNoText, kNextCall, kLostBlock };
 
+/// Of a child that waitpid has the status of.
+const char* FaultText(int status) {
+  const bool is_known =
+      WIFEXITED(status) && static_cast<std::size_t>(WEXITSTATUS(status)) < std::size(kFaults);
+  return is_known ? kFaults[WEXITSTATUS(status)] : "a signal, or the end of the process";
+}
+
 /// Whether a trial goes on to another call, which may be long.
 bool TriesAgain(long number) {
   return number % 8 == 0;
@@ -216,7 +223,7 @@ void TryAll(const char* name, const Use& use) {
     const Trial& trial = failed_trials[k];
     ADD_FAILURE() << "allocation " << trial.first - start_of_call << " of " << count
                   << (trial.last == LONG_MAX ? " and all that follow: " : ": ")
-                  << (WIFEXITED(trial.status) ? kFaults[WEXITSTATUS(trial.status)] : "a signal");
+                  << FaultText(trial.status);
   }
   EXPECT_EQ(num_failed_trials, 0U) << "of " << 2 * count;
 }
