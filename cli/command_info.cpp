@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <new>
 #include <ostream>
 #include <sstream>
 
@@ -124,6 +125,8 @@ void PrintDistributions(const Project& project, std::ostream& out) {
       table.AddRow({name, ToUtf8(variable->GetTypeName()),
                     Listed(variable->GetParameterNames(), variable->GetParameters()),
                     Listed(variable->GetMomentNames(), variable->GetStats())});
+    } catch (const std::bad_alloc&) {
+      throw;
     } catch (const std::exception& error) {
       table.AddRow({name, error.what(), "-", "-"});
     }

@@ -1,5 +1,6 @@
 #include "analysis_commands.h"
 #include "commands.h"
+#include "common_options.h"
 #include "interruption.h"
 #include "number_range.h"
 #include "progress_line.h"
@@ -112,10 +113,8 @@ void AddOptimize(CLI::App& app) {
       "the exit status 1.");
   static OptimizeOptions options;
   const auto add_texts = [&](const char* name, std::vector<std::string>& texts, const char* help,
-                             const char* type) {
-    command->add_option(name, texts, help)->type_name(type)->allow_extra_args(false);
-  };
-  command->add_option("PROJECT", options.file, "Project file (.vrdb)")->required()->type_name("");
+                             const char* type) { AddRepeated(*command, name, type, texts, help); };
+  AddProject(*command, options.file);
   add_texts("--minimize", options.minimize,
             "Response, criterion or expression of them; may be repeated", "OBJECTIVE");
   add_texts("--maximize", options.maximize, "Likewise", "OBJECTIVE");
@@ -172,21 +171,11 @@ void AddOptimize(CLI::App& app) {
       ->transform(Seed())
       ->capture_default_str()
       ->type_name("NUMBER");
-  auto* const json =
-      command->add_flag("--json", options.json, "Print the result as one JSON document");
-  command
-      ->add_option("--csv", options.csv,
-                   "Write the designs too: inputs, then responses and criteria; proposed ones as "
-                   "inputs alone; - prints them in place of the text")
-      ->type_name("CSV")
-      ->each([json](const std::string& path) {
-        if (path == "-" && json->count() > 0) throw CLI::ExcludesError("--csv -", "--json");
-      });
-  command
-      ->add_option("--hash", options.hash,
-                   "Refuse PROJECT unless this is its signature (see zel hash)")
-      ->type_name("SHA512");
-  command->add_flag("--quiet", options.quiet, "Print errors alone");
+  AddJsonAndCsv(*command, options.json, "Print the result as one JSON document", options.csv,
+                "Write the designs too: inputs, then responses and criteria; proposed ones as "
+                "inputs alone; - prints them in place of the text");
+  AddSignature(*command, options.hash);
+  AddQuiet(*command, options.quiet);
   command->callback([] { RunOptimize(options); });
 }
 

@@ -1,5 +1,6 @@
 #include "analysis_commands.h"
 #include "commands.h"
+#include "common_options.h"
 #include "completion.h"
 #include "exchange/export_project.h"
 #include "foundation/build_version.h"
@@ -41,16 +42,13 @@ class Help : public CLI::Formatter {
 void AddInfo(CLI::App& app) {
   auto* const command = app.add_subcommand("info", "Show what a project holds");
   static cli::InfoOptions options;
-  command->add_option("PROJECT", options.file, "Project file (.vrdb)")->required()->type_name("");
+  cli::AddProject(*command, options.file);
   command->add_flag(
       "--candidates", options.candidates,
       "List the models that competed for each response, the chosen one marked with *");
   command->add_flag("--models", options.models, "Show the formulas of the models, in full");
   command->add_flag("--json", options.json, "Print all as one JSON document");
-  command
-      ->add_option("--hash", options.hash,
-                   "Refuse PROJECT unless this is its signature (see zel hash)")
-      ->type_name("SHA512");
+  cli::AddSignature(*command, options.hash);
   command->callback([] { cli::RunInfo(options); });
 }
 
@@ -62,7 +60,7 @@ void AddSolve(CLI::App& app) {
       "Writes a CSV with one row for each design: the responses, then what the options add.\n"
       "What a model cannot tell is nan.");
   static cli::SolveOptions options;
-  command->add_option("PROJECT", options.file, "Project file (.vrdb)")->required()->type_name("");
+  cli::AddProject(*command, options.file);
   command->add_option("--in", options.in, "Designs to predict at; - is standard input")
       ->required()
       ->type_name("CSV");
@@ -76,17 +74,12 @@ void AddSolve(CLI::App& app) {
                     "absolute error around the design");
   command->add_flag("--density", options.density,
                     "Add for each response the density of support points at the design");
-  command
-      ->add_option("--gradients", options.gradients,
-                   "Add the gradients of this response, one column for each input; may be repeated")
-      ->type_name("RESPONSE")
-      ->allow_extra_args(false);
+  cli::AddRepeated(
+      *command, "--gradients", "RESPONSE", options.gradients,
+      "Add the gradients of this response, one column for each input; may be repeated");
   command->add_flag("--criteria", options.criteria, "Add the criteria");
-  command
-      ->add_option("--hash", options.hash,
-                   "Refuse PROJECT unless this is its signature (see zel hash)")
-      ->type_name("SHA512");
-  command->add_flag("--quiet", options.quiet, "Print errors alone");
+  cli::AddSignature(*command, options.hash);
+  cli::AddQuiet(*command, options.quiet);
   command->callback([] { cli::RunSolve(options); });
 }
 
@@ -101,11 +94,8 @@ void AddEval(CLI::App& app) {
   command->add_option("EXPRESSION", expression, "For example 'max(abs(stress)) <= 25'")
       ->required()
       ->type_name("");
-  command
-      ->add_option("--set", definitions,
-                   "Give a name a meaning for this evaluation; may be repeated")
-      ->type_name("NAME=EXPRESSION")
-      ->allow_extra_args(false);
+  cli::AddRepeated(*command, "--set", "NAME=EXPRESSION", definitions,
+                   "Give a name a meaning for this evaluation; may be repeated");
   command->callback([] { cli::RunEval(expression, definitions); });
 }
 
@@ -206,7 +196,7 @@ void AddTrain(CLI::App& app) {
       ->required()
       ->type_name("");
   const auto add_list = [&](const char* name, std::vector<std::string>& list, const char* text) {
-    return command->add_option(name, list, text)->type_name("NAMES")->allow_extra_args(false);
+    return cli::AddRepeated(*command, name, "NAMES", list, text);
   };
   add_list("--inputs", options.inputs,
            "Columns of the inputs: a,b,c or 'x_*', or all that are no responses: all; may be "
@@ -221,12 +211,9 @@ void AddTrain(CLI::App& app) {
            "they become days since 1970-01-01");
   command->add_flag("--skip-incomplete", options.skip_incomplete,
                     "Leave rows out where an input is empty or NA, in place of refusing them");
-  command
-      ->add_option("--criterion", options.criteria,
+  cli::AddRepeated(*command, "--criterion", "NAME:EXPRESSION", options.criteria,
                    "'cost: 3*mass + load' for a value, 'limit: stress <= 25' for a limit (or >=); "
-                   "may be repeated")
-      ->type_name("NAME:EXPRESSION")
-      ->allow_extra_args(false);
+                   "may be repeated");
   command
       ->add_option("-o,--out", options.out,
                    "Project file (.vrdb), replaced if it exists; without this option CSV with the "
@@ -256,7 +243,7 @@ void AddTrain(CLI::App& app) {
       ->type_name("NUMBER");
   command->add_flag("--json", options.json,
                     "Print the result, the notes and the candidates tried as one JSON document");
-  command->add_flag("--quiet", options.quiet, "Print errors alone");
+  cli::AddQuiet(*command, options.quiet);
   command->callback([] { cli::RunTrain(options); });
 }
 
@@ -268,7 +255,7 @@ void AddExport(CLI::App& app) {
       "allocates nothing, python one module that needs numpy. Criteria go along where they are\n"
       "arithmetic of scalars.");
   static cli::ExportOptions options;
-  command->add_option("PROJECT", options.file, "Project file (.vrdb)")->required()->type_name("");
+  cli::AddProject(*command, options.file);
   command->add_option("--format", options.format, "json, c or python")
       ->check(CLI::IsMember(corvath::exchange::ExportFormats()).description(""))
       ->capture_default_str()
@@ -280,16 +267,10 @@ void AddExport(CLI::App& app) {
       ->add_option("--name", options.name,
                    "Beginning of all names in C; without this option that of FILE or PROJECT")
       ->type_name("NAME");
-  command
-      ->add_option("--response", options.responses,
-                   "Export this response, and no others than those named so; may be repeated")
-      ->type_name("RESPONSE")
-      ->allow_extra_args(false);
-  command
-      ->add_option("--hash", options.hash,
-                   "Refuse PROJECT unless this is its signature (see zel hash)")
-      ->type_name("SHA512");
-  command->add_flag("--quiet", options.quiet, "Print errors alone");
+  cli::AddRepeated(*command, "--response", "RESPONSE", options.responses,
+                   "Export this response, and no others than those named so; may be repeated");
+  cli::AddSignature(*command, options.hash);
+  cli::AddQuiet(*command, options.quiet);
   command->callback([] { cli::RunExport(options); });
 }
 
@@ -300,7 +281,7 @@ void AddReport(CLI::App& app) {
       "One HTML file that needs no network: inputs and quality of the models, predicted against\n"
       "measured values, sliders whose models answer in the page, and the designs.");
   static cli::ReportOptions options;
-  command->add_option("PROJECT", options.file, "Project file (.vrdb)")->required()->type_name("");
+  cli::AddProject(*command, options.file);
   command->add_option("-o,--out", options.out, "HTML page; - is standard output")
       ->required()
       ->type_name("FILE");
@@ -310,19 +291,11 @@ void AddReport(CLI::App& app) {
       ->delimiter(',')
       ->check(CLI::IsMember({"sensitivity", "propagate", "optimize"}).description(""))
       ->type_name("NAMES");
-  command
-      ->add_option("--minimize", options.minimize,
-                   "With optimize: a response, criterion or expression; may be repeated")
-      ->type_name("EXPRESSION")
-      ->allow_extra_args(false);
-  command->add_option("--maximize", options.maximize, "Likewise")
-      ->type_name("EXPRESSION")
-      ->allow_extra_args(false);
-  command
-      ->add_option("--hash", options.hash,
-                   "Refuse PROJECT unless this is its signature (see zel hash)")
-      ->type_name("SHA512");
-  command->add_flag("--quiet", options.quiet, "Print errors alone");
+  cli::AddRepeated(*command, "--minimize", "EXPRESSION", options.minimize,
+                   "With optimize: a response, criterion or expression; may be repeated");
+  cli::AddRepeated(*command, "--maximize", "EXPRESSION", options.maximize, "Likewise");
+  cli::AddSignature(*command, options.hash);
+  cli::AddQuiet(*command, options.quiet);
   command->callback([] { cli::RunReport(options); });
 }
 

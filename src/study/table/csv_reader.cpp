@@ -94,11 +94,11 @@ struct CsvReader::Feed {
 
   static void OnField(void* text, std::size_t size, void* data) {
     static_cast<Feed*>(data)->Run(
-        [&](CsvReader& reader) { reader.OnField(static_cast<const char*>(text), size); });
+        [&](CsvReader& to) { to.OnField(static_cast<const char*>(text), size); });
   }
   static void OnLineEnd(int end, void* data) {
     auto& feed = *static_cast<Feed*>(data);
-    feed.Run([&](CsvReader& reader) { reader.OnLineEnd(end, feed.handler); });
+    feed.Run([&](CsvReader& to) { to.OnLineEnd(end, feed.handler); });
   }
   template <class Action>
   void Run(const Action& action) {
