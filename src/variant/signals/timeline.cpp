@@ -132,10 +132,18 @@ bool IsEquidistant(const Value& signal) {
   if (!signal.HasTimeline())
     throw CTypeException("Equidistance only defined for SIGNAL and XYDATA.");
   const Vector& t = signal.GetVector();
-  for (std::size_t i = 2; i < t.size(); ++i) {
-    const double step = t(i).real() - t(i - 1).real();
-    const double step_before = t(i - 1).real() - t(i - 2).real();
-    if (!IsZero(step - step_before)) return false;
+  // Ranges without a branch at each step.
+  constexpr std::size_t kRange = 64;
+  for (std::size_t begin = 2; begin < t.size(); begin += kRange) {
+    const std::size_t end = std::min(begin + kRange, t.size());
+    double step_before = t(begin - 1).real() - t(begin - 2).real();
+    bool same = true;
+    for (std::size_t i = begin; i < end; ++i) {
+      const double step = t(i).real() - t(i - 1).real();
+      same &= IsZero(step - step_before);
+      step_before = step;
+    }
+    if (!same) return false;
   }
   return true;
 }
