@@ -92,6 +92,7 @@ class FrontSearch {
           direction(i) *= first;
           if (count > 2) direction(second) *= kSecond;
           Evaluated better = Search(ideal_.transpose(), direction, {end});
+          ++front_.num_searches;
           if (!better.IsFinite()) break;
           Accept(better);
           end = std::move(better);
