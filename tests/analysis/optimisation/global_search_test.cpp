@@ -2,6 +2,7 @@
 
 #include "analysis/optimisation/population_search.h"
 #include "literature/known_programs.h"
+#include "support/testing.h"
 
 #include <atomic>
 
