@@ -1,6 +1,7 @@
 #include "analysis/optimisation/pareto_front.h"
 
 #include "literature/known_programs.h"
+#include "support/testing.h"
 
 namespace {
 
