@@ -13,8 +13,20 @@ using namespace corvath::analysis;
 GlobalOptimum Solve(const NonlinearProgram& program, std::uint32_t seed) {
   SearchSettings settings;
   settings.seed = seed;
+  // Each call is a place to stop at: it may not take long to the next, while local searches run either.
+  double told = 0.0;
+  Eigen::Index num_early = 0;
+  settings.progress = [&](double share) {
+    EXPECT_LE(told, share);
+    EXPECT_LE(share, 1.0);
+    told = share;
+    num_early += share < 0.5 ? 1 : 0;
+  };
   const Screening screening = Screen(program, Eigen::MatrixXd(0, program.NumInputs()), settings);
-  return SearchGlobally(program, ObjectiveForm(program, screening.scales), screening, settings);
+  const GlobalOptimum found =
+      SearchGlobally(program, ObjectiveForm(program, screening.scales), screening, settings);
+  EXPECT_GE(num_early, 2);
+  return found;
 }
 
 TEST(GlobalSearch, FindsThePublishedOptimaFromNineteenOfTwentySeeds) {
