@@ -237,10 +237,11 @@ TEST(CriteriaEvaluation, OneDesignLeavesNoTraceInTheNext) {
       {L"add_mass", {L"a"}, L"(a)+mass", L"", L""},
       {L"add_late", {L"a"}, L"$add_mass((a)+late)-mass", L"", L""},
       {L"helped", {L"a"}, L"max(a, helper = a)", L"", L""},
+      {L"deep", {L"a"}, L"$helped(a)", L"", L""},
   };
   for (const wchar_t* probe :
        {L"x + mass", L"max(3*x, helper = x)", L"#if x > 2 #then late - 7*x #else 3*x",
-        L"$add_mass(x)", L"#if x > 2 #then $helped(x) + mass #else 3*x",
+        L"$add_mass(x)", L"#if x > 2 #then $deep(x) + mass #else 3*x",
         L"#if x > 2 #then $add_late(x) - 8*x #else 3*x"}) {
     CriteriaEvaluation evaluation({}, macros);
     for (const double x : {1.0, 3.0, 2.0, 4.0}) {
