@@ -74,46 +74,4 @@ TEST(Study, AnalysesRepeatOnAnyNumberOfThreadsAndAreCancelled) {
   }
 }
 
-TEST(Study, RefusesDistributionsThatMeanNothing) {
-  // A random variable moves such parameters into its domain; a person has mistyped them.
-  const Project project = OpenSample();
-  const std::pair<const char*, const char*> cases[] = {
-      {"normal(1)", "mean and standard deviation are wanted"},
-      {"normal(12, 0)", "Standard deviation must be strictly positive"},
-      {"normal(mu=12, s=-1)", "not allowed"},
-      {"normal(mean=12, cov=-0.1)", "Standard deviation must be strictly positive"},
-      {"lognormal(-1, 1)", "Mean value must be strictly positive"},
-      {"lognormal(mu=2, s=20)", "Shape parameter s = 10"},
-      {"gumbel(12, nan)", "is not a finite number"},
-      {"uniform(20, 10)", "allowed would be Lower bound a = 10, Upper bound b = 20"},
-      {"loguniform(0, 10)", "not allowed"},
-      {"triangular(1, 5, 4)", "Mode value c = 4"},
-      {"truncatednormal(12, 0.6, 13, 11)", "Lower bound a = 11"},
-      {"truncatednormal(mean=12, sd=1)", "no such mean and standard deviation"},
-      {"beta(0, 1, -2, 3)", "Shape parameter alpha"},
-      {"exponential(12, -1)", "Standard deviation must be strictly positive"},
-      {"weibull(12, 1e-9)", "Coefficient of variation"},
-      {"frechet(12, -1)", "Standard deviation must be strictly positive"},
-      {"lambda(12, 1, 0, 3)", "Shape parameter l3"},
-      {"polymap(12, 1, 1, 0, -5)", "Cubic coefficient d = 0"},
-      {"poisson(-3)", "Expected number of events"},
-      {"bernoulli(1.5)", "Success probability = 1"},
-      {"bernoulli(mean=0.2, sd=0.1)", "the nearest are 0.2 and 0.4"},
-      {"discrete(1, 0.3, 2, 0.5)", "add up to 0.8, not to 1"},
-      {"discrete(1, -0.3, 2, 1.3)", "must not be negative"},
-      {"discrete(1, 1)", "two or more pairs"},
-      {"multiuniform(1, 0.3, 2, 1)", "start from 0.3, not from 0"},
-      {"multiuniform(1, 0, 2, 0.7)", "rise to 0.7, not to 1"},
-  };
-  for (const auto& [text, message] : cases) {
-    const std::string options =
-        R"({"n": 2, "form": false, "distributions": ["area_1:)" + std::string(text) + R"("]})";
-    zelstudy_result* out = nullptr;
-    EXPECT_EQ(zelstudy_propagate(project.get(), options.c_str(), nullptr, nullptr, &out),
-              ZELSTUDY_REFUSED)
-        << text;
-    EXPECT_THAT(LastError(), HasSubstr(message)) << text;
-  }
-}
-
 }  // namespace
