@@ -28,12 +28,6 @@ TEST(Modal, AssuranceIsOneForParallelVectorsOfAnyScale) {
   EXPECT_TRUE(r.IsComplex());
 }
 
-TEST(Modal, CoordinatesCompareByRows) {
-  Value r;
-  fn::comac(r, Mat({{1, 2}, {3, 0}, {0, 1}}), Mat({{2, 4}, {0, 1}, {1, 1}}));
-  EXPECT_EQ(Text(r), Text(Mat({{1, 0.8, 0.9}, {0.2, 0, 0.5}, {0.8, 1, 0.5}})));
-}
-
 TEST(Modal, SignatureDifferenceSeesTheScale) {
   const std::vector<Complex> a = {1, -2, 3};
   const std::vector<Complex> b = {2, 1, 2};
