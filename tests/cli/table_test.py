@@ -10,14 +10,6 @@ class Table(ProgramTest):
         data = text if isinstance(text, bytes) else text.encode()
         return zel("solve", SAMPLE, "--in", "-", *arguments, stdin=data)
 
-    def train(self, text, inputs="x,y", responses="z", *arguments):
-        """zel train on a table that it refuses: no project comes out."""
-        path = self.path / "table.csv"
-        path.write_bytes(text if isinstance(text, bytes) else text.encode())
-        result = zel("train", str(path), "--inputs", inputs, "--responses", responses, *arguments)
-        self.assertEqual([entry.name for entry in self.path.iterdir()], ["table.csv"])
-        return result
-
     def test_accepts_what_spreadsheets_write(self):
         rows = designs(2)
         text = table(rows).decode()
@@ -118,20 +110,6 @@ class Table(ProgramTest):
             with self.subTest(text[:200]):
                 self.refused(self.solve(text), "zel: standard input: ", *parts)
 
-    def test_refuses_headers_with_a_hint_what_was_meant(self):
-        header = ",".join(INPUTS)
-        cases = {
-            header.replace("area_7", "Area_7"): ['"area_7"', 'did you mean "Area_7"?'],
-            header.replace("area_7", "aera_7"): ['"area_7"', 'did you mean "aera_7"?'],
-            "a,b,c,d,e,f,g,h,i,j": ['"area_1"', 'the columns are "a", "b"', '"h", ...'],
-            header + ",area_2": ["two columns", '"area_2"'],
-            "a;b,c\nx;y,z": ["commas or semicolons", "quotation marks"],
-            "12,12\n12,12": ['the columns are "12", "12"'],
-        }
-        for text, parts in cases.items():
-            with self.subTest(text):
-                self.refused(self.solve(text + "\n"), "standard input: row 1: ", *parts)
-
     def test_what_is_no_table_takes_no_memory(self):
         def limited(text):
             data = self.path / "data"
@@ -155,30 +133,6 @@ class Table(ProgramTest):
         for command in (["solve", SAMPLE, "--in"], ["train", "--inputs", "x", "--responses", "y"]):
             self.refused(zel(*command, none), f"zel: {none}: No such file")
             self.refused(zel(*command, str(self.path)), f"zel: {self.path}: is a directory")
-
-    def test_train_refuses_bad_tables_and_says_where(self):
-        many = "".join(f"{i},{i * i % 7},{i % 5}\n" for i in range(20))
-        cases = {
-            "x,y,z\n": ["no rows of designs"],
-            "x,y,z\n1,2,3\n1,inf,3\n": ["row 3", 'column "y"', "not finite"],
-            "x,y,z\n1,2,3\n1,2\n": ["row 3", "2 cells", 'none for the column "z"'],
-            "x,y,z\n1,2,\n1,2,failed\n": ["row 2", 'column "z"', "any other cell"],
-            "x,y,z\n" + "".join(f"{i},{i},{i % 5}\n" for i in range(20)): ['"y"', '"x"', "repeats"],
-        }
-        for text, parts in cases.items():
-            with self.subTest(text):
-                self.refused(self.train(text), str(self.path / "table.csv"), *parts)
-        for arguments, parts in {
-            ("x,y", "z,x"): ['"x" is both an input and a response'],
-            ("x,y", "z,y[2]"): ['"y[2]"', 'vector "y"'],
-            ("x,y,x", "z"): ["--inputs", '"x"', "twice"],
-            ("x,,y", "z"): ["--inputs", "empty name"],
-            ("x,y", 'z"'): ["--responses", "quotation mark"],
-            ("x,y", "z", "--discrete", "yy"): ["--discrete", '"yy"', 'the inputs are "x", "y"'],
-        }.items():
-            with self.subTest(arguments):
-                self.refused(self.train("x,y,z\n" + many, *arguments), *parts)
-
 
 if __name__ == "__main__":
     main()

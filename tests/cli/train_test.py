@@ -146,35 +146,6 @@ class Train(ProgramTest):
         answer = self.solve(project, ["x"], [[2.5]])[0]
         self.assertAlmostEqual(float(answer["z"]), 8.5, delta=1e-9)
 
-    def test_criteria_that_cannot_work_are_refused_at_once(self):
-        path = self.small_table()
-        cases = {
-            "c:": ["c", "lacks"],
-            "c: 2*(z": ["c", "2*(z"],
-            "c: 1 <= z <= 2": ["c", "more than once"],
-            "c: z < 2": ["c", "true or false", "<="],
-            "c: 2*zz": ['"zz"', 'there are "seven", "x", "z"'],
-            "c: 2*load[kN]": ['"load [kN]"', "rename"],
-            "c: #if z < 0 #then mass #else 1": ['"mass"', 'there are "seven", "x", "z"'],
-            "c: sinus(z)": ['no function "sinus"'],
-            "c: c + 1": ["itself"],
-            "z: 2*x": ['"z"', "name of a column"],
-            "c: 2*seven": ['"seven"', "write its value, 7"],
-            "a b: 2*x": ['"a b"', "cannot use this name"],
-        }
-        for text, parts in cases.items():
-            with self.subTest(text):
-                self.refused(zel("train", path, "--inputs", "x,e,load [kN],seven",
-                                 "--responses", "z", "--criterion", text), "riterion", *parts)
-        self.refused(zel("train", path, "--inputs", "x", "--responses", "z", "--criterion", "c: d",
-                         "--criterion", "d: c"), "itself")
-        self.refused(zel("train", path, "--inputs", "x", "--responses", "z", "--criterion",
-                         "weight: z", "--criterion", "c: wieght"), 'did you mean "weight"?')
-        self.assertEqual(self.names(), ["study.csv"])
-        for arguments in (["--inputs", "x"], ["--responses", "z"],
-                          ["--inputs", "x", "--responses", "z", "--seed", "-1"]):
-            self.assertEqual(zel("train", path, *arguments).returncode, 2)
-
     def test_a_full_disk_is_named_and_leaves_nothing(self):
         path = self.small_table()
         project = self.path / "study.vrdb"
