@@ -33,7 +33,8 @@ class Lines(ProgramTest):
             with self.subTest(line):
                 left, relation, right = re.fullmatch(r"(.*?) (:=|=>|!=>|!>|\.\.!>|2>) (.*)",
                                                      line).groups()
-                right = right.replace("\\n", "\n").replace("\\t", "\t")
+                for escape, meant in (("\\n", "\n"), ("\\r", "\r"), ("\\t", "\t")):
+                    right = right.replace(escape, meant)
                 if relation == ":=":
                     files.add(left)
                     (self.path / left).write_text(right.replace("HEADER", ",".join(INPUTS)))

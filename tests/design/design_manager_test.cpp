@@ -3,8 +3,8 @@
 #include "foundation/closeness.h"
 #include "foundation/exception.h"
 #include "support/archive_round_trip.h"
-#include "support/expect_refusals.h"
 #include "support/points.h"
+#include "support/testing.h"
 #include "support/values.h"
 
 namespace {

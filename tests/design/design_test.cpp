@@ -9,8 +9,6 @@
 #include "support/stored_form.h"
 #include "support/values.h"
 
-#include <optional>
-
 namespace {
 
 using namespace corvath::algorithm::datatypes;
@@ -69,32 +67,7 @@ TEST(Design, DerivesTheRunStateFromACode) {
   }
 }
 
-TEST(IndexedName, TakesNamesApart) {
-  const std::optional<std::int64_t> none;
-  const std::tuple<std::wstring, std::wstring, std::optional<std::int64_t>> cases[] = {
-      {L"r[12]", L"r", 12},
-      {L"r[+3]", L"r", 3},
-      {L"r[-3]", L"r", -3},
-      {L"x[mm][0]", L"x[mm]", 0},
-      {L"x[mm]", L"x", none},
-      {L"r[1] abs", L"r", 1},
-      {L"[5]", L"", 5},
-      {L"r]2[", L"r]2[", none},
-      {L"r", L"r", none},
-      {L"r[]", L"r", none},
-      {L"r[-]", L"r", none},
-      {L"r[1.5]", L"r", none},
-      {L"r[ 1]", L"r", none},
-      {L"r[9223372036854775807]", L"r", std::numeric_limits<std::int64_t>::max()},
-      {L"r[-9223372036854775808]", L"r", std::numeric_limits<std::int64_t>::min()},
-      {L"r[9223372036854775808]", L"r", none},
-      {L"r[99999999999999999999999]", L"r", none},
-  };
-  for (const auto& [name, base, index] : cases) {
-    const SplitName parts = SplitIndexedName(name);
-    EXPECT_EQ(parts.base, base);
-    EXPECT_EQ(parts.GetIndex(), index) << std::string(name.begin(), name.end());
-  }
+TEST(IndexedName, JoinsBaseAndIndex) {
   EXPECT_EQ(IndexedName(L"r", 12), L"r[12]");
 }
 

@@ -1,6 +1,5 @@
 #include "end_to_end.h"
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

@@ -5,6 +5,8 @@
 #include "support/testing.h"
 #include "zelsolver/zelsolver.h"
 
+#include <gmock/gmock.h>
+
 #include <cstdio>
 
 /// What the tests know about the projects that write_test_projects wrote.

@@ -1,10 +1,8 @@
 #include "metamodel/simd/kernel_sums.h"
 
+#include "metamodel/families.h"
 #include "metamodel/kernels/kernel_block.h"
-#include "metamodel/kernels/kernels_constant.h"
-#include "metamodel/kernels/kernels_nodal.h"
 #include "metamodel/level_test.h"
-#include "support/testing.h"
 
 #include <Eigen/Core>
 

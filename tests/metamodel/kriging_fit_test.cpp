@@ -1,13 +1,10 @@
 #include "foundation/constants.h"
+#include "metamodel/families.h"
 #include "metamodel/kriging/kernel_noise_fit.h"
-#include "metamodel/kriging/ordinary_kriging.h"
 #include "metamodel/plain_kriging.h"
 #include "stochastics/normal_quantile.h"
-#include "support/points.h"
-#include "support/testing.h"
 
 #include <Eigen/Dense>
-#include <boost/make_shared.hpp>
 
 #include <numeric>
 

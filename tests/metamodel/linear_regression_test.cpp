@@ -1,11 +1,7 @@
 #include "metamodel/regression/linear_regression.h"
 
-#include "foundation/exception.h"
-#include "metamodel/regression/polynomial_basis.h"
+#include "metamodel/families.h"
 #include "metamodel/regression/ridge_solver.h"
-#include "metamodel/transforms/trans_box_cox.h"
-#include "support/points.h"
-#include "support/testing.h"
 
 #include <Eigen/QR>
 

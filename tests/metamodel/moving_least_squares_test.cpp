@@ -1,10 +1,6 @@
 #include "metamodel/moving_least_squares/moving_least_squares.h"
 
-#include "foundation/exception.h"
-#include "metamodel/kriging/ordinary_kriging.h"
-#include "metamodel/regression/linear_regression.h"
-#include "support/points.h"
-#include "support/testing.h"
+#include "metamodel/families.h"
 
 #include <Eigen/QR>
 

@@ -5,8 +5,6 @@
 #include "metamodel/subspace_results.h"
 #include "support/stored_form.h"
 
-#include <boost/make_shared.hpp>
-
 using corvath::algorithm::datatypes::DesignId, corvath::algorithm::datatypes::SurrogateInfo;
 using namespace corvath::math::metamodel;
 using corvath::utils::runtime_error;

@@ -6,7 +6,6 @@
 #include "project/records/zel_information.h"
 #include "support/stored_form.h"
 
-#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 
 namespace {

@@ -15,32 +15,7 @@ using namespace support;
 namespace types = corvath::enums::RandomVariable;
 using Eigen::VectorXd;
 
-/// Variables with a density, away from the defaults.
-struct Sample {
-  int type;
-  std::vector<double> parameters;
-};
-const Sample kContinuous[] = {
-    {types::NORMAL, {-3.0, 2.0}},
-    {types::UNIFORM, {-1.0, 4.0}},
-    {types::LOGNORMAL, {0.5, 0.4}},
-    {types::EXPONENTIAL, {2.0, -1.0}},
-    {types::GUMBEL, {10.0, 2.0}},
-    {types::BETA, {1.0, 5.0, 2.0, 3.5}},
-    {types::BETA, {0.0, 2.0, 1.0, 1.0}},
-    {types::TRUNCATEDNORMAL, {1.0, 2.0, 0.5, 4.0}},
-    {types::TRUNCATEDNORMAL, {0.0, 1.0, 2.5, 8.0}},  // cut in the tail
-    {types::TRIANGULAR, {1.0, 2.0, 5.0}},
-    {types::TRIANGULAR, {1.0, 1.0, 5.0}},
-    {types::WEIBULL, {3.0, 1.7}},
-    {types::FRECHET, {3.0, 9.0}},
-    {types::LOGUNIFORM, {0.5, 20.0}},
-    {types::POLYMAP, {1.0, 2.0, 0.9, 0.05, 0.03}},
-    {types::LAMBDA, {1.0, 2.0, 0.3, 0.05}},
-    {types::LAMBDA, {1.0, 2.0, 1e-6, 0.2}},  // one side logistic
-    {types::MULTIUNIFORM, {0.0, 0.0, 1.0, 0.2, 1.5, 0.7, 4.0, 1.0}},
-    {types::KERNEL, {-1.0, 0.2, 0.3, 2.0, 2.5, 4.0}},
-};
+const std::vector<VariableLine> kContinuous = LinesOf("density");
 
 /// Integral of f times the density: between quantiles that get denser towards the tails, and from
 /// the outermost ones on to where nothing is left.
@@ -66,8 +41,8 @@ double Expectation(const RV& rv, Function f) {
 }
 
 TEST(Distributions, MomentsAreThoseOfTheDensity) {
-  for (const Sample& sample : kContinuous) {
-    const auto rv = WithParameters(sample.type, sample.parameters);
+  for (const VariableLine& sample : kContinuous) {
+    const auto rv = WithParameters(sample.type, sample.numbers);
     const VectorXd& stats = rv->GetStats();
     const double tolerance = 1e-7;  // what lies beyond the outermost quantiles
     SCOPED_TRACE(sample.type);
@@ -89,9 +64,9 @@ TEST(Distributions, MomentsAreThoseOfTheDensity) {
 }
 
 TEST(Distributions, InverseUndoesTheDistributionFunction) {
-  for (const Sample& sample : kContinuous) {
+  for (const VariableLine& sample : kContinuous) {
     if (sample.type == types::KERNEL) continue;  // its search ends earlier
-    const auto rv = WithParameters(sample.type, sample.parameters);
+    const auto rv = WithParameters(sample.type, sample.numbers);
     SCOPED_TRACE(sample.type);
     for (const double p : {1e-8, 1e-3, 0.1, 0.37, 0.5, 0.9, 0.999, 1.0 - 1e-8}) {
       const double x = rv->InverseCDF(p);
@@ -158,38 +133,8 @@ TEST(Distributions, AgreeWithBoostWhereTheyCoincide) {
 }
 
 TEST(Distributions, FitsReturnToTheGivenMoments) {
-  // Moments over the allowed range, among them those that cancel in the textbook forms.
-  const std::tuple<int, std::vector<double>, double> fits[] = {
-      {types::NORMAL, {-5.0, 0.1}, 0.0},
-      {types::UNIFORM, {1000.0, 1e-3}, 1e-9},
-      {types::LOGNORMAL, {1.0, 1.0}, 1e-14},
-      {types::LOGNORMAL, {1e5, 0.1}, 1e-9},  // coefficient 1e-6; exp of mu near 11.5 costs digits
-      {types::LOGNORMAL, {1e-3, 1e9}, 1e-12},
-      {types::EXPONENTIAL, {3.0, 7.0}, 0.0},
-      {types::GUMBEL, {20.0, 3.0}, 0.0},
-      {types::BETA, {3.0, 0.5, 0.3, -0.5}, 1e-12},
-      {types::BETA, {3.0, 0.5, -1.2, 1.0}, 1e-12},
-      {types::BETA, {-1e3, 1e-3, 0.0, -1.0}, 1e-9},
-      {types::TRUNCATEDNORMAL, {5.0, 2.0, 1.0, 12.0}, 1e-11},
-      {types::TRUNCATEDNORMAL, {0.0, 1.0, -1.8, 2.5}, 1e-11},
-      {types::TRIANGULAR, {5.0, 2.0, 0.3}, 1e-12},
-      {types::TRIANGULAR, {-5.0, 2.0, -0.5656}, 1e-12},  // next to the right-angled one
-      {types::TRIANGULAR, {5.0, 2.0, 0.0}, 1e-12},
-      {types::WEIBULL, {1.0, 1.0}, 1e-9},  // the searches end at steps of 1e-10
-      {types::WEIBULL, {1e3, 1e6}, 1e-6},
-      {types::FRECHET, {1.0, 1.0}, 1e-8},
-      {types::FRECHET, {7.0, 7e1}, 1e-6},
-      {types::LOGUNIFORM, {1.5, 1.5001e-5}, 1e-9},
-      {types::LOGUNIFORM, {1.5, 1e-3}, 1e-9},
-      {types::LOGUNIFORM, {1.5, 4.5}, 1e-11},
-      {types::POLYMAP, {5.0, 2.0, 0.5, 1.0}, 1e-9},
-      {types::POLYMAP, {5.0, 2.0, -1.0, 3.0}, 1e-9},
-      {types::LAMBDA, {5.0, 2.0, 0.5, 0.5}, 1e-5},  // the search ends at a step of 1e-6
-      {types::LAMBDA, {5.0, 2.0, -2.0, 6.5}, 1e-5},
-      {types::MULTIUNIFORM, {5.0, 2.0}, 1e-12},
-      {types::DISCRETE, {5.0, 2.0}, 1e-12},
-  };
-  for (const auto& [type, moments, tolerance] : fits) {
+  for (const auto& [type, moments, outcome] : LinesOf("fits")) {
+    const double tolerance = std::stod(outcome);
     SCOPED_TRACE(type);
     const auto rv = WithStats(type, moments);
     // From the parameters alone, since the moments may be held as they were given.

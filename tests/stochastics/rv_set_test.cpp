@@ -4,7 +4,7 @@
 #include "stochastics/rv_set_nataf.h"
 #include "stochastics/sample_statistics.h"
 #include "stochastics/variables.h"
-#include "support/expect_refusals.h"
+#include "support/testing.h"
 
 #include <boost/math/quadrature/gauss_kronrod.hpp>
 

@@ -1,7 +1,7 @@
 #include "stochastics/sample_statistics.h"
 
 #include "stochastics/variables.h"
-#include "support/expect_refusals.h"
+#include "support/testing.h"
 
 namespace {
 

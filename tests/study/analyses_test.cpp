@@ -1,7 +1,5 @@
 #include "study_calls.h"
 
-#include <gmock/gmock.h>
-
 #include <thread>
 
 namespace {
@@ -33,9 +31,7 @@ TEST(Study, AnalysesRepeatOnAnyNumberOfThreadsAndAreCancelled) {
     std::string texts[2];
     for (const bool parallel : {false, true}) {
       setenv("ZELSOLVER_NUM_THREADS", parallel ? "4" : "1", 1);
-      const Result result = Get<Result>([&, analyse = analyse, options = options](auto** out) {
-        return analyse(project.get(), options, nullptr, nullptr, out);
-      });
+      const Result result = Answer(analyse, project, options);
       texts[parallel] = zelstudy_result_json(result.get());
     }
     unsetenv("ZELSOLVER_NUM_THREADS");
@@ -50,9 +46,8 @@ TEST(Study, AnalysesRepeatOnAnyNumberOfThreadsAndAreCancelled) {
   }
 
   // The document of the lightest truss: mass is known exactly, and the displacement holds it back.
-  const Json::Value best = Document(Get<Result>([&](zelstudy_result** out) {
-    return zelstudy_optimize(project.get(), R"({"minimize": ["mass"]})", nullptr, nullptr, out);
-  }));
+  const Json::Value best =
+      Document(Answer(zelstudy_optimize, project, R"({"minimize": ["mass"]})"));
   EXPECT_EQ(best["status"], "optimal");
   EXPECT_EQ(best["inputs"].size(), 10u);
   EXPECT_TRUE(best["limits"]["displacement_limit"]["active"].asBool());
@@ -65,9 +60,7 @@ TEST(Study, AnalysesRepeatOnAnyNumberOfThreadsAndAreCancelled) {
   for (const std::string objectives : {R"("mass")", R"("mass", "displacement")"}) {
     const std::string wishes =
         R"({"project_limits": false, "limits": ["mass <= 1"], "minimize": [)" + objectives + "]}";
-    const Json::Value none = Document(Get<Result>([&](zelstudy_result** out) {
-      return zelstudy_optimize(project.get(), wishes.c_str(), nullptr, nullptr, out);
-    }));
+    const Json::Value none = Document(Answer(zelstudy_optimize, project, wishes.c_str()));
     EXPECT_EQ(none["status"], "infeasible") << objectives;
     EXPECT_THAT(none["message"].asString(), HasSubstr("mass <= 1"));
     EXPECT_NEAR(none["violation"]["by"].asDouble(), least - 1.0, 1e-3 * least);

@@ -2,7 +2,6 @@
 #include "support/temporary_directory.h"
 
 #include <dlfcn.h>
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/time.h>

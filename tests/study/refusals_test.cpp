@@ -1,8 +1,6 @@
 #include "study_calls.h"
 #include "support/files.h"
 
-#include <gmock/gmock.h>
-
 namespace {
 
 using namespace study_calls;

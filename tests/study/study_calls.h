@@ -2,6 +2,7 @@
 
 #include "support/testing.h"
 
+#include <gmock/gmock.h>
 #include <json/json.h>
 #include <zelsolver/study.h>
 
@@ -94,6 +95,14 @@ struct Trained {
 inline Project OpenSample() {
   return Get<Project>(
       [](zelstudy_project** out) { return zelstudy_project_open(TEST_SAMPLE, nullptr, out); });
+}
+
+/// What a call of a project with options gives.
+template <class Function>
+Result Answer(Function* function, const Project& project, const char* options) {
+  return Get<Result>([&](zelstudy_result** out) {
+    return function(project.get(), options, nullptr, nullptr, out);
+  });
 }
 
 inline Result Solve(const Project& project, const char* options, const std::vector<double>& inputs,

@@ -74,6 +74,10 @@ TEST(CriterionText, OneComparisonOutsideBracketsMakesALimit) {
        L"b[0]"},
       {L"c: sum(s[0:1]) + (a<=b)", L"c", CriterionDescription::RHS_ANY, L"",
        L"sum(s[0:1]) + (a<=b)"},
+      {L"side: #if x <= 0.5 #then 1 #else 2", L"side", CriterionDescription::RHS_ANY, L"",
+       L"#if x <= 0.5 #then 1 #else 2"},
+      {L"band: wave <= #if x <= 0.5 #then 1 #else 2", L"band",
+       CriterionDescription::LIMIT_LHS_BELOW_RHS, L"wave", L"#if x <= 0.5 #then 1 #else 2"},
   };
   for (const auto& expected : cases) {
     CriterionSequence criteria;

@@ -99,6 +99,23 @@ Functions GetFunctions() {
                                                    {"times", fn::times},
                                                    {"xydata", fn::xydata}};
   for (const auto& [name, f] : binary) Register(all, name, f);
+  const std::pair<const char*, Unary> predicates[] = {
+      {"is_complex", [](Value& r, V x) { r = Value(x.IsComplex()); }},
+      {"is_equidistant", [](Value& r, V x) { r = Value(IsEquidistant(x)); }},
+      {"is_flipped", [](Value& r, V x) { r = Value(x.IsFlipped()); }},
+      {"is_ordered", [](Value& r, V x) { r = Value(x.IsOrdered()); }},
+      {"is_zero", [](Value& r, V x) { r = Value(IsZero(x)); }},
+      {"smallest_step", [](Value& r, V x) { r = Value(SmallestStep(x)); }},
+  };
+  for (const auto& [name, f] : predicates) Register(all, name, f);
+  const std::pair<const char*, Binary> accesses[] = {
+      {"at", [](Value& r, V x, V i) { r = x[i]; }},
+      {"column", [](Value& r, V x, V j) { r = x.GetColumn(j); }},
+      {"equals", [](Value& r, V a, V b) { r = Value(a == b); }},
+      {"is_close", [](Value& r, V a, V b) { r = Value(IsClose(a, b)); }},
+      {"row", [](Value& r, V x, V i) { r = x.GetRow(i); }},
+  };
+  for (const auto& [name, f] : accesses) Register(all, name, f);
   Register(all, "filter", fn::filter);
   Register(all, "powmean", fn::powmean);
   Register(all, "powmeandev", fn::powmeandev);
@@ -155,17 +172,10 @@ Functions GetFunctions() {
         fn::rand(r, x, distribution, parameters, generator);
       });
   Register(
-      all, "smallest_step", +[](Value& r, V x) { r = Value(SmallestStep(x)); });
-  Register(
-      all, "is_equidistant", +[](Value& r, V x) { r = Value(IsEquidistant(x)); });
-  Register(
-      all, "at", +[](Value& r, V x, V i) { r = x[i]; });
-  Register(
       all, "at", +[](Value& r, V x, V i, V j) { r = x(i, j); });
   Register(
-      all, "column", +[](Value& r, V x, V j) { r = x.GetColumn(j); });
-  Register(
-      all, "row", +[](Value& r, V x, V i) { r = x.GetRow(i); });
+      all, "is_close",
+      +[](Value& r, V a, V b, double tolerance) { r = Value(IsClose(a, b, tolerance)); });
   Register(
       all, "add_channels", +[](Value& r, V x, V channels) {
         Value sum = x;
