@@ -56,12 +56,9 @@ TEST(PortableArchive, WritesTheFramingByteForByte) {
     const unsigned value = archive::AnnotationChecksum(name);
     return Bytes{static_cast<char>(value & 0xff), static_cast<char>(value >> 8)};
   };
-  EXPECT_EQ(bytes, kHeader +
-                       FromHex("0000"
-                               "0000") +
-                       checksum("number_") + FromHex("2C01") + checksum("real_") +
-                       FromHex("000000000000F03F") + checksum("text_") + FromHex("0200C3A9") +
-                       checksum("flag_") + FromHex("0100"));
+  EXPECT_EQ(bytes, kHeader + FromHex("00000000") + checksum("number_") + FromHex("2C01") +
+                       checksum("real_") + FromHex("000000000000F03F") + checksum("text_") +
+                       FromHex("0200C3A9") + checksum("flag_") + FromHex("0100"));
   // Published check value of CRC-16/KERMIT, and values of the format's own names.
   EXPECT_EQ(archive::AnnotationChecksum("123456789"), 0x2189);
   EXPECT_EQ(archive::AnnotationChecksum("item"), 0x2030);
@@ -186,19 +183,15 @@ TEST(PortableArchive, RefusesABoolThatIsNoBoolAndTextThatIsNoUnicode) {
 
 template <class T>
 void ExpectRoundTrip(const T& value) {
-  EXPECT_EQ(support::Load<T>(support::Save(value)), value);
+  EXPECT_TRUE(support::Load<T>(support::Save(value)) == value);
 }
 
 TEST(PortableArchive, MatrixBodyHasNoAnnotations) {
-  Eigen::MatrixXd matrix(2, 3);
-  matrix << 1, 2, 3, 4, 5, 6;
+  const Eigen::MatrixXd matrix{{1, 2, 3}, {4, 5, 6}};
   const Bytes bytes = support::Save(matrix);
   // tracking, class version 2, cols, rows, then the doubles column by column
   ASSERT_EQ(bytes.size(), kHeader.size() + 4 + 4 + 6 * 8);
-  EXPECT_EQ(bytes.substr(kHeader.size(), 8), FromHex("0000"
-                                                     "0200"
-                                                     "0300"
-                                                     "0200"));
+  EXPECT_EQ(bytes.substr(kHeader.size(), 8), FromHex("0000020003000200"));
   double second = 0.0;
   std::memcpy(&second, bytes.data() + kHeader.size() + 8 + 8, 8);
   EXPECT_EQ(second, 4.0);

@@ -41,9 +41,9 @@ class AnyTable(ProgramTest):
         self.assertEqual(result.returncode, 0, result.stderr)
         return result
 
-    def refused_training(self, data, *texts, inputs="x", responses="y", arguments=()):
-        result = zel("train", self.write(data), "--inputs", inputs, "--responses", responses, "-o",
-                     str(self.path / "none.vrdb"), *arguments)
+    def refused_training(self, data, *texts, inputs="x"):
+        result = zel("train", self.write(data), "--inputs", inputs, "--responses", "y", "-o",
+                     str(self.path / "none.vrdb"))
         self.assertEqual(result.returncode, 1, result)
         for part in texts:
             self.assertIn(part, result.stderr.decode().splitlines()[-1])
@@ -158,11 +158,6 @@ class AnyTable(ProgramTest):
         told = json.loads(self.train(every, "--json", responses="y*").stdout)
         self.assertEqual([column["name"] for column in told["inputs"]],
                          ["id", "x_1", "x_2", "x*", "every"])
-        self.refused_training(data, "--inputs", '"q*" fits no column', "the columns are",
-                              inputs="q*")
-        self.refused_training(data, "--responses", '"x_*"', inputs="x_1,x_2", responses="x_*")
-        self.refused_training(data, "--dates", '"id"', "neither", inputs="x_1", responses="y1",
-                              arguments=["--dates", "id"])
 
     def test_words_are_known_everywhere(self):
         result = self.train(text(), "--criterion", 'good: #if kind == "steel" #then y #else -1',
@@ -196,12 +191,6 @@ class AnyTable(ProgramTest):
                              "kind=0.5"), '"kind=0.5"', '"brass", "steel"', "nothing else")
         info = json.loads(zel("info", str(self.path / "t.vrdb"), "--json").stdout)
         self.assertEqual(info["inputs"][2]["words"], sorted(WORDS, key=str.encode))
-        for criterion, parts in {
-            'c: #if kind == "stel" #then 1 #else 2': ['"stel"', 'did you mean "steel"?'],
-            "c: #if kind == steel #then 1 #else 2": ["steel", "quotation marks"],
-        }.items():
-            self.refused_training(text(), "riterion", *parts, inputs="all",
-                                  arguments=["--criterion", criterion])
 
     def test_criteria_use_columns_of_any_name(self):
         result = self.train(text(units="mm,[kN],,-"), "--criterion", "a: 2*`load [kN]` + x",
@@ -219,16 +208,6 @@ class AnyTable(ProgramTest):
         self.train(odd, "--criterion", "c: `e` + 1")
         self.assertAlmostEqual(float(self.solve(odd, "--criteria")[0][0]["c"]), rows()[0][1] + 1,
                                delta=1e-12)
-        for criterion, parts in {
-            "c: 2*load[kN]": ["load_kN", "`load [kN]`"],
-            "c: `lod [kN]`": ['"lod [kN]"', 'did you mean "load [kN]"?'],
-            "c: `load [kN]": ["not closed"],
-        }.items():
-            self.refused_training(text(), "riterion", *parts, inputs="all",
-                                  arguments=["--criterion", criterion])
-        twice = text().replace("x,load [kN]", "load kN,load [kN]")
-        self.refused_training(twice, "load_kN", "another column", inputs="all", arguments=[
-            "--criterion", "c: `load [kN]` + `load kN`"])
 
     def test_dates_are_days(self):
         origin = datetime.datetime(1970, 1, 1)

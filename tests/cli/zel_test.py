@@ -112,21 +112,6 @@ class Zel(ProgramTest):
                         self.refused(result, "standard output", text)
         os.close(broken)
 
-    def test_sample_writes_points_in_the_inputs_units(self):
-        header, rows = self.sample("--scheme", "full-factorial", "--n", "3",
-                                   "--inputs", "x:10:20,a:b:-3:1,state:{8;2;4}")
-        self.assertEqual(header, ["x", "a:b", "state"])
-        self.assertEqual(rows, [[x, a, state] for state in (2, 4, 8) for a in (-3, -1, 1)
-                                for x in (10, 15, 20)])
-        # The middle of five states is the one nearest to the middle of their range.
-        self.assertEqual(self.sample("--scheme", "full-f", "--n", "3", "--inputs",
-                                     "x:{1;2;7;30;31}")[1], [[1], [7], [31]])
-        # Points on the sphere of one dimension, -1 and 1, are the ends; on others the nearest state.
-        ends = self.sample("--scheme", "fekete", "--n", "4", "--inputs", "x:{1;2;7;30;31}")[1]
-        self.assertEqual(sorted(ends), [[1], [1], [31], [31]])
-        self.assertEqual(self.sample("--scheme", "box", "--inputs", "x:0:2,y:0:2,z:0:2")[1][0],
-                         [0, 0, 1])
-
     def test_sample_knows_every_scheme(self):
         counts = {"center-point": 1, "full-factorial": 12 * 12 * 3, "axial-points": 1 + 12 + 12 + 2,
                   "star-points": 1 + 24 + 24 + 2, "central-composite": 7 + 8, "mixed-terms": 3,

@@ -13,7 +13,7 @@ namespace {
 
 using namespace corvath::algorithm::datatypes;
 using Entry = CDesignEntry;
-using support::MessageOfExactly, support::Scalar, support::Vec;
+using support::Scalar, support::Vec;
 
 TEST(NamedSequence, FindsTheFirstElementOfAName) {
   EntrySequence sequence = {{L"b", Entry(1)}, {L"a", Entry(2)}, {L"b", Entry(3)}};
@@ -123,9 +123,8 @@ TEST(Criterion, ExpressionAndValueFollowTheType) {
   EXPECT_EQ(Make(1, L"", L"").GetExpression(), L"(0)");
   EXPECT_EQ(Make(3, L"", L"%1% x").GetExpression(), L"(%1% x)-(0)");
   for (const int type : {-1, 8})
-    EXPECT_EQ(
-        MessageOfExactly<std::logic_error>([type] { Make(type, L"a", L"b").GetExpression(); }),
-        "Unhandled type to get expression");
+    EXPECT_ERROR(std::logic_error, "Unhandled type to get expression",
+                 Make(type, L"a", L"b").GetExpression());
 }
 
 TEST(Criterion, KeepsItsValuesWhenTheSidesDoNotCombine) {

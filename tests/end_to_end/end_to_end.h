@@ -39,6 +39,11 @@ inline std::string LastError() {
   return text != nullptr ? text : "";
 }
 
+/// The status of a call and, behind it, the text of its failure.
+inline std::string Answer(int status) {
+  return std::to_string(status) + " " + LastError();
+}
+
 /// What a shell command prints on its standard output, and its wait status.
 inline std::pair<std::string, int> RunCommand(const std::string& command) {
   std::string output;

@@ -18,3 +18,13 @@
 #include <boost/make_shared.hpp>
 
 /// All families of models with their parts, for tests that take several of them.
+namespace corvath::math::metamodel {
+
+/// Scales to the unit cube of `range`, the default coordinate transform.
+inline Eigen::MatrixXd Scaled(const Eigen::MatrixXd& points, const Eigen::MatrixXd& range) {
+  const Eigen::RowVectorXd low = range.colwise().minCoeff();
+  const Eigen::RowVectorXd width = range.colwise().maxCoeff() - low;
+  return (points.rowwise() - low).array().rowwise() / width.array();
+}
+
+}  // namespace corvath::math::metamodel

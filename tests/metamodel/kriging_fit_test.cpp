@@ -45,10 +45,7 @@ struct Sample {
     for (Eigen::Index i = 0; i < values.size(); ++i)
       values(i) = function.value(points.row(i).transpose());
     if (noisy) values += 0.2 * (values.maxCoeff() - values.minCoeff()) * scatter;
-    // The coordinates of the model reach from 0 to 1.
-    const Eigen::RowVectorXd low = points.colwise().minCoeff();
-    const Eigen::RowVectorXd width = points.colwise().maxCoeff() - low;
-    points = (points.rowwise() - low).array().rowwise() / width.array();
+    points = Scaled(points, points);  // to coordinates from 0 to 1
   }
   Eigen::MatrixXd points;
   Eigen::VectorXd values;

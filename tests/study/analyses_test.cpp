@@ -1,7 +1,5 @@
 #include "study_calls.h"
 
-#include <thread>
-
 namespace {
 
 using namespace study_calls;
@@ -17,16 +15,6 @@ TEST(Study, AnalysesRepeatOnAnyNumberOfThreadsAndAreCancelled) {
       {zelstudy_optimize, R"({"minimize": ["mass", "displacement"], "points": 5, "starts": 4})"},
       {zelstudy_optimize, R"({"minimize": ["mass"], "next": 2, "starts": 4})"},
   };
-  struct State {
-    int left;  // calls until it says stop
-    std::thread::id thread;
-  };
-  const auto progress = [](double share, const char* work, void* user) {
-    auto& state = *static_cast<State*>(user);
-    EXPECT_EQ(std::this_thread::get_id(), state.thread);
-    EXPECT_TRUE(share >= 0.0 && share <= 1.0 && work != nullptr);
-    return --state.left < 0 ? 1 : 0;
-  };
   for (const auto& [analyse, options] : cases) {
     std::string texts[2];
     for (const bool parallel : {false, true}) {
@@ -37,9 +25,9 @@ TEST(Study, AnalysesRepeatOnAnyNumberOfThreadsAndAreCancelled) {
     unsetenv("ZELSOLVER_NUM_THREADS");
     EXPECT_EQ(texts[0], texts[1]) << options;
     for (const int calls : {0, 1}) {
-      State state{calls, std::this_thread::get_id()};
+      Countdown state{calls};
       auto* out = reinterpret_cast<zelstudy_result*>(1);
-      EXPECT_EQ(analyse(project.get(), options, progress, &state, &out), ZELSTUDY_CANCELLED);
+      EXPECT_EQ(analyse(project.get(), options, CountDown, &state, &out), ZELSTUDY_CANCELLED);
       EXPECT_EQ(out, nullptr);
       EXPECT_EQ(LastError(), "cancelled");
     }

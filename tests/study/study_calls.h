@@ -6,6 +6,8 @@
 #include <json/json.h>
 #include <zelsolver/study.h>
 
+#include <thread>
+
 /// Calls of the interface in C whose handles close themselves, and what the tests train on.
 namespace study_calls {
 
@@ -103,6 +105,18 @@ Result Answer(Function* function, const Project& project, const char* options) {
   return Get<Result>([&](zelstudy_result** out) {
     return function(project.get(), options, nullptr, nullptr, out);
   });
+}
+
+/// Cancels a call behind its first `left` reports, all of them on this thread.
+struct Countdown {
+  int left;
+  std::thread::id thread = std::this_thread::get_id();
+};
+inline int CountDown(double share, const char* work, void* user) {
+  auto& countdown = *static_cast<Countdown*>(user);
+  EXPECT_EQ(std::this_thread::get_id(), countdown.thread);
+  EXPECT_TRUE(share >= 0.0 && share <= 1.0 && work != nullptr);
+  return --countdown.left < 0 ? 1 : 0;
 }
 
 inline Result Solve(const Project& project, const char* options, const std::vector<double>& inputs,

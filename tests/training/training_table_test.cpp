@@ -91,23 +91,5 @@ TEST(CriterionText, OneComparisonOutsideBracketsMakesALimit) {
   }
 }
 
-TEST(CriterionText, RefusesWhatIsNoCriterion) {
-  const auto refusal = [](const wchar_t* text) {
-    CriterionSequence criteria;
-    ParseCriterion(L"known: 1", criteria);
-    const std::string message =
-        support::MessageOfExactly<TrainingError>([&] { ParseCriterion(text, criteria); });
-    EXPECT_EQ(criteria.size(), 1u);
-    return message;
-  };
-  EXPECT_EQ(refusal(L"a+b"), "Criterion \"a+b\" has no name; write \"name: expression\".");
-  EXPECT_EQ(refusal(L": a"), "Criterion \": a\" has no name; write \"name: expression\".");
-  EXPECT_EQ(refusal(L"known: a"), "There are two criteria \"known\".");
-  EXPECT_EQ(refusal(L"c:"), "Criterion \"c\" lacks an expression.");
-  EXPECT_EQ(refusal(L"c: <= 3"), "Criterion \"c\" lacks an expression.");
-  EXPECT_EQ(refusal(L"c: 1 <= a <= 3"), "Criterion \"c\" compares more than once.");
-  EXPECT_EQ(refusal(L"c: a + * b"), "Criterion \"c\": \"a+*b\" is no expression from \"+*b\" on.");
-}
-
 }  // namespace
 }  // namespace corvath::training

@@ -109,6 +109,10 @@ Functions GetFunctions() {
   };
   for (const auto& [name, f] : predicates) Register(all, name, f);
   const std::pair<const char*, Binary> accesses[] = {
+      {"<", [](Value& r, V a, V b) { r = Value(Less(a, b)); }},
+      {"<=", [](Value& r, V a, V b) { r = Value(LessEqual(a, b)); }},
+      {">", [](Value& r, V a, V b) { r = Value(Greater(a, b)); }},
+      {">=", [](Value& r, V a, V b) { r = Value(GreaterEqual(a, b)); }},
       {"at", [](Value& r, V x, V i) { r = x[i]; }},
       {"column", [](Value& r, V x, V j) { r = x.GetColumn(j); }},
       {"equals", [](Value& r, V a, V b) { r = Value(a == b); }},
