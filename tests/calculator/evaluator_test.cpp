@@ -9,8 +9,7 @@ namespace {
 
 using corvath::math::Value;
 using corvath::utils::ToUtf8;
-using support::Mat, support::MessageOf, support::MessageOfExactly, support::Scalar, support::Sig,
-    support::Vec;
+using support::Mat, support::Scalar, support::Sig, support::Vec;
 
 class Calculator : public support::CalculatorFixture {
  protected:

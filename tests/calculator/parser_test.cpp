@@ -1,14 +1,11 @@
 #include "calculator/parser.h"
 
-#include "foundation/text.h"
 #include "support/testing.h"
 
 namespace {
 
 using corvath::calculator::DeleteBlanks, corvath::calculator::kMaxNesting,
-    corvath::calculator::kMaxTextLength, corvath::calculator::Parse, corvath::calculator::Rule,
-    corvath::calculator::SyntaxTree;
-using corvath::utils::ToUtf8;
+    corvath::calculator::kMaxTextLength, corvath::calculator::Parse;
 
 std::wstring Repeat(const std::wstring& text, std::size_t n) {
   std::wstring result;

@@ -1,7 +1,6 @@
 #!/usr/bin/env python3
 """Trains models with zel train on functions that the test knows, and asks them with zel solve."""
 import csv
-import io
 import math
 import os
 import pathlib

@@ -6,7 +6,7 @@
 namespace end_to_end {
 namespace {
 
-using testing::HasSubstr, testing::Not;
+using testing::HasSubstr;
 
 class BadInput : public EndToEnd {
  protected:

@@ -5,7 +5,7 @@
 namespace end_to_end {
 namespace {
 
-using testing::HasSubstr, testing::IsNull, testing::MatchesRegex;
+using testing::IsNull, testing::MatchesRegex;
 
 class Calls : public EndToEnd {};
 

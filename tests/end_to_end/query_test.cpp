@@ -3,7 +3,7 @@
 namespace end_to_end {
 namespace {
 
-using testing::ElementsAre, testing::HasSubstr;
+using testing::ElementsAre;
 
 class Query : public EndToEnd {
  protected:

@@ -5,7 +5,7 @@
 namespace end_to_end {
 namespace {
 
-using testing::Each, testing::ElementsAre;
+using testing::Each;
 
 constexpr double kUntouched = -77.0;
 constexpr unsigned int kN = kDesigns;

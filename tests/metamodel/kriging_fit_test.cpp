@@ -10,7 +10,6 @@
 
 using namespace corvath::math::metamodel;
 using corvath::math::kPi;
-using corvath::math::transform::TransformType;
 using corvath::utils::log::VectorLog;
 
 namespace {

@@ -7,7 +7,7 @@
 namespace corvath::math::metamodel {
 namespace {
 
-using support::Deviation, support::MessageOfExactly;
+using support::Deviation;
 using transform::TransformType;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();

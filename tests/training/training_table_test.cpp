@@ -59,8 +59,7 @@ TEST(TrainingTable, SeesConstantColumnsWhateverTheirScale) {
   EXPECT_FALSE(constant(0.0, 1e-30));
 }
 
-using algorithm::datatypes::Criterion, algorithm::datatypes::CriterionDescription,
-    algorithm::datatypes::CriterionSequence;
+using algorithm::datatypes::CriterionDescription, algorithm::datatypes::CriterionSequence;
 
 TEST(CriterionText, OneComparisonOutsideBracketsMakesALimit) {
   const struct {
