@@ -56,12 +56,9 @@ TEST(PortableArchive, WritesTheFramingByteForByte) {
     const unsigned value = archive::AnnotationChecksum(name);
     return Bytes{static_cast<char>(value & 0xff), static_cast<char>(value >> 8)};
   };
-  EXPECT_EQ(bytes, kHeader +
-                       FromHex("0000"
-                               "0000") +
-                       checksum("number_") + FromHex("2C01") + checksum("real_") +
-                       FromHex("000000000000F03F") + checksum("text_") + FromHex("0200C3A9") +
-                       checksum("flag_") + FromHex("0100"));
+  EXPECT_EQ(bytes, kHeader + FromHex("00000000") + checksum("number_") + FromHex("2C01") +
+                       checksum("real_") + FromHex("000000000000F03F") + checksum("text_") +
+                       FromHex("0200C3A9") + checksum("flag_") + FromHex("0100"));
   // Published check value of CRC-16/KERMIT, and values of the format's own names.
   EXPECT_EQ(archive::AnnotationChecksum("123456789"), 0x2189);
   EXPECT_EQ(archive::AnnotationChecksum("item"), 0x2030);
@@ -184,26 +181,26 @@ TEST(PortableArchive, RefusesABoolThatIsNoBoolAndTextThatIsNoUnicode) {
   EXPECT_MESSAGE("invalid input character", support::Save(plain));
 }
 
+template <class T>
+void ExpectRoundTrip(const T& value) {
+  EXPECT_TRUE(support::Load<T>(support::Save(value)) == value);
+}
+
 TEST(PortableArchive, MatrixBodyHasNoAnnotations) {
-  Eigen::MatrixXd matrix(2, 3);
-  matrix << 1, 2, 3, 4, 5, 6;
+  const Eigen::MatrixXd matrix{{1, 2, 3}, {4, 5, 6}};
   const Bytes bytes = support::Save(matrix);
   // tracking, class version 2, cols, rows, then the doubles column by column
   ASSERT_EQ(bytes.size(), kHeader.size() + 4 + 4 + 6 * 8);
-  EXPECT_EQ(bytes.substr(kHeader.size(), 8), FromHex("0000"
-                                                     "0200"
-                                                     "0300"
-                                                     "0200"));
+  EXPECT_EQ(bytes.substr(kHeader.size(), 8), FromHex("0000020003000200"));
   double second = 0.0;
   std::memcpy(&second, bytes.data() + kHeader.size() + 8 + 8, 8);
   EXPECT_EQ(second, 4.0);
-  EXPECT_EQ(support::Load<Eigen::MatrixXd>(bytes), matrix);
-  const Eigen::VectorXd vector = Eigen::VectorXd::LinSpaced(5, -1.0, 1.0);
-  EXPECT_EQ(support::Load<Eigen::VectorXd>(support::Save(vector)), vector);
-  EXPECT_EQ(support::Load<Eigen::VectorXd>(support::Save(Eigen::VectorXd())).size(), 0);
+  ExpectRoundTrip(matrix);
+  for (const Eigen::Index size : {5, 0})
+    ExpectRoundTrip(Eigen::VectorXd(Eigen::VectorXd::LinSpaced(size, -1.0, 1.0)));
   Eigen::Matrix<std::uint64_t, Eigen::Dynamic, 1> counts(3);
   counts << 0, 300, std::numeric_limits<std::uint64_t>::max();
-  EXPECT_EQ((support::Load<decltype(counts)>(support::Save(counts))), counts);
+  ExpectRoundTrip(counts);
 }
 
 /// A matrix as class version 1 wrote it: every value with its annotation.
@@ -226,31 +223,22 @@ TEST(PortableArchive, ReadsAnnotatedMatricesOfOldFiles) {
 }
 
 TEST(PortableArchive, RoundTripsCollections) {
-  std::map<std::wstring, std::vector<double>> map{{L"a", {1.0, 2.0}}, {L"b", {}}};
-  EXPECT_EQ((support::Load<decltype(map)>(support::Save(map))), map);
-  std::multimap<std::int32_t, std::wstring> multimap{{1, L"x"}, {1, L"y"}, {0, L"z"}};
-  EXPECT_EQ((support::Load<decltype(multimap)>(support::Save(multimap))), multimap);
-  std::list<std::pair<double, double>> list{{1.0, 2.0}, {3.0, 4.0}};
-  EXPECT_EQ((support::Load<decltype(list)>(support::Save(list))), list);
-  std::deque<std::wstring> deque{L"p", L"q"};
-  EXPECT_EQ((support::Load<decltype(deque)>(support::Save(deque))), deque);
-  std::set<std::uint64_t> set{3, 1, 2};
-  EXPECT_EQ((support::Load<decltype(set)>(support::Save(set))), set);
-  boost::unordered_set<std::uint64_t> unordered{3, 1, 2};
-  EXPECT_EQ((support::Load<decltype(unordered)>(support::Save(unordered))), unordered);
-  boost::optional<double> optional(2.5);
-  EXPECT_EQ(*support::Load<decltype(optional)>(support::Save(optional)), 2.5);
+  ExpectRoundTrip(std::map<std::wstring, std::vector<double>>{{L"a", {1.0, 2.0}}, {L"b", {}}});
+  ExpectRoundTrip(std::multimap<std::int32_t, std::wstring>{{1, L"x"}, {1, L"y"}, {0, L"z"}});
+  ExpectRoundTrip(std::list<std::pair<double, double>>{{1.0, 2.0}, {3.0, 4.0}});
+  ExpectRoundTrip(std::deque<std::wstring>{L"p", L"q"});
+  ExpectRoundTrip(std::set<std::uint64_t>{3, 1, 2});
+  ExpectRoundTrip(boost::unordered_set<std::uint64_t>{3, 1, 2});
+  ExpectRoundTrip(boost::optional<double>(2.5));
+  ExpectRoundTrip(boost::filesystem::path("dir/f\u00fc.vrdb"));
   for (const std::size_t size : {0u, 1u, 8u, 9u, 17u}) {
     std::vector<bool> bits(size);
     for (std::size_t i = 0; i < size; i += 3) bits[i] = true;
-    EXPECT_EQ(support::Load<std::vector<bool>>(support::Save(bits)), bits);
+    ExpectRoundTrip(bits);
   }
-  boost::filesystem::path path("dir/f\u00fc.vrdb");
-  EXPECT_EQ(support::Load<boost::filesystem::path>(support::Save(path)), path);
-  boost::uuids::uuid uuid{{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}};
-  const Bytes bytes = support::Save(uuid);
-  EXPECT_EQ(bytes.size(), kHeader.size() + 16);  // nothing but the block
-  EXPECT_EQ(support::Load<boost::uuids::uuid>(bytes), uuid);
+  const boost::uuids::uuid uuid{{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}};
+  ExpectRoundTrip(uuid);
+  EXPECT_EQ(support::Save(uuid).size(), kHeader.size() + 16);  // nothing but the block
 }
 
 struct Pointed {

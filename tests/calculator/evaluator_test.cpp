@@ -9,8 +9,7 @@ namespace {
 
 using corvath::math::Value;
 using corvath::utils::ToUtf8;
-using support::Mat, support::MessageOf, support::MessageOfExactly, support::Scalar, support::Sig,
-    support::Vec;
+using support::Mat, support::Scalar, support::Sig, support::Vec;
 
 class Calculator : public support::CalculatorFixture {
  protected:
@@ -31,28 +30,15 @@ TEST_F(Calculator, ErrorsShowTheTextAndACaretUnderThePlace) {
                Evaluate(L"#if 1 #then 2 #else 3"));
 }
 
-TEST_F(Calculator, AssignedObjectsStayLive) {
-  ExpectValue(L"x = y = a + 1", Scalar(3.0));
+// What assignments come to stands in texts.txt.
+TEST_F(Calculator, ObjectsKeepTheirTexts) {
+  Evaluate(L"x = y = a + 1");
   EXPECT_EQ(calculator_.GetObject(L"x").expression, L"a+1");
   EXPECT_EQ(calculator_.GetObject(L"y").value, Scalar(3.0));
-  ExpectValue(L"a = 10", Scalar(10.0));
-  ExpectValue(L"x + y", Scalar(22.0));
-  ExpectValue(L"max(z = 4, z)", Scalar(4.0));
-  // The right operand comes first, and keeps its value.
-  ExpectValue(L"sum([a = 1]) + a", Scalar(11.0));
-  ExpectValue(L"a", Scalar(1.0));
-  calculator_.SetObject(L"assigning", L"w = 3", Value());  // not read before it assigns
-  ExpectValue(L"w = 1", Scalar(1.0));
-  ExpectValue(L"assigning + w", Scalar(4.0));
-  // An object whose text assigns the object itself: it keeps its text.
-  calculator_.SetObject(L"own", L"max(own = 5, 1)", Value());
+  calculator_.SetObject(L"own", L"max(own = 5, 1)", Value());  // assigns the object itself
   ExpectValue(L"own + own", Scalar(10.0));
   EXPECT_EQ(calculator_.GetObject(L"own").expression, L"max(own = 5, 1)");
-  EXPECT_EQ(Failure(L"a = a + 1"),
-            "Assignment denied because of a circular dependency around \"a\"");
-  EXPECT_EQ(Failure(L"a = x"), "Assignment denied because of a circular dependency around \"a\"");
   EXPECT_EQ(Failure(L"new = new + 1"), "Object \"new\" not known.");
-  EXPECT_EQ(Failure(L"pi = 3"), "Irregular object assignment: \"pi\" is an immutable object");
   EXPECT_EQ(calculator_.GetObjectState(L"new"), corvath::calculator::kUnknown);
 }
 
@@ -72,32 +58,20 @@ TEST_F(Calculator, KeepsObjectsByName) {
   EXPECT_TRUE(calculator_.IsValidIdentifier(L"pi", false));
   EXPECT_FALSE(calculator_.IsValidIdentifier(L"pi", true));
   EXPECT_TRUE(calculator_.IsValidIdentifier(L"größe'.1", true));  // in the C locale, too
-  calculator_.SetObject(L"o", L"a * n", Value());
-  EXPECT_EQ(Failure(L"o"), "Object \"n\" not known.");
-  calculator_.SetObject(L"n", L"", Scalar(5.0));
-  ExpectValue(L"o", Scalar(10.0));
-  EXPECT_EQ(calculator_.GetObject(L"o").value, Scalar(10.0));  // of its last evaluation
 }
 
-TEST_F(Calculator, AnalysesDependencies) {
-  using Names = std::set<std::wstring>;
+TEST_F(Calculator, FindsCircularDependencies) {
   calculator_.SetObject(L"p", L"a + q", Value());
-  calculator_.SetObject(L"q", L"b * pi", Value());
-  EXPECT_EQ(calculator_.GetDependencies(L"p + unknown"), (Names{L"a", L"b", L"p", L"pi", L"q"}));
-  EXPECT_EQ(calculator_.GetDependencies(L"t = a"), (Names{L"a"}));
-  EXPECT_FALSE(calculator_.HasCircularDependency(L"p + q + unknown"));
   calculator_.SetObject(L"q", L"sin(r)", Value());
+  EXPECT_FALSE(calculator_.HasCircularDependency(L"p + q + unknown"));
   calculator_.SetObject(L"r", L"2 + p", Value());
   EXPECT_TRUE(calculator_.HasCircularDependency(L"1 + p"));
   EXPECT_FALSE(calculator_.HasCircularDependency(L"a"));
   EXPECT_ERROR(CCircularDependencyException, "object p depends on expression dependent on p",
                calculator_.GetDependencies(L"p"));
-  EXPECT_ERROR(CCircularDependencyException, "object r depends on expression dependent on r",
-               Evaluate(L"1 + r"));
-  calculator_.SetObject(L"s", L"s", Value());
-  EXPECT_ERROR(CCircularDependencyException, "object s depends on expression dependent on s",
-               Evaluate(L"s"));
-  EXPECT_EQ(Failure(L"s"), Failure(L"s"));
+  for (const wchar_t* again : {L"1 + r", L"1 + r"})
+    EXPECT_ERROR(CCircularDependencyException, "object r depends on expression dependent on r",
+                 Evaluate(again));
 }
 
 TEST_F(Calculator, MacrosOfOneNameKeepTheFirst) {

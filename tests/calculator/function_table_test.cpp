@@ -3,7 +3,7 @@
 #include "calculator/calculator.h"
 #include "foundation/math_exception.h"
 #include "foundation/text.h"
-#include "support/values.h"
+#include "support/read_value.h"
 
 #include <boost/numeric/conversion/cast.hpp>
 
@@ -14,7 +14,6 @@ using corvath::calculator::FindFunctionHelp, corvath::calculator::Function,
     corvath::calculator::GetFunctionHelp;
 using corvath::math::Value;
 using corvath::utils::FromUtf8, corvath::utils::ToUtf8;
-using support::Mat, support::Scalar, support::Sig, support::Vec, support::XY;
 
 constexpr int kAny = Function::kAnyCount;
 
@@ -63,47 +62,24 @@ TEST(FunctionTable, EachFunctionHasHelpForEachOfItsCounts) {
 }
 
 /// Values that functions do not expect; none of them is large.
-std::map<std::string, Value> OddValues() {
-  const double inf = std::numeric_limits<double>::infinity();
-  const double nan = std::nan("");
-  return {
-      {"none", Value()},
-      {"yes", Value(true)},
-      {"zero", Scalar(0)},
-      {"one", Scalar(1)},
-      {"two", Scalar(2)},
-      {"minus", Scalar(-1)},
-      {"half", Scalar(0.5)},
-      {"big", Scalar(1e300)},
-      {"huge", Scalar(4e9)},
-      {"nan", Scalar(nan)},
-      {"inf", Scalar(inf)},
-      {"cplx", Scalar(1, 2)},
-      {"noVector", Vec({})},
-      {"vector2", Vec({0.1, 0.2})},
-      {"vectorNan", Vec({nan, 2, inf})},
-      {"noMatrix", Value(Value::Matrix(0, 0))},
-      {"matrix", Mat({{1, 2}, {3, 5}})},
-      {"matrixOdd", Mat({{nan, 0, {0, 1}}, {inf, -inf, 0}})},
-      {"twoPoints", XY({0, 1}, {3, 4})},
-      {"equal", XY({1, 1, 1}, {1, 2, 3})},
-      {"descending", Sig({3, 2, 1, 0}, {{1, 5, 2, 8}, {0, 0, 0, 0}})},
-      {"unordered", XY({0, 2, 1}, {1, 2, 3})},
-      {"nanAxis", XY({0, nan, 2}, {1, 2, 3})},
-      {"nanData", Sig({0, 1, 2}, {{nan, 1, inf}})},
-      {"infAxis", XY({-inf, 0, inf}, {1, 2, 3})},
-      {"hugeAxis", XY({-1e308, 0, 1e308}, {1e308, 2, -1e308})},
-      {"complexData", XY({0, 1, 2}, {{1, 1}, 2, {0, nan}})},
-      {"noChannels", Value::Signal(support::RawVector({0, 1, 2}), Value::Matrix(0, 3))},
-  };
+std::vector<Value> OddValues() {
+  std::vector<Value> values{Value(Value::Matrix(0, 0)),
+                            Value::Signal(support::RawVector({0, 1, 2}), Value::Matrix(0, 3))};
+  std::istringstream texts(
+      "nothing true 0 1 2 -1 0.5 1e300 4e9 nan inf 1+2i [] [0.1,0.2] [nan,2,inf] [[1,2],[3,5]] "
+      "[[nan,0,0+1i],[inf,-inf,0]] xy[0,1][3,4] xy[1,1,1][1,2,3] xy[0,2,1][1,2,3] "
+      "signal[3,2,1,0][1,5,2,8][0,0,0,0] xy[0,nan,2][1,2,3] signal[0,1,2][nan,1,inf] "
+      "xy[-inf,0,inf][1,2,3] xy[-1e308,0,1e308][1e308,2,-1e308] xy[0,1,2][1+1i,2,0+nani]");
+  for (std::string text; texts >> text;) values.push_back(support::ReadValue(text));
+  return values;
 }
 
 TEST(FunctionTable, FunctionsAnswerOrRefuseOddValues) {
   CCalculator calculator;
   std::vector<std::string> names;
-  for (const auto& [name, value] : OddValues()) {
-    calculator.SetObject(FromUtf8("_" + name), L"", value);
-    names.push_back("_" + name);
+  for (const Value& value : OddValues()) {
+    names.push_back("_" + std::to_string(names.size()));
+    calculator.SetObject(FromUtf8(names.back()), L"", value);
   }
   std::mt19937 random(6);
   const auto pick = [&] { return names[random() % names.size()]; };

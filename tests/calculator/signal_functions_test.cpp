@@ -126,17 +126,10 @@ TEST_F(SignalFunctions, ReadTables) {
   ExpectValue(FromUtf8(read("header")), Value());
   support::WriteFile(folder.File("empty"), "");
   ExpectValue(FromUtf8(read("empty")), Value());
-
-  const std::pair<std::string, std::string> failures[] = {
-      {read("missing"), "The given file doesn't seem to exist.@0"},
-      {"1+" + read(""), "The given path doesn't seem to be a regular file.@2"},
-      {read("empty", ",\"-1\""), "Unsigned integer constant expected@0"},
-      {read("empty", ",\"1.5\""), "Unsigned integer constant expected@0"},
-      {read("empty", ",\"99999999999999999999\""), "Unsigned integer constant expected@0"},
-      {read("empty", ",1"), "Wrong argument type. Quoted string expected.@0"},
-  };
-  for (const auto& [text, expected] : failures)
-    EXPECT_EQ(Failure(FromUtf8(text)), expected) << text;
+  for (const char* lines : {",\"-1\"", ",\"1.5\"", ",\"99999999999999999999\""})
+    EXPECT_EQ(Failure(FromUtf8(read("empty", lines))), "Unsigned integer constant expected@0");
+  EXPECT_EQ(Failure(FromUtf8(read("empty", ",1"))),
+            "Wrong argument type. Quoted string expected.@0");
   // The file system's own words.
   EXPECT_NE(Failure(FromUtf8(read(std::string(300, 'x')))).find("File name too long"),
             std::string::npos);

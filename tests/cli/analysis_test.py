@@ -116,45 +116,4 @@ class Analysis(ProgramTest):
         self.assertNotIn("form", document["limits"]["kept"])  # it has no surface
         self.assertEqual(document["limits"]["kept"]["probability"], 0)
 
-    def test_what_cannot_be_done_is_refused_in_one_line(self):
-        for command, arguments, texts in [
-            ("propagate", [], ["No input has a distribution."]),
-            ("propagate", ["--distribution", "area_11:normal(1,2)"],
-             ['no input "area_11"', 'did you mean "area_1']),
-            ("propagate", ["--distribution", "area_1:norml(1,2)"],
-             ['no type "norml"', 'did you mean "normal"?']),
-            ("propagate", ["--distribution", "area_1:normal(mean=1, s=2)"],
-             ["mean= and sd= or cov=, or mu=, s= are wanted"]),
-            ("propagate", ["--distribution", "area_1:normal(1, x)"], ['"x" is not a finite number']),
-            ("propagate", ["--distribution", "area_1"], ["NAME:TYPE(NUMBER, ...) is wanted"]),
-            ("propagate", ["--distribution", "area_1:normal(9,1)", "--criterion", "l: stres <= 1"],
-             ['criterion "l": Object "stres" not known']),
-            ("propagate", ["--distribution", "area_1:normal(9,1)", "--criterion", "l: mass < 1"],
-             ["it is true or false, no number; <= and >= alone make a limit"]),
-            ("propagate", ["--scheme", "lattice"], ['"lattice" is none of latin-hypercube, sobol']),
-            ("sensitivity", ["--over", "bounds", "--distribution", "area_1:normal(9,1)"],
-             ["over bounds, distributions of inputs do not count"]),
-            ("optimize", ["--minimize", "mass", "--points", "5"], ["two or three objectives"]),
-            ("sensitivity", ["--fix", "area_1"], ["NAME=VALUE is wanted"]),
-            ("sensitivity", ["--fix", "area_1=1", "--fix", "area_1=2"], ["given two values"]),
-            ("sensitivity", ["--criterion", "mass: 1"], ['has a quantity "mass" already']),
-            ("sensitivity", ["--n", "100000000"], ["more values than can be held"]),
-        ]:
-            with self.subTest(arguments):
-                self.refused(zel(command, SAMPLE, *arguments), *texts)
-        self.refused(zel("sensitivity", "absent.vrdb"), "absent.vrdb: No such file")
-        self.assertEqual(zel("sensitivity", SAMPLE, "--json", "--csv", "-").returncode, 2)
-        for command, option, values, ranges in [
-            ("sensitivity", "--n", ["0", "-1", "1e99", "nan", "x", "2.5"], "2 to 1000000000"),
-            ("propagate", "--until", ["0", "2", "inf", "x"], "1e-06 to 1"),
-            ("propagate", "--quantiles", ["nan", "0.5,x"], "0 to 1"),
-            ("optimize", "--seed", ["-1", "4294967296"], "0 to 4294967295"),
-        ]:
-            for value in values:
-                result = zel(command, SAMPLE, option, value)
-                self.assertEqual(result.returncode, 2)
-                self.assertRegex(result.stderr.decode().split("\n")[0],
-                                 f"^{option}: .* is no (whole )?number from {ranges}$")
-
-
 main()

@@ -41,9 +41,9 @@ class AnyTable(ProgramTest):
         self.assertEqual(result.returncode, 0, result.stderr)
         return result
 
-    def refused_training(self, data, *texts, inputs="x", responses="y", arguments=()):
-        result = zel("train", self.write(data), "--inputs", inputs, "--responses", responses, "-o",
-                     str(self.path / "none.vrdb"), *arguments)
+    def refused_training(self, data, *texts, inputs="x"):
+        result = zel("train", self.write(data), "--inputs", inputs, "--responses", "y", "-o",
+                     str(self.path / "none.vrdb"))
         self.assertEqual(result.returncode, 1, result)
         for part in texts:
             self.assertIn(part, result.stderr.decode().splitlines()[-1])
@@ -114,21 +114,10 @@ class AnyTable(ProgramTest):
 
     def test_refuses_what_is_not_certain(self):
         for data, parts in {
-            "x;y\n1,5;2\n2.5;3\n": ["row 3", '"x"', '"2.5"', "decimal commas"],
-            "x;y\n1.5;2\n2,5;3\n": ["row 3", '"x"', '"2,5"'],
-            "x;y\n1.234,5;2\n": ["row 2", '"x"', '"1.234,5"', "thousands"],
-            "x\ty\n1,234\t2\n": ["row 2", '"x"', "1.234 or 1234"],
-            "x,y\n1,5,2,5\n": ["row 2", "4 cells", "decimal commas?", "semicolons"],
-            "x;y,z\na;b,c\n": ["row 1", "commas or semicolons", "quotation marks"],
             b"x,y,\xc3\xa4\n1,2,3\n2,\xff\n": ["row 3, cell 2", "0xff", "UTF-8"],
             b"x,\x81\n1,2\n": ["row 1, cell 2", "0x81", "Windows-1252"],
             "x,y\n1,2\n".encode("utf-16")[:-1]: ["row 2", "UTF-16"],
             "x,y\n1,2\n".encode("utf-16-le") + b"\x01\xd8": ["UTF-16", "damaged"],
-            "x y\n1 2\n": ["row 1", "blanks", '"x y"'],
-            "x,y\n5 mm,1\n": ["row 2", '"x"', '"5 mm"', "unit into the header"],
-            "x,y\n3,steel\nsteel,4\n": ["row 3", '"x"', '"steel"', "row 2", '"3"', "NA"],
-            "x,y\n" + "".join(f"w{i},{i}\n" for i in range(9)): ["row 2", '"x"', "9 different",
-                                                                "--ignore"],
         }.items():
             with self.subTest(data):
                 self.refused_training(data, *parts)
@@ -146,8 +135,6 @@ class AnyTable(ProgramTest):
                 self.assertIn(b'row 14, column "z"', result.stderr)
                 self.assertIn(b"2 of 14 rows left out", result.stderr)
                 self.assertEqual(self.solve("x,z,y\n" + complete)[0], expected)
-        self.refused_training("x,y\nNA,1\n", "1 of 1 rows", "no design is left",
-                              arguments=["--skip-incomplete"])
 
     def test_columns_by_pattern(self):
         header = ["id", "x_1", "x_2", "x*", "all", "y1", "y2", ""]
@@ -171,11 +158,6 @@ class AnyTable(ProgramTest):
         told = json.loads(self.train(every, "--json", responses="y*").stdout)
         self.assertEqual([column["name"] for column in told["inputs"]],
                          ["id", "x_1", "x_2", "x*", "every"])
-        self.refused_training(data, "--inputs", '"q*" fits no column', "the columns are",
-                              inputs="q*")
-        self.refused_training(data, "--responses", '"x_*"', inputs="x_1,x_2", responses="x_*")
-        self.refused_training(data, "--dates", '"id"', "neither", inputs="x_1", responses="y1",
-                              arguments=["--dates", "id"])
 
     def test_words_are_known_everywhere(self):
         result = self.train(text(), "--criterion", 'good: #if kind == "steel" #then y #else -1',
@@ -197,8 +179,6 @@ class AnyTable(ProgramTest):
                      str(self.path / "t.vrdb")).stdout.decode()
         self.assertEqual({line.split(",")[2] for line in sample.splitlines()[1:]}, set(WORDS))
         self.assertEqual(len(self.solve(sample)[0]), 8)
-        self.assertEqual(zel("sample", "--scheme", "full-comb", "--inputs",
-                             "m:{tin;brass}").stdout, b"m\nbrass\ntin\n")
         best = zel("optimize", str(self.path / "t.vrdb"), "--minimize", "y", "--csv", "-", "--fix",
                    "kind=brass").stdout.decode()
         self.assertEqual(best.splitlines()[1].split(",")[2], "brass")
@@ -211,12 +191,6 @@ class AnyTable(ProgramTest):
                              "kind=0.5"), '"kind=0.5"', '"brass", "steel"', "nothing else")
         info = json.loads(zel("info", str(self.path / "t.vrdb"), "--json").stdout)
         self.assertEqual(info["inputs"][2]["words"], sorted(WORDS, key=str.encode))
-        for criterion, parts in {
-            'c: #if kind == "stel" #then 1 #else 2': ['"stel"', 'did you mean "steel"?'],
-            "c: #if kind == steel #then 1 #else 2": ["steel", "quotation marks"],
-        }.items():
-            self.refused_training(text(), "riterion", *parts, inputs="all",
-                                  arguments=["--criterion", criterion])
 
     def test_criteria_use_columns_of_any_name(self):
         result = self.train(text(units="mm,[kN],,-"), "--criterion", "a: 2*`load [kN]` + x",
@@ -234,16 +208,6 @@ class AnyTable(ProgramTest):
         self.train(odd, "--criterion", "c: `e` + 1")
         self.assertAlmostEqual(float(self.solve(odd, "--criteria")[0][0]["c"]), rows()[0][1] + 1,
                                delta=1e-12)
-        for criterion, parts in {
-            "c: 2*load[kN]": ["load_kN", "`load [kN]`"],
-            "c: `lod [kN]`": ['"lod [kN]"', 'did you mean "load [kN]"?'],
-            "c: `load [kN]": ["not closed"],
-        }.items():
-            self.refused_training(text(), "riterion", *parts, inputs="all",
-                                  arguments=["--criterion", criterion])
-        twice = text().replace("x,load [kN]", "load kN,load [kN]")
-        self.refused_training(twice, "load_kN", "another column", inputs="all", arguments=[
-            "--criterion", "c: `load [kN]` + `load kN`"])
 
     def test_dates_are_days(self):
         origin = datetime.datetime(1970, 1, 1)
@@ -264,18 +228,6 @@ class AnyTable(ProgramTest):
                 for answer, day in zip(answers, days):
                     self.assertAlmostEqual(float(answer["y"]),
                                            (day - origin).total_seconds() / 86400 / 7, delta=1e-6)
-        for cells, parts in {
-            "1/2/2024 3/4/2024": ["row 2", '"1/2/2024"', "may be day/month or month/day"],
-            "13/2/2024 2/13/2024": ["row 2", "neither"],
-            "1.2.24 2.2.24": ["row 2", '"1.2.24"', "2024-01-31"],
-            "30.2.2024": ["row 2", "not a date"],
-            "2024-02-29 2023-02-29": ["row 3", "2023-02-29"],
-            "2024-01-01T24:00": ["row 2", "not a date"],
-            "17": ["row 2", "not a date"],
-        }.items():
-            data = "day,y\n" + "".join(f"{cell},{i}\n" for i, cell in enumerate(cells.split()))
-            self.refused_training(data, '"day"', *parts, inputs="day",
-                                  arguments=["--dates", "day"])
 
     def test_json_tells_everything(self):
         data = text()

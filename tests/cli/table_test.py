@@ -10,14 +10,6 @@ class Table(ProgramTest):
         data = text if isinstance(text, bytes) else text.encode()
         return zel("solve", SAMPLE, "--in", "-", *arguments, stdin=data)
 
-    def train(self, text, inputs="x,y", responses="z", *arguments):
-        """zel train on a table that it refuses: no project comes out."""
-        path = self.path / "table.csv"
-        path.write_bytes(text if isinstance(text, bytes) else text.encode())
-        result = zel("train", str(path), "--inputs", inputs, "--responses", responses, *arguments)
-        self.assertEqual([entry.name for entry in self.path.iterdir()], ["table.csv"])
-        return result
-
     def test_accepts_what_spreadsheets_write(self):
         rows = designs(2)
         text = table(rows).decode()
@@ -76,61 +68,12 @@ class Table(ProgramTest):
                          env={"ZELSOLVER_NUM_THREADS": threads})
             self.refused(result, 'standard input: row 7002, column "area_10"')
 
-    def test_rows_are_counted_as_a_spreadsheet_does(self):
+    def test_odd_bytes_are_shown_without_harm(self):
         header = ",".join(INPUTS)
-        line = ",".join(["12"] * 10)
-        bad = ",".join(["12"] * 9 + ["no"])
-        for text, row in [
-            (f"{header}\n{line}\n{bad}\n", 3),
-            (f"{header}\r\n{line}\r\n{bad}\r\n", 3),
-            (f"{header}\r{line}\r{bad}\r", 3),
-            (f"\n\n{header}\n\n{line}\n{9 * ','}\n\n{bad}\n", 8),
-            (f"\r\n\r\n{header}\r\n\r\n{bad}\r\n", 5),
-            (f'{header},"two\nlines"\n{line},"and\r\nhere"\n{bad},\n', 3),
-        ]:
-            with self.subTest(text):
-                self.refused(self.solve(text), f'standard input: row {row}, column "area_10"')
-
-    def test_refuses_bad_cells_and_rows_and_says_where(self):
-        good = ["12.0"] * 10
-        header = ",".join(INPUTS)
-        line = ",".join(good)
-
-        def cell(text):
-            return f"{header}\n{line}\n{','.join(good[:4] + [text] + good[5:])}\n"
-
-        cases = {
-            "": ["no header row"],
-            f"{header}\n{line},1\n": ["row 2", "11 cells", "has 10", '"1"', "decimal commas"],
-            f"{header}\n12,12\n": ["row 2", "2 cells", "has 10", '"area_3"'],
-            cell("twelve"): ["row 3", '"area_5"', '"twelve" is not a number'],
-            cell(""): ["row 3", '"area_5"', "empty"],
-            cell("1e999"): ["row 3", '"area_5"', "range"],
-            cell("+-12"): ["row 3", '"area_5"', '"+-12"'],
-            cell('"1,5"'): ["row 3", '"area_5"', '"1,5"', "decimal comma"],
-            cell('"1.234,5"'): ["row 3", '"area_5"', "decimal comma"],
-            cell("\x1b[2J\u00e9" + 1000 * "x"): ["row 3", '"?[2J\u00e9xxx', 'xxx..."'],
-            f'{header}\n12,"12': ["row 2, cell 2", "not closed"],
-            f'{header}\n12,1"2': ["row 2, cell 2", "quotation mark out of place"],
-            f"{header}\n12,\0": ["row 2, cell 2", "zero byte"],
-        }
-        for text, parts in cases.items():
-            with self.subTest(text[:200]):
-                self.refused(self.solve(text), "zel: standard input: ", *parts)
-
-    def test_refuses_headers_with_a_hint_what_was_meant(self):
-        header = ",".join(INPUTS)
-        cases = {
-            header.replace("area_7", "Area_7"): ['"area_7"', 'did you mean "Area_7"?'],
-            header.replace("area_7", "aera_7"): ['"area_7"', 'did you mean "aera_7"?'],
-            "a,b,c,d,e,f,g,h,i,j": ['"area_1"', 'the columns are "a", "b"', '"h", ...'],
-            header + ",area_2": ["two columns", '"area_2"'],
-            "a;b,c\nx;y,z": ["commas or semicolons", "quotation marks"],
-            "12,12\n12,12": ['the columns are "12", "12"'],
-        }
-        for text, parts in cases.items():
-            with self.subTest(text):
-                self.refused(self.solve(text + "\n"), "standard input: row 1: ", *parts)
+        odd = ",".join(4 * ["12"] + ["\x1b[2J\u00e9" + 1000 * "x"] + 5 * ["12"])
+        self.refused(self.solve(f"{header}\n{odd}\n"), "zel: standard input: ", "row 2", '"area_5"',
+                     '"?[2J\u00e9xxx', 'xxx..."')
+        self.refused(self.solve(f"{header}\n12,\0"), "row 2, cell 2", "zero byte")
 
     def test_what_is_no_table_takes_no_memory(self):
         def limited(text):
@@ -149,36 +92,6 @@ class Table(ProgramTest):
         # A million columns are many, but a table.
         wide = header + 10**6 * b",c" + b"\n" + line + 10**6 * b",1" + b"\n"
         self.assertEqual(limited(wide).stdout.count(b"\n"), 2)
-
-    def test_files_that_cannot_be_read_are_named(self):
-        none = str(self.path / "none.csv")
-        for command in (["solve", SAMPLE, "--in"], ["train", "--inputs", "x", "--responses", "y"]):
-            self.refused(zel(*command, none), f"zel: {none}: No such file")
-            self.refused(zel(*command, str(self.path)), f"zel: {self.path}: is a directory")
-
-    def test_train_refuses_bad_tables_and_says_where(self):
-        many = "".join(f"{i},{i * i % 7},{i % 5}\n" for i in range(20))
-        cases = {
-            "x,y,z\n": ["no rows of designs"],
-            "x,y,z\n1,2,3\n1,inf,3\n": ["row 3", 'column "y"', "not finite"],
-            "x,y,z\n1,2,3\n1,2\n": ["row 3", "2 cells", 'none for the column "z"'],
-            "x,y,z\n1,2,\n1,2,failed\n": ["row 2", 'column "z"', "any other cell"],
-            "x,y,z\n" + "".join(f"{i},{i},{i % 5}\n" for i in range(20)): ['"y"', '"x"', "repeats"],
-        }
-        for text, parts in cases.items():
-            with self.subTest(text):
-                self.refused(self.train(text), str(self.path / "table.csv"), *parts)
-        for arguments, parts in {
-            ("x,y", "z,x"): ['"x" is both an input and a response'],
-            ("x,y", "z,y[2]"): ['"y[2]"', 'vector "y"'],
-            ("x,y,x", "z"): ["--inputs", '"x"', "twice"],
-            ("x,,y", "z"): ["--inputs", "empty name"],
-            ("x,y", 'z"'): ["--responses", "quotation mark"],
-            ("x,y", "z", "--discrete", "yy"): ["--discrete", '"yy"', 'the inputs are "x", "y"'],
-        }.items():
-            with self.subTest(arguments):
-                self.refused(self.train("x,y,z\n" + many, *arguments), *parts)
-
 
 if __name__ == "__main__":
     main()

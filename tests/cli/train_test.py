@@ -1,14 +1,12 @@
 #!/usr/bin/env python3
 """Trains models with zel train on functions that the test knows, and asks them with zel solve."""
 import csv
-import io
 import math
 import os
 import pathlib
 import pty
 import resource
 import signal
-import statistics
 import subprocess
 import time
 
@@ -84,43 +82,6 @@ class Train(ProgramTest):
             for name, value in expected.items():  # far below what another model would miss
                 self.assertAlmostEqual(float(answer[name]), value, delta=1e-7, msg=name)
 
-    def test_a_curved_response_is_predicted_as_well_as_its_cop_says(self):
-        def wave(x, y):
-            return math.sin(4 * x) * math.exp(-y) + 0.3 * y
-
-        header, rows = self.sample("--scheme", "space", "--n", "50", "--inputs", "x:0:1,y:0:1")
-        path = self.write([*header, "wave", "out[0]", "out[1]"],
-                          [[x, y, wave(x, y), x + y, x - y] for x, y in rows])
-        project = self.path / "wave.vrdb"
-        self.train(path, "--inputs", "x,y", "--responses", "wave,out[0],out[1]", "-o", str(project),
-                   "--criterion", "span: max(out) - min(out)",
-                   "--criterion", "band: wave <= #if x <= 0.5 #then 1 #else 2",
-                   "--criterion", "side: #if x <= 0.5 #then 1 #else 2")
-        _, fresh = self.sample("--scheme", "sobol", "--n", "300", "--inputs",
-                               "x:0.03:0.97,y:0.03:0.97")
-        answers = self.solve(project, header, fresh, "--criteria")
-        truth = [wave(x, y) for x, y in fresh]
-        errors = [float(answer["wave"]) - value for answer, value in zip(answers, truth)]
-        quality = 1 - sum(e * e for e in errors) / len(errors) / statistics.pvariance(truth)
-        info = zel("info", str(project)).stdout.decode()
-        cop = float(next(line for line in info.splitlines()
-                         if line.strip().startswith("wave")).split()[1])
-        self.assertGreater(cop, 0.95)
-        self.assertAlmostEqual(cop, quality, delta=0.05)
-        for (x, y), answer in zip(fresh, answers):
-            self.assertAlmostEqual(float(answer["span"]), 2 * y, delta=1e-6)
-            side = 1 if x <= 0.5 else 2
-            self.assertEqual(float(answer["side"]), side)
-            self.assertAlmostEqual(float(answer["band"]), side - float(answer["wave"]), delta=1e-12)
-
-        # The same seed gives the same models; nothing else of the file may differ than its times.
-        again = self.path / "again.vrdb"
-        result = self.train(path, "--inputs", "x,y", "--responses", "wave", "-o", str(again),
-                            "--quiet")
-        self.assertEqual((result.stdout, result.stderr), (b"", b""))
-        self.assertEqual([answer["wave"] for answer in self.solve(again, header, fresh)],
-                         [answer["wave"] for answer in answers])
-
     def small_table(self):
         return self.write(["x", "z", "e", "load [kN]", "seven"],
                           [[i, 3 * i + 1, i % 4, i * i, 7] for i in range(12)])
@@ -141,39 +102,10 @@ class Train(ProgramTest):
             self.refused(zel("train", "-", *columns, *output, stdin=text), "-o")
         self.assertEqual(project.read_text(), "precious")
         self.assertEqual(self.names(), ["study.csv", "study.vrdb"])
-        result = zel("train", "-", *columns, "-o", str(project), stdin=text)
-        self.assertEqual(result.returncode, 0, result.stderr)
+        result = zel("train", "-", *columns, "-o", str(project), "--quiet", stdin=text)
+        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, b"", b""))
         answer = self.solve(project, ["x"], [[2.5]])[0]
         self.assertAlmostEqual(float(answer["z"]), 8.5, delta=1e-9)
-
-    def test_criteria_that_cannot_work_are_refused_at_once(self):
-        path = self.small_table()
-        cases = {
-            "c:": ["c", "lacks"],
-            "c: 2*(z": ["c", "2*(z"],
-            "c: 1 <= z <= 2": ["c", "more than once"],
-            "c: z < 2": ["c", "true or false", "<="],
-            "c: 2*zz": ['"zz"', 'there are "seven", "x", "z"'],
-            "c: 2*load[kN]": ['"load [kN]"', "rename"],
-            "c: #if z < 0 #then mass #else 1": ['"mass"', 'there are "seven", "x", "z"'],
-            "c: sinus(z)": ['no function "sinus"'],
-            "c: c + 1": ["itself"],
-            "z: 2*x": ['"z"', "name of a column"],
-            "c: 2*seven": ['"seven"', "write its value, 7"],
-            "a b: 2*x": ['"a b"', "cannot use this name"],
-        }
-        for text, parts in cases.items():
-            with self.subTest(text):
-                self.refused(zel("train", path, "--inputs", "x,e,load [kN],seven",
-                                 "--responses", "z", "--criterion", text), "riterion", *parts)
-        self.refused(zel("train", path, "--inputs", "x", "--responses", "z", "--criterion", "c: d",
-                         "--criterion", "d: c"), "itself")
-        self.refused(zel("train", path, "--inputs", "x", "--responses", "z", "--criterion",
-                         "weight: z", "--criterion", "c: wieght"), 'did you mean "weight"?')
-        self.assertEqual(self.names(), ["study.csv"])
-        for arguments in (["--inputs", "x"], ["--responses", "z"],
-                          ["--inputs", "x", "--responses", "z", "--seed", "-1"]):
-            self.assertEqual(zel("train", path, *arguments).returncode, 2)
 
     def test_a_full_disk_is_named_and_leaves_nothing(self):
         path = self.small_table()

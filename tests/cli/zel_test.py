@@ -55,37 +55,6 @@ class Zel(ProgramTest):
         # One line for its density, one for its errors.
         self.assertEqual(result.stderr.decode().count("stress[8]"), 2, result.stderr)
 
-    def test_eval_prints_values_in_their_readable_form(self):
-        cases = {
-            ("2^3^2",): "SCALAR\nReal 64\n",
-            ("--", "-2^2"): "SCALAR\nReal -4\n",
-            ("sqrt(-1)",): "SCALAR\nComplex (0,1)\n",
-            ("a + b", "--set", "a=b*2", "--set", "b=[1,2]"): "VECTOR [2]\n 3\n 6\n",
-            ("größe == 1", "--set", "größe=1"): "BOOLEAN1\n",
-        }
-        for arguments, expected in cases.items():
-            with self.subTest(arguments):
-                result = zel("eval", *arguments)
-                self.assertEqual((result.stdout.decode(), result.stderr, result.returncode),
-                                 (expected, b"", 0))
-
-    def test_eval_shows_where_an_expression_fails(self):
-        cases = {
-            ("1 + true",): "zel: Invalid type BOOLEAN for operation +.\n1+true\n ^\n",
-            ("2*(3",): "zel: Error while parsing\n2*(3\n ^\n",
-            ("x",): 'zel: Object "x" not known.\n',
-            ("x", "--set", "x=x"): "zel: object x depends on expression dependent on x\n",
-            ("x", "--set", "pi=3"): "zel: Can't overwrite immutable object \"pi\"\n",
-            ("x", "--set", "x"): "zel: --set x: expected NAME=EXPRESSION\n",
-            ("1", "--set", "x=1+"): "zel: Error while parsing\n1+\n ^\n",
-        }
-        for arguments, expected in cases.items():
-            with self.subTest(arguments):
-                result = zel("eval", *arguments)
-                self.assertEqual((result.stdout, result.stderr.decode(), result.returncode),
-                                 (b"", expected, 1))
-        self.assertEqual(zel("eval").returncode, 2)
-
     def test_help_explains_each_function_that_is_listed(self):
         groups = {}
         for line in zel("functions").stdout.decode().splitlines():
@@ -105,20 +74,7 @@ class Zel(ProgramTest):
             self.assertTrue(result.stdout.decode().startswith(name + "("), name)
             self.assertNotRegex(result.stdout.decode(), "<[a-z/]")  # markup
         self.assertIn("FORWARD, BACKWARD", zel("help", "derive").stdout.decode())
-        self.assertEqual(zel("help", "linear").stdout, b"LINEAR\n\n  1, interpolation type\n")
-
-    def test_help_for_an_unknown_name_shows_near_ones(self):
-        cases = {
-            "interploate": 'zel: no function "interploate"; did you mean "interpolate"?\n',
-            "butterworth": 'near names: "butterworthFilter", "sineButterworthFilter"\n',
-            "SIN": 'did you mean "sin"?',
-            "quux": 'the functions are "abs", "acos"',
-            "": "the functions are",
-            "x" * 100000: "the functions are",
-        }
-        for name, text in cases.items():
-            self.refused(zel("help", name), text)
-        self.assertEqual(zel("help").returncode, 2)
+        self.refused(zel("help", "x" * 100000), "the functions are")
 
     def test_values_out_of_bounds_are_named_unless_extrapolated(self):
         rows = designs(5000)
@@ -155,21 +111,6 @@ class Zel(ProgramTest):
                                                 stdout=output, stderr=subprocess.PIPE, timeout=60)
                         self.refused(result, "standard output", text)
         os.close(broken)
-
-    def test_sample_writes_points_in_the_inputs_units(self):
-        header, rows = self.sample("--scheme", "full-factorial", "--n", "3",
-                                   "--inputs", "x:10:20,a:b:-3:1,state:{8;2;4}")
-        self.assertEqual(header, ["x", "a:b", "state"])
-        self.assertEqual(rows, [[x, a, state] for state in (2, 4, 8) for a in (-3, -1, 1)
-                                for x in (10, 15, 20)])
-        # The middle of five states is the one nearest to the middle of their range.
-        self.assertEqual(self.sample("--scheme", "full-f", "--n", "3", "--inputs",
-                                     "x:{1;2;7;30;31}")[1], [[1], [7], [31]])
-        # Points on the sphere of one dimension, -1 and 1, are the ends; on others the nearest state.
-        ends = self.sample("--scheme", "fekete", "--n", "4", "--inputs", "x:{1;2;7;30;31}")[1]
-        self.assertEqual(sorted(ends), [[1], [1], [31], [31]])
-        self.assertEqual(self.sample("--scheme", "box", "--inputs", "x:0:2,y:0:2,z:0:2")[1][0],
-                         [0, 0, 1])
 
     def test_sample_knows_every_scheme(self):
         counts = {"center-point": 1, "full-factorial": 12 * 12 * 3, "axial-points": 1 + 12 + 12 + 2,
@@ -238,29 +179,6 @@ class Zel(ProgramTest):
         self.assertAlmostEqual(center[header.index("modulus")], 1e4 / math.sqrt(1 + 0.05**2),
                                places=6)
 
-    def test_sample_refuses_and_says_why(self):
-        cases = [
-            ("sobol", "0", "x:0:1", "--n"),
-            ("full", "3", "x:0:1", "full-factorial"),
-            ("plain", "1000000000000", "x:0:1", "too large"),
-            ("d-optimal-linear", "3", "x:0:1", "d-optimal"),
-            ("box", "1", "x:0:1,y:0:1", "Number of Parameters (2)"),
-            ("sobol", "9", "x:0", "name:low:high"),
-            ("sobol", "9", "x:0:one", '"one"'),
-            ("sobol", "9", "x:2:1", "lower bound"),
-            ("sobol", "9", "x:{}", "not a finite number"),
-            ("sobol", "9", "x:{1;1}", "twice"),
-            ("sobol", "9", "x:0:1,x:0:2", "twice"),
-        ]
-        for scheme, n, inputs, text in cases:
-            with self.subTest(scheme=scheme, n=n, inputs=inputs):
-                self.refused(zel("sample", "--scheme", scheme, "--n", n, "--inputs", inputs), text)
-        self.refused(zel("sample", "--scheme", "sobol", "--n", "9", "--from", "no.vrdb"), "no.vrdb")
-        for arguments in [["--n", "9"], ["--n", "-9", "--inputs", "x:0:1"],
-                          ["--n", "9", "--inputs", "x:0:1", "--from", SAMPLE],
-                          ["--n", "9", "--inputs", "x:0:1", "--seed", "4294967296"]]:
-            self.assertEqual(zel("sample", "--scheme", "sobol", *arguments).returncode, 2)
-
     def test_hash_is_the_sha512_and_ties_calls_to_the_file(self):
         digest = hashlib.sha512(pathlib.Path(SAMPLE).read_bytes()).hexdigest()
         self.assertEqual(zel("hash", SAMPLE).stdout.decode(), digest + "\n")
@@ -268,7 +186,6 @@ class Zel(ProgramTest):
         self.assertEqual(zel("solve", SAMPLE, "--in", "-", "--hash", digest, stdin=points).returncode, 0)
         result = zel("solve", SAMPLE, "--in", "-", "--hash", "0" * 128, stdin=points)
         self.refused(result, SAMPLE, "Signature is invalid or missing")
-        self.refused(zel("hash", str(self.path / "none")), "none")
 
     def test_info_shows_models_in_full_behind_the_rest(self):
         text = zel("info", SAMPLE).stdout.decode()
@@ -286,27 +203,10 @@ class Zel(ProgramTest):
         self.assertIn("Upper bound b 13.5", line("area_7", "TRUNCATEDNORMAL"))
         self.assertIn("0.6", line("load_outer, load_inner", "0.6"))
 
-    def test_missing_and_damaged_projects_are_refused(self):
-        none = str(self.path / "none.vrdb")
-        self.refused(zel("info", none), f"zel: {none}: No such file")
-        self.refused(zel("info", str(self.path)), "is a directory")
-        cut = self.path / "cut.vrdb"
-        cut.write_bytes(pathlib.Path(SAMPLE).read_bytes()[:5000])
-        self.refused(zel("info", str(cut)), str(cut), "input stream error")
-
-    def test_wrong_command_lines_end_with_status_2(self):
-        for arguments in ([], ["solve"], ["solve", SAMPLE], ["info"], ["info", SAMPLE, "--no-such"],
-                          ["fly", SAMPLE]):
-            with self.subTest(arguments):
-                self.assertEqual(zel(*arguments).returncode, 2)
-        hints = {("trian", SAMPLE): 'no command "trian"; did you mean "train"?',
-                 ("train", "t.csv", "--inpts=a", "--responses", "y"): 'did you mean "--inputs"?',
-                 ("--lgo", "info", SAMPLE): 'no option "--lgo"; did you mean "--log"?',
-                 ("solve", SAMPLE, "--quux"): "zel solve --help lists all"}
-        for arguments, text in hints.items():
-            self.refused(zel(*arguments), text, status=2)
+    def test_help_and_version_are_no_failures(self):
         for arguments in (["--help"], ["solve", "--help"], ["--version"]):
             self.assertEqual(zel(*arguments).returncode, 0)
+        self.assertEqual(zel().returncode, 2)
 
     def test_progress_shows_on_a_terminal(self):
         points = self.path / "points.csv"
@@ -321,14 +221,6 @@ class Zel(ProgramTest):
         seen = os.read(controller, 65536)
         os.close(controller)
         self.assertIn(b"designs", seen)
-
-    def test_optimize_fails_where_names_are_wrong(self):
-        for arguments, *texts in [
-                (["--minimize", "mas"], 'criterion "mas"; did you mean "mass"?'),
-                (["--minimize", "mass", "--bounds", "area_1:9"], "name:low:high"),
-                (["--minimize", "mass", "--robust", "3"], "distribution")]:
-            self.refused(zel("optimize", SAMPLE, *arguments), *texts)
-
 
 if __name__ == "__main__":
     main()

@@ -1,8 +1,8 @@
 #include "design/designs/design_conversion.h"
 
 #include "design/parameters/discrete_states.h"
-#include "support/expect_refusals.h"
 #include "support/points.h"
+#include "support/testing.h"
 
 using namespace corvath::algorithm::datatypes;
 using Entry = CDesignEntry;
@@ -155,51 +155,6 @@ TEST(DiscreteStates, RoundsHalfAwayFromZeroWithinTheIntegers) {
       {-HUGE_VAL, kMin}, {std::nan(""), kMin},
       {0x1p63, kMax},    {0x1p63 - 1024.0, kMax - 1023}};
   for (const auto& [value, expected] : cases) EXPECT_EQ(RoundToInteger(value), expected) << value;
-}
-
-TEST(DiscreteStates, FindsTheNearestStateAndTheUpperOneOfATie) {
-  const auto reals = Entries({4.0, 1.0, 2.0});
-  const auto integers = Entries({3, 1});
-  const auto truth = Entries({false, true});
-  const std::tuple<Entry, std::vector<Entry>, Entry> cases[] = {
-      {Entry(2.9), reals, Entry(2.0)},
-      {Entry(3.0), reals, Entry(4.0)},
-      {Entry(100.0), reals, Entry(4.0)},
-      {Entry(HUGE_VAL), reals, Entry(4.0)},
-      {Entry(-1.0), reals, Entry(1.0)},
-      {Entry(std::nan("")), reals, Entry(1.0)},
-      {Entry(1.6), integers, Entry(3)},  // rounds to 2, and the tie goes up
-      {Entry(1.49), integers, Entry(1)},
-      {Entry(2), integers, Entry(3)},
-      {Entry(0.5), truth, Entry(true)},
-      {Entry(1.49), truth, Entry(true)},
-      {Entry(1.5), truth, Entry(false)},
-      {Entry(0.4), truth, Entry(false)},
-      {Entry(1.0), Entries({true}), Entry(true)},
-  };
-  for (const auto& [value, states, expected] : cases) {
-    const Entry nearest = NearestDiscreteState(value, states);
-    EXPECT_EQ(nearest.GetType(), expected.GetType()) << value.ToDouble();
-    EXPECT_EQ(nearest, expected) << value.ToDouble();
-  }
-  // Differences that no 64-bit number holds.
-  const std::vector<Entry> far{Entry(kMin), Entry(kMax)};
-  EXPECT_EQ(NearestDiscreteState(Entry(1), far), Entry(kMax));
-  EXPECT_EQ(NearestDiscreteState(Entry(-1e6), far), Entry(kMin));
-}
-
-TEST(DiscreteStates, RefusesWhatHasNoNearestState) {
-  const std::string by_value = "Error when handling ordinal discrete parameter by value: ";
-  const std::tuple<Entry, std::vector<Entry>, std::string> cases[] = {
-      {Entry(1.0), {}, "Can not handle empty list of discrete states"},
-      {Entry(1.0), {Entry(Value(1.0))}, "Can not handle variant to be ordinal discrete by value"},
-      {Entry(true), Entries({false, true}), by_value + "Entry is not of type REAL."},
-      {Entry(1), Entries({1.0}), by_value + "Inequal domain types."},
-      {Entry(true), Entries({1}), by_value + "Inequal domain types."}};
-  for (const auto& [value, states, text] : cases)
-    EXPECT_EQ(
-        MessageOf([&value = value, &states = states] { NearestDiscreteState(value, states); }),
-        text);
 }
 
 TEST(DiscreteStates, FindsPositionsInTheOrderGiven) {

@@ -48,39 +48,8 @@ void ExpectSame(const Entry& actual, const Entry& expected) {
 ZEL_CLASS_VERSION(EntryV5, 5)
 ZEL_TRACK_ALWAYS(EntryV5)
 
-TEST(DesignEntry, ConvertsAsWellAsItCan) {
-  const std::tuple<Entry, double, std::int64_t, bool, std::wstring> cases[] = {
-      {Entry(), kNaN, 0, false, L"uninitialized"},
-      {Entry(-2.75), -2.75, -2, true, L"-2.75"},
-      {Entry(0.1), 0.1, 0, true, L"0.10000000000000001"},
-      {Entry(1e300), 1e300, kMax, true, L"1.0000000000000001e+300"},
-      {Entry(-HUGE_VAL), -HUGE_VAL, kMin, true, L"-inf"},
-      {Entry(kNaN), kNaN, 0, true, L"nan"},
-      {Entry(kMin), -0x1p63, kMin, true, L"-9223372036854775808"},
-      {Entry(0), 0.0, 0, false, L"0"},
-      {Entry(true), 1.0, 1, true, L"1"},
-      {Entry(false), 0.0, 0, false, L"0"},
-      {Entry(L"1.5e2"), 150.0, 0, false, L"1.5e2"},
-      {Entry(L"1"), 1.0, 1, true, L"1"},
-      {Entry(L"+12"), 12.0, 12, false, L"+12"},
-      {Entry(L"-Infinity"), -HUGE_VAL, 0, false, L"-Infinity"},
-      {Entry(L"1e-400"), 0.0, 0, false, L"1e-400"},
-      {Entry(L"1e400"), kNaN, 0, false, L"1e400"},
-      {Entry(L" 1"), kNaN, 0, false, L" 1"},
-      {Entry(L"+-1"), kNaN, 0, false, L"+-1"},
-      {Entry(L"0x10"), kNaN, 0, false, L"0x10"},
-      {Entry(L""), kNaN, 0, false, L""},
-      {Entry(L"\u0661"), kNaN, 0, false, L"\u0661"},
-      {Entry(Scalar(-1.5, 2.0)), -1.5, -1, true, L"-1.5"},
-  };
-  for (const auto& [entry, real, integer, truth, text] : cases) {
-    SCOPED_TRACE(testing::Message() << text);
-    const double number = entry.ToDouble();
-    EXPECT_TRUE(number == real || (std::isnan(number) && std::isnan(real))) << number;
-    EXPECT_EQ(entry.ToInteger(), integer);
-    EXPECT_EQ(entry.ToBool(), truth);
-    EXPECT_EQ(entry.ToString(), text);
-  }
+// What entries convert to, equal, are less than and leave stands in entries.txt.
+TEST(DesignEntry, ConvertsScalarsAlone) {
   EXPECT_EQ(Entry(Value(true)).ToDouble(), 1.0);
   EXPECT_TRUE(Entry(Value(true)).ToBool());
   const std::string not_scalar = "Designpoint conversion failed: variant isn't scalar.";
@@ -135,28 +104,8 @@ TEST(DesignEntry, GivesStrictFormsOrRefuses) {
   EXPECT_TRUE(std::isnan(Entry(Sig({0.0}, {{1.0}})).GetElement(0)));
 }
 
-TEST(DesignEntry, AssignsByTheTypeOfTheTarget) {
-  const auto assigned = [](Entry target, const Entry& value, bool parse = false,
-                           DesignEntry::eType forced = DesignEntry::UNINITIALIZED) {
-    target.Assign(value, parse, forced);
-    return target;
-  };
-  ExpectSame(assigned(Entry(), Entry(L"x")), Entry(L"x"));
-  ExpectSame(assigned(Entry(), Entry(2.9), false, DesignEntry::INTEGER), Entry(2));
-  ExpectSame(assigned(Entry(5), Entry(2.9), false, DesignEntry::BOOL), Entry(2));
-  ExpectSame(assigned(Entry(0.0), Entry(L"2.5"), true), Entry(2.5));
-  ExpectSame(assigned(Entry(0.0), Entry(L"x")), Entry(kNaN));
-  ExpectSame(assigned(Entry(false), Entry(L"TRUE"), true), Entry(true));
-  ExpectSame(assigned(Entry(true), Entry(L"False"), true), Entry(false));
-  ExpectSame(assigned(Entry(false), Entry(L"1"), true), Entry(true));
-  ExpectSame(assigned(Entry(0), Entry(L"-12"), true), Entry(-12));
-  ExpectSame(assigned(Entry(L""), Entry(0.5)), Entry(L"0.5"));
-  ExpectSame(assigned(Entry(Scalar(0.0)), Entry(L"3"), true), Entry(Scalar(3.0)));
-  ExpectSame(assigned(Entry(Scalar(0.0)), Entry(true)), Entry(Value(true)));
-
+TEST(DesignEntry, StaysWhereATextIsNoNumber) {
   Entry target(1.0);
-  EXPECT_ERROR(std::logic_error, "Cannot assign. Value types do not match.",
-               target.Assign(Entry(Vec({1.0, 2.0})), false));
   for (const wchar_t* text : {L"", L"x", L"1,5", L"true"})
     EXPECT_THROW(target.Assign(Entry(text), true), std::bad_cast);
   EXPECT_THROW(Entry(true).Assign(Entry(L"truer"), true), std::bad_cast);
@@ -164,73 +113,18 @@ TEST(DesignEntry, AssignsByTheTypeOfTheTarget) {
   ExpectSame(target, Entry(1.0));  // untouched by all that failed
 }
 
-TEST(DesignEntry, EqualityIsNearForNumbersAndExactForOthers) {
-  const double above_one = std::nextafter(1.0, 2.0);
-  EXPECT_EQ(Entry(1.0), Entry(1.0 + 0x1p-53));
-  EXPECT_NE(Entry(1.0), Entry(std::nextafter(above_one, 2.0)));
-  EXPECT_EQ(Entry(kNaN), Entry(kNaN));
-  EXPECT_EQ(Entry(), Entry());
-  EXPECT_EQ(Entry(Value()), Entry(Value()));
-  EXPECT_EQ(Entry(), Entry(Value()));
-  EXPECT_NE(Entry(), Entry(0.0));
-  EXPECT_EQ(Entry(2), Entry(2.0));
-  EXPECT_EQ(Entry(true), Entry(1.0));
-  EXPECT_NE(Entry(kMax), Entry(kMax - 1));
-  EXPECT_NE(Entry(L"1"), Entry(1.0));
-  EXPECT_NE(Entry(L"a"), Entry(L"A"));
-  EXPECT_EQ(Entry(Vec({1.0, kNaN})), Entry(Vec({1.0, kNaN})));
-
+TEST(DesignEntry, IsCloseWithinATolerance) {
   EXPECT_TRUE(IsClose(Entry(1.0), Entry(1.0 + 1e-14), 2.2e-14));
   EXPECT_FALSE(IsClose(Entry(1.0), Entry(1.0 + 3e-14), 2.2e-14));
   EXPECT_FALSE(IsClose(Entry(1.0), Entry(kNaN), 2.2e-14));
   EXPECT_FALSE(IsClose(Entry(kNaN), Entry(1.0), 2.2e-14));
 }
 
-TEST(DesignEntry, OrdersByValueAndTextsBehindNumbers) {
-  EXPECT_LT(Entry(-1.0), Entry(2.0));
-  EXPECT_LT(Entry(1), Entry(1.5));
-  EXPECT_LT(Entry(false), Entry(true));
-  EXPECT_LT(Entry(kMax - 1), Entry(kMax));
-  EXPECT_LT(Entry(L"10"), Entry(L"9"));
-  EXPECT_LT(Entry(100), Entry(L""));
-  EXPECT_LT(Entry(L"z"), Entry(false));  // by alternative, not by type number
-  EXPECT_FALSE(Entry() < Entry());
-  EXPECT_LT(Entry(Vec({1.0, 2.0})), Entry(Vec({2.0, 3.0})));
-  EXPECT_FALSE(Entry(Vec({1.0, 3.0})) < Entry(Vec({2.0, 3.0})));
-  EXPECT_MESSAGE("Cannot perform 'BOOLEAN' - 'SCALAR': Incompatible types.",
-                 (Entry(true) < Entry(1.0)));
-  EXPECT_MESSAGE("Compare operation not allowed for Variants with complex values.",
-                 (Entry(Scalar(1.0, 1.0)) < Entry(1.0)));
-}
-
-TEST(DesignEntry, SubtractsByType) {
-  EXPECT_EQ((Entry(true) - Entry(true)), Entry(false));
-  EXPECT_EQ((Entry(true) - Entry(false)).ToBool(), true);
-  EXPECT_EQ((Entry(5.0) - Entry(1.5)).GetType(), DesignEntry::REAL);
-  EXPECT_EQ((Entry(5) - Entry(7)), Entry(-2));
-  EXPECT_EQ((Entry(5) - Entry(1.5)), Entry(Scalar(3.5)));
+TEST(DesignEntry, NegatesAndLeavesNoInteger) {
   EXPECT_EQ((Entry(kMin) - Entry(1)).ToDouble(), -0x1p63 - 1.0);
   EXPECT_EQ((-Entry(kMin)).ToDouble(), 0x1p63);
   EXPECT_TRUE(std::signbit((-Entry(0.0)).ToDouble()));
   EXPECT_EQ(-Entry(Vec({1.0, -2.0})), Entry(Vec({-1.0, 2.0})));
-  EXPECT_EQ(Entry(Mat({{1.0, 2.0}})) - Entry(Scalar(1.0, 1.0)),
-            Entry(Mat({{{0.0, -1.0}, {1.0, -1.0}}})));
-  EXPECT_EQ(Entry(1.0) - Entry(Vec({1.0, 3.0})), Entry(Vec({0.0, -2.0})));
-
-  const Entry row(Mat({{1.0}})), vector(Vec({1.0}));
-  const struct {
-    Entry a, b;
-    const char* refusal;
-  } cases[] = {
-      {Entry(1.0), Entry(L"1"), "Substraction not supported for strings"},
-      {Entry(L"1"), Entry(L"1"), "Substraction not supported for strings"},
-      {Entry(true), Entry(1.0), "Invalid type BOOLEAN for operation -."},
-      {vector, Entry(Vec({1.0, 2.0})), "Vector dimensions do not match."},
-      {row, Entry(Mat({{1.0, 2.0}})), "Matrix dimensions do not match."},
-      {row, vector, "Type of second Input object not compatible with first."},
-      {Entry(), Entry(1.0), "Input object has invalid datatype for operation -."},
-  };
-  for (const auto& c : cases) EXPECT_MESSAGE(c.refusal, c.a - c.b);
 }
 
 TEST(DesignEntry, IsStoredAsABoostVariant) {

@@ -3,8 +3,8 @@
 #include "foundation/closeness.h"
 #include "foundation/exception.h"
 #include "support/archive_round_trip.h"
-#include "support/expect_refusals.h"
 #include "support/points.h"
+#include "support/testing.h"
 #include "support/values.h"
 
 namespace {
@@ -116,28 +116,22 @@ TEST(DesignManager, TheTemplateHasEveryName) {
 }
 
 TEST(DesignManager, ACheckedTemplateRefusesOtherTypes) {
-  const auto response = [](const CDesignEntry& a, const CDesignEntry& b) {
-    return TemplateRefusal(WithResponses({{L"r", a}}), WithResponses({{L"r", b}}));
-  };
-  const std::string agrees = "<no exception>";
-  EXPECT_EQ(response(Entry(1.0), Entry(2)), agrees);
-  EXPECT_EQ(response(Entry(1.0), Entry()), agrees);
-  EXPECT_EQ(response(Entry(1.0), Entry(Scalar(1.0))), agrees);
-  EXPECT_EQ(response(Entry(Vec({1.0})), Entry(Vec({1.0, 2.0}))), agrees);
-  EXPECT_EQ(response(Entry(Scalar(1.0)), Entry(Vec({1.0}))),
-            "Found response with same name but different variant type.");
-  EXPECT_EQ(response(Entry(1.0), Entry(Vec({1.0, 2.0}))),
-            "Found response with same name but incompatible data type.");
-
   constexpr auto kType = CriterionDescription::RHS;
-  const auto criterion = [](const CDesignEntry& a, const CDesignEntry& b) {
-    return TemplateRefusal(WithCriterion(kType, a), WithCriterion(kType, b));
-  };
-  EXPECT_EQ(criterion(Entry(1.0), Entry(2.0)), agrees);
-  EXPECT_EQ(criterion(Entry(Scalar(1.0)), Entry(Vec({1.0}))),
-            "Found criterion with same name but different variant type.");
-  EXPECT_EQ(criterion(Entry(Vec({1.0, 2.0})), Entry(1.0)),
-            "Found criterion with same name but incompatible data type.");
+  const std::string type = "different variant type.", data = "incompatible data type.";
+  const std::tuple<CDesignEntry, CDesignEntry, std::string> cases[] = {
+      {Entry(1.0), Entry(2), ""},
+      {Entry(1.0), Entry(), ""},
+      {Entry(1.0), Entry(Scalar(1.0)), ""},
+      {Entry(Vec({1.0})), Entry(Vec({1.0, 2.0})), ""},
+      {Entry(Scalar(1.0)), Entry(Vec({1.0})), type},
+      {Entry(1.0), Entry(Vec({1.0, 2.0})), data}};
+  for (const auto& [a, b, text] : cases) {
+    const std::string found = text.empty() ? "<no exception>" : " with same name but " + text;
+    EXPECT_EQ(TemplateRefusal(WithResponses({{L"r", a}}), WithResponses({{L"r", b}})),
+              (text.empty() ? "" : "Found response") + found);
+    EXPECT_EQ(TemplateRefusal(WithCriterion(kType, a), WithCriterion(kType, b)),
+              (text.empty() ? "" : "Found criterion") + found);
+  }
   EXPECT_EQ(TemplateRefusal(WithCriterion(kType, Entry()),
                             WithCriterion(CriterionDescription::RHS_ANY, Entry())),
             "Found criterion with same name but different criterion type.");

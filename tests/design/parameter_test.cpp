@@ -3,7 +3,7 @@
 #include "design/parameters/parameter_manager.h"
 #include "design/random_uuid.h"
 #include "foundation/exception.h"
-#include "support/expect_refusals.h"
+#include "support/testing.h"
 
 #include <boost/uuid/entropy_error.hpp>
 

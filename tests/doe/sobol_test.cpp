@@ -148,7 +148,6 @@ TEST(ScrambledSobol, KeepsTheEvennessAndIsUnbiased) {
 
 TEST(Sobol, RefusesWhatTheTableDoesNotReach) {
   const char* const message = "Sobol: Error calculating single point.";
-  using support::MessageOfExactly;
   EXPECT_ERROR(std::logic_error, message, SobolPoint(0x80000000U, 2));
   EXPECT_ERROR(std::logic_error, message, SobolPoint(1, 0));
   EXPECT_ERROR(std::logic_error, message, SobolPoint(1, 8193));

@@ -1,13 +1,12 @@
 #include "end_to_end.h"
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace end_to_end {
 namespace {
 
-using testing::HasSubstr, testing::Not;
+using testing::HasSubstr;
 
 class BadInput : public EndToEnd {
  protected:

@@ -2,7 +2,6 @@
 
 #include "end_to_end.h"
 
-#include <gmock/gmock.h>
 #include <zelsolver/zelsolver.hpp>
 
 #include <type_traits>

@@ -5,6 +5,8 @@
 #include "support/testing.h"
 #include "zelsolver/zelsolver.h"
 
+#include <gmock/gmock.h>
+
 #include <cstdio>
 
 /// What the tests know about the projects that write_test_projects wrote.
@@ -35,6 +37,11 @@ constexpr double kFit = 1e-10;
 inline std::string LastError() {
   const char* const text = dzel2_getLastError();
   return text != nullptr ? text : "";
+}
+
+/// The status of a call and, behind it, the text of its failure.
+inline std::string Answer(int status) {
+  return std::to_string(status) + " " + LastError();
 }
 
 /// What a shell command prints on its standard output, and its wait status.

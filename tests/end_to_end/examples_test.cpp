@@ -1,7 +1,5 @@
 #include "end_to_end.h"
 
-#include <gmock/gmock.h>
-
 namespace end_to_end {
 namespace {
 

@@ -7,12 +7,10 @@
 #include <sys/time.h>
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
-#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -38,39 +36,31 @@ void Check(bool is_right, const char* what, int round) {
 /// Runs one function at a time.
 class Second {
  public:
-  Second() : thread_([this] { Work(); }) {}
-  Second(const Second&) = delete;
-  Second& operator=(const Second&) = delete;
   ~Second() {
     Run({});
     thread_.join();
   }
-
   void Run(const std::function<void()>& task) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    task_ = task;
-    is_idle_ = false;
-    changed_.notify_all();
-    changed_.wait(lock, [&] { return is_idle_; });
+    task_ = &task;
+    while (task_ != nullptr) std::this_thread::yield();
   }
 
  private:
   void Work() {
-    std::unique_lock<std::mutex> lock(mutex_);
     for (bool goes_on = true; goes_on;) {
-      changed_.wait(lock, [&] { return !is_idle_; });
-      goes_on = task_ != nullptr;
-      if (goes_on) task_();
-      is_idle_ = true;
-      changed_.notify_all();
+      const std::function<void()>* const task = task_;
+      if (task == nullptr) {
+        std::this_thread::yield();
+        continue;
+      }
+      goes_on = *task != nullptr;
+      if (goes_on) (*task)();
+      task_ = nullptr;
     }
   }
 
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::function<void()> task_;
-  bool is_idle_ = true;
-  std::thread thread_;
+  std::atomic<const std::function<void()>*> task_{nullptr};
+  std::thread thread_{[this] { Work(); }};
 };
 
 template <class Pointer>

@@ -1,6 +1,5 @@
 #include "foundation/text.h"
 
-#include "foundation/closeness.h"
 #include "foundation/exception.h"
 #include "support/testing.h"
 
@@ -36,25 +35,6 @@ TEST(Exception, KeepsTheWideMessageAndNarrowsWhat) {
   const utils::runtime_error error(message);
   EXPECT_EQ(error.GetMessage(), message);
   EXPECT_STREQ(error.what(), "gr??e ?");  // the classic locale knows ASCII alone
-}
-
-TEST(Closeness, FollowsItsCases) {
-  const double eps = math::kEps;
-  const double inf = HUGE_VAL;
-  const double nan = std::nan("");
-  const std::tuple<double, double, bool> cases[] = {
-      {1.0, 1.0, true},   {1.0, 1.0 + 2 * eps, false}, {0.0, 0.5 * eps, true},
-      {0.0, eps, false},  {-eps / 2, 0.0, true},       {-1.0, -1.0, true},
-      {1.0, -1.0, false}, {1e-300, -1e-300, false},    {nan, nan, true},
-      {nan, 1.0, false},  {inf, -inf, true},           {inf, 1e308, false},
-  };
-  for (const auto& [x, y, close] : cases) {
-    EXPECT_EQ(math::IsClose(x, y), close) << x << ' ' << y;
-    EXPECT_EQ(math::IsClose(y, x), close) << y << ' ' << x;
-  }
-  EXPECT_TRUE(math::IsClose(-100.0, -101.0, 0.02));
-  EXPECT_FALSE(math::IsClose(-100.0, -101.0, 0.005));
-  EXPECT_FALSE(math::IsClose(nan, nan, 0.1));  // the form with a tolerance knows no NaN
 }
 
 }  // namespace

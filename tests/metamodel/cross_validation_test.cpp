@@ -1,9 +1,5 @@
-#include "metamodel/kriging/ordinary_kriging.h"
-#include "metamodel/moving_least_squares/moving_least_squares.h"
-#include "metamodel/regression/linear_regression.h"
-#include "metamodel/transforms/trans_box_cox.h"
-#include "support/points.h"
-#include "support/testing.h"
+
+#include "metamodel/families.h"
 
 #include <numeric>
 

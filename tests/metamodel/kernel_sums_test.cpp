@@ -1,10 +1,8 @@
 #include "metamodel/simd/kernel_sums.h"
 
+#include "metamodel/families.h"
 #include "metamodel/kernels/kernel_block.h"
-#include "metamodel/kernels/kernels_constant.h"
-#include "metamodel/kernels/kernels_nodal.h"
 #include "metamodel/level_test.h"
-#include "support/testing.h"
 
 #include <Eigen/Core>
 
@@ -71,8 +69,7 @@ TEST_P(KernelSums, AreExactAtSupportPointsAndVanishFarAway) {
   const double nan = std::nan("");
   const Eigen::MatrixXd points = Eigen::VectorXd::LinSpaced(21, 1e3, 1e3 + 20.0);
   const Eigen::VectorXd factors = Eigen::VectorXd::Constant(1, -1.0);
-  Eigen::VectorXd x(6);
-  x << 1e3 + 5.0, 0.0, kInfinity, -1e300, nan, 1e3 - 27.2;
+  Eigen::VectorXd x{{1e3 + 5.0, 0.0, kInfinity, -1e300, nan, 1e3 - 27.2}};
   Eigen::MatrixXd weights(21, 6);
   routines_->weights(Job(points, x, factors), weights.data(), 21);
   EXPECT_EQ(weights(5, 0), 1.0);

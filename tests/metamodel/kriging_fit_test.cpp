@@ -1,19 +1,15 @@
 #include "foundation/constants.h"
+#include "metamodel/families.h"
 #include "metamodel/kriging/kernel_noise_fit.h"
-#include "metamodel/kriging/ordinary_kriging.h"
 #include "metamodel/plain_kriging.h"
 #include "stochastics/normal_quantile.h"
-#include "support/points.h"
-#include "support/testing.h"
 
 #include <Eigen/Dense>
-#include <boost/make_shared.hpp>
 
 #include <numeric>
 
 using namespace corvath::math::metamodel;
 using corvath::math::kPi;
-using corvath::math::transform::TransformType;
 using corvath::utils::log::VectorLog;
 
 namespace {
@@ -48,10 +44,7 @@ struct Sample {
     for (Eigen::Index i = 0; i < values.size(); ++i)
       values(i) = function.value(points.row(i).transpose());
     if (noisy) values += 0.2 * (values.maxCoeff() - values.minCoeff()) * scatter;
-    // The coordinates of the model reach from 0 to 1.
-    const Eigen::RowVectorXd low = points.colwise().minCoeff();
-    const Eigen::RowVectorXd width = points.colwise().maxCoeff() - low;
-    points = (points.rowwise() - low).array().rowwise() / width.array();
+    points = Scaled(points, points);  // to coordinates from 0 to 1
   }
   Eigen::MatrixXd points;
   Eigen::VectorXd values;

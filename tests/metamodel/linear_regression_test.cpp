@@ -1,11 +1,7 @@
 #include "metamodel/regression/linear_regression.h"
 
-#include "foundation/exception.h"
-#include "metamodel/regression/polynomial_basis.h"
+#include "metamodel/families.h"
 #include "metamodel/regression/ridge_solver.h"
-#include "metamodel/transforms/trans_box_cox.h"
-#include "support/points.h"
-#include "support/testing.h"
 
 #include <Eigen/QR>
 
@@ -33,16 +29,6 @@ LinearRegressionSettings Quadratic(std::uint64_t m) {
   LinearRegressionSettings settings(m);
   settings.SetOrder(2);
   return settings;
-}
-
-/// Scales to the unit cube of `range`, the default coordinate transform.
-Eigen::MatrixXd Scaled(const Eigen::MatrixXd& points, const Eigen::MatrixXd& range) {
-  Eigen::MatrixXd scaled = points;
-  for (Eigen::Index j = 0; j < points.cols(); ++j) {
-    const double low = range.col(j).minCoeff();
-    scaled.col(j) = (points.col(j).array() - low) / (range.col(j).maxCoeff() - low);
-  }
-  return scaled;
 }
 
 /// 1, x_j, x_j^2, x_i x_j written out term by term.
@@ -320,13 +306,8 @@ TEST(RidgeSolver, PlainCoefficientsAreTheSamePolynomial) {
   const RidgePenalty penalty{0.01, 0.3};
   ASSERT_TRUE(model.BuildRidge(penalty));
   // By the standard terms of the scaled points, not through the plain coefficients.
-  Eigen::MatrixXd scaled = points;
-  for (auto column : scaled.colwise()) {
-    const double lower = column.minCoeff();
-    column = ((column.array() - lower) / (column.maxCoeff() - lower)).matrix();
-  }
   const LinearRegressionSettings& settings = model.GetSettingsBase();
-  const StandardTerms terms(scaled, settings.GetMainTermSelection(),
+  const StandardTerms terms(Scaled(points, points), settings.GetMainTermSelection(),
                             settings.GetInteractionSelection(), penalty.curvature);
   const RidgeSolver solver(terms.GetDesign(), values);
   const Eigen::VectorXd expected =

@@ -1,17 +1,13 @@
 #include "metamodel/moving_least_squares/moving_least_squares.h"
 
-#include "foundation/exception.h"
-#include "metamodel/kriging/ordinary_kriging.h"
-#include "metamodel/regression/linear_regression.h"
-#include "support/points.h"
-#include "support/testing.h"
+#include "metamodel/families.h"
 
 #include <Eigen/QR>
 
 namespace corvath::math::metamodel {
 namespace {
 
-using support::Deviation, support::MessageOfExactly;
+using support::Deviation;
 using transform::TransformType;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();

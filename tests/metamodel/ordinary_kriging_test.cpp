@@ -1,7 +1,5 @@
-#include "metamodel/kriging/ordinary_kriging.h"
-
+#include "metamodel/families.h"
 #include "metamodel/plain_kriging.h"
-#include "support/testing.h"
 
 #include <Eigen/Dense>
 
@@ -26,13 +24,6 @@ struct Sample {
   Eigen::MatrixXd points;
   Eigen::VectorXd values;
 };
-
-/// Inputs to 0..1 as the default coordinate transform does.
-Eigen::MatrixXd Scaled(const Eigen::MatrixXd& reference, const Eigen::MatrixXd& points) {
-  const Eigen::RowVectorXd low = reference.colwise().minCoeff();
-  const Eigen::RowVectorXd range = reference.colwise().maxCoeff() - low;
-  return (points.rowwise() - low).array().rowwise() / range.array();
-}
 
 OrdinaryKrigingSettings Settings(KernelType type, const Eigen::VectorXd& parameter, double nugget) {
   OrdinaryKrigingSettings settings(3);
@@ -63,7 +54,7 @@ TEST(OrdinaryKriging, MatchesTheDenseSystem) {
     const PlainKriging plain(Scaled(sample.points, sample.points), sample.values, c.radii,
                              c.nugget);
     const Eigen::VectorXd predicted = model.Approximate(x);
-    const Eigen::MatrixXd scaled = Scaled(sample.points, x);
+    const Eigen::MatrixXd scaled = Scaled(x, sample.points);
     // The condition of the system, up to 1e5 with these nuggets, times the rounding.
     for (Eigen::Index i = 0; i < x.rows(); ++i)
       ASSERT_NEAR(predicted(i), plain.Predict(scaled.row(i)), 1e-9);

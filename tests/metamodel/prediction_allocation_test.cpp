@@ -1,10 +1,5 @@
-#include "metamodel/kriging/ordinary_kriging.h"
-#include "metamodel/moving_least_squares/moving_least_squares.h"
-#include "metamodel/regression/linear_regression.h"
-#include "metamodel/thin_plate_splines.h"
+#include "metamodel/families.h"
 #include "support/allocations.h"
-#include "support/points.h"
-#include "support/testing.h"
 
 namespace corvath::math::metamodel {
 namespace {

@@ -1,20 +1,5 @@
-#include "foundation/exception.h"
-#include "metamodel/factories.h"
-#include "metamodel/kernels/kernels_constant.h"
-#include "metamodel/kernels/kernels_nodal.h"
-#include "metamodel/kriging/ordinary_kriging.h"
-#include "metamodel/moving_least_squares/moving_least_squares.h"
-#include "metamodel/regression/linear_regression.h"
-#include "metamodel/regression/polynomial_basis.h"
-#include "metamodel/thin_plate_splines.h"
-#include "metamodel/transforms/trans_box_cox.h"
-#include "metamodel/transforms/trans_limits.h"
-#include "metamodel/transforms/trans_min_max.h"
+#include "metamodel/families.h"
 #include "support/archive_round_trip.h"
-#include "support/expect_refusals.h"
-#include "support/points.h"
-
-#include <boost/make_shared.hpp>
 
 // What transforms, kernels and models of every family refuse, and what they say then.
 

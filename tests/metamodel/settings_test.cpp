@@ -2,7 +2,7 @@
 #include "metamodel/kriging/ordinary_kriging_settings.h"
 #include "metamodel/moving_least_squares/moving_least_squares_settings.h"
 #include "metamodel/regression/linear_regression_settings.h"
-#include "support/expect_refusals.h"
+#include "support/testing.h"
 
 namespace corvath::math::metamodel {
 namespace {

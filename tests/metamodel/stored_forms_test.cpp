@@ -1,20 +1,7 @@
 // The stored forms of all classes here, of every class version.
 
-#include "metamodel/factories.h"
-#include "metamodel/kernels/kernels_constant.h"
-#include "metamodel/kernels/kernels_nodal.h"
-#include "metamodel/kriging/ordinary_kriging.h"
-#include "metamodel/moving_least_squares/moving_least_squares.h"
-#include "metamodel/regression/linear_regression.h"
-#include "metamodel/regression/polynomial_basis.h"
-#include "metamodel/thin_plate_splines.h"
-#include "metamodel/transforms/trans_box_cox.h"
-#include "metamodel/transforms/trans_limits.h"
-#include "metamodel/transforms/trans_min_max.h"
-#include "support/points.h"
+#include "metamodel/families.h"
 #include "support/stored_form.h"
-
-#include <boost/make_shared.hpp>
 
 namespace corvath::math::metamodel {
 namespace {

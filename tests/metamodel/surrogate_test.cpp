@@ -1,14 +1,8 @@
 #include "metamodel/surrogate.h"
 
-#include "foundation/exception.h"
+#include "metamodel/families.h"
 #include "metamodel/local_errors.h"
-#include "metamodel/regression/linear_regression.h"
-#include "metamodel/transforms/trans_min_max.h"
-#include "support/expect_refusals.h"
-#include "support/points.h"
 #include "support/stub_surrogate.h"
-
-#include <boost/make_shared.hpp>
 
 namespace corvath::math::metamodel {
 namespace {

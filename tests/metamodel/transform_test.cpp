@@ -1,9 +1,4 @@
-#include "metamodel/factories.h"
-#include "metamodel/transforms/trans_box_cox.h"
-#include "metamodel/transforms/trans_limits.h"
-#include "metamodel/transforms/trans_min_max.h"
-#include "support/points.h"
-#include "support/testing.h"
+#include "metamodel/families.h"
 
 namespace corvath::math::transform {
 namespace {

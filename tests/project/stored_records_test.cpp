@@ -9,8 +9,6 @@
 #include "support/stored_form.h"
 #include "support/values.h"
 
-#include <boost/make_shared.hpp>
-
 #include <deque>
 
 namespace {

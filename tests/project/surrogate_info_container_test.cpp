@@ -251,8 +251,7 @@ class SupportData : public testing::Test {
 
   void AddModel(SurrogateInfo info, const std::vector<std::uint64_t>& ids,
                 const std::vector<std::wstring>& names = {L"width", L"grade"}) {
-    Eigen::MatrixXd points(3, 2);
-    points << 0, 0, 0, 1, 1, 0;
+    Eigen::MatrixXd points{{0, 0}, {0, 1}, {1, 0}};
     info.SetSurrogate(boost::make_shared<LinearRegression>(points, Eigen::Vector3d(7, 8, 9)));
     info.SetParameters(names, std::vector<bool>(names.size(), true));
     SurrogateInfo::HidVector hids;
@@ -280,8 +279,7 @@ TEST_F(SupportData, ComesBackFromTheDesigns) {
   EXPECT_EQ(Model(L"mass").GetPoints().size() + Model(L"mass").GetValues().size(), 0);
   infos.RestoreSupportData(designs, parameters, true);
 
-  Eigen::MatrixXd expected(2, 2);
-  expected << 3.5, 1, 1.5, 0;
+  Eigen::MatrixXd expected{{3.5, 1}, {1.5, 0}};
   EXPECT_EQ(Model(L"mass").GetPoints(), expected);
   EXPECT_EQ(Model(L"mass").GetValues(), Eigen::Vector2d(30, 10));
   EXPECT_EQ(Model(L"stress[1]").GetPoints(), expected);

@@ -5,8 +5,6 @@
 #include "metamodel/subspace_results.h"
 #include "support/stored_form.h"
 
-#include <boost/make_shared.hpp>
-
 using corvath::algorithm::datatypes::DesignId, corvath::algorithm::datatypes::SurrogateInfo;
 using namespace corvath::math::metamodel;
 using corvath::utils::runtime_error;
@@ -17,8 +15,7 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 boost::shared_ptr<SurrogateBase> MakeModel() {
-  Eigen::MatrixXd points(4, 2);
-  points << 0, 0, 1, 0, 0, 1, 1, 1;
+  Eigen::MatrixXd points{{0, 0}, {1, 0}, {0, 1}, {1, 1}};
   auto model = boost::make_shared<LinearRegression>(points, Eigen::Vector4d(1, 2, 3, 5));
   model->Build();
   return model;

@@ -6,7 +6,6 @@
 #include "project/records/zel_information.h"
 #include "support/stored_form.h"
 
-#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 
 namespace {
@@ -187,18 +186,16 @@ TEST(VRDB, OldModelsMoveIntoTheDetailAndParametersAreRepairedBelowVersion8) {
   EXPECT_TRUE(
       of_0.GetAlgorithmInfo()->GetZELInformation()->surrogate_infos_.HasSurrogateInfo(L"r"));
 
-  const VRDB of_8 = fields.Read(8);
-  const auto detail_8 = of_8.GetAlgorithmInfo()->GetZELInformation();
-  EXPECT_TRUE(detail_8->surrogate_infos_.HasSurrogateInfo(L"r"));
-  EXPECT_EQ(kind_of(of_8.GetParameterManager()), DeterministicProperties::ORDINAL_BY_INDEX);
-  EXPECT_EQ(of_8.GetSamplingType(), 0);
-
-  const VRDB of_7 = fields.Read(7);
-  const auto detail_7 = of_7.GetAlgorithmInfo()->GetZELInformation();
-  EXPECT_TRUE(detail_7->surrogate_infos_.HasSurrogateInfo(L"r"));
-  EXPECT_EQ(kind_of(of_7.GetParameterManager()), DeterministicProperties::ORDINAL_BY_VALUE);
-  EXPECT_EQ(kind_of(detail_7->parameter_manager_), DeterministicProperties::ORDINAL_BY_VALUE);
-  EXPECT_EQ(of_7.GetSamplingType(), 1);
+  for (const unsigned version : {7u, 8u}) {
+    const auto kind = version < 8 ? DeterministicProperties::ORDINAL_BY_VALUE
+                                  : DeterministicProperties::ORDINAL_BY_INDEX;
+    const VRDB read = fields.Read(version);
+    const auto detail = read.GetAlgorithmInfo()->GetZELInformation();
+    EXPECT_TRUE(detail->surrogate_infos_.HasSurrogateInfo(L"r"));
+    EXPECT_EQ(kind_of(read.GetParameterManager()), kind);
+    EXPECT_TRUE(version == 8 || kind_of(detail->parameter_manager_) == kind);
+    EXPECT_EQ(read.GetSamplingType(), version < 8 ? 1 : 0);
+  }
 
   // A manager of the detail's own counts, and constant parameters do not.
   fields.surrogate_infos.clear();

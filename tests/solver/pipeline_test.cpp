@@ -232,9 +232,8 @@ TEST_F(Pipeline, ChecksBoundsWithATolerance) {
   const Eigen::MatrixXd twice{{1.0, 0.0, 9.0}, {5.0, 5.0, 15.0}};  // told design by design
   EXPECT_THAT(support::MessageOf([&] { Solver().CheckBounds(twice, kDataBounds, true); }),
               HasSubstr("Value 9 of Parameter"));
-  EXPECT_EQ(support::MessageOf(
-                [&] { Solver().CheckBounds(kDesigns, static_cast<ExtrapolationType>(3), true); }),
-            "Extrapolation type is not defined.");
+  EXPECT_MESSAGE("Extrapolation type is not defined.",
+                 Solver().CheckBounds(kDesigns, static_cast<ExtrapolationType>(3), true));
 }
 
 TEST_F(Pipeline, ParameterLimitsAreNotTheDataBounds) {
@@ -250,24 +249,19 @@ TEST_F(Pipeline, ParameterLimitsAreNotTheDataBounds) {
 TEST_F(Pipeline, OutOfBoundsFailsAndIsLogged) {
   const Eigen::MatrixXd designs{{2.5, 0.0, 15.0}};
   const std::string message = "Value 2.5 of Parameter x violates bounds: [0, 2]";
-  EXPECT_EQ(
-      support::MessageOf([&] { Solver().ApproximateMatrix(designs, false, kDataBounds, true); }),
-      message);
+  EXPECT_MESSAGE(message, Solver().ApproximateMatrix(designs, false, kDataBounds, true));
   EXPECT_TRUE(Logged(L"Error in approximation: Value 2.5 of Parameter x"));
   for (const double value :
        Solver().ApproximateMatrix(designs, false, kDataBounds, false).responses)
     EXPECT_TRUE(std::isnan(value));
-  EXPECT_EQ(
-      support::MessageOf([&] { Solver().ErrorsPerResponse(L"mass", designs, kDataBounds, true); }),
-      message);
+  EXPECT_MESSAGE(message, Solver().ErrorsPerResponse(L"mass", designs, kDataBounds, true));
   EXPECT_THAT(Solver().ErrorsPerResponse(L"mass", designs, kDataBounds, false), IsEmpty());
   EXPECT_THAT(Solver().ErrorsAllResponses(designs, kDataBounds, false), IsEmpty());
 }
 
 TEST_F(Pipeline, RefusesAnotherNumberOfColumns) {
   const Eigen::MatrixXd designs = Eigen::MatrixXd::Zero(4, 2);
-  EXPECT_EQ(support::MessageOfExactly<utils::out_of_range>([&] { Responses(designs); }),
-            "3 input columns expected.");
+  EXPECT_ERROR(utils::out_of_range, "3 input columns expected.", Responses(designs));
   EXPECT_THAT(Solver().ApproximateMatrix(designs, false, kUnbounded, false).responses, IsEmpty());
 }
 
@@ -308,9 +302,8 @@ TEST_F(Pipeline, ErrorsLeaveOutIncompleteAndUnlistedResponses) {
 }
 
 TEST_F(Pipeline, EvaluationOfAnUnknownResponseFails) {
-  EXPECT_EQ(support::MessageOf(
-                [&] { Solver().GradientsPerResponse(L"none", kDesigns, kUnbounded, true); }),
-            "Surrogate info with name \"none\" does not exist.");
+  EXPECT_MESSAGE("Surrogate info with name \"none\" does not exist.",
+                 Solver().GradientsPerResponse(L"none", kDesigns, kUnbounded, true));
   EXPECT_THAT(Solver().GradientsPerResponse(L"none", kDesigns, kUnbounded, false), IsEmpty());
 
   SetModel(project_, L"mass", nullptr);

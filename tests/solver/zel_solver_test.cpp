@@ -152,10 +152,9 @@ TEST(ZELSolverOpening, AModelThatThrowsCostsItsErrorsNotTheOpening) {
     ASSERT_TRUE(open.is_open);
     EXPECT_THAT(open.Lines(), IsEmpty()) << "told at its use";
 
-    EXPECT_EQ(support::MessageOf([&] {
-                open.solver.ErrorsPerResponse(L"mass", design, ExtrapolationType::kUnbounded, true);
-              }),
-              "Surrogate ApproximateErrors needs BuildErrors first");
+    EXPECT_MESSAGE(
+        "Surrogate ApproximateErrors needs BuildErrors first",
+        open.solver.ErrorsPerResponse(L"mass", design, ExtrapolationType::kUnbounded, true));
     const auto others =
         open.solver.ErrorsPerResponse(L"flat", design, ExtrapolationType::kUnbounded, true);
     EXPECT_EQ(others.size(), 5u);

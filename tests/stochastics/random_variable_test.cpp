@@ -89,27 +89,9 @@ TEST(RandomVariable, RefusedNumberChangesNothing) {
 }
 
 TEST(RandomVariable, WrongCountsAreNamedByEachType) {
-  // Of parameters and of moments.
-  const std::tuple<int, const char*, const char*> cases[] = {
-      {types::NORMAL, "statistical parameters. Expected: 2", "moments. Expected: 2"},
-      {types::UNIFORM, "statistical parameters. Expected: 2", "moments. Expected: 2"},
-      {types::LOGNORMAL, "parameters. Expected: 2", "moments. Expected: 2"},
-      {types::EXPONENTIAL, "parameters. Expected: 2", "moments. Expected: 2"},
-      {types::GUMBEL, "parameters. Expected: 2", "moments. Expected: 2"},
-      {types::BETA, "parameters. Expected: 4", "moments. Expected: 4"},
-      {types::TRUNCATEDNORMAL, "statistical parameters. Expected: 4", "moments. Expected: 4"},
-      {types::TRIANGULAR, "Expected 3, obtained 7", "Expected 3, obtained :7"},
-      {types::WEIBULL, "parameters. Expected: 2", "moments. Expected: 2"},
-      {types::FRECHET, "parameters. Expected: 2", "moments. Expected: 2"},
-      {types::LOGUNIFORM, "statistical parameters. Expected: 2", "moments. Expected: 2"},
-      {types::POLYMAP, "statistical moments. Expected: 4", "moments. Expected: 4"},
-      {types::LAMBDA, "parameters. Expected: 4", "moments. Expected: 4"},
-      {types::BERNOULLI, "parameters. Expected: 1", "moments. Expected: 1 or 2"},
-      {types::POISSON, "parameters. Expected 1", "moments. Expected: 1 or 2"},
-      {types::DISCRETE, "parameters should be even 7", "moments. Expected: 2"},
-      {types::MULTIUNIFORM, "parameters should be even 7", "moments. Expected: 2"},
-  };
-  for (const auto& [type, parameters, moments] : cases) {
+  for (const auto& [type, none, outcome] : LinesOf("counts")) {
+    const std::string parameters = outcome.substr(0, outcome.find(" | "));
+    const std::string moments = outcome.substr(parameters.size() + 3);
     const auto rv = Make(type);
     rv->SetName(L"x");
     const std::string start = "RV 'x' of type '" + corvath::utils::ToUtf8(rv->GetTypeName()) + "':";
@@ -135,23 +117,8 @@ TEST(RandomVariable, MomentsOutsideTheDomainAreNamedByEachType) {
     EXPECT_EQ(refusal(type, 1.0, 9e-7), "Coefficient of variation must be larger than 1e-6.");
     EXPECT_EQ(refusal(type, 1.0, 1e-6), "<no exception>") << type;  // the limit itself is allowed
   }
-  for (const int type : {types::LOGNORMAL, types::WEIBULL, types::FRECHET, types::LOGUNIFORM})
-    EXPECT_EQ(refusal(type, 0.0, 1.0), "Mean value must be strictly positive.");
-  const std::string variation = "Coefficient of variation must be ";
-  const std::tuple<int, double, double, std::string> cases[] = {
-      {types::LOGNORMAL, 1.0, 2e20, variation + "smaller than 1e20."},
-      {types::WEIBULL, 1.0, 2e15, variation + "smaller than 1e15."},
-      {types::LOGUNIFORM, 1.0, 0.0, not_positive},
-      {types::LOGUNIFORM, 1.0, 9e-6, variation + "larger than 1e-5."},
-      {types::LOGUNIFORM, 1.0, 3.1, variation + "smaller than 3.0."},
-      {types::POLYMAP, 1.0, -0.5, "Standard deviation  (-0.5) must be strictly positive."},
-      {types::DISCRETE, 1.0, 1e-7, "Standard deviation  (1e-07) is close to zero."},
-      {types::BERNOULLI, 0.0, 1.0, "Mean value must be larger than zero."},
-      {types::BERNOULLI, 1.0, 1.0, "Mean value must be smaller than one."},
-      {types::POISSON, 0.0, 1.0, "Mean value must be strictly positive."},
-      {types::KERNEL, 0.0, 1.0, "RV RV of type 39: SetStats cannot be used for kernel density."},
-  };
-  for (const auto& [type, mean, sd, text] : cases) EXPECT_EQ(refusal(type, mean, sd), text);
+  for (const auto& [type, moments, text] : LinesOf("refuses"))
+    EXPECT_EQ(refusal(type, moments[0], moments[1]), text);
   EXPECT_EQ(RefusalOf([] { Make(types::NORMAL)->Fit(Eigen::MatrixXd::Ones(3, 1)); }),
             "RV 'RV' of type '4' can not be fitted by data. ");
 }
@@ -200,40 +167,8 @@ TEST(RandomVariable, NaNPassesThroughEveryFunction) {
 }
 
 TEST(RandomVariable, ParametersOutsideTheirDomainAreMoved) {
-  const double eps = std::numeric_limits<double>::epsilon();
-  const std::tuple<int, std::vector<double>, std::vector<double>> cases[] = {
-      {types::NORMAL, {5.0, 0.0}, {5.0, 5e-6}},
-      {types::NORMAL, {0.0, -1.0}, {0.0, eps}},
-      {types::UNIFORM, {2.0, 1.0}, {1.0, 2.0}},
-      {types::LOGNORMAL, {0.0, 20.0}, {0.0, 10.0}},
-      {types::LOGNORMAL, {-1.0, 9.0}, {-1.0, 9.0}},
-      {types::EXPONENTIAL, {-1.0, 0.0}, {eps, 0.0}},
-      {types::GUMBEL,
-       {1.0, 0.0},
-       {1.0 - 0.57721566490153287 * 1e-6 * std::sqrt(6.0) / M_PI, 1e-6 * std::sqrt(6.0) / M_PI}},
-      {types::BETA, {0.0, 1.0, -1.0, 2.0}, {}},
-      {types::TRUNCATEDNORMAL, {0.0, 1.0, -100.0, 100.0}, {0.0, 1.0, -10.0, 10.0}},
-      {types::TRUNCATEDNORMAL, {0.0, 1.0, 2.0, 2.0}, {0.0, 1.0, 2.0, 3.0}},
-      {types::TRUNCATEDNORMAL, {0.0, 1.0, 7.0, 5.0}, {0.0, 1.0, 3.0, 7.0}},
-      {types::TRIANGULAR, {3.0, 1.0, 2.0}, {1.0, 2.0, 3.0}},
-      {types::TRIANGULAR, {2.0, 2.0, 2.0}, {}},
-      {types::WEIBULL, {2.0, 1e-9}, {2.0, 0.02}},
-      {types::WEIBULL, {1.0, 1e9}, {}},
-      {types::FRECHET, {1.0, 1.0}, {1.0, 2.0 + 100.0 * eps}},
-      {types::LOGUNIFORM, {5.0, 2.0}, {2.0, 5.0}},
-      {types::LOGUNIFORM, {7.0, 7.0}, {}},
-      {types::LOGUNIFORM, {-3.0, 1e9}, {}},
-      {types::POLYMAP, {3.0, 2.0, 1.0, 0.5, 0.0}, {3.0, 2.0, 1.0, 0.0, 0.0}},  // not monotone
-      {types::LAMBDA, {0.0, 1.0, 0.0, -1.0}, {0.0, 1.0, 1e-6, -0.249}},
-      {types::LAMBDA, {1e9, 1.0, 0.1, 0.1}, {}},
-      {types::BERNOULLI, {0.0}, {1e-12}},
-      {types::BERNOULLI, {2.0}, {1.0 - 1e-12}},
-      {types::POISSON, {-1.0}, {1e-12}},
-      {types::DISCRETE, {1.0, 1.0, 0.0, 3.0}, {0.0, 0.75, 1.0, 0.25}},
-      {types::DISCRETE, {0.0, 0.0, 1.0, 0.0, 2.0, 0.0}, {0.0, 1.0 / 3, 1.0, 1.0 / 3, 2.0, 1.0 / 3}},
-      {types::MULTIUNIFORM, {0.0, 1.0, 1.0, 2.0, 4.0, 5.0}, {0.0, 0.0, 1.0, 0.25, 4.0, 1.0}},
-  };
-  for (const auto& [type, given, held] : cases) {
+  for (const auto& [type, given, outcome] : LinesOf("holds")) {
+    const std::vector<double> held = ReadNumbers(outcome);
     const auto rv = WithParameters(type, given);
     for (std::size_t i = 0; i < held.size(); ++i)
       EXPECT_NEAR(rv->GetParameters()(static_cast<Eigen::Index>(i)), held[i],

@@ -4,7 +4,7 @@
 #include "stochastics/rv_set_nataf.h"
 #include "stochastics/sample_statistics.h"
 #include "stochastics/variables.h"
-#include "support/expect_refusals.h"
+#include "support/testing.h"
 
 #include <boost/math/quadrature/gauss_kronrod.hpp>
 
@@ -22,9 +22,7 @@ RVSet_Nataf SetOf(const std::vector<boost::shared_ptr<RV>>& variables) {
 }
 
 MatrixXd PairMatrix(double rho) {
-  MatrixXd matrix(2, 2);
-  matrix << 1.0, rho, rho, 1.0;
-  return matrix;
+  return MatrixXd{{1.0, rho}, {rho, 1.0}};
 }
 
 MatrixXd StandardNormalSamples(Eigen::Index n, Eigen::Index m, unsigned seed) {
@@ -73,16 +71,13 @@ TEST(NatafModel, ClosedFormsGiveTheRequestedCorrelation) {
                          first != types::UNIFORM && second != types::UNIFORM;
       const bool widest =
           std::minmax(first, second) == std::minmax<int>(types::UNIFORM, types::EXPONENTIAL);
+      const double error = exact ? 1e-6 : widest ? 0.02 : 0.005;
       for (const double rho : {0.1, 0.6, -0.3}) {
         if ((first == types::LOGNORMAL) != (second == types::LOGNORMAL) && !exact) continue;
         const double adjusted = Adjusted(first, second, rho);
         EXPECT_NEAR(PhysicalCorrelation(*WithStats(first, {2.0, 0.6}),
                                         *WithStats(second, {5.0, 1.5}), adjusted),
-                    rho,
-                    (exact    ? 1e-6
-                     : widest ? 0.02
-                              : 0.005) *
-                        std::abs(rho))
+                    rho, error * std::abs(rho))
             << first << " " << second;
       }
     }
@@ -157,8 +152,8 @@ TEST(NatafModel, DiscreteStatesGoToTheMiddleOfTheirStep) {
 TEST(NatafModel, SampledCorrelationIsTheRequestedOne) {
   auto set = SetOf({WithStats(types::NORMAL, {1.0, 0.2}), WithStats(types::LOGNORMAL, {3.0, 1.0}),
                     WithStats(types::GUMBEL, {2.0, 0.5}), WithStats(types::BETA, {4.0, 1.0})});
-  MatrixXd target(4, 4);
-  target << 1.0, 0.5, -0.3, 0.2, 0.5, 1.0, 0.1, 0.0, -0.3, 0.1, 1.0, 0.6, 0.2, 0.0, 0.6, 1.0;
+  const MatrixXd target{
+      {1.0, 0.5, -0.3, 0.2}, {0.5, 1.0, 0.1, 0.0}, {-0.3, 0.1, 1.0, 0.6}, {0.2, 0.0, 0.6, 1.0}};
   set.SetCorrelationMatrix(target);
   const Eigen::Index samples = 100000;
   const MatrixXd x = set.FromStandardGauss(StandardNormalSamples(4, samples, 7));
@@ -174,8 +169,7 @@ TEST(NatafModel, SampledCorrelationIsTheRequestedOne) {
 TEST(NatafModel, TransformsAreInverseAndTheRootIsOne) {
   auto set = SetOf({WithStats(types::NORMAL, {1.0, 0.2}), WithStats(types::LOGNORMAL, {3.0, 1.0}),
                     WithStats(types::UNIFORM, {2.0, 0.5})});
-  MatrixXd target(3, 3);
-  target << 1.0, 0.5, -0.3, 0.5, 1.0, 0.4, -0.3, 0.4, 1.0;
+  const MatrixXd target{{1.0, 0.5, -0.3}, {0.5, 1.0, 0.4}, {-0.3, 0.4, 1.0}};
   set.SetCorrelationMatrix(target);
   const MatrixXd u = 0.9 * StandardNormalSamples(3, 50, 3);
   EXPECT_LT((set.ToStandardGauss(set.FromStandardGauss(u)) - u).cwiseAbs().maxCoeff(), 1e-8);

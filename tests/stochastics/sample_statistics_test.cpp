@@ -1,7 +1,7 @@
 #include "stochastics/sample_statistics.h"
 
 #include "stochastics/variables.h"
-#include "support/expect_refusals.h"
+#include "support/testing.h"
 
 namespace {
 
@@ -22,8 +22,7 @@ TEST(SampleStatistics, MeanAndVarianceSkipNaNOnlyWhenTold) {
   EXPECT_TRUE(std::isnan(Mean(Vector({kNaN}), true)));
   EXPECT_TRUE(std::isnan(Variance(Vector({kNaN}), 0.0, true)));
 
-  MatrixXd matrix(3, 2);
-  matrix << 1.0, kNaN, 2.0, 5.0, 6.0, 7.0;
+  MatrixXd matrix{{1.0, kNaN}, {2.0, 5.0}, {6.0, 7.0}};
   EXPECT_EQ(ContainsNaN(matrix), std::vector<bool>({false, true}));
   EXPECT_EQ(MeanVector(matrix), Vector({3.0, 6.0}));
   EXPECT_EQ(SigmaVector(matrix, Vector({3.0, 6.0})), Vector({std::sqrt(7.0), std::sqrt(2.0)}));
@@ -44,13 +43,8 @@ TEST(SampleStatistics, CorrelationMatchesHandComputedValues) {
 }
 
 TEST(SampleStatistics, HolesDropTheirRowFromThePairAlone) {
-  MatrixXd matrix(6, 3);
-  matrix << 1.0, 2.0, 1.0,  //
-      2.0, 1.0, kNaN,       //
-      3.0, 4.0, 2.0,        //
-      4.0, 3.0, 5.0,        //
-      kNaN, 9.0, kNaN,      //
-      kNaN, -7.0, kNaN;
+  MatrixXd matrix{{1.0, 2.0, 1.0}, {2.0, 1.0, kNaN},  {3.0, 4.0, 2.0},
+                  {4.0, 3.0, 5.0}, {kNaN, 9.0, kNaN}, {kNaN, -7.0, kNaN}};
   const MatrixXd r = CorrelationMatrix(matrix);
   EXPECT_EQ(r, r.transpose());
   EXPECT_EQ(VectorXd(r.diagonal()), VectorXd::Ones(3));
@@ -65,10 +59,8 @@ TEST(SampleStatistics, HolesDropTheirRowFromThePairAlone) {
 }
 
 TEST(SampleStatistics, DistancesAndNeighbours) {
-  MatrixXd points(4, 2);
-  points << 0.0, 0.0, 3.0, 4.0, 0.0, 0.0, 0.0, 1.0;
-  MatrixXd expected(4, 4);
-  expected << 0, 25, 0, 1, 25, 0, 25, 18, 0, 25, 0, 1, 1, 18, 1, 0;
+  MatrixXd points{{0.0, 0.0}, {3.0, 4.0}, {0.0, 0.0}, {0.0, 1.0}};
+  MatrixXd expected{{0, 25, 0, 1}, {25, 0, 25, 18}, {0, 25, 0, 1}, {1, 18, 1, 0}};
   EXPECT_EQ(SquaredDistances(points), expected);
   EXPECT_EQ(SmallestSignificant(expected), 1.0);  // two equal points do not make it 0
   EXPECT_EQ(SmallestSignificant(Vector({1e-11, 1e-13, 1.0})), 1e-11);
@@ -83,10 +75,8 @@ TEST(SampleStatistics, DistancesAndNeighbours) {
 }
 
 TEST(SampleStatistics, SortingKeepsEqualRowsAndGapsFollowTheOrder) {
-  MatrixXd matrix(4, 2);
-  matrix << 2.0, 0.0, 1.0, 1.0, 2.0, 2.0, -3.0, 3.0;
-  MatrixXd sorted(4, 2);
-  sorted << -3.0, 3.0, 1.0, 1.0, 2.0, 0.0, 2.0, 2.0;
+  MatrixXd matrix{{2.0, 0.0}, {1.0, 1.0}, {2.0, 2.0}, {-3.0, 3.0}};
+  MatrixXd sorted{{-3.0, 3.0}, {1.0, 1.0}, {2.0, 0.0}, {2.0, 2.0}};
   EXPECT_EQ(SortRows(matrix, 0), sorted);
   EXPECT_EQ(SortRows(sorted, 1).col(0), matrix.col(0));
   EXPECT_EQ(LargestGaps(matrix), Vector({4.0, 1.0}));

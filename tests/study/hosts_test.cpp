@@ -2,7 +2,6 @@
 #include "support/temporary_directory.h"
 
 #include <dlfcn.h>
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -16,22 +15,13 @@ using namespace study_calls;
 using testing::HasSubstr;
 
 TEST(Study, ACallThatIsCancelledLeavesNothing) {
-  struct State {
-    int left;
-    std::thread::id thread;
-  };
-  const auto progress = [](double, const char*, void* user) {
-    auto& state = *static_cast<State*>(user);
-    EXPECT_EQ(std::this_thread::get_id(), state.thread);
-    return --state.left < 0 ? 1 : 0;
-  };
   const Table table = Data().MakeTable();
   int status = ZELSTUDY_CANCELLED;
   for (const int calls : {0, 1, 2, 1 << 20}) {
-    State state{calls, std::this_thread::get_id()};
+    Countdown state{calls};
     zelstudy_project* project = nullptr;
     zelstudy_result* result = nullptr;
-    status = zelstudy_train(table.get(), kTraining, progress, &state, &project, &result);
+    status = zelstudy_train(table.get(), kTraining, CountDown, &state, &project, &result);
     const Project owned(project);
     const Result result_owned(result);
     EXPECT_TRUE(calls > 0 || status == ZELSTUDY_CANCELLED);
@@ -44,10 +34,10 @@ TEST(Study, ACallThatIsCancelledLeavesNothing) {
   const Project sample = OpenSample();
   const std::vector<double> designs(10 * 70000, 10.0);
   for (int calls = 0; calls < 2; ++calls) {
-    State state{calls, std::this_thread::get_id()};
+    Countdown state{calls};
     zelstudy_result* result = nullptr;
     EXPECT_EQ(zelstudy_solve(sample.get(), R"({"responses": ["mass"]})", designs.data(), 70000,
-                             progress, &state, &result),
+                             CountDown, &state, &result),
               ZELSTUDY_CANCELLED);
   }
 }

@@ -1,135 +1,129 @@
 #include "study_calls.h"
-
-#include <gmock/gmock.h>
+#include "support/files.h"
 
 namespace {
 
 using namespace study_calls;
 using testing::HasSubstr;
 
-TEST(Study, RefusesBadInputAndSaysWhatIsWrong) {
-  const Data data;
-  const Table table = data.MakeTable();
-  const Project project = OpenSample();
-  const double inside[10] = {10, 10, 10, 10, 10, 10, 10, 10, 10, 10};
-  const double outside[10] = {10, 10, 1e9, 10, 10, 10, 10, 10, 10, 10};
-  zelstudy_project* trained = nullptr;
-  const auto train = [&](const char* options) {
-    return [&, options](zelstudy_result** out) {
-      return zelstudy_train(table.get(), options, nullptr, nullptr, &trained, out);
+/// Calls that must be refused, on one table and one project.
+class Refusals : public testing::Test {
+ protected:
+  using Call = std::function<int(const std::string& given, zelstudy_result** out)>;
+
+  /// A call of a project with options.
+  template <class Function>
+  Call OfProject(Function* function) const {
+    return [=](const std::string& options, zelstudy_result** out) {
+      return function(project_.get(), options.c_str(), nullptr, nullptr, out);
     };
-  };
-  const auto solve = [&](const char* options, const double* inputs, std::size_t n) {
-    return [&, options, inputs, n](zelstudy_result** out) {
-      return zelstudy_solve(project.get(), options, inputs, n, nullptr, nullptr, out);
-    };
-  };
-  const auto sample = [&](const char* options) {
-    return [options](zelstudy_result** out) { return zelstudy_sample(nullptr, options, out); };
-  };
-  const auto propagate = [&](const char* options) {
-    return [&, options](zelstudy_result** out) {
-      return zelstudy_propagate(project.get(), options, nullptr, nullptr, out);
-    };
-  };
-  const auto optimize = [&](const char* options) {
-    return [&, options](zelstudy_result** out) {
-      return zelstudy_optimize(project.get(), options, nullptr, nullptr, out);
-    };
-  };
-  const auto evaluate = [&](const char* expression, const char* definitions) {
-    return [expression, definitions](zelstudy_result** out) {
-      return zelstudy_evaluate(expression, definitions, out);
-    };
-  };
-  const std::pair<std::function<int(zelstudy_result**)>, const char*> cases[] = {
-      {train("{"), "options: no JSON"},
-      {[&](zelstudy_result** out) {
-         return zelstudy_export(project.get(), R"({"format": "go"})", nullptr, nullptr, out);
-       },
-       R"(no export format "go")"},
-      {train("[]"), "options: a JSON object is wanted, not an array"},
-      {train(R"({"inputs": ["x"]})"), "responses: names of columns are wanted"},
-      {train(R"({"inputs": ["x"], "responses": ["y"], "sed": 1})"), R"(did you mean "seed"?)"},
-      {train(R"({"inputs": "x", "responses": ["y"]})"),
-       "inputs: an array of texts is wanted, not a text"},
-      {train(R"({"inputs": ["x\u0000"], "responses": ["y"]})"),
-       "inputs: a text with a NUL character"},
-      {train(R"({"inputs": ["x", "x"], "responses": ["y"]})"), R"(inputs: "x" stands there twice)"},
-      {train(R"({"inputs": ["x"], "responses": ["w"]})"),
-       R"(table: no column for the response "w")"},
-      {train(R"({"inputs": ["q*"], "responses": ["y"]})"), R"(inputs: "q*" fits no column)"},
-      {train(R"({"inputs": ["x"], "responses": ["material"]})"),
-       R"(table: row 0, column "material": "brass" is not a number)"},
-      {train(R"({"inputs": ["x"], "responses": ["y"], "seed": -1})"),
-       "seed: -1 is no whole number"},
-      {train(R"({"inputs": ["x"], "responses": ["y"], "budget": 0})"), "budget must be a positive"},
-      {train(R"({"inputs": ["x"], "responses": ["y"], "criteria": ["c: w"]})"),
-       R"(criterion "c": there is no input, response or criterion "w")"},
-      {solve(nullptr, nullptr, 1), "inputs: a null pointer"},
-      {solve(nullptr, inside, ~std::size_t{0}), "designs cannot be"},
-      {solve(nullptr, outside, 1), R"(design 0, input "area_3": 1e+09 is outside [)"},
-      {solve(R"({"gradients": ["maas"]})", inside, 1),
-       R"(gradients: no response "maas"; did you mean "mass"?)"},
-      {solve(R"({"errors": 1})", inside, 1), "errors: true, false or an array of texts is wanted"},
-      {sample("{}"), "inputs: these, or a project, are wanted"},
-      {sample(R"({"scheme": "x", "n": 3, "inputs": ["a:0:1"]})"), R"(scheme: "x" is none of)"},
-      {sample(R"({"scheme": "sobol", "inputs": ["a:0:1"]})"), "n: sobol-sequence takes a number"},
-      {sample(R"({"scheme": "latin-hypercube-sampling", "n": 1e15, "inputs": ["a:0:1"]})"),
-       "too large"},
-      {sample(R"({"scheme": "sobol", "n": 3, "inputs": ["a:1:0"]})"), "the lower bound is above"},
-      {propagate("{}"), "No input has a distribution."},
-      {propagate(R"({"n": 1e99})"), "n: 1e+99 is no whole number from 0 to 1000000000"},
-      {propagate(R"~({"n": 1, "distributions": ["area_1:normal(9, 1)"]})~"),
-       "needs at least 2 designs"},
-      {optimize("{}"), "No objective"},
-      {optimize(R"({"minimize": ["maas"]})"), R"(did you mean "mass"?)"},
-      {optimize(R"({"minimize": ["mass"], "starts": -1})"), "starts: -1 is no whole number from 0"},
-      {propagate(R"({"quantiles": [true]})"), "quantiles: an array of numbers is wanted"},
-      {evaluate("1 +", nullptr), "parsing"},
-      {evaluate("a", R"({"a": [[1], [2, 3]]})"), R"(definitions: "a": a number)"},
-      {evaluate("1", R"({"pi": 1})"), "pi"},
-      {evaluate(nullptr, nullptr), "expression: a null pointer"},
-      {[](zelstudy_result** out) { return zelstudy_help("abss", out); }, R"(did you mean "abs"?)"},
-      {[](zelstudy_result** out) { return zelstudy_hash("/none", out); }, "/none"},
-      {[&](zelstudy_result** out) {
-         return zelstudy_solve_csv(project.get(), R"({"in": "-", "out": "x"})", nullptr, nullptr,
-                                   out);
-       },
-       "in: a file is wanted"},
-      {[](zelstudy_result** out) { return zelstudy_describe(nullptr, nullptr, out); },
-       "project: a null pointer"},
-      {[&](zelstudy_result** out) {
-         return zelstudy_describe(project.get(), R"({"models": "yes"})", out);
-       },
-       "models: true or false is wanted, not a text"},
-  };
-  for (const auto& [call, message] : cases) {
-    auto* out = reinterpret_cast<zelstudy_result*>(1);
-    EXPECT_EQ(call(&out), ZELSTUDY_REFUSED) << message;
-    EXPECT_THAT(LastError(), HasSubstr(message));
-    EXPECT_EQ(out, nullptr) << message;
-    EXPECT_EQ(trained, nullptr) << message;
   }
-  EXPECT_EQ(evaluate("1", nullptr)(nullptr), ZELSTUDY_REFUSED);
+  Call SolveAt(double area) const {
+    return [=](const std::string& options, zelstudy_result** out) {
+      std::vector<double> design(10, 10.0);
+      design[2] = area;
+      return zelstudy_solve(project_.get(), options.c_str(), design.data(), 1, nullptr, nullptr,
+                            out);
+    };
+  }
+
+  void Expect(const Call& call, const std::string& given, const std::string& message) {
+    auto* out = reinterpret_cast<zelstudy_result*>(1);
+    EXPECT_EQ(call(given, &out), ZELSTUDY_REFUSED) << given;
+    EXPECT_THAT(LastError(), HasSubstr(message)) << given;
+    EXPECT_EQ(out, nullptr) << given;
+    EXPECT_EQ(trained_, nullptr) << given;
+  }
+
+  const Data data_;
+  const Table table_ = data_.MakeTable();
+  const Project project_ = OpenSample();
+  zelstudy_project* trained_ = nullptr;
+};
+
+TEST_F(Refusals, SayWhatIsWrongAsTheFileHasIt) {
+  using Out = zelstudy_result**;
+  const std::map<std::string, Call> calls{
+      {"train",
+       [&](const std::string& options, Out out) {
+         return zelstudy_train(table_.get(), options.c_str(), nullptr, nullptr, &trained_, out);
+       }},
+      {"solve", SolveAt(10.0)},
+      {"solve_outside", SolveAt(1e9)},
+      {"solve_csv", OfProject(zelstudy_solve_csv)},
+      {"export", OfProject(zelstudy_export)},
+      {"optimize", OfProject(zelstudy_optimize)},
+      {"propagate", OfProject(zelstudy_propagate)},
+      {"distribution",
+       [&](const std::string& text, Out out) {
+         return OfProject(zelstudy_propagate)(
+             R"({"n": 2, "form": false, "distributions": ["area_1:)" + text + "\"]}", out);
+       }},
+      {"describe",
+       [&](const std::string& options, Out out) {
+         return zelstudy_describe(project_.get(), options.c_str(), out);
+       }},
+      {"sample", [](const std::string& options,
+                    Out out) { return zelstudy_sample(nullptr, options.c_str(), out); }},
+      {"evaluate",
+       [](const std::string& text, Out out) {
+         const std::size_t end = text.find(" with ");
+         return zelstudy_evaluate(text.substr(0, end).c_str(), text.substr(end + 6).c_str(), out);
+       }},
+      {"help", [](const std::string& name, Out out) { return zelstudy_help(name.c_str(), out); }},
+      {"hash", [](const std::string& path, Out out) { return zelstudy_hash(path.c_str(), out); }},
+  };
+  std::istringstream file(support::ReadFile(TEST_REFUSALS));
+  int num_cases = 0;
+  for (std::string line; std::getline(file, line);) {
+    if (line.empty() || line.substr(0, 2) == "//") continue;
+    ++num_cases;
+    const std::size_t name = line.find(' '), arrow = line.find(" => ");
+    ASSERT_NE(arrow, std::string::npos) << line;
+    Expect(calls.at(line.substr(0, name)), line.substr(name + 1, arrow - name - 1),
+           line.substr(arrow + 4));
+  }
+  EXPECT_GT(num_cases, 60);
+}
+
+TEST_F(Refusals, OfNullPointersAndSizes) {
+  const double inside[10] = {10, 10, 10, 10, 10, 10, 10, 10, 10, 10};
+  const auto solve = [&](const double* inputs, std::size_t n) {
+    return [=](const std::string&, zelstudy_result** out) {
+      return zelstudy_solve(project_.get(), nullptr, inputs, n, nullptr, nullptr, out);
+    };
+  };
+  const auto evaluate = [](const std::string&, zelstudy_result** out) {
+    return zelstudy_evaluate(nullptr, nullptr, out);
+  };
+  const auto describe = [](const std::string&, zelstudy_result** out) {
+    return zelstudy_describe(nullptr, nullptr, out);
+  };
+  Expect(solve(nullptr, 1), "null inputs", "inputs: a null pointer");
+  Expect(solve(inside, ~std::size_t{0}), "too many designs", "designs cannot be");
+  Expect(evaluate, "null expression", "expression: a null pointer");
+  Expect(describe, "null project", "project: a null pointer");
+  EXPECT_EQ(zelstudy_evaluate("1", nullptr, nullptr), ZELSTUDY_REFUSED);
   EXPECT_EQ(LastError(), "out: a null pointer");
-  EXPECT_EQ(zelstudy_table_add_numbers(table.get(), "x", data.x.data(), Data::kSize), 1);
-  EXPECT_THAT(LastError(), HasSubstr("has a column \"x\" already"));
-  EXPECT_EQ(zelstudy_table_add_numbers(table.get(), "w", data.x.data(), 3), 1);
-  EXPECT_THAT(LastError(), HasSubstr("has 3 values, but the table has 40 rows"));
-  EXPECT_EQ(zelstudy_table_add_numbers(table.get(), "w", nullptr, Data::kSize), 1);
+
+  const std::tuple<const char*, const double*, std::size_t, const char*> columns[] = {
+      {"x", data_.x.data(), Data::kSize, "has a column \"x\" already"},
+      {"w", data_.x.data(), 3, "has 3 values, but the table has 40 rows"},
+      {"w", nullptr, Data::kSize, "null pointer"}};
+  for (const auto& [name, values, size, message] : columns) {
+    EXPECT_EQ(zelstudy_table_add_numbers(table_.get(), name, values, size), 1);
+    EXPECT_THAT(LastError(), HasSubstr(message));
+  }
+  const auto described = Document(Get<Result>(
+      [&](zelstudy_result** out) { return zelstudy_table_describe(table_.get(), out); }));
+  EXPECT_EQ(described["columns"].size(), 4u) << "a refused column leaves the table as it was";
+
   zelstudy_project* opened = nullptr;
   EXPECT_EQ(zelstudy_project_open("/none", nullptr, &opened), ZELSTUDY_REFUSED);
   EXPECT_EQ(zelstudy_project_open(TEST_SAMPLE, "00", &opened), ZELSTUDY_REFUSED);
   EXPECT_THAT(LastError(), HasSubstr("another signature"));
-  EXPECT_EQ(zelstudy_project_save(project.get(), "/none/x.vrdb"), ZELSTUDY_REFUSED);
+  EXPECT_EQ(zelstudy_project_save(project_.get(), "/none/x.vrdb"), ZELSTUDY_REFUSED);
   EXPECT_THAT(LastError(), HasSubstr("/none"));
-  EXPECT_EQ(Document(Get<Result>([&](zelstudy_result** out) {
-              return zelstudy_table_describe(table.get(), out);
-            }))["columns"]
-                .size(),
-            4u)
-      << "a refused column leaves the table as it was";
 }
 
 }  // namespace

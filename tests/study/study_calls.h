@@ -2,8 +2,11 @@
 
 #include "support/testing.h"
 
+#include <gmock/gmock.h>
 #include <json/json.h>
 #include <zelsolver/study.h>
+
+#include <thread>
 
 /// Calls of the interface in C whose handles close themselves, and what the tests train on.
 namespace study_calls {
@@ -94,6 +97,26 @@ struct Trained {
 inline Project OpenSample() {
   return Get<Project>(
       [](zelstudy_project** out) { return zelstudy_project_open(TEST_SAMPLE, nullptr, out); });
+}
+
+/// What a call of a project with options gives.
+template <class Function>
+Result Answer(Function* function, const Project& project, const char* options) {
+  return Get<Result>([&](zelstudy_result** out) {
+    return function(project.get(), options, nullptr, nullptr, out);
+  });
+}
+
+/// Cancels a call behind its first `left` reports, all of them on this thread.
+struct Countdown {
+  int left;
+  std::thread::id thread = std::this_thread::get_id();
+};
+inline int CountDown(double share, const char* work, void* user) {
+  auto& countdown = *static_cast<Countdown*>(user);
+  EXPECT_EQ(std::this_thread::get_id(), countdown.thread);
+  EXPECT_TRUE(share >= 0.0 && share <= 1.0 && work != nullptr);
+  return --countdown.left < 0 ? 1 : 0;
 }
 
 inline Result Solve(const Project& project, const char* options, const std::vector<double>& inputs,

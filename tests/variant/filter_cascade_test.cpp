@@ -51,19 +51,5 @@ TEST(FilterCascade, IsTheDifferenceEquationSectionBySection) {
         }
 }
 
-TEST(FilterCascade, RefusesInOrder) {
-  const Value x = XY({0, 1, 2}, {1, 2, 3}), b = Mat({{1, 2, 1}}), a = Mat({{4, 0, 0}});
-  const auto run = [](const Value& signal, const Value& num, const Value& den, int start) {
-    return Outcome([&](Value& r) { fn::filter(r, signal, num, den, start); });
-  };
-  EXPECT_EQ(run(x, b, a, 0), Text(XY({0, 1, 2}, {0.25, 1, 2})));
-  EXPECT_EQ(run(b, b, a, 0), "CType: Input object of wrong type. Time signal expected.");
-  EXPECT_EQ(run(XY({0}, {{0, 1}}), b, a, 0), "CType: Real input object expected.");
-  EXPECT_EQ(run(x, Vec({1, 2, 1}), a, 0), "CType: Numerator & denominator must be of type MATRIX.");
-  EXPECT_EQ(run(x, b, Mat({{1, 2}}), 0), "CType: Numerator & denominator must be of same size.");
-  EXPECT_BEGINS(run(x, Mat({{1, 2}}), Mat({{1, 2}}), 0), "CType: Numerator & denominator must be");
-  EXPECT_EQ(run(x, b, a, 2), "CFilter: Wrong condition: ZERO, CONSTANT expected.");
-}
-
 }  // namespace
 }  // namespace corvath::math

@@ -181,32 +181,5 @@ TEST(Filters, SmoothAveragesShrinkingWindows) {
     }
 }
 
-TEST(Filters, RefuseInOrder) {
-  const Value x = XY({0, 0.5, 1}, {1, 2, 3});
-  const Value cf = Scalar(0.3);
-  EXPECT_EQ(
-      Outcome([&](Value& r) {
-        fn::butterworthFilter(r, XY({0, NAN, 1}, {1, 2, 3}), cf, 2, kLowPass, 1, 0, 0, 0, 0, false);
-      }).substr(0, 1),
-      "C");
-  const auto sae = [](const Value& s, const Value& f) {
-    return Outcome([&](Value& r) { fn::saeFilter(r, s, f, 1, 0, 0, 0, 0, false); });
-  };
-  EXPECT_EQ(sae(XY({0}, {1}), cf), "CDimension: Signal must have at least 2 data points.");
-  EXPECT_BEGINS(sae(x, Scalar(1)), "CDomain: Cutoff frequency cf out of range. Must fulfill 0.0");
-  EXPECT_EQ(sae(x, Vec({0.1, 0.2})), "CDomain: Cutoff must be type of scalar.");
-  EXPECT_EQ(Outcome([&](Value& r) { fn::saeFilter(r, x, cf, 1, 0, 0, 0, 2, true); }),
-            "CFilter: Wrong condition: ZERO, CONSTANT expected.");
-
-  const auto decimate = [](const Value& s, int factor, int ratio) {
-    return Outcome([&](Value& r) { fn::decimateFilter(r, s, factor, ratio, 1, 0, 0); });
-  };
-  EXPECT_BEGINS(decimate(Vec({{0, 1}}), 1, 1), "CType: Input object of wrong type. Time signal");
-  EXPECT_BEGINS(decimate(XY({0}, {{0, 1}}), 1, 1), "CDimension: Signal must have at least 2 data");
-  EXPECT_EQ(decimate(XY({0, 1}, {{0, 1}, 1}), 1, 1), "CType: Real input SIGNAL expected.");
-  EXPECT_EQ(decimate(x, 1, 1), "CFilter: The decimation factor must be greater than 1.");
-  EXPECT_BEGINS(decimate(x, 2, 1), "CFilter: The ratio of the new sampling rate to the cut-off");
-}
-
 }  // namespace
 }  // namespace corvath::math

@@ -218,26 +218,6 @@ TEST(Fft, ResamplesOnDemand) {
   }
 }
 
-TEST(Fft, ShiftsBringZeroIntoTheMiddle) {
-  const std::tuple<Value, Value, Value> cases[] = {
-      {Sig({0, 1, 2, 3}, {{0, 1, 2, 3}, {5, 6, 7, 8}}),
-       Sig({-2, -1, 0, 1}, {{2, 3, 0, 1}, {7, 8, 5, 6}}),
-       Sig({-2, -1, 0, 1}, {{2, 3, 0, 1}, {7, 8, 5, 6}})},
-      {XY({0, 1, 2, 3, 4}, {0, 1, 2, 3, 4}), XY({-2, -1, 0, 1, 2}, {3, 4, 0, 1, 2}),
-       XY({-3, -2, -1, 0, 1}, {2, 3, 4, 0, 1})},
-      {XY({4, 2, 0}, {2, 1, 0}), XY({2, 0, -2}, {1, 0, 2}), XY({0, -2, -4}, {0, 2, 1})},
-      {XY({0, 1, 3}, {0, 1, 3}), XY({-2, -1, 0, 1}, {2, 3, 0, 1}),
-       XY({-2, -1, 0, 1}, {2, 3, 0, 1})},
-  };
-  for (const auto& [x, shifted, inverse] : cases) {
-    Value r;
-    fn::fftshift(r, x);
-    EXPECT_EQ(r, shifted);
-    fn::ifftshift(r, x);
-    EXPECT_EQ(r, inverse);
-  }
-}
-
 TEST(Fft, OfAMatrixSumsOverBothIndices) {
   const std::size_t rows = 11, columns = 37;  // more columns than are gathered at a time
   Value::Matrix m(rows, columns);
@@ -258,50 +238,9 @@ TEST(Fft, OfAMatrixSumsOverBothIndices) {
   fn::ifft2d(r, r);
   Numbers back(r.GetMatrix().data().begin(), r.GetMatrix().data().end());
   EXPECT_LT(Error(back, x), 5e-15);
-  fn::fft2d(r, Mat({{1, 2}, {3, 4}}));
-  EXPECT_EQ(r, Mat({{10, -2}, {-4, 0}}));
-}
-
-TEST(Fft, RefusesInOrder) {
-  using One = void (*)(Value&, const Value&);
-  using Four = void (*)(Value&, const Value&, int, double, double);
-  const auto one = [](One f, const Value& x) { return Outcome([&](Value& r) { f(r, x); }); };
-  const auto four = [](Four f, const Value& x) {
-    return Outcome([&](Value& r) { f(r, x, 1, 0, 0); });
-  };
-  const One fft1 = fn::fft, ifft1 = fn::ifft;
-  const Four fft4 = fn::fft, ifft4 = fn::ifft;
-  const Value vector = Vec({1, 2}), single = XY({0}, {1}), gap = XY({0, 1, 3}, {0, 1, 3});
-  const std::string type = ": Input object of wrong type. Time signal expected.";
-  const std::string two = "Signal must have at least 2 data points.";
-  EXPECT_EQ(one(fft1, vector), "CType: fft" + type);
-  EXPECT_EQ(one(ifft1, Value()), "CType: ifft" + type);
-  EXPECT_EQ(four(fft4, vector), "CType: fft" + type);
-  EXPECT_EQ(four(ifft4, vector), "CType: ifft" + type);
-  EXPECT_EQ(one(fft1, single), "CDimension: " + two);
-  EXPECT_EQ(one(ifft1, single), "CDimension: " + two);
-  EXPECT_EQ(four(fft4, single), "CDimension: fft: " + two);
-  EXPECT_EQ(four(ifft4, single), "CDimension: " + two);
-  EXPECT_EQ(one(fft1, gap), "CType: fft: Equidistant time signal expected.");
-  EXPECT_EQ(one(ifft1, gap), "CType: ifft: Equidistant time signal expected.");
-  EXPECT_EQ(four(fft4, XY({0, 1, 3}, {0, Complex(1, 1), 3})), "CType: Real input object expected.");
-  EXPECT_EQ(one(fft1, XY({0, NAN, 3}, {0, 1, 3})), "CType: fft: Equidistant time signal expected.");
-  for (const auto& [f, name] :
-       {std::pair<One, std::string>{fn::fftshift, "fftshift"}, {fn::ifftshift, "ifftshift"}}) {
-    EXPECT_EQ(one(f, vector),
-              "CType: " + name + ": Input object of wrong type. SIGNAL or XYDATA expected.");
-    EXPECT_EQ(one(f, single), "CDimension: Invalid signal size. Unable to calculate " + name + ".");
-    EXPECT_EQ(one(f, XY({0.5, 1, 1.5}, {1, 2, 3})),
-              "CDomain: " + name + ": Input signal must start at 0.");
-    EXPECT_EQ(one(f, XY({0, 1, 3}, {0, Complex(1, 1), 3})),
-              "CVariant: " + name +
-                  ": Exception within interpolation occured: Real input object expected.");
-  }
-  EXPECT_EQ(one(fn::fft2d, vector), "CType: fft2d only defined for MATRIX.");
-  EXPECT_EQ(one(fn::ifft2d, gap), "CType: ifft2d only defined for MATRIX.");
-  EXPECT_EQ(one(fn::fft2d, Value(Value::Matrix(0, 3))),
+  EXPECT_EQ(Out(fn::fft2d, Value(Value::Matrix(0, 3))),
             "CComputation: fft2d: Creating descriptor failed (Invalid length.)");
-  EXPECT_BEGINS(one(fn::ifft2d, Value(Value::Matrix(3, 0))), "CComputation: ifft2d: Creating");
+  EXPECT_BEGINS(Out(fn::ifft2d, Value(Value::Matrix(3, 0))), "CComputation: ifft2d: Creating");
 }
 
 }  // namespace

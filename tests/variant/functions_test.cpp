@@ -1,7 +1,7 @@
 #include "foundation/constants.h"
 #include "support/values.h"
 #include "variant/functions/reductions.h"
-#include "variant/operators/binary_functions.h"
+#include "variant/operators/arithmetic.h"
 #include "variant/operators/elementwise.h"
 #include "variant/value/complex_parts.h"
 #include "variant/value/random_values.h"
@@ -13,18 +13,12 @@ using namespace support;
 namespace fn = functions;
 
 using Unary = void (*)(Value&, const Value&);
-using Binary = void (*)(Value&, const Value&, const Value&);
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
 Complex Eval(Unary f, Complex z) {
   Value result;
   f(result, Value(z));
-  return result.GetScalar();
-}
-Complex Eval(Binary f, Complex x, Complex y) {
-  Value result;
-  f(result, Value(x), Value(y));
   return result.GetScalar();
 }
 void ExpectNear(Complex actual, Complex expected, double tolerance, const char* what) {
@@ -98,97 +92,25 @@ TEST(Elementwise, ComplexFunctionsSatisfyTheirIdentities) {
     }
 }
 
-TEST(Elementwise, KnownValuesAndBranchPoints) {
-  EXPECT_EQ(Out(fn::sqrt, Scalar(-1)), Text(Scalar(0, 1)));
-  EXPECT_EQ(Out(fn::sqrt, Scalar(4)), Text(Scalar(2)));
-  EXPECT_NEAR(Eval(fn::log, 100).real(), 2.0, 1e-15);
-  ExpectNear(Eval(fn::ln, -1), {0, kPi}, 0.0, "ln(-1)");
-  // asin 2 = pi/2 + i ln(2 + sqrt 3), up to the side of the cut.
-  const double area = std::log(2 + std::sqrt(3.0));
-  EXPECT_NEAR(Eval(fn::asin, 2).real(), kPi / 2, 1e-15);
-  EXPECT_NEAR(std::abs(Eval(fn::asin, 2).imag()), area, 1e-15);
-  EXPECT_NEAR(Eval(fn::acos, 2).real(), 0.0, 1e-15);
-  EXPECT_NEAR(std::abs(Eval(fn::acos, 2).imag()), area, 1e-15);
-  ExpectNear(Eval(fn::acosh, 0.5), {0, kPi / 3}, 1e-15, "acosh(1/2)");
-  EXPECT_NEAR(Eval(fn::atanh, 2).real(), std::log(3.0) / 2, 1e-15);
-  EXPECT_EQ(Eval(fn::atan, {0, 1}), Complex(0, kInf));
-  EXPECT_EQ(Eval(fn::atan, {0, -1}), Complex(0, -kInf));
-  // Real arguments inside the real domain give real results.
-  for (const Unary f : {fn::sin, fn::cos, fn::tan, fn::asin, fn::acos, fn::atan, fn::sinh, fn::cosh,
-                        fn::tanh, fn::asinh, fn::atanh, fn::ln, fn::log, fn::exp, fn::sqrt})
-    EXPECT_EQ(Eval(f, 0.375).imag(), 0.0);
-  ExpectNear(Eval(fn::deg2rad, 180), kPi, 0.0, "deg2rad");
-  ExpectNear(Eval(fn::rad2deg, kPi), 180, 0.0, "rad2deg");
-  for (const double pole : {kPi / 2, 3 * kPi / 2, -kPi / 2, kPi / 2 + 1e-9})
-    EXPECT_EQ(Out(fn::tan, Scalar(pole)), "CDomain: Input to close to Pi/2.0 .") << pole;
-  EXPECT_EQ(Out(fn::inf2nan, Vec({{kInf, 1}, {1, -kInf}, {2, 3}})),
-            "VECTOR [3]\n (nan,0)\n (nan,0)\n (2,3)\n");
+TEST(Reductions, ExtremesOfASignalWithoutChannelsAreRefused) {
+  const Value none = Value::Signal(RawVector({1}), Value::Matrix(0, 1));
+  for (const Unary f : {Unary(fn::min), Unary(fn::max)})
+    EXPECT_BEGINS(Out(f, none), "CDimension: Invalid signal size.");
 }
 
-TEST(Elementwise, RoundingSendsHalvesAwayFromZero) {
-  const std::tuple<double, int, double> cases[] = {
-      {2.5, 0, 3},  {-2.5, 0, -3},    {2.4, 0, 2},        {-0.5, 0, -1},  {34, -1, 30},
-      {35, -1, 40}, {1.125, 2, 1.13}, {-1.125, 2, -1.13}, {kInf, 0, kInf}};
-  for (const auto& [x, digits, rounded] : cases) {
-    Value r;
-    fn::round(r, Scalar(x, -x), digits);
-    EXPECT_DOUBLE_EQ(r.GetScalar().real(), rounded) << x;
-    EXPECT_DOUBLE_EQ(r.GetScalar().imag(), -rounded) << x;
-  }
-  EXPECT_EQ(Out(fn::ceil, Scalar(1.2, -1.2)), Text(Scalar(2, -1)));
-  EXPECT_EQ(Out(fn::floor, Scalar(1.2, -1.2)), Text(Scalar(1, -2)));
-}
-
-TEST(BinaryFunctions, PowersOfNumbers) {
-  EXPECT_BEGINS(Out(fn::pow, Scalar(0), Scalar(-1)), "CComputation: Error: 0^a is not defined");
-  EXPECT_EQ(Eval(fn::pow, 0, 0), 1.0);
-  EXPECT_EQ(Eval(fn::pow, 0, 0.5), 0.0);
-  EXPECT_EQ(Eval(fn::pow, -2, 3), -8.0);  // exactly, by squaring
-  EXPECT_EQ(Eval(fn::pow, 2, -2), 0.25);
-  EXPECT_EQ(Eval(fn::pow, {0, 1}, 2), Complex(-1, 0));
-  EXPECT_EQ(Eval(fn::pow, -1, 1e300), 1.0);  // a whole number beyond any integer type
-  const std::tuple<double, double, double> out_of_range[] = {{1e200, 2, HUGE_VAL},
-                                                             {-1e200, 3, -HUGE_VAL},
-                                                             {10, -600, 0},
-                                                             {1e-15, -30, HUGE_VAL},
-                                                             {HUGE_VAL, 3, HUGE_VAL}};
-  for (const auto& [base, exponent, power] : out_of_range)
-    EXPECT_EQ(Text(Value(Eval(fn::pow, base, exponent))), Text(Scalar(power))) << base;
-  EXPECT_EQ(Eval(fn::pow, 4, 0.5), 2.0);
-  ExpectNear(Eval(fn::pow, -8, 1.0 / 3), {1, std::sqrt(3.0)}, 1e-15, "principal cube root");
-  ExpectNear(Eval(fn::pow, {0, 1}, {0, 1}), std::exp(-kPi / 2), 1e-15, "i^i");
-  EXPECT_EQ(Eval(fn::mod, -1, 3), 2.0);
-  EXPECT_EQ(Eval(fn::mod, 7.5, 2), 1.5);
-  EXPECT_EQ(Eval(fn::mod, {5, 7}, {2, 0}), Complex(1, 1));
-}
-
-TEST(ComplexParts, PolarFormAndBack) {
-  const Value z = Mat({{{1, 2}, {-3, 1}}, {{0, -1}, 5}});
-  Value back;
-  fn::cart2pol(back, z);
-  fn::pol2cart(back, back);
-  EXPECT_TRUE(IsClose(back, z, 1e-14)) << Text(back);
-  fn::pol2cart(back, Vec({2, 0}));
-  EXPECT_EQ(back, Scalar(2));
-  fn::pol2cart(back, Vec({2, 0, 3, 0}));
-  EXPECT_EQ(back, Vec({2, 3}));
-  fn::pol2cart(back, Sig({0, 1}, {{2, 3}, {0, 0}}));
-  EXPECT_EQ(back, Sig({0, 1}, {{2, 3}}));
-}
-
-TEST(Reductions, ExtremesOfNothingAreRefused) {
-  const Unary min = fn::min, max = fn::max;
-  for (const Unary f : {min, max}) {
-    EXPECT_BEGINS(Out(f, Mat({})), "CDimension: Invalid matrix size.");
-    EXPECT_BEGINS(Out(f, Value::Signal(RawVector({1}), Value::Matrix(0, 1))),
-                  "CDimension: Invalid signal size.");
+TEST(Operators, TheResultMayBeAnOperand) {
+  const Value down = Sig({2, 1, 0}, {{1, 2, 3}}), up = Sig({0, 1, 2}, {{10, 20, 30}});
+  for (const auto& [x, y] : {std::pair{down, up}, {up, down}}) {
+    Value r = x;
+    Add(r, r, y);
+    EXPECT_EQ(r, Sig({0, 1, 2}, {{13, 22, 31}}));
   }
 }
 
-TEST(Reductions, CubicNorm) {
-  Value cubic;
-  fn::norm(cubic, Vec({3, 4, 5}), 3);  // 3^3 + 4^3 + 5^3 = 6^3
-  EXPECT_NEAR(cubic.GetScalar().real(), 6.0, 2e-15);
+TEST(Operators, ProductsLargerThanAnyMemoryAreRefused) {
+  const Value column(Value::Matrix(1 << 14, 1, 0.0)), row(Value::Matrix(1, 1 << 14, 0.0));
+  EXPECT_EQ(Out(Multiply, column, row),
+            "CDimension: Result of 16384 x 16384 numbers is too large.");
 }
 
 TEST(RandomValues, HaveTheShapeAndTheDistribution) {
@@ -230,26 +152,6 @@ TEST(RandomValues, HaveTheShapeAndTheDistribution) {
     fn::rand(r, Vec(std::vector<Complex>(100)), kUniform, Vec({a, b}), generator);
     for (const Complex& z : r.GetVector()) EXPECT_TRUE(z.real() >= a && z.real() < b) << z;
   }
-}
-
-TEST(RandomValues, RefuseBadParameters) {
-  boost::random::mt19937 generator;
-  const auto rand = [&](int type, const Value& p, const Value& x = Scalar(0)) {
-    return Outcome([&](Value& r) { fn::rand(r, x, type, p, generator); });
-  };
-  EXPECT_BEGINS(rand(kUniform, Vec({1, 1})), "CDomain: Second parameter must be equal or greater");
-  EXPECT_EQ(rand(kNormal, Vec({1, 0})), "CDomain: Second parameter must not be zero.");
-  EXPECT_EQ(rand(kLognormal, Vec({1, 0})), "CDomain: Second parameter must not be zero.");
-  EXPECT_EQ(rand(kTriangle, Vec({1, 3, 2})), "CDomain: Parameter must ascend from first to last.");
-  EXPECT_EQ(rand(kTriangle, Vec({2, 2, 2})), Text(Scalar(2)));
-  EXPECT_EQ(rand(kExponential, Vec({0})), "CDomain: Parameter must be greater than zero.");
-  EXPECT_EQ(rand(kExponential, Vec({1, 2})), "CCompatibility: 1 real Parameters expected.");
-  EXPECT_EQ(rand(kCauchy, Vec({1, {2, 1}})), "CCompatibility: 2 real Parameters expected.");
-  EXPECT_EQ(rand(kTriangle, Vec({1})), "CCompatibility: 3 real Parameters expected.");
-  EXPECT_EQ(rand(6, Vec({1})), "CType: Illegal distribution type.");
-  EXPECT_EQ(rand(kUniform, Scalar(1)), "CType: Vector of Parameters expected.");
-  EXPECT_BEGINS(rand(kUniform, Vec({0, 1}), Value(true)), "CType: Illegal type. Only non BOOLEAN");
-  EXPECT_EQ(rand(kUniform, Vec({0, 1}), Value()), "CType: Illegal input type.");
 }
 
 }  // namespace

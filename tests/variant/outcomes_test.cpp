@@ -9,12 +9,15 @@
 #include "variant/operators/binary_functions.h"
 #include "variant/operators/elementwise.h"
 #include "variant/operators/power_mean.h"
+#include "variant/signals/filter_cascade.h"
 #include "variant/signals/filters.h"
+#include "variant/signals/fourier.h"
 #include "variant/signals/modal.h"
 #include "variant/signals/peaks.h"
 #include "variant/signals/timeline.h"
 #include "variant/value/complex_parts.h"
 #include "variant/value/constructors.h"
+#include "variant/value/random_values.h"
 
 namespace corvath::math {
 namespace {
@@ -63,6 +66,9 @@ Functions GetFunctions() {
   const std::pair<const char*, Unary> unary[] = {
       {"area", fn::area},         {"atan2", fn::atan2},
       {"cart2pol", fn::cart2pol}, {"euklidnorm", fn::euklidnorm},
+      {"fft", fn::fft},           {"fft2d", fn::fft2d},
+      {"fftshift", fn::fftshift}, {"ifft", fn::ifft},
+      {"ifft2d", fn::ifft2d},     {"ifftshift", fn::ifftshift},
       {"invert", fn::invert},     {"lufactorize", fn::lufactorize},
       {"max", fn::max},           {"mean", fn::mean},
       {"min", fn::min},           {"not", Not},
@@ -93,6 +99,31 @@ Functions GetFunctions() {
                                                    {"times", fn::times},
                                                    {"xydata", fn::xydata}};
   for (const auto& [name, f] : binary) Register(all, name, f);
+  const std::pair<const char*, Unary> predicates[] = {
+      {"is_complex", [](Value& r, V x) { r = Value(x.IsComplex()); }},
+      {"is_equidistant", [](Value& r, V x) { r = Value(IsEquidistant(x)); }},
+      {"is_flipped", [](Value& r, V x) { r = Value(x.IsFlipped()); }},
+      {"is_ordered", [](Value& r, V x) { r = Value(x.IsOrdered()); }},
+      {"is_zero", [](Value& r, V x) { r = Value(IsZero(x)); }},
+      {"smallest_step", [](Value& r, V x) { r = Value(SmallestStep(x)); }},
+  };
+  for (const auto& [name, f] : predicates) Register(all, name, f);
+  const std::pair<const char*, Binary> accesses[] = {
+      {"<", [](Value& r, V a, V b) { r = Value(Less(a, b)); }},
+      {"<=", [](Value& r, V a, V b) { r = Value(LessEqual(a, b)); }},
+      {">", [](Value& r, V a, V b) { r = Value(Greater(a, b)); }},
+      {">=", [](Value& r, V a, V b) { r = Value(GreaterEqual(a, b)); }},
+      {"at", [](Value& r, V x, V i) { r = x[i]; }},
+      {"column", [](Value& r, V x, V j) { r = x.GetColumn(j); }},
+      {"equals", [](Value& r, V a, V b) { r = Value(a == b); }},
+      {"is_close", [](Value& r, V a, V b) { r = Value(IsClose(a, b)); }},
+      {"row", [](Value& r, V x, V i) { r = x.GetRow(i); }},
+  };
+  for (const auto& [name, f] : accesses) Register(all, name, f);
+  Register(all, "filter", fn::filter);
+  Register(all, "powmean", fn::powmean);
+  Register(all, "powmeandev", fn::powmeandev);
+  Register(all, "round", fn::round);
   Register<V, int>(all, "derive", fn::derive);
   Register<V, int>(all, "integrate", fn::integrate);
   Register<V, double, double>(all, "area", fn::area);
@@ -126,6 +157,34 @@ Functions GetFunctions() {
   Register(
       all, "chebyshev2", +[](Value& r, V x, double ripple) {
         fn::chebyTwoFilter(r, x, Value(0.1), ripple, 2, 0, 1, 0, 0, 0, 0, false);
+      });
+  Register(
+      all, "fft", +[](Value& r, V x, int degree) { fn::fft(r, x, degree, 0, 0); });
+  Register(
+      all, "ifft", +[](Value& r, V x, int degree) { fn::ifft(r, x, degree, 0, 0); });
+  Register(
+      all, "sae", +[](Value& r, V x, V cutoff, int start) {
+        fn::saeFilter(r, x, cutoff, 1, 0, 0, 0, start, true);
+      });
+  Register(
+      all, "decimate", +[](Value& r, V x, int factor, int ratio) {
+        fn::decimateFilter(r, x, factor, ratio, 1, 0, 0);
+      });
+  Register(
+      all, "rand", +[](Value& r, V x, int distribution, V parameters) {
+        boost::random::mt19937 generator;
+        fn::rand(r, x, distribution, parameters, generator);
+      });
+  Register(
+      all, "at", +[](Value& r, V x, V i, V j) { r = x(i, j); });
+  Register(
+      all, "is_close",
+      +[](Value& r, V a, V b, double tolerance) { r = Value(IsClose(a, b, tolerance)); });
+  Register(
+      all, "add_channels", +[](Value& r, V x, V channels) {
+        Value sum = x;
+        sum.addChannels(channels);
+        r = sum;
       });
   all[{"max_of", kAnyCount}] = [](Value& r, const Arguments& a) { fn::max(r, a); };
   all[{"signal", kAnyCount}] = [](Value& r, const Arguments& a) { fn::signal(r, a); };

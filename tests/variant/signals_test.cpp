@@ -75,35 +75,19 @@ TEST(Interpolate, RefusesAbsurdDegrees) {
   EXPECT_BEGINS(Interpolated(XY(many, many), {1}, 4999), "CDimension: Degree of interpolation");
 }
 
-TEST(Interpolate, ByStepEndsAtTheLastAbscissa) {
-  const auto by_step = [](const Value& signal, double step, int degree) {
-    return Outcome([&](Value& r) { InterpolateByStep(r, signal, step, degree, 0, 0); });
-  };
+TEST(Interpolate, ByStepNeedsChannels) {
   Value r;
   InterpolateByStep(r, XY({0, 1}, {0, 10}), 0.3, kLinear, 0, 0);
   EXPECT_TRUE(IsClose(r, XY({0, 0.3, 0.6, 0.9, 1}, {0, 3, 6, 9, 10}), 1e-15)) << Text(r);
-  InterpolateByStep(r, XY({1, 0}, {10, 0}), 0.5, kLinear, 0, 0);
-  EXPECT_EQ(r, XY({0, 0.5, 1}, {0, 5, 10}));  // ascends
-  EXPECT_EQ(by_step(Value::Signal(RawVector({0, 1}), Value::Matrix(0, 2)), 1, 1),
+  const Value no_channels = Value::Signal(RawVector({0, 1}), Value::Matrix(0, 2));
+  EXPECT_EQ(Outcome([&](Value& result) { InterpolateByStep(result, no_channels, 1, 1, 0, 0); }),
             "CDimension: Invalid signal size. Impossible to interpolate.");
 }
 
-TEST(Timeline, StepsAndEquality) {
-  EXPECT_TRUE(IsEquidistant(XY({5, 1}, {0, 0})));
-  EXPECT_TRUE(IsEquidistant(XY({0, 0.1, 0.2, 0.3}, {0, 0, 0, 0})));
-  EXPECT_FALSE(IsEquidistant(XY({0, 1, 2.001}, {0, 0, 0})));
-  // The smallest step 0.4 goes into the span 3 at most 8 times.
-  EXPECT_EQ(SmallestStep(XY({0, 1, 1, 1.4, 3}, {0, 0, 0, 0, 0})), 3.0 / 8);
-  EXPECT_EQ(Outcome([](Value&) { SmallestStep(XY({0}, {1})); }),
-            "CDimension: Invalid signal size. Unable to calculate smallest step.");
-  EXPECT_EQ(Outcome([](Value&) { SmallestStep(Scalar(1)); }),
-            "CType: smallestStep: Input object of wrong type. SIGNAL or XYDATA expected.");
-  EXPECT_EQ(Outcome([](Value&) { IsEquidistant(Scalar(1)); }),
-            "CType: Equidistance only defined for SIGNAL and XYDATA.");
-
+TEST(Timeline, EqualPointsStayTwice) {
   Value a = XY({0, 1, 1}, {0, 1, 1}), b = XY({0.5, 1, 2}, {0, 1, 3});
   EqualizeTimelines(a, b, kLinear, 0, 0);
-  EXPECT_EQ(a, XY({0, 0.5, 1, 1, 2}, {0, 0.5, 1, 1, 2}));  // equal points stay twice
+  EXPECT_EQ(a, XY({0, 0.5, 1, 1, 2}, {0, 0.5, 1, 1, 2}));
   EXPECT_EQ(b, XY({0, 0.5, 1, 1, 2}, {-1, 0, 1, 1, 3}));
   EXPECT_EQ(Outcome([&](Value& r) { EqualizeTimelines(a, r, 1, 0, 0); }),
             "CType: Inputs must be of type SIGNAL or XYDATA.");
@@ -125,24 +109,11 @@ TEST(Calculus, AreasNeedChannels) {
 }
 
 TEST(PowerMean, IsTheMeanOfPowersOnAnEquidistantAxis) {
-  const auto powmean = OutcomeOf(fn::powmean);
-  EXPECT_EQ(powmean(XY({0, 1, 2, 3}, {1, 2, 3, 6}), 1), Text(Scalar(3)));
-  EXPECT_EQ(powmean(Sig({0, 2, 4, 6}, {{1, 1, 7, 7}, {2, 2, 2, 2}}), 2), Text(Vec({5, 2})));
   Value r;
   fn::rms(r, XY({3, 1, 0}, {-4, -4, -4}));  // the axis may descend and be uneven
   EXPECT_TRUE(IsClose(r, Scalar(4), 1e-15));
   fn::rmsdev(r, XY({0, 1}, {1, 2}), XY({0, 2}, {4, 6}));  // the difference is -3 throughout
   EXPECT_TRUE(IsClose(r, Scalar(3), 1e-15));
-  fn::powmeandev(r, XY({0, 1}, {5, 7}), XY({0, 1}, {4, 6}), 3);
-  EXPECT_EQ(r, Scalar(1));
-  const Value x = XY({0, 1}, {0, 2});
-  EXPECT_EQ(powmean(x, 0), "CType: Real input object and positive exponent expected.");
-  EXPECT_EQ(powmean(Scalar(1, 1), 1), "CType: Real input object and positive exponent expected.");
-  EXPECT_EQ(powmean(Scalar(1), 1), "CType: Input object of wrong type. Time signal expected.");
-  EXPECT_EQ(powmean(XY({1, 1}, {1, 2}), 1), "CType: At least two sample points expected.");
-  EXPECT_EQ(powmean(Vec({1, 3, 2}), 1), "CVariant: Operation is not allowed for unordered input");
-  EXPECT_EQ(Outcome([&](Value& v) { fn::powmeandev(v, x, Scalar(1), 2); }),
-            "CType: Inputs must be of type SIGNAL or XYDATA.");
 }
 
 }  // namespace
