@@ -25,7 +25,7 @@ class Analysed : public FunctionModel {
     SetErrors(Eigen::VectorXd::Constant(1, kError), [](const ConstPoints& x, const ConstPoints&) {
       return Eigen::MatrixXd(x.rows(), 0);
     });
-    designs_ = {{L"1", L"2", L"3"}, Eigen::Vector3d(0.0, 0.5, 1.0), Eigen::Vector3d(3.0, 1.0, 2.0)};
+    designs_ = {{L"1", L"2", L"3"}, Eigen::Vector3d(0.5, 0.0, 1.0), Eigen::Vector3d(1.0, 3.0, 2.0)};
   }
   const StudyDesigns& GetDesigns() const override { return designs_; }
 
