@@ -64,6 +64,7 @@ TEST(BoxBehnken, IsOrthogonalAndBalanced) {
     EXPECT_EQ(x.colwise().sum().cwiseAbs().maxCoeff(), 0.0) << d;
     const Eigen::MatrixXd products = x.transpose() * x;
     EXPECT_TRUE(products.isDiagonal(0.0)) << d;
+    EXPECT_EQ(products.diagonal().minCoeff(), products.diagonal().maxCoeff()) << d;
     EXPECT_EQ(x.bottomRows(1).cwiseAbs().maxCoeff(), 0.0);
     // Each row but the centre has as many factors at an end as its block has.
     const Eigen::VectorXd ends = x.cwiseAbs().rowwise().sum();

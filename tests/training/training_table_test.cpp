@@ -32,6 +32,7 @@ TEST(TrainingTable, TellsWhatCannotBeTrainedOnAndWhere) {
   };
   EXPECT_EQ(refusal([](TrainingTable&) {}), "none");
   EXPECT_EQ(refusal([](TrainingTable& t) { t.values(1, 0) = std::nan(""); }), "none");
+  EXPECT_EQ(refusal([](TrainingTable& t) { t.points *= 1e200; }), "none");  // squares overflow
   EXPECT_EQ(refusal([](TrainingTable& t) { t.points(2, 1) = std::nan(""); }, L"b", 2),
             "Input \"b\" of design 3 is not a number.");
   EXPECT_EQ(refusal([](TrainingTable& t) { t.inputs[1] = L"y"; }, L"y"),
