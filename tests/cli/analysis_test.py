@@ -103,6 +103,8 @@ class Analysis(ProgramTest):
                                  "--criterion", "kept: 0 * area_1 <= 0")
         mass = document["quantities"]["mass"]
         self.assertAlmostEqual(mass["sd"], 0.5 * ratio, delta=0.01 * ratio)
+        self.assertLess(mass["sd_low"], 0.5 * ratio)
+        self.assertGreater(mass["sd_high"], 0.5 * ratio)
         self.assertEqual(document["inputs"]["area_1"]["distribution"], "NORMAL")
         self.assertEqual(list(document["inputs"]["area_2"]), ["value"])
         limit = document["limits"]["exact"]  # P = 3.4e-6: no design of the sample sees it

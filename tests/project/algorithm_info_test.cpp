@@ -96,6 +96,10 @@ TEST(SystemsInformation, RefusesUnknownNamesAndForeignMerges) {
   additional.identifier_ = L"a";
   EXPECT_MESSAGE("Additional designs identifier do not match.",
                  additional.Merge(AdditionalDesignContainer()));
+  AdditionalDesignContainer other(additional);
+  other.designs_.AddOrReplace(Design());
+  additional.Merge(other);
+  EXPECT_EQ(additional.designs_.GetDesigns().size(), 1u);
 }
 
 TEST(DesignSet, MergesByNameAndRole) {
