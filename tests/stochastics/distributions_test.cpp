@@ -398,7 +398,7 @@ TEST(Distributions, HaveTheValuesOfTheFile) {
                   : what == "cdf"     ? rv->CDF(x)
                   : what == "inverse" ? rv->InverseCDF(x)
                                       : rv->GetStats()(static_cast<Eigen::Index>(x)),
-                  expected, 1e-14 * std::max(1.0, std::abs(expected)))
+                  expected, std::min(1e-14, 1e-15 * std::abs(expected)))
           << line.type << ' ' << what << ' ' << x;
     EXPECT_TRUE(words.eof());
   }
