@@ -4,10 +4,9 @@
 
 namespace corvath::algorithm {
 
-/// Quantiles of one beta distribution on [0, 1], for many values: a table over the standard normal
-/// axis starts an iteration of Halley's, which mostly takes one step. As accurate as
-/// math::IncompleteBetaInverse, which also makes the table (some hundred values) and answers where
-/// the iteration does not settle.
+/// Quantiles of one beta distribution on [0, 1], for many values: Taylor series along the standard
+/// normal axis, whose nodes (some hundred) are math::IncompleteBetaInverse's. As accurate as that one,
+/// which also answers where no series holds and Halley's iteration from there does not settle.
 class BetaQuantiles {
  public:
   /// @param alpha, beta  shape parameters, positive
@@ -17,23 +16,28 @@ class BetaQuantiles {
   double FromGauss(double u) const;
 
  private:
+  /// Even: what two neighbours leave away has opposite signs half way between them.
+  static constexpr int kDegree = 12;
+  static constexpr int kIntervals = 256;
+
   struct Node {
-    double y;
-    double slope;  ///< dy/du
-    double bend;   ///< d2y/du2
-    double inverse_density;
-    double inverse_density_slope;  ///< of it, by u
+    double coefficients[kDegree + 1];  ///< of the distance to the node
+    double scale;   ///< what roundings of the value and of its probability are relative to
+    bool is_exact;  ///< whether the series gives all digits up to half way to the next node
+
+    double At(double distance) const;
   };
 
-  static constexpr double kReach = 6.5;  ///< more than a clamped probability's 6.3613
-  static constexpr int kIntervals = 512;
-  static constexpr double kWidth = 2.0 * kReach / kIntervals;
-
+  Node MakeNode(double u) const;
   double LogDensity(double y) const;
   double LogDensitySlope(double y) const;
+  /// Halley's step from y, which is `miss` too far on the axis of probabilities.
+  double Step(double y, double miss) const;
 
   double alpha_, beta_;
   double log_beta_function_;
+  double reach_;  ///< nodes from -reach_ to reach_: the quantiles of clamped probabilities
+  double width_;  ///< between two
   std::vector<Node> nodes_;  ///< none: every value by itself
 };
 

@@ -55,15 +55,22 @@ InputRanges::InputRanges(const Project& project, bool extrapolate)
 void InputRanges::Count(
     const Project::Points& designs, std::vector<std::uint64_t>& outside,
     const std::function<void(std::size_t, std::size_t, const std::string&)>& refuse) const {
+  bool is_refused = false;
+  for (std::size_t i = 0; i < bounds_.size(); ++i) {
+    const double* const values = designs.col(static_cast<Eigen::Index>(i)).data();
+    for (Eigen::Index d = 0; d < designs.rows(); ++d) {
+      outside[i] += IsOutside(values[d], bounds_[i]) ? 1 : 0;
+      is_refused |= IsOutside(values[d], reach_[i]);
+    }
+  }
+  if (!is_refused) return;
   for (Eigen::Index d = 0; d < designs.rows(); ++d)
     for (std::size_t i = 0; i < bounds_.size(); ++i) {
       const double value = designs(d, static_cast<Eigen::Index>(i));
-      if (!IsOutside(value, bounds_[i])) continue;
       if (IsOutside(value, reach_[i]))
         refuse(static_cast<std::size_t>(d), i,
                Number(value) + " is outside [" + Number(bounds_[i].lower) + ", " +
                    Number(bounds_[i].upper) + ']');
-      ++outside[i];
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 namespace corvath::study {
 namespace {
@@ -24,8 +25,15 @@ bool TakeMark(std::string_view mark, std::string_view& bytes) {
   return true;
 }
 
-bool IsAscii(char c) {
-  return static_cast<unsigned char>(c) < 0x80;
+/// Bytes of ASCII that the text begins with.
+std::size_t CountAscii(std::string_view bytes) {
+  std::size_t size = 0;
+  for (std::uint64_t eight; size + sizeof eight <= bytes.size(); size += sizeof eight) {
+    std::memcpy(&eight, bytes.data() + size, sizeof eight);
+    if ((eight & 0x8080808080808080) != 0) break;
+  }
+  while (size < bytes.size() && static_cast<unsigned char>(bytes[size]) < 0x80) ++size;
+  return size;
 }
 
 /// Bytes that a character takes by its first one; 1 for a byte that begins none.
@@ -102,8 +110,7 @@ void TextDecoder::Decode(std::string_view bytes, bool last, std::string& out) {
 
 void TextDecoder::DecodeUtf8(std::string_view bytes, bool last, std::string& out) {
   while (!bytes.empty()) {
-    const auto other = std::find_if_not(bytes.begin(), bytes.end(), IsAscii);
-    const auto ascii = static_cast<std::size_t>(other - bytes.begin());
+    const std::size_t ascii = CountAscii(bytes);
     out += bytes.substr(0, ascii);
     bytes.remove_prefix(ascii);
     if (bytes.empty()) return;
