@@ -32,8 +32,13 @@ bool Reaches(const Eigen::Ref<const Eigen::VectorXd>& weights, Eigen::Index leas
   return false;
 }
 
+/// Numbers of one system: its lower triangle and its right side. Without terms two sums make a mean.
+Eigen::Index NumberEntries(Eigen::Index p) {
+  return p == 0 ? 2 : p * (p + 1) / 2 + p;
+}
+
 Eigen::Index NumberSums(Eigen::Index p) {
-  const Eigen::Index entries = p == 0 ? 2 : p * (p + 1) / 2 + p;
+  const Eigen::Index entries = NumberEntries(p);
   return (entries + simd::kSumsMultiple - 1) / simd::kSumsMultiple * simd::kSumsMultiple;
 }
 
@@ -52,13 +57,16 @@ LocalFits::LocalFits(const Eigen::MatrixXd& basis, const Eigen::VectorXd& values
   const Eigen::Index num_sums = NumberSums(p);
   const Eigen::Index rows =
       n <= kMaxTable / num_sums ? n : std::max<Eigen::Index>(kTablePart / num_sums, 1);
-  products_.setZero(num_sums, rows);
+  products_.resize(num_sums, rows);
   if (rows == n && !constant_) FillProducts(0, n);
   work_.resize(simd::SolveWork(p));
 }
 
 void LocalFits::FillProducts(Eigen::Index first, Eigen::Index count) {
   const Eigen::Index p = basis_.cols();
+  const Eigen::Index entries = NumberEntries(p);
+  products_.bottomRows(products_.rows() - entries).setZero();
+  Eigen::VectorXd terms(p);  // of one support point, side by side
   for (Eigen::Index i = 0; i < count; ++i) {
     double* product = products_.col(i).data();
     const double value = values_(first + i);
@@ -67,10 +75,10 @@ void LocalFits::FillProducts(Eigen::Index first, Eigen::Index count) {
       product[1] = 1.0;
       continue;
     }
-    for (Eigen::Index column = 0; column < p; ++column)
-      for (Eigen::Index row = column; row < p; ++row)
-        *product++ = basis_(first + i, row) * basis_(first + i, column);
-    for (Eigen::Index row = 0; row < p; ++row) *product++ = basis_(first + i, row) * value;
+    terms = basis_.row(first + i);
+    for (Eigen::Index column = 0; column < p; product += p - column, ++column)
+      Eigen::Map<Eigen::VectorXd>(product, p - column) = terms.tail(p - column) * terms(column);
+    Eigen::Map<Eigen::VectorXd>(product, p) = terms * value;
   }
 }
 
