@@ -34,7 +34,8 @@ double MeritFunction::Value(double f, const Vector& g, const Vector& x, const Ve
   return sum;
 }
 
-void MeritFunction::Gradient(const Vector& df, const Eigen::Ref<const Eigen::MatrixXd>& dg,
+void MeritFunction::Gradient(const Vector& df,
+                             const Eigen::Map<const Eigen::MatrixXd, 0, Eigen::OuterStride<>>& dg,
                              const Vector& g, const Vector& x, Eigen::Ref<Eigen::VectorXd> weights,
                              Eigen::Ref<Eigen::VectorXd> gradient) const {
   const Eigen::Index m = g.size(), n = x.size();

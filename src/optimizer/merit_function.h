@@ -1,5 +1,7 @@
 #pragma once
 
+#include "optimizer/vector_view.h"
+
 #include <Eigen/Core>
 
 namespace corvath::algorithm::optimizer {
@@ -17,7 +19,7 @@ namespace corvath::algorithm::optimizer {
 /// Vectors v, u and r hold M constraints, N lower, N upper bounds.
 class MeritFunction {
  public:
-  using Vector = Eigen::Ref<const Eigen::VectorXd>;
+  using Vector = VectorView;
 
   /// @param lower, upper  N bounds of x
   /// @param v, r          estimates of the multipliers and penalties; all are referred to
@@ -33,8 +35,9 @@ class MeritFunction {
   /// @param dg        M x N
   /// @param weights   M, work
   /// @param gradient  N, out
-  void Gradient(const Vector& df, const Eigen::Ref<const Eigen::MatrixXd>& dg, const Vector& g,
-                const Vector& x, Eigen::Ref<Eigen::VectorXd> weights,
+  void Gradient(const Vector& df,
+                const Eigen::Map<const Eigen::MatrixXd, 0, Eigen::OuterStride<>>& dg,
+                const Vector& g, const Vector& x, Eigen::Ref<Eigen::VectorXd> weights,
                 Eigen::Ref<Eigen::VectorXd> gradient) const;
 
   /// The share of the multipliers in the derivative along (d, u - v).

@@ -11,7 +11,7 @@ constexpr double kDamping = 0.2;
 
 }  // namespace
 
-bool UpdateDampedBfgs(Eigen::Ref<Eigen::MatrixXd> b, const Eigen::Ref<const Eigen::VectorXd>& step,
+bool UpdateDampedBfgs(Eigen::Ref<Eigen::MatrixXd> b, const VectorView& step,
                       Eigen::Ref<Eigen::VectorXd> y, Eigen::Ref<Eigen::VectorXd> work) {
   Multiply(b, step, work);
   const double sbs = step.dot(work);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "optimizer/vector_view.h"
+
 #include <Eigen/Core>
 
 namespace corvath::algorithm::optimizer {
@@ -13,7 +15,7 @@ namespace corvath::algorithm::optimizer {
 /// @param y     change of the gradient of the Lagrangian; damped on return
 /// @param work  n; B s on return
 /// @return false if the damped curvature underflows; nothing is updated then
-bool UpdateDampedBfgs(Eigen::Ref<Eigen::MatrixXd> b, const Eigen::Ref<const Eigen::VectorXd>& step,
+bool UpdateDampedBfgs(Eigen::Ref<Eigen::MatrixXd> b, const VectorView& step,
                       Eigen::Ref<Eigen::VectorXd> y, Eigen::Ref<Eigen::VectorXd> work);
 
 }  // namespace corvath::algorithm::optimizer

@@ -177,7 +177,8 @@ bool SqpRun::FindFallBackDirection() {
   fall_back_ = true;
   delta_ = 0.0;
   PrintSqpWarning(a_, "Augmented Lagrangian search direction");
-  Merit().Gradient(df_, dg_.leftCols(n_), memory_.g, memory_.x, memory_.weights, memory_.gradient);
+  Merit().Gradient(df_, {a_.DG, m_, n_, dg_.outerStride()}, memory_.g, memory_.x, memory_.weights,
+                   memory_.gradient);
   const std::int32_t answer = SolveQp(n_, 0, memory_.gradient.data());
   if (answer != 0) return ReportQpFailure(answer);
   // The QP's multipliers of the bounds stand where those of the constraints belong. The estimates
@@ -309,7 +310,8 @@ void SqpRun::UpdatePenalties() {
 }
 
 double SqpRun::Slope() {
-  Merit().Gradient(df_, dg_.leftCols(n_), memory_.g, memory_.x, memory_.weights, memory_.gradient);
+  Merit().Gradient(df_, {a_.DG, m_, n_, dg_.outerStride()}, memory_.g, memory_.x, memory_.weights,
+                   memory_.gradient);
   return memory_.gradient.dot(memory_.d.head(n_)) +
          Merit().MultiplierSlope(memory_.g, memory_.x, u_);
 }

@@ -27,23 +27,25 @@ TEST(MeritFunction, HasTheSlopesOfItsValue) {
     const MeritFunction merit(num_equalities, lower, upper, v, r);
     const auto value = [&](double along_x, double along_v) {
       const Eigen::VectorXd at = x + along_x * direction;
-      return merit.Value(0.5 * at.squaredNorm(), a * at + b, at, u, along_v);
+      const Eigen::VectorXd g = a * at + b;
+      return merit.Value(0.5 * at.squaredNorm(), g, at, u, along_v);
     };
+    const Eigen::VectorXd g = a * x + b;
     Eigen::VectorXd weights(m), gradient(n);
-    merit.Gradient(x, a, a * x + b, x, weights, gradient);
+    merit.Gradient(x, {a.data(), m, n, Eigen::OuterStride<>(m)}, g, x, weights, gradient);
     // Quadratic pieces with continuous slopes: central differences are off by no more than the step,
     // where a piece ends within it.
     const double h = 1e-6;
     EXPECT_NEAR(gradient.dot(direction), (value(h, 0.0) - value(-h, 0.0)) / (2.0 * h), 1e-4);
-    EXPECT_NEAR(merit.MultiplierSlope(a * x + b, x, u),
-                (value(0.0, h) - value(0.0, -h)) / (2.0 * h), 1e-4);
+    EXPECT_NEAR(merit.MultiplierSlope(g, x, u), (value(0.0, h) - value(0.0, -h)) / (2.0 * h), 1e-4);
   }
   // An infinite bound adds nothing.
   const Eigen::VectorXd zero = Eigen::VectorXd::Zero(1), none(0);
   const Eigen::VectorXd far = Eigen::VectorXd::Constant(1, std::numeric_limits<double>::max());
+  const Eigen::VectorXd below = -far;
   const Eigen::VectorXd v = Eigen::VectorXd::Zero(2), r = Eigen::VectorXd::Constant(2, 0.01);
-  EXPECT_EQ(MeritFunction(0, -far, far, v, r).Value(7.0, none, zero, v, 1.0), 7.0);
-  EXPECT_EQ(MeritFunction(0, -far, far, v, r).MultiplierSlope(none, zero, v), 0.0);
+  EXPECT_EQ(MeritFunction(0, below, far, v, r).Value(7.0, none, zero, v, 1.0), 7.0);
+  EXPECT_EQ(MeritFunction(0, below, far, v, r).MultiplierSlope(none, zero, v), 0.0);
 }
 
 TEST(DampedBfgs, KeepsTheSecantConditionOrAFifthOfTheCurvature) {
