@@ -100,7 +100,7 @@ double BetaQuantiles::FromGauss(double u) const {
   const auto nearest = static_cast<int>((held + reach_) / width_ + 0.5);
   const Node& node = nodes_[static_cast<std::size_t>(nearest)];
   double y = node.At(held - (nearest * width_ - reach_));
-  if (node.is_exact) {
+  if (node.is_exact && y < 1.0) {
     if (p <= 0.5 && held == u) return y;
     // Near 1, p is rounded by more than u tells it, and the quantile is that of p.
     return y - Step(y, p <= 0.5 ? math::NormalCdf(held) - p : (1.0 - p) - math::NormalCdf(-held));
