@@ -94,16 +94,17 @@ double BetaQuantiles::FromGauss(double u) const {
   constexpr int kMaxSteps = 3;
   // After a step of this part of the distance to the bound, what is left is of its third power.
   constexpr double kSmall = 1e-6;
+  constexpr double kNear = 3.0;
   const double p = math::ClampProbability(math::NormalCdf(u));
   if (nodes_.empty() || std::isnan(u)) return math::IncompleteBetaInverse(alpha_, beta_, p);
   const double held = std::clamp(u, -reach_, reach_);
   const auto nearest = static_cast<int>((held + reach_) / width_ + 0.5);
   const Node& node = nodes_[static_cast<std::size_t>(nearest)];
   double y = node.At(held - (nearest * width_ - reach_));
-  if (node.is_exact && y < 1.0) {
-    if (p <= 0.5 && held == u) return y;
-    // Near 1, p is rounded by more than u tells it, and the quantile is that of p.
-    return y - Step(y, p <= 0.5 ? math::NormalCdf(held) - p : (1.0 - p) - math::NormalCdf(-held));
+  // Farther out p has roundings of u^2 units, and the quantile is that of p.
+  if (node.is_exact && y < 1.0 && std::abs(u) <= kNear) {
+    if (p <= 0.5) return y;
+    return y - Step(y, (1.0 - p) - math::NormalCdf(-u));  // p is rounded by more than 1 - p
   }
   for (int i = 0; i < kMaxSteps && y > 0.0 && y < 1.0; ++i) {
     // The smaller tail has the digits; 1 - p is exact where it is used.
